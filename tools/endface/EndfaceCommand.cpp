@@ -1,0 +1,410 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "EndfaceCommand.h"
+
+#include "EndfaceScenes.h"
+
+#include <QBuffer>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QJsonDocument>
+#include <QSaveFile>
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+namespace {
+constexpr int maxRandomScenes = 100000;
+constexpr int defaultQuality = 92;
+constexpr double maxSeed = 4294967295.0;
+constexpr double maxCount = 1e9;
+
+struct Choice
+{
+    const char *name;
+    int value;
+};
+constexpr std::array<Choice, 4> frames{{
+    {"normal", static_cast<int>(EndfaceScene::Frame::Normal)},
+    {"none", static_cast<int>(EndfaceScene::Frame::NoFibre)},
+    {"two", static_cast<int>(EndfaceScene::Frame::TwoFibres)},
+    {"cut", static_cast<int>(EndfaceScene::Frame::CutByBorder)},
+}};
+constexpr std::array<Choice, 4> kinds{{
+    {"pit", static_cast<int>(EndfaceDefect::Kind::Pit)},
+    {"particle", static_cast<int>(EndfaceDefect::Kind::Particle)},
+    {"scratch", static_cast<int>(EndfaceDefect::Kind::Scratch)},
+    {"stain", static_cast<int>(EndfaceDefect::Kind::Stain)},
+}};
+
+std::optional<int> chosen(const std::array<Choice, 4> &choices, const QString &name)
+{
+    for (const Choice &choice : choices) {
+        if (name == QLatin1String(choice.name))
+            return choice.value;
+    }
+    return std::nullopt;
+}
+
+/// Finite numbers with a separator between them; empty unless their count is right.
+QVector<double> numbers(const QString &text, QChar separator, int minCount, int maxCountOfNumbers)
+{
+    QVector<double> result;
+    for (const QString &part : text.split(separator)) {
+        bool ok = false;
+        result.append(part.trimmed().toDouble(&ok));
+        if (!ok || !std::isfinite(result.last()))
+            return {};
+    }
+    if (result.size() < minCount || result.size() > maxCountOfNumbers)
+        return {};
+    return result;
+}
+
+std::optional<double> wholeNumber(const QString &text, double low, double high)
+{
+    const QVector<double> values = numbers(text, QLatin1Char(','), 1, 1);
+    if (values.isEmpty() || values.first() < low || values.first() > high
+        || std::floor(values.first()) != values.first())
+        return std::nullopt;
+    return values.first();
+}
+
+std::optional<EndfaceDefect> parseDefect(const QString &text)
+{
+    const QString name = text.section(QLatin1Char(','), 0, 0);
+    const std::optional<int> kind = chosen(kinds, name);
+    if (!kind)
+        return std::nullopt;
+    EndfaceDefect defect;
+    defect.kind = static_cast<EndfaceDefect::Kind>(*kind);
+    const bool scratch = defect.kind == EndfaceDefect::Kind::Scratch;
+    const int needed = scratch ? 5 : 3;
+    const QVector<double> values = numbers(text.section(QLatin1Char(','), 1), QLatin1Char(','), needed, needed + 1);
+    if (values.isEmpty())
+        return std::nullopt;
+
+    int next = 0;
+    defect.size = values[next++];
+    if (scratch)
+        defect.length = values[next++];
+    const double x = values[next++];
+    defect.center = {x, values[next++]};
+    if (scratch)
+        defect.angle = values[next++];
+    if (next < values.size())
+        defect.contrast = values[next];
+    return defect;
+}
+
+/// The command line, and the first thing that is wrong with it.
+class Command
+{
+public:
+    Command(const QStringList &arguments, QTextStream *out, QTextStream *err)
+        : mStdout(out)
+        , mStderr(err)
+    {
+        describeOptions();
+        mParsed = mParser.parse(arguments);
+    }
+
+    int run()
+    {
+        if (!mParsed)
+            return usageError(mParser.errorText());
+        if (mParser.isSet(mHelp)) {
+            *mStdout << mParser.helpText();
+            return EndfaceOk;
+        }
+        if (mParser.isSet(mListPresets))
+            return listPresets();
+        if (mParser.isSet(mSamples))
+            return writeSamples(QDir(mParser.value(mSamples)));
+        if (mParser.isSet(mRandom))
+            return writeRandomScenes();
+        return writeOne();
+    }
+
+private:
+    void describeOptions()
+    {
+        mParser.setApplicationDescription(QStringLiteral(
+            "Paints the end face of a fibre connector as a bright-field microscope shows it, and writes the truth "
+            "about it as JSON.\nLengths are micrometres; positions count from the fibre centre, x to the right and y "
+            "down."));
+        mParser.addPositionalArgument(
+            QStringLiteral("FILE"), QStringLiteral("The picture to write, .jpg or .png."), QStringLiteral("FILE"));
+        mParser.addOptions({mHelp, mPreset, mListPresets, mSeed, mSize, mFov, mCore, mMultimode, mOffset, mBlur, mNoise,
+            mIllumination, mDefect, mSpecks, mFrame, mTruth, mQuality, mSamples, mRandom, mOutFolder});
+    }
+
+    int usageError(const QString &text)
+    {
+        *mStderr << "vantor-endface: " << text << '\n';
+        return EndfaceUsageError;
+    }
+
+    int writeError(const QString &path, const QString &reason)
+    {
+        *mStderr << "vantor-endface: cannot write " << path << ": " << reason << '\n';
+        return EndfaceWriteError;
+    }
+
+    int invalidValue(const QCommandLineOption &option, const QString &expectation)
+    {
+        return usageError(QStringLiteral("--%1 needs %2, not \"%3\"")
+                              .arg(option.names().constFirst(), expectation, mParser.value(option)));
+    }
+
+    int listPresets()
+    {
+        for (const QString &name : endfacePresets())
+            *mStdout << name.leftJustified(10) << ' ' << endfacePresetDescription(name) << '\n';
+        return EndfaceOk;
+    }
+
+    int writeOne()
+    {
+        const QStringList files = mParser.positionalArguments();
+        if (files.size() != 1)
+            return usageError(QStringLiteral("one picture to write is needed, see --help"));
+        const QString preset = mParser.isSet(mPreset) ? mParser.value(mPreset) : QStringLiteral("clean");
+        if (!endfacePresets().contains(preset))
+            return invalidValue(mPreset, QStringLiteral("a name that --list-presets shows"));
+        EndfaceScene scene = endfacePreset(preset);
+        const int code = applyOptions(&scene);
+        return code == EndfaceOk ? write(scene, files.first(), mParser.value(mTruth)) : code;
+    }
+
+    int writeSamples(const QDir &folder)
+    {
+        if (!folder.mkpath(QStringLiteral(".")))
+            return writeError(folder.path(), QStringLiteral("cannot create the folder"));
+        for (const QString &name : endfacePresets()) {
+            const int code = write(endfacePreset(name), folder.filePath(name + QLatin1String(".jpg")), {});
+            if (code != EndfaceOk)
+                return code;
+        }
+        return EndfaceOk;
+    }
+
+    int writeRandomScenes()
+    {
+        const std::optional<double> count = wholeNumber(mParser.value(mRandom), 1, maxRandomScenes);
+        if (!count)
+            return invalidValue(mRandom, QStringLiteral("a number from 1 to %1").arg(maxRandomScenes));
+        const std::optional<double> firstSeed = mParser.isSet(mSeed) ? seedOption() : std::optional<double>(1.0);
+        if (!firstSeed || *firstSeed + *count - 1.0 > maxSeed)
+            return invalidValue(mSeed, QStringLiteral("a number from 0 to 4294967295"));
+        if (!mParser.isSet(mOutFolder))
+            return usageError(QStringLiteral("--random needs --out FOLDER"));
+        const QDir folder(mParser.value(mOutFolder));
+        if (!folder.mkpath(QStringLiteral(".")))
+            return writeError(folder.path(), QStringLiteral("cannot create the folder"));
+
+        EndfaceRandomOptions options;
+        options.multimode = mParser.isSet(mMultimode);
+        for (int i = 0; i < static_cast<int>(*count); ++i) {
+            EndfaceScene scene =
+                randomEndfaceScene(static_cast<quint32>(*firstSeed) + static_cast<quint32>(i), options);
+            const quint32 seed = scene.seed;
+            int code = applyOptions(&scene);
+            scene.seed = seed;
+            const QString name = QStringLiteral("face-%1.jpg").arg(seed, 6, 10, QLatin1Char('0'));
+            if (code == EndfaceOk)
+                code = write(scene, folder.filePath(name), {});
+            if (code != EndfaceOk)
+                return code;
+        }
+        return EndfaceOk;
+    }
+
+    std::optional<double> seedOption() const { return wholeNumber(mParser.value(mSeed), 0, maxSeed); }
+
+    int applyOptions(EndfaceScene *scene)
+    {
+        for (const auto apply : {&Command::applyGeometry, &Command::applyOptics, &Command::applyBlemishes}) {
+            const int code = (this->*apply)(scene);
+            if (code != EndfaceOk)
+                return code;
+        }
+        const QString problem = scene->problem();
+        return problem.isEmpty() ? EndfaceOk : usageError(problem);
+    }
+
+    int applyGeometry(EndfaceScene *scene)
+    {
+        if (mParser.isSet(mSize)) {
+            const QVector<double> sides = numbers(mParser.value(mSize), QLatin1Char('x'), 2, 2);
+            const bool usable = !sides.isEmpty() && std::abs(sides[0]) < maxCount && std::abs(sides[1]) < maxCount;
+            if (!usable)
+                return invalidValue(mSize, QStringLiteral("WIDTHxHEIGHT in pixels"));
+            scene->size = {static_cast<int>(sides[0]), static_cast<int>(sides[1])};
+        }
+        if (mParser.isSet(mMultimode)) {
+            const EndfaceScene multimode = endfacePreset(QStringLiteral("mm"));
+            scene->coreDiameter = multimode.coreDiameter;
+            scene->gradedCore = multimode.gradedCore;
+            scene->coreGrey = multimode.coreGrey;
+        }
+        if (mParser.isSet(mFrame)) {
+            const std::optional<int> frame = chosen(frames, mParser.value(mFrame));
+            if (!frame)
+                return invalidValue(mFrame, QStringLiteral("normal, none, two or cut"));
+            scene->frame = static_cast<EndfaceScene::Frame>(*frame);
+        }
+        if (mParser.isSet(mOffset)) {
+            const QVector<double> offset = numbers(mParser.value(mOffset), QLatin1Char(','), 2, 2);
+            if (offset.isEmpty())
+                return invalidValue(mOffset, QStringLiteral("X,Y in micrometres"));
+            scene->offset = {offset[0], offset[1]};
+        }
+        if (!applyNumber(mFov, &scene->fovWidth) || !applyNumber(mCore, &scene->coreDiameter))
+            return EndfaceUsageError;
+        return EndfaceOk;
+    }
+
+    int applyOptics(EndfaceScene *scene)
+    {
+        if (mParser.isSet(mSeed)) {
+            const std::optional<double> seed = seedOption();
+            if (!seed)
+                return invalidValue(mSeed, QStringLiteral("a number from 0 to 4294967295"));
+            scene->seed = static_cast<quint32>(*seed);
+        }
+        if (mParser.isSet(mIllumination)) {
+            const QVector<double> light = numbers(mParser.value(mIllumination), QLatin1Char(','), 1, 2);
+            if (light.isEmpty())
+                return invalidValue(mIllumination, QStringLiteral("SHARE or SHARE,ANGLE"));
+            scene->illumination = light[0];
+            scene->illuminationAngle = light.value(1, scene->illuminationAngle);
+        }
+        if (!applyNumber(mBlur, &scene->blurSigma) || !applyNumber(mNoise, &scene->noiseSigma))
+            return EndfaceUsageError;
+        return EndfaceOk;
+    }
+
+    int applyBlemishes(EndfaceScene *scene)
+    {
+        for (const QString &text : mParser.values(mDefect)) {
+            const std::optional<EndfaceDefect> defect = parseDefect(text);
+            if (!defect) {
+                return usageError(QStringLiteral("--defect needs KIND,SIZE,X,Y[,CONTRAST] or "
+                                                 "scratch,WIDTH,LENGTH,X,Y,ANGLE[,CONTRAST], not \"%1\"")
+                                      .arg(text));
+            }
+            scene->defects.append(*defect);
+        }
+        if (!mParser.isSet(mSpecks))
+            return EndfaceOk;
+        if (!scene->problem().isEmpty())
+            return usageError(scene->problem());
+        const int most = maxEndfaceSpecks(*scene);
+        const std::optional<double> specks = wholeNumber(mParser.value(mSpecks), 0, most);
+        if (!specks)
+            return invalidValue(mSpecks, QStringLiteral("a number from 0 to %1 on this picture").arg(most));
+        addEndfaceSpecks(scene, static_cast<int>(*specks));
+        return EndfaceOk;
+    }
+
+    bool applyNumber(const QCommandLineOption &option, double *value)
+    {
+        if (!mParser.isSet(option))
+            return true;
+        const QVector<double> parsed = numbers(mParser.value(option), QLatin1Char(','), 1, 1);
+        if (parsed.isEmpty()) {
+            invalidValue(option, QStringLiteral("a number"));
+            return false;
+        }
+        *value = parsed.first();
+        return true;
+    }
+
+    int write(const EndfaceScene &scene, const QString &picturePath, const QString &truthPath)
+    {
+        const QFileInfo picture(picturePath);
+        const QString suffix = picture.suffix().toLower();
+        const bool jpeg = suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
+        if (!jpeg && suffix != QLatin1String("png"))
+            return usageError(QStringLiteral("the picture must end in .jpg or .png, not \"%1\"").arg(picturePath));
+        const std::optional<double> quality = mParser.isSet(mQuality) ? wholeNumber(mParser.value(mQuality), 1, 100)
+                                                                      : std::optional<double>(defaultQuality);
+        if (!quality)
+            return invalidValue(mQuality, QStringLiteral("a number from 1 to 100"));
+
+        QBuffer encoded;
+        QImageWriter writer(&encoded, jpeg ? "jpeg" : "png");
+        if (jpeg)
+            writer.setQuality(static_cast<int>(*quality));
+        if (!writer.write(paintEndface(scene)))
+            return writeError(picturePath, writer.errorString());
+        const QByteArray truth = QJsonDocument(endfaceTruth(scene)).toJson();
+        const QString besidePicture =
+            picture.path() + QLatin1Char('/') + picture.completeBaseName() + QLatin1String(".json");
+        return writeBoth(picturePath, encoded.data(), truthPath.isEmpty() ? besidePicture : truthPath, truth);
+    }
+
+    // Nothing is replaced before everything is on the disk.
+    int writeBoth(
+        const QString &picturePath, const QByteArray &picture, const QString &truthPath, const QByteArray &truth)
+    {
+        QSaveFile pictureFile(picturePath);
+        QSaveFile truthFile(truthPath);
+        if (!pictureFile.open(QIODevice::WriteOnly) || pictureFile.write(picture) != picture.size())
+            return writeError(picturePath, pictureFile.errorString());
+        if (!truthFile.open(QIODevice::WriteOnly) || truthFile.write(truth) != truth.size())
+            return writeError(truthPath, truthFile.errorString());
+        if (!pictureFile.commit())
+            return writeError(picturePath, pictureFile.errorString());
+        if (!truthFile.commit())
+            return writeError(truthPath, truthFile.errorString());
+        return EndfaceOk;
+    }
+
+    static QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
+    {
+        return {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName)};
+    }
+
+    QTextStream *mStdout;
+    QTextStream *mStderr;
+    QCommandLineParser mParser;
+    bool mParsed = false;
+    const QCommandLineOption mHelp{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this text.")};
+    const QCommandLineOption mPreset = option("preset", "Starts from a prepared scene (default: clean).", "NAME");
+    const QCommandLineOption mListPresets = option("list-presets", "Lists the prepared scenes.");
+    const QCommandLineOption mSeed = option("seed", "Seed of grain, outlines and noise.", "N");
+    const QCommandLineOption mSize = option("size", "Size of the picture in pixels (default: 800x600).", "WxH");
+    const QCommandLineOption mFov = option("fov", "Width of the field of view (default: 860).", "WIDTH");
+    const QCommandLineOption mCore = option("core", "Diameter of the core.", "DIAMETER");
+    const QCommandLineOption mMultimode = option("multimode", "Paints a graded core of 50 micrometres.");
+    const QCommandLineOption mOffset = option("offset", "Fibre centre, from the middle of the picture.", "X,Y");
+    const QCommandLineOption mBlur = option("blur", "Standard deviation of the focus blur in micrometres.", "SIGMA");
+    const QCommandLineOption mNoise =
+        option("noise", "Standard deviation of the sensor noise in grey levels.", "SIGMA");
+    const QCommandLineOption mIllumination =
+        option("illumination", "Light gained across the picture, and its direction in degrees.", "SHARE[,ANGLE]");
+    const QCommandLineOption mDefect = option("defect",
+        "Adds a pit, particle or stain: KIND,SIZE,X,Y[,CONTRAST], or a scratch: "
+        "scratch,WIDTH,LENGTH,X,Y,ANGLE[,CONTRAST]. Can be repeated.",
+        "DEFECT");
+    const QCommandLineOption mSpecks = option("specks", "Adds separate specks around the fibre.", "N");
+    const QCommandLineOption mFrame = option("frame", "normal, none, two or cut: the fibres to be seen.", "KIND");
+    const QCommandLineOption mTruth = option("truth", "The truth (default: .json beside the picture).", "FILE");
+    const QCommandLineOption mQuality = option("quality", "JPEG quality, 1 to 100 (default: 92).", "N");
+    const QCommandLineOption mSamples = option("samples", "Writes all prepared scenes into a folder.", "FOLDER");
+    const QCommandLineOption mRandom = option("random", "Writes random scenes with the seeds SEED and up.", "N");
+    const QCommandLineOption mOutFolder = option("out", "Folder of the random scenes.", "FOLDER");
+};
+} // namespace
+
+int runEndfaceCommand(const QStringList &arguments, QTextStream &out, QTextStream &err)
+{
+    const int code = Command(arguments, &out, &err).run();
+    out.flush();
+    err.flush();
+    return code;
+}

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "EndfaceCommand.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("vantor-endface"));
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return runEndfaceCommand(QCoreApplication::arguments(), out, err);
+}
