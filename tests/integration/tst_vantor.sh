@@ -1,0 +1,115 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# The script ./vantor: its help, its errors, its choice of packages, its counts. Stand-ins replace apt-get and its kin,
+# so nothing is installed and nothing is built.
+# shellcheck disable=SC2016 # the bodies of the stand-ins expand when these run
+set -euo pipefail
+
+root=$(readlink -f "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../..")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+readonly root work
+passed=0
+failed=0
+
+# verify WHAT COMMAND...
+verify() {
+    if "${@:2}" >"$work/output" 2>&1; then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        echo "WRONG  $1"
+        cat "$work/output"
+    fi
+}
+
+# same ACTUAL EXPECTED
+same() { [[ $1 == "$2" ]] || { printf 'actual:   %s\nexpected: %s\n' "$1" "$2"; return 1; }; }
+
+# --- Help and errors --------------------------------------------------------------------------------------------------
+
+help_names_every_command() {
+    same "$("$root/vantor" help | sed -n 's/^  \([a-z]\+\) .*/\1/p' | sort)" \
+        "$(sed -n 's/^command_\([a-z]*\)().*/\1/p' "$root/vantor" | sort)"
+}
+unknown_command() {
+    local text status=0
+    text=$("$root/vantor" nonsense 2>&1 >"$work/stdout") || status=$?
+    same "$status" 64 && same "$(<"$work/stdout")" "" && [[ $text == *nonsense* ]]
+}
+verify "the help names every command" help_names_every_command
+verify "no command at all gives the help" same "$("$root/vantor")" "$("$root/vantor" help)"
+verify "an unknown command is reported and ends with 64" unknown_command
+
+# --- Packages ---------------------------------------------------------------------------------------------------------
+
+# stand_in NAME BODY: a program that writes down how it was called
+mkdir "$work/bin" "$work/checkout" "$work/checkout/packaging"
+stand_in() {
+    printf '#!/usr/bin/env bash\necho "%s $*" >>"%s/calls"\n%s\n' "$1" "$work" "$2" >"$work/bin/$1"
+    chmod +x "$work/bin/$1"
+}
+stand_in cmake 'exit 9'
+stand_in sudo 'exec "$@"'
+stand_in apt-get ''
+stand_in dpkg-query 'printf "installed %s\n" one four; echo "config-files two"'
+cp "$root/vantor" "$work/checkout"
+printf '# list\n[build]\none\ntwo\n\n[test]\nfour\nthree\n[bench]\nfive\n' >"$work/checkout/packaging/debian-packages.txt"
+
+# calls_of PROGRAM COMMAND...: how the command called it
+calls_of() {
+    : >"$work/calls"
+    PATH="$work/bin:$PATH" "$work/checkout/vantor" "${@:2}" >/dev/null 2>&1 || true
+    sed -n "s/^$1 //p" "$work/calls"
+}
+verify "what is missing of the command's groups is installed" same "$(calls_of apt-get test)" \
+    "-q update
+-q install -y --no-install-recommends three two"
+verify "another command needs other groups" same "$(calls_of apt-get bench | tail -n 1)" \
+    "-q install -y --no-install-recommends five two"
+verify "one call finds out what is there" same "$(calls_of dpkg-query test | wc -l)" 1
+
+stand_in dpkg-query 'printf "installed %s\n" one two three four five'
+verify "nothing is installed when nothing is missing" same "$(calls_of apt-get test)" ""
+verify "the build follows" same "$(calls_of cmake test | head -n 1)" "--preset dev"
+
+failing_installation() {
+    stand_in dpkg-query ''
+    stand_in apt-get '[[ $2 == update ]]'
+    local text status=0
+    text=$(PATH="$work/bin:$PATH" "$work/checkout/vantor" test 2>&1) || status=$?
+    same "$status" 1 && [[ $text == *"cannot install four one three two"* ]]
+}
+verify "a failing installation is told with its packages" failing_installation
+
+# --- Counts -----------------------------------------------------------------------------------------------------------
+
+# counts STATUS: what ./vantor makes of ctest's log on stdin
+counts() { bash -c 'source "$1"; count_tests "$2"' - "$root/vantor" "$1"; }
+
+# test_log VERDICT [LINE...]: one test's part of ctest's log
+test_log() {
+    printf '1/9 Testing: some\n1/9 Test: some\nCommand: "/some"\nOutput:\n'
+    printf '%s\n' "${@:2}" "Test time =   0.01 sec" "Test $1."
+}
+verify "a Qt Test program counts by its functions, without set-up and tear-down" same "$(
+    test_log Passed "PASS   : A::initTestCase()" "PASS   : A::one()" "PASS   : A::two(row)" \
+        "PASS   : A::cleanupTestCase()" "Totals: 4 passed, 0 failed, 0 skipped, 0 blacklisted, 0ms" | counts 0
+)" "2 passed, 0 failed"
+verify "its failures count once" same "$(
+    test_log Failed "PASS   : A::initTestCase()" "FAIL!  : A::one()" "PASS   : A::cleanupTestCase()" \
+        "Totals: 2 passed, 1 failed, 0 skipped, 0 blacklisted, 0ms" | counts 8
+)" "0 passed, 1 failed"
+verify "another program counts as one" same "$({ test_log Passed; test_log Failed; } | counts 8)" "1 passed, 1 failed"
+verify "a crash counts as a failure" same "$(test_log Failed "PASS   : A::initTestCase()" | counts 8)" \
+    "0 passed, 1 failed"
+verify "a crash after the totals counts as a failure" same "$(
+    test_log Failed "PASS   : A::one()" "Totals: 1 passed, 0 failed, 0 skipped, 0 blacklisted, 0ms" | counts 8
+)" "1 passed, 1 failed"
+verify "a program that is not there counts as a failure" same "$(
+    test_log Passed | sed 's/^Command: .*/Command: ""/' | counts 8
+)" "0 passed, 1 failed"
+verify "a failing ctest is never counted as good" same "$(counts 8 </dev/null)" "0 passed, 1 failed"
+
+echo "$passed passed, $failed failed"
+[[ $failed -eq 0 ]]
