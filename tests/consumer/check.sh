@@ -1,0 +1,137 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
+# Installs a build of the library into a temporary prefix and uses it as a stranger would.
+# Usage: check.sh BUILD-FOLDER
+set -euo pipefail
+
+here=$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")
+source_tree=$(readlink -f "$here/../..")
+build=$(readlink -f "${1:?usage: check.sh BUILD-FOLDER}")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+readonly here source_tree build work
+prefix="$work/a prefix" # with a blank: such folders exist
+
+passed=0
+failed=0
+
+# check WHAT COMMAND...: silent about a command that succeeds
+check() {
+    if "${@:2}" >"$work/log" 2>&1; then
+        echo "ok     $1"
+        passed=$((passed + 1))
+    else
+        echo "WRONG  $1"
+        cat "$work/log"
+        failed=$((failed + 1))
+    fi
+}
+
+not() { ! "$@"; }
+
+# absent PATTERN... FOLDER...: no file there mentions it
+absent() {
+    local status=0
+    grep -rni "$@" || status=$?
+    [[ $status -eq 1 ]] # 2 would be a folder that does not exist
+}
+
+# cached NAME: a variable of the build's cache
+cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
+
+compiler=$(cached CMAKE_CXX_COMPILER)
+flags=(-std=c++17 -fPIC)
+[[ $(cached VANTORBASE_SANITIZE) != ON ]] || flags+=("-fsanitize=address,undefined")
+
+# --- Install ----------------------------------------------------------------------------------------------------------
+
+check "the library installs" cmake --install "$build" --prefix "$prefix"
+headers=$prefix/include/VantorBase
+library=$(find "$prefix" -name 'libVantorBase.so')
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name vantorbase.pc)")
+export PKG_CONFIG_PATH
+
+# --- A program that finds the package through CMake -------------------------------------------------------------------
+
+# through_cmake PREFIX FOLDER [OPTION...]
+through_cmake() {
+    rm -rf "$2"
+    cmake -S "$here" -B "$2" -G Ninja -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_COMPILER="$compiler" \
+        -DCMAKE_CXX_FLAGS="${flags[*]:2}" "${@:3}" &&
+        cmake --build "$2"
+}
+check "a program builds through CMake" through_cmake "$prefix" "$work/cmake"
+check "it runs and sees the right values" "$work/cmake/consumer"
+[[ ! -x $work/cmake/consumer ]] || "$work/cmake/consumer" || true
+
+# --- The same program through pkg-config ------------------------------------------------------------------------------
+
+# with_pkg_config ARGUMENT...: xargs undoes the escapes that pkg-config writes for blanks
+with_pkg_config() { pkg-config --cflags --libs vantorbase | xargs "$compiler" "${flags[@]}" "$@"; }
+
+check "the program builds through pkg-config" with_pkg_config "$here/main.cpp" -o "$work/consumer"
+check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/consumer"
+
+each_header_stands_alone() {
+    local header
+    while IFS= read -r -d '' header; do
+        echo "#include <${header#"$headers/"}>" >"$work/header.cpp"
+        with_pkg_config -Wall -Wextra -Wpedantic -Werror -fsyntax-only "$work/header.cpp" || return 1
+    done < <(find "$headers" -name '*.h' -print0)
+}
+check "every installed header compiles by itself" each_header_stands_alone
+
+# --- What is installed, and what is not -------------------------------------------------------------------------------
+
+private_headers_stay_at_home() {
+    local strays
+    strays=$(find "$prefix" -name 'AnalyserPrivate*' -o -name '*_p.h')
+    echo "$strays"
+    [[ -z $strays ]]
+}
+package_files=("$(dirname "$library")/cmake/VantorBase" "$PKG_CONFIG_PATH")
+check "private headers stay at home" private_headers_stay_at_home
+check "no installed header mentions OpenCV" absent -e opencv -e cv:: "$headers"
+check "no package file asks for OpenCV" absent opencv "${package_files[@]}"
+check "no package file names the build or the source" absent -F -e "$build" -e "$source_tree" "${package_files[@]}"
+
+installed_programs_start() {
+    local program
+    for program in "$prefix"/bin/vantor-*; do
+        QT_QPA_PLATFORM=offscreen "$program" --help || return 1
+    done
+}
+[[ ! -d $prefix/bin ]] || check "the installed programs start" installed_programs_start
+
+# Strong symbols belong to a class that its header exports. Weak ones are inline functions and templates, many of them
+# of Qt and OpenCV, which cannot clash.
+strong_symbols() {
+    nm -DC --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^(__bss_start|_edata|_end)$/' | cut -d' ' -f3-
+}
+only_exported_classes() {
+    local names
+    names=$(grep -rhoP --include='*.h' '(class|struct) VANTORBASE_EXPORT \K\w+' "$source_tree/src" | paste -sd'|')
+    [[ -n $(strong_symbols) ]] && ! strong_symbols | grep -vE "(^|[ :])($names)(::|\$)"
+}
+check "only the exported classes have symbols" only_exported_classes
+echo "       $(strong_symbols | wc -l) strong symbols," \
+    "$(nm -D --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | wc -l) weak ones," \
+    "$(nm -DC --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | grep -c ' cv::' || true) of these of OpenCV"
+
+# --- A package that is not whole must not pass ------------------------------------------------------------------------
+
+# damaged WHAT FILE: a copy of the package without this file
+damaged() {
+    cp -a "$prefix" "$work/$1"
+    rm "${2/#"$prefix"/"$work/$1"}"
+}
+damaged no-library "$(readlink -f "$library")"
+check "a package without its library is refused" not through_cmake "$work/no-library" "$work/bad"
+damaged no-header "$headers/FiberInspection/Rule.h"
+check "a package without a header is noticed" not through_cmake "$work/no-header" "$work/bad"
+damaged no-config "$(find "$prefix" -name VantorBaseConfig.cmake)"
+check "a package without its config is not found" not through_cmake "$work/no-config" "$work/bad"
+check "a version that is too old is refused" not pkg-config --exists 'vantorbase >= 999'
+
+echo "$passed passed, $failed failed"
+[[ $failed -eq 0 ]]
