@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: Apache-2.0
+# What every target of the project shares: language level, warnings, sanitizers, and how a test is declared.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+
+find_program(VANTORBASE_CCACHE ccache)
+mark_as_advanced(VANTORBASE_CCACHE)
+if(VANTORBASE_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${VANTORBASE_CCACHE})
+endif()
+
+if(VANTORBASE_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# vantor_warnings(TARGET): the warnings of the house, all of them errors.
+function(vantor_warnings target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
+    target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_FORCE_ASSERTS)
+endfunction()
+
+# vantor_add_test(NAME SOURCES source... [LIBS target...] [DEFINITIONS definition...] [TIMEOUT seconds])
+# A Qt Test program that ctest runs; the library comes with it.
+function(vantor_add_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBS;DEFINITIONS")
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 300)
+    endif()
+    add_executable(${name} ${arg_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    vantor_warnings(${name})
+    target_compile_definitions(${name} PRIVATE ${arg_DEFINITIONS})
+    target_link_libraries(${name} PRIVATE VantorBase::VantorBase Qt5::Test ${arg_LIBS})
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()

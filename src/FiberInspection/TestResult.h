@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/Standard.h"
+#include "Property.h"
+
+namespace FiberInspection {
+
+/// One rule with the defects counted against it. Counts add up over calls: an object grades one inspection.
+struct VANTORBASE_EXPORT RuleResult
+{
+    Rule standardRule;
+    int defectCount = 0; ///< defects that matched the rule
+    bool violated = false; ///< whether the last evaluation went above the allowance
+
+    RuleResult() = default;
+    explicit RuleResult(const Rule &rule);
+
+    /// Counts the defect if it matches, and marks it as a cause of failure if that exceeds the allowance.
+    void processDefect(Defect &defect);
+
+    /// Evaluates the defects in order. Returns whether the rule is violated by them.
+    bool processDefects(QVector<Defect> &defects);
+};
+
+/// One zone with the results of its rules, in the zone's order.
+struct VANTORBASE_EXPORT ZoneResult
+{
+    Zone standardZone;
+    QVector<RuleResult> rules;
+    int violations = 0; ///< all matches of the violated rules, not only the excess
+
+    ZoneResult() = default;
+    explicit ZoneResult(const Zone &zone);
+
+    /// Evaluates all rules on all defects. Returns whether the zone passed.
+    bool processDefects(QVector<Defect> &defects);
+};
+
+/// The outcome of one inspection. It is an error until the analysis has reached its end.
+class VANTORBASE_EXPORT TestResult
+{
+public:
+    TestResult() = default;
+
+    /// Grades the core and the cladding zone; the adhesive and the contact zone are never graded.
+    explicit TestResult(const Standard &acceptanceStandard);
+
+    /// Stores the defects and grades them; to be called once per object.
+    void processDefects(QVector<Defect> coreDefects, QVector<Defect> claddingDefects);
+
+    bool passed() const { return mPassed; }
+    void setPassed(bool passed) { mPassed = passed; }
+
+    bool error() const { return mError; }
+    void setError(bool error) { mError = error; }
+
+    const ZoneResult &core() const { return mCore; }
+    const ZoneResult &cladding() const { return mCladding; }
+
+    /// The graded defects, those above an allowance marked with causesFailure.
+    const QVector<Defect> &coreDefects() const { return mCoreDefects; }
+    const QVector<Defect> &claddingDefects() const { return mCladdingDefects; }
+
+    /// Reserved for the rows of a result table; empty for now.
+    QVector<class TestSummaryEntity *> summary() const;
+
+private:
+    bool mPassed = false;
+    bool mError = true;
+    ZoneResult mCore;
+    ZoneResult mCladding;
+    Standard standard;
+    QVector<Defect> mCoreDefects;
+    QVector<Defect> mCladdingDefects;
+};
+
+/// One row of a result table: a criterion of a zone with the allowed and the detected amount.
+class VANTORBASE_EXPORT TestSummaryEntity : public QObject
+{
+    Q_OBJECT
+    VANTOR_PROPERTY(QString, zoneName, {})
+    VANTOR_PROPERTY(QString, criteria, {})
+    VANTOR_PROPERTY(int, allowed, 0)
+    VANTOR_PROPERTY(int, detected, 0)
+
+public:
+    using QObject::QObject;
+};
+
+} // namespace FiberInspection
