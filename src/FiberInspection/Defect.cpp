@@ -48,7 +48,7 @@ Defect &Defect::operator=(Defect &&other) noexcept
 
 Defect::Type Defect::calculateType()
 {
-    const auto [width, length] = std::minmax(boundingRectSize.width(), boundingRectSize.height());
+    const auto [width, length] = std::minmax({boundingRectSize.width(), boundingRectSize.height()});
     type = width <= maxScratchWidth && length >= minScratchLength ? Type::Scratch : Type::Defect;
     return type;
 }
