@@ -45,7 +45,13 @@ flags=(-std=c++17 -fPIC)
 
 # --- Install ----------------------------------------------------------------------------------------------------------
 
+finish() {
+    echo "$passed passed, $failed failed"
+    [[ $failed -eq 0 ]]
+}
+
 check "the library installs" cmake --install "$build" --prefix "$prefix"
+[[ $failed -eq 0 ]] || { finish; exit 1; }
 headers=$prefix/include/VantorBase
 library=$(find "$prefix" -name 'libVantorBase.so')
 PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name vantorbase.pc)")
@@ -103,10 +109,10 @@ installed_programs_start() {
 }
 [[ ! -d $prefix/bin ]] || check "the installed programs start" installed_programs_start
 
-# Strong symbols belong to a class that its header exports. Weak ones are inline functions and templates, many of them
-# of Qt and OpenCV, which cannot clash.
+# Apart from the names that the toolchain makes, strong symbols belong to a class that its header exports. Weak ones are
+# inline functions and templates, many of them of Qt and OpenCV, which cannot clash.
 strong_symbols() {
-    nm -DC --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^(__bss_start|_edata|_end)$/' | cut -d' ' -f3-
+    nm -DC --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^(__|_edata$|_end$)/' | cut -d' ' -f3-
 }
 only_exported_classes() {
     local names
@@ -133,5 +139,4 @@ damaged no-config "$(find "$prefix" -name VantorBaseConfig.cmake)"
 check "a package without its config is not found" not through_cmake "$work/no-config" "$work/bad"
 check "a version that is too old is refused" not pkg-config --exists 'vantorbase >= 999'
 
-echo "$passed passed, $failed failed"
-[[ $failed -eq 0 ]]
+finish
