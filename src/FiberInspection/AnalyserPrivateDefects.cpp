@@ -2,6 +2,7 @@
 #include "FiberInspection/AnalyserPrivate.h"
 
 #include "FiberInspection/DefectNeighbours_p.h"
+#include "FiberInspection/EnclosingCircle_p.h"
 #include "FiberInspection/Log_p.h"
 
 #include <QHash>
@@ -84,11 +85,7 @@ Defect AnalyserPrivate::createDefectFromPixels(const std::vector<cv::Point> &pix
     defect.boundingRectSize = QSize(static_cast<int>(pixelsBoundingRect.size.width),
                                     static_cast<int>(pixelsBoundingRect.size.height));
 
-    cv::Point2f center;
-    float radius = 0;
-    cv::minEnclosingCircle(pixels, center, radius);
-    defect.enclosingCircle = Circle(cvPoint2fToQPoint(center), radius);
-
+    defect.enclosingCircle = smallestEnclosingCircle(pixels);
     defect.pixels = cvPoint2fVectorToQPointVector(pixels);
     defect.calculateType();
     if (!qFuzzyCompare(pixelSize, 0.0F))
