@@ -54,7 +54,8 @@ stand_in sudo 'exec "$@"'
 stand_in apt-get ''
 stand_in dpkg-query 'printf "installed %s\n" one four; echo "config-files two"'
 cp "$root/vantor" "$work/checkout"
-printf '# list\n[build]\none\ntwo\n\n[test]\nfour\nthree\n[bench]\nfive\n' >"$work/checkout/packaging/debian-packages.txt"
+printf '%s\n' '# list' '[build]' one two '' '[test]' four three '[bench]' five \
+    >"$work/checkout/packaging/debian-packages.txt"
 
 # calls_of PROGRAM COMMAND...: how the command called it
 calls_of() {
@@ -81,6 +82,25 @@ failing_installation() {
     same "$status" 1 && [[ $text == *"cannot install four one three two"* ]]
 }
 verify "a failing installation is told with its packages" failing_installation
+
+# --- The sample of `inspect` ------------------------------------------------------------------------------------------
+
+# inspected ARGUMENT...: what vantor-inspect is given
+mkdir -p "$work/checkout/build/release/bin"
+: >"$work/checkout/build/release/build.ninja"
+stand_in dpkg-query 'printf "installed %s\n" one two'
+stand_in cmake ''
+printf '#!/bin/sh\necho "$@"\nexit 1\n' >"$work/checkout/build/release/bin/vantor-inspect"
+chmod +x "$work/checkout/build/release/bin/vantor-inspect"
+inspected() { PATH="$work/bin:$PATH" "$work/checkout/vantor" inspect "$@" || true; }
+pitted=$work/checkout/data/samples/pitted.jpg
+verify "without arguments a sample is inspected" same "$(inspected)" "$pitted"
+verify "with options only, too" same "$(inspected --json --standard mm -j 2)" "--json --standard mm -j 2 $pitted"
+verify "an option's value after = is no image either" same "$(inspected --scale=2)" "--scale=2 $pitted"
+verify "an image is passed on" same "$(inspected --standard mm "a b.jpg" --json)" "--standard mm a b.jpg --json"
+verify "a folder that looks like a value is passed on" same "$(inspected --json mm)" "--json mm"
+inspect_status() { PATH="$work/bin:$PATH" "$work/checkout/vantor" inspect; [[ $? -eq 1 ]]; }
+verify "the exit code is that of vantor-inspect" inspect_status
 
 # --- Counts -----------------------------------------------------------------------------------------------------------
 
