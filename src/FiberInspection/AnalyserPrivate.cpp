@@ -76,8 +76,8 @@ GrayLevels measureGrayLevels(const cv::Mat &grayCrop, float measuredCladdingDiam
     levels.aroundCore = AnalyserPrivate::colorAroundCircle(grayCrop, coreDiameter, levels.cladding, brightest);
     const auto diameterForColorAroundCladding =
         static_cast<int>(measuredCladdingDiameter + diameterToleranceMarginForColorAroundCladding);
-    levels.aroundCladding = AnalyserPrivate::colorAroundCircle(grayCrop, float(diameterForColorAroundCladding),
-                                                               levels.cladding, brightest);
+    levels.aroundCladding =
+        AnalyserPrivate::colorAroundCircle(grayCrop, float(diameterForColorAroundCladding), levels.cladding, brightest);
     return levels;
 }
 
@@ -99,8 +99,8 @@ std::vector<std::vector<cv::Point>> detectContours(const cv::Mat &edges)
 }
 
 /// The contours that reach the cladding, as defects without a size. Single pixels are noise.
-std::vector<Defect> createRawDefects(const std::vector<std::vector<cv::Point>> &contours, const QSize &imageSize,
-                                     float claddingRadius)
+std::vector<Defect> createRawDefects(
+    const std::vector<std::vector<cv::Point>> &contours, const QSize &imageSize, float claddingRadius)
 {
     const QPoint imageCenter(imageSize.width() / 2, imageSize.height() / 2);
     std::vector<Defect> rawDefects;
@@ -115,13 +115,19 @@ std::vector<Defect> createRawDefects(const std::vector<std::vector<cv::Point>> &
     return rawDefects;
 }
 
-/// Rebuilds merged defects from their pixels, with a size.
+/// Gives every defect its size. A joined one is rebuilt from its pixels; a lonely one has its geometry already.
 std::vector<Defect> createMergedDefects(const std::vector<Defect> &mergedRawDefects, float pixelSize)
 {
     std::vector<Defect> mergedDefects;
     mergedDefects.reserve(mergedRawDefects.size());
-    for (const Defect &defect : mergedRawDefects)
-        mergedDefects.push_back(AnalyserPrivate::createDefectFromPixels(defect.pixels, pixelSize));
+    for (const Defect &defect : mergedRawDefects) {
+        if (defect.boundingRectPoints.isEmpty()) {
+            mergedDefects.push_back(AnalyserPrivate::createDefectFromPixels(defect.pixels, pixelSize));
+        } else {
+            mergedDefects.push_back(defect);
+            mergedDefects.back().calculateSize(pixelSize);
+        }
+    }
     return mergedDefects;
 }
 
@@ -131,8 +137,8 @@ QVector<Defect> toVector(const std::vector<Defect> &defects)
 }
 } // namespace
 
-TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &fileName, const Device &device,
-                                    float scale, bool saveStepsImages, InspectionRecord *record)
+TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
+    bool saveStepsImages, InspectionRecord *record)
 {
     // Every analysis writes the same result image.
     static QMutex oneAtATime;
@@ -222,13 +228,13 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
     images.save("_05_canny_edges.png", cannyEdgesImage);
     log.finish("canny edges detected");
 
-    removeCladdingEdges(cannyEdgesImage, croppedGrayMatyImage, measuredCladdingRadius, levels.cladding,
-                        levels.aroundCladding);
+    removeCladdingEdges(
+        cannyEdgesImage, croppedGrayMatyImage, measuredCladdingRadius, levels.cladding, levels.aroundCladding);
     images.save("_06_canny_edges_without_cladding.png", cannyEdgesImage);
     log.finish("cladding circle removed");
 
-    const ZoneSizes zoneSizes{diameters.core / 2, measuredCladdingRadius, diameters.adhesive / 2,
-                              diameters.contact / 2};
+    const ZoneSizes zoneSizes{
+        diameters.core / 2, measuredCladdingRadius, diameters.adhesive / 2, diameters.contact / 2};
     log.finish("images cloned");
 
     const std::vector<std::vector<cv::Point>> contours = detectContours(cannyEdgesImage);

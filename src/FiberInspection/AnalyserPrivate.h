@@ -20,8 +20,8 @@ namespace FiberInspection {
 ///
 /// Unless said otherwise: images are 8-bit matrices, grey or BGR; lengths are pixels of the image at hand; colours are
 /// grey levels from 0 to 255; bad input gives a warning in the log and a neutral value. All functions are re-entrant.
-/// The functions from claddingColor() to removeEdgesWithinRing() take the middle of the image as the fibre's centre, and
-/// the first of two coordinates as the row: on the square crops that they are made for both readings are the same.
+/// The functions from claddingColor() to removeEdgesWithinRing() take the middle of the image as the fibre's centre,
+/// and the first of two coordinates as the row: on the square crops that they are made for both readings are the same.
 class VANTORBASE_EXPORT AnalyserPrivate
 {
 public:
@@ -30,13 +30,13 @@ public:
     /// Inspects one still photograph: locates the fibre, finds its defects, and grades them.
     ///
     /// Writes the annotated crop to BaseDirHelper::tmpFiberInspectionResultImagePath() and, if asked to, numbered step
-    /// images beside the photograph. Without a verdict the result is an error. One analysis runs at a time in a process;
-    /// a second caller waits. OpenCV's exceptions reach the caller.
+    /// images beside the photograph. Without a verdict the result is an error. One analysis runs at a time in a
+    /// process; a second caller waits. OpenCV's exceptions reach the caller.
     /// @param fileName colour photograph; its path is also the prefix of the step images
     /// @param scale divisor of the image size; 1 leaves it
     /// @param record if given, receives what was measured on the way, also without a verdict
     static TestResult analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
-                              bool saveStepsImages, InspectionRecord *record = nullptr);
+        bool saveStepsImages, InspectionRecord *record = nullptr);
 
     // --- images: AnalyserPrivateImages.cpp
 
@@ -55,8 +55,8 @@ public:
     /// Grey levels with the weights of red and blue exchanged; empty for an image without three or four channels.
     static cv::Mat convertImageToGray(const cv::Mat &mat);
 
-    /// The one circle of the Hough transform (OpenCV, HOUGH_GRADIENT) that is at most 10 pixels smaller than expected and
-    /// not larger; an empty circle when there is none or more than one.
+    /// The one circle of the Hough transform (OpenCV, HOUGH_GRADIENT) that is at most 10 pixels smaller than expected
+    /// and not larger; an empty circle when there is none or more than one.
     static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius);
 
     /// Fast search at a sixth of the size, for live frames of the scope Device::ks20().
@@ -107,14 +107,14 @@ public:
 
     static cv::Mat blurImage(const cv::Mat &mat);
 
-    /// Paints the bright part of the core with about the given colour, in place, so that its rim yields no edges. What is
-    /// not brighter than the colour stays: dark defects of the core survive. The fill is random.
+    /// Paints the bright part of the core with about the given colour, in place, so that its rim yields no edges. What
+    /// is not brighter than the colour stays: dark defects of the core survive. The fill is random.
     static void removeCoreCircle(cv::Mat &mat, float coreDiameter, int claddingColor);
 
     /// Erases, in place, the edge pixels that are only the rim of the cladding: within 4 pixels of it, and plain
     /// background three pixels outward and inward.
-    static void removeCladdingEdges(cv::Mat &edgeImage, const cv::Mat &grayImage, float claddingRadius,
-                                    int claddingColor, int colorAroundCladding);
+    static void removeCladdingEdges(
+        cv::Mat &edgeImage, const cv::Mat &grayImage, float claddingRadius, int claddingColor, int colorAroundCladding);
 
     /// The pixel that lies the distance beyond the end of a line: one decision of Bresenham's algorithm, all octants.
     static QPoint nextPixel(int startX, int startY, int endX, int endY, int distance);
@@ -136,15 +136,15 @@ public:
     static Defect createDefectFromPixels(const std::vector<cv::Point> &pixels, float pixelSize);
     static Defect createDefectFromPixels(const QVector<QPointF> &pixels, float pixelSize);
 
-    /// Joins point-like defects that lie close to each other, directly or by way of others. Scratches and lonely defects
-    /// come first, unchanged and in their order; a joined defect has nothing but its pixels.
+    /// Joins point-like defects that lie close to each other, directly or by way of others. Scratches and lonely
+    /// defects come first, unchanged and in their order; a joined defect has nothing but its pixels.
     static std::vector<Defect> mergeDefects(const std::vector<Defect> &defects, float maxDistanceToMerge);
 
     /// Appends each defect to the innermost zone that its enclosing circle overlaps, and drops what lies outside of the
     /// cladding; contactDefects stays as it is.
     static void splitDefectsToZones(const std::vector<Defect> &defects, std::vector<Defect> &coreDefects,
-                                    std::vector<Defect> &claddingDefects, std::vector<Defect> &contactDefects,
-                                    const QSize &imageSize, const ZoneSizes &zoneSizes);
+        std::vector<Defect> &claddingDefects, std::vector<Defect> &contactDefects, const QSize &imageSize,
+        const ZoneSizes &zoneSizes);
 };
 
 } // namespace FiberInspection

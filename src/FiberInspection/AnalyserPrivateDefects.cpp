@@ -82,8 +82,8 @@ Defect AnalyserPrivate::createDefectFromPixels(const std::vector<cv::Point> &pix
     defect.boundingRectPoints.reserve(static_cast<int>(corners.size()));
     for (const cv::Point2f &corner : corners)
         defect.boundingRectPoints.append(cvPoint2fToQPoint(corner));
-    defect.boundingRectSize = QSize(static_cast<int>(pixelsBoundingRect.size.width),
-                                    static_cast<int>(pixelsBoundingRect.size.height));
+    defect.boundingRectSize =
+        QSize(static_cast<int>(pixelsBoundingRect.size.width), static_cast<int>(pixelsBoundingRect.size.height));
 
     defect.enclosingCircle = smallestEnclosingCircle(pixels);
     defect.pixels = cvPoint2fVectorToQPointVector(pixels);
@@ -136,13 +136,13 @@ std::vector<Defect> AnalyserPrivate::mergeDefects(const std::vector<Defect> &def
 }
 
 void AnalyserPrivate::splitDefectsToZones(const std::vector<Defect> &defects, std::vector<Defect> &coreDefects,
-                                          std::vector<Defect> &claddingDefects, std::vector<Defect> &contactDefects,
-                                          const QSize &imageSize, const ZoneSizes &zoneSizes)
+    std::vector<Defect> &claddingDefects, std::vector<Defect> &contactDefects, const QSize &imageSize,
+    const ZoneSizes &zoneSizes)
 {
     Q_UNUSED(contactDefects) // what lies beyond the cladding is not graded
 
     const QPointF imageCenter(static_cast<qreal>(static_cast<float>(imageSize.width()) / 2),
-                              static_cast<qreal>(static_cast<float>(imageSize.height()) / 2));
+        static_cast<qreal>(static_cast<float>(imageSize.height()) / 2));
     qCDebug(messageLog) << "coreRadius" << zoneSizes.coreRadius;
     qCDebug(messageLog) << "claddingRadius" << zoneSizes.claddingRadius;
     qCDebug(messageLog) << "contactRadius" << zoneSizes.contactRadius;

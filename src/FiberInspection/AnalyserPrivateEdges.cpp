@@ -52,7 +52,18 @@ struct IndexRange
 IndexRange indicesAround(float center, float radius, float margin, int size)
 {
     return {std::max(0, truncated(static_cast<double>(center - radius - margin))),
-            std::min(size, truncated(static_cast<double>(center + radius + margin)))};
+        std::min(size, truncated(static_cast<double>(center + radius + margin)))};
+}
+
+/// The part of a grey image that a disc around its middle can lie in; of any other matrix the whole.
+cv::Rect squareAround(const cv::Mat &mat, float radius)
+{
+    constexpr float margin = 1;
+    if (mat.type() != CV_8UC1)
+        return {0, 0, mat.cols, mat.rows};
+    const IndexRange xs = indicesAround(static_cast<float>(mat.cols / 2), radius, margin, mat.rows);
+    const IndexRange ys = indicesAround(static_cast<float>(mat.rows / 2), radius, margin, mat.cols);
+    return {ys.start, xs.start, std::max(0, ys.end - ys.start), std::max(0, xs.end - xs.start)};
 }
 
 bool contains(const cv::Mat &mat, const QPoint &pixel)
@@ -67,8 +78,7 @@ uchar colorAt(const cv::Mat &mat, const QPoint &pixel)
 
 int saturated(qint64 value)
 {
-    return static_cast<int>(
-        qBound<qint64>(std::numeric_limits<int>::min(), value, std::numeric_limits<int>::max()));
+    return static_cast<int>(qBound<qint64>(std::numeric_limits<int>::min(), value, std::numeric_limits<int>::max()));
 }
 
 int sign(qint64 value)
@@ -96,20 +106,25 @@ void AnalyserPrivate::removeCoreCircle(cv::Mat &mat, float coreDiameter, int cla
     if (mat.empty())
         return;
 
-    const double coreSquare = largestSquareWithin(coreDiameter / 2);
+    const float coreRadius = coreDiameter / 2;
+    const double coreSquare = largestSquareWithin(coreRadius);
     const CenterDistance centerDistance(mat);
     const int fillColor = qBound(std::numeric_limits<int>::min() + randomColorMargin, claddingColor,
-                                 std::numeric_limits<int>::max() - randomColorMargin);
-    mat.forEach<uchar>([=](uchar &color, const int position[]) {
-        if (color > claddingColor && centerDistance.square(position[0], position[1]) <= coreSquare) {
-            color = static_cast<uchar>(QRandomGenerator::global()->bounded(fillColor - randomColorMargin,
-                                                                           fillColor + randomColorMargin));
+        std::numeric_limits<int>::max() - randomColorMargin);
+    const cv::Rect square = squareAround(mat, coreRadius);
+    if (square.empty())
+        return;
+    mat(square).forEach<uchar>([=](uchar &color, const int position[]) {
+        if (color > claddingColor
+            && centerDistance.square(square.y + position[0], square.x + position[1]) <= coreSquare) {
+            color = static_cast<uchar>(
+                QRandomGenerator::global()->bounded(fillColor - randomColorMargin, fillColor + randomColorMargin));
         }
     });
 }
 
-void AnalyserPrivate::removeCladdingEdges(cv::Mat &edgeImage, const cv::Mat &grayImage, float claddingRadius,
-                                          int claddingColor, int colorAroundCladding)
+void AnalyserPrivate::removeCladdingEdges(
+    cv::Mat &edgeImage, const cv::Mat &grayImage, float claddingRadius, int claddingColor, int colorAroundCladding)
 {
     constexpr float colorMatchToleranceFactor = 0.8F;
     constexpr float radiusMargin = 4;
@@ -130,8 +145,8 @@ void AnalyserPrivate::removeCladdingEdges(cv::Mat &edgeImage, const cv::Mat &gra
     const auto isRim = [&](const QPoint &pixel) {
         const QPoint outward = nextPixel(center, pixel, lookAhead);
         const QPoint inward = prevPixel(center, pixel, lookAhead);
-        return contains(grayImage, outward) && contains(grayImage, inward)
-            && colorAt(grayImage, outward) >= darkOutside && colorAt(grayImage, inward) >= darkInside;
+        return contains(grayImage, outward) && contains(grayImage, inward) && colorAt(grayImage, outward) >= darkOutside
+            && colorAt(grayImage, inward) >= darkInside;
     };
 
     const IndexRange xs = indicesAround(imageXCenter, claddingRadius, radiusMargin, edgeImage.rows);

@@ -33,7 +33,8 @@ int meanColor(const cv::Mat &mat, float halfSide, Counts counts)
 
     const auto xCenter = static_cast<float>(mat.cols) / 2;
     const auto yCenter = static_cast<float>(mat.rows) / 2;
-    const auto startOf = [halfSide](float center) { return std::max(0, truncated(static_cast<double>(center - halfSide))); };
+    const auto startOf = [halfSide](
+                             float center) { return std::max(0, truncated(static_cast<double>(center - halfSide))); };
     const auto endOf = [halfSide](float center, int size) {
         return std::min(size, truncated(std::ceil(static_cast<double>(center + halfSide))));
     };
@@ -146,8 +147,8 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
 
     std::vector<cv::Vec3f> circles;
     cv::HoughCircles(grayImage, circles, cv::HOUGH_GRADIENT, accumulatorRatio, minDistance, cannyThreshold,
-                     accumulatorThreshold, static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin),
-                     static_cast<int>(expectedCladdingRadius));
+        accumulatorThreshold, static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin),
+        static_cast<int>(expectedCladdingRadius));
     if (circles.empty())
         return {};
     if (circles.size() > 1) {
@@ -167,7 +168,7 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
         static_cast<float>(Standard(Standard::IEC61300_3_35_MM).cladding().outerDiameter) / 2.0F;
 
     const cv::Size scaledSize(static_cast<int>(grayImage.cols / scaleForCircleDetection),
-                              static_cast<int>(grayImage.rows / scaleForCircleDetection));
+        static_cast<int>(grayImage.rows / scaleForCircleDetection));
     if (scaledSize.empty())
         return {};
 
@@ -180,7 +181,7 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
     if (reducedCircle.radius < 1.0F)
         return {};
     return {reducedCircle.center * scaleForCircleDetection,
-            static_cast<float>(static_cast<double>(reducedCircle.radius) * scaleForCircleDetection)};
+        static_cast<float>(static_cast<double>(reducedCircle.radius) * scaleForCircleDetection)};
 }
 
 Circle AnalyserPrivate::approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height)
@@ -188,8 +189,8 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(uchar *data, int bytesPerL
     return approximateFindCladdingCircle(createOpenCVImageFromBytes(data, bytesPerLine, width, height));
 }
 
-QRect AnalyserPrivate::calculateCrop(const QPointF &claddingCenter, float contactZoneOuterDiameter,
-                                     const QSize &resolution)
+QRect AnalyserPrivate::calculateCrop(
+    const QPointF &claddingCenter, float contactZoneOuterDiameter, const QSize &resolution)
 {
     constexpr double cropMargin = 20.0;
 
@@ -271,7 +272,8 @@ int AnalyserPrivate::claddingColor(const cv::Mat &mat, float claddingDiameter, f
     const float claddingRadius = claddingDiameter / 2;
     const double outerSquare = largestSquareWithin(claddingRadius);
     const double excludedSquare = largestSquareBelow(coreDiameter / 2);
-    const int mean = meanColor(mat, claddingRadius, [=](double square, int) { return square <= outerSquare && square > excludedSquare; });
+    const int mean = meanColor(
+        mat, claddingRadius, [=](double square, int) { return square <= outerSquare && square > excludedSquare; });
     return mean - colorMargin;
 }
 
@@ -285,9 +287,8 @@ int AnalyserPrivate::colorAroundCircle(const cv::Mat &mat, float diameter, int m
         return std::abs(square - radiusSquare) <= radiusSquare * fuzz
             && qFuzzyCompare(static_cast<float>(std::sqrt(square)), radius);
     };
-    return meanColor(mat, radius, [=](double square, int color) {
-        return color >= minColor && color <= maxColor && !liesOnCircle(square);
-    });
+    return meanColor(mat, radius,
+        [=](double square, int color) { return color >= minColor && color <= maxColor && !liesOnCircle(square); });
 }
 
 int AnalyserPrivate::backgroundColor(const cv::Mat &mat, float claddingDiameter)

@@ -63,9 +63,8 @@ bool Defect::isCloseTo(const Defect &defect, float closeDistanceThreshold) const
     const double reach = largestSquareWithin(closeDistanceThreshold);
     return std::any_of(pixels.cbegin(), pixels.cend(), [&](const QPointF &pixel) {
         const PixelPosition here = PixelPosition::of(pixel);
-        return std::any_of(defect.pixels.cbegin(), defect.pixels.cend(), [&](const QPointF &otherPixel) {
-            return here.squaredDistanceTo(PixelPosition::of(otherPixel)) <= reach;
-        });
+        return std::any_of(defect.pixels.cbegin(), defect.pixels.cend(),
+            [&](const QPointF &otherPixel) { return here.squaredDistanceTo(PixelPosition::of(otherPixel)) <= reach; });
     });
 }
 

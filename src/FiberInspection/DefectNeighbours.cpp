@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/DefectNeighbours_p.h"
-
 #include "FiberInspection/PixelGeometry_p.h"
 
 #include <algorithm>
@@ -84,7 +83,7 @@ void DefectNeighbours::setUpGrid()
     mCellSize = std::floor(std::min(std::sqrt(std::max(mReachSquare, 0.0)), extent)) + 1;
     const auto cellsAlong = [this](double length) { return std::floor(length / mCellSize) + 1; };
     while (cellsAlong(highest.x - lowest.x) * cellsAlong(highest.y - lowest.y)
-           > cellsPerPixel * static_cast<double>(pixelCount) + spareCells)
+        > cellsPerPixel * static_cast<double>(pixelCount) + spareCells)
         mCellSize *= 2;
     mColumns = static_cast<std::size_t>(cellsAlong(highest.x - lowest.x));
     mRows = static_cast<std::size_t>(cellsAlong(highest.y - lowest.y));

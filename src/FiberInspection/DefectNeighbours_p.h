@@ -12,8 +12,8 @@ namespace FiberInspection {
 /// Tells which point-like defects have pixels within a distance of each other, without comparing every pair.
 ///
 /// The pixels of all point-like defects are sorted into the cells of a grid that are at least as wide as the distance,
-/// so that only the 3 x 3 cells around a pixel can hold a close one. The answer is that of Defect::isCloseTo(); the time
-/// grows with the number of pixels.
+/// so that only the 3 x 3 cells around a pixel can hold a close one. The answer is that of Defect::isCloseTo(); the
+/// time grows with the number of pixels.
 class DefectNeighbours
 {
 public:

@@ -23,7 +23,7 @@ struct Disc
 double length(const cv::Point2f &vector)
 {
     return std::sqrt(static_cast<double>(vector.x) * static_cast<double>(vector.x)
-                     + static_cast<double>(vector.y) * static_cast<double>(vector.y));
+        + static_cast<double>(vector.y) * static_cast<double>(vector.y));
 }
 
 cv::Point2f toFloat(const cv::Point &point)
@@ -37,11 +37,11 @@ Disc discOver(const cv::Point &a, const cv::Point &b)
     const auto half = [](int first, int second) { return static_cast<float>(int64_t(first) + second) / 2.0F; };
     const auto difference = [](int first, int second) { return static_cast<float>(int64_t(first) - second); };
     return {{half(a.x, b.x), half(a.y, b.y)},
-            static_cast<float>(length({difference(a.x, b.x), difference(a.y, b.y)})) / 2.0F + roundingAllowance};
+        static_cast<float>(length({difference(a.x, b.x), difference(a.y, b.y)})) / 2.0F + roundingAllowance};
 }
 
-/// The circle through three points: where the perpendicular bisectors of two sides meet. Points on a line give the circle
-/// over the longest side.
+/// The circle through three points: where the perpendicular bisectors of two sides meet. Points on a line give the
+/// circle over the longest side.
 Disc discThrough(const cv::Point2f &a, const cv::Point2f &b, const cv::Point2f &c)
 {
     const cv::Point2f ab = b - a;
@@ -57,21 +57,20 @@ Disc discThrough(const cv::Point2f &a, const cv::Point2f &b, const cv::Point2f &
         const float squareAb = square(a - b);
         const float squareAc = square(a - c);
         const float squareBc = square(b - c);
-        const float radius =
-            std::sqrt(std::max(squareAb, std::max(squareAc, squareBc))) * 0.5F + roundingAllowance;
+        const float radius = std::sqrt(std::max(squareAb, std::max(squareAc, squareBc))) * 0.5F + roundingAllowance;
         if (squareAb >= squareAc && squareAb >= squareBc)
             return {(a + b) * 0.5F, radius};
         return {squareAc >= squareBc ? (a + c) * 0.5F : (b + c) * 0.5F, radius};
     }
 
-    const cv::Point2f center((offsetAb * ac.y - offsetAc * ab.y) / determinant,
-                             (ab.x * offsetAc - ac.x * offsetAb) / determinant);
+    const cv::Point2f center(
+        (offsetAb * ac.y - offsetAc * ab.y) / determinant, (ab.x * offsetAc - ac.x * offsetAb) / determinant);
     const cv::Point2f spoke = center - a;
     return {center, std::sqrt(spoke.x * spoke.x + spoke.y * spoke.y) + roundingAllowance};
 }
 
-/// The points of a contour with the boxes around runs of them: a run whose box lies inside of a circle is passed over as
-/// a whole. Neighbours on a contour lie close together, so the boxes are small.
+/// The points of a contour with the boxes around runs of them: a run whose box lies inside of a circle is passed over
+/// as a whole. Neighbours on a contour lie close together, so the boxes are small.
 class PointRuns
 {
 public:
@@ -127,8 +126,8 @@ private:
             if (i % runLength == 0)
                 result.push_back(box);
             Box &around = result.back();
-            around = {std::min(around.left, box.left), std::max(around.right, box.right),
-                      std::min(around.top, box.top), std::max(around.bottom, box.bottom)};
+            around = {std::min(around.left, box.left), std::max(around.right, box.right), std::min(around.top, box.top),
+                std::max(around.bottom, box.bottom)};
         }
         return result;
     }

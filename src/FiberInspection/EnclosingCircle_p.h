@@ -10,8 +10,8 @@
 
 namespace FiberInspection {
 
-/// The smallest circle around the points, bit by bit that of cv::minEnclosingCircle, whose time grows with the square or
-/// the cube of the length of a winding contour. The points must not be empty.
+/// The smallest circle around the points, bit by bit that of cv::minEnclosingCircle, whose time grows with the square
+/// or the cube of the length of a winding contour. The points must not be empty.
 VANTORBASE_EXPORT Circle smallestEnclosingCircle(const std::vector<cv::Point> &points);
 
 } // namespace FiberInspection

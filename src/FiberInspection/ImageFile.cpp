@@ -113,7 +113,7 @@ Structure walk(const QByteArray &bytes)
         if (std::memcmp(chunk + 4, "IHDR", 4) == 0 && length >= 8) {
             constexpr quint32 largest = 0x7FFFFFFF;
             structure.size = QSize(static_cast<int>(qMin(bigEndian32(chunk + 8), largest)),
-                                   static_cast<int>(qMin(bigEndian32(chunk + 12), largest)));
+                static_cast<int>(qMin(bigEndian32(chunk + 12), largest)));
         }
         if (std::memcmp(chunk + 4, "IEND", 4) == 0) {
             structure.complete = true;
@@ -186,7 +186,8 @@ bool ImageFile::write(const QString &path, const char *data, qint64 size)
     const QString temporaryPath = path + QStringLiteral(".part");
     QFile::remove(temporaryPath); // a link planted there must not be followed
     QFile file(temporaryPath);
-    const bool written = file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(data, size) == size && file.flush();
+    const bool written =
+        file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(data, size) == size && file.flush();
     file.close();
     if (written && std::rename(QFile::encodeName(temporaryPath).constData(), QFile::encodeName(path).constData()) == 0)
         return true;

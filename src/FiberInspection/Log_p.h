@@ -5,7 +5,8 @@
 
 namespace FiberInspection {
 
-/// Qt's default category, for qCDebug and its kin: unlike qDebug(), they build no text for a level that is switched off.
+/// Qt's default category, for qCDebug and its kin: unlike qDebug(), they build no text for a level that is switched
+/// off.
 inline const QLoggingCategory &messageLog()
 {
     return *QLoggingCategory::defaultCategory();

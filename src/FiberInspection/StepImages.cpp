@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FiberInspection/StepImages_p.h"
-
 #include "FiberInspection/Log_p.h"
+#include "FiberInspection/StepImages_p.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -34,12 +33,12 @@ void drawShape(cv::Mat &image, const Defect &defect)
     const QVector<QPointF> &corners = defect.boundingRectPoints;
     for (int i = 0; i < corners.size(); ++i) {
         cv::line(image, AnalyserPrivate::qpointfToCvPoint2f(corners[i]),
-                 AnalyserPrivate::qpointfToCvPoint2f(corners[(i + 1) % corners.size()]), redColor, lineThickness,
-                 cv::LINE_8);
+            AnalyserPrivate::qpointfToCvPoint2f(corners[(i + 1) % corners.size()]), redColor, lineThickness,
+            cv::LINE_8);
     }
     if (defect.type != Defect::Type::Scratch) {
         cv::circle(image, AnalyserPrivate::qpointfToCvPoint2f(defect.enclosingCircle.center),
-                   static_cast<int>(defect.enclosingCircle.radius), blueColor, lineThickness, cv::LINE_8);
+            static_cast<int>(defect.enclosingCircle.radius), blueColor, lineThickness, cv::LINE_8);
     }
 }
 
@@ -79,8 +78,8 @@ void StepImages::save(const char *suffix, const cv::Mat &image) const
         qCWarning(messageLog) << "step image not written:" << path;
 }
 
-void StepImages::saveDefects(const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects,
-                             const std::vector<Defect> &mergedDefects) const
+void StepImages::saveDefects(
+    const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects, const std::vector<Defect> &mergedDefects) const
 {
     if (!mEnabled)
         return;
@@ -96,8 +95,8 @@ void StepImages::saveDefects(const cv::Mat &colorCrop, const std::vector<Defect>
     save("_10_merged_defects_rectangles.png", shapesOf(mergedDefects));
 }
 
-void StepImages::saveGradedDefects(const cv::Mat &colorCrop, const TestResult &testResult,
-                                   const ZoneSizes &zoneSizes) const
+void StepImages::saveGradedDefects(
+    const cv::Mat &colorCrop, const TestResult &testResult, const ZoneSizes &zoneSizes) const
 {
     if (!mEnabled)
         return;

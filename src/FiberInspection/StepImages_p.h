@@ -18,7 +18,7 @@ public:
 
     /// Steps 07 to 10: contours, then rectangles and circles, of the defects before and after merging.
     void saveDefects(const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects,
-                     const std::vector<Defect> &mergedDefects) const;
+        const std::vector<Defect> &mergedDefects) const;
 
     /// Steps 11 and 12: the graded defects of the core and of the cladding, with the zones.
     void saveGradedDefects(const cv::Mat &colorCrop, const TestResult &testResult, const ZoneSizes &zoneSizes) const;

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FiberInspection/StepLog_p.h"
-
 #include "FiberInspection/Log_p.h"
+#include "FiberInspection/StepLog_p.h"
 
 namespace FiberInspection {
 

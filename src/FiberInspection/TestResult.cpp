@@ -41,7 +41,8 @@ void RuleResult::processDefect(Defect &defect)
         return;
 
     ++defectCount;
-    const bool exceeds = standardRule.maxAllowedAmount != Rule::unlimited && defectCount > standardRule.maxAllowedAmount;
+    const bool exceeds =
+        standardRule.maxAllowedAmount != Rule::unlimited && defectCount > standardRule.maxAllowedAmount;
     if (exceeds) {
         defect.causesFailure = true;
         violated = true;

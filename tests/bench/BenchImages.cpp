@@ -40,7 +40,8 @@ QString BenchImages::paintNoise(int width, int height, int noiseSpan, const QStr
             const double dx = x - width / 2.0;
             const double dy = y - height / 2.0;
             const int level = dx * dx + dy * dy < radius * radius ? fibreLevel : ferruleLevel;
-            line[x] = static_cast<uchar>(qBound(0, level + static_cast<int>(random() % static_cast<unsigned>(noiseSpan)) - noiseSpan / 2, 255));
+            line[x] = static_cast<uchar>(
+                qBound(0, level + static_cast<int>(random() % static_cast<unsigned>(noiseSpan)) - noiseSpan / 2, 255));
         }
     }
     const QString file = path(fileName);

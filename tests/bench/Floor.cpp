@@ -6,8 +6,8 @@
 
 #include <vector>
 
-void inspectionFloor(const std::string &imagePath, const std::string &resultPath, const cv::Rect &crop,
-                     int largestRadius)
+void inspectionFloor(
+    const std::string &imagePath, const std::string &resultPath, const cv::Rect &crop, int largestRadius)
 {
     const cv::Mat image = cv::imread(imagePath, cv::IMREAD_COLOR);
     cv::Mat gray;

@@ -8,5 +8,5 @@
 /// The least that an inspection can cost: nothing but the calls to OpenCV that it cannot do without, on the same image.
 /// @param crop the square around the fibre
 /// @param largestRadius of the fibre, pixels
-void inspectionFloor(const std::string &imagePath, const std::string &resultPath, const cv::Rect &crop,
-                     int largestRadius);
+void inspectionFloor(
+    const std::string &imagePath, const std::string &resultPath, const cv::Rect &crop, int largestRadius);

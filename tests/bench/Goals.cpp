@@ -44,15 +44,14 @@ void print(const Goal &goal, const MedianReporter &reporter)
     const double reached = measured / reference;
     const char *const unit = goal.reference.empty() ? " ms" : "";
     std::printf("%-52s %9.3f%s  goal <= %.3f%s  %s\n", goal.what.c_str(), reached, unit, goal.bound, unit,
-                reached <= goal.bound ? "reached" : "MISSED");
+        reached <= goal.bound ? "reached" : "MISSED");
 }
 } // namespace
 
 int runBenchmarks(int argc, char **argv, const std::vector<Goal> &goals)
 {
     std::vector<std::string> arguments{argv[0], "--benchmark_repetitions=9", "--benchmark_min_time=0.05",
-                                       "--benchmark_enable_random_interleaving=true",
-                                       "--benchmark_display_aggregates_only=true"};
+        "--benchmark_enable_random_interleaving=true", "--benchmark_display_aggregates_only=true"};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
     std::vector<char *> pointers;
     for (std::string &argument : arguments)

@@ -13,6 +13,6 @@ struct Goal
     double bound = 0; ///< largest ratio, or largest time in milliseconds
 };
 
-/// Runs the registered benchmarks several times in random order, so that a drift of the machine's speed hits all of them
-/// alike, and prints the medians and then the goals with what was reached. Returns the exit code of the program.
+/// Runs the registered benchmarks several times in random order, so that a drift of the machine's speed hits all of
+/// them alike, and prints the medians and then the goals with what was reached. Returns the exit code of the program.
 int runBenchmarks(int argc, char **argv, const std::vector<Goal> &goals);

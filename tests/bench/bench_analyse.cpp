@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
+#include "EndfaceScenes.h"
+#include "FiberInspection/AnalyserPrivate.h"
 #include "Floor.h"
 #include "Goals.h"
 
-#include "EndfaceScenes.h"
-#include "FiberInspection/AnalyserPrivate.h"
+#include <QLoggingCategory>
 
 #include <benchmark/benchmark.h>
-
-#include <QLoggingCategory>
 
 #include <cstdio>
 
@@ -35,17 +34,20 @@ struct Sample
 
     void print(const char *name) const
     {
-        std::printf("%-16s %s%d contours, %d raw and %d merged defects\n", name, qPrintable(record.reason), record.contours,
-                    record.rawDefects, record.mergedDefects);
+        std::printf("%-16s %s%d contours, %d raw and %d merged defects\n", name, qPrintable(record.reason),
+            record.contours, record.rawDefects, record.mergedDefects);
     }
 };
 
 void benchAnalysis(const char *name, Sample *sample)
 {
-    benchmark::RegisterBenchmark(name, [sample](benchmark::State &state) {
-        for (auto _ : state)
-            benchmark::DoNotOptimize(sample->analyse());
-    })->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark(name,
+        [sample](benchmark::State &state) {
+            for (auto _ : state)
+                benchmark::DoNotOptimize(sample->analyse());
+        })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
 }
 
 void benchFloor(const char *name, const Sample *sample)
@@ -53,12 +55,15 @@ void benchFloor(const char *name, const Sample *sample)
     const QRect crop = sample->record.crop;
     constexpr double expectedRadius = 67.5; // micrometres: cladding and half of the adhesive
     const int largestRadius = static_cast<int>(expectedRadius / static_cast<double>(sample->record.pixelSize));
-    benchmark::RegisterBenchmark(name, [=](benchmark::State &state) {
-        const std::string image = sample->path.toStdString();
-        const std::string result = BaseDirHelper::tmpFiberInspectionResultImagePath().toStdString();
-        for (auto _ : state)
-            inspectionFloor(image, result, {crop.x(), crop.y(), crop.width(), crop.height()}, largestRadius);
-    })->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark(name,
+        [=](benchmark::State &state) {
+            const std::string image = sample->path.toStdString();
+            const std::string result = BaseDirHelper::tmpFiberInspectionResultImagePath().toStdString();
+            for (auto _ : state)
+                inspectionFloor(image, result, {crop.x(), crop.y(), crop.width(), crop.height()}, largestRadius);
+        })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
 }
 
 /// Specks of eight pixels, as dense as they can lie without all of them being joined.
@@ -80,12 +85,15 @@ std::vector<Defect> specks(int count)
 
 void benchMerging(const char *name, int count)
 {
-    benchmark::RegisterBenchmark(name, [count](benchmark::State &state) {
-        constexpr float distance = 3.72F; // pixels: 4 micrometres at 800x600
-        const std::vector<Defect> defects = specks(count);
-        for (auto _ : state)
-            benchmark::DoNotOptimize(AnalyserPrivate::mergeDefects(defects, distance));
-    })->Unit(benchmark::kMillisecond)->UseRealTime();
+    benchmark::RegisterBenchmark(name,
+        [count](benchmark::State &state) {
+            constexpr float distance = 3.72F; // pixels: 4 micrometres at 800x600
+            const std::vector<Defect> defects = specks(count);
+            for (auto _ : state)
+                benchmark::DoNotOptimize(AnalyserPrivate::mergeDefects(defects, distance));
+        })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime();
 }
 
 /// The strongest white noise in which the fibre is still found: what is stronger fails early and costs less.
@@ -148,16 +156,16 @@ int main(int argc, char **argv)
     benchMerging("merge_4000", 4000);
 
     return runBenchmarks(argc, argv,
-                         {
-                             {"typical 800x600 JPEG / floor", "analyse_typical", "floor_typical", 1.15},
-                             {"clean 800x600 JPEG / floor", "analyse_clean", "floor_clean", 1.15},
-                             {"4000 contours / 2000 contours", "analyse_dirty_4000", "analyse_dirty_2000", 2.3},
-                             {"merging 4000 specks / 2000 specks", "merge_4000", "merge_2000", 2.3},
-                             {"2000 contours", "analyse_dirty_2000", "", longestInspection},
-                             {"4000 contours", "analyse_dirty_4000", "", longestInspection},
-                             {"white noise 800x600", "analyse_noise", "", longestInspection},
-                             {"5 megapixels", "analyse_large", "", longestInspection},
-                             {"white noise, 5 megapixels", "analyse_large_noise", "", longestInspection},
-                             {"standard Manual / floor", "analyse_manual", "floor_noise", 1.0},
-                         });
+        {
+            {"typical 800x600 JPEG / floor", "analyse_typical", "floor_typical", 1.15},
+            {"clean 800x600 JPEG / floor", "analyse_clean", "floor_clean", 1.15},
+            {"4000 contours / 2000 contours", "analyse_dirty_4000", "analyse_dirty_2000", 2.3},
+            {"merging 4000 specks / 2000 specks", "merge_4000", "merge_2000", 2.3},
+            {"2000 contours", "analyse_dirty_2000", "", longestInspection},
+            {"4000 contours", "analyse_dirty_4000", "", longestInspection},
+            {"white noise 800x600", "analyse_noise", "", longestInspection},
+            {"5 megapixels", "analyse_large", "", longestInspection},
+            {"white noise, 5 megapixels", "analyse_large_noise", "", longestInspection},
+            {"standard Manual / floor", "analyse_manual", "floor_noise", 1.0},
+        });
 }

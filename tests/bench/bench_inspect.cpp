@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
-#include "Goals.h"
-
 #include "EndfaceScenes.h"
 #include "FiberInspection/AnalyserPrivate.h"
-
-#include <benchmark/benchmark.h>
+#include "Goals.h"
 
 #include <QFile>
 #include <QLoggingCategory>
 #include <QProcess>
+
+#include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <sys/resource.h>
@@ -31,16 +30,21 @@ void runInspect(const QStringList &arguments)
     process.start(program, arguments);
     constexpr int tooLong = 300000; // milliseconds
     constexpr int analysed = 1; // exit codes up to here
-    if (!process.waitForFinished(tooLong) || process.exitStatus() != QProcess::NormalExit || process.exitCode() > analysed)
+    if (!process.waitForFinished(tooLong) || process.exitStatus() != QProcess::NormalExit
+        || process.exitCode() > analysed)
         qFatal("vantor-inspect failed");
 }
 
 void benchJobs(const char *name, const QString &folder, int jobs)
 {
-    benchmark::RegisterBenchmark(name, [=](benchmark::State &state) {
-        for (auto _ : state)
-            runInspect({QStringLiteral("--json"), QStringLiteral("--jobs"), QString::number(jobs), folder});
-    })->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(1);
+    benchmark::RegisterBenchmark(name,
+        [=](benchmark::State &state) {
+            for (auto _ : state)
+                runInspect({QStringLiteral("--json"), QStringLiteral("--jobs"), QString::number(jobs), folder});
+        })
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime()
+        ->Iterations(1);
 }
 
 /// Kibibytes of a line of /proc/self/status.
@@ -63,11 +67,12 @@ void printPeakOfProgram(const QString &image)
     runInspect({QStringLiteral("--json"), image});
     rusage usage = {};
     getrusage(RUSAGE_CHILDREN, &usage);
-    std::printf("peak memory of vantor-inspect, one image: %.1f MiB\n", static_cast<double>(usage.ru_maxrss) / mebibyte);
+    std::printf(
+        "peak memory of vantor-inspect, one image: %.1f MiB\n", static_cast<double>(usage.ru_maxrss) / mebibyte);
 }
 
-/// What the first analysis of a process adds to the memory of that process: its matrices, and the library code that it is
-/// the first to touch.
+/// What the first analysis of a process adds to the memory of that process: its matrices, and the library code that it
+/// is the first to touch.
 void printPeakOfAnalysis(const QString &image)
 {
     std::fflush(stdout);
@@ -76,7 +81,7 @@ void printPeakOfAnalysis(const QString &image)
         const double before = statusOf("VmRSS");
         AnalyserPrivate::analyse(Standard::IEC61300_3_35_SM_RL45, image, Device::ks20(), 1.0F, false);
         std::printf("first analysis: peak %.1f MiB above %.1f MiB before; allocated since: %.1f MiB\n",
-                    (statusOf("VmHWM") - before) / mebibyte, before / mebibyte, (statusOf("RssAnon")) / mebibyte);
+            (statusOf("VmHWM") - before) / mebibyte, before / mebibyte, (statusOf("RssAnon")) / mebibyte);
         std::fflush(stdout);
         _exit(0);
     }
