@@ -51,8 +51,8 @@ struct IndexRange
 /// The indices around the centre that exist in a matrix of that size.
 IndexRange indicesAround(float center, float radius, float margin, int size)
 {
-    return {std::max(0, truncated(static_cast<double>(center - radius - margin))),
-        std::min(size, truncated(static_cast<double>(center + radius + margin)))};
+    const int start = std::clamp(truncated(static_cast<double>(center - radius - margin)), 0, size);
+    return {start, std::clamp(truncated(static_cast<double>(center + radius + margin)), start, size)};
 }
 
 /// The part of a grey image that a disc around its middle can lie in; of any other matrix the whole.
@@ -63,7 +63,7 @@ cv::Rect squareAround(const cv::Mat &mat, float radius)
         return {0, 0, mat.cols, mat.rows};
     const IndexRange xs = indicesAround(static_cast<float>(mat.cols / 2), radius, margin, mat.rows);
     const IndexRange ys = indicesAround(static_cast<float>(mat.rows / 2), radius, margin, mat.cols);
-    return {ys.start, xs.start, std::max(0, ys.end - ys.start), std::max(0, xs.end - xs.start)};
+    return {ys.start, xs.start, ys.end - ys.start, xs.end - xs.start};
 }
 
 bool contains(const cv::Mat &mat, const QPoint &pixel)
