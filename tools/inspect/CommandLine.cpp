@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+
+#include "StandardNames.h"
+
+#include <QRegularExpression>
+
+namespace Inspect {
+
+namespace {
+constexpr int maxJobs = 256;
+constexpr int maxRepeat = 100000;
+constexpr int maxFieldOfView = 100000; // micrometres
+constexpr float minScale = 0.01F;
+constexpr float maxScale = 100;
+
+QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
+{
+    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
+}
+
+QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
+{
+    return option({QString::fromUtf8(name)}, description, valueName);
+}
+
+QString longName(const QCommandLineOption &option)
+{
+    return QStringLiteral("--") + option.names().constLast();
+}
+} // namespace
+
+CommandLine::CommandLine()
+    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
+    , mVersion(option("version", "Show the version."))
+    , mListStandards(option("list-standards", "List the standards with their zones and criteria."))
+    , mStandard(
+          option("standard", "Grade by these standards, separated by commas, or by all (default: sm-rl45).", "NAME"))
+    , mFieldOfView(option("fov", "Field of view of the whole image in micrometres (default: 860x645).", "WxH"))
+    , mScale(option("scale", "Divide the size of the image before it is analysed (default: 1).", "S"))
+    , mOut(option({QStringLiteral("o"), QStringLiteral("out")},
+          "Keep the annotated images in this folder (default: none are kept).", "DIR"))
+    , mSteps(option("steps", "Keep images of the steps of the analysis too; needs --out."))
+    , mJobs(
+          option({QStringLiteral("j"), QStringLiteral("jobs")}, "Analyse with this many processes (default: 1).", "N"))
+    , mRepeat(option("repeat",
+          "Analyse each image so often and count the verdicts; the worst one is reported. End faces at the margin show "
+          "themselves.",
+          "N"))
+    , mJson(option("json", "Print one JSON object a line."))
+    , mCsv(option("csv", "Print CSV, one line for each image and standard."))
+    , mQuiet(option({QStringLiteral("q"), QStringLiteral("quiet")},
+          "No report for a person, no progress bar: the exit code tells the verdict."))
+    , mVerbose(option("verbose", "Show the log of the analysis on stderr."))
+{
+    mParser.setApplicationDescription(
+        QStringLiteral("Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
+                       "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed, 64 wrong usage."));
+    mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
+        QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
+        QStringLiteral("IMAGE|FOLDER..."));
+    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
+    mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mRepeat, mJson, mCsv,
+        mQuiet, mVerbose, mVersion, mHelp});
+}
+
+bool CommandLine::parse(const QStringList &arguments)
+{
+    if (!mParser.parse(arguments))
+        return refuse(mParser.errorText());
+    if (chooseAction())
+        return true;
+
+    mOptions.operands = mParser.positionalArguments();
+    mOptions.saveSteps = mParser.isSet(mSteps);
+    mOptions.reportsRuns = mParser.isSet(mRepeat);
+    mOptions.quiet = mParser.isSet(mQuiet);
+    mOptions.verbose = mParser.isSet(mVerbose);
+    if (mParser.isSet(mJson))
+        mOptions.format = Options::Format::Json;
+    else if (mParser.isSet(mCsv))
+        mOptions.format = Options::Format::Csv;
+
+    return readStandards() && readFieldOfView() && readScale() && readCount(mJobs, maxJobs, &mOptions.jobs)
+        && readCount(mRepeat, maxRepeat, &mOptions.repeat) && readOutput() && checkCombinations();
+}
+
+bool CommandLine::chooseAction()
+{
+    if (mParser.isSet(mHelp))
+        mOptions.action = Options::Action::ShowHelp;
+    else if (mParser.isSet(mVersion))
+        mOptions.action = Options::Action::ShowVersion;
+    else if (mParser.isSet(mListStandards))
+        mOptions.action = Options::Action::ListStandards;
+    return mOptions.action != Options::Action::Inspect;
+}
+
+bool CommandLine::checkCombinations()
+{
+    if (mParser.isSet(mJson) && mParser.isSet(mCsv))
+        return refuse(QStringLiteral("--json and --csv exclude each other"));
+    if (mOptions.quiet && mOptions.verbose)
+        return refuse(QStringLiteral("--quiet and --verbose exclude each other"));
+    if (mOptions.saveSteps && mOptions.outputFolder.isEmpty())
+        return refuse(QStringLiteral("--steps needs --out"));
+    if (mOptions.operands.isEmpty())
+        return refuse(QStringLiteral("which images? See --help"));
+    return true;
+}
+
+bool CommandLine::readStandards()
+{
+    const QStringList names = mParser.isSet(mStandard) ? mParser.value(mStandard).split(QLatin1Char(','))
+                                                       : QStringList{defaultStandardName()};
+    for (const QString &name : names) {
+        const QVector<FiberInspection::Standard::Id> ids = standardsNamed(name);
+        if (ids.isEmpty())
+            return refuseValue(mStandard, standardNames().join(QStringLiteral(", ")) + QStringLiteral(" or all"));
+        for (const FiberInspection::Standard::Id id : ids) {
+            if (!mOptions.standards.contains(id))
+                mOptions.standards.append(id);
+        }
+    }
+    return true;
+}
+
+bool CommandLine::readFieldOfView()
+{
+    if (!mParser.isSet(mFieldOfView))
+        return true;
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,6})x([0-9]{1,6})$"));
+    const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView)
+        return refuseValue(mFieldOfView, QStringLiteral("WIDTHxHEIGHT in micrometres, such as 860x645"));
+    mOptions.device.fov = size;
+    return true;
+}
+
+bool CommandLine::readScale()
+{
+    if (!mParser.isSet(mScale))
+        return true;
+    bool ok = false;
+    mOptions.scale = mParser.value(mScale).toFloat(&ok);
+    const bool isUsable = ok && mOptions.scale >= minScale && mOptions.scale <= maxScale;
+    return isUsable || refuseValue(mScale, QStringLiteral("a number from %1 to %2").arg(minScale).arg(maxScale));
+}
+
+bool CommandLine::readCount(const QCommandLineOption &option, int most, int *count)
+{
+    if (!mParser.isSet(option))
+        return true;
+    bool ok = false;
+    *count = mParser.value(option).toInt(&ok);
+    return (ok && *count >= 1 && *count <= most)
+        || refuseValue(option, QStringLiteral("a whole number from 1 to %1").arg(most));
+}
+
+bool CommandLine::readOutput()
+{
+    mOptions.outputFolder = mParser.value(mOut);
+    return !mParser.isSet(mOut) || !mOptions.outputFolder.isEmpty()
+        || refuseValue(mOut, QStringLiteral("the name of a folder"));
+}
+
+bool CommandLine::refuse(const QString &problem)
+{
+    mProblem = problem;
+    return false;
+}
+
+bool CommandLine::refuseValue(const QCommandLineOption &option, const QString &expectation)
+{
+    return refuse(QStringLiteral("%1 needs %2, not \"%3\"").arg(longName(option), expectation, mParser.value(option)));
+}
+
+} // namespace Inspect

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/Geometry.h"
+#include "FiberInspection/Standard.h"
+
+#include <QStringList>
+#include <QVector>
+
+namespace Inspect {
+
+/// What the command line asks for, checked.
+struct Options
+{
+    enum class Action : int { Inspect, ShowHelp, ShowVersion, ListStandards };
+    enum class Format : int { Text, Json, Csv };
+
+    Action action = Action::Inspect;
+    QStringList operands; ///< image files and folders
+    QVector<FiberInspection::Standard::Id> standards; ///< each once
+    FiberInspection::Device device = FiberInspection::Device::ks20();
+    float scale = 1;
+    QString outputFolder; ///< empty: nothing is kept
+    bool saveSteps = false;
+    int jobs = 1;
+    int repeat = 1; ///< runs per image and standard
+    bool reportsRuns = false; ///< --repeat was given
+    Format format = Format::Text;
+    bool quiet = false;
+    bool verbose = false;
+
+    /// Reports for a person, as opposed to JSON or CSV.
+    bool isForPerson() const { return format == Format::Text; }
+};
+
+} // namespace Inspect

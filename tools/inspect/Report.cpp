@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Report.h"
+
+#include "Options.h"
+#include "Terminal.h"
+
+namespace Inspect {
+
+Report makeReport(const Inspection &inspection, const Options &options, const TextStyle &style)
+{
+    Report report;
+    report.verdict = inspection.verdict();
+    switch (options.format) {
+    case Options::Format::Json:
+        report.output = jsonReport(inspection, options);
+        break;
+    case Options::Format::Csv:
+        report.output = csvReport(inspection, options);
+        break;
+    case Options::Format::Text:
+        if (report.verdict == Verdict::NotAnalysed)
+            report.messages =
+                Terminal::message(inspection.task.image.path + QStringLiteral(": ") + inspection.reason).toUtf8();
+        else if (!options.quiet)
+            report.output = textReport(inspection, options, style).toUtf8();
+        break;
+    }
+    if (!inspection.problem.isEmpty())
+        report.messages += Terminal::message(inspection.problem).toUtf8();
+    return report;
+}
+
+QByteArray reportHeader(const Options &options)
+{
+    return options.format == Options::Format::Csv ? csvHeader(options) : QByteArray();
+}
+
+} // namespace Inspect

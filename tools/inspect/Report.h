@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Inspection.h"
+
+#include <QByteArray>
+
+namespace Inspect {
+
+struct Options;
+class TextStyle;
+
+/// What is to be printed about one task.
+struct Report
+{
+    Verdict verdict = Verdict::NotAnalysed;
+    QByteArray output; ///< for stdout
+    QByteArray messages; ///< for stderr, whole lines
+};
+
+Report makeReport(const Inspection &inspection, const Options &options, const TextStyle &style);
+
+/// What stands before all reports.
+QByteArray reportHeader(const Options &options);
+
+// --- the formats: ReportText.cpp, ReportJson.cpp, ReportCsv.cpp
+
+QString textReport(const Inspection &inspection, const Options &options, const TextStyle &style);
+QString textSummary(int passed, int failed, int notAnalysed, const TextStyle &style);
+QString standardsText(const TextStyle &style);
+
+/// One line; docs/inspect.schema.json describes it.
+QByteArray jsonReport(const Inspection &inspection, const Options &options);
+
+QByteArray csvHeader(const Options &options);
+QByteArray csvReport(const Inspection &inspection, const Options &options);
+
+} // namespace Inspect

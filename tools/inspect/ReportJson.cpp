@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Report.h"
+
+#include "JsonWriter.h"
+#include "Options.h"
+#include "StandardNames.h"
+
+namespace Inspect {
+
+using FiberInspection::Defect;
+using FiberInspection::RuleResult;
+using FiberInspection::Standard;
+using FiberInspection::ZoneResult;
+
+namespace {
+void writePoint(JsonWriter &json, const QPointF &point)
+{
+    json.beginObject().member("x", point.x()).member("y", point.y()).endObject();
+}
+
+void writeRule(JsonWriter &json, const RuleResult &rule)
+{
+    json.beginObject()
+        .member("rule", rule.standardRule.toString())
+        .member("type", defectTypeName(rule.standardRule.defectType))
+        .member("operator", ruleOperatorEnumerator(rule.standardRule.ruleOperator))
+        .member("minSize", rule.standardRule.minSize)
+        .member("maxSize", rule.standardRule.maxSize)
+        .member("maxAllowedAmount", rule.standardRule.maxAllowedAmount)
+        .member("defectCount", rule.defectCount)
+        .member("violated", rule.violated)
+        .endObject();
+}
+
+void writeDefect(JsonWriter &json, const Defect &defect)
+{
+    json.beginObject().member("type", defectTypeName(defect.type)).member("size", defect.size);
+    writePoint(json.key("center"), defect.enclosingCircle.center);
+    json.member("radius", defect.enclosingCircle.radius).key("boundingRect").beginArray();
+    for (const QPointF &corner : defect.boundingRectPoints)
+        writePoint(json, corner);
+    json.endArray()
+        .member("pixelCount", defect.pixels.size())
+        .member("causesFailure", defect.causesFailure)
+        .endObject();
+}
+
+void writeZone(JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects)
+{
+    json.beginObject().member("violations", zone.violations).key("rules").beginArray();
+    for (const RuleResult &rule : zone.rules)
+        writeRule(json, rule);
+    json.endArray().key("defects").beginArray();
+    for (const Defect &defect : defects)
+        writeDefect(json, defect);
+    json.endArray().endObject();
+}
+
+void writeMeasurements(JsonWriter &json, const FiberInspection::InspectionRecord &record)
+{
+    json.member("elapsedMs", record.elapsedMs)
+        .member("pixelSize", record.pixelSize)
+        .key("cladding")
+        .beginObject()
+        .member("x", record.cladding.center.x())
+        .member("y", record.cladding.center.y())
+        .member("radius", record.cladding.radius)
+        .endObject()
+        .key("crop")
+        .beginArray()
+        .value(record.crop.x())
+        .value(record.crop.y())
+        .value(record.crop.width())
+        .value(record.crop.height())
+        .endArray()
+        .member("claddingColor", record.claddingColor)
+        .member("colorAroundCore", record.colorAroundCore)
+        .member("colorAroundCladding", record.colorAroundCladding)
+        .member("contours", record.contours)
+        .member("rawDefects", record.rawDefects)
+        .member("mergedDefects", record.mergedDefects);
+}
+} // namespace
+
+QByteArray jsonReport(const Inspection &inspection, const Options &options)
+{
+    const FiberInspection::TestResult &result = inspection.result;
+    JsonWriter json;
+    json.beginObject()
+        .member("image", inspection.task.image.path)
+        .member("standard", standardEnumerator(inspection.task.standardId))
+        .member("standardName", Standard::name(inspection.task.standardId))
+        .member("error", result.error())
+        .member("reason", inspection.reason)
+        .member("passed", result.passed())
+        .member("resultImage", inspection.resultImage);
+    writeMeasurements(json, inspection.record);
+    json.key("zones").beginObject();
+    writeZone(json.key("Core"), result.core(), result.coreDefects());
+    writeZone(json.key("Cladding"), result.cladding(), result.claddingDefects());
+    json.endObject();
+    if (options.reportsRuns) {
+        json.key("repeat")
+            .beginObject()
+            .member("runs", inspection.repetition.runs)
+            .member("passed", inspection.repetition.passed)
+            .member("failed", inspection.repetition.failed)
+            .member("errors", inspection.repetition.errors)
+            .endObject();
+    }
+    return json.endObject().bytes() + '\n';
+}
+
+} // namespace Inspect

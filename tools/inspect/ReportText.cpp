@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Report.h"
+
+#include "Options.h"
+#include "StandardNames.h"
+#include "Terminal.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Inspect {
+
+using FiberInspection::Defect;
+using FiberInspection::Rule;
+using FiberInspection::RuleResult;
+using FiberInspection::Standard;
+using FiberInspection::TestResult;
+using FiberInspection::Zone;
+using FiberInspection::ZoneResult;
+
+namespace {
+constexpr int mostDefectsShown = 20; // of a zone
+
+// columns
+constexpr int zoneWidth = 9;
+constexpr int kindWidth = 8;
+constexpr int criterionWidth = 19;
+constexpr int numberWidth = 8;
+
+QString left(const QString &text, int width)
+{
+    return text.leftJustified(width) + QLatin1Char(' ');
+}
+
+QString right(const QString &text, int width)
+{
+    return text.rightJustified(width);
+}
+
+QString allowance(const Rule &rule)
+{
+    return rule.maxAllowedAmount == Rule::unlimited ? QStringLiteral("\u221E") : QString::number(rule.maxAllowedAmount);
+}
+
+QString ruleHeader()
+{
+    return left(QStringLiteral("Zone"), zoneWidth) + left(QStringLiteral("Kind"), kindWidth)
+        + left(QStringLiteral("Criterion"), criterionWidth) + right(QStringLiteral("Allowed"), numberWidth)
+        + right(QStringLiteral("Found"), numberWidth) + QStringLiteral("  Verdict");
+}
+
+QString ruleLine(const QString &zoneName, const RuleResult &rule, const TextStyle &style)
+{
+    const QString line = left(zoneName, zoneWidth) + left(defectTypeName(rule.standardRule.defectType), kindWidth)
+        + left(rule.standardRule.toString(), criterionWidth) + right(allowance(rule.standardRule), numberWidth)
+        + right(QString::number(rule.defectCount), numberWidth);
+    const QString verdict = rule.violated ? style.bad(QStringLiteral("fail")) : style.good(QStringLiteral("pass"));
+    return (rule.defectCount == 0 ? style.dim(line) : line) + QStringLiteral("  ") + verdict;
+}
+
+QStringList rulesTable(const TestResult &result, const TextStyle &style)
+{
+    QStringList lines{style.bold(ruleHeader())};
+    for (const ZoneResult *const zone : {&result.core(), &result.cladding()}) {
+        for (const RuleResult &rule : zone->rules)
+            lines.append(ruleLine(Zone::name(zone->standardZone.zone), rule, style));
+    }
+    return lines;
+}
+
+QString micrometres(double value)
+{
+    return QString::number(value, 'f', 1);
+}
+
+QString position(double value)
+{
+    const QString number = micrometres(value);
+    return number.startsWith(QLatin1Char('-')) ? number : QLatin1Char('+') + number;
+}
+
+QVector<Defect> failingDefects(const QVector<Defect> &defects)
+{
+    QVector<Defect> failing;
+    std::copy_if(defects.cbegin(), defects.cend(), std::back_inserter(failing),
+        [](const Defect &defect) { return defect.causesFailure; });
+    std::stable_sort(failing.begin(), failing.end(), [](const Defect &a, const Defect &b) { return a.size > b.size; });
+    return failing;
+}
+
+/// The largest of them; the crop has the fibre in its middle.
+QStringList defectLines(const Inspection &inspection, Zone::Id zone, const QVector<Defect> &defects)
+{
+    const auto pixelSize = static_cast<double>(inspection.record.pixelSize);
+    const QPointF fibre(inspection.record.crop.width() / 2.0, inspection.record.crop.height() / 2.0);
+
+    QStringList lines;
+    for (const Defect &defect : defects) {
+        if (lines.size() == mostDefectsShown) {
+            lines.append(
+                QStringLiteral("%1 and %2 more").arg(left(QString(), zoneWidth)).arg(defects.size() - lines.size()));
+            break;
+        }
+        const QPointF place = (defect.enclosingCircle.center - fibre) * pixelSize;
+        lines.append(left(Zone::name(zone), zoneWidth) + left(defectTypeName(defect.type), kindWidth)
+            + right(micrometres(static_cast<double>(defect.size)), numberWidth)
+            + right(position(place.x()), numberWidth) + right(position(place.y()), numberWidth));
+    }
+    return lines;
+}
+
+QStringList defectsTable(const Inspection &inspection, const TextStyle &style)
+{
+    const TestResult &result = inspection.result;
+    const QStringList lines = defectLines(inspection, Zone::Core, failingDefects(result.coreDefects()))
+        + defectLines(inspection, Zone::Cladding, failingDefects(result.claddingDefects()));
+    if (lines.isEmpty())
+        return {};
+    const QString header = left(QStringLiteral("Failing"), zoneWidth) + left(QStringLiteral("Kind"), kindWidth)
+        + right(QStringLiteral("Size"), numberWidth) + right(QStringLiteral("x"), numberWidth)
+        + right(QStringLiteral("y"), numberWidth);
+    return QStringList{QString(),
+               style.bold(header) + style.dim(QStringLiteral("   \u00B5m from the fibre centre, x right, y down"))}
+    + lines;
+}
+
+QString repetitionLine(const Repetition &repetition)
+{
+    return QStringLiteral("Of %1 runs: %2 passed, %3 failed, %4 not analysed")
+        .arg(repetition.runs)
+        .arg(repetition.passed)
+        .arg(repetition.failed)
+        .arg(repetition.errors);
+}
+
+QString verdictLine(const TestResult &result, const TextStyle &style)
+{
+    return result.passed() ? style.good(QStringLiteral("PASSED")) : style.bad(QStringLiteral("FAILED"));
+}
+
+QStringList zoneLines(const Zone &zone)
+{
+    const QString name = QStringLiteral("%1 %2 to %3 \u00B5m")
+                             .arg(left(Zone::name(zone.zone), zoneWidth))
+                             .arg(zone.innerDiameter, 3)
+                             .arg(zone.outerDiameter, 3);
+    if (zone.rules.isEmpty())
+        return {name + QStringLiteral("  not graded")};
+    QStringList lines;
+    for (const Rule &rule : zone.rules) {
+        lines.append((lines.isEmpty() ? name : QString(name.size(), QLatin1Char(' '))) + QStringLiteral("  ")
+            + left(defectTypeName(rule.defectType), kindWidth) + rule.toString());
+    }
+    return lines;
+}
+} // namespace
+
+QString textReport(const Inspection &inspection, const Options &options, const TextStyle &style)
+{
+    QStringList lines = rulesTable(inspection.result, style) + defectsTable(inspection, style);
+    lines.append(QString());
+    if (!inspection.resultImage.isEmpty())
+        lines.append(QStringLiteral("Annotated image: ") + Terminal::printable(inspection.resultImage));
+    if (options.reportsRuns)
+        lines.append(repetitionLine(inspection.repetition));
+    lines.append(verdictLine(inspection.result, style));
+
+    QString text = style.bold(Terminal::printable(inspection.task.image.path)) + QStringLiteral("  ")
+        + Standard::name(inspection.task.standardId) + QLatin1Char('\n');
+    for (const QString &line : lines)
+        text += line.isEmpty() ? QStringLiteral("\n") : QStringLiteral("  %1\n").arg(line);
+    return text + QLatin1Char('\n');
+}
+
+QString textSummary(int passed, int failed, int notAnalysed, const TextStyle &style)
+{
+    const auto count = [](int number, const char *what) {
+        return QStringLiteral("%1 %2").arg(number).arg(QLatin1String(what));
+    };
+    const QString failures = count(failed, "failed");
+    const QString errors = count(notAnalysed, "not analysed");
+    return QStringLiteral("%1: %2, %3, %4\n")
+        .arg(count(passed + failed + notAnalysed, "inspections"), style.good(count(passed, "passed")),
+            failed > 0 ? style.bad(failures) : failures, notAnalysed > 0 ? style.bad(errors) : errors);
+}
+
+QString standardsText(const TextStyle &style)
+{
+    QString text;
+    for (const Standard::Id id : standardsNamed(QStringLiteral("all"))) {
+        const Standard standard(id);
+        text += QStringLiteral("%1  %2\n").arg(style.bold(standardName(id)), standard.name());
+        for (const Zone *const zone :
+            {&standard.core(), &standard.cladding(), &standard.adhesive(), &standard.contact()}) {
+            for (const QString &line : zoneLines(*zone))
+                text += QStringLiteral("  %1\n").arg(line);
+        }
+        text += QLatin1Char('\n');
+    }
+    text.chop(1);
+    return text;
+}
+
+} // namespace Inspect

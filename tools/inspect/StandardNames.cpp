@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "StandardNames.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace Inspect {
+
+using FiberInspection::Defect;
+using FiberInspection::Rule;
+using FiberInspection::Standard;
+
+namespace {
+struct StandardRow
+{
+    const char *name;
+    const char *enumerator;
+    Standard::Id id;
+};
+constexpr StandardRow standards[] = {
+    {"sm-rl26", "IEC61300_3_35_SM_RL26", Standard::IEC61300_3_35_SM_RL26},
+    {"sm-rl35", "IEC61300_3_35_SM_RL35", Standard::IEC61300_3_35_SM_RL35},
+    {"sm-rl45", "IEC61300_3_35_SM_RL45", Standard::IEC61300_3_35_SM_RL45},
+    {"sm-apc", "IEC61300_3_35_SM_APC", Standard::IEC61300_3_35_SM_APC},
+    {"mm", "IEC61300_3_35_MM", Standard::IEC61300_3_35_MM},
+};
+
+const StandardRow *rowOf(Standard::Id id)
+{
+    const auto *const row = std::find_if(
+        std::begin(standards), std::end(standards), [id](const StandardRow &candidate) { return candidate.id == id; });
+    return row == std::end(standards) ? nullptr : row;
+}
+} // namespace
+
+QStringList standardNames()
+{
+    QStringList names;
+    for (const StandardRow &row : standards)
+        names.append(QLatin1String(row.name));
+    return names;
+}
+
+QString defaultStandardName()
+{
+    return QStringLiteral("sm-rl45");
+}
+
+QVector<Standard::Id> standardsNamed(const QString &name)
+{
+    QVector<Standard::Id> ids;
+    for (const StandardRow &row : standards) {
+        if (name == QLatin1String(row.name) || name == QLatin1String("all"))
+            ids.append(row.id);
+    }
+    return ids;
+}
+
+QString standardName(Standard::Id id)
+{
+    const StandardRow *const row = rowOf(id);
+    return row ? QLatin1String(row->name) : QString();
+}
+
+QString standardEnumerator(Standard::Id id)
+{
+    const StandardRow *const row = rowOf(id);
+    return row ? QLatin1String(row->enumerator) : QString();
+}
+
+QString ruleOperatorEnumerator(Rule::Operator ruleOperator)
+{
+    switch (ruleOperator) {
+    case Rule::SmallerThan:
+        return QStringLiteral("SmallerThan");
+    case Rule::SmallerThanOrEqual:
+        return QStringLiteral("SmallerThanOrEqual");
+    case Rule::GreaterThan:
+        return QStringLiteral("GreaterThan");
+    case Rule::GreaterThanOrEqual:
+        return QStringLiteral("GreaterThanOrEqual");
+    case Rule::ClosedRange:
+        return QStringLiteral("ClosedRange");
+    }
+    return {};
+}
+
+QString defectTypeName(Defect::Type type)
+{
+    return type == Defect::Type::Scratch ? QStringLiteral("scratch") : QStringLiteral("defect");
+}
+
+} // namespace Inspect

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "StandardOutput.h"
+
+#include "StopSignals.h"
+
+#include <cerrno>
+#include <climits>
+#include <poll.h>
+#include <unistd.h>
+
+namespace Inspect {
+
+bool StandardOutput::write(const QByteArray &bytes)
+{
+    for (int at = 0; at < bytes.size();) {
+        if (!waitUntilWritable())
+            return false;
+        // A pipe that is ready takes so much without blocking.
+        const int length = qMin(bytes.size() - at, PIPE_BUF);
+        const ssize_t written = ::write(STDOUT_FILENO, bytes.constData() + at, static_cast<std::size_t>(length));
+        if (written >= 0) {
+            at += static_cast<int>(written);
+        } else if (errno != EINTR && errno != EAGAIN) {
+            mError = errno;
+            return false;
+        }
+    }
+    return true;
+}
+
+bool StandardOutput::waitUntilWritable()
+{
+    pollfd streams[] = {{STDOUT_FILENO, POLLOUT, 0}, {mSignals->fileDescriptor(), POLLIN, 0}};
+    while (poll(streams, 2, -1) < 0 && errno == EINTR) {}
+    return mSignals->received() == 0;
+}
+
+} // namespace Inspect

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+
+namespace Inspect {
+
+namespace Terminal {
+
+/// Makes sure that the three standard streams are open, so that no other file takes their place.
+void reserveStandardStreams();
+
+bool isTerminal(int fileDescriptor);
+
+/// A terminal that understands colours, of a user who wants them.
+bool hasColors(int fileDescriptor);
+
+int width(int fileDescriptor); ///< columns; 80 where that is unknown
+
+/// Text from outside, such as a file name, without what would control the terminal.
+QString printable(const QString &text);
+
+/// One message of the program as a line for stderr.
+QString message(const QString &text);
+
+/// Writes one message to stderr, in one piece.
+void tell(const QString &text);
+
+void write(int fileDescriptor, const QByteArray &bytes); ///< what cannot be written is lost
+
+} // namespace Terminal
+
+/// Colours for one stream; plain text where there are none.
+class TextStyle
+{
+public:
+    explicit TextStyle(bool hasColors)
+        : mHasColors(hasColors)
+    {
+    }
+
+    QString bold(const QString &text) const { return paint("1", text); }
+    QString dim(const QString &text) const { return paint("2", text); }
+    QString good(const QString &text) const { return paint("32", text); }
+    QString bad(const QString &text) const { return paint("1;31", text); }
+
+private:
+    QString paint(const char *code, const QString &text) const;
+
+    bool mHasColors;
+};
+
+} // namespace Inspect

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Batch.h"
+#include "CommandLine.h"
+#include "ExitCode.h"
+#include "StopSignals.h"
+#include "TemporaryFolder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLoggingCategory>
+#include <QTextCodec>
+
+#include <unistd.h>
+
+using namespace Inspect;
+
+namespace {
+/// Qt would send the log to the system's journal where there is no terminal.
+void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    Terminal::write(STDERR_FILENO, (Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
+}
+
+void setUpLog(bool verbose)
+{
+    qInstallMessageHandler(logToStderr);
+    if (!verbose)
+        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
+}
+
+int print(const QString &text)
+{
+    StopSignals signals;
+    StandardOutput output(&signals);
+    return output.write(text.toUtf8()) ? AllPassed : SomeNotAnalysed;
+}
+
+int refuse(const QString &problem)
+{
+    Terminal::tell(problem);
+    return WrongUsage;
+}
+
+int inspectAll(const Options &options)
+{
+    const OutputFolder output(options.outputFolder);
+    QString problem;
+    if (output.keepsImages() && !output.prepare(&problem))
+        return refuse(problem);
+
+    const QVector<Task> tasks = makeTasks(listImages(options.operands), options);
+
+    StopSignals signals;
+    const TemporaryFolder temporaryFolder;
+    if (!temporaryFolder.isValid()) {
+        Terminal::tell(QStringLiteral("cannot create a temporary folder in %1").arg(QDir::tempPath()));
+        return SomeNotAnalysed;
+    }
+    const TextStyle style(options.isForPerson() && Terminal::hasColors(STDOUT_FILENO));
+    const Session session{options, output, tasks, style, temporaryFolder.path()};
+    return Batch(session, &signals).run();
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Terminal::reserveStandardStreams();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // file names, whatever the locale is
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("vantor-inspect"));
+
+    CommandLine commandLine;
+    if (!commandLine.parse(QCoreApplication::arguments()))
+        return refuse(commandLine.problem());
+    const Options &options = commandLine.options();
+    setUpLog(options.verbose);
+
+    switch (options.action) {
+    case Options::Action::ShowHelp:
+        return print(commandLine.helpText());
+    case Options::Action::ShowVersion:
+        return print(QStringLiteral("vantor-inspect " VANTORBASE_VERSION "\n"));
+    case Options::Action::ListStandards:
+        return print(standardsText(TextStyle(Terminal::hasColors(STDOUT_FILENO))));
+    case Options::Action::Inspect:
+        break;
+    }
+    return inspectAll(options);
+}
