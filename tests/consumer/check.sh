@@ -109,17 +109,18 @@ installed_programs_start() {
 }
 [[ ! -d $prefix/bin ]] || check "the installed programs start" installed_programs_start
 
-# Apart from the names that the toolchain makes, strong symbols belong to a class that its header exports. Weak ones are
+# Apart from the names that the toolchain makes, strong symbols belong to what a header marks as exported. Weak ones are
 # inline functions and templates, many of them of Qt and OpenCV, which cannot clash.
 strong_symbols() {
     nm -DC --defined-only "$library" | awk '$2 ~ /^[TDBR]$/ && $3 !~ /^(__|_edata$|_end$)/' | cut -d' ' -f3-
 }
-only_exported_classes() {
+only_exported_names() {
     local names
-    names=$(grep -rhoP --include='*.h' '(class|struct) VANTORBASE_EXPORT \K\w+' "$source_tree/src" | paste -sd'|')
-    [[ -n $(strong_symbols) ]] && ! strong_symbols | grep -vE "(^|[ :])($names)(::|\$)"
+    names=$(grep -rhoP --include='*.h' 'VANTORBASE_EXPORT [^(]*?\K\w+(?=\(|$| :)' "$source_tree/src" | paste -sd'|')
+    echo "exported: $names"
+    [[ -n $(strong_symbols) ]] && ! strong_symbols | grep -vE "(^|[ :])($names)(::|\(|\$)"
 }
-check "only the exported classes have symbols" only_exported_classes
+check "only what is exported has symbols" only_exported_names
 echo "       $(strong_symbols | wc -l) strong symbols," \
     "$(nm -D --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | wc -l) weak ones," \
     "$(nm -DC --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | grep -c ' cv::' || true) of these of OpenCV"
