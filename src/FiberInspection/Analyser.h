@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/Geometry.h"
+#include "FiberInspection/TestResult.h"
+
+namespace FiberInspection {
+
+/// Inspects the image that the scope's camera has left in its fixed place, and files the images by test.
+/// An object belongs to one thread.
+class VANTORBASE_EXPORT Analyser
+{
+public:
+    Analyser();
+
+    /// Inspects tmpFiberInspectionImagePath() with the optics of Device::ks20().
+    ///
+    /// The photograph and the annotated result are copied to BaseDirHelper::fiberInspectionDir() + name, also when
+    /// there is no verdict; the result image is then the one of an earlier inspection and must not be shown. Images of
+    /// the same name are replaced, each as a whole. What could not be filed is said in the log. OpenCV's exceptions
+    /// reach the caller.
+    /// @param name of the test; slashes make nested folders, a name that leads out of the directory files nothing
+    TestResult analyse(Standard::Id standardId, const QString &name);
+
+    /// The fast search of live frames: the first width * height bytes are the luminance, rows without padding.
+    static Circle approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height);
+    static double getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle);
+
+    static QString fiberSourceImageName();
+    static QString fiberResultImageName();
+    static QString tmpFiberInspectionImagePath();
+
+    /// Where the images of the last analysis are; empty before the first, and when nothing could be filed under the
+    /// name.
+    const QString &lastSourceImagePath() const { return mLastSourceImagePath; }
+    const QString &lastResultImagePath() const { return mLastResultImagePath; }
+
+private:
+    void fileImages(const QString &name);
+
+    QString mLastSourceImagePath;
+    QString mLastResultImagePath;
+};
+
+} // namespace FiberInspection

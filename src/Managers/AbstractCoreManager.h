@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Property.h"
+#include "VantorBase_export.h"
+
+/// Base of the objects that do slow work on a thread of their own.
+///
+/// The application constructs a manager, moves it to a worker thread, and drives it by its signals: a request emitted
+/// in another thread is handled in the manager's thread, one emitted in the manager's own thread is handled at once.
+/// Nothing guards against a second start: the handler runs again.
+///
+/// To end: emit requestStop(), then deleteLater(), quit the thread, and wait for it. A manager must not be deleted from
+/// another thread while it works.
+class VANTORBASE_EXPORT AbstractCoreManager : public QObject
+{
+    Q_OBJECT
+    VANTOR_ATOMIC_PROPERTY(bool, isRunning, false)
+
+public:
+    explicit AbstractCoreManager(QObject *parent = nullptr);
+
+Q_SIGNALS:
+    void requestStart();
+    void started();
+    void requestStop();
+    void stopped();
+
+protected:
+    /// Called in the manager's thread on requestStart().
+    virtual void handleAsyncStart();
+
+    /// Called in the manager's thread on requestStop().
+    virtual void handleAsyncStop();
+
+public:
+    ~AbstractCoreManager() override;
+};

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Managers/CoreFiberInspectionManager.h"
+
+#include <QDebug>
+
+#include <exception>
+
+CoreFiberInspectionManager *CoreFiberInspectionManager::mInstance = nullptr;
+
+CoreFiberInspectionManager::CoreFiberInspectionManager(QObject *parent)
+    : AbstractCoreManager(parent)
+{
+    Q_ASSERT_X(!mInstance, "CoreFiberInspectionManager", "Constructor should be called only once!");
+    mInstance = this;
+}
+
+CoreFiberInspectionManager::~CoreFiberInspectionManager()
+{
+    mInstance = nullptr;
+}
+
+CoreFiberInspectionManager *CoreFiberInspectionManager::instance()
+{
+    return mInstance;
+}
+
+void CoreFiberInspectionManager::handleAsyncStart()
+{
+    // Not the base's start: a manager that only waits for requests never counts as running.
+    connect(this, &CoreFiberInspectionManager::requestAnalyse, this, &CoreFiberInspectionManager::handleRequestAnalyse,
+        Qt::AutoConnection);
+}
+
+void CoreFiberInspectionManager::handleAsyncStop()
+{
+    // Requests that are under way are still answered.
+}
+
+void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId)
+{
+    try {
+        const FiberInspection::TestResult result = mFiberAnalyser.analyse(standardId, name);
+        if (!result.error()) {
+            Q_EMIT analyseFinished(
+                result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
+            return;
+        }
+    } catch (const std::exception &exception) { // in an event loop it would end the application
+        qWarning() << "inspection ended by an exception:" << exception.what();
+    }
+    Q_EMIT analyseFailed();
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/Analyser.h"
+#include "Managers/AbstractCoreManager.h"
+
+/// Inspects fibre end faces in its own thread. One object per process.
+///
+/// Emit requestStart() once, then requestAnalyse() for every inspection; each request is answered by analyseFinished()
+/// or analyseFailed(). Requests before the start are dropped. Every further start adds one more analysis, and one more
+/// answer, to each request.
+class VANTORBASE_EXPORT CoreFiberInspectionManager : public AbstractCoreManager
+{
+    Q_OBJECT
+
+public:
+    /// A second object while there is one is a fatal error.
+    explicit CoreFiberInspectionManager(QObject *parent = nullptr);
+    ~CoreFiberInspectionManager() override;
+
+    /// Null before the construction.
+    static CoreFiberInspectionManager *instance();
+
+Q_SIGNALS:
+    /// @param name of the test: the folder under the inspection directory that the images are filed in
+    void requestAnalyse(QString name, FiberInspection::Standard::Id standardId);
+
+    /// The paths are empty when the images could not be filed under that name.
+    void analyseFinished(bool passed, QString sourceFilePath, QString resultFilePath);
+
+    /// There is no verdict. The result image filed under the name is that of an earlier inspection: it must not be
+    /// shown.
+    void analyseFailed();
+
+protected:
+    void handleAsyncStart() override;
+    void handleAsyncStop() override;
+
+private:
+    void handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);
+
+    static CoreFiberInspectionManager *mInstance;
+
+    FiberInspection::Analyser mFiberAnalyser;
+};
