@@ -22,6 +22,15 @@ bool isGray(const cv::Mat &mat)
     return mat.type() == CV_8UC1;
 }
 
+/// The luminance plane within the buffer of a 4:2:0 frame; empty without data or for a size that is not even.
+cv::Mat luminanceView(uchar *data, int width, int height)
+{
+    const bool isEven = width % 2 == 0 && height % 2 == 0; // colour is shared among blocks of 2 x 2 pixels
+    if (!data || width <= 0 || height <= 0 || !isEven)
+        return {};
+    return {height, width, CV_8UC1, data};
+}
+
 /// Mean grey level of the pixels that `counts` accepts in the square around the middle of the image; 0 if none is.
 /// `counts` is given the squared distance of a pixel from the middle, and its grey level. x is the row; the crops are
 /// square. Parts of the square that lie outside of the image are left out.
@@ -186,7 +195,8 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
 
 Circle AnalyserPrivate::approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height)
 {
-    return approximateFindCladdingCircle(createOpenCVImageFromBytes(data, bytesPerLine, width, height));
+    Q_UNUSED(bytesPerLine)
+    return approximateFindCladdingCircle(luminanceView(data, width, height));
 }
 
 QRect AnalyserPrivate::calculateCrop(
@@ -327,16 +337,14 @@ double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingC
 
 double AnalyserPrivate::getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle)
 {
-    return getBlurLevel(createOpenCVImageFromBytes(data, bytesPerLine, width, height), claddingCircle);
+    Q_UNUSED(bytesPerLine)
+    return getBlurLevel(luminanceView(data, width, height), claddingCircle);
 }
 
 cv::Mat AnalyserPrivate::createOpenCVImageFromBytes(uchar *data, int bytesPerLine, int width, int height)
 {
     Q_UNUSED(bytesPerLine)
-    const bool isEven = width % 2 == 0 && height % 2 == 0; // 4:2:0 shares its colour among blocks of 2 x 2
-    if (!data || width <= 0 || height <= 0 || !isEven)
-        return {};
-    return cv::Mat(height, width, CV_8UC1, data).clone();
+    return luminanceView(data, width, height).clone();
 }
 
 cv::Point2f AnalyserPrivate::qpointfToCvPoint2f(const QPointF &point)

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Property.h"
+#include "VantorBase_export.h"
+
+#include <QAbstractVideoFilter>
+#include <QPointF>
+
+#include <memory>
+
+namespace FiberInspection {
+
+class LiveAnalysisLink;
+
+/// A filter of a video output that measures the focus and the place of the fibre in sampled frames, and leaves the
+/// frames as they are. Frames have to be 4:2:0 (NV12, NV21, YUV420P, YV12, IMC1 to IMC4); others are not looked at.
+///
+/// The properties keep their values while no fibre is found. They are written by a pool thread, and so are the signals
+/// emitted; they may be read in any thread. The filter may be destroyed at any time: that waits for the publication of
+/// an analysis, if one is under way.
+class VANTORBASE_EXPORT FiberRealtimeAnalyser : public QAbstractVideoFilter
+{
+    Q_OBJECT
+    VANTOR_LOCKED_PROPERTY(double, focusValue, -1.0) // larger is sharper; -1: not measured yet
+    VANTOR_LOCKED_PROPERTY(QPointF, claddingPosition, {}) // centre of the cladding, frame pixels
+
+public:
+    explicit FiberRealtimeAnalyser(QObject *parent = nullptr);
+
+    /// For the video framework, which owns the result.
+    QVideoFilterRunnable *createFilterRunnable() override;
+    ~FiberRealtimeAnalyser() override;
+
+private:
+    std::shared_ptr<LiveAnalysisLink> mLink;
+};
+
+} // namespace FiberInspection

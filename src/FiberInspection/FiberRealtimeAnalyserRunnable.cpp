@@ -1,0 +1,177 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/Analyser.h"
+#include "FiberInspection/FiberRealtimeAnalyserRunnable_p.h"
+#include "FiberInspection/LiveAnalysisLink_p.h"
+#include "FiberInspection/Log_p.h"
+
+#include <QVideoFrame>
+#include <QtConcurrentRun>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace FiberInspection {
+
+std::atomic<bool> FiberRealtimeAnalyserRunnable::mProcessing{false};
+
+namespace {
+constexpr int maxThreads = 2;
+
+/// Whether the frame starts with a plane of luminance that is followed by half as much of colour.
+bool isPlanar420(QVideoFrame::PixelFormat format)
+{
+    switch (format) {
+    case QVideoFrame::Format_NV12:
+    case QVideoFrame::Format_NV21:
+    case QVideoFrame::Format_YUV420P:
+    case QVideoFrame::Format_YV12:
+    case QVideoFrame::Format_IMC1:
+    case QVideoFrame::Format_IMC2:
+    case QVideoFrame::Format_IMC3:
+    case QVideoFrame::Format_IMC4:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether a mapped frame holds all the rows that its format promises.
+bool isAnalysable(const QVideoFrame &frame)
+{
+    const qint64 width = frame.width();
+    const qint64 height = frame.height();
+    const qint64 stride = frame.bytesPerLine();
+    const qint64 bytes = frame.mappedBytes();
+    return isPlanar420(frame.pixelFormat()) && width > 0 && height > 0 && stride >= width
+        && bytes >= width * height * 3 / 2 && bytes >= stride * (height - 1) + width;
+}
+
+void logFormatOnce(const QVideoFrame &frame)
+{
+    static std::atomic<bool> formatWasPrinted{false};
+    if (!formatWasPrinted.exchange(true)) {
+        qCDebug(messageLog) << "pixel format" << frame.pixelFormat()
+                            << QVideoFrame::imageFormatFromPixelFormat(frame.pixelFormat());
+    }
+}
+
+/// The luminance of a frame, its rows one behind the other.
+class Luminance
+{
+public:
+    explicit Luminance(const QVideoFrame &frame)
+        : mWidth(frame.width())
+        , mHeight(frame.height())
+        , mBytes(new uchar[static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight)])
+    {
+        const auto width = static_cast<std::size_t>(mWidth);
+        const auto stride = static_cast<std::size_t>(frame.bytesPerLine());
+        const uchar *const source = frame.bits();
+        if (stride == width) {
+            std::memcpy(mBytes.get(), source, width * static_cast<std::size_t>(mHeight));
+            return;
+        }
+        for (std::size_t y = 0; y < static_cast<std::size_t>(mHeight); ++y)
+            std::memcpy(mBytes.get() + y * width, source + y * stride, width);
+    }
+
+    uchar *bytes() const { return mBytes.get(); }
+    int width() const { return mWidth; }
+    int height() const { return mHeight; }
+
+private:
+    int mWidth;
+    int mHeight;
+    std::unique_ptr<uchar[]> mBytes; ///< not a vector: that would be cleared before it is filled
+};
+
+/// Unmaps a frame at the end of the scope.
+class MappedFrame
+{
+public:
+    explicit MappedFrame(QVideoFrame &frame)
+        : mFrame(frame)
+        , mIsMapped(frame.map(QAbstractVideoBuffer::ReadOnly))
+    {
+    }
+    MappedFrame(const MappedFrame &) = delete;
+    MappedFrame &operator=(const MappedFrame &) = delete;
+    ~MappedFrame()
+    {
+        if (mIsMapped)
+            mFrame.unmap();
+    }
+
+    bool isMapped() const { return mIsMapped; }
+
+private:
+    QVideoFrame &mFrame;
+    bool mIsMapped;
+};
+
+/// Says that an analysis is under way, until the last copy is gone: on whichever thread, and on whichever way out.
+std::shared_ptr<void> holdUntilReleased(std::atomic<bool> &flag)
+{
+    return {&flag, [](std::atomic<bool> *held) { held->store(false); }};
+}
+} // namespace
+
+FiberRealtimeAnalyserRunnable::FiberRealtimeAnalyserRunnable(std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser)
+    : mFiberRealtimeAnalyser(std::move(fiberRealtimeAnalyser))
+{
+    mThreadPool.setMaxThreadCount(maxThreads);
+}
+
+FiberRealtimeAnalyserRunnable::~FiberRealtimeAnalyserRunnable() = default;
+
+QVideoFrame FiberRealtimeAnalyserRunnable::run(
+    QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags)
+{
+    Q_UNUSED(surfaceFormat)
+    Q_UNUSED(flags)
+    if (!frame)
+        return {};
+    if (frame->isValid() && !mProcessing) {
+        try {
+            startAnalysis(*frame);
+        } catch (const std::exception &exception) { // out of memory or threads: this frame is dropped
+            qCWarning(messageLog) << "frame not analysed:" << exception.what();
+        }
+    }
+    return *frame;
+}
+
+void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame)
+{
+    const MappedFrame mapped(frame);
+    if (!mapped.isMapped() || mProcessing.exchange(true))
+        return;
+    const std::shared_ptr<void> processing = holdUntilReleased(mProcessing);
+
+    logFormatOnce(frame);
+    if (!isAnalysable(frame) || !mFiberRealtimeAnalyser->isOpen())
+        return;
+    const auto luminance = std::make_shared<Luminance>(frame);
+    QtConcurrent::run(&mThreadPool, [link = mFiberRealtimeAnalyser, luminance, processing]() {
+        processImage(*link, luminance->bytes(), luminance->width(), luminance->width(), luminance->height());
+    });
+}
+
+void FiberRealtimeAnalyserRunnable::processImage(
+    LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height)
+{
+    try {
+        const Circle circle = Analyser::approximateFindCladdingCircle(data, bytesPerLine, width, height);
+        if (!circle.isValid())
+            return;
+        const double focus = Analyser::getBlurLevel(data, bytesPerLine, width, height, circle);
+        fiberRealtimeAnalyser.publish(focus, circle.center);
+    } catch (const std::exception &exception) {
+        qCWarning(messageLog) << "frame not analysed:" << exception.what();
+    }
+}
+
+} // namespace FiberInspection

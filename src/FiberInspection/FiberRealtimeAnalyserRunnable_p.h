@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QAbstractVideoFilter>
+#include <QThreadPool>
+
+#include <atomic>
+#include <memory>
+
+namespace FiberInspection {
+
+class LiveAnalysisLink;
+
+/// Takes the luminance of a frame on the video thread and has it analysed by a pool thread. One analysis at a time is
+/// under way in the process; frames that come meanwhile pass by.
+class FiberRealtimeAnalyserRunnable : public QVideoFilterRunnable
+{
+public:
+    explicit FiberRealtimeAnalyserRunnable(std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser);
+
+    /// Returns the frame as it came.
+    QVideoFrame run(QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags) override;
+
+    ~FiberRealtimeAnalyserRunnable() override;
+
+private:
+    void startAnalysis(QVideoFrame &frame);
+    static void processImage(
+        LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height);
+
+    std::shared_ptr<LiveAnalysisLink> mFiberRealtimeAnalyser;
+    static std::atomic<bool> mProcessing; ///< set by the video thread, cleared by the pool thread
+
+    QThreadPool mThreadPool; ///< the last member: its destructor waits for the analysis
+};
+
+} // namespace FiberInspection

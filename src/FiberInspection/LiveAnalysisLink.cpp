@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/FiberRealtimeAnalyser.h"
+#include "FiberInspection/LiveAnalysisLink_p.h"
+
+#include <QThread>
+
+namespace FiberInspection {
+
+LiveAnalysisLink::LiveAnalysisLink(FiberRealtimeAnalyser *analyser)
+    : mAnalyser(analyser)
+{
+}
+
+bool LiveAnalysisLink::isOpen() const
+{
+    return openAnalyser() != nullptr;
+}
+
+void LiveAnalysisLink::publish(double focusValue, const QPointF &claddingPosition)
+{
+    {
+        const QMutexLocker lock(&mMutex);
+        if (!mAnalyser)
+            return;
+        mPublisher = QThread::currentThreadId();
+    }
+    // A receiver of the first signal may destroy the filter in this very thread.
+    if (FiberRealtimeAnalyser *const analyser = openAnalyser())
+        analyser->set_focusValue(focusValue);
+    if (FiberRealtimeAnalyser *const analyser = openAnalyser())
+        analyser->set_claddingPosition(claddingPosition);
+
+    const QMutexLocker lock(&mMutex);
+    mPublisher = nullptr;
+    mPublished.wakeAll();
+}
+
+void LiveAnalysisLink::close()
+{
+    const QMutexLocker lock(&mMutex);
+    mAnalyser = nullptr;
+    while (mPublisher && mPublisher != QThread::currentThreadId())
+        mPublished.wait(&mMutex);
+}
+
+FiberRealtimeAnalyser *LiveAnalysisLink::openAnalyser() const
+{
+    const QMutexLocker lock(&mMutex);
+    return mAnalyser;
+}
+
+} // namespace FiberInspection

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QMutex>
+#include <QPointF>
+#include <QWaitCondition>
+
+namespace FiberInspection {
+
+class FiberRealtimeAnalyser;
+
+/// The way from an analysis in a pool thread to a filter that any thread may destroy meanwhile.
+class LiveAnalysisLink
+{
+public:
+    explicit LiveAnalysisLink(FiberRealtimeAnalyser *analyser);
+
+    bool isOpen() const;
+
+    /// Sets both values of the filter, unless it is gone. The signals are emitted here, without a lock held.
+    void publish(double focusValue, const QPointF &claddingPosition);
+
+    /// From here on nothing is published. Waits for a publication in another thread to end.
+    void close();
+
+private:
+    FiberRealtimeAnalyser *openAnalyser() const;
+
+    mutable QMutex mMutex;
+    QWaitCondition mPublished;
+    FiberRealtimeAnalyser *mAnalyser; ///< null when the filter is gone
+    Qt::HANDLE mPublisher = nullptr; ///< the thread that publishes
+};
+
+} // namespace FiberInspection
