@@ -1,22 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "JsonWriter.h"
 
-#include <charconv>
-#include <cmath>
+#include "ShortestNumber.h"
 
 namespace Inspect {
 
 namespace {
-template <typename Number>
-QByteArray shortest(Number number)
-{
-    if (!std::isfinite(number))
-        return "0";
-    char digits[64];
-    const std::to_chars_result end = std::to_chars(digits, digits + sizeof digits, number);
-    return {digits, static_cast<int>(end.ptr - digits)};
-}
-
 void appendEscaped(QByteArray &bytes, char character)
 {
     switch (character) {
@@ -69,12 +58,12 @@ JsonWriter &JsonWriter::value(int number)
 
 JsonWriter &JsonWriter::value(float number)
 {
-    return scalar(shortest(number));
+    return scalar(shortestNumber(number));
 }
 
 JsonWriter &JsonWriter::value(double number)
 {
-    return scalar(shortest(number));
+    return scalar(shortestNumber(number));
 }
 
 JsonWriter &JsonWriter::open(char bracket)

@@ -2,11 +2,10 @@
 #include "Report.h"
 
 #include "Options.h"
+#include "ShortestNumber.h"
 #include "StandardNames.h"
 
 #include <QStringList>
-
-#include <cmath>
 
 namespace Inspect {
 
@@ -27,10 +26,14 @@ QString text(int number)
     return QString::number(number);
 }
 
+QString text(float number)
+{
+    return QString::fromLatin1(shortestNumber(number));
+}
+
 QString text(double number)
 {
-    constexpr int digits = 9;
-    return std::isfinite(number) ? QString::number(number, 'g', digits) : QStringLiteral("0");
+    return QString::fromLatin1(shortestNumber(number));
 }
 
 QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
@@ -46,10 +49,10 @@ QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
         {QStringLiteral("passed"), text(result.passed())},
         {QStringLiteral("resultImage"), inspection.resultImage},
         {QStringLiteral("elapsedMs"), text(record.elapsedMs)},
-        {QStringLiteral("pixelSize"), text(double(record.pixelSize))},
+        {QStringLiteral("pixelSize"), text(record.pixelSize)},
         {QStringLiteral("claddingX"), text(record.cladding.center.x())},
         {QStringLiteral("claddingY"), text(record.cladding.center.y())},
-        {QStringLiteral("claddingRadius"), text(double(record.cladding.radius))},
+        {QStringLiteral("claddingRadius"), text(record.cladding.radius)},
         {QStringLiteral("cropX"), text(record.crop.x())},
         {QStringLiteral("cropY"), text(record.crop.y())},
         {QStringLiteral("cropWidth"), text(record.crop.width())},

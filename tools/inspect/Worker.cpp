@@ -10,6 +10,7 @@
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -81,11 +82,21 @@ bool send(int socket, const Report &report)
     return send(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()));
 }
 
+/// Keeps the memory of one image for the next one: giving it back and asking again costs a fifth of an analysis.
+void keepFreedMemory()
+{
+    constexpr int largestKeptBlock = 16 * 1024 * 1024; // bytes
+    constexpr int mostKeptMemory = 64 * 1024 * 1024; // bytes
+    mallopt(M_MMAP_THRESHOLD, largestKeptBlock);
+    mallopt(M_TRIM_THRESHOLD, mostKeptMemory);
+}
+
 void work(const Session &session, const QString &name, int socket)
 {
     const WorkDir workDir(workPath(session, name));
     redirectStreams(session, name);
     cv::setNumThreads(1); // the images are what runs in parallel
+    keepFreedMemory();
 
     for (quint32 number = 0; receive(socket, &number, sizeof number);) {
         if (!session.options.verbose)
