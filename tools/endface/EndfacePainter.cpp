@@ -14,7 +14,11 @@ constexpr double pi = 3.14159265358979323846;
 constexpr int samplesPerSide = 3; // of a pixel that a blemish crosses
 constexpr double maxBlurPixels = 64.0;
 constexpr double edgeSoftness = 0.5; // micrometres from full to no effect at the edge of a blemish
-constexpr double rimSoftness = 0.7; // micrometres over which cladding and ferrule melt into one another
+constexpr double rimSoftness = 2.0; // micrometres over which cladding and ferrule melt into one another
+constexpr double ringMiddle = -0.5; // micrometres beyond the rim; the edge of the glass is a little rounded
+constexpr double ringWaviness = 0.2; // share by which the ring's width varies
+constexpr double calmReach = 50.0; // micrometres beyond the rim within which the polish grows calm
+constexpr double calmness = 0.85; // share of the grain that is missing at the rim
 
 // The fibres of a picture with two lie to both sides of the place of the one.
 constexpr double twinDistanceX = 115.0; // micrometres
@@ -95,7 +99,7 @@ private:
         double cosine;
         double sine;
     };
-    std::array<Wave, 5> mWaves{};
+    std::array<Wave, 8> mWaves{};
 };
 
 /// How much of the light a round blemish takes at a place, 0 to 1 (below 0 where it shines).
@@ -288,28 +292,31 @@ private:
     void paintFibre(const QPointF &center, EndfaceRandom *random)
     {
         const double radius = mScene.claddingDiameter / 2.0;
-        const double reach = radius + 3.0 * mScene.ringWidth + 8.0;
-        const Waviness ringWaviness(random);
+        const double reach = radius + calmReach;
         const double halfEdge = std::max(rimSoftness, mScale) / 2.0;
+        const double adhesiveGrey = mScene.claddingGrey * (1.0 - mScene.ringContrast);
+        const Waviness waviness(random);
         forEachPixelAround(center, reach, reach, [&](float &grey, double dx, double dy) {
             const double distance = std::sqrt(dx * dx + dy * dy);
             if (distance > reach)
                 return;
+            const double calm = calmness * (1.0 - smoothStep(radius + 0.2 * calmReach, reach, distance));
+            const double ferrule = grey + (mScene.ferruleGrey - grey) * calm;
             const double glass = 1.0 - smoothStep(radius - halfEdge, radius + halfEdge, distance);
-            const double ring = ringShare(distance - radius, ringWaviness.at(dx, dy));
-            const double level = grey + (fibreGrey(distance, radius) - grey) * glass;
-            grey = static_cast<float>(level * (1.0 - mScene.ringContrast * ring));
+            const double level = ferrule + (fibreGrey(distance, radius) - ferrule) * glass;
+            const double ring = ringShare(distance - radius, waviness.at(dx, dy));
+            grey = static_cast<float>(level + (adhesiveGrey - level) * ring);
         });
     }
 
     // The adhesive fills a gap that is not equally wide everywhere.
     double ringShare(double beyondRim, double waviness) const
     {
-        const double width = mScene.ringWidth * (1.0 + 0.45 * waviness);
+        const double width = mScene.ringWidth * (1.0 + ringWaviness * waviness);
         if (width <= 0.0)
             return 0.0;
-        const double fromMiddle = std::abs(beyondRim - width / 2.0);
-        return (1.0 - smoothStep(0.25 * width, width, fromMiddle)) * (0.9 + 0.2 * waviness);
+        const double fromMiddle = std::abs(beyondRim - ringMiddle);
+        return std::min(1.0, (1.0 - smoothStep(0.25 * width, width, fromMiddle)) * (0.9 + 0.2 * waviness));
     }
 
     double fibreGrey(double distance, double claddingRadius) const

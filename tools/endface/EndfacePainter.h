@@ -40,17 +40,17 @@ struct EndfaceScene
     double claddingDiameter = 125.0; ///< micrometres
     double coreDiameter = 9.0; ///< micrometres
     bool gradedCore = false; ///< the core fades towards its edge
-    double ferruleGrey = 200.0; ///< grey levels of 255, under full light
-    double claddingGrey = 146.0;
-    double coreGrey = 172.0;
+    double ferruleGrey = 206.0; ///< grey levels of 255, under full light
+    double claddingGrey = 132.0;
+    double coreGrey = 158.0;
     double texture = 1.0; ///< strength of the ferrule's grain; 0 is smooth
     double ringWidth = 1.1; ///< micrometres; the adhesive between cladding and ferrule
-    double ringContrast = 0.3; ///< share of the light that the adhesive swallows
+    double ringContrast = 0.12; ///< how much darker the adhesive is than the cladding, as a share
     double vignetting = 0.10; ///< share of the light that is missing in the corners
     double illumination = 0.0; ///< light gained from one end of the width to the other, as a share
     double illuminationAngle = 0.0; ///< degrees; the direction in which the light grows
-    double blurSigma = 0.6; ///< micrometres; grows with the distance from focus
-    double noiseSigma = 1.2; ///< grey levels of the sensor
+    double blurSigma = 0.9; ///< micrometres; grows with the distance from focus
+    double noiseSigma = 0.9; ///< grey levels of the sensor
     quint32 seed = 1;
     QVector<EndfaceDefect> defects;
 

@@ -12,7 +12,9 @@ constexpr double pi = 3.14159265358979323846;
 constexpr double inspectedDiameter = 250.0; // micrometres, the contact zone
 constexpr double inspectedMargin = 20.0; // pixels on each side of it
 constexpr double speckPitch = 7.0; // pixels; closer specks would melt into one another
-constexpr double speckSize = 2.2; // pixels
+constexpr double speckSize = 2.4; // pixels
+constexpr double speckContrast = 0.8;
+constexpr double sharpFocus = 0.6; // pixels; the blur of a scene of specks, which are to stay apart
 
 enum Stream : quint32 { PresetStream = 100, RandomSceneStream, SpeckStream };
 
@@ -74,7 +76,7 @@ void makeMultimode(EndfaceScene *scene)
 {
     scene->coreDiameter = 50.0;
     scene->gradedCore = true;
-    scene->coreGrey = 164.0;
+    scene->coreGrey = 150.0;
 }
 
 EndfaceScene cleanScene()
@@ -143,17 +145,17 @@ EndfaceScene multimodeScene()
     makeMultimode(&scene);
     scene.offset = {20.0, -16.0};
     scene.seed = 4715;
-    scene.defects = {pit(4.0, {44.0, -18.0}), pit(6.5, {-38.0, 30.0}), scratch(1.6, 46.0, {-8.0, -47.0}, 12.0)};
+    scene.defects = {pit(4.0, {44.0, -18.0}), pit(6.5, {-38.0, 30.0}), scratch(2.0, 47.0, {-9.0, -55.0}, 9.0, 0.6)};
     return scene;
 }
 
-// Two specks in the core zone as far apart as specks may lie to count as one.
+// A speck in the core zone that is just so dark that an analysis may see it or not.
 EndfaceScene marginScene()
 {
     EndfaceScene scene = cleanScene();
     scene.offset = {-6.0, 4.0};
     scene.seed = 4716;
-    scene.defects = {pit(2.2, {3.5, -6.0}, 0.34)};
+    scene.defects = {pit(3.2, {3.5, -6.0}, 0.23)};
     return scene;
 }
 
@@ -170,7 +172,7 @@ constexpr std::array<Preset, 6> presets{{
     {"pitted", "pits of several sizes in core and cladding", pittedScene},
     {"dirty", "dust of all sizes on a film of grease", dirtyScene},
     {"mm", "a multimode fibre with tolerable pits and a tolerable scratch", multimodeScene},
-    {"margin", "a blemish at the very margin of a criterion", marginScene},
+    {"margin", "a speck in the core zone at the margin of being seen", marginScene},
 }};
 
 const Preset *findPreset(const QString &name)
@@ -229,11 +231,11 @@ EndfaceScene randomEndfaceScene(quint32 seed, const EndfaceRandomOptions &option
     scene.coreGrey += brightness;
     scene.texture = random.uniform(0.7, 1.2);
     scene.ringWidth = random.uniform(0.9, 1.3);
-    scene.ringContrast = random.uniform(0.2, 0.34);
+    scene.ringContrast = random.uniform(0.08, 0.16);
     scene.illumination = random.uniform() * options.maxIllumination;
     scene.illuminationAngle = random.uniform(0.0, 360.0);
-    scene.blurSigma = random.uniform(std::min(0.5, options.maxBlurSigma), options.maxBlurSigma);
-    scene.noiseSigma = random.uniform(std::min(0.8, options.maxNoiseSigma), options.maxNoiseSigma);
+    scene.blurSigma = random.uniform(std::min(0.7, options.maxBlurSigma), options.maxBlurSigma);
+    scene.noiseSigma = random.uniform(std::min(0.5, options.maxNoiseSigma), options.maxNoiseSigma);
 
     const double reach = 0.6 * scene.claddingDiameter;
     const int pits = random.integer(0, options.maxPits);
@@ -280,7 +282,7 @@ void addEndfaceSpecks(EndfaceScene *scene, int specks)
         const double x = (cell % grid.cellsPerSide + 0.5) * pitch - grid.side / 2.0;
         const double y = (cell / grid.cellsPerSide + 0.5) * pitch - grid.side / 2.0;
         const QPointF jitter{random.uniform(-room, room), random.uniform(-room, room)};
-        EndfaceDefect speck = pit(speckSize * scene->micronsPerPixel(), QPointF(x, y) + jitter, 0.5);
+        EndfaceDefect speck = pit(speckSize * scene->micronsPerPixel(), QPointF(x, y) + jitter, speckContrast);
         speck.irregularity = 0.0;
         scene->defects.append(speck);
     }
@@ -288,7 +290,7 @@ void addEndfaceSpecks(EndfaceScene *scene, int specks)
 
 EndfaceScene dirtyEndfaceScene(quint32 seed, int specks)
 {
-    constexpr std::array<QSize, 3> sizes{{{800, 600}, {1600, 1200}, {3200, 2400}}};
+    constexpr std::array<QSize, 2> sizes{{{800, 600}, {1600, 1200}}};
     EndfaceScene scene;
     scene.seed = seed;
     for (const QSize size : sizes) {
@@ -296,6 +298,7 @@ EndfaceScene dirtyEndfaceScene(quint32 seed, int specks)
         if (maxEndfaceSpecks(scene) >= specks)
             break;
     }
+    scene.blurSigma = sharpFocus * scene.micronsPerPixel();
     addEndfaceSpecks(&scene, specks);
     return scene;
 }

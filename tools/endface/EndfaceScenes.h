@@ -27,8 +27,8 @@ struct EndfaceRandomOptions
     double maxOffsetX = 120.0; ///< micrometres
     double maxOffsetY = 80.0; ///< micrometres
     double maxIllumination = 0.10;
-    double maxBlurSigma = 1.0; ///< micrometres
-    double maxNoiseSigma = 1.8; ///< grey levels
+    double maxBlurSigma = 1.2; ///< micrometres
+    double maxNoiseSigma = 1.1; ///< grey levels
 };
 
 /// A scene of a study: everything that differs from face to face is drawn from the seed.
@@ -41,5 +41,6 @@ int maxEndfaceSpecks(const EndfaceScene &scene);
 /// More than `maxEndfaceSpecks()` are cut off.
 void addEndfaceSpecks(EndfaceScene *scene, int specks);
 
-/// A clean face with that many specks, on a picture large enough to keep them apart.
+/// A clean face with that many specks, on a picture of 800x600 or, if they do not fit there, of 1600x1200 pixels.
+/// A still finer picture would put the cladding outside the radii that an inspection accepts.
 EndfaceScene dirtyEndfaceScene(quint32 seed, int specks);
