@@ -279,6 +279,8 @@ float AnalyserPrivate::distanceBetweenPoints(const cv::Point &point1, const cv::
 int AnalyserPrivate::claddingColor(const cv::Mat &mat, float claddingDiameter, float coreDiameter)
 {
     constexpr int colorMargin = 8;
+    if (std::isnan(coreDiameter)) // nothing lies beyond such a core
+        return -colorMargin;
     const float claddingRadius = claddingDiameter / 2;
     const double outerSquare = largestSquareWithin(claddingRadius);
     const double excludedSquare = largestSquareBelow(coreDiameter / 2);
