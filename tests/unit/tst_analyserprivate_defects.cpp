@@ -178,6 +178,39 @@ public:
 private:
     std::mt19937 mRandom;
 };
+/// Contours of a kind, most of them long.
+std::vector<CvPoints> contoursOf(const QString &form, RandomDefects &random)
+{
+    const int count = 60 + random.below(600);
+    CvPoints pixels;
+    if (form == QLatin1String("noise")) {
+        cv::Mat noise(120, 120, CV_8UC1);
+        cv::RNG(static_cast<quint64>(random.below(1 << 30))).fill(noise, cv::RNG::UNIFORM, 0, 256);
+        cv::GaussianBlur(noise, noise, cv::Size(5, 5), 0);
+        std::vector<CvPoints> contours;
+        cv::findContours(noise > 128, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+        return contours;
+    }
+    cv::Point at(random.below(300), random.below(300));
+    for (int i = 0; i < count; ++i) {
+        if (form == QLatin1String("walk"))
+            at += cv::Point(random.below(3) - 1, random.below(3) - 1);
+        else if (form == QLatin1String("jumps"))
+            at = {random.below(500) - 250, random.below(500) - 250};
+        else if (form == QLatin1String("spiral"))
+            at = {200 + qRound(i * 0.2 * std::cos(i * 0.1)), 200 + qRound(i * 0.2 * std::sin(i * 0.1))};
+        else if (form == QLatin1String("circle"))
+            at = {qRound(count * std::cos(i * 6.3 / count)), qRound(count * std::sin(i * 6.3 / count))};
+        else if (form == QLatin1String("line"))
+            at = {i, i * (count % 7) / 3};
+        else if (form == QLatin1String("comb"))
+            at = {i / 20, (i / 20 % 2 == 0 ? i % 20 : 19 - i % 20) * (1 + count % 5)};
+        else if (form == QLatin1String("far"))
+            at = {1000000 + random.below(1000), -2000000 + random.below(1000)};
+        pixels.push_back(at);
+    }
+    return {pixels};
+}
 } // namespace
 
 class TestAnalyserPrivateDefects : public QObject
@@ -373,6 +406,31 @@ private Q_SLOTS:
             scratches += expected.type == Defect::Type::Scratch ? 1 : 0;
         }
         QVERIFY(scratches > 100 && scratches < 4900);
+    }
+
+    void longContoursEqualThePlainForm_data()
+    {
+        QTest::addColumn<QString>("form");
+        for (const char *const form : {"walk", "jumps", "spiral", "circle", "line", "comb", "same", "far", "noise"})
+            QTest::newRow(form) << QString::fromUtf8(form);
+    }
+
+    void longContoursEqualThePlainForm()
+    {
+        QFETCH(QString, form);
+        RandomDefects random(1618);
+
+        int compared = 0;
+        for (int run = 0; run < 120; ++run) {
+            for (const CvPoints &pixels : contoursOf(form, random)) {
+                const Defect expected = PlainForms::createDefectFromPixels(pixels, 1.075F);
+                const Defect defect = AnalyserPrivate::createDefectFromPixels(pixels, 1.075F);
+                QVERIFY2(sameBits(defect, expected),
+                    qPrintable(QStringLiteral("%1 pixels, run %2").arg(pixels.size()).arg(run)));
+                ++compared;
+            }
+        }
+        QVERIFY(compared >= 120);
     }
 
     // --- mergeDefects
