@@ -105,7 +105,8 @@ QJsonValue defectTruth(const EndfaceScene &scene)
 QStringList zonesOf(const EndfaceScene &scene)
 {
     QStringList names;
-    for (const QJsonValue zone : defectTruth(scene)[QLatin1String("zones")].toArray())
+    const QJsonArray zones = defectTruth(scene)[QLatin1String("zones")].toArray();
+    for (const QJsonValue &zone : zones)
         names.append(zone.toString());
     return names;
 }
@@ -413,7 +414,8 @@ private Q_SLOTS:
             QVERIFY(visible > 0.55 && visible < 0.75);
         else
             QVERIFY(std::abs(visible - fibres) < 0.05 * fibres + 1e-9);
-        for (const QJsonValue fibre : truth[QLatin1String("fibresPx")].toArray())
+        const QJsonArray centers = truth[QLatin1String("fibresPx")].toArray();
+        for (const QJsonValue &fibre : centers)
             QVERIFY(std::abs(greyAt(image, pointOf(fibre)) - scene.coreGrey) < 5.0);
     }
 
@@ -484,9 +486,9 @@ private Q_SLOTS:
 
     void blurSpreadsLightAndKeepsItsSum()
     {
-        EndfaceSurface spot{QSize(101, 101), 1.0, std::vector<float>(101 * 101, 0.0F)};
+        EndfaceSurface spot{QSize(101, 101), 1.0, std::vector<float>(10201, 0.0F)};
         const double sigma = 4.0;
-        spot.grey[50 * 101 + 50] = 20000.0F;
+        spot.grey[spot.grey.size() / 2] = 20000.0F;
 
         const QImage image = exposeEndface(spot, sigma, 0.0, 1);
 
@@ -835,7 +837,8 @@ private Q_SLOTS:
 
         QCOMPARE(run({QStringLiteral("--samples"), folder.path()}).code, 0);
 
-        for (const QString &name : endfacePresets()) {
+        const QStringList names = endfacePresets();
+        for (const QString &name : names) {
             QVERIFY(QFile::exists(folder.filePath(name + QLatin1String(".jpg"))));
             QVERIFY(QFile::exists(folder.filePath(name + QLatin1String(".json"))));
         }
@@ -861,7 +864,8 @@ private:
     static void presetRows()
     {
         QTest::addColumn<QString>("preset");
-        for (const QString &name : endfacePresets())
+        const QStringList names = endfacePresets();
+        for (const QString &name : names)
             QTest::newRow(qPrintable(name)) << name;
     }
 };

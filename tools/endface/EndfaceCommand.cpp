@@ -52,7 +52,8 @@ std::optional<int> chosen(const std::array<Choice, 4> &choices, const QString &n
 QVector<double> numbers(const QString &text, QChar separator, int minCount, int maxCountOfNumbers)
 {
     QVector<double> result;
-    for (const QString &part : text.split(separator)) {
+    const QStringList parts = text.split(separator);
+    for (const QString &part : parts) {
         bool ok = false;
         result.append(part.trimmed().toDouble(&ok));
         if (!ok || !std::isfinite(result.last()))
@@ -161,7 +162,8 @@ private:
 
     int listPresets()
     {
-        for (const QString &name : endfacePresets())
+        const QStringList names = endfacePresets();
+        for (const QString &name : names)
             *mStdout << name.leftJustified(10) << ' ' << endfacePresetDescription(name) << '\n';
         return EndfaceOk;
     }
@@ -183,7 +185,8 @@ private:
     {
         if (!folder.mkpath(QStringLiteral(".")))
             return writeError(folder.path(), QStringLiteral("cannot create the folder"));
-        for (const QString &name : endfacePresets()) {
+        const QStringList names = endfacePresets();
+        for (const QString &name : names) {
             const int code = write(endfacePreset(name), folder.filePath(name + QLatin1String(".jpg")), {});
             if (code != EndfaceOk)
                 return code;
@@ -289,7 +292,8 @@ private:
 
     int applyBlemishes(EndfaceScene *scene)
     {
-        for (const QString &text : mParser.values(mDefect)) {
+        const QStringList texts = mParser.values(mDefect);
+        for (const QString &text : texts) {
             const std::optional<EndfaceDefect> defect = parseDefect(text);
             if (!defect) {
                 return usageError(QStringLiteral("--defect needs KIND,SIZE,X,Y[,CONTRAST] or "

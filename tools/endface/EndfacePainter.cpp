@@ -428,6 +428,7 @@ std::vector<float> gaussianWeights(double sigma)
         sum += i == 0 ? weights.back() : 2.0 * weights.back();
     }
     std::vector<float> result;
+    result.reserve(weights.size());
     for (const double weight : weights)
         result.push_back(static_cast<float>(weight / sum));
     return result;

@@ -134,7 +134,8 @@ EndfaceScene dirtyScene()
         stain(60.0, {40.0, 30.0}, 0.07), particle(26.0, {34.0, -20.0}), particle(14.0, {-12.0, -38.0})};
     for (int i = 0; i < dustOnField + dustAroundFibre; ++i) {
         const QPointF center = pointInDisc(i < dustOnField ? 520.0 : 110.0, &random);
-        scene.defects.append(particle(logUniform(1.6, 14.0, &random), center, random.uniform(0.25, 0.65)));
+        const double size = logUniform(1.6, 14.0, &random);
+        scene.defects.append(particle(size, center, random.uniform(0.25, 0.65)));
     }
     return scene;
 }
@@ -279,10 +280,11 @@ void addEndfaceSpecks(EndfaceScene *scene, int specks)
         if (random.integer(1, cellsLeft) > specksLeft)
             continue; // of the cells left over a random choice stays empty
         --specksLeft;
-        const double x = (cell % grid.cellsPerSide + 0.5) * pitch - grid.side / 2.0;
-        const double y = (cell / grid.cellsPerSide + 0.5) * pitch - grid.side / 2.0;
+        const int row = cell / grid.cellsPerSide;
+        const int column = cell % grid.cellsPerSide;
+        const QPointF middle = QPointF(column + 0.5, row + 0.5) * pitch - QPointF(grid.side, grid.side) / 2.0;
         const QPointF jitter{random.uniform(-room, room), random.uniform(-room, room)};
-        EndfaceDefect speck = pit(speckSize * scene->micronsPerPixel(), QPointF(x, y) + jitter, speckContrast);
+        EndfaceDefect speck = pit(speckSize * scene->micronsPerPixel(), middle + jitter, speckContrast);
         speck.irregularity = 0.0;
         scene->defects.append(speck);
     }
