@@ -18,7 +18,7 @@ int lengthOfProgressBar(const Session &session)
 {
     const Options &options = session.options;
     const bool isWanted = session.tasks.size() > 1 && !options.quiet && !options.verbose;
-    return isWanted && Terminal::isTerminal(STDERR_FILENO) ? session.tasks.size() : 0;
+    return isWanted && Tools::Terminal::isTerminal(STDERR_FILENO) ? session.tasks.size() : 0;
 }
 } // namespace
 
@@ -98,7 +98,7 @@ bool Batch::printReport(const Report &report)
         return true;
     mProgress.clear();
     if (isNews)
-        Terminal::write(STDERR_FILENO, report.messages);
+        Tools::Terminal::write(STDERR_FILENO, report.messages);
     return mStandardOutput.write(report.output);
 }
 
@@ -114,8 +114,8 @@ int Batch::stop()
         return StoppedBySignal + mSignals->received();
     if (mStandardOutput.error() == EPIPE)
         return StoppedBySignal + SIGPIPE;
-    Terminal::tell(QStringLiteral("cannot write the report: %1")
-                       .arg(QString::fromLocal8Bit(std::strerror(mStandardOutput.error()))));
+    Tools::Terminal::tell(QStringLiteral("cannot write the report: %1")
+                              .arg(QString::fromLocal8Bit(std::strerror(mStandardOutput.error()))));
     return SomeNotAnalysed;
 }
 

@@ -6,7 +6,7 @@
 
 namespace Inspect {
 
-Report makeReport(const Inspection &inspection, const Options &options, const TextStyle &style)
+Report makeReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style)
 {
     Report report;
     report.verdict = inspection.verdict();
@@ -20,13 +20,14 @@ Report makeReport(const Inspection &inspection, const Options &options, const Te
     case Options::Format::Text:
         if (report.verdict == Verdict::NotAnalysed)
             report.messages =
-                Terminal::message(inspection.task.image.path + QStringLiteral(": ") + inspection.reason).toUtf8();
+                Tools::Terminal::message(inspection.task.image.path + QStringLiteral(": ") + inspection.reason)
+                    .toUtf8();
         else if (!options.quiet)
             report.output = textReport(inspection, options, style).toUtf8();
         break;
     }
     if (!inspection.problem.isEmpty())
-        report.messages += Terminal::message(inspection.problem).toUtf8();
+        report.messages += Tools::Terminal::message(inspection.problem).toUtf8();
     return report;
 }
 

@@ -5,10 +5,13 @@
 
 #include <QByteArray>
 
+namespace Tools {
+class TextStyle;
+}
+
 namespace Inspect {
 
 struct Options;
-class TextStyle;
 
 /// What is to be printed about one task.
 struct Report
@@ -18,16 +21,16 @@ struct Report
     QByteArray messages; ///< for stderr, whole lines
 };
 
-Report makeReport(const Inspection &inspection, const Options &options, const TextStyle &style);
+Report makeReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style);
 
 /// What stands before all reports.
 QByteArray reportHeader(const Options &options);
 
 // --- the formats: ReportText.cpp, ReportJson.cpp, ReportCsv.cpp
 
-QString textReport(const Inspection &inspection, const Options &options, const TextStyle &style);
-QString textSummary(int passed, int failed, int notAnalysed, const TextStyle &style);
-QString standardsText(const TextStyle &style);
+QString textReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style);
+QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextStyle &style);
+QString standardsText(const Tools::TextStyle &style);
 
 /// One line; docs/inspect.schema.json describes it.
 QByteArray jsonReport(const Inspection &inspection, const Options &options);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Report.h"
 
+#include "Csv.h"
 #include "Options.h"
 #include "ShortestNumber.h"
 #include "StandardNames.h"
@@ -28,12 +29,12 @@ QString text(int number)
 
 QString text(float number)
 {
-    return QString::fromLatin1(shortestNumber(number));
+    return QString::fromLatin1(Tools::shortestNumber(number));
 }
 
 QString text(double number)
 {
-    return QString::fromLatin1(shortestNumber(number));
+    return QString::fromLatin1(Tools::shortestNumber(number));
 }
 
 QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
@@ -79,26 +80,12 @@ QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
     return columns;
 }
 
-/// RFC 4180, but lines end as everywhere else on this system.
-QString quoted(const QString &field)
-{
-    static const QString special = QStringLiteral(",\"\r\n");
-    for (const QChar character : field) {
-        if (special.contains(character)) {
-            QString escaped = field;
-            escaped.replace(QLatin1Char('"'), QStringLiteral("\"\""));
-            return QLatin1Char('"') + escaped + QLatin1Char('"');
-        }
-    }
-    return field;
-}
-
 QByteArray line(const QVector<Column> &columns, QString Column::*part)
 {
     QStringList fields;
     for (const Column &column : columns)
-        fields.append(quoted(column.*part));
-    return fields.join(QLatin1Char(',')).toUtf8() + '\n';
+        fields.append(column.*part);
+    return Tools::csvLine(fields);
 }
 } // namespace
 

@@ -13,12 +13,12 @@ using FiberInspection::Standard;
 using FiberInspection::ZoneResult;
 
 namespace {
-void writePoint(JsonWriter &json, const QPointF &point)
+void writePoint(Tools::JsonWriter &json, const QPointF &point)
 {
     json.beginObject().member("x", point.x()).member("y", point.y()).endObject();
 }
 
-void writeRule(JsonWriter &json, const RuleResult &rule)
+void writeRule(Tools::JsonWriter &json, const RuleResult &rule)
 {
     json.beginObject()
         .member("rule", rule.standardRule.toString())
@@ -32,7 +32,7 @@ void writeRule(JsonWriter &json, const RuleResult &rule)
         .endObject();
 }
 
-void writeDefect(JsonWriter &json, const Defect &defect)
+void writeDefect(Tools::JsonWriter &json, const Defect &defect)
 {
     json.beginObject().member("type", defectTypeName(defect.type)).member("size", defect.size);
     writePoint(json.key("center"), defect.enclosingCircle.center);
@@ -45,7 +45,7 @@ void writeDefect(JsonWriter &json, const Defect &defect)
         .endObject();
 }
 
-void writeZone(JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects)
+void writeZone(Tools::JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects)
 {
     json.beginObject().member("violations", zone.violations).key("rules").beginArray();
     for (const RuleResult &rule : zone.rules)
@@ -56,7 +56,7 @@ void writeZone(JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &
     json.endArray().endObject();
 }
 
-void writeMeasurements(JsonWriter &json, const FiberInspection::InspectionRecord &record)
+void writeMeasurements(Tools::JsonWriter &json, const FiberInspection::InspectionRecord &record)
 {
     json.member("elapsedMs", record.elapsedMs)
         .member("pixelSize", record.pixelSize)
@@ -85,7 +85,7 @@ void writeMeasurements(JsonWriter &json, const FiberInspection::InspectionRecord
 QByteArray jsonReport(const Inspection &inspection, const Options &options)
 {
     const FiberInspection::TestResult &result = inspection.result;
-    JsonWriter json;
+    Tools::JsonWriter json;
     json.beginObject()
         .member("image", inspection.task.image.path)
         .member("standard", standardEnumerator(inspection.task.standardId))

@@ -51,7 +51,7 @@ QString ruleHeader()
         + right(QStringLiteral("Found"), numberWidth) + QStringLiteral("  Verdict");
 }
 
-QString ruleLine(const QString &zoneName, const RuleResult &rule, const TextStyle &style)
+QString ruleLine(const QString &zoneName, const RuleResult &rule, const Tools::TextStyle &style)
 {
     const QString line = left(zoneName, zoneWidth) + left(defectTypeName(rule.standardRule.defectType), kindWidth)
         + left(rule.standardRule.toString(), criterionWidth) + right(allowance(rule.standardRule), numberWidth)
@@ -60,7 +60,7 @@ QString ruleLine(const QString &zoneName, const RuleResult &rule, const TextStyl
     return (rule.defectCount == 0 ? style.dim(line) : line) + QStringLiteral("  ") + verdict;
 }
 
-QStringList rulesTable(const TestResult &result, const TextStyle &style)
+QStringList rulesTable(const TestResult &result, const Tools::TextStyle &style)
 {
     QStringList lines{style.bold(ruleHeader())};
     for (const ZoneResult *const zone : {&result.core(), &result.cladding()}) {
@@ -111,7 +111,7 @@ QStringList defectLines(const Inspection &inspection, Zone::Id zone, const QVect
     return lines;
 }
 
-QStringList defectsTable(const Inspection &inspection, const TextStyle &style)
+QStringList defectsTable(const Inspection &inspection, const Tools::TextStyle &style)
 {
     const TestResult &result = inspection.result;
     const QStringList lines = defectLines(inspection, Zone::Core, failingDefects(result.coreDefects()))
@@ -135,7 +135,7 @@ QString repetitionLine(const Repetition &repetition)
         .arg(repetition.errors);
 }
 
-QString verdictLine(const TestResult &result, const TextStyle &style)
+QString verdictLine(const TestResult &result, const Tools::TextStyle &style)
 {
     return result.passed() ? style.good(QStringLiteral("PASSED")) : style.bad(QStringLiteral("FAILED"));
 }
@@ -157,24 +157,24 @@ QStringList zoneLines(const Zone &zone)
 }
 } // namespace
 
-QString textReport(const Inspection &inspection, const Options &options, const TextStyle &style)
+QString textReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style)
 {
     QStringList lines = rulesTable(inspection.result, style) + defectsTable(inspection, style);
     lines.append(QString());
     if (!inspection.resultImage.isEmpty())
-        lines.append(QStringLiteral("Annotated image: ") + Terminal::printable(inspection.resultImage));
+        lines.append(QStringLiteral("Annotated image: ") + Tools::Terminal::printable(inspection.resultImage));
     if (options.reportsRuns)
         lines.append(repetitionLine(inspection.repetition));
     lines.append(verdictLine(inspection.result, style));
 
-    QString text = style.bold(Terminal::printable(inspection.task.image.path)) + QStringLiteral("  ")
+    QString text = style.bold(Tools::Terminal::printable(inspection.task.image.path)) + QStringLiteral("  ")
         + Standard::name(inspection.task.standardId) + QLatin1Char('\n');
     for (const QString &line : lines)
         text += line.isEmpty() ? QStringLiteral("\n") : QStringLiteral("  %1\n").arg(line);
     return text + QLatin1Char('\n');
 }
 
-QString textSummary(int passed, int failed, int notAnalysed, const TextStyle &style)
+QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextStyle &style)
 {
     const auto count = [](int number, const char *what) {
         return QStringLiteral("%1 %2").arg(number).arg(QLatin1String(what));
@@ -186,7 +186,7 @@ QString textSummary(int passed, int failed, int notAnalysed, const TextStyle &st
             failed > 0 ? style.bad(failures) : failures, notAnalysed > 0 ? style.bad(errors) : errors);
 }
 
-QString standardsText(const TextStyle &style)
+QString standardsText(const Tools::TextStyle &style)
 {
     QString text;
     for (const Standard::Id id : standardsNamed(QStringLiteral("all"))) {

@@ -12,7 +12,7 @@ namespace Inspect {
 // QTemporaryDir would draw its name from Qt's random generator, and all processes forked later would share that state.
 TemporaryFolder::TemporaryFolder()
 {
-    QByteArray name = QFile::encodeName(QDir::tempPath() + QStringLiteral("/vantor-inspect-XXXXXX"));
+    QByteArray name = QFile::encodeName(parentPath() + QStringLiteral("/vantor-inspect-XXXXXX"));
     if (mkdtemp(name.data()))
         mPath = QFile::decodeName(name);
 }
@@ -21,6 +21,13 @@ TemporaryFolder::~TemporaryFolder()
 {
     if (isValid())
         QDir(mPath).removeRecursively();
+}
+
+// QDir::tempPath() is empty, and so the root folder, when $TMPDIR does not exist.
+QString TemporaryFolder::parentPath()
+{
+    const QString chosen = qEnvironmentVariable("TMPDIR");
+    return chosen.isEmpty() ? QStringLiteral("/tmp") : QDir(chosen).absolutePath();
 }
 
 WorkDir::WorkDir(const QString &path)

@@ -14,6 +14,9 @@ public:
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
 
+    /// The usual folder for temporary files, whether or not it exists.
+    static QString parentPath();
+
     bool isValid() const { return !mPath.isEmpty(); }
     QString path() const { return mPath; }
 

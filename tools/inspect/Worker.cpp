@@ -115,7 +115,7 @@ void runWorker(const Session &session, const QString &name, int socket)
     try {
         work(session, name, socket);
     } catch (const std::exception &exception) {
-        Terminal::tell(QString::fromUtf8(exception.what()));
+        Tools::Terminal::tell(QString::fromUtf8(exception.what()));
         _exit(EXIT_FAILURE);
     }
     _exit(EXIT_SUCCESS); // what was inherited, such as the temporary folder, is the parent's to clean up

@@ -15,7 +15,7 @@ struct Session
     const Options &options;
     const OutputFolder &output;
     const QVector<Task> &tasks;
-    const TextStyle style; ///< of stdout
+    const Tools::TextStyle style; ///< of stdout
     const QString temporaryFolder;
 };
 

@@ -6,7 +6,6 @@
 #include "TemporaryFolder.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QLoggingCategory>
 #include <QTextCodec>
 
@@ -18,7 +17,7 @@ namespace {
 /// Qt would send the log to the system's journal where there is no terminal.
 void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
 {
-    Terminal::write(STDERR_FILENO, (Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
+    Tools::Terminal::write(STDERR_FILENO, (Tools::Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
 }
 
 void setUpLog(bool verbose)
@@ -37,7 +36,7 @@ int print(const QString &text)
 
 int refuse(const QString &problem)
 {
-    Terminal::tell(problem);
+    Tools::Terminal::tell(problem);
     return WrongUsage;
 }
 
@@ -53,10 +52,11 @@ int inspectAll(const Options &options)
     StopSignals signals;
     const TemporaryFolder temporaryFolder;
     if (!temporaryFolder.isValid()) {
-        Terminal::tell(QStringLiteral("cannot create a temporary folder in %1").arg(QDir::tempPath()));
+        Tools::Terminal::tell(
+            QStringLiteral("cannot create a temporary folder in %1").arg(TemporaryFolder::parentPath()));
         return SomeNotAnalysed;
     }
-    const TextStyle style(options.isForPerson() && Terminal::hasColors(STDOUT_FILENO));
+    const Tools::TextStyle style(options.isForPerson() && Tools::Terminal::hasColors(STDOUT_FILENO));
     const Session session{options, output, tasks, style, temporaryFolder.path()};
     return Batch(session, &signals).run();
 }
@@ -64,7 +64,7 @@ int inspectAll(const Options &options)
 
 int main(int argc, char *argv[])
 {
-    Terminal::reserveStandardStreams();
+    Tools::Terminal::reserveStandardStreams();
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // file names, whatever the locale is
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantor-inspect"));
@@ -81,7 +81,7 @@ int main(int argc, char *argv[])
     case Options::Action::ShowVersion:
         return print(QStringLiteral("vantor-inspect " VANTORBASE_VERSION "\n"));
     case Options::Action::ListStandards:
-        return print(standardsText(TextStyle(Terminal::hasColors(STDOUT_FILENO))));
+        return print(standardsText(Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO))));
     case Options::Action::Inspect:
         break;
     }

@@ -3,7 +3,7 @@
 
 #include "ShortestNumber.h"
 
-namespace Inspect {
+namespace Tools {
 
 namespace {
 void appendEscaped(QByteArray &bytes, char character)
@@ -95,4 +95,4 @@ void JsonWriter::separate()
         mBytes += ',';
 }
 
-} // namespace Inspect
+} // namespace Tools

@@ -4,7 +4,7 @@
 #include <QByteArray>
 #include <QString>
 
-namespace Inspect {
+namespace Tools {
 
 /// Writes JSON (RFC 8259) on one line, keys in the order of the calls.
 class JsonWriter
@@ -41,4 +41,4 @@ private:
     bool mNeedsComma = false;
 };
 
-} // namespace Inspect
+} // namespace Tools

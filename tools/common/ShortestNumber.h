@@ -7,7 +7,7 @@
 #include <cmath>
 #include <iterator>
 
-namespace Inspect {
+namespace Tools {
 
 /// The shortest decimal form that reads back as the same number, in every locale; "0" for what is not finite.
 template <typename Number>
@@ -20,4 +20,4 @@ QByteArray shortestNumber(Number number)
     return {digits, static_cast<int>(end.ptr - digits)};
 }
 
-} // namespace Inspect
+} // namespace Tools

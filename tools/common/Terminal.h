@@ -3,7 +3,7 @@
 
 #include <QString>
 
-namespace Inspect {
+namespace Tools {
 
 namespace Terminal {
 
@@ -20,7 +20,7 @@ int width(int fileDescriptor); ///< columns; 80 where that is unknown
 /// Text from outside, such as a file name, without what would control the terminal.
 QString printable(const QString &text);
 
-/// One message of the program as a line for stderr.
+/// One message of the program as a line for stderr; begins with the application's name.
 QString message(const QString &text);
 
 /// Writes one message to stderr, in one piece.
@@ -50,4 +50,4 @@ private:
     bool mHasColors;
 };
 
-} // namespace Inspect
+} // namespace Tools

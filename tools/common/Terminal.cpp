@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Terminal.h"
 
+#include <QCoreApplication>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <initializer_list>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-namespace Inspect {
+namespace Tools {
 
 void Terminal::reserveStandardStreams()
 {
@@ -47,7 +49,7 @@ QString Terminal::printable(const QString &text)
 
 QString Terminal::message(const QString &text)
 {
-    return QStringLiteral("vantor-inspect: %1\n").arg(printable(text));
+    return QStringLiteral("%1: %2\n").arg(QCoreApplication::applicationName(), printable(text));
 }
 
 void Terminal::tell(const QString &text)
@@ -72,4 +74,4 @@ QString TextStyle::paint(const char *code, const QString &text) const
     return mHasColors ? QStringLiteral("\033[%1m%2\033[0m").arg(QLatin1String(code), text) : text;
 }
 
-} // namespace Inspect
+} // namespace Tools
