@@ -1,0 +1,308 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "InspectProgram.h"
+#include "JsonOutput.h"
+#include "PaintedFaces.h"
+
+#include <QtTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+constexpr int soon = 3000; // milliseconds
+constexpr int patience = 30000; // milliseconds
+
+QByteArray withoutTimes(QByteArray output)
+{
+    static const QRegularExpression time(QStringLiteral("\"elapsedMs\":[^,]*,"));
+    return QString::fromUtf8(output).remove(time).toUtf8();
+}
+
+QStringList imagesOf(const std::vector<QJsonObject> &objects)
+{
+    QStringList images;
+    for (const QJsonObject &object : objects)
+        images.append(object[QStringLiteral("image")].toString());
+    return images;
+}
+} // namespace
+
+class TestVantorInspectProcesses : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir mFolder;
+    QStringList mImages; ///< in the order of their names, some good, some bad
+
+    QStringList longRun(int jobs) const
+    {
+        return QStringList{
+                   QStringLiteral("--json"), QStringLiteral("--repeat=30"), QStringLiteral("--jobs=%1").arg(jobs)}
+        + mImages;
+    }
+
+    int openPipe(const QString &name, int flags) const
+    {
+        const QByteArray path = QFile::encodeName(mFolder.filePath(name));
+        return mkfifo(path.constData(), S_IRUSR | S_IWUSR) == 0 ? open(path.constData(), flags | O_CLOEXEC) : -1;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(mFolder.isValid());
+        for (int i = 0; i < 24; ++i) {
+            const QString path = mFolder.filePath(QStringLiteral("%1.png").arg(i, 2, 10, QLatin1Char('0')));
+            QVERIFY((i % 3 == 0 ? badFace() : goodFace()).save(path));
+            mImages.append(path);
+        }
+    }
+
+    void severalJobsGiveTheOutputOfOne_data()
+    {
+        QTest::addColumn<QString>("format");
+        QTest::newRow("text") << QStringLiteral("--standard=sm-rl45");
+        QTest::newRow("json") << QStringLiteral("--json");
+    }
+
+    void severalJobsGiveTheOutputOfOne()
+    {
+        QFETCH(QString, format);
+        const QStringList arguments = QStringList{format, QStringLiteral("--standard=sm-rl26,mm")} + mImages;
+
+        const InspectRun one = runInspect(arguments);
+        QCOMPARE(one.exitCode, 1);
+        for (const int jobs : {2, 5, 256}) {
+            const InspectRun several = runInspect(QStringList{QStringLiteral("--jobs=%1").arg(jobs)} + arguments);
+            QCOMPARE(several.exitCode, one.exitCode);
+            QCOMPARE(withoutTimes(several.output), withoutTimes(one.output));
+            QCOMPARE(several.temporaryFiles, QStringList());
+        }
+    }
+
+    void reportsKeepTheOrderOfTheImagesAlthoughTheFirstTakesLong()
+    {
+        const QString slow = mFolder.filePath(QStringLiteral("slow.png"));
+        QVERIFY(goodFace().scaled(4800, 3600).save(slow));
+        const QStringList images = QStringList{slow} + mImages + mImages + mImages;
+
+        const InspectRun run = runInspect(QStringList{QStringLiteral("--json"), QStringLiteral("--jobs=2")} + images);
+
+        QCOMPARE(imagesOf(jsonLines(run.output)), images);
+    }
+
+    void aKilledWorkerCostsOnlyItsImage()
+    {
+        InspectProgram program;
+        program.begin(longRun(2));
+        QVERIFY(program.waitForLine());
+        const std::vector<qint64> workers = program.workers(2);
+        QCOMPARE(workers.size(), std::size_t(2));
+        kill(static_cast<pid_t>(workers[0]), SIGKILL);
+
+        QVERIFY(program.waitForEnd());
+
+        QCOMPARE(program.exitCode(), 2);
+        const std::vector<QJsonObject> objects = jsonLines(program.readAllStandardOutput());
+        QCOMPARE(imagesOf(objects), mImages);
+        int errors = 0;
+        for (const QJsonObject &object : objects) {
+            QCOMPARE(schemaViolation(object), QString());
+            if (object[QStringLiteral("error")].toBool()) {
+                ++errors;
+                QVERIFY(object[QStringLiteral("reason")].toString().contains(QStringLiteral("signal 9")));
+            }
+        }
+        QCOMPARE(errors, 1);
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void workersThatAreKilledAgainAndAgainDoNotStopTheRun()
+    {
+        InspectProgram program;
+        program.begin(longRun(2));
+        for (int i = 0; i < 400 && !program.waitForFinished(20); ++i) {
+            for (const qint64 worker : program.workers(1))
+                kill(static_cast<pid_t>(worker), SIGKILL);
+        }
+
+        QVERIFY(program.waitForEnd());
+
+        QCOMPARE(program.exitCode(), 2);
+        const std::vector<QJsonObject> objects = jsonLines(program.readAllStandardOutput());
+        QCOMPARE(imagesOf(objects), mImages);
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void aSignalStopsTheRunAndLeavesNothingBehind_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::addColumn<int>("jobs");
+        QTest::newRow("SIGINT") << SIGINT << 1;
+        QTest::newRow("SIGINT, two jobs") << SIGINT << 2;
+        QTest::newRow("SIGTERM") << SIGTERM << 2;
+        QTest::newRow("SIGHUP") << SIGHUP << 2;
+    }
+
+    void aSignalStopsTheRunAndLeavesNothingBehind()
+    {
+        QFETCH(int, signal);
+        QFETCH(int, jobs);
+        QTemporaryDir out;
+        InspectProgram program;
+        program.begin(QStringList{QStringLiteral("--steps"), QStringLiteral("--out"), out.path()} + longRun(jobs));
+        QVERIFY(program.waitForLine());
+        const std::vector<qint64> workers = program.workers(static_cast<std::size_t>(jobs));
+        QVERIFY(!program.temporaryFiles().isEmpty());
+
+        kill(static_cast<pid_t>(program.processId()), signal);
+
+        QVERIFY(program.waitForEnd(soon));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 128 + signal);
+        QCOMPARE(program.temporaryFiles(), QStringList());
+        for (const qint64 worker : workers)
+            QVERIFY(!processExists(worker));
+        QVERIFY(jsonLines(program.readAllStandardOutput()).size() < std::size_t(mImages.size()));
+        QCOMPARE(QDir(out.path()).entryList({QStringLiteral("*.part")}, QDir::Files | QDir::Hidden), QStringList());
+    }
+
+    void aSignalAtOnceLeavesNothingBehind()
+    {
+        for (int delay = 0; delay < 160;
+             delay += 8) { // milliseconds; before, while and after the program sets itself up
+            InspectProgram program;
+            program.begin(longRun(2));
+            program.waitForFinished(delay + 1);
+            kill(static_cast<pid_t>(program.processId()), SIGINT);
+            QVERIFY(program.waitForEnd(soon));
+            QCOMPARE(program.temporaryFiles(), QStringList());
+        }
+    }
+
+    void anIgnoredHangUpStaysIgnored()
+    {
+        InspectProgram program;
+        program.beginThrough(
+            {QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("trap '' HUP; exec \"$0\" \"$@\"")},
+            longRun(2));
+        QVERIFY(program.waitForLine());
+
+        kill(static_cast<pid_t>(program.processId()), SIGHUP);
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.exitCode(), 1);
+        QCOMPARE(jsonLines(program.readAllStandardOutput()).size(), std::size_t(mImages.size()));
+    }
+
+    void workersDoNotOutliveAKilledProgram()
+    {
+        InspectProgram program;
+        program.begin(longRun(2));
+        const std::vector<qint64> workers = program.workers(2);
+        QCOMPARE(workers.size(), std::size_t(2));
+
+        program.kill();
+
+        QVERIFY(program.waitForEnd(soon));
+        for (const qint64 worker : workers)
+            QTRY_VERIFY(!processExists(worker));
+    }
+
+    void aReaderThatGoesAwayEndsTheRun()
+    {
+        const int reader = openPipe(QStringLiteral("leaving"), O_RDONLY | O_NONBLOCK);
+        QVERIFY(reader >= 0);
+        InspectProgram program;
+        program.setStandardOutputFile(mFolder.filePath(QStringLiteral("leaving")));
+        program.begin(longRun(2));
+        pollfd pipe{reader, POLLIN, 0};
+        QCOMPARE(poll(&pipe, 1, patience), 1);
+
+        close(reader);
+
+        QVERIFY(program.waitForEnd(soon));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 128 + SIGPIPE);
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void aReaderThatPausesDoesNotKeepASignalAway()
+    {
+        const int reader = openPipe(QStringLiteral("pausing"), O_RDWR);
+        QVERIFY(reader >= 0);
+        fcntl(reader, F_SETPIPE_SZ, 4096); // some reports, but not all
+        InspectProgram program;
+        program.setStandardOutputFile(mFolder.filePath(QStringLiteral("pausing")));
+        program.begin(QStringList{QStringLiteral("--json")} + mImages);
+        QVERIFY(!program.waitForFinished(soon));
+
+        kill(static_cast<pid_t>(program.processId()), SIGTERM);
+
+        QVERIFY(program.waitForEnd(soon));
+        close(reader);
+        QCOMPARE(program.exitCode(), 128 + SIGTERM);
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void aFullDiskBehindStdoutIsTold()
+    {
+        InspectProgram program;
+        program.setStandardOutputFile(QStringLiteral("/dev/full"));
+        program.begin(longRun(1));
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(program.readAllStandardError(),
+            QByteArray("vantor-inspect: cannot write the report: No space left on device\n"));
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void aClosedStdoutIsTold()
+    {
+        InspectProgram program;
+        program.beginThrough({QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("exec \"$0\" \"$@\" >&- <&-")},
+            {QStringLiteral("--json"), mImages[0]});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(program.readAllStandardError(),
+            QByteArray("vantor-inspect: cannot write the report: Bad file descriptor\n"));
+    }
+
+    void withoutAFolderForTemporaryFilesNothingIsAnalysed()
+    {
+        InspectProgram program;
+        program.setVariable("TMPDIR", QStringLiteral("/nonexistent/folder"));
+        program.begin({QStringLiteral("--json"), mImages[0]});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(program.readAllStandardOutput(), QByteArray());
+        QCOMPARE(program.readAllStandardError(),
+            QByteArray("vantor-inspect: cannot create a temporary folder in /nonexistent/folder\n"));
+    }
+
+    void theFolderForTemporaryFilesMayHaveAnyName()
+    {
+        const QString folder = mFolder.filePath(QStringLiteral("tmp \u00fc ' \" %1"));
+        QVERIFY(QDir().mkpath(folder));
+        QTemporaryDir out;
+        InspectProgram program;
+        program.setVariable("TMPDIR", folder);
+        program.begin({QStringLiteral("--json"), QStringLiteral("--out"), out.path(), mImages[0]});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.exitCode(), 1);
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files).size(), 1);
+        QCOMPARE(listing(folder), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestVantorInspectProcesses)
+#include "tst_vantor_inspect_processes.moc"
