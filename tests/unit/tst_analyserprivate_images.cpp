@@ -99,11 +99,14 @@ private:
 };
 
 /// A dark face with bright discs, as the scope sees it.
-cv::Mat faceWithDiscs(int cols, int rows, const std::vector<cv::Vec3f> &discs)
+cv::Mat faceWithDiscs(int cols, int rows, const std::vector<cv::Vec3f> &discs, int contrast = 160)
 {
-    cv::Mat mat = filled(rows, cols, 40);
-    for (const cv::Vec3f &disc : discs)
-        cv::circle(mat, cv::Point(int(disc[0]), int(disc[1])), int(disc[2]), cv::Scalar(200), cv::FILLED, cv::LINE_AA);
+    constexpr int ferruleColor = 40;
+    cv::Mat mat = filled(rows, cols, ferruleColor);
+    for (const cv::Vec3f &disc : discs) {
+        cv::circle(mat, cv::Point(int(disc[0]), int(disc[1])), int(disc[2]), cv::Scalar(ferruleColor + contrast),
+            cv::FILLED, cv::LINE_AA);
+    }
     cv::GaussianBlur(mat, mat, cv::Size(5, 5), 0);
     return mat;
 }
@@ -694,7 +697,7 @@ private Q_SLOTS:
             std::vector<cv::Vec3f> discs;
             for (int disc = input.whole(0, 2); disc >= 0; --disc)
                 discs.emplace_back(float(input.whole(0, 240)), float(input.whole(0, 180)), radius);
-            const cv::Mat mat = faceWithDiscs(240, 180, discs);
+            const cv::Mat mat = faceWithDiscs(240, 180, discs, input.whole(8, 60)); // some too pale to be found
             const float expectedRadius = radius + float(input.whole(-30, 130)) / 10;
             const PlainForms::CircleAnswer expected = PlainForms::findCladdingCircle(mat, expectedRadius);
             LogCapture log;
@@ -1419,6 +1422,10 @@ private Q_SLOTS:
         QTest::newRow("restarts.jpg") << encoded(".jpg", color, {cv::IMWRITE_JPEG_RST_INTERVAL, 1});
         QTest::newRow("optimised.jpg") << encoded(".jpg", color, {cv::IMWRITE_JPEG_OPTIMIZE, 1});
         QTest::newRow("best.jpg") << encoded(".jpg", color, {cv::IMWRITE_JPEG_QUALITY, 100});
+        QByteArray filled = encoded(".jpg", color);
+        filled.insert(filled.size() - 2, 3, '\xFF');
+        filled.insert(2, 5, '\xFF');
+        QTest::newRow("fill bytes before markers.jpg") << filled;
         QTest::newRow("one pixel.jpg") << encoded(".jpg", color(cv::Rect(0, 0, 1, 1)));
         QTest::newRow("one pixel.png") << encoded(".png", color(cv::Rect(0, 0, 1, 1)));
 
@@ -1635,6 +1642,9 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), refusal("30000 x 30000 pixels are too many"));
         log.clear();
         loaded(jpeg.left(jpeg.size() - 2));
+        QCOMPARE(log.asText(), refusal("the image is incomplete"));
+        log.clear();
+        loaded(jpeg.left(jpeg.indexOf("\xFF\xDA")) + QByteArray("\xFF\xD9")); // an end, but no picture before it
         QCOMPARE(log.asText(), refusal("the image is incomplete"));
         log.clear();
         loaded("no image at all");
