@@ -32,11 +32,11 @@ class CenterDistance
 {
 public:
     explicit CenterDistance(const cv::Mat &mat)
-        : mCenter{double(mat.cols / 2), double(mat.rows / 2)}
+        : mCenter(PixelPosition::of(mat.cols / 2, mat.rows / 2))
     {
     }
 
-    double square(int x, int y) const { return mCenter.squaredDistanceTo({double(x), double(y)}); }
+    double square(int x, int y) const { return mCenter.squaredDistanceTo(PixelPosition::of(x, y)); }
 
 private:
     PixelPosition mCenter;
@@ -61,8 +61,10 @@ cv::Rect squareAround(const cv::Mat &mat, float radius)
     constexpr float margin = 1;
     if (mat.type() != CV_8UC1)
         return {0, 0, mat.cols, mat.rows};
-    const IndexRange xs = indicesAround(static_cast<float>(mat.cols / 2), radius, margin, mat.rows);
-    const IndexRange ys = indicesAround(static_cast<float>(mat.rows / 2), radius, margin, mat.cols);
+    const int xCenter = mat.cols / 2;
+    const int yCenter = mat.rows / 2;
+    const IndexRange xs = indicesAround(static_cast<float>(xCenter), radius, margin, mat.rows);
+    const IndexRange ys = indicesAround(static_cast<float>(yCenter), radius, margin, mat.cols);
     return {ys.start, xs.start, ys.end - ys.start, xs.end - xs.start};
 }
 

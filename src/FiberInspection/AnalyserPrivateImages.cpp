@@ -263,7 +263,7 @@ float AnalyserPrivate::micronsToPixels(float microns, const QSize &fov, const QS
 
 float AnalyserPrivate::distanceBetweenPoints(int x1, int y1, int x2, int y2)
 {
-    return PixelPosition{double(x1), double(y1)}.distanceTo({double(x2), double(y2)});
+    return PixelPosition::of(x1, y1).distanceTo(PixelPosition::of(x2, y2));
 }
 
 float AnalyserPrivate::distanceBetweenPoints(const QPointF &point1, const QPointF &point2)

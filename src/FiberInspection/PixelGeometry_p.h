@@ -24,10 +24,12 @@ struct PixelPosition
     double x = 0;
     double y = 0;
 
-    static PixelPosition of(const QPointF &point)
+    static PixelPosition of(int pixelX, int pixelY)
     {
-        return {static_cast<double>(truncated(point.x())), static_cast<double>(truncated(point.y()))};
+        return {static_cast<double>(pixelX), static_cast<double>(pixelY)};
     }
+
+    static PixelPosition of(const QPointF &point) { return of(truncated(point.x()), truncated(point.y())); }
 
     double squaredDistanceTo(const PixelPosition &other) const
     {

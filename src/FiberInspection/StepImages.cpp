@@ -7,18 +7,25 @@
 namespace FiberInspection {
 
 namespace {
-// blue, green, red
-const cv::Scalar redColor(0, 0, 255);
-const cv::Scalar blueColor(255, 0, 0);
-const cv::Scalar coreRingColor(0, 255, 255);
-const cv::Scalar claddingRingColor(0, 255, 0);
-const cv::Scalar adhesiveRingColor(0, 255, 0);
-const cv::Scalar contactRingColor(128, 0, 0);
+struct Color
+{
+    double blue;
+    double green;
+    double red;
+
+    operator cv::Scalar() const { return {blue, green, red}; }
+};
+constexpr Color redColor{0, 0, 255};
+constexpr Color blueColor{255, 0, 0};
+constexpr Color coreRingColor{0, 255, 255};
+constexpr Color claddingRingColor{0, 255, 0};
+constexpr Color adhesiveRingColor{0, 255, 0};
+constexpr Color contactRingColor{128, 0, 0};
 
 constexpr int ringWidth = 1;
 constexpr int lineThickness = 1;
 
-void drawContour(cv::Mat &image, const Defect &defect, const cv::Scalar &color)
+void drawContour(cv::Mat &image, const Defect &defect, const Color &color)
 {
     constexpr int contourIndex = 0;
     if (defect.pixels.isEmpty())
@@ -45,7 +52,7 @@ void drawShape(cv::Mat &image, const Defect &defect)
 void drawZones(cv::Mat &image, const ZoneSizes &zoneSizes)
 {
     const cv::Point imageCenter(cv::Point2f(static_cast<float>(image.cols) / 2, static_cast<float>(image.rows) / 2));
-    const auto drawRing = [&](float radius, const cv::Scalar &color) {
+    const auto drawRing = [&](float radius, const Color &color) {
         cv::circle(image, imageCenter, static_cast<int>(radius), color, ringWidth, cv::LINE_8);
     };
     drawRing(zoneSizes.coreRadius, coreRingColor);

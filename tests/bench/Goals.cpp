@@ -54,6 +54,7 @@ int runBenchmarks(int argc, char **argv, const std::vector<Goal> &goals)
         "--benchmark_enable_random_interleaving=true", "--benchmark_display_aggregates_only=true"};
     arguments.insert(arguments.end(), argv + 1, argv + argc);
     std::vector<char *> pointers;
+    pointers.reserve(arguments.size());
     for (std::string &argument : arguments)
         pointers.push_back(argument.data());
     int count = static_cast<int>(pointers.size());

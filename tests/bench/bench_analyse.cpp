@@ -72,10 +72,12 @@ std::vector<Defect> specks(int count)
     constexpr int columns = 50;
     constexpr int spacing = 7; // pixels; every third speck is close to its neighbour
     std::vector<Defect> defects;
+    defects.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         const cv::Point corner(i % columns * spacing + i % 3, i / columns * spacing);
         const std::vector<cv::Point> outline{{0, 0}, {0, 1}, {0, 2}, {1, 2}, {2, 2}, {2, 1}, {2, 0}, {1, 0}};
         std::vector<cv::Point> pixels;
+        pixels.reserve(outline.size());
         for (const cv::Point &point : outline)
             pixels.push_back(corner + point);
         defects.push_back(AnalyserPrivate::createDefectFromPixels(pixels, 0));
