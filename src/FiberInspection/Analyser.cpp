@@ -36,7 +36,8 @@ bool copyWhole(const QString &from, const QString &to)
         if (piece.isEmpty() || target.write(piece) != piece.size())
             return false;
     }
-    return source.error() == QFileDevice::NoError && target.commit();
+    // commit() alone would rename what a failed flush has left behind.
+    return source.error() == QFileDevice::NoError && target.flush() && target.commit();
 }
 
 /// Replaces the target. When the copy fails the former picture stays; without a source there is none in the end.
