@@ -26,7 +26,7 @@ bool liesIn(const QString &directory, const QString &path)
 /// Copies in pieces. The target is written under another name, flushed to the disk, and renamed.
 bool copyWhole(const QString &from, const QString &to)
 {
-    constexpr qint64 pieceSize = 1024 * 1024;
+    constexpr qint64 pieceSize = 1024LL * 1024;
     QFile source(from);
     QSaveFile target(to);
     if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
