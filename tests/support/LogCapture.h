@@ -42,16 +42,18 @@ public:
     /// All lines with their level in front: "warning: Image is not gray".
     QStringList asText() const
     {
+        const QVector<Line> all = lines();
         QStringList result;
-        for (const Line &line : lines())
+        for (const Line &line : all)
             result << levelName(line.level) + QStringLiteral(": ") + line.text;
         return result;
     }
 
     QStringList texts(QtMsgType level) const
     {
+        const QVector<Line> all = lines();
         QStringList result;
-        for (const Line &line : lines()) {
+        for (const Line &line : all) {
             if (line.level == level)
                 result << line.text;
         }

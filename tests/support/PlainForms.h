@@ -213,7 +213,7 @@ inline std::vector<QPoint> corePixels(const cv::Mat &mat, float coreDiameter, in
     for (int x = 0; x < mat.rows; ++x) {
         for (int y = 0; y < mat.cols; ++y) {
             if (distance(mat.cols / 2, mat.rows / 2, x, y) <= coreDiameter / 2 && mat.at<uchar>(x, y) > claddingColor)
-                result.push_back({x, y});
+                result.emplace_back(x, y);
         }
     }
     return result;

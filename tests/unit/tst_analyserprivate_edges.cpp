@@ -164,7 +164,7 @@ private Q_SLOTS:
         AnalyserPrivate::removeCoreCircle(mat, 10, 0);
 
         QCOMPARE(log.asText(), QStringList{QStringLiteral("warning: claddingColor is 0. core won't be removed")});
-        QCOMPARE(log.lines().first().category, QStringLiteral("default"));
+        QCOMPARE(log.lines().constFirst().category, QStringLiteral("default"));
         QCOMPARE(countOf(mat, 200), 21 * 21);
     }
 

@@ -514,7 +514,7 @@ private Q_SLOTS:
 
         QVERIFY(image.isNull());
         QCOMPARE(log.asText(), QStringList{text});
-        QCOMPARE(log.lines().first().category, QStringLiteral("default"));
+        QCOMPARE(log.lines().constFirst().category, QStringLiteral("default"));
     }
 
     void anEmptyMatrixGivesNoImage()
@@ -695,6 +695,7 @@ private Q_SLOTS:
         for (int i = 0; i < 150; ++i) {
             const float radius = float(input.whole(15, 40));
             std::vector<cv::Vec3f> discs;
+            discs.reserve(3);
             for (int disc = input.whole(0, 2); disc >= 0; --disc)
                 discs.emplace_back(float(input.whole(0, 240)), float(input.whole(0, 180)), radius);
             const cv::Mat mat = faceWithDiscs(240, 180, discs, input.whole(8, 60)); // some too pale to be found
@@ -797,6 +798,7 @@ private Q_SLOTS:
             const int rows = cols * 3 / 4;
             const float radius = 55.0F / 860 * float(cols) + float(input.whole(-40, 40));
             std::vector<cv::Vec3f> discs;
+            discs.reserve(2);
             for (int disc = input.whole(0, 1); disc >= 0; --disc)
                 discs.emplace_back(float(input.whole(0, cols)), float(input.whole(0, rows)), std::max(radius, 1.0F));
             const cv::Mat mat = faceWithDiscs(cols, rows, discs);
@@ -821,6 +823,7 @@ private Q_SLOTS:
         std::vector<Circle> circles(4);
 
         std::vector<std::thread> threads;
+        threads.reserve(circles.size());
         for (Circle &circle : circles)
             threads.emplace_back([&circle, &mat] { circle = AnalyserPrivate::approximateFindCladdingCircle(mat); });
         for (std::thread &thread : threads)
@@ -923,7 +926,7 @@ private Q_SLOTS:
 
         QCOMPARE(crop, QRect());
         QCOMPARE(log.asText(), QStringList{QStringLiteral("warning: ") + reason});
-        QCOMPARE(log.lines().first().category, QStringLiteral("default"));
+        QCOMPARE(log.lines().constFirst().category, QStringLiteral("default"));
     }
 
     void cropsAgreeWithThePlainForm()
