@@ -42,8 +42,8 @@ public:
 
     static QSize imageSize(const cv::Mat &mat);
 
-    /// Decodes an image file to BGR; orientation tags are applied, alpha is dropped. Empty for a file that is missing,
-    /// incomplete, of unreasonable size, or no image.
+    /// Decodes an image file (JPEG, PNG, BMP, PNM, TIFF, WebP) to BGR; orientation tags are applied, alpha is dropped.
+    /// Empty for a file that is missing, incomplete, of unreasonable size, or none of these.
     static cv::Mat loadImage(const QString &path);
 
     /// Encodes by the extension of the path. The file appears whole or not at all. Returns whether it was written.
