@@ -38,15 +38,16 @@ void CoreFiberInspectionManager::handleAsyncStop()
 
 void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId)
 {
+    FiberInspection::TestResult result; // an error until there is a verdict
     try {
-        const FiberInspection::TestResult result = mFiberAnalyser.analyse(standardId, name);
-        if (!result.error()) {
-            Q_EMIT analyseFinished(
-                result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
-            return;
-        }
+        result = mFiberAnalyser.analyse(standardId, name);
     } catch (const std::exception &exception) { // in an event loop it would end the application
         qWarning() << "inspection ended by an exception:" << exception.what();
     }
-    Q_EMIT analyseFailed();
+
+    if (result.error())
+        Q_EMIT analyseFailed();
+    else
+        Q_EMIT analyseFinished(
+            result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
 }

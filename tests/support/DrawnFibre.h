@@ -18,25 +18,25 @@ struct DrawnFibre
 {
     QSize size{800, 600}; ///< pixels
     QPointF center{400, 300}; ///< pixels
+    double claddingRadius = 62.5; ///< micrometres of a field of view that is 860 wide
     double blur = 1.0; ///< sigma, pixels
     double pitRadius = 0; ///< pixels; of a pit between core and rim, 0 for none
 
     /// 8-bit grey.
     cv::Mat gray() const
     {
-        constexpr double claddingRadiusOfFieldWidth = 62.5 / 860;
         constexpr int fixedPoint = 4; // bits behind the point of what is drawn
-        const double claddingRadius = claddingRadiusOfFieldWidth * size.width();
+        const double radius = claddingRadius / 860 * size.width();
         cv::Mat image(size.height(), size.width(), CV_8UC1, cv::Scalar(205));
-        const auto disc = [&](const QPointF &middle, double radius, int level) {
+        const auto disc = [&](const QPointF &middle, double discRadius, int level) {
             const cv::Point point(qRound(middle.x() * (1 << fixedPoint)), qRound(middle.y() * (1 << fixedPoint)));
-            cv::circle(image, point, qRound(radius * (1 << fixedPoint)), cv::Scalar(level), cv::FILLED, cv::LINE_8,
+            cv::circle(image, point, qRound(discRadius * (1 << fixedPoint)), cv::Scalar(level), cv::FILLED, cv::LINE_8,
                 fixedPoint);
         };
-        disc(center, claddingRadius, 130);
-        disc(center, claddingRadius * 0.08, 160);
+        disc(center, radius, 130);
+        disc(center, radius * 0.08, 160);
         if (pitRadius > 0)
-            disc(center + QPointF(claddingRadius / 2, 0), pitRadius, 30);
+            disc(center + QPointF(radius / 2, 0), pitRadius, 30);
         if (blur > 0)
             cv::GaussianBlur(image, image, cv::Size(), blur);
         return image;
