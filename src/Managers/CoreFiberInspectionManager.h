@@ -7,9 +7,9 @@
 /// Inspects fibre end faces in its own thread. One object per process.
 ///
 /// Emit requestStart() once, then requestAnalyse() for every inspection; each request is answered by analyseFinished()
-/// or analyseFailed(). Requests are dropped until the manager's own thread has handled the start; a request queued behind
-/// the start, by QMetaObject::invokeMethod(), is in time. Every further start adds one more analysis, and one more answer,
-/// to each request.
+/// or analyseFailed(). Requests are dropped until the manager's own thread has handled the start; a request queued
+/// behind the start, by QMetaObject::invokeMethod(), is in time. Every further start adds one more analysis, and one
+/// more answer, to each request.
 class VANTORBASE_EXPORT CoreFiberInspectionManager : public AbstractCoreManager
 {
     Q_OBJECT
