@@ -45,9 +45,9 @@ QString label(double value, int decimals)
     constexpr double longest = 1e6;
     constexpr double shortest = 1e-5;
     const double magnitude = std::abs(value);
-    if (magnitude >= longest || (magnitude > 0 && magnitude < shortest))
-        return QString::number(value, 'g', 4);
-    return QString::number(value, 'f', decimals);
+    const bool isPlain = magnitude < longest && (magnitude >= shortest || magnitude <= 0);
+    const QString digits = isPlain ? QString::number(magnitude, 'f', decimals) : QString::number(magnitude, 'g', 4);
+    return value < 0 ? QStringLiteral("−") + digits : digits;
 }
 
 /// The bounds that the axis asks for, or else those of the data; a range of sensible size in any case.
@@ -111,7 +111,8 @@ void AxisRange::layLinear(const Axis &axis, const DataRange &data, int tickCount
         mHigh += margin;
     }
 
-    const double step = niceStep(mHigh - mLow, tickCount);
+    const double niceOne = niceStep(mHigh - mLow, tickCount);
+    const double step = axis.wholeNumbers ? std::max(1.0, std::ceil(niceOne)) : niceOne;
     if (fit == Fit::ToTicks) {
         if (!isPlottable(axis.minimum))
             mLow = std::floor(mLow / step + rounding) * step;

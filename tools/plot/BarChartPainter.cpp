@@ -64,6 +64,7 @@ public:
         mCanvas->beginClip(mPlot);
         forEachBar([this](const QRectF &bar, const QString &color, int, int) { mCanvas->rectangle(bar, color); });
         mCanvas->endClip();
+        mFrame.paintReferenceLines();
         mFrame.paintFront();
         forEachBar([this](const QRectF &bar, const QString &, int group, int category) {
             paintErrorBar(bar, group, category);

@@ -83,7 +83,7 @@ void ChartFrame::paintBack()
     paintUprightAxis();
 }
 
-void ChartFrame::paintFront()
+void ChartFrame::paintReferenceLines()
 {
     int place = 0;
     for (const ReferenceLine &line : qAsConst(mContent.horizontal)) {
@@ -93,6 +93,10 @@ void ChartFrame::paintFront()
             mCanvas->line(
                 {mPlot.left(), yOf(line.value)}, {mPlot.right(), yOf(line.value)}, {color, 1.4, QStringLiteral("6 4")});
     }
+}
+
+void ChartFrame::paintFront()
+{
     paintReferenceLabels();
     mCanvas->line(mPlot.bottomLeft(), mPlot.bottomRight(), {Look::axisLine, 1.2, {}});
 }

@@ -58,6 +58,7 @@ public:
     double yOf(double value) const; ///< NaN for what has no place
 
     void paintBack(); ///< before the data
+    void paintReferenceLines();
     void paintFront(); ///< after the data
 
 private:

@@ -27,6 +27,7 @@ struct Axis
     Scale scale = Scale::Linear;
     double minimum = automatic; ///< automatic: from the data
     double maximum = automatic;
+    bool wholeNumbers = false; ///< no ticks between them
 };
 
 /// One curve, or one cloud of points.

@@ -123,21 +123,20 @@ public:
     {
         mFrame.paintBack();
         paintLevelAxis();
+        mFrame.paintReferenceLines();
+        paintVerticalLines();
         mCanvas->beginClip(mPlot.adjusted(-pointRadius, -pointRadius, pointRadius, pointRadius));
         for (int i = 0; i < mChart.bands.size(); ++i)
             paintBand(mChart.bands.at(i), Look::color(mChart.bands.at(i).color, i));
         for (int i = 0; i < mChart.series.size(); ++i)
             paintSeries(mChart.series.at(i), Look::color(mChart.series.at(i).color, i));
         mCanvas->endClip();
-        paintVerticalReferences();
+        paintVerticalLabels();
         mFrame.paintFront();
     }
 
 private:
-    QPointF place(const QPointF &point) const
-    {
-        return {mPlot.left() + mX.share(point.x()) * mPlot.width(), mFrame.yOf(point.y())};
-    }
+    QPointF place(const QPointF &point) const { return {xOf(point.x()), mFrame.yOf(point.y())}; }
 
     static bool isGap(const QPointF &place) { return !std::isfinite(place.x()) || !std::isfinite(place.y()); }
 
@@ -158,7 +157,7 @@ private:
     void paintLevelAxis()
     {
         for (const Tick &tick : mX.ticks()) {
-            const double x = mPlot.left() + mX.share(tick.value) * mPlot.width();
+            const double x = xOf(tick.value);
             const QLatin1String color = tick.label.isEmpty() ? Look::fineGridLine : Look::gridLine;
             mCanvas->line({x, mPlot.top()}, {x, mPlot.bottom()}, {color, 1, {}});
             if (!tick.label.isEmpty())
@@ -223,24 +222,27 @@ private:
         return lines;
     }
 
-    void paintVerticalReferences()
+    double xOf(double value) const { return mPlot.left() + mX.share(value) * mPlot.width(); }
+
+    void paintVerticalLines()
     {
+        for (const ReferenceLine &line : verticalLines())
+            mCanvas->line({xOf(line.value), mPlot.top()}, {xOf(line.value), mPlot.bottom()},
+                {line.color, 1.4, QStringLiteral("6 4")});
+    }
+
+    void paintVerticalLabels()
+    {
+        // A label that would touch the one before goes one row down.
         constexpr double rowHeight = Look::tickSize * 1.3;
         constexpr double gap = 5;
-        const QVector<ReferenceLine> lines = verticalLines();
-        const auto xOf = [this](
-                             const ReferenceLine &line) { return mPlot.left() + mX.share(line.value) * mPlot.width(); };
-        for (const ReferenceLine &line : lines)
-            mCanvas->line(
-                {xOf(line), mPlot.top()}, {xOf(line), mPlot.bottom()}, {line.color, 1.4, QStringLiteral("6 4")});
-
-        // A label that would touch the one before goes one row down.
         double taken = mPlot.left();
         int row = 0;
-        for (const ReferenceLine &line : lines) {
+        for (const ReferenceLine &line : verticalLines()) {
+            const double x = xOf(line.value);
             const double width = SvgCanvas::textWidth(line.label, Look::tickSize);
-            const bool fitsRight = xOf(line) + gap + width <= mPlot.right();
-            const double left = fitsRight ? xOf(line) + gap : xOf(line) - gap - width;
+            const bool fitsRight = x + gap + width <= mPlot.right();
+            const double left = fitsRight ? x + gap : x - gap - width;
             row = left < taken ? row + 1 : 0;
             taken = std::max(taken, left + width);
             mCanvas->text({left + (fitsRight ? 0 : width), mPlot.top() + Look::tickSize + row * rowHeight}, line.label,
