@@ -2,6 +2,7 @@
 #include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "FiberInspection/LiveAnalysisLink_p.h"
 
+#include <QScopeGuard>
 #include <QThread>
 
 namespace FiberInspection {
@@ -24,15 +25,16 @@ void LiveAnalysisLink::publish(double focusValue, const QPointF &claddingPositio
             return;
         mPublisher = QThread::currentThreadId();
     }
+    const auto end = qScopeGuard([this] { // a receiver may throw
+        const QMutexLocker lock(&mMutex);
+        mPublisher = nullptr;
+        mPublished.wakeAll();
+    });
     // A receiver of the first signal may destroy the filter in this very thread.
     if (FiberRealtimeAnalyser *const analyser = openAnalyser())
         analyser->set_focusValue(focusValue);
     if (FiberRealtimeAnalyser *const analyser = openAnalyser())
         analyser->set_claddingPosition(claddingPosition);
-
-    const QMutexLocker lock(&mMutex);
-    mPublisher = nullptr;
-    mPublished.wakeAll();
 }
 
 void LiveAnalysisLink::close()
