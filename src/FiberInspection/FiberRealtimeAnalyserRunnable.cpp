@@ -54,7 +54,7 @@ void logFormatOnce(const QVideoFrame &frame)
     static std::atomic<bool> formatWasPrinted{false};
     if (!formatWasPrinted.exchange(true)) {
         qCDebug(messageLog) << "pixel format" << frame.pixelFormat()
-                            << QVideoFrame::imageFormatFromPixelFormat(frame.pixelFormat());
+                            << static_cast<int>(QVideoFrame::imageFormatFromPixelFormat(frame.pixelFormat()));
     }
 }
 
