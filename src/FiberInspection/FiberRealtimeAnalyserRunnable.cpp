@@ -121,11 +121,16 @@ std::shared_ptr<void> holdUntilReleased(std::atomic<bool> &flag)
 
 FiberRealtimeAnalyserRunnable::FiberRealtimeAnalyserRunnable(std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser)
     : mFiberRealtimeAnalyser(std::move(fiberRealtimeAnalyser))
+    , mThreadPool(std::make_unique<QThreadPool>())
 {
-    mThreadPool.setMaxThreadCount(maxThreads);
+    mThreadPool->setMaxThreadCount(maxThreads);
 }
 
-FiberRealtimeAnalyserRunnable::~FiberRealtimeAnalyserRunnable() = default;
+FiberRealtimeAnalyserRunnable::~FiberRealtimeAnalyserRunnable()
+{
+    if (mFiberRealtimeAnalyser->isPublishedHere())
+        mThreadPool.release()->deleteLater(); // in its own thread it would wait for itself
+}
 
 QVideoFrame FiberRealtimeAnalyserRunnable::run(
     QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags)
@@ -155,7 +160,7 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame)
     if (!isAnalysable(frame) || !mFiberRealtimeAnalyser->isOpen())
         return;
     const auto luminance = std::make_shared<Luminance>(frame);
-    QtConcurrent::run(&mThreadPool, [link = mFiberRealtimeAnalyser, luminance, processing]() {
+    QtConcurrent::run(mThreadPool.get(), [link = mFiberRealtimeAnalyser, luminance, processing]() {
         processImage(*link, luminance->bytes(), luminance->width(), luminance->width(), luminance->height());
     });
 }

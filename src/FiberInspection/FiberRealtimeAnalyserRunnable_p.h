@@ -21,6 +21,7 @@ public:
     /// Returns the frame as it came.
     QVideoFrame run(QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags) override;
 
+    /// Waits for the analysis, unless a receiver of its results is what destroys this.
     ~FiberRealtimeAnalyserRunnable() override;
 
 private:
@@ -31,7 +32,7 @@ private:
     std::shared_ptr<LiveAnalysisLink> mFiberRealtimeAnalyser;
     static std::atomic<bool> mProcessing; ///< set by the video thread, cleared by the pool thread
 
-    QThreadPool mThreadPool; ///< the last member: its destructor waits for the analysis
+    std::unique_ptr<QThreadPool> mThreadPool; ///< the last member: its destructor waits for the analysis
 };
 
 } // namespace FiberInspection

@@ -37,6 +37,12 @@ void LiveAnalysisLink::publish(double focusValue, const QPointF &claddingPositio
         analyser->set_claddingPosition(claddingPosition);
 }
 
+bool LiveAnalysisLink::isPublishedHere() const
+{
+    const QMutexLocker lock(&mMutex);
+    return mPublisher == QThread::currentThreadId();
+}
+
 void LiveAnalysisLink::close()
 {
     const QMutexLocker lock(&mMutex);

@@ -20,6 +20,9 @@ public:
     /// Sets both values of the filter, unless it is gone. The signals are emitted here, without a lock held.
     void publish(double focusValue, const QPointF &claddingPosition);
 
+    /// Whether the caller is, directly, a receiver of what is being published.
+    bool isPublishedHere() const;
+
     /// From here on nothing is published. Waits for a publication in another thread to end.
     void close();
 
