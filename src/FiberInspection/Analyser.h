@@ -17,7 +17,7 @@ public:
     ///
     /// The photograph and the annotated result are copied to BaseDirHelper::fiberInspectionDir() + name, also when
     /// there is no verdict; the result image is then the one of an earlier inspection and must not be shown. Images of
-    /// the same name are replaced, each as a whole. What could not be filed is said in the log. OpenCV's exceptions
+    /// the same name are replaced, each as a whole. What could not be filed is said in the log. Exceptions
     /// reach the caller.
     /// @param name of the test; slashes make nested folders, a name that leads out of the directory files nothing
     TestResult analyse(Standard::Id standardId, const QString &name);

@@ -11,7 +11,9 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace FiberInspection {
 
@@ -50,10 +52,11 @@ struct GrayLevels
 /// Divides the size of both images. False for a divisor that leaves nothing or asks for an image of unreasonable size.
 bool scaleDown(cv::Mat &grayImage, cv::Mat &colorImage, float scale)
 {
-    const double width = grayImage.cols / static_cast<double>(scale);
-    const double height = grayImage.rows / static_cast<double>(scale);
+    const float width = static_cast<float>(grayImage.cols) / scale;
+    const float height = static_cast<float>(grayImage.rows) / scale;
     const bool isUsable = std::isfinite(scale) && width >= 1 && height >= 1
-        && width * height <= static_cast<double>(ImageFile::maxPixels);
+        && static_cast<double>(width) * static_cast<double>(height) <= static_cast<double>(ImageFile::maxPixels)
+        && std::max(width, height) < static_cast<float>(std::numeric_limits<int>::max());
     if (!isUsable)
         return false;
 
