@@ -231,9 +231,24 @@ private:
                 {line.color, 1.4, QStringLiteral("6 4")});
     }
 
+    /// How much of the curves lies in the rectangle.
+    int crowd(const QRectF &rectangle) const
+    {
+        int count = 0;
+        for (const Series &series : mChart.series) {
+            for (int i = 0; i < series.points.size(); ++i) {
+                const QPointF here = place(series.points.at(i));
+                const QPointF next = place(series.points.at(std::min(i + 1, series.points.size() - 1)));
+                count += rectangle.contains(here) ? 1 : 0;
+                count += rectangle.contains((here + next) / 2) ? 1 : 0;
+            }
+        }
+        return count;
+    }
+
+    /// At the top, or at the bottom where there is more room. What would touch the label before goes one row further.
     void paintVerticalLabels()
     {
-        // A label that would touch the one before goes one row down.
         constexpr double rowHeight = Look::tickSize * 1.3;
         constexpr double gap = 5;
         double taken = mPlot.left();
@@ -245,7 +260,11 @@ private:
             const double left = fitsRight ? x + gap : x - gap - width;
             row = left < taken ? row + 1 : 0;
             taken = std::max(taken, left + width);
-            mCanvas->text({left + (fitsRight ? 0 : width), mPlot.top() + Look::tickSize + row * rowHeight}, line.label,
+
+            const QRectF above(left - gap, mPlot.top() + row * rowHeight - gap, width + 2 * gap, rowHeight + 2 * gap);
+            const QRectF below = above.translated(0, mPlot.height() - (2 * row + 1) * rowHeight);
+            const QRectF &room = crowd(above) <= crowd(below) ? above : below;
+            mCanvas->text({fitsRight ? left : left + width, room.top() + gap + Look::tickSize}, line.label,
                 {Look::tickSize, line.color, fitsRight ? TextFormat::Anchor::Start : TextFormat::Anchor::End, false,
                     0});
         }
