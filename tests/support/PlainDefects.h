@@ -75,8 +75,8 @@ inline Defect createDefectFromPixels(const std::vector<cv::Point> &pixels, float
     const cv::RotatedRect rectangle = cv::minAreaRect(pixels);
     cv::Point2f corners[4];
     rectangle.points(corners);
-    for (int i = 0; i < 4; ++i)
-        defect.boundingRectPoints.append(QPointF(double(corners[i].x), double(corners[i].y)));
+    for (const cv::Point2f &corner : corners)
+        defect.boundingRectPoints.append(QPointF(double(corner.x), double(corner.y)));
     const int width = int(rectangle.size.width);
     const int height = int(rectangle.size.height);
     defect.boundingRectSize = QSize(width, height);

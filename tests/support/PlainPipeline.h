@@ -190,8 +190,8 @@ inline Inspection inspect(
         if (contour.size() == 1)
             continue;
         const Defect defect = createDefectFromPixels(contour, 0);
-        const float distance =
-            wholePixelDistance(QPointF(edges.cols / 2, edges.rows / 2), defect.enclosingCircle.center);
+        const QPoint center(edges.cols / 2, edges.rows / 2);
+        const float distance = wholePixelDistance(center, defect.enclosingCircle.center);
         if (distance <= measuredDiameter / 2 + defect.enclosingCircle.radius)
             inspection.rawDefects.push_back(defect);
     }

@@ -7,7 +7,6 @@
 #include <QtTest>
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <type_traits>
@@ -51,6 +50,7 @@ Defect withCircle(const Circle &circle, float size = 0)
 std::vector<Points> pixelsOf(const std::vector<Defect> &defects)
 {
     std::vector<Points> result;
+    result.reserve(defects.size());
     for (const Defect &defect : defects)
         result.push_back(defect.pixels);
     return result;
@@ -59,7 +59,7 @@ std::vector<Points> pixelsOf(const std::vector<Defect> &defects)
 template <typename Float>
 bool sameBits(Float a, Float b)
 {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    return std::signbit(a) == std::signbit(b) && (a == b || (std::isnan(a) && std::isnan(b)));
 }
 
 bool sameBits(const QPointF &a, const QPointF &b)
@@ -661,7 +661,7 @@ private Q_SLOTS:
         const LogCapture silence;
         std::vector<Defect> defects;
         for (int i = 0; i < 20000; ++i) {
-            const QPointF corner(i % 200 * 6, i / 200 * 6);
+            const QPointF corner = QPoint(i % 200, i / 200) * 6;
             defects.push_back(pointDefect({corner, corner + QPointF(1, 0), corner + QPointF(1, 1)}, Circle(corner, 1)));
         }
         QElapsedTimer timer;

@@ -22,6 +22,7 @@ public:
         : mName(name)
     {
     }
+    void rename(const QString &name) { mName = name; }
     QString applicationDirName() override { return mName; }
 
 private:
@@ -167,16 +168,10 @@ private Q_SLOTS:
 
     void theNameIsAskedForEveryTime()
     {
-        class Renaming : public BaseDirHelper
-        {
-        public:
-            QString name = QStringLiteral("one");
-            QString applicationDirName() override { return name; }
-        };
-        Renaming app;
+        NamedBaseDir app(QStringLiteral("one"));
         QCOMPARE(BaseDirHelper::tmpDir(), QStringLiteral("/opt/one/tmp/"));
 
-        app.name = QStringLiteral("two");
+        app.rename(QStringLiteral("two"));
 
         QCOMPARE(BaseDirHelper::tmpDir(), QStringLiteral("/opt/two/tmp/"));
     }

@@ -72,7 +72,7 @@ class Requester : public QObject
     Q_OBJECT
 
 Q_SIGNALS:
-    void requestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);
+    void requestAnalyse(const QString &, FiberInspection::Standard::Id);
 };
 
 class Receiver : public QObject
@@ -281,14 +281,16 @@ private Q_SLOTS:
     void copiesAndAssignmentsCarryEverything()
     {
         const Standard source(Standard::IEC61300_3_35_MM);
-        const Standard copy(source);
+        Standard copy(source);
         Standard assigned;
         assigned = source;
 
         QCOMPARE(asText(copy), asText(source));
         QCOMPARE(asText(assigned), asText(source));
 
+        copy = Standard();
         assigned = Standard(Standard::Manual);
+        QCOMPARE(asText(source.core().rules).size(), 6);
         QCOMPARE(asText(assigned), asText(Standard(Standard::Manual)));
     }
 
