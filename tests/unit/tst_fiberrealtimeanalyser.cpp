@@ -33,16 +33,17 @@
 #include <thread>
 #include <vector>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define VANTOR_MEMORY_IS_WATCHED // the sanitizers keep memory back, and need address space without bounds
-#endif
-
 using FiberInspection::AnalyserPrivate;
 using FiberInspection::Circle;
 using FiberInspection::FiberRealtimeAnalyser;
 
 namespace {
 const char *const firstFrameRole = "--first-frame";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool isSanitized = true; // keeps memory back, and needs address space without bounds
+#else
+constexpr bool isSanitized = false;
+#endif
 constexpr QVideoFrame::PixelFormat usualFormat = QVideoFrame::Format_NV12;
 
 /// A face that is found on a frame of 800x600.
@@ -937,23 +938,34 @@ private Q_SLOTS:
         QVERIFY(end->wait(10000)); // nothing counts as under way any more
     }
 
-#ifndef VANTOR_MEMORY_IS_WATCHED
+    void aFrameThatNoMemoryIsLeftForPassesBy_data()
+    {
+        QTest::addColumn<bool>("bufferTakesTheLast");
+        QTest::newRow("none to map it") << true;
+        if (!isSanitized)
+            QTest::newRow("none to copy it") << false;
+    }
     void aFrameThatNoMemoryIsLeftForPassesBy()
     {
+        QFETCH(bool, bufferTakesTheLast);
         const QSize size(8192, 8192);
         std::vector<uchar> bytes(
             static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height()) * 3 / 2);
-        LiveView view;
-        view.analyse(frameOf(smallFibre()));
-        const QVideoFrame frame(new OwnBuffer([&](int *byteCount, int *bytesPerLine) {
+        const auto map = [&](int *byteCount, int *bytesPerLine) -> uchar * {
+            if (bufferTakesTheLast)
+                throw std::bad_alloc();
             *byteCount = static_cast<int>(bytes.size());
             *bytesPerLine = size.width();
             return bytes.data();
-        }),
-            size, usualFormat);
+        };
+        LiveView view;
+        view.analyse(frameOf(smallFibre()));
+        const QVideoFrame frame(new OwnBuffer(map), size, usualFormat);
 
         {
-            const Faults::MemoryLimit limit(32ULL * 1024 * 1024);
+            std::unique_ptr<Faults::MemoryLimit> limit;
+            if (!bufferTakesTheLast)
+                limit = std::make_unique<Faults::MemoryLimit>(32ULL * 1024 * 1024);
             QVERIFY(view.run(frame) == frame);
         }
 
@@ -963,7 +975,6 @@ private Q_SLOTS:
         view.analyse(frameOf(smallFibre(2.0)));
         QCOMPARE(view.focusChanges.load(), 2);
     }
-#endif
 
     void theEndOfTheFilterWaitsForAPublicationUnderWay()
     {
@@ -1116,11 +1127,7 @@ private Q_SLOTS:
 
     void memoryDoesNotGrow()
     {
-#ifdef VANTOR_MEMORY_IS_WATCHED
-        constexpr int frames = 3000; // the sanitizer itself reports what is left over at the end
-#else
-        constexpr int frames = 100000;
-#endif
+        constexpr int frames = isSanitized ? 3000 : 100000;
         constexpr int warmUp = 1000;
         const QVideoFrame sharp = frameOf(tinyFibre());
         const QVideoFrame blurred = frameOf(tinyFibre(1.5));
