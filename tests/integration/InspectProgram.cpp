@@ -72,6 +72,12 @@ void InspectProgram::beginThrough(const QStringList &command, const QStringList 
     waitForStarted(patience);
 }
 
+void InspectProgram::sendSignal(int number)
+{
+    if (processId() > 0)
+        ::kill(static_cast<pid_t>(processId()), number);
+}
+
 bool InspectProgram::waitForLine()
 {
     QElapsedTimer timer;
@@ -94,7 +100,8 @@ std::vector<qint64> InspectProgram::workers(std::size_t count) const
         QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(processId()));
         if (!children.open(QIODevice::ReadOnly))
             return {};
-        for (const QByteArray &pid : children.readAll().simplified().split(' ')) {
+        const QList<QByteArray> listed = children.readAll().simplified().split(' ');
+        for (const QByteArray &pid : listed) {
             if (!pid.isEmpty())
                 pids.push_back(pid.toLongLong());
         }
@@ -131,6 +138,7 @@ TerminalRun runInspectInTerminal(const QStringList &arguments, const QStringList
     for (const QString &argument : arguments)
         texts.push_back(QFile::encodeName(argument));
     std::vector<char *> argumentPointers;
+    argumentPointers.reserve(texts.size() + 1);
     for (QByteArray &text : texts)
         argumentPointers.push_back(text.data());
     argumentPointers.push_back(nullptr);

@@ -22,6 +22,7 @@ public:
     /// Starts the program through another one, such as "sh -c".
     void beginThrough(const QStringList &command, const QStringList &arguments);
 
+    void sendSignal(int number); ///< unless it has ended already
     bool waitForLine(); ///< whether a whole line has come out
     bool waitForEnd(int milliseconds = 120000); ///< whether the program ended by itself
 

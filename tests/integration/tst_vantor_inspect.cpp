@@ -308,7 +308,7 @@ private Q_SLOTS:
 
     void aFolderStandsForItsImagesByName()
     {
-        const QString folder = newFolder(QStringLiteral("folder"));
+        newFolder(QStringLiteral("folder"));
         for (const char *const name : {"b.png", "a.JPG", "c.tiff", "d.webp", "e.bmp", "f.jpeg", "sub/no.png"})
             save(goodFace(), QStringLiteral("folder/") + QLatin1String(name));
         write("text", QStringLiteral("folder/notes.txt"));
@@ -538,7 +538,8 @@ private Q_SLOTS:
         const QStringList defect = reportLine(defects[0]);
         QVERIFY(std::abs(defect[3].toDouble() - 3 * paintedMicronsPerPixel) < 2);
         QVERIFY(std::abs(defect[4].toDouble() + 2 * paintedMicronsPerPixel) < 2);
-        QCOMPARE(lines.filter(QRegularExpression(QStringLiteral("\\S"))).last().trimmed(), QStringLiteral("FAILED"));
+        QCOMPARE(lines.last(), QString());
+        QCOMPARE(lines.value(lines.size() - 2).trimmed(), QStringLiteral("FAILED"));
     }
 
     void manyFailingDefectsAreCutShort()
@@ -562,7 +563,7 @@ private Q_SLOTS:
     {
         const InspectRun run = runInspect({mGood, mBad, mMissing});
 
-        QCOMPARE(run.outputLines().last(), QStringLiteral("3 inspections: 1 passed, 1 failed, 1 not analysed"));
+        QCOMPARE(run.outputLines().constLast(), QStringLiteral("3 inspections: 1 passed, 1 failed, 1 not analysed"));
     }
 
     void quietLeavesOnlyWhatWentWrong()
@@ -635,7 +636,7 @@ private Q_SLOTS:
 
     void withoutAnOutputFolderNothingIsLeft()
     {
-        const QString folder = newFolder(QStringLiteral("inputs"));
+        newFolder(QStringLiteral("inputs"));
         save(badFace(), QStringLiteral("inputs/face.jpg"));
         const QStringList before = listing(mFolder.path());
 
@@ -752,7 +753,7 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 64);
         QCOMPARE(run.output, QByteArray());
         QCOMPARE(run.messageLines().size(), 1);
-        QVERIFY2(run.messageLines()[0].contains(folder), run.messages.constData());
+        QVERIFY2(run.messageLines().at(0).contains(folder), run.messages.constData());
     }
 
     void anAnnotatedImageThatCannotBeWrittenIsToldAndTheVerdictStands()

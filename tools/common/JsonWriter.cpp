@@ -41,7 +41,8 @@ JsonWriter &JsonWriter::key(const char *name)
 JsonWriter &JsonWriter::value(const QString &text)
 {
     QByteArray quoted("\"");
-    for (const char character : text.toUtf8())
+    const QByteArray utf8 = text.toUtf8();
+    for (const char character : utf8)
         appendEscaped(quoted, character);
     return scalar(quoted + '"');
 }

@@ -19,7 +19,8 @@ QVector<InputImage> listFolder(const QString &path)
 
     const QDir dir(path);
     QVector<InputImage> images;
-    for (const QString &name : dir.entryList(imageFiles, QDir::Files, QDir::Name))
+    const QStringList names = dir.entryList(imageFiles, QDir::Files, QDir::Name);
+    for (const QString &name : names)
         images.append({dir.filePath(name), {}});
     if (images.isEmpty())
         return {{path, QStringLiteral("there is no image in the folder")}};

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -74,12 +75,11 @@ QString OutputFolder::takeResultImage(const QString &file, const QString &output
 bool OutputFolder::takeStepImages(const QString &folder, const QString &outputName, QString *problem) const
 {
     const QDir steps(folder);
-    for (const QString &name : steps.entryList(QDir::Files | QDir::Hidden)) {
-        if (name.startsWith(outputName + QLatin1Char('_'))
-            && !move(steps.filePath(name), QDir(mPath).filePath(name), problem))
-            return false;
-    }
-    return true;
+    const QStringList names = steps.entryList(QDir::Files | QDir::Hidden);
+    return std::all_of(names.cbegin(), names.cend(), [&](const QString &name) {
+        return !name.startsWith(outputName + QLatin1Char('_'))
+            || move(steps.filePath(name), QDir(mPath).filePath(name), problem);
+    });
 }
 
 void OutputFolder::removePartsOf(const QString &outputName) const
@@ -87,7 +87,8 @@ void OutputFolder::removePartsOf(const QString &outputName) const
     if (!keepsImages())
         return;
     QDir folder(mPath);
-    for (const QString &name : folder.entryList(QDir::Files | QDir::Hidden)) {
+    const QStringList names = folder.entryList(QDir::Files | QDir::Hidden);
+    for (const QString &name : names) {
         if (name.startsWith(outputName + QLatin1Char('_')) && name.endsWith(partSuffix()))
             folder.remove(name);
     }

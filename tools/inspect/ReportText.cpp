@@ -189,12 +189,14 @@ QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextSt
 QString standardsText(const Tools::TextStyle &style)
 {
     QString text;
-    for (const Standard::Id id : standardsNamed(QStringLiteral("all"))) {
+    const QVector<Standard::Id> ids = standardsNamed(QStringLiteral("all"));
+    for (const Standard::Id id : ids) {
         const Standard standard(id);
         text += QStringLiteral("%1  %2\n").arg(style.bold(standardName(id)), standard.name());
         for (const Zone *const zone :
             {&standard.core(), &standard.cladding(), &standard.adhesive(), &standard.contact()}) {
-            for (const QString &line : zoneLines(*zone))
+            const QStringList lines = zoneLines(*zone);
+            for (const QString &line : lines)
                 text += QStringLiteral("  %1\n").arg(line);
         }
         text += QLatin1Char('\n');

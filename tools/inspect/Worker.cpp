@@ -123,7 +123,7 @@ void runWorker(const Session &session, const QString &name, int socket)
 
 QByteArray lastWordsOfWorker(const Session &session, const QString &name)
 {
-    constexpr qint64 most = 16 * 1024; // bytes
+    constexpr qint64 most = 16384; // bytes
     QFile file(lastWordsPath(session, name));
     return file.open(QIODevice::ReadOnly) ? file.read(most) : QByteArray();
 }
