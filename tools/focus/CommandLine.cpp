@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <limits>
+
+namespace Focus {
+
+namespace {
+constexpr qint64 maxSteps = 10000;
+constexpr qint64 maxSide = 8192; // pixels
+constexpr qint64 maxStride = 65536; // bytes
+constexpr double maxNoise = 100; // grey levels
+constexpr double maxBlur = 60; // micrometres
+
+QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
+{
+    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
+}
+
+QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
+{
+    return option({QString::fromUtf8(name)}, description, valueName);
+}
+
+QString longName(const QCommandLineOption &option)
+{
+    return QStringLiteral("--") + option.names().constLast();
+}
+
+/// The parser knows no optional values: writes the default behind a --sweep without a number.
+QStringList withSweepSteps(const QStringList &arguments, int steps)
+{
+    static const QRegularExpression number(QStringLiteral("^[0-9]+$"));
+    QStringList result;
+    for (int i = 0; i < arguments.size(); ++i) {
+        const QString &argument = arguments.at(i);
+        if (argument == QLatin1String("--"))
+            return result + arguments.mid(i);
+        result.append(argument);
+        if (argument != QLatin1String("--sweep"))
+            continue;
+        const bool hasNumber = i + 1 < arguments.size() && number.match(arguments.at(i + 1)).hasMatch();
+        result.last() += QStringLiteral("=%1").arg(hasNumber ? arguments.at(++i) : QString::number(steps));
+    }
+    return result;
+}
+} // namespace
+
+CommandLine::CommandLine()
+    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
+    , mVersion(option("version", "Show the version."))
+    , mSize(option("size", "Width and height of the frames in raw files.", "WxH"))
+    , mStride(option("stride", "Bytes from row to row in raw files (default: the width).", "N"))
+    , mSweep(option("sweep",
+          "Paint an end face that moves through the focus, in so many frames (default: 31), and measure these.",
+          "STEPS"))
+    , mSeed(option("seed", "Of the painted face and its noise (default: 1).", "N"))
+    , mNoise(option("noise", "Of the painted frames, in grey levels (default: 0.9).", "LEVELS"))
+    , mIllumination(option("illumination",
+          "Light that the painted frames gain from one side to the other, as a share of all (default: 0).", "SHARE"))
+    , mMaxBlur(
+          option("max-blur", "Of the painted frames at both ends, in micrometres (default: 6; in focus: 0.9).", "BLUR"))
+    , mCsv(option("csv", "Print CSV, one line a frame."))
+    , mJson(option("json", "Print one JSON object a line."))
+    , mPlot(option("plot", "Draw focus against frame into this SVG file.", "FILE"))
+    , mStudy(option("study",
+          "Measure many painted frames, and write into this folder what they tell about the focus value: focus.md and "
+          "images/focus-*.svg.",
+          "DIR"))
+    , mQuick(option("quick", "With --study: one face of each kind, to see that it works."))
+    , mVerbose(option("verbose", "Show the log of the filter on stderr."))
+{
+    mParser.setApplicationDescription(QStringLiteral(
+        "Shows frames to the live filter and prints what it makes of them: how sharp they are, and where the fibre\n"
+        "lies. A focus value of 1.0 or less is bad; above 2.5 the picture can be captured.\n\n"
+        "The filter takes the whole width of a frame for 860 micrometres.\n\n"
+        "Exit code: 0 the fibre was found in at least one frame, 1 it never was, 64 wrong usage, 66 it was not and\n"
+        "some input could not be read, 74 the report or the plot cannot be written."));
+    mParser.addPositionalArgument(QStringLiteral("FOLDER|FRAME"),
+        QStringLiteral("Pictures, raw NV12 files (*.nv12, *.yuv, *.raw; several frames may follow each other), and "
+                       "folders of these (their subfolders are not searched)."),
+        QStringLiteral("FOLDER|FRAME..."));
+    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
+    mParser.addOptions({mSize, mStride, mSweep, mSeed, mNoise, mIllumination, mMaxBlur, mCsv, mJson, mPlot, mStudy,
+        mQuick, mVerbose, mVersion, mHelp});
+}
+
+bool CommandLine::parse(const QStringList &arguments)
+{
+    if (!mParser.parse(withSweepSteps(arguments, mOptions.sweep.steps)))
+        return refuse(mParser.errorText());
+    if (chooseAction())
+        return true;
+
+    mOptions.operands = mParser.positionalArguments();
+    mOptions.quickStudy = mParser.isSet(mQuick);
+    mOptions.verbose = mParser.isSet(mVerbose);
+    if (mParser.isSet(mJson))
+        mOptions.format = Options::Format::Json;
+    else if (mParser.isSet(mCsv))
+        mOptions.format = Options::Format::Csv;
+    return readNames() && readRawLayout() && readSweep() && checkCombinations();
+}
+
+bool CommandLine::chooseAction()
+{
+    if (mParser.isSet(mSweep))
+        mOptions.action = Options::Action::MeasureSweep;
+    else if (mParser.isSet(mStudy))
+        mOptions.action = Options::Action::Study;
+    if (mParser.isSet(mVersion))
+        mOptions.action = Options::Action::ShowVersion;
+    if (mParser.isSet(mHelp))
+        mOptions.action = Options::Action::ShowHelp;
+    return mOptions.action == Options::Action::ShowHelp || mOptions.action == Options::Action::ShowVersion;
+}
+
+bool CommandLine::checkCombinations()
+{
+    const bool hasSweep = mParser.isSet(mSweep);
+    const bool hasStudy = mParser.isSet(mStudy);
+    const bool hasFiles = !mOptions.operands.isEmpty();
+    if (mParser.isSet(mJson) && mParser.isSet(mCsv))
+        return refuse(QStringLiteral("--json and --csv exclude each other"));
+    if (int(hasSweep) + int(hasStudy) + int(hasFiles) > 1)
+        return refuse(QStringLiteral("frames, --sweep and --study exclude each other"));
+    if (!hasSweep && isAnySet({&mSeed, &mNoise, &mIllumination, &mMaxBlur}))
+        return refuse(QStringLiteral("--seed, --noise, --illumination and --max-blur need --sweep"));
+    if (!hasFiles && isAnySet({&mSize, &mStride}))
+        return refuse(QStringLiteral("--size and --stride are for files"));
+    if (hasStudy && isAnySet({&mCsv, &mJson, &mPlot}))
+        return refuse(QStringLiteral("--study prints no report and draws plots of its own"));
+    if (!hasStudy && mOptions.quickStudy)
+        return refuse(QStringLiteral("--quick needs --study"));
+    if (!hasSweep && !hasStudy && !hasFiles)
+        return refuse(QStringLiteral("which frames? See --help"));
+    return true;
+}
+
+bool CommandLine::readNames()
+{
+    mOptions.plotFile = mParser.value(mPlot);
+    mOptions.studyFolder = mParser.value(mStudy);
+    if (mParser.isSet(mPlot) && mOptions.plotFile.isEmpty())
+        return refuseValue(mPlot, QStringLiteral("the name of a file"));
+    if (mParser.isSet(mStudy) && mOptions.studyFolder.isEmpty())
+        return refuseValue(mStudy, QStringLiteral("the name of a folder"));
+    return true;
+}
+
+bool CommandLine::readRawLayout()
+{
+    if (!mParser.isSet(mSize))
+        return !mParser.isSet(mStride) || refuse(QStringLiteral("--stride needs --size"));
+    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})x([0-9]{1,5})$"));
+    const QRegularExpressionMatch match = pattern.match(mParser.value(mSize));
+    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
+    const bool isEven = size.width() % 2 == 0 && size.height() % 2 == 0;
+    if (size.isEmpty() || !isEven || size.width() > maxSide || size.height() > maxSide)
+        return refuseValue(mSize, QStringLiteral("even WIDTHxHEIGHT up to %1, such as 800x600").arg(maxSide));
+
+    qint64 stride = size.width();
+    if (!readWholeNumber(mStride, size.width(), maxStride, &stride))
+        return false;
+    mOptions.rawLayout = {size, static_cast<int>(stride)};
+    return true;
+}
+
+bool CommandLine::readSweep()
+{
+    SweepSettings &sweep = mOptions.sweep;
+    qint64 steps = sweep.steps;
+    qint64 seed = sweep.seed;
+    const bool ok = readWholeNumber(mSweep, 2, maxSteps, &steps)
+        && readWholeNumber(mSeed, 0, std::numeric_limits<quint32>::max(), &seed)
+        && readNumber(mNoise, 0, maxNoise, &sweep.noise) && readNumber(mIllumination, -1, 1, &sweep.illumination)
+        && readNumber(mMaxBlur, FocusStack::sharpestBlur, maxBlur, &sweep.maxBlur);
+    sweep.steps = static_cast<int>(steps);
+    sweep.seed = static_cast<quint32>(seed);
+    return ok;
+}
+
+bool CommandLine::readNumber(const QCommandLineOption &option, double low, double high, double *number)
+{
+    if (!mParser.isSet(option))
+        return true;
+    bool ok = false;
+    *number = mParser.value(option).toDouble(&ok);
+    return (ok && *number >= low && *number <= high)
+        || refuseValue(option, QStringLiteral("a number from %1 to %2").arg(low).arg(high));
+}
+
+bool CommandLine::readWholeNumber(const QCommandLineOption &option, qint64 low, qint64 high, qint64 *number)
+{
+    if (!mParser.isSet(option))
+        return true;
+    bool ok = false;
+    *number = mParser.value(option).toLongLong(&ok);
+    return (ok && *number >= low && *number <= high)
+        || refuseValue(option, QStringLiteral("a whole number from %1 to %2").arg(low).arg(high));
+}
+
+bool CommandLine::isAnySet(const QVector<const QCommandLineOption *> &options) const
+{
+    return std::any_of(
+        options.cbegin(), options.cend(), [this](const QCommandLineOption *option) { return mParser.isSet(*option); });
+}
+
+bool CommandLine::refuse(const QString &problem)
+{
+    mProblem = problem;
+    return false;
+}
+
+bool CommandLine::refuseValue(const QCommandLineOption &option, const QString &expectation)
+{
+    return refuse(QStringLiteral("%1 needs %2, not \"%3\"").arg(longName(option), expectation, mParser.value(option)));
+}
+
+} // namespace Focus

@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FileFrames.h"
+
+#include "FiberInspection/AnalyserPrivate.h"
+#include "VideoFrames.h"
+
+#include <QCollator>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+
+namespace Focus {
+
+using FiberInspection::AnalyserPrivate;
+
+namespace {
+QStringList rawSuffixes()
+{
+    return {QStringLiteral("nv12"), QStringLiteral("raw"), QStringLiteral("yuv")};
+}
+
+QStringList pictureSuffixes()
+{
+    return {QStringLiteral("bmp"), QStringLiteral("jpeg"), QStringLiteral("jpg"), QStringLiteral("pgm"),
+        QStringLiteral("png"), QStringLiteral("ppm"), QStringLiteral("tif"), QStringLiteral("tiff"),
+        QStringLiteral("webp")};
+}
+
+bool isRaw(const QString &path)
+{
+    return rawSuffixes().contains(QFileInfo(path).suffix().toLower());
+}
+
+QStringList frameFilters()
+{
+    QStringList filters;
+    for (const QString &suffix : pictureSuffixes() + rawSuffixes())
+        filters.append(QStringLiteral("*.") + suffix);
+    return filters;
+}
+
+/// Why the file cannot be opened; empty when it can. Opening a pipe would wait for a writer.
+QString fileProblem(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return QStringLiteral("no such file or folder");
+    if (!info.isFile())
+        return QStringLiteral("not a file");
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
+}
+
+Frame readPicture(const QString &path)
+{
+    Frame frame;
+    frame.name = path;
+    frame.problem = fileProblem(path);
+    if (!frame.problem.isEmpty())
+        return frame;
+    try {
+        const cv::Mat picture = AnalyserPrivate::loadImage(path);
+        if (picture.empty()) {
+            frame.problem = QStringLiteral("not a whole picture of a known format");
+            return frame;
+        }
+        cv::Mat luminance;
+        cv::cvtColor(picture, luminance, cv::COLOR_BGR2GRAY);
+        const QImage view(luminance.data, luminance.cols, luminance.rows, static_cast<int>(luminance.step),
+            QImage::Format_Grayscale8);
+        frame.picture = videoFrame(view);
+    } catch (const std::exception &exception) {
+        frame.problem = QString::fromUtf8(exception.what());
+    }
+    if (frame.problem.isEmpty() && !frame.picture.isValid())
+        frame.problem = QStringLiteral("the picture is too small");
+    return frame;
+}
+} // namespace
+
+FileFrames::FileFrames(const QStringList &operands, const RawLayout &rawLayout)
+    : mRawLayout(rawLayout)
+{
+    for (const QString &operand : operands) {
+        if (QFileInfo(operand).isDir())
+            listFolder(operand);
+        else
+            mEntries.append({operand, {}});
+    }
+}
+
+void FileFrames::listFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    if (!folder.isReadable() || !folder.isExecutable()) {
+        mEntries.append({path, QStringLiteral("the folder cannot be read")});
+        return;
+    }
+
+    const QDir dir(path);
+    QStringList names = dir.entryList(frameFilters(), QDir::Files, QDir::Name);
+    QCollator order(QLocale(QLocale::English));
+    order.setNumericMode(true);
+    std::stable_sort(names.begin(), names.end(), order);
+    for (const QString &name : qAsConst(names))
+        mEntries.append({dir.filePath(name), {}});
+    if (names.isEmpty())
+        mEntries.append({path, QStringLiteral("there is no frame in the folder")});
+}
+
+bool FileFrames::next(Frame *frame)
+{
+    if (mNext >= mEntries.size())
+        return false;
+    const Entry &entry = mEntries.at(mNext);
+    if (entry.problem.isEmpty() && isRaw(entry.path)) {
+        *frame = readRaw(entry.path);
+        return true;
+    }
+    ++mNext;
+    if (entry.problem.isEmpty()) {
+        *frame = readPicture(entry.path);
+    } else {
+        *frame = Frame();
+        frame->name = entry.path;
+        frame->problem = entry.problem;
+    }
+    return true;
+}
+
+Frame FileFrames::readRaw(const QString &path)
+{
+    const int index = mNextInFile++;
+    Frame frame;
+    frame.name = path;
+    const auto finishFile = [&](const QString &problem) {
+        frame.problem = problem;
+        ++mNext;
+        mNextInFile = 0;
+        return frame;
+    };
+    if (mRawLayout.size.isEmpty())
+        return finishFile(QStringLiteral("a raw frame needs --size"));
+    const QString problem = fileProblem(path);
+    if (!problem.isEmpty())
+        return finishFile(problem);
+
+    const qint64 frameBytes = mRawLayout.frameBytes();
+    const qint64 start = index * frameBytes;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || !file.seek(start))
+        return finishFile(file.errorString());
+    if (file.size() > frameBytes)
+        frame.name += QStringLiteral("#%1").arg(index + 1);
+    const QByteArray bytes = file.read(frameBytes);
+    if (bytes.size() < frameBytes)
+        return finishFile(QStringLiteral("%1 bytes are no frame, that would be %2").arg(bytes.size()).arg(frameBytes));
+
+    frame.picture = videoFrame(bytes, mRawLayout.size, mRawLayout.stride);
+    return start + frameBytes < file.size() ? frame : finishFile({});
+}
+
+int FileFrames::nameWidth() const
+{
+    int width = 0;
+    for (const Entry &entry : mEntries)
+        width = std::max(width, entry.path.size() + (isRaw(entry.path) ? 3 : 0));
+    return width;
+}
+
+} // namespace Focus
