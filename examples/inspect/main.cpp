@@ -39,7 +39,6 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false")); // the library logs every step
-    QTextStream out(stdout);
     QTextStream err(stderr);
     if (app.arguments().size() != 2) {
         err << "Usage: example-inspect IMAGE\n";
@@ -66,14 +65,15 @@ int main(int argc, char **argv)
 
     // The answers arrive here, in the main thread, because that is where `app` lives.
     QObject::connect(manager, &CoreFiberInspectionManager::analyseFinished, &app,
-        [&](bool passed, const QString &sourceFilePath, const QString &resultFilePath) {
+        [](bool passed, const QString &sourceFilePath, const QString &resultFilePath) {
+            QTextStream out(stdout);
             out << (passed ? "PASSED\n" : "FAILED\n");
             out << "photograph:       " << QDir::cleanPath(sourceFilePath) << '\n';
             out << "with its defects: " << QDir::cleanPath(resultFilePath) << '\n';
             QCoreApplication::exit(passed ? Passed : Failed);
         });
-    QObject::connect(manager, &CoreFiberInspectionManager::analyseFailed, &app, [&] {
-        out << "NO VERDICT\n";
+    QObject::connect(manager, &CoreFiberInspectionManager::analyseFailed, &app, [] {
+        QTextStream(stdout) << "NO VERDICT\n";
         QCoreApplication::exit(NoVerdict);
     });
 

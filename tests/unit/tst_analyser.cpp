@@ -288,7 +288,7 @@ private Q_SLOTS:
         QVERIFY(analyser.lastSourceImagePath().isEmpty());
         QVERIFY(analyser.lastResultImagePath().isEmpty());
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().startsWith(
+        QVERIFY(log.warnings().constFirst().startsWith(
             QStringLiteral("not filed, the name leads out of the inspection directory:")));
     }
 
@@ -529,7 +529,7 @@ private Q_SLOTS:
 
         QVERIFY(filesBelow(inspectionPath({})).isEmpty());
         QCOMPARE(log.warnings().size(), 3);
-        QVERIFY(log.warnings().first().startsWith(QStringLiteral("folder not created:")));
+        QVERIFY(log.warnings().constFirst().startsWith(QStringLiteral("folder not created:")));
     }
 
     void aCameraImageThatCannotBeReadIsLogged()

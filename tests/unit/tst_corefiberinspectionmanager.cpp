@@ -272,7 +272,8 @@ private Q_SLOTS:
         QThread thread;
         QObject receiver;
         int answers = 0;
-        connect(manager, &CoreFiberInspectionManager::analyseFinished, &receiver, [&] { ++answers; });
+        const auto count = [&] { ++answers; };
+        connect(manager, &CoreFiberInspectionManager::analyseFinished, &receiver, count);
         Q_EMIT manager->requestStart();
         manager->moveToThread(&thread);
         thread.start();
@@ -573,30 +574,36 @@ private Q_SLOTS:
             std::sort(values.begin(), values.end());
             return values[values.size() / 2];
         };
-        QVector<double> alone;
+        FiberInspection::Analyser analyser;
+        QVector<double> analysis;
+        QVector<double> withFiling;
         QVector<double> byManager;
+        QElapsedTimer timer;
+        const auto milliseconds = [&] { return static_cast<double>(timer.nsecsElapsed()) / 1e6; };
 
         for (int i = 0; i < rounds; ++i) {
-            QElapsedTimer timer;
             timer.start();
             AnalyserPrivate::analyse(
                 anyStandard, BaseDirHelper::tmpFiberInspectionImagePath(), Device::ks20(), 1.0F, false);
-            alone.append(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            analysis.append(milliseconds());
 
             timer.start();
-            manager.request(QStringLiteral("port 1"));
-            const int expected = i + 1;
-            while (manager.answers().size() < expected && timer.elapsed() < 10000)
+            analyser.analyse(anyStandard, QStringLiteral("port 1"));
+            withFiling.append(milliseconds());
+
+            timer.start();
+            manager.request(QStringLiteral("port 2"));
+            while (manager.answers().size() <= i && timer.elapsed() < 10000)
                 QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            QCOMPARE(manager.answers().size(), expected);
-            byManager.append(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+            QCOMPARE(manager.answers().size(), i + 1);
+            byManager.append(milliseconds());
         }
 
         mLog.reset();
-        const double analysis = median(alone);
-        const double whole = median(byManager);
-        qInfo("analysis %.2f ms, from request to answer %.2f ms: %.2f ms more", analysis, whole, whole - analysis);
-        QVERIFY(whole - analysis < tolerated);
+        const double more = median(byManager) - median(withFiling);
+        qInfo("median of the analysis %.2f ms, with filing %.2f ms, from request to answer %.2f ms", median(analysis),
+            median(withFiling), median(byManager));
+        QVERIFY(more < tolerated);
     }
 };
 

@@ -91,7 +91,7 @@ QByteArray planar420(const cv::Mat &gray, int stride)
 {
     QByteArray bytes(stride * gray.rows * 3 / 2, '\x80');
     for (int y = 0; y < gray.rows; ++y) {
-        char *const row = bytes.data() + y * stride;
+        char *const row = bytes.data() + qint64(y) * stride;
         std::copy_n(reinterpret_cast<const char *>(gray.ptr(y)), gray.cols, row);
         for (int x = gray.cols; x < stride; ++x)
             row[x] = static_cast<char>(x * 37 + y * 101);
@@ -135,29 +135,37 @@ public:
         : filter(std::make_unique<FiberRealtimeAnalyser>())
         , runnable(filter->createFilterRunnable())
     {
-        QObject::connect(
-            filter.get(), &FiberRealtimeAnalyser::focusValue_changed, filter.get(), [this] { ++focusChanges; },
-            Qt::DirectConnection);
-        QObject::connect(
-            filter.get(), &FiberRealtimeAnalyser::claddingPosition_changed, filter.get(), [this] { ++positionChanges; },
+        onFocus([this] { ++focusChanges; });
+        onPlace([this] { ++positionChanges; });
+    }
+
+    /// Calls the receiver in the thread that emits.
+    template <typename Receiver>
+    QMetaObject::Connection onFocus(const Receiver &receiver)
+    {
+        return QObject::connect(
+            filter.get(), &FiberRealtimeAnalyser::focusValue_changed, filter.get(), receiver, Qt::DirectConnection);
+    }
+    template <typename Receiver>
+    QMetaObject::Connection onPlace(const Receiver &receiver)
+    {
+        return QObject::connect(filter.get(), &FiberRealtimeAnalyser::claddingPosition_changed, filter.get(), receiver,
             Qt::DirectConnection);
     }
 
-    QVideoFrame run(QVideoFrame frame) const { return run(runnable.get(), frame); }
+    QVideoFrame run(QVideoFrame frame) const
+    {
+        return runnable->run(
+            &frame, QVideoSurfaceFormat(frame.size(), frame.pixelFormat()), QVideoFilterRunnable::LastInChain);
+    }
 
     /// Also waits until its analysis, if there is one, has ended: that is what the end of a runnable does.
-    QVideoFrame analyse(QVideoFrame frame)
+    QVideoFrame analyse(const QVideoFrame &frame)
     {
-        const QVideoFrame result = run(std::move(frame));
+        const QVideoFrame result = run(frame);
         runnable.reset();
         runnable.reset(filter->createFilterRunnable());
         return result;
-    }
-
-    static QVideoFrame run(QVideoFilterRunnable *filterRunnable, QVideoFrame &frame)
-    {
-        return filterRunnable->run(
-            &frame, QVideoSurfaceFormat(frame.size(), frame.pixelFormat()), QVideoFilterRunnable::LastInChain);
     }
 
     std::atomic<int> focusChanges{0};
@@ -739,20 +747,13 @@ private Q_SLOTS:
         LiveView view;
         QVector<QString> order; // written by the pool thread, read when it has ended
         QThread *emitter = nullptr;
-        FiberRealtimeAnalyser *const filter = view.filter.get();
-        connect(
-            filter, &FiberRealtimeAnalyser::focusValue_changed, filter,
-            [&](double value) {
-                emitter = QThread::currentThread();
-                order << (value == filter->focusValue() ? QStringLiteral("focus") : QStringLiteral("other"));
-            },
-            Qt::DirectConnection);
-        connect(
-            filter, &FiberRealtimeAnalyser::claddingPosition_changed, filter,
-            [&](const QPointF &value) {
-                order << (value == filter->claddingPosition() ? QStringLiteral("place") : QStringLiteral("other"));
-            },
-            Qt::DirectConnection);
+        view.onFocus([&](double value) {
+            emitter = QThread::currentThread();
+            order << (value == view.filter->focusValue() ? QStringLiteral("focus") : QStringLiteral("other"));
+        });
+        view.onPlace([&](const QPointF &value) {
+            order << (value == view.filter->claddingPosition() ? QStringLiteral("place") : QStringLiteral("other"));
+        });
 
         view.analyse(frameOf(smallFibre()));
 
@@ -764,8 +765,8 @@ private Q_SLOTS:
     {
         LiveView view;
         double told = -1;
-        connect(
-            view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, this, [&](double value) { told = value; });
+        const auto listen = [&](double value) { told = value; };
+        connect(view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, this, listen);
 
         view.analyse(frameOf(smallFibre()));
 
@@ -777,19 +778,15 @@ private Q_SLOTS:
     void noLockIsHeldWhileASignalIsEmitted()
     {
         LiveView view;
-        FiberRealtimeAnalyser *const filter = view.filter.get();
         double readElsewhere = -1;
-        connect(
-            filter, &FiberRealtimeAnalyser::focusValue_changed, filter,
-            [&] {
-                std::thread reader([&] {
-                    readElsewhere = filter->focusValue();
-                    filter->set_claddingPosition(QPointF(1, 2));
-                    LiveView other; // nor one that belongs to all filters
-                });
-                reader.join();
-            },
-            Qt::DirectConnection);
+        view.onFocus([&] {
+            std::thread reader([&] {
+                readElsewhere = view.filter->focusValue();
+                view.filter->set_claddingPosition(QPointF(1, 2));
+                const LiveView other; // nor a lock that belongs to all filters
+            });
+            reader.join();
+        });
 
         view.analyse(frameOf(smallFibre()));
 
@@ -803,13 +800,10 @@ private Q_SLOTS:
         LiveView busy;
         QSemaphore entered;
         QSemaphore leave;
-        connect(
-            busy.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, busy.filter.get(),
-            [&] {
-                entered.release();
-                leave.tryAcquire(1, 20000);
-            },
-            Qt::DirectConnection);
+        busy.onFocus([&] {
+            entered.release();
+            leave.tryAcquire(1, 20000);
+        });
         std::atomic<int> maps{0};
         const QByteArray bytes = planar420(smallFibre().gray(), 400);
         const auto countingFrame = [&] {
@@ -864,18 +858,16 @@ private Q_SLOTS:
         std::atomic<int> most{0};
         std::atomic<int> analysed{0};
         std::vector<std::thread> videoThreads;
+        videoThreads.reserve(threads);
         for (int thread = 0; thread < threads; ++thread) {
             videoThreads.emplace_back([&] {
                 LiveView view;
-                connect(
-                    view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, view.filter.get(),
-                    [&] {
-                        most = std::max(most.load(), ++inside);
-                        spin(20);
-                        --inside;
-                        ++analysed;
-                    },
-                    Qt::DirectConnection);
+                view.onFocus([&] {
+                    most = std::max(most.load(), ++inside);
+                    spin(20);
+                    --inside;
+                    ++analysed;
+                });
                 const QVideoFrame sharp = frameOf(smallFibre());
                 const QVideoFrame blurred = frameOf(smallFibre(2.0));
                 for (int i = 0; i < frames; ++i) {
@@ -907,8 +899,7 @@ private Q_SLOTS:
     {
         LiveView view;
         const auto fail = [] { throw std::runtime_error("listener failed"); };
-        const QMetaObject::Connection failing = connect(view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed,
-            view.filter.get(), fail, Qt::DirectConnection);
+        const QMetaObject::Connection failing = view.onFocus(fail);
 
         view.analyse(frameOf(smallFibre()));
         QCOMPARE(mLog->warnings(), QStringList{QStringLiteral("frame not analysed: listener failed")});
@@ -923,8 +914,7 @@ private Q_SLOTS:
     {
         LiveView view;
         const auto fail = [] { throw std::runtime_error("listener failed"); };
-        connect(view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, view.filter.get(), fail,
-            Qt::DirectConnection);
+        view.onFocus(fail);
         QSemaphore failed;
         const std::unique_ptr<QThread> end(QThread::create([&] {
             failed.acquire();
@@ -982,14 +972,11 @@ private Q_SLOTS:
             LiveView view;
             QSemaphore entered;
             std::atomic<bool> left{false};
-            connect(
-                view.filter.get(), &FiberRealtimeAnalyser::focusValue_changed, view.filter.get(),
-                [&] {
-                    entered.release();
-                    QThread::msleep(5);
-                    left = true;
-                },
-                Qt::DirectConnection);
+            view.onFocus([&] {
+                entered.release();
+                QThread::msleep(5);
+                left = true;
+            });
             view.run(frameOf(smallFibre()));
             QVERIFY(entered.tryAcquire(1, 20000));
 
@@ -1109,12 +1096,10 @@ private Q_SLOTS:
                     view.filter.reset();
                 done.release();
             };
-            FiberRealtimeAnalyser *const filter = view.filter.get();
             if (onFocus)
-                connect(filter, &FiberRealtimeAnalyser::focusValue_changed, filter, destroy, Qt::DirectConnection);
+                view.onFocus(destroy);
             else
-                connect(
-                    filter, &FiberRealtimeAnalyser::claddingPosition_changed, filter, destroy, Qt::DirectConnection);
+                view.onPlace(destroy);
 
             view.run(frame);
 

@@ -257,10 +257,11 @@ private Q_SLOTS:
 
         auto *const locked = new LockedRecord;
         QString told;
-        connect(locked, &LockedRecord::title_changed, this, [&](const QString &value) {
+        const auto destroy = [&](const QString &value) {
             delete locked;
             told = value;
-        });
+        };
+        connect(locked, &LockedRecord::title_changed, this, destroy);
         locked->set_title(QStringLiteral("last words"));
         QCOMPARE(told, QStringLiteral("last words"));
     }
