@@ -167,7 +167,8 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
 
     cv::Mat matImage = loadImage(fileName);
     if (matImage.empty()) {
-        measured.detail = ImageFile::read(fileName).problem;
+        const QString problem = ImageFile::read(fileName).problem;
+        measured.detail = problem.isEmpty() ? QStringLiteral("the image data is damaged") : problem;
         return fail("Failed to load image");
     }
     log.finish("image loaded");
