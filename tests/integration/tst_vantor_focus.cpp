@@ -61,7 +61,7 @@ QByteArray rawFrame(const QImage &picture, int stride)
     return bytes + QByteArray(stride * gray.height() / 2, '\x80');
 }
 
-QString withoutTimes(QByteArray output)
+QString withoutTimes(const QByteArray &output)
 {
     static const QRegularExpression time(QStringLiteral("\"elapsedMs\":[^,}]*"));
     return QString::fromUtf8(output).remove(time);
@@ -354,7 +354,7 @@ private Q_SLOTS:
 
         QCOMPARE(result.exitCode, 0);
         QVERIFY2(result.output.endsWith(",too close to the border for a focus value\n"), result.output.constData());
-        QCOMPARE(result.lines().last().section(QLatin1Char(','), 1, 1), QStringLiteral("0"));
+        QCOMPARE(result.lines().constLast().section(QLatin1Char(','), 1, 1), QStringLiteral("0"));
     }
 
     void aFrameWithoutAFibreDoesNotRepeatTheOneBefore()

@@ -38,7 +38,8 @@ bool isRaw(const QString &path)
 QStringList frameFilters()
 {
     QStringList filters;
-    for (const QString &suffix : pictureSuffixes() + rawSuffixes())
+    const QStringList suffixes = pictureSuffixes() + rawSuffixes();
+    for (const QString &suffix : suffixes)
         filters.append(QStringLiteral("*.") + suffix);
     return filters;
 }
@@ -103,7 +104,7 @@ void FileFrames::listFolder(const QString &path)
 
     const QDir dir(path);
     QStringList names = dir.entryList(frameFilters(), QDir::Files, QDir::Name);
-    QCollator order(QLocale(QLocale::English));
+    QCollator order{QLocale(QLocale::English)};
     order.setNumericMode(true);
     std::stable_sort(names.begin(), names.end(), order);
     for (const QString &name : qAsConst(names))
