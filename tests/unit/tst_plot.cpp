@@ -57,7 +57,8 @@ QVector<Element> named(const QVector<Element> &elements, const char *name)
 QStringList textsOf(const QByteArray &svg)
 {
     QStringList texts;
-    for (const Element &element : named(elementsOf(svg), "text"))
+    const QVector<Element> elements = named(elementsOf(svg), "text");
+    for (const Element &element : elements)
         texts.append(element.text);
     return texts;
 }
@@ -65,7 +66,8 @@ QStringList textsOf(const QByteArray &svg)
 QVector<QPointF> pointsOf(const Element &element)
 {
     QVector<QPointF> points;
-    for (const QString &pair : element.attributes.value(QLatin1String("points")).toString().split(QLatin1Char(' ')))
+    const QStringList pairs = element.attributes.value(QLatin1String("points")).toString().split(QLatin1Char(' '));
+    for (const QString &pair : pairs)
         points.append({pair.section(QLatin1Char(','), 0, 0).toDouble(), pair.section(QLatin1Char(','), 1).toDouble()});
     return points;
 }
@@ -303,7 +305,7 @@ private Q_SLOTS:
 
         const QVector<Element> elements = elementsOf(svg(chart));
 
-        const QVector<QPointF> curve = pointsOf(named(elements, "polyline").first());
+        const QVector<QPointF> curve = pointsOf(named(elements, "polyline").constFirst());
         const QVector<Element> lines = named(elements, "line");
         const auto line = std::find_if(lines.cbegin(), lines.cend(), [](const Element &element) {
             return element.attributes.value(QLatin1String("stroke")) == QLatin1String("#123456");
@@ -319,7 +321,8 @@ private Q_SLOTS:
         chart.horizontal = {{1.0, QStringLiteral("first"), {}}, {2.5, QStringLiteral("second"), {}}};
 
         QVector<double> bases;
-        for (const Element &element : named(elementsOf(svg(chart)), "text")) {
+        const QVector<Element> elements = named(elementsOf(svg(chart)), "text");
+        for (const Element &element : elements) {
             if (element.text == QLatin1String("first") || element.text == QLatin1String("second"))
                 bases.append(element.number("y"));
         }
@@ -339,7 +342,8 @@ private Q_SLOTS:
         const QByteArray picture = svg(chart);
 
         QVector<Element> bars;
-        for (const Element &element : named(elementsOf(picture), "rect")) {
+        const QVector<Element> elements = named(elementsOf(picture), "rect");
+        for (const Element &element : elements) {
             if (element.attributes.value(QLatin1String("fill")) == QLatin1String("#123456"))
                 bars.append(element);
         }
@@ -392,8 +396,8 @@ private Q_SLOTS:
             named(elementsOf(svg(QVector<Chart>{chart, chart, chart}, 2, QSize(800, 600))), "polyline");
 
         QCOMPARE(curves.size(), 3);
-        QCOMPARE(pointsOf(curves[1]).first() - pointsOf(curves[0]).first(), QPointF(400, 0));
-        QCOMPARE(pointsOf(curves[2]).first() - pointsOf(curves[0]).first(), QPointF(0, 300));
+        QCOMPARE(pointsOf(curves[1]).constFirst() - pointsOf(curves[0]).constFirst(), QPointF(400, 0));
+        QCOMPARE(pointsOf(curves[2]).constFirst() - pointsOf(curves[0]).constFirst(), QPointF(0, 300));
     }
 
     void theSameChartGivesTheSameBytes()

@@ -65,7 +65,7 @@ LegendEntry::Symbol symbolOf(Series::Style style)
 QString tint(const QString &color)
 {
     bool ok = false;
-    const uint rgb = color.mid(1).toUInt(&ok, 16);
+    const uint rgb = color.midRef(1).toUInt(&ok, 16);
     if (!ok || color.size() != 7)
         return color;
     uint mixed = 0;
@@ -196,7 +196,8 @@ private:
         const bool hasLine = series.style != Series::Style::Points;
         const bool hasPoints = series.style != Series::Style::Line;
         const QString dashes = series.dashed ? QStringLiteral("6 4") : QString();
-        for (const QVector<QPointF> &stretch : stretches(series.points)) {
+        const QVector<QVector<QPointF>> parts = stretches(series.points);
+        for (const QVector<QPointF> &stretch : parts) {
             if (hasLine && stretch.size() > 1)
                 mCanvas->polyline(stretch, {color, 2, dashes});
             if (hasPoints) {
@@ -211,12 +212,11 @@ private:
     QVector<ReferenceLine> verticalLines() const
     {
         QVector<ReferenceLine> lines;
-        for (ReferenceLine line : mChart.vertical) {
-            if (line.color.isEmpty())
-                line.color = Look::fadedInk;
+        for (const ReferenceLine &line : mChart.vertical) {
             const double share = mX.share(line.value);
+            const QString color = line.color.isEmpty() ? QString(Look::fadedInk) : line.color;
             if (share >= 0 && share <= 1)
-                lines.append(line);
+                lines.append({line.value, line.label, color});
         }
         std::sort(lines.begin(), lines.end(), [](const auto &a, const auto &b) { return a.value < b.value; });
         return lines;
@@ -226,7 +226,8 @@ private:
 
     void paintVerticalLines()
     {
-        for (const ReferenceLine &line : verticalLines())
+        const QVector<ReferenceLine> lines = verticalLines();
+        for (const ReferenceLine &line : lines)
             mCanvas->line({xOf(line.value), mPlot.top()}, {xOf(line.value), mPlot.bottom()},
                 {line.color, 1.4, QStringLiteral("6 4")});
     }
@@ -251,9 +252,10 @@ private:
     {
         constexpr double rowHeight = Look::tickSize * 1.3;
         constexpr double gap = 5;
+        const QVector<ReferenceLine> lines = verticalLines();
         double taken = mPlot.left();
         int row = 0;
-        for (const ReferenceLine &line : verticalLines()) {
+        for (const ReferenceLine &line : lines) {
             const double x = xOf(line.value);
             const double width = SvgCanvas::textWidth(line.label, Look::tickSize);
             const bool fitsRight = x + gap + width <= mPlot.right();
