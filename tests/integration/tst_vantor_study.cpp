@@ -74,7 +74,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(mFolder.isValid());
-        QCOMPARE(run({QStringLiteral("--faces"), QStringLiteral("1"), QStringLiteral("--jobs"), QStringLiteral("2"),
+        QCOMPARE(run({QStringLiteral("--faces"), QStringLiteral("400"), QStringLiteral("--jobs"), QStringLiteral("2"),
                      QStringLiteral("--quiet"), QStringLiteral("--out"), mFolder.filePath(QStringLiteral("plots"))}),
             0);
         mTables = tablesOf(mOutput);

@@ -37,7 +37,7 @@ quint32 faceSeed(int experiment, int cell, int number)
 
 QString levelName(double level)
 {
-    return QString::number(level).remove(QLatin1Char('.')).remove(QLatin1Char('-'));
+    return QString::number(level).replace(QLatin1Char('.'), QLatin1Char('-'));
 }
 
 QString reliableFrom(const QVector<double> &levels, const QVector<double> &rates, double wanted)

@@ -47,7 +47,7 @@ std::vector<std::unique_ptr<Experiment>> allExperiments();
 /// The seed of a face: each experiment has a number of its own, so that no two faces of the study are equal.
 quint32 faceSeed(int experiment, int cell, int number);
 
-/// A level within the name of a figure: "25" for 2.5.
+/// A level within the name of a figure: "2-5" for 2.5.
 QString levelName(double level);
 
 /// Tells the smallest level from which on, upwards, each rate is at least as high as wanted; "none" if there is none.

@@ -28,10 +28,10 @@ struct FileSet
 
 constexpr std::array<FileSet, 6> fileSets{{
     {"SM, clean", Mode::SingleMode, ordinaryFace, 40},
-    {"SM, mixed", Mode::SingleMode, mixedFace, 60},
+    {"SM, mixed", Mode::SingleMode, mixedFace, 120},
     {"SM, at the margin", Mode::SingleMode, marginalFace, 60},
     {"MM, clean", Mode::Multimode, ordinaryFace, 20},
-    {"MM, mixed", Mode::Multimode, mixedFace, 40},
+    {"MM, mixed", Mode::Multimode, mixedFace, 80},
     {"MM, at the margin", Mode::Multimode, marginalFace, 40},
 }};
 

@@ -13,7 +13,6 @@
 
 namespace Study {
 
-using FiberInspection::Defect;
 using FiberInspection::Standard;
 using FiberInspection::Zone;
 
@@ -107,67 +106,97 @@ void tellConfusion(const ConfusionMap &confusions, const QString &name, Findings
     findings->addTable(name, table);
 }
 
-/// Why a verdict is better than the face.
-QString causeOfAccept(const Inspection &inspection, const TrueVerdict &truth)
+/// Where a wrong verdict comes from.
+struct Cause
 {
-    bool anyFound = false;
-    bool otherType = false;
-    bool otherZone = false;
-    for (const TrueDefect &defect : truth.defects) {
-        if (!defect.causesFailure)
-            continue;
-        for (const int blemish : defect.blemishes) {
-            const Finding *const finding = inspection.largestOf(blemish);
-            anyFound = anyFound || finding;
-            otherType = otherType || (finding && finding->type != defect.type);
-            otherZone = otherZone || (finding && finding->zone != defect.zone);
-        }
-    }
-    if (!anyFound)
-        return QStringLiteral("accept: not found");
-    if (otherZone)
-        return QStringLiteral("accept: counted to the cladding");
-    return otherType ? QStringLiteral("accept: taken for the other type") : QStringLiteral("accept: found too small");
+    QString text;
+    TrueDefect defect; ///< without blemishes where there is none
+};
+
+QString inZone(Zone::Id zone)
+{
+    return zone == Zone::Core ? QStringLiteral(", core zone") : QStringLiteral(", cladding");
 }
 
-/// Of a defect that fails a good face.
-QString causeOfReject(const Finding &finding, const TrueVerdict &truth)
+/// Of the first defect that is to fail the face and does not.
+Cause causeOfAccept(const Inspection &inspection, const TrueVerdict &truth)
 {
-    if (finding.blemishes.isEmpty())
-        return QStringLiteral("reject: nothing there");
-    const auto grading = std::find_if(truth.defects.cbegin(), truth.defects.cend(),
-        [&](const TrueDefect &defect) { return defect.blemishes.contains(finding.blemishes.first()); });
-    if (grading == truth.defects.cend())
-        return QStringLiteral("reject: lies outside of the graded zones");
-    const bool isJoined = std::any_of(finding.blemishes.cbegin(), finding.blemishes.cend(),
-        [&](int blemish) { return !grading->blemishes.contains(blemish); });
+    const auto failing = std::find_if(
+        truth.defects.cbegin(), truth.defects.cend(), [](const TrueDefect &defect) { return defect.causesFailure; });
+    const Finding *finding = nullptr;
+    for (const int blemish : failing->blemishes) {
+        const Finding *const candidate = inspection.largestOf(blemish);
+        if (candidate && (!finding || candidate->size > finding->size))
+            finding = candidate;
+    }
+    if (!finding)
+        return {QStringLiteral("passed: not found") + inZone(failing->zone), *failing};
+    if (finding->zone != failing->zone)
+        return {QStringLiteral("passed: counted to the cladding"), *failing};
+    if (finding->type != failing->type)
+        return {QStringLiteral("passed: taken for the other type") + inZone(failing->zone), *failing};
+    return {QStringLiteral("passed: found too small") + inZone(failing->zone), *failing};
+}
+
+/// Of the first defect that fails the face and is not to.
+Cause causeOfReject(const Inspection &inspection, const TrueVerdict &truth)
+{
+    const auto finding = std::find_if(inspection.findings.cbegin(), inspection.findings.cend(),
+        [](const Finding &candidate) { return candidate.causesFailure; });
+    if (finding->blemishes.isEmpty())
+        return {QStringLiteral("failed: nothing there"), {}};
+    const auto graded = std::find_if(truth.defects.cbegin(), truth.defects.cend(),
+        [&](const TrueDefect &defect) { return defect.blemishes.contains(finding->blemishes.first()); });
+    if (graded == truth.defects.cend())
+        return {QStringLiteral("failed: lies outside of the graded zones"), {}};
+    const bool isJoined = std::any_of(finding->blemishes.cbegin(), finding->blemishes.cend(),
+        [&](int blemish) { return !graded->blemishes.contains(blemish); });
     if (isJoined)
-        return QStringLiteral("reject: joined with another blemish");
-    if (grading->zone != finding.zone)
-        return QStringLiteral("reject: counted to the core zone");
-    return grading->type != finding.type ? QStringLiteral("reject: taken for the other type")
-                                         : QStringLiteral("reject: found too large");
+        return {QStringLiteral("failed: joined with another one") + inZone(finding->zone), *graded};
+    if (graded->zone != finding->zone)
+        return {QStringLiteral("failed: counted to the core zone"), *graded};
+    if (graded->type != finding->type)
+        return {QStringLiteral("failed: taken for the other type") + inZone(finding->zone), *graded};
+    return {QStringLiteral("failed: found too large") + inZone(finding->zone), *graded};
 }
 
-QString causeOfReject(const Inspection &inspection, const TrueVerdict &truth)
+/// The wrong verdicts with the same cause.
+struct CauseCount
 {
-    for (const Finding &finding : inspection.findings) {
-        if (finding.causesFailure)
-            return causeOfReject(finding, truth);
+    int faces = 0;
+    std::array<int, 4> kinds{}; ///< in the order of EndfaceDefect::Kind
+    int several = 0; ///< blemishes that count as one
+    Sample size; ///< of the truth, micrometres
+
+    void add(const TrueDefect &defect, const EndfaceScene &scene)
+    {
+        ++faces;
+        if (defect.blemishes.isEmpty())
+            return;
+        size.add(defect.size);
+        if (defect.blemishes.size() > 1)
+            ++several;
+        else
+            ++kinds[static_cast<std::size_t>(scene.defects[defect.blemishes.first()].kind)];
     }
-    return QStringLiteral("reject: other");
-}
+};
 
-/// Of the strictest single-mode standard and of multimode.
-void tellCauses(const std::map<QString, std::map<Mode, int>> &causes, Findings *findings)
+using CauseMap = std::map<QString, CauseCount>;
+
+void tellCauses(const CauseMap &causes, Findings *findings)
 {
-    Table table({QStringLiteral("Wrong verdict and its first cause"), QStringLiteral("SM RL45"), QStringLiteral("MM")});
-    for (const auto &[cause, counts] : causes) {
-        const auto count = [&counts = counts](Mode mode) {
-            const auto found = counts.find(mode);
-            return QString::number(found == counts.end() ? 0 : found->second);
-        };
-        table.addRow({cause, count(Mode::SingleMode), count(Mode::Multimode)});
+    Table table({QStringLiteral("Wrong verdict and its first cause"), QStringLiteral("faces"),
+        QStringLiteral("by a pit"), QStringLiteral("particle"), QStringLiteral("scratch"), QStringLiteral("stain"),
+        QStringLiteral("several as one"), QStringLiteral("true size, µm: 5 %"), QStringLiteral("median"),
+        QStringLiteral("95 %")});
+    for (const auto &[cause, count] : causes) {
+        QStringList row{cause, QString::number(count.faces)};
+        for (const int kind : count.kinds)
+            row << QString::number(kind);
+        row << QString::number(count.several);
+        for (const double share : {0.05, 0.5, 0.95})
+            row << numberText(count.size.quantile(share), 1);
+        table.addRow(row);
     }
     findings->addTable(QStringLiteral("verdict-causes"), table);
 }
@@ -282,7 +311,7 @@ void VerdictExperiment::evaluate(
 {
     ConfusionMap byLength;
     ConfusionMap byWidth;
-    std::map<QString, std::map<Mode, int>> causes;
+    CauseMap causes;
     ImageLevel spots;
     ImageLevel scratches;
     for (int i = 0; i < faces.size(); ++i) {
@@ -296,10 +325,10 @@ void VerdictExperiment::evaluate(
                 continue;
             addImage(faces[i], inspection, false, &spots);
             addImage(faces[i], inspection, true, &scratches);
-            if (inspection.passed && !truth.passed)
-                ++causes[causeOfAccept(inspection, truth)][mode];
-            else if (!inspection.passed && truth.passed)
-                ++causes[causeOfReject(inspection, truth)][mode];
+            if (inspection.passed == truth.passed)
+                continue;
+            const Cause cause = inspection.passed ? causeOfAccept(inspection, truth) : causeOfReject(inspection, truth);
+            causes[cause.text].add(cause.defect, faces[i].scene);
         }
     }
     findings->addValue(QStringLiteral("standards-differ"), differing(faces, outcomes).countText());
