@@ -32,7 +32,8 @@ QMap<QString, Rows> tablesOf(const QString &text)
     QRegularExpressionMatchIterator matches = marker.globalMatch(text);
     while (matches.hasNext()) {
         const QRegularExpressionMatch match = matches.next();
-        for (const QString &line : match.captured(2).split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+        const QStringList lines = match.captured(2).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        for (const QString &line : lines)
             tables[match.captured(1)].append(cells(line));
     }
     return tables;
@@ -128,19 +129,19 @@ private Q_SLOTS:
     {
         QFETCH(QString, table);
 
-        const QStringList row = rowOf(table, QStringLiteral("20"));
+        const QStringList rates = rowOf(table, QStringLiteral("20")).mid(1);
 
-        QCOMPARE(row.size(), 5);
-        for (const QString &cell : row.mid(1))
+        QCOMPARE(rates.size(), 4);
+        for (const QString &cell : rates)
             QVERIFY2(cell.startsWith(QLatin1String("100 % (")), qPrintable(cell));
     }
 
     void whatIsSmallerThanAPixelIsNeverFound()
     {
-        const QStringList row = rowOf(QStringLiteral("detection-pit"), QStringLiteral("1"));
+        const QStringList rates = rowOf(QStringLiteral("detection-pit"), QStringLiteral("1")).mid(1);
 
-        QCOMPARE(row.size(), 5);
-        for (const QString &cell : row.mid(1))
+        QCOMPARE(rates.size(), 4);
+        for (const QString &cell : rates)
             QVERIFY2(cell.startsWith(QLatin1String("0 % (")), qPrintable(cell));
     }
 
@@ -187,9 +188,10 @@ private Q_SLOTS:
 
     void theCountsOfTheVerdictsAddUp()
     {
-        const Rows rows = mTables.value(QStringLiteral("verdicts"));
-        QCOMPARE(rows.size(), 2 + 5);
-        for (const QStringList &row : rows.mid(2)) {
+        const Rows standards = mTables.value(QStringLiteral("verdicts")).mid(2);
+
+        QCOMPARE(standards.size(), 5);
+        for (const QStringList &row : standards) {
             int sum = 0;
             for (int column = 2; column <= 6; ++column)
                 sum += row[column].toInt();

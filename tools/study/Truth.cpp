@@ -101,7 +101,8 @@ public:
         QVector<Defect> cladding;
         TrueVerdict verdict;
         QVector<TrueDefect> claddingTruth;
-        for (const Group &group : groups()) {
+        const QVector<Group> allGroups = groups();
+        for (const Group &group : allGroups) {
             const Defect defect = defectOf(group);
             const double distance = std::hypot(defect.enclosingCircle.center.x(), defect.enclosingCircle.center.y());
             const double nearest = distance - static_cast<double>(defect.enclosingCircle.radius);
