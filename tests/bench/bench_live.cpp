@@ -38,10 +38,10 @@ public:
         const QImage image = paintEndface(scene).convertToFormat(QImage::Format_Grayscale8);
         constexpr char noColor = '\x80';
         mBytes.fill(noColor, size.width() * size.height() * 3 / 2);
-        for (int y = 0; y < size.height(); ++y) {
-            std::memcpy(
-                mBytes.data() + y * size.width(), image.constScanLine(y), static_cast<std::size_t>(size.width()));
-        }
+        const auto width = static_cast<std::size_t>(size.width());
+        char *line = mBytes.data();
+        for (int y = 0; y < size.height(); ++y, line += width)
+            std::memcpy(line, image.constScanLine(y), width);
     }
 
     int width() const { return mSize.width(); }

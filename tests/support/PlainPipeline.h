@@ -41,8 +41,8 @@ struct Inspection
 };
 
 namespace Drawing {
-const cv::Scalar red(0, 0, 255);
-const cv::Scalar blue(255, 0, 0);
+const cv::Scalar red(0, 0, 255); // clazy:exclude=non-pod-global-static
+const cv::Scalar blue(255, 0, 0); // clazy:exclude=non-pod-global-static
 
 inline void contour(cv::Mat &image, const Defect &defect, const cv::Scalar &color)
 {

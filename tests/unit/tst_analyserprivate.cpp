@@ -31,22 +31,16 @@ constexpr double ferruleGray = 200;
 constexpr double claddingGray = 140;
 constexpr double claddingRadius = 62.5; // micrometres
 
-const QStringList stepSuffixes{
-    QStringLiteral("_01_gray.png"),
-    QStringLiteral("_02_cropped.png"),
-    QStringLiteral("_03_cropped_without_core.png"),
-    QStringLiteral("_04_blurred.png"),
-    QStringLiteral("_05_canny_edges.png"),
-    QStringLiteral("_06_canny_edges_without_cladding.png"),
-    QStringLiteral("_07_defect_contours.png"),
-    QStringLiteral("_08_defect_rectangles.png"),
-    QStringLiteral("_09_merged_defects_contours.png"),
-    QStringLiteral("_10_merged_defects_rectangles.png"),
-    QStringLiteral("_11_core_defects.png"),
-    QStringLiteral("_11_core_defects_contours.png"),
-    QStringLiteral("_12_cladding_defects.png"),
-    QStringLiteral("_12_cladding_defects_contours.png"),
-};
+QStringList stepSuffixes()
+{
+    return {QStringLiteral("_01_gray.png"), QStringLiteral("_02_cropped.png"),
+        QStringLiteral("_03_cropped_without_core.png"), QStringLiteral("_04_blurred.png"),
+        QStringLiteral("_05_canny_edges.png"), QStringLiteral("_06_canny_edges_without_cladding.png"),
+        QStringLiteral("_07_defect_contours.png"), QStringLiteral("_08_defect_rectangles.png"),
+        QStringLiteral("_09_merged_defects_contours.png"), QStringLiteral("_10_merged_defects_rectangles.png"),
+        QStringLiteral("_11_core_defects.png"), QStringLiteral("_11_core_defects_contours.png"),
+        QStringLiteral("_12_cladding_defects.png"), QStringLiteral("_12_cladding_defects_contours.png")};
+}
 const QString scaledSuffix = QStringLiteral("_01_gray_scalled.png");
 
 /// A smooth end face; lengths are micrometres, positions relative to the fibre centre.
@@ -365,7 +359,7 @@ private Q_SLOTS:
         QCOMPARE(result.passed(), true);
         QVERIFY(result.coreDefects().isEmpty());
         QVERIFY(result.claddingDefects().isEmpty());
-        QCOMPARE(log.debugs().last(), QStringLiteral("TEST PASSED"));
+        QCOMPARE(log.debugs().constLast(), QStringLiteral("TEST PASSED"));
         QVERIFY(log.warnings().isEmpty());
         QCOMPARE(temporaryFiles(), QStringList{QStringLiteral("fiber_result_image.jpg")});
         QCOMPARE(photoFiles(), QStringList{QStringLiteral("photo.png")});
@@ -399,8 +393,9 @@ private Q_SLOTS:
         QCOMPARE(result.passed(), passed);
         QCOMPARE(result.coreDefects().size(), coreDefects);
         QCOMPARE(result.claddingDefects().size(), claddingDefects);
-        QCOMPARE(log.debugs().last(), passed ? QStringLiteral("TEST PASSED") : QStringLiteral("TEST FAILED"));
-        for (const Defect &defect : result.coreDefects() + result.claddingDefects()) {
+        QCOMPARE(log.debugs().constLast(), passed ? QStringLiteral("TEST PASSED") : QStringLiteral("TEST FAILED"));
+        const QVector<Defect> defects = result.coreDefects() + result.claddingDefects();
+        for (const Defect &defect : defects) {
             QVERIFY(std::abs(double(defect.size) - 2 * radius) < 4);
             QCOMPARE(defect.causesFailure, !passed);
         }
@@ -558,7 +553,8 @@ private Q_SLOTS:
         analyse(path, Standard::IEC61300_3_35_SM_RL45, nullptr, 1, true);
 
         QStringList expected{QStringLiteral("photo.png")};
-        for (const QString &suffix : stepSuffixes)
+        const QStringList suffixes = stepSuffixes();
+        for (const QString &suffix : suffixes)
             expected << QStringLiteral("photo.png") + suffix;
         expected.sort();
         QCOMPARE(photoFiles(), expected);
@@ -573,7 +569,8 @@ private Q_SLOTS:
         analyse(path, Standard::IEC61300_3_35_SM_RL45, nullptr, 2, true);
 
         QStringList expected{QStringLiteral("photo.png")};
-        for (const QString &suffix : stepSuffixes + QStringList{scaledSuffix})
+        const QStringList suffixes = stepSuffixes() + QStringList{scaledSuffix};
+        for (const QString &suffix : suffixes)
             expected << QStringLiteral("photo.png") + suffix;
         expected.sort();
         QCOMPARE(photoFiles(), expected);
@@ -693,7 +690,7 @@ private Q_SLOTS:
         QCOMPARE(result.error(), false);
         QCOMPARE(result.passed(), true);
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().contains(obstacle));
+        QVERIFY(log.warnings().constFirst().contains(obstacle));
         QVERIFY(QFileInfo::exists(path + QStringLiteral("_12_cladding_defects_contours.png")));
     }
 
@@ -762,9 +759,9 @@ private Q_SLOTS:
         QCOMPARE(record.resultImageWritten, false);
         QCOMPARE(record.reason, QString());
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY2(log.warnings().first().contains(BaseDirHelper::tmpFiberInspectionResultImagePath()),
-            qPrintable(log.warnings().first()));
-        QCOMPARE(log.debugs().last(), QStringLiteral("TEST FAILED"));
+        QVERIFY2(log.warnings().constFirst().contains(BaseDirHelper::tmpFiberInspectionResultImagePath()),
+            qPrintable(log.warnings().constFirst()));
+        QCOMPARE(log.debugs().constLast(), QStringLiteral("TEST FAILED"));
         QCOMPARE(photoFiles(), QStringList{QStringLiteral("photo.png")});
     }
 
@@ -805,8 +802,8 @@ private Q_SLOTS:
 
         compareFailure(result, Standard::IEC61300_3_35_SM_RL45);
         QCOMPARE(log.texts(QtInfoMsg), QStringList{QStringLiteral("---- START BENCHMARK ----")});
-        QCOMPARE(log.asText().first(), QStringLiteral("info: ---- START BENCHMARK ----"));
-        QCOMPARE(log.asText().last(), QStringLiteral("debug: Failed to load image"));
+        QCOMPARE(log.asText().constFirst(), QStringLiteral("info: ---- START BENCHMARK ----"));
+        QCOMPARE(log.asText().constLast(), QStringLiteral("debug: Failed to load image"));
         QCOMPARE(photoFiles(), before);
         QCOMPARE(record.reason, QStringLiteral("Failed to load image"));
         QVERIFY(!record.detail.isEmpty());
@@ -1109,7 +1106,7 @@ private Q_SLOTS:
             QCOMPARE(result.claddingDefects().size(), 1);
             QVERIFY(std::abs(result.claddingDefects().first().size - 10) < 3.5F);
         } else {
-            QCOMPARE(log.debugs().last(), QStringLiteral("Failed to detect cladding"));
+            QCOMPARE(log.debugs().constLast(), QStringLiteral("Failed to detect cladding"));
         }
     }
 
@@ -1238,7 +1235,8 @@ private Q_SLOTS:
         // One after the other: between a beginning and its verdict nothing else begins.
         bool running = false;
         int finished = 0;
-        for (const LogCapture::Line &line : log.lines()) {
+        const auto lines = log.lines();
+        for (const LogCapture::Line &line : lines) {
             if (line.text == QLatin1String("---- START BENCHMARK ----")) {
                 QVERIFY(!running);
                 running = true;

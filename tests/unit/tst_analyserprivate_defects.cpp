@@ -469,9 +469,9 @@ private Q_SLOTS:
 
         QCOMPARE(pixelsOf(result), (std::vector<Points>{{{0, 0}, {4, 0}, {8, 0}}}));
         QCOMPARE(log.lines().size(), 1);
-        QCOMPARE(log.lines().first().level, QtDebugMsg);
-        QVERIFY(log.lines().first().text.startsWith(QStringLiteral("QHash((")));
-        QVERIFY(log.lines().first().text.endsWith(QStringLiteral(") QVector(QVector(0, 1, 2))")));
+        QCOMPARE(log.lines().constFirst().level, QtDebugMsg);
+        QVERIFY(log.lines().constFirst().text.startsWith(QStringLiteral("QHash((")));
+        QVERIFY(log.lines().constFirst().text.endsWith(QStringLiteral(") QVector(QVector(0, 1, 2))")));
     }
 
     void aMergedDefectHasNothingButItsPixels()
@@ -558,10 +558,10 @@ private Q_SLOTS:
         QCOMPARE(pixelsOf(result),
             (std::vector<Points>{{{40, 0}, {36, 0}, {20, 3}, {0, 0}, {4, 0}, {20, 0}}})); // 1, 2, 0, 3
         QCOMPARE(log.lines().size(), 1);
-        QVERIFY(log.debugs().first().endsWith(QStringLiteral("QVector(QVector(), QVector(1, 2, 0, 3))")));
+        QVERIFY(log.debugs().constFirst().endsWith(QStringLiteral("QVector(QVector(), QVector(1, 2, 0, 3))")));
         for (const QString &entry :
             {QStringLiteral("(0, 1)"), QStringLiteral("(1, 1)"), QStringLiteral("(2, 1)"), QStringLiteral("(3, 1)")})
-            QVERIFY(log.debugs().first().contains(entry));
+            QVERIFY(log.debugs().constFirst().contains(entry));
     }
 
     void groupsThatWereJoinedJoinAgain()
@@ -595,7 +595,7 @@ private Q_SLOTS:
         const std::vector<Defect> result = AnalyserPrivate::mergeDefects(defects, 4);
 
         QCOMPARE(pixelsOf(result), (std::vector<Points>{{{0, 0}, {1, 0}, {0, 1}}}));
-        QVERIFY(log.debugs().first().endsWith(QStringLiteral("QVector(QVector(0, 1, 2))")));
+        QVERIFY(log.debugs().constFirst().endsWith(QStringLiteral("QVector(QVector(0, 1, 2))")));
     }
 
     void groupsComeInTheOrderOfTheirBeginning()

@@ -188,7 +188,8 @@ private Q_SLOTS:
             (QStringList{QStringLiteral("debug: 2 <= size <= 3 [1] matched but not violated by: 2.5 QPointF(10,20)"),
                 QStringLiteral("debug: 2 <= size <= 3 [1] violated by: 3 QPointF(1.5,-2.25)"),
                 QStringLiteral("debug: 2 <= size <= 3 [1] violated by: 2 QPointF(0,0)")}));
-        for (const LogCapture::Line &line : log.lines())
+        const auto lines = log.lines();
+        for (const LogCapture::Line &line : lines)
             QCOMPARE(line.category, QStringLiteral("default"));
     }
 
@@ -591,7 +592,8 @@ private Q_SLOTS:
                     QCOMPARE(results[zone].rules[rule].violated, violated);
                     if (violated) {
                         expectedViolations += matching.size();
-                        for (const int i : matching.mid(allowed))
+                        const auto excess = matching.mid(allowed);
+                        for (const int i : excess)
                             expectedCauses.insert(i);
                     }
                 }
