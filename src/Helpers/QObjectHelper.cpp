@@ -12,6 +12,10 @@ constexpr char objectNameProperty[] = "objectName";
 constexpr int objectNameIndex = 0;
 constexpr char objectSeparator[] = "\n=========\n";
 
+// The texts only: the warnings tell the function that was called.
+constexpr char noObject[] = "Object can't be null";
+constexpr char noPair[] = "source nor target can be null";
+
 bool isObjectName(const QMetaProperty &property)
 {
     return std::strcmp(property.name(), objectNameProperty) == 0;
@@ -38,22 +42,6 @@ QMetaProperty counterpart(const QMetaProperty &property, const QObject &target)
     return other.userType() == property.userType() ? other : QMetaProperty();
 }
 
-bool isPair(const QObject *source, const QObject *target)
-{
-    if (source && target)
-        return true;
-    qWarning() << "source nor target can be null";
-    return false;
-}
-
-bool isObject(const QObject *object)
-{
-    if (object)
-        return true;
-    qWarning() << "Object can't be null";
-    return false;
-}
-
 QString inParentheses(const QStringList &texts)
 {
     return QLatin1Char('(') + texts.join(QLatin1Char(',')) + QLatin1Char(')');
@@ -63,8 +51,10 @@ QString inParentheses(const QStringList &texts)
 QStringList QObjectHelper::propertyNames(const QObject *object)
 {
     QStringList names;
-    if (!isObject(object))
+    if (!object) {
+        qWarning() << noObject;
         return names;
+    }
     forEachProperty(*object, [&](const QMetaProperty &property) {
         names.append(QString::fromUtf8(property.name()));
         return true;
@@ -74,14 +64,20 @@ QStringList QObjectHelper::propertyNames(const QObject *object)
 
 int QObjectHelper::propertyCount(const QObject *object)
 {
-    return isObject(object) ? object->metaObject()->propertyCount() - 1 : 0;
+    if (!object) {
+        qWarning() << noObject;
+        return 0;
+    }
+    return object->metaObject()->propertyCount() - 1;
 }
 
 QVariantHash QObjectHelper::properties(const QObject *object)
 {
     QVariantHash values;
-    if (!isObject(object))
+    if (!object) {
+        qWarning() << noObject;
         return values;
+    }
     forEachProperty(*object, [&](const QMetaProperty &property) {
         values.insert(QString::fromUtf8(property.name()), property.read(object));
         return true;
@@ -91,15 +87,21 @@ QVariantHash QObjectHelper::properties(const QObject *object)
 
 QVariant QObjectHelper::propertyValue(const QObject *object, int index)
 {
-    if (!isObject(object) || index < 0 || index >= propertyCount(object))
+    if (!object) {
+        qWarning() << noObject;
+        return {};
+    }
+    if (index < 0 || index >= propertyCount(object))
         return {};
     return object->metaObject()->property(index + 1).read(object);
 }
 
 bool QObjectHelper::reassign(const QObject *source, QObject *target)
 {
-    if (!isPair(source, target))
+    if (!source || !target) {
+        qWarning() << noPair;
         return false;
+    }
     return forEachProperty(*source, [&](const QMetaProperty &property) {
         counterpart(property, *target).write(target, property.read(source));
         return true;
@@ -108,8 +110,10 @@ bool QObjectHelper::reassign(const QObject *source, QObject *target)
 
 bool QObjectHelper::reassign(const QVector<QVariant> &values, QObject *target)
 {
-    if (!isObject(target))
+    if (!target) {
+        qWarning() << noObject;
         return false;
+    }
     if (values.size() != propertyCount(target)) {
         qWarning() << "property count doesn't match" << values.size() << propertyCount(target);
         return false;
@@ -123,8 +127,10 @@ bool QObjectHelper::reassign(const QVector<QVariant> &values, QObject *target)
 
 bool QObjectHelper::equal(const QObject *source, const QObject *target)
 {
-    if (!isPair(source, target))
+    if (!source || !target) {
+        qWarning() << noPair;
         return false;
+    }
     return forEachProperty(*source, [&](const QMetaProperty &property) {
         const QMetaProperty other = counterpart(property, *target);
         return other.isValid() && property.read(source) == other.read(target);
