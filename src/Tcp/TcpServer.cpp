@@ -21,10 +21,15 @@ TcpServer::TcpServer(QObject *parent)
 
 TcpServer::~TcpServer()
 {
-    // The clients die with mServer: closing them must not reach members that are gone already.
+    // Closing them must not reach members that are gone already. They die later: this may come from one of their
+    // signals.
     const auto sockets = mServer.findChildren<QTcpSocket *>();
-    for (QTcpSocket *const socket : sockets)
+    for (QTcpSocket *const socket : sockets) {
         socket->disconnect(this);
+        socket->setParent(nullptr);
+        socket->abort();
+        socket->deleteLater();
+    }
 }
 
 bool TcpServer::start(int port)
