@@ -6,6 +6,7 @@
 
 #include <QDebug>
 #include <QPointer>
+#include <QTcpSocket>
 
 #include <limits>
 
@@ -29,21 +30,19 @@ TcpClient::TcpClient(QObject *parent)
 
     connect(this, &TcpClient::send, this, &TcpClient::onSend, Qt::AutoConnection);
     connect(this, &TcpClient::isConnected_changed, this, &TcpClient::announceConnection, Qt::AutoConnection);
-    connect(&mSocket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, Qt::AutoConnection);
-    connect(&mSocket, &QTcpSocket::connected, this, &TcpClient::onConnected, Qt::AutoConnection);
-    connect(&mSocket, &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, Qt::AutoConnection);
+    renewSocket();
 }
 
 TcpClient::~TcpClient()
 {
-    mSocket.disconnect(this); // closing it must not reach members that are gone already
-    mSocket.abort();
+    mSocket->disconnect(this); // closing it must not reach members that are gone already
+    mSocket->abort();
 }
 
 bool TcpClient::start(const QString &ip, int port)
 {
-    if (mSocket.state() == QAbstractSocket::ConnectedState || isConnected()) {
-        qWarning() << "already started & connected" << isConnected() << mSocket.state();
+    if (mSocket->state() == QAbstractSocket::ConnectedState || isConnected()) {
+        qWarning() << "already started & connected" << isConnected() << mSocket->state();
         return true;
     }
     if (!isPort(port)) {
@@ -53,10 +52,10 @@ bool TcpClient::start(const QString &ip, int port)
 
     mServerIP = ip;
     mServerPort = port;
-    mSocket.abort(); // it may still be connecting to the former address
+    mSocket->abort(); // it may still be connecting to the former address
     const QPointer<TcpClient> self(this);
-    mSocket.connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
-    const bool isStarted = mSocket.waitForConnected(connectTimeout);
+    mSocket->connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    const bool isStarted = mSocket->waitForConnected(connectTimeout);
     if (self && !isStarted && !isConnected())
         retryLater(false);
     return isStarted;
@@ -65,10 +64,18 @@ bool TcpClient::start(const QString &ip, int port)
 void TcpClient::stop()
 {
     // Stopping does not end the retries: the link has to come back by itself.
-    if (mSocket.isOpen() && isConnected())
-        mSocket.disconnectFromHost();
+    if (mSocket->isOpen() && isConnected())
+        mSocket->disconnectFromHost();
     else
-        mSocket.abort();
+        mSocket->abort();
+}
+
+void TcpClient::renewSocket()
+{
+    mSocket.reset(new QTcpSocket);
+    connect(mSocket.data(), &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, Qt::AutoConnection);
+    connect(mSocket.data(), &QTcpSocket::connected, this, &TcpClient::onConnected, Qt::AutoConnection);
+    connect(mSocket.data(), &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, Qt::AutoConnection);
 }
 
 void TcpClient::onConnected()
@@ -81,30 +88,31 @@ void TcpClient::onConnected()
 void TcpClient::onDisconnected()
 {
     qDebug() << "Disonnected from server";
+    mSocketBuffer->append(mSocket->readAll());
+    mSocket->disconnect(this);
+    renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
     const QPointer<TcpClient> self(this);
     set_isConnected(false);
-    if (!self || mSocket.state() != QAbstractSocket::UnconnectedState) // a receiver has started it again
-        return;
-    mSocket.abort();
-    retryLater(true);
+    if (self && mSocket->state() == QAbstractSocket::UnconnectedState)
+        retryLater(true);
 }
 
 void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
     do {
-        mSocketBuffer->append(mSocket.readAll());
+        mSocketBuffer->append(mSocket->readAll());
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;
         }
-    } while (mSocket.bytesAvailable() > 0); // came in while a receiver ran an event loop of its own
+    } while (mSocket->bytesAvailable() > 0); // came in while a receiver ran an event loop of its own
 }
 
 void TcpClient::onSend(const AbstractTcpMessage &message)
 {
-    if (!mSocket.isOpen() || !isConnected() || !writeMessage(mSocket, message))
+    if (!mSocket->isOpen() || !isConnected() || !writeMessage(*mSocket, message))
         qWarning() << "Socket not open";
 }
 

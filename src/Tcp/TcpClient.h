@@ -5,11 +5,12 @@
 #include "Tcp/AbstractTcpMessage.h"
 #include "VantorBase_export.h"
 
-#include <QTcpSocket>
+#include <QScopedPointer>
 #include <QTimer>
 
 #include <memory>
 
+class QTcpSocket;
 class SocketBuffer;
 
 /// The end of the link that connects, and connects again whenever the link is lost, until it is destroyed.
@@ -42,6 +43,7 @@ Q_SIGNALS:
     void disconnected();
 
 private:
+    void renewSocket();
     void onConnected();
     void onDisconnected();
     void onReadyRead();
@@ -50,7 +52,7 @@ private:
     void retryLater(bool afterDrop);
     void retry();
 
-    QTcpSocket mSocket;
+    QScopedPointer<QTcpSocket, QScopedPointerDeleteLater> mSocket; ///< its own signals may destroy the client
     std::unique_ptr<SocketBuffer> mSocketBuffer;
     QString mServerIP;
     int mServerPort = 0;
