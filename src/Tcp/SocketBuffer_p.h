@@ -14,6 +14,10 @@ public:
     QByteArray takePayload();
 
 private:
+    /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
+    void foldLength();
+
     QByteArray mBytes;
     int mPosition = 0; ///< of the first byte that was not taken
+    int mFolded = 0; ///< bytes that were received for the length at the position, and dropped
 };

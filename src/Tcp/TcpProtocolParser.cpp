@@ -8,9 +8,15 @@
 namespace {
 constexpr char payloadStart = '{';
 
-QByteArray eraseInvalid(QByteArray &buffer, int &position)
+// Qt reads "-0" as a number, too.
+bool isNegative(int number, const QByteArray &text)
 {
-    qWarning().noquote() << "Invalid data. Erasing buffer" << buffer.size() - position;
+    return number <= 0 && text.trimmed().startsWith('-');
+}
+
+QByteArray eraseInvalid(QByteArray &buffer, int &position, int size)
+{
+    qWarning().noquote() << "Invalid data. Erasing buffer" << size;
     buffer.clear(); // the start of a later frame goes too, on purpose
     position = 0;
     return {};
@@ -31,22 +37,23 @@ QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer)
     return payload;
 }
 
-QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position)
+QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded)
 {
     if (position >= buffer.size())
         return {};
 
+    const int size = buffer.size() - position + folded;
     const int start = buffer.indexOf(payloadStart, position);
-    const int digits = start < 0 ? buffer.size() - position : start - position;
+    const QByteArray digits = buffer.mid(position, start < 0 ? -1 : start - position);
     bool ok = false;
-    const int length = buffer.mid(position, digits).toInt(&ok);
-    if (!ok || length < 0)
-        return eraseInvalid(buffer, position);
+    const int length = digits.toInt(&ok);
+    if (!ok || isNegative(length, digits))
+        return eraseInvalid(buffer, position, size);
 
     const bool isComplete = start >= 0 && length <= buffer.size() - start;
     if (!isComplete) {
-        if (buffer.size() - position > maxBufferSize)
-            return eraseInvalid(buffer, position);
+        if (size > maxBufferSize)
+            return eraseInvalid(buffer, position, size);
         qDebug().noquote() << "Partial buffer, waiting for more data";
         return {};
     }

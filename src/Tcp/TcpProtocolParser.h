@@ -24,5 +24,6 @@ public:
 
     /// The same from a position on, which moves behind the payload while the buffer stays as it is: many frames are
     /// taken in linear time. An erased buffer is empty, and the position 0.
-    static QByteArray retrieveMessageData(QByteArray &buffer, int &position);
+    /// @param folded so many bytes more were received for the length at the position; they count as held back
+    static QByteArray retrieveMessageData(QByteArray &buffer, int &position, int folded = 0);
 };
