@@ -4,9 +4,8 @@
 #include <QByteArray>
 #include <QtGlobal>
 
-#include <functional>
-
 #include <csignal>
+#include <functional>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>

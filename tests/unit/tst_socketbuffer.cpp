@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <ctime>
 #include <random>
 
 namespace {
@@ -23,6 +24,14 @@ Bytes drain(Take take)
     for (QByteArray payload = take(); !payload.isEmpty() && payloads.size() <= maxPayloads; payload = take())
         payloads << payload;
     return payloads;
+}
+
+/// Seconds that this thread has worked; others may keep the machine busy.
+double processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
 }
 
 Bytes drained(SocketBuffer &buffer)
@@ -236,14 +245,13 @@ private Q_SLOTS:
             for (int round = 0; round < 3; ++round) {
                 SocketBuffer buffer;
                 buffer.append(frame.repeated(count));
-                QElapsedTimer timer;
-                timer.start();
+                const double start = processorTime();
                 int taken = 0;
                 for (QByteArray payload = buffer.takePayload(); !payload.isEmpty(); payload = buffer.takePayload())
                     ++taken;
                 if (taken != count)
                     return -1.0;
-                best = std::min(best, double(timer.nsecsElapsed()) * 1e-9);
+                best = std::min(best, processorTime() - start);
             }
             return best;
         };
