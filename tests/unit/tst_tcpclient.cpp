@@ -247,6 +247,19 @@ private Q_SLOTS:
             log.asText(), (QStringList{QStringLiteral("debug: true"), QStringLiteral("debug: Connected to server")}));
     }
 
+    void aConnectionEndsTheRetries()
+    {
+        TcpClient client;
+        QVERIFY(!client.start(Loopback::address(), Loopback::freePort()));
+        QVERIFY(startConnected(client));
+        const LogCapture log;
+        QSignalSpy changes(&client, &TcpClient::isConnected_changed);
+
+        QVERIFY(!changes.wait(oneRetry));
+
+        QCOMPARE(log.asText(), QStringList());
+    }
+
     void startBlocksForThreeSecondsAtMost()
     {
         const DeafServer server;
@@ -334,6 +347,7 @@ private Q_SLOTS:
         connect(&client, &TcpClient::disconnected, this,
             [&] { isStarted = client.start(Loopback::address(), other.serverPort()); });
 
+        const LogCapture log;
         mSocket->abort();
         QTRY_VERIFY(isStarted);
 
@@ -344,6 +358,9 @@ private Q_SLOTS:
         QTRY_VERIFY(other.hasPendingConnections());
         mSocket = other.nextPendingConnection();
         exchange(client);
+        QCOMPARE(log.asText(),
+            (QStringList{QStringLiteral("debug: Disonnected from server"), QStringLiteral("debug: false"),
+                QStringLiteral("debug: true"), QStringLiteral("debug: Connected to server")}));
         QVERIFY(!other.hasPendingConnections());
         QVERIFY(!mPeer->hasPendingConnections());
     }
