@@ -108,7 +108,7 @@ private Q_SLOTS:
                 {QStringLiteral("list"), QJsonArray{1.0, QStringLiteral("two"), true}},
                 {QStringLiteral("ticks"), qint64(9007199254740991)}}));
         QCOMPARE(JsonHelper::toJsonObject(&settings), json);
-        QCOMPARE(json.keys().first(), QStringLiteral("amount"));
+        QCOMPARE(json.keys().constFirst(), QStringLiteral("amount"));
     }
 
     void reservedNamesAreNeverWritten()

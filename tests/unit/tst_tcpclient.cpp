@@ -449,7 +449,8 @@ private Q_SLOTS:
         std::thread([&] { Q_EMIT client.send(AbstractTcpMessage()); }).join();
 
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().contains(QLatin1String("Cannot queue arguments of type 'AbstractTcpMessage'")));
+        QVERIFY(
+            log.warnings().constFirst().contains(QLatin1String("Cannot queue arguments of type 'AbstractTcpMessage'")));
         QVERIFY(!mSocket->waitForReadyRead(50));
     }
 
@@ -465,8 +466,9 @@ private Q_SLOTS:
             Q_EMIT client.send(large);
 
         QCOMPARE(log.asText().size(), 1);
-        QVERIFY2(log.asText().first().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
-            qPrintable(log.asText().first()));
+        QVERIFY2(
+            log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
+            qPrintable(log.asText().constFirst()));
         QVERIFY(client.isConnected());
     }
 

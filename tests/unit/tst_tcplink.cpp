@@ -94,8 +94,8 @@ private Q_SLOTS:
         QCOMPARE(atServer.numbers(), numbersUpTo(count));
         QCOMPARE(atClient.numbers(), numbersUpTo(count));
         QVERIFY(atServer.isGood() && atClient.isGood());
-        QCOMPARE(atServer.notes().last(), QString(count - 1, QLatin1Char('{')));
-        QCOMPARE(atClient.notes().last(), QString::number(count - 1));
+        QCOMPARE(atServer.notes().constLast(), QString(count - 1, QLatin1Char('{')));
+        QCOMPARE(atClient.notes().constLast(), QString::number(count - 1));
     }
 
     void anEndpointMayAnswerAtOnce()
@@ -127,7 +127,7 @@ private Q_SLOTS:
 
         QTRY_COMPARE_WITH_TIMEOUT(atServer.numbers().size(), 1, 20000);
         QVERIFY(atServer.isGood());
-        QVERIFY(atServer.notes().first() == note);
+        QVERIFY(atServer.notes().constFirst() == note);
         QCOMPARE(log.warnings(), QStringList());
     }
 

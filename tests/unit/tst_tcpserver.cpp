@@ -49,6 +49,8 @@ class TestTcpServer : public QObject
 private Q_SLOTS:
     void init()
     {
+        mPayloads.clear();
+        mTold.clear();
         mServer = std::make_unique<TcpServer>();
         mPort = Loopback::freePort();
         QVERIFY(mServer->start(mPort));
@@ -222,7 +224,7 @@ private Q_SLOTS:
         const QSignalSpy data(mServer.get(), &TcpServer::dataReceived);
         QVERIFY(connectClient(mFirst));
         mFirst->write("9");
-        QTRY_COMPARE(log.debugs().last(), QStringLiteral("Partial buffer, waiting for more data"));
+        QTRY_COMPARE(log.debugs().constLast(), QStringLiteral("Partial buffer, waiting for more data"));
         QVERIFY(connectClient(mSecond));
 
         const QByteArray first = "{" + QByteArray(23, 'x') + "}";
@@ -231,7 +233,7 @@ private Q_SLOTS:
         QTRY_COMPARE(received(data), QByteArrayList{first + others});
 
         mSecond->write(frame(7));
-        QTRY_COMPARE(received(data).last(), payload(7));
+        QTRY_COMPARE(received(data).constLast(), payload(7));
         QCOMPARE(data.count(), 2);
     }
 
@@ -241,7 +243,7 @@ private Q_SLOTS:
         const QSignalSpy data(mServer.get(), &TcpServer::dataReceived);
         QVERIFY(connectClient(mFirst));
         mFirst->write("2{");
-        QTRY_COMPARE(log.debugs().last(), QStringLiteral("Partial buffer, waiting for more data"));
+        QTRY_COMPARE(log.debugs().constLast(), QStringLiteral("Partial buffer, waiting for more data"));
         QVERIFY(connectClient(mSecond));
 
         mSecond->write("2{}");
@@ -333,7 +335,8 @@ private Q_SLOTS:
         std::thread([&] { Q_EMIT mServer->send(AbstractTcpMessage()); }).join();
 
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().contains(QLatin1String("Cannot queue arguments of type 'AbstractTcpMessage'")));
+        QVERIFY(
+            log.warnings().constFirst().contains(QLatin1String("Cannot queue arguments of type 'AbstractTcpMessage'")));
         QVERIFY(!mFirst->waitForReadyRead(50));
     }
 
@@ -348,8 +351,9 @@ private Q_SLOTS:
             Q_EMIT mServer->send(large);
 
         QCOMPARE(log.asText().size(), 1);
-        QVERIFY2(log.asText().first().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
-            qPrintable(log.asText().first()));
+        QVERIFY2(
+            log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
+            qPrintable(log.asText().constFirst()));
     }
 
     void aReceiverOfClientDisconnectedMaySendAndStop()
@@ -371,10 +375,9 @@ private Q_SLOTS:
     void bytesThatComeWhileAReceiverRunsAnEventLoopAreRead()
     {
         QVERIFY(connectClient(mFirst));
-        QByteArrayList payloads;
-        connect(mServer.get(), &TcpServer::dataReceived, this, [&](const QByteArray &data) {
-            payloads << data;
-            if (payloads.size() > 1)
+        connect(mServer.get(), &TcpServer::dataReceived, this, [this](const QByteArray &data) {
+            mPayloads << data;
+            if (mPayloads.size() > 1)
                 return;
             mFirst->write(frame(8) + frame(9));
             runEventLoop();
@@ -382,16 +385,15 @@ private Q_SLOTS:
 
         mFirst->write(frame(7));
 
-        QTRY_COMPARE(payloads, (QByteArrayList{payload(7), payload(8), payload(9)}));
+        QTRY_COMPARE(mPayloads, (QByteArrayList{payload(7), payload(8), payload(9)}));
     }
 
     void aReplacedClientIsNotReadAnyMore()
     {
         QVERIFY(connectClient(mFirst));
-        QByteArrayList payloads;
-        connect(mServer.get(), &TcpServer::dataReceived, this, [&](const QByteArray &data) {
-            payloads << data;
-            if (payloads.size() > 1)
+        connect(mServer.get(), &TcpServer::dataReceived, this, [this](const QByteArray &data) {
+            mPayloads << data;
+            if (mPayloads.size() > 1)
                 return;
             mFirst->write(frame(8));
             runEventLoop();
@@ -402,19 +404,16 @@ private Q_SLOTS:
         QTRY_VERIFY(mSecond && mSecond->state() == QAbstractSocket::ConnectedState);
         mSecond->write(frame(9));
 
-        QTRY_COMPARE(payloads, (QByteArrayList{payload(7), payload(9)}));
+        QTRY_COMPARE(mPayloads, (QByteArrayList{payload(7), payload(9)}));
     }
 
     void ofTwoClientsThatComeInEachOtherTheNewestStays()
     {
         QVERIFY(connectClient(mFirst));
-        QStringList told;
-        bool isNested = false;
-        connect(mServer.get(), &TcpServer::clientConnected, this, [&] { told << QStringLiteral("connected"); });
-        connect(mServer.get(), &TcpServer::clientDisconnected, this, [&] {
-            told << QStringLiteral("disconnected");
-            if (!isNested) {
-                isNested = true;
+        connect(mServer.get(), &TcpServer::clientConnected, this, [this] { mTold << QStringLiteral("connected"); });
+        connect(mServer.get(), &TcpServer::clientDisconnected, this, [this] {
+            mTold << QStringLiteral("disconnected");
+            if (!mThird) {
                 mThird = std::make_unique<QTcpSocket>();
                 mThird->connectToHost(Loopback::address(), quint16(mPort));
                 runEventLoop();
@@ -423,7 +422,7 @@ private Q_SLOTS:
 
         mSecond = std::make_unique<QTcpSocket>();
         mSecond->connectToHost(Loopback::address(), quint16(mPort));
-        QTRY_COMPARE(told, (QStringList{QStringLiteral("disconnected"), QStringLiteral("connected")}));
+        QTRY_COMPARE(mTold, (QStringList{QStringLiteral("disconnected"), QStringLiteral("connected")}));
 
         QTRY_COMPARE(mSecond->state(), QAbstractSocket::UnconnectedState);
         QTRY_COMPARE(mThird->state(), QAbstractSocket::ConnectedState);
@@ -432,7 +431,7 @@ private Q_SLOTS:
         QTRY_COMPARE(received(data), QByteArrayList{payload(7)});
         Q_EMIT mServer->send(AbstractTcpMessage());
         QTRY_COMPARE(mThird->peek(100), frame(0));
-        QCOMPARE(told.size(), 2);
+        QCOMPARE(mTold.size(), 2);
     }
 
     void aReceiverMayDestroyTheServer_data()
@@ -511,7 +510,8 @@ private:
     static int erasedBytes(const LogCapture &log)
     {
         int bytes = 0;
-        for (const QString &warning : log.warnings())
+        const QStringList warnings = log.warnings();
+        for (const QString &warning : warnings)
             bytes += warning.section(QLatin1Char(' '), -1).toInt();
         return bytes;
     }
@@ -521,6 +521,8 @@ private:
     std::unique_ptr<QTcpSocket> mFirst;
     std::unique_ptr<QTcpSocket> mSecond;
     std::unique_ptr<QTcpSocket> mThird;
+    QByteArrayList mPayloads; ///< what a receiver of its own collects
+    QStringList mTold;
 };
 
 QTEST_GUILESS_MAIN(TestTcpServer)

@@ -201,28 +201,26 @@ private Q_SLOTS:
     void theUnitsAddressIsSettledBeforeLaterReceiversHear()
     {
         resetValues();
-        QString seen;
         const QObject listener;
-        connect(mUnit.get(), &VantorBase::mainIp_changed, &listener, [&] { seen = mUnit->unitIp(); });
+        connect(mUnit.get(), &VantorBase::mainIp_changed, &listener, [this] { mTold << mUnit->unitIp(); });
 
         mUnit->set_mainIp(address1());
 
-        QCOMPARE(seen, address1());
+        QCOMPARE(mTold, QStringList{address1()});
     }
 
     void aReceiverMayReadAndWriteTheSameProperty()
     {
         resetValues();
-        QStringList told;
         const QObject listener;
-        connect(mUnit.get(), &VantorBase::mainIp_changed, &listener, [&](const QString &value) {
-            told << value << mUnit->mainIp();
+        connect(mUnit.get(), &VantorBase::mainIp_changed, &listener, [this](const QString &value) {
+            mTold << value << mUnit->mainIp();
             mUnit->set_mainIp(address2());
         });
 
         mUnit->set_mainIp(address1());
 
-        QCOMPARE(told, (QStringList{address1(), address1(), address2(), address2()}));
+        QCOMPARE(mTold, (QStringList{address1(), address1(), address2(), address2()}));
         QCOMPARE(mUnit->mainIp(), address2());
         QCOMPARE(mUnit->unitIp(), address2());
     }
@@ -341,9 +339,11 @@ private:
         mUnit->set_mainIp(QStringLiteral("localhost"));
         mUnit->set_remoteIp(QStringLiteral("localhost"));
         mUnit->set_unitIp(QStringLiteral("localhost"));
+        mTold.clear();
     }
 
     std::unique_ptr<VantorBase> mUnit;
+    QStringList mTold; ///< what a receiver heard or read
 };
 
 QTEST_GUILESS_MAIN(TestVantorBase)
