@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Helpers/JsonHelper.h"
+
+#include <QDebug>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QMetaProperty>
+
+#include <cstring>
+
+namespace {
+constexpr char objectNameProperty[] = "objectName";
+constexpr char jsonArrayProperty[] = "jsonarray";
+
+bool isReserved(const char *name)
+{
+    return std::strcmp(name, objectNameProperty) == 0 || std::strcmp(name, CLASS_NAME_TAG) == 0;
+}
+
+bool isObject(const QObject *object)
+{
+    if (object)
+        return true;
+    qWarning() << "Object can't be null";
+    return false;
+}
+
+void setArray(const QJsonArray &array, QObject *target)
+{
+    const QMetaObject *const metaObject = target->metaObject();
+    for (int i = 0; i < metaObject->propertyCount(); ++i) {
+        const char *const name = metaObject->property(i).name();
+        if (std::strcmp(name, jsonArrayProperty) == 0)
+            target->setProperty(name, QVariant(array));
+    }
+}
+} // namespace
+
+QJsonObject JsonHelper::toJsonObject(const QObject &object)
+{
+    QJsonObject json;
+    const QMetaObject *const metaObject = object.metaObject();
+    for (int i = 0; i < metaObject->propertyCount(); ++i) {
+        const char *const name = metaObject->property(i).name();
+        if (!isReserved(name)) // by name: where a derived class declares a property again, its value is the one
+            json.insert(QString::fromUtf8(name), QJsonValue::fromVariant(object.property(name)));
+    }
+    return json;
+}
+
+QJsonObject JsonHelper::toJsonObject(const QObject *object)
+{
+    return isObject(object) ? toJsonObject(*object) : QJsonObject();
+}
+
+QByteArray JsonHelper::toByteArray(const QObject &object)
+{
+    return toByteArray(toJsonObject(object));
+}
+
+QByteArray JsonHelper::toByteArray(const QObject *object)
+{
+    return isObject(object) ? toByteArray(*object) : QByteArray();
+}
+
+QByteArray JsonHelper::toByteArray(const QJsonObject &json)
+{
+    return QJsonDocument(json).toJson();
+}
+
+bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
+{
+    if (!isObject(target))
+        return false;
+    for (auto value = json.constBegin(); value != json.constEnd(); ++value)
+        target->setProperty(value.key().toUtf8().constData(), value.value().toVariant());
+    return true;
+}
+
+bool JsonHelper::fromJson(const QByteArray &data, QObject *target)
+{
+    if (!isObject(target))
+        return false;
+    const QJsonDocument document = QJsonDocument::fromJson(data);
+    if (document.isArray()) {
+        setArray(document.array(), target);
+        return true;
+    }
+    if (document.isObject())
+        return fromJson(document.object(), target);
+    qDebug() << "Document is not an Object" << document.isNull();
+    return false;
+}

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "VantorBase_export.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+
+class QObject;
+
+/// Under this key users of the library note the class of an object in their JSON; JsonHelper itself never writes it.
+constexpr char CLASS_NAME_TAG[] = "className";
+
+/// Turns the declared properties of an object into one flat JSON object and back.
+class VANTORBASE_EXPORT JsonHelper
+{
+public:
+    JsonHelper() = delete;
+
+    /// All properties but "objectName" and "className". What JSON cannot say (NaN, most types) becomes null.
+    static QJsonObject toJsonObject(const QObject &object);
+    static QJsonObject toJsonObject(const QObject *object); ///< the object must not be null
+
+    /// Indented, on several lines.
+    static QByteArray toByteArray(const QObject &object);
+    static QByteArray toByteArray(const QObject *object); ///< the object must not be null
+    static QByteArray toByteArray(const QJsonObject &json);
+
+    /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
+    /// decides what is set: nothing is checked. Always true.
+    static bool fromJson(const QJsonObject &json, QObject *target);
+
+    /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else.
+    static bool fromJson(const QByteArray &data, QObject *target);
+};

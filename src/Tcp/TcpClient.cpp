@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Tcp/TcpClient.h"
+
+#include "Tcp/MessageWriter_p.h"
+#include "Tcp/SocketBuffer_p.h"
+
+#include <QDebug>
+#include <QPointer>
+#include <QTcpSocket>
+
+#include <limits>
+
+namespace {
+constexpr int connectTimeout = 3000; // milliseconds
+constexpr int retryDelay = 1000; // milliseconds
+
+bool isPort(int port)
+{
+    return port >= 1 && port <= std::numeric_limits<quint16>::max();
+}
+} // namespace
+
+TcpClient::TcpClient(QObject *parent)
+    : QObject(parent)
+    , mSocketBuffer(std::make_unique<SocketBuffer>())
+{
+    mRetryTimer.setSingleShot(true);
+    mRetryTimer.setInterval(retryDelay);
+    connect(&mRetryTimer, &QTimer::timeout, this, &TcpClient::retry);
+
+    connect(this, &TcpClient::send, this, &TcpClient::onSend, Qt::AutoConnection);
+    connect(this, &TcpClient::isConnected_changed, this, &TcpClient::announceConnection, Qt::AutoConnection);
+    renewSocket();
+}
+
+TcpClient::~TcpClient()
+{
+    mSocket->disconnect(this); // closing it must not reach members that are gone already
+    mSocket->abort();
+}
+
+bool TcpClient::start(const QString &ip, int port)
+{
+    if (mSocket->state() == QAbstractSocket::ConnectedState || isConnected()) {
+        qWarning() << "already started & connected" << isConnected() << mSocket->state();
+        return true;
+    }
+    if (!isPort(port)) {
+        qWarning() << "invalid port" << port;
+        return false;
+    }
+
+    mServerIP = ip;
+    mServerPort = port;
+    mSocket->abort(); // it may still be connecting to the former address
+    const QPointer<TcpClient> self(this);
+    mSocket->connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    const bool isStarted = mSocket->waitForConnected(connectTimeout);
+    if (self && !isStarted && !isConnected())
+        retryLater(false);
+    return isStarted;
+}
+
+void TcpClient::stop()
+{
+    // Stopping does not end the retries: the link has to come back by itself.
+    if (mSocket->isOpen() && isConnected())
+        mSocket->disconnectFromHost();
+    else
+        mSocket->abort();
+}
+
+void TcpClient::renewSocket()
+{
+    mSocket.reset(new QTcpSocket);
+    connect(mSocket.data(), &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, Qt::AutoConnection);
+    connect(mSocket.data(), &QTcpSocket::connected, this, &TcpClient::onConnected, Qt::AutoConnection);
+    connect(mSocket.data(), &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, Qt::AutoConnection);
+}
+
+void TcpClient::onConnected()
+{
+    mRetryTimer.stop();
+    set_isConnected(true);
+    qDebug() << "Connected to server";
+}
+
+void TcpClient::onDisconnected()
+{
+    qDebug() << "Disonnected from server";
+    mSocketBuffer->append(mSocket->readAll());
+    mSocket->disconnect(this);
+    renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
+    const QPointer<TcpClient> self(this);
+    set_isConnected(false);
+    if (self && mSocket->state() == QAbstractSocket::UnconnectedState)
+        retryLater(true);
+}
+
+void TcpClient::onReadyRead()
+{
+    const QPointer<TcpClient> self(this);
+    do {
+        mSocketBuffer->append(mSocket->readAll());
+        for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
+            Q_EMIT dataReceived(data);
+            if (!self)
+                return;
+        }
+    } while (mSocket->bytesAvailable() > 0); // came in while a receiver ran an event loop of its own
+}
+
+void TcpClient::onSend(const AbstractTcpMessage &message)
+{
+    if (!mSocket->isOpen() || !isConnected() || !writeMessage(*mSocket, message))
+        qWarning() << "Socket not open";
+}
+
+void TcpClient::announceConnection(bool value)
+{
+    qDebug() << value;
+    if (value)
+        Q_EMIT connected();
+    else
+        Q_EMIT disconnected();
+}
+
+void TcpClient::retryLater(bool afterDrop)
+{
+    mRetriesAfterDrop = afterDrop;
+    mRetryTimer.start();
+}
+
+void TcpClient::retry()
+{
+    if (mRetriesAfterDrop)
+        qDebug() << "";
+    start(mServerIP, mServerPort);
+}

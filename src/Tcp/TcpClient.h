@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Property.h"
+#include "Tcp/AbstractTcpMessage.h"
+#include "VantorBase_export.h"
+
+#include <QScopedPointer>
+#include <QTimer>
+
+#include <memory>
+
+class QTcpSocket;
+class SocketBuffer;
+
+/// The end of the link that connects, and connects again whenever the link is lost, until it is destroyed.
+///
+/// Belongs to one thread; emit send() there. Messages sent while there is no connection are lost. A receiver of any
+/// signal may start, stop or destroy the client.
+class VANTORBASE_EXPORT TcpClient : public QObject
+{
+    Q_OBJECT
+    VANTOR_PROPERTY(bool, isConnected, false)
+
+public:
+    explicit TcpClient(QObject *parent = nullptr);
+    ~TcpClient() override;
+
+    /// Connects, and blocks for up to 3 s for that. Returns whether it succeeded; without success it is tried again a
+    /// second later, and so on. True at once when connected already; false at once for a port outside of 1 to 65535.
+    /// @param ip an address; the look-up of a host name may block for longer
+    bool start(const QString &ip, int port);
+
+    /// Closes the connection, which comes back a second later.
+    void stop();
+
+Q_SIGNALS:
+    void send(const AbstractTcpMessage &message);
+
+    /// @param data the payload of one frame
+    void dataReceived(QByteArray data);
+    void connected();
+    void disconnected();
+
+private:
+    void renewSocket();
+    void onConnected();
+    void onDisconnected();
+    void onReadyRead();
+    void onSend(const AbstractTcpMessage &message);
+    void announceConnection(bool value);
+    void retryLater(bool afterDrop);
+    void retry();
+
+    QScopedPointer<QTcpSocket, QScopedPointerDeleteLater> mSocket; ///< its own signals may destroy the client
+    std::unique_ptr<SocketBuffer> mSocketBuffer;
+    QString mServerIP;
+    int mServerPort = 0;
+    QTimer mRetryTimer; ///< a single one: starts that fail do not pile up retries
+    bool mRetriesAfterDrop = false;
+};

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Tcp/TcpProtocolParser.h"
+
+#include "Tcp/AbstractTcpMessage.h"
+
+#include <QDebug>
+
+namespace {
+constexpr char payloadStart = '{';
+
+// Qt reads "-0" as a number, too.
+bool isNegative(int number, const QByteArray &text)
+{
+    return number <= 0 && text.trimmed().startsWith('-');
+}
+
+QByteArray eraseInvalid(QByteArray &buffer, int &position, int size)
+{
+    qWarning().noquote() << "Invalid data. Erasing buffer" << size;
+    buffer.clear(); // the start of a later frame goes too, on purpose
+    position = 0;
+    return {};
+}
+} // namespace
+
+QByteArray TcpProtocolParser::messageToData(const AbstractTcpMessage &message)
+{
+    const QByteArray payload = message.toByteArray();
+    return QByteArray::number(payload.size()) + payload;
+}
+
+QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer)
+{
+    int position = 0;
+    const QByteArray payload = retrieveMessageData(buffer, position);
+    buffer.remove(0, position);
+    return payload;
+}
+
+QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded)
+{
+    if (position >= buffer.size())
+        return {};
+
+    const int size = buffer.size() - position + folded;
+    const int start = buffer.indexOf(payloadStart, position);
+    const QByteArray digits = buffer.mid(position, start < 0 ? -1 : start - position);
+    bool ok = false;
+    const int length = digits.toInt(&ok);
+    if (!ok || isNegative(length, digits))
+        return eraseInvalid(buffer, position, size);
+
+    const bool isComplete = start >= 0 && length <= buffer.size() - start;
+    if (!isComplete) {
+        if (size > maxBufferSize)
+            return eraseInvalid(buffer, position, size);
+        qDebug().noquote() << "Partial buffer, waiting for more data";
+        return {};
+    }
+    position = start + length;
+    return buffer.mid(start, length);
+}
