@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// Two threads count in one plain variable: a race on purpose. With an argument they take turns, by Qt's own means.
+#include <QMutex>
+#include <QMutexLocker>
+#include <QThread>
+
+#include <memory>
+
+int main(int argc, char ** /*argv*/)
+{
+    constexpr int rounds = 200000; // long enough for the two to meet
+    const bool isGuarded = argc > 1;
+    QMutex mutex;
+    int counter = 0;
+    const auto count = [&] {
+        for (int i = 0; i < rounds; ++i) {
+            const std::unique_ptr<QMutexLocker> lock = isGuarded ? std::make_unique<QMutexLocker>(&mutex) : nullptr;
+            ++counter;
+        }
+    };
+
+    const std::unique_ptr<QThread> other(QThread::create(count));
+    other->start();
+    count();
+    other->wait();
+    return counter > 0 ? 0 : 1;
+}
