@@ -86,6 +86,14 @@ QString integerText(double value)
     return std::abs(value) < bound ? QString::number(static_cast<qint64>(value)) : QString::number(value, 'f', 0);
 }
 
+/// Of a number without an exponent.
+int significantDigitsOf(const QString &text)
+{
+    const auto *const first = std::find_if(text.cbegin(), text.cend(),
+        [](QChar character) { return character.isDigit() && character != QLatin1Char('0'); });
+    return static_cast<int>(std::count_if(first, text.cend(), [](QChar character) { return character.isDigit(); }));
+}
+
 QString clockText(int hours, int minutes, int seconds)
 {
     constexpr int width = 2;
@@ -404,10 +412,8 @@ QString UnitHelper::numericalValueToString(double value, int precision)
     if (size * perTiny <= 1 || decimals >= tooManyDecimals)
         return QString::number(value, 'E', fewestDigits);
 
-    // Of the text, because rounding can lead to one more: 99.999 is 100.
-    const QString roundedText = QString::number(size, 'f', decimals);
-    const int integerDigits = decimals == 0 ? roundedText.size() : roundedText.indexOf(QLatin1Char('.'));
-    return QString::number(value, 'G', std::max(integerDigits + decimals, fewestDigits));
+    const QString text = QString::number(value, 'f', decimals);
+    return significantDigitsOf(text) < fewestDigits ? QString::number(value, 'G', fewestDigits) : text;
 }
 
 // --- HTML

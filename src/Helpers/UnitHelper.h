@@ -104,9 +104,10 @@ public:
     /// 2. a >= 1000000000: six significant digits.
     /// 3. a * 1000000 <= 1, or the value rounded to `precision` decimals has 7 of them: one digit, three decimals and
     ///    an exponent.
-    /// 4. The significant digits of the value rounded to `precision` decimals, but at least three.
+    /// 4. The value rounded to `precision` decimals; where that has fewer than three significant digits, the value
+    ///    rounded to three of these.
     ///
-    /// Zeros behind the last decimal are dropped, except in rule 3. In rule 4 an exponent is written below 0.0001.
+    /// Zeros at the end of the decimals are dropped, except in rule 3. Rule 4 writes an exponent below 0.0001.
     ///
     /// | value            | precision 7   | precision 2 |
     /// |------------------|---------------|-------------|
