@@ -105,6 +105,17 @@ QString clockText(int hours, int minutes, int seconds)
         .arg(seconds, width, base, fill);
 }
 
+/// Lets QML hand over a timer where a constant one is wanted; other objects become none.
+bool registerTimerArgument()
+{
+    const auto asTimer = [](QObject *object) -> const QTimer * { return qobject_cast<const QTimer *>(object); };
+    const auto asNoTimer = [](std::nullptr_t) -> const QTimer * { return nullptr; };
+    qRegisterMetaType<const QTimer *>();
+    return QMetaType::registerConverter<QObject *, const QTimer *>(asTimer)
+        && QMetaType::registerConverter<std::nullptr_t, const QTimer *>(asNoTimer);
+}
+[[maybe_unused]] const bool isTimerArgumentRegistered = registerTimerArgument();
+
 /// Finds fault with the text of a duration, in the log.
 int refuseDuration(const char *fault, const QString &text)
 {
