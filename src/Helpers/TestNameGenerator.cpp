@@ -4,7 +4,12 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <charconv>
+#include <iterator>
 #include <limits>
+#include <numeric>
+#include <utility>
+#include <vector>
 
 namespace {
 using GenerateError = TestNameGenerator::GenerateError;
@@ -68,62 +73,106 @@ qint64 productOf(const QVector<qint64> &counts)
     return product;
 }
 
-/// @param step from 1; the column's own value is step 0
-QString valueAfter(const NameGenColumnValue &column, int step)
+/// One column of a run and the value it is at. It counts and holds no list, because a run can be long.
+class Wheel
 {
-    if (column.type != TestNameGenerator::tokenType_Number)
-        return QChar(static_cast<ushort>(column.value[0].unicode() + step));
+public:
+    Wheel(NameGenColumnValue column, qint64 count)
+        : mColumn(std::move(column))
+        , mCount(count)
+        , mIsNumber(mColumn.type == TestNameGenerator::tokenType_Number)
+        , mFirstNumber(mIsNumber ? mColumn.value.toInt() : 0)
+        , mLeadingZeros(TestNameGenerator::getLeadingZeroCount(mColumn))
+    {
+    }
 
-    const QString zeros(TestNameGenerator::getLeadingZeroCount(column), QLatin1Char('0'));
-    const QString text = zeros + QString::number(column.value.toInt() + step);
-    return text.right(column.value.size());
-}
+    qint64 valueCount() const { return std::max<qint64>(mCount, 1); }
+    int maxLength() const { return mColumn.value.size(); }
 
-NameGenPermutation permutationOf(const NameGenColumnValue &column, qint64 count)
+    bool advance()
+    {
+        if (mStep + 1 >= mCount)
+            return false;
+        ++mStep;
+        return true;
+    }
+
+    void reset() { mStep = 0; }
+
+    /// Writes up to maxLength() characters and returns the end of them.
+    QChar *write(QChar *out) const
+    {
+        if (mStep == 0)
+            return std::copy(mColumn.value.cbegin(), mColumn.value.cend(), out);
+        if (mIsNumber)
+            return writeNumber(out);
+        *out = QChar(static_cast<ushort>(mColumn.value[0].unicode() + mStep));
+        return out + 1;
+    }
+
+private:
+    /// With as many zeros in front as the first number has, as far as its width allows.
+    QChar *writeNumber(QChar *out) const
+    {
+        char digits[std::numeric_limits<qint64>::digits10 + 2];
+        const char *const end = std::to_chars(std::begin(digits), std::end(digits), mFirstNumber + mStep).ptr;
+        const int room = maxLength() - static_cast<int>(end - digits); // not negative: the last number has that width
+        out = std::fill_n(out, std::min(mLeadingZeros, room), QLatin1Char('0'));
+        return std::transform(
+            static_cast<const char *>(digits), end, out, [](char digit) { return QLatin1Char(digit); });
+    }
+
+    NameGenColumnValue mColumn;
+    qint64 mCount; ///< may be 0, which leaves the first value
+    bool mIsNumber;
+    qint64 mFirstNumber;
+    int mLeadingZeros;
+    qint64 mStep = 0;
+};
+
+/// What the wheels [begin, end) show, behind a text.
+QString textOf(const QString &start, const Wheel *begin, const Wheel *end)
 {
-    NameGenPermutation permutation;
-    permutation.values.reserve(static_cast<int>(std::max<qint64>(count, 1)));
-    permutation.values.append(column.value);
-    for (int step = 1; step < count; ++step)
-        permutation.values.append(valueAfter(column, step));
-    return permutation;
-}
-
-/// Appends the current values of columns [0, end).
-QString currentText(const QVector<NameGenPermutation> &columns, int end)
-{
-    QString text;
-    for (int i = 0; i < end; ++i)
-        text += columns[i].getCurrentValue();
+    const int maxLength = std::accumulate(
+        begin, end, start.size(), [](int length, const Wheel &wheel) { return length + wheel.maxLength(); });
+    QString text(maxLength, Qt::Uninitialized);
+    QChar *out = std::copy(start.cbegin(), start.cend(), text.data());
+    for (const Wheel *wheel = begin; wheel != end; ++wheel)
+        out = wheel->write(out);
+    text.truncate(static_cast<int>(out - text.constData()));
     return text;
 }
 
-/// Advances the columns before the last one. False when all of them were at their end.
-bool turnOver(QVector<NameGenPermutation> *columns)
+/// Turns the last of the wheels, and those before it where one comes round. False when all of them did.
+bool turn(Wheel *begin, Wheel *end)
 {
-    for (int i = columns->size() - 2; i >= 0; --i) {
-        if ((*columns)[i].incrementIndex())
+    while (end != begin) {
+        --end;
+        if (end->advance())
             return true;
-        (*columns)[i].resetIndex();
+        end->reset();
     }
     return false;
 }
 
-/// All combinations, the last column turning fastest.
-QVector<QString> combinationsOf(QVector<NameGenPermutation> columns)
+/// All combinations, the last wheel turning fastest.
+QVector<QString> combinationsOf(std::vector<Wheel> wheels)
 {
     qint64 count = 1;
-    for (const NameGenPermutation &column : qAsConst(columns))
-        count = std::min(count * column.values.size(), moreThanAnyLimit - 1);
+    for (const Wheel &wheel : wheels)
+        count = std::min(count * wheel.valueCount(), moreThanAnyLimit - 1);
     QVector<QString> names;
     names.reserve(static_cast<int>(count));
 
-    const QVector<QString> lastValues = columns.constLast().values;
+    Wheel *const first = wheels.data();
+    Wheel *const last = first + wheels.size() - 1;
     do {
-        const QString start = currentText(columns, columns.size() - 1);
-        for (const QString &end : lastValues)
-            names.append(start + end);
-    } while (turnOver(&columns));
+        const QString start = textOf({}, first, last);
+        do {
+            names.append(textOf(start, last, last + 1));
+        } while (last->advance());
+        last->reset();
+    } while (turn(first, last));
     return names;
 }
 } // namespace
@@ -226,12 +275,13 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     if (maxTestCount < productOf(counts))
         return ExceedsMax;
 
-    QVector<NameGenPermutation> permutations;
-    std::transform(columns.cbegin(), columns.cend(), counts.cbegin(), std::back_inserter(permutations), permutationOf);
-    if (permutations.isEmpty())
+    std::vector<Wheel> wheels;
+    std::transform(columns.cbegin(), columns.cend(), counts.cbegin(), std::back_inserter(wheels),
+        [](const NameGenColumnValue &column, qint64 count) { return Wheel(column, count); });
+    if (wheels.empty())
         return PermutationCalculationFailed;
 
-    returnNames += combinationsOf(permutations);
+    returnNames += combinationsOf(std::move(wheels));
     return NoError;
 }
 

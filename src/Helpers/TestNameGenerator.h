@@ -15,7 +15,7 @@ struct VANTORBASE_EXPORT NameGenColumnValue
     QString value;
 };
 
-/// The values that one column takes, and the one it is at.
+/// The values that one column takes, and the one it is at; for code that wants to hold them. The generator counts.
 struct VANTORBASE_EXPORT NameGenPermutation
 {
     int index = 0;

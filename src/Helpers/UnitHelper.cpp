@@ -4,8 +4,8 @@
 #include <QDebug>
 #include <QRegExp>
 #include <QRegularExpression>
+#include <QStringBuilder>
 #include <QStringList>
-#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +28,19 @@ struct VoltageRange
 };
 constexpr VoltageRange voltageRanges[] = {{150, 182}, {400, 180}, {1000, 179}};
 constexpr int highestVoltageDivisor = 180;
+
+struct RateUnit
+{
+    quint64 size; ///< bits per second
+    const char *name;
+};
+constexpr quint64 rateStep = 1000;
+constexpr RateUnit rateUnits[] = {
+    {1, QT_TRANSLATE_NOOP("UnitHelper", "bps")},
+    {1000, QT_TRANSLATE_NOOP("UnitHelper", "Kbps")},
+    {1000000, QT_TRANSLATE_NOOP("UnitHelper", "Mbps")},
+    {1000000000, QT_TRANSLATE_NOOP("UnitHelper", "Gbps")},
+};
 
 constexpr QLatin1String noReading("-");
 constexpr int opticalDecimals = 2;
@@ -362,21 +375,12 @@ QString UnitHelper::formatDecimalValueWithMeasureCount(qreal value, int precisio
 
 QString UnitHelper::formatBitsPerSecondDataRate(quint64 bps, int precision)
 {
-    constexpr quint64 kilo = 1000;
-    constexpr quint64 mega = 1000 * kilo;
-    constexpr quint64 giga = 1000 * mega;
-    const auto inUnitsOf = [bps, precision](quint64 unit) {
-        const float value = static_cast<float>(bps) / static_cast<float>(unit);
-        return formatDecimalValueWithMeasureCount(value, precision) + QLatin1Char(' ');
-    };
-
-    if (bps < kilo)
-        return QString::number(bps) + QLatin1Char(' ') + tr("bps");
-    if (bps < mega)
-        return inUnitsOf(kilo) + tr("Kbps");
-    if (bps < giga)
-        return inUnitsOf(mega) + tr("Mbps");
-    return inUnitsOf(giga) + tr("Gbps");
+    const auto *const unit = std::find_if(std::begin(rateUnits), std::end(rateUnits) - 1,
+        [bps](const RateUnit &candidate) { return bps < candidate.size * rateStep; });
+    const QString number = unit->size == 1
+        ? QString::number(bps)
+        : formatDecimalValueWithMeasureCount(static_cast<float>(bps) / static_cast<float>(unit->size), precision);
+    return number % QLatin1Char(' ') % tr(unit->name);
 }
 
 QString UnitHelper::bytesToReadable(quint64 bytes, uint decimalPoints)
@@ -392,7 +396,7 @@ QString UnitHelper::bytesToReadable(quint64 bytes, uint decimalPoints)
         if (value < bytesPerKilobyte)
             break;
     }
-    return fixedText(value, decimalPoints) + QLatin1String(unitText);
+    return fixedText(value, decimalPoints) % QLatin1String(unitText);
 }
 
 QString UnitHelper::numericalValueToString(qint64 value)

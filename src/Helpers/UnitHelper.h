@@ -8,9 +8,8 @@
 #include <QObject>
 #include <QString>
 #include <QTime>
+#include <QTimer>
 #include <QVariant>
-
-class QTimer;
 
 Q_DECLARE_METATYPE(const QTimer *) // so that QML can pass a timer
 
