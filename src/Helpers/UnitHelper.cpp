@@ -18,7 +18,7 @@ constexpr int secondsPerHour = 3600;
 constexpr int secondsPerDay = 86400;
 
 constexpr int defaultPrecision = 6; // what QString::number() takes for a negative one
-constexpr int maxPrecision = 100; // no double has more to tell that anybody would read
+constexpr int largestPrecision = 100; // no double has more to tell that anybody would read
 
 /// What applies to raw voltages below the bound, and to the rest.
 struct VoltageRange
@@ -42,7 +42,7 @@ constexpr RateUnit rateUnits[] = {
     {1000000000, QT_TRANSLATE_NOOP("UnitHelper", "Gbps")},
 };
 
-constexpr QLatin1String noReading("-");
+constexpr QLatin1Char noReading('-');
 constexpr int opticalDecimals = 2;
 
 constexpr double bytesPerKilobyte = 1024;
@@ -78,7 +78,7 @@ int rounded(double value)
 
 int checkedPrecision(qint64 precision)
 {
-    return precision < 0 ? defaultPrecision : static_cast<int>(std::min<qint64>(precision, maxPrecision));
+    return precision < 0 ? defaultPrecision : static_cast<int>(std::min<qint64>(precision, largestPrecision));
 }
 
 QString fixedText(double value, qint64 precision)
@@ -329,7 +329,7 @@ QString UnitHelper::toOpticalPowerString(qreal value, qreal max)
 QString UnitHelper::toOpticalTemperatureString(qreal value, qreal max, bool fahrenheit)
 {
     if (value >= max)
-        return noReading;
+        return QString(noReading);
     return fixedText(fahrenheit ? degreeCelsiusToFahrenheit(value) : value, opticalDecimals);
 }
 
