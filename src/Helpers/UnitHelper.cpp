@@ -2,14 +2,18 @@
 #include "Helpers/UnitHelper.h"
 
 #include <QDebug>
+#include <QMetaType>
 #include <QRegExp>
 #include <QRegularExpression>
 #include <QStringBuilder>
 #include <QStringList>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+Q_DECLARE_METATYPE(const QTimer *)
 
 namespace {
 constexpr double feetPerMetre = 3.2808001041412354;

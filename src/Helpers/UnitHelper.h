@@ -4,14 +4,12 @@
 #include "VantorBase_export.h"
 
 #include <QDateTime>
-#include <QMetaType>
 #include <QObject>
 #include <QString>
 #include <QTime>
-#include <QTimer>
 #include <QVariant>
 
-Q_DECLARE_METATYPE(const QTimer *) // so that QML can pass a timer
+class QTimer;
 
 /// Turns measured values into the text on the screen, and converts between units. QML holds one as an object.
 ///
