@@ -290,9 +290,8 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 {
     const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
     if (error == NoError) {
-        const QString fixedPrefix = prefix; // it may be one of the names
-        for (QString &name : returnNames)
-            name.prepend(fixedPrefix);
+        const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); }; // a copy: it may be one of the names
+        std::for_each(returnNames.begin(), returnNames.end(), addPrefix);
     }
     return error;
 }
