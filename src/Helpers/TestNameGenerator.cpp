@@ -288,10 +288,9 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
+    const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); }; // a copy: it may be one of the names
     const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
-    if (error == NoError) {
-        const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); }; // a copy: it may be one of the names
+    if (error == NoError)
         std::for_each(returnNames.begin(), returnNames.end(), addPrefix);
-    }
     return error;
 }
