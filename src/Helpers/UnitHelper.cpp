@@ -65,7 +65,7 @@ Integer truncated(double value)
     return static_cast<Integer>(value);
 }
 
-/// As qRound(), with the same exceptions.
+/// As qRound() does, for any number: the nearest int, and 0 for NaN.
 int rounded(double value)
 {
     constexpr int lowest = std::numeric_limits<int>::min();

@@ -17,7 +17,7 @@ void generate(benchmark::State &state, const char *from, const char *to)
 {
     const QString first = QString::fromUtf8(from);
     const QString last = QString::fromUtf8(to);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         QVector<QString> names;
         if (TestNameGenerator::generateTestNames(first, last, names, nameCount) != TestNameGenerator::NoError
             || names.size() != nameCount)
@@ -29,7 +29,7 @@ void generate(benchmark::State &state, const char *from, const char *to)
 /// What every such run must at least do: one text each of that length.
 void fill(benchmark::State &state, int length)
 {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         QVector<QString> names;
         names.reserve(nameCount);
         for (int i = 0; i < nameCount; ++i)
@@ -63,7 +63,7 @@ void longNamesFilled(benchmark::State &state)
 void dataRate(benchmark::State &state)
 {
     quint64 rate = 1234567;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(rate);
         benchmark::DoNotOptimize(UnitHelper::formatBitsPerSecondDataRate(rate, 2));
     }
@@ -72,7 +72,7 @@ void dataRate(benchmark::State &state)
 void dataRateNumber(benchmark::State &state)
 {
     double value = 1.234567F;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(value);
         benchmark::DoNotOptimize(QString(QString::number(value, 'g', 3) + QStringLiteral(" Mbps")));
     }
@@ -81,7 +81,7 @@ void dataRateNumber(benchmark::State &state)
 void byteSize(benchmark::State &state)
 {
     quint64 bytes = 1234567;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(bytes);
         benchmark::DoNotOptimize(UnitHelper::bytesToReadable(bytes, 2));
     }
@@ -90,7 +90,7 @@ void byteSize(benchmark::State &state)
 void byteSizeNumber(benchmark::State &state)
 {
     double value = 1234567 / 1048576.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(value);
         benchmark::DoNotOptimize(QString(QString::number(value, 'f', 2) + QStringLiteral(" MB")));
     }

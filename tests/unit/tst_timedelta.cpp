@@ -86,7 +86,7 @@ private:
     TimeDelta mReceived;
 
 Q_SIGNALS:
-    void elapsed(TimeDelta span);
+    void elapsed(TimeDelta);
 
 private Q_SLOTS:
     void everyUnitHasItsFactor_data()
