@@ -57,7 +57,8 @@ def main():
         output = entry.get("output") or entry["command"].split(" -o ")[1].split(" ")[0]
         if source not in wanted or source in keys or output not in deps:
             continue
-        parts = [version, digests.of(os.path.join(root, ".clang-tidy")), entry["command"].replace(root, ".")]
+        parts = [version, entry["command"].replace(root, ".")]
+        parts += [digests.of(folder / ".clang-tidy") for folder in pathlib.Path(source).parents]
         parts += [path.replace(root, ".") + digests.of(path) for path in sorted(deps[output])]
         keys[source] = hashlib.sha256("\n".join(parts).encode()).hexdigest()
 
