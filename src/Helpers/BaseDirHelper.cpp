@@ -29,7 +29,9 @@ BaseDirHelper *BaseDirHelper::instance()
 
 QString BaseDirHelper::workDir()
 {
-    return QStringLiteral("/opt/%1/").arg(instance()->applicationDirName());
+    if (!mInstance)
+        qWarning() << "No BaseDirHelper has been constructed, so the application's folder has no name";
+    return QStringLiteral("/opt/%1/").arg(mInstance ? mInstance->applicationDirName() : QString());
 }
 
 QString BaseDirHelper::applicationPath()

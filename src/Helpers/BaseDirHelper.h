@@ -8,8 +8,9 @@
 /// Where things live on the device: the one source of every directory and file path.
 ///
 /// An application derives from this class, names its folder, and constructs one object before it asks for any path
-/// under workDir(); asking earlier is a programming error. The functions compose text: none of them creates a
-/// directory. Directory paths end in "/". Paths with a doubled slash are meant to have it.
+/// under workDir(); asking earlier is a programming error, which is warned of and gives paths under "/opt//". The
+/// functions compose text: none of them creates a directory. Directory paths end in "/". Paths with a doubled slash are
+/// meant to have it.
 class VANTORBASE_EXPORT BaseDirHelper
 {
 public:

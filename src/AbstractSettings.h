@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "VantorBase_export.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariant>
+
+class QSettings;
+
+/// Base of the application's settings classes: one INI file each, and the knowledge whether it is a new one that wants
+/// its defaults.
+///
+/// The store outlives this object and is never destroyed, so it does not write at the end of the process by itself: a
+/// subclass that has stored a value and wants it on the disk now calls m_settings->sync(). Nothing is written before a
+/// value is stored. Like QSettings, an object may be used in one thread at a time.
+class VANTORBASE_EXPORT AbstractSettings : public QObject
+{
+public:
+    ~AbstractSettings() override;
+
+    bool contains(const QString &key) const;
+
+    /// An invalid value for a key that is not there.
+    QVariant value(const QString &key) const;
+
+protected:
+    explicit AbstractSettings(const QString &filePath);
+
+    bool hasBeenIniFileCreated() const; ///< the file did not exist when this object was made
+
+    /// Every subclass brings its own; there is none here.
+    void init();
+
+    QSettings *m_settings = nullptr; ///< never null once constructed
+
+private:
+    bool mIniFileHasBeenCreated = false;
+};
