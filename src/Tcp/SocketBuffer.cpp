@@ -2,6 +2,8 @@
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QIODevice>
+
 #include <limits>
 
 namespace {
@@ -12,6 +14,14 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 } // namespace
+
+void SocketBuffer::readAll(QIODevice &device)
+{
+    const int oldSize = mBytes.size();
+    mBytes.resize(oldSize + static_cast<int>(device.bytesAvailable()));
+    const qint64 size = device.read(mBytes.data() + oldSize, mBytes.size() - oldSize);
+    mBytes.truncate(oldSize + static_cast<int>(qMax<qint64>(size, 0)));
+}
 
 QByteArray SocketBuffer::takePayload()
 {

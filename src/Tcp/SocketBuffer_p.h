@@ -3,12 +3,15 @@
 
 #include <QByteArray>
 
+class QIODevice;
+
 /// Received bytes that are not framed yet. Payloads are taken in linear time: what was taken is cut off once, when no
 /// complete frame is left. Bytes may be appended between two payloads.
 class SocketBuffer
 {
 public:
     void append(const QByteArray &bytes) { mBytes.append(bytes); }
+    void readAll(QIODevice &device); ///< appends what can be read
 
     /// The next payload; empty when there is no complete frame.
     QByteArray takePayload();

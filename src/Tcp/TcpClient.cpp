@@ -88,7 +88,7 @@ void TcpClient::onConnected()
 void TcpClient::onDisconnected()
 {
     qDebug() << "Disonnected from server";
-    mSocketBuffer->append(mSocket->readAll());
+    mSocketBuffer->readAll(*mSocket);
     mSocket->disconnect(this);
     renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
     const QPointer<TcpClient> self(this);
@@ -101,7 +101,7 @@ void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
     do {
-        mSocketBuffer->append(mSocket->readAll());
+        mSocketBuffer->readAll(*mSocket);
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -76,7 +76,7 @@ void TcpServer::onReadyRead(const QTcpSocket *socket)
 {
     const QPointer<TcpServer> self(this);
     while (self && mSocket == socket && mSocket->bytesAvailable() > 0) { // an old client's bytes are not read any more
-        mSocketBuffer->append(mSocket->readAll());
+        mSocketBuffer->readAll(*mSocket);
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)
