@@ -70,6 +70,11 @@ void TcpClient::stop()
         mSocket->abort();
 }
 
+qint64 TcpClient::bytesToWrite() const
+{
+    return mSocket->bytesToWrite();
+}
+
 void TcpClient::renewSocket()
 {
     mSocket.reset(new QTcpSocket);

@@ -47,6 +47,11 @@ void TcpServer::stop()
         mServer.close();
 }
 
+qint64 TcpServer::bytesToWrite() const
+{
+    return mSocket ? mSocket->bytesToWrite() : 0;
+}
+
 void TcpServer::onNewConnection()
 {
     qDebug() << "Client connected";
