@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "LinkProgram.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QProcessEnvironment>
-#include <QTest>
+#include <QTimer>
 
 #include <csignal>
 #include <sys/prctl.h>
@@ -63,17 +65,17 @@ QList<QByteArray> LinkProgram::outputLines() const
 
 bool LinkProgram::waitForMessage(const char *message, int milliseconds)
 {
-    return QTest::qWaitFor([&] { return says(message); }, milliseconds);
+    return waitUntil([&] { return says(message); }, milliseconds);
 }
 
 bool LinkProgram::waitForOutput(const QByteArray &text, int milliseconds)
 {
-    return QTest::qWaitFor([&] { return mOutput.contains(text); }, milliseconds);
+    return waitUntil([&] { return mOutput.contains(text); }, milliseconds);
 }
 
 bool LinkProgram::waitForEnd(int milliseconds)
 {
-    return QTest::qWaitFor([&] { return state() == NotRunning; }, milliseconds);
+    return waitUntil([&] { return state() == NotRunning; }, milliseconds);
 }
 
 void LinkProgram::sendSignal(int number)
@@ -115,6 +117,20 @@ qint64 LinkProgram::status(const QByteArray &key) const
             return line.mid(key.size()).trimmed().split(' ').first().toLongLong() * kibibyte;
     }
     return -1;
+}
+
+bool waitUntil(const std::function<bool()> &condition, int milliseconds)
+{
+    constexpr int tick = 10; // milliseconds; conditions may hold without an event
+    QTimer timer;
+    timer.start(tick);
+    const QDeadlineTimer deadline(milliseconds);
+    while (!condition()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
 }
 
 qint64 memorySlack()

@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <functional>
+
 /// One process of vantor-link. What it writes is collected whenever events are processed; no process outlives the test.
 class LinkProgram : public QProcess
 {
@@ -42,6 +44,9 @@ private:
     QByteArray mOutput;
     QByteArray mMessages;
 };
+
+/// Processes events until the condition holds. Unlike QTest::qWaitFor() it never sleeps while there are events.
+bool waitUntil(const std::function<bool()> &condition, int milliseconds);
 
 /// Resident memory may differ by this much from one look to the next. Bytes.
 qint64 memorySlack();
