@@ -11,7 +11,10 @@ class SocketBuffer
 {
 public:
     void append(const QByteArray &bytes) { mBytes.append(bytes); }
-    void readAll(QIODevice &device); ///< appends what can be read
+
+    /// Appends a piece of what can be read: to be called, and the payloads to be taken, until nothing is left.
+    /// @return whether something was read
+    bool readFrom(QIODevice &device);
 
     /// The next payload; empty when there is no complete frame.
     QByteArray takePayload();

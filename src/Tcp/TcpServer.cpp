@@ -80,8 +80,7 @@ void TcpServer::onNewConnection()
 void TcpServer::onReadyRead(const QTcpSocket *socket)
 {
     const QPointer<TcpServer> self(this);
-    while (self && mSocket == socket && mSocket->bytesAvailable() > 0) { // an old client's bytes are not read any more
-        mSocketBuffer->readAll(*mSocket);
+    while (self && mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -2,9 +2,10 @@
 #include "LinkProgram.h"
 #include "OwnNetwork.h"
 
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 constexpr int port = 5000;
@@ -30,6 +31,15 @@ QByteArray numberLines(int first, int count)
 class Cable
 {
 public:
+    Cable() = default;
+    Cable(const Cable &) = delete;
+    Cable &operator=(const Cable &) = delete;
+    ~Cable()
+    {
+        mHolder.closeWriteChannel();
+        mHolder.waitForFinished();
+    }
+
     bool plugIn(QString *problem)
     {
         if (!OwnNetwork::enter(problem))
@@ -68,9 +78,17 @@ public:
     {
         const QStringList commands{QStringLiteral("nft add table inet cable"),
             QStringLiteral("nft add chain inet cable input { type filter hook input priority 0 ; }"),
-            QStringLiteral("nft add rule inet cable input numgen random mod 100 < %1 drop").arg(percent)};
+            QStringLiteral("nft add rule inet cable input numgen random mod 100 < %1 counter drop").arg(percent)};
         return std::all_of(commands.begin(), commands.end(),
             [this](const QString &command) { return near(command, &mProblem) && far(command, &mProblem); });
+    }
+    /// Whether packets have been dropped at both ends.
+    bool hasLost()
+    {
+        const QString shell = QStringLiteral("sh");
+        const QStringList look{QStringLiteral("-c"), QStringLiteral("! nft list ruleset | grep -q 'packets 0 '")};
+        return OwnNetwork::run(shell, look, &mProblem)
+            && OwnNetwork::run(enterFar().first(), enterFar().mid(1) + QStringList{shell} + look, &mProblem);
     }
     bool loseNothing()
     {
@@ -97,14 +115,12 @@ private:
     }
     bool waitForOtherNetwork() const
     {
-        const QString path = QStringLiteral("/proc/%1/ns/net");
-        const QString own = QFile::symLinkTarget(path.arg(QStringLiteral("self")));
-        return waitUntil(
-            [&] {
-                const QString other = QFile::symLinkTarget(path.arg(mHolder.processId()));
-                return !other.isEmpty() && other != own;
-            },
-            patience);
+        const auto networkOf = [](const QString &process) {
+            return QFile::symLinkTarget(QStringLiteral("/proc/%1/ns/net").arg(process)).section(QLatin1Char('/'), -1);
+        };
+        const QString own = networkOf(QStringLiteral("self"));
+        const QString holder = QString::number(mHolder.processId());
+        return waitUntil([&] { return !networkOf(holder).isEmpty() && networkOf(holder) != own; }, patience);
     }
 
     QProcess mHolder;
@@ -208,6 +224,7 @@ private Q_SLOTS:
 
         QVERIFY(listener.output() == numberLines(0, count));
         QVERIFY(sender.output() == numberLines(0, count));
+        QVERIFY2(mCable.hasLost(), qPrintable(mCable.problem()));
         QVERIFY2(mCable.loseNothing(), qPrintable(mCable.problem()));
         QVERIFY(!sender.says("the connection is lost"));
     }
