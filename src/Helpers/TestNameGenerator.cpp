@@ -288,9 +288,9 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
+    const QString fixedPrefix = prefix; // it may be one of the names, which move when others are appended
     const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
     if (error == NoError) {
-        const QString fixedPrefix = prefix; // it may be one of the names
         for (QString &name : returnNames)
             name.prepend(fixedPrefix);
     }
