@@ -297,11 +297,10 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
-    const QString fixedPrefix = prefix; // it may be one of the names, which move when others are appended
+    // A copy: the prefix may be one of the names, which move when others are appended.
+    const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); };
     const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
-    if (error == NoError) {
-        for (QString &name : returnNames)
-            name.prepend(fixedPrefix);
-    }
+    if (error == NoError)
+        std::for_each(returnNames.begin(), returnNames.end(), addPrefix);
     return error;
 }

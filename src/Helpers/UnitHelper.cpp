@@ -46,7 +46,6 @@ constexpr RateUnit rateUnits[] = {
     {1000000000, QT_TRANSLATE_NOOP("UnitHelper", "Gbps")},
 };
 
-constexpr QLatin1Char noReading('-');
 constexpr int opticalDecimals = 2;
 
 constexpr double bytesPerKilobyte = 1024;
@@ -88,6 +87,11 @@ int checkedPrecision(qint64 precision)
 QString fixedText(double value, qint64 precision)
 {
     return QString::number(value, 'f', checkedPrecision(precision));
+}
+
+QString noReading()
+{
+    return QStringLiteral("-");
 }
 
 /// Decimals become significant digits: those of the integer part are added, of which values below 1 have none.
@@ -325,13 +329,13 @@ QString UnitHelper::toPercentageString(qreal value, int precision, bool includeU
 
 QString UnitHelper::toOpticalPowerString(qreal value, qreal max)
 {
-    return value >= max ? QString(noReading) : fixedText(value, opticalDecimals);
+    return value >= max ? noReading() : fixedText(value, opticalDecimals);
 }
 
 QString UnitHelper::toOpticalTemperatureString(qreal value, qreal max, bool fahrenheit)
 {
     if (value >= max)
-        return QString(noReading);
+        return noReading();
     return fixedText(fahrenheit ? degreeCelsiusToFahrenheit(value) : value, opticalDecimals);
 }
 
