@@ -224,7 +224,7 @@ private Q_SLOTS:
 
     void arithmeticWrapsAround()
     {
-        constexpr int rounds = 200000;
+        constexpr int rounds = 100000;
         QRandomGenerator random(1);
 
         for (int round = 0; round < rounds; ++round) {
