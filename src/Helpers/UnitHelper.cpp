@@ -46,7 +46,6 @@ constexpr RateUnit rateUnits[] = {
     {1000000000, QT_TRANSLATE_NOOP("UnitHelper", "Gbps")},
 };
 
-constexpr QLatin1Char noReading('-');
 constexpr int opticalDecimals = 2;
 
 constexpr double bytesPerKilobyte = 1024;
@@ -88,6 +87,11 @@ int checkedPrecision(qint64 precision)
 QString fixedText(double value, qint64 precision)
 {
     return QString::number(value, 'f', checkedPrecision(precision));
+}
+
+QString noReading()
+{
+    return QStringLiteral("-");
 }
 
 /// Decimals become significant digits: those of the integer part are added, of which values below 1 have none.
@@ -141,8 +145,7 @@ int refuseDuration(const char *fault, const QString &text)
 }
 } // namespace
 
-// --- Conversions and scales
-// --------------------------------------------------------------------------------------------
+// Conversions and scales
 
 qreal UnitHelper::toNsSkew(qint32 v)
 {
@@ -314,8 +317,7 @@ int UnitHelper::numberOfDecimalValues(double value, int maxPrecision)
     return end - point - 1;
 }
 
-// --- Texts
-// -------------------------------------------------------------------------------------------------------------
+// Texts
 
 QString UnitHelper::toPercentageString(qreal value, int precision, bool includeUnit, bool omitTrailingZeroes)
 {
@@ -327,13 +329,13 @@ QString UnitHelper::toPercentageString(qreal value, int precision, bool includeU
 
 QString UnitHelper::toOpticalPowerString(qreal value, qreal max)
 {
-    return value >= max ? QString(noReading) : fixedText(value, opticalDecimals);
+    return value >= max ? noReading() : fixedText(value, opticalDecimals);
 }
 
 QString UnitHelper::toOpticalTemperatureString(qreal value, qreal max, bool fahrenheit)
 {
     if (value >= max)
-        return QString(noReading);
+        return noReading();
     return fixedText(fahrenheit ? degreeCelsiusToFahrenheit(value) : value, opticalDecimals);
 }
 
@@ -435,8 +437,7 @@ QString UnitHelper::numericalValueToString(double value, int precision)
     return significantDigitsOf(text) < fewestDigits ? QString::number(value, 'G', fewestDigits) : text;
 }
 
-// --- HTML
-// --------------------------------------------------------------------------------------------------------------
+// HTML
 
 QString UnitHelper::addHTMLColorString(const QVariant &value, const QString &colour)
 {
@@ -463,8 +464,7 @@ QString UnitHelper::wrapFontAwesomeIconWithHtml(const QString &text)
     return end == 0 ? text : result + text.midRef(end);
 }
 
-// --- Dates, times, durations
-// -------------------------------------------------------------------------------------------
+// Dates, times, durations
 
 QString UnitHelper::dateTimeToApiString(const QDateTime &dateTime)
 {

@@ -11,17 +11,13 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <memory>
-#include <string>
 #include <unistd.h>
 
 namespace {
-/// What was so when Xlib was prepared for threads.
-struct ThreadPreparation
-{
-    int count = 0;
-    std::string display;
-};
-ThreadPreparation preparation;
+// How often Xlib was prepared for threads, and the display at that time. Plain memory: Xlib itself can make such a call
+// when it is loaded, before there are any objects.
+int preparations = 0;
+char displayAtPreparation[64] = "";
 
 class Folder : public BaseDirHelper
 {
@@ -42,13 +38,15 @@ extern "C" int XInitThreads();
 extern "C" int XInitThreads()
 {
     const char *const display = getenv("DISPLAY");
-    ++preparation.count;
-    preparation.display = display ? display : "(none)";
+    ++preparations;
+    std::snprintf(displayAtPreparation, sizeof displayAtPreparation, "%s", display ? display : "(none)");
     return reinterpret_cast<int (*)()>(dlsym(RTLD_NEXT, "XInitThreads"))();
 }
 
 int main(int argc, char *argv[])
 {
+    preparations = 0;
+    displayAtPreparation[0] = '\0';
     std::unique_ptr<Folder> folder;
     for (int i = 1; i < argc; ++i) {
         const char *const step = argv[i];
@@ -68,6 +66,6 @@ int main(int argc, char *argv[])
     for (char **variable = environ; *variable; ++variable)
         std::printf("%s\n", *variable);
     std::printf("(attribute 20)=%d\n", int(QCoreApplication::testAttribute(Qt::ApplicationAttribute(20))));
-    std::printf("(XInitThreads)=%d times, display %s\n", preparation.count, preparation.display.c_str());
+    std::printf("(XInitThreads)=%d times, display %s\n", preparations, displayAtPreparation);
     return 0;
 }

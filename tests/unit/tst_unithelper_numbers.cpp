@@ -415,7 +415,7 @@ private Q_SLOTS:
     {
         QRandomGenerator random(11);
 
-        for (int round = 0; round < roundsOfNumericalValues; ++round) {
+        for (int round = 0; round < rounds; ++round) {
             const double value = anyReal(&random);
             const int precision = random.bounded(-1, 9);
             if (!std::isfinite(value))

@@ -19,9 +19,8 @@ const std::vector<FormattingSection> &formattingSections()
 {
     static const std::vector<FormattingSection> sections{
         {"Decimals",
-            "A negative precision means 6, more than 100 mean 100. Texts in plain decimals have all digits in front of "
-            "the\n"
-            "point, however many: `1e300` has 301.",
+            "A negative precision means 6, more than 100 mean 100. Texts in plain decimals have all digits in front\n"
+            "of the point, however many: `1e300` has 301, of which the tables show the ends.",
             {
                 {"formatDecimalValue($r, $c)", reals, decimals},
                 {"formatDecimalValueWithMeasureCount($r, $c)", reals, decimals},
