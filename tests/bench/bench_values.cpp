@@ -96,19 +96,19 @@ void byteSizeNumber(benchmark::State &state)
     }
 }
 
-BENCHMARK(shortNames)->Name("names_short")->Unit(benchmark::kMillisecond);
-BENCHMARK(shortNamesFilled)->Name("fill_short")->Unit(benchmark::kMillisecond);
-BENCHMARK(longNames)->Name("names_long")->Unit(benchmark::kMillisecond);
-BENCHMARK(longNamesFilled)->Name("fill_long")->Unit(benchmark::kMillisecond);
-BENCHMARK(dataRate)->Name("data_rate");
-BENCHMARK(dataRateNumber)->Name("data_rate_number");
-BENCHMARK(byteSize)->Name("byte_size");
-BENCHMARK(byteSizeNumber)->Name("byte_size_number");
 } // namespace
 
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
+    benchmark::RegisterBenchmark("names_short", shortNames)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("fill_short", shortNamesFilled)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("names_long", longNames)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("fill_long", longNamesFilled)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("data_rate", dataRate);
+    benchmark::RegisterBenchmark("data_rate_number", dataRateNumber);
+    benchmark::RegisterBenchmark("byte_size", byteSize);
+    benchmark::RegisterBenchmark("byte_size_number", byteSizeNumber);
 
     constexpr double ofTheFilling = 2;
     constexpr double ofOneNumber = 1.5;

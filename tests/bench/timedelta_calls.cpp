@@ -4,19 +4,17 @@
 
 #include <cstdio>
 
-#define COUNTED extern "C" __attribute__((noinline, noipa))
-#if !defined(__GNUC__) || defined(__clang__)
-#undef COUNTED
-#define COUNTED extern "C" __attribute__((noinline))
+#ifdef __clang__
+#define COUNTED __attribute__((noinline))
+#else
+#define COUNTED __attribute__((noipa)) // neither inlined nor made for one caller
 #endif
 
 #define PAIR(name, Result, spanResult, spanArguments, spanExpression, plainArguments, plainExpression)                 \
-    COUNTED spanResult span_##name spanArguments;                                                                      \
     COUNTED spanResult span_##name spanArguments                                                                       \
     {                                                                                                                  \
         return spanExpression;                                                                                         \
     }                                                                                                                  \
-    COUNTED Result plain_##name plainArguments;                                                                        \
     COUNTED Result plain_##name plainArguments                                                                         \
     {                                                                                                                  \
         return plainExpression;                                                                                        \

@@ -12,20 +12,6 @@
 namespace {
 using Variables = QMap<QByteArray, QByteArray>;
 
-const Variables nothingDone{{"(attribute 20)", "0"}, {"(XInitThreads)", "0 times, display "}};
-const Variables guiDone{
-    {"DISPLAY", ":0.0"},
-    {"XAUTHORITY", "/home/x_user/.Xauthority"},
-    {"XDG_SESSION_TYPE", "x11"},
-    {"QTWEBENGINE_CHROMIUM_FLAGS", "--no-sandbox"},
-    {"QTWEBENGINEPROCESS_PATH", "/opt/qt5.11.3/libexec/QtWebEngineProcess"},
-    {"QT_IM_MODULE", "qtvirtualkeyboard"},
-    {"QT_VIRTUALKEYBOARD_STYLE", "orvel"},
-    {"QT_VIRTUALKEYBOARD_LAYOUT_PATH", "qrc:/QtQuick/VirtualKeyboard/content/layouts"},
-    {"(attribute 20)", "1"},
-    {"(XInitThreads)", "1 times, display (none)"},
-};
-
 Variables with(Variables variables, const Variables &more)
 {
     for (auto variable = more.cbegin(); variable != more.cend(); ++variable)
@@ -87,6 +73,19 @@ private Q_SLOTS:
         const auto row = [](const char *name, const char *steps, const Variables &before, const Variables &after) {
             QTest::newRow(name) << QString::fromUtf8(steps).split(QLatin1Char(' '), Qt::SkipEmptyParts) << before
                                 << with(before, after);
+        };
+        const Variables nothingDone{{"(attribute 20)", "0"}, {"(XInitThreads)", "0 times, display "}};
+        const Variables guiDone{
+            {"DISPLAY", ":0.0"},
+            {"XAUTHORITY", "/home/x_user/.Xauthority"},
+            {"XDG_SESSION_TYPE", "x11"},
+            {"QTWEBENGINE_CHROMIUM_FLAGS", "--no-sandbox"},
+            {"QTWEBENGINEPROCESS_PATH", "/opt/qt5.11.3/libexec/QtWebEngineProcess"},
+            {"QT_IM_MODULE", "qtvirtualkeyboard"},
+            {"QT_VIRTUALKEYBOARD_STYLE", "orvel"},
+            {"QT_VIRTUALKEYBOARD_LAYOUT_PATH", "qrc:/QtQuick/VirtualKeyboard/content/layouts"},
+            {"(attribute 20)", "1"},
+            {"(XInitThreads)", "1 times, display (none)"},
         };
         const Variables coreDone{
             {"QML2_IMPORT_PATH", "/opt/x/lib/qt5/qml/"}, {"QT_PLUGIN_PATH", "/opt/x/lib/qt5/plugins/"}};

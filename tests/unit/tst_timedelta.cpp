@@ -79,6 +79,9 @@ class TestTimeDelta : public QObject
 {
     Q_OBJECT
 
+private:
+    TimeDelta mReceived;
+
 Q_SIGNALS:
     void elapsed(TimeDelta span);
 
@@ -297,14 +300,14 @@ private Q_SLOTS:
 
     void queuedSignalsCarrySpans()
     {
-        TimeDelta received;
         QObject receiver;
         connect(
-            this, &TestTimeDelta::elapsed, &receiver, [&](TimeDelta span) { received = span; }, Qt::QueuedConnection);
+            this, &TestTimeDelta::elapsed, &receiver, [this](TimeDelta span) { mReceived = span; },
+            Qt::QueuedConnection);
 
         Q_EMIT elapsed(micros(5));
 
-        QTRY_COMPARE(received, micros(5));
+        QTRY_COMPARE(mReceived, micros(5));
     }
 
     void datesAndTimesGoOnInMilliseconds()

@@ -41,7 +41,8 @@ QVector<ColumnPair> pairsOf(const QString &first, const QString &last)
 {
     QVector<ColumnPair> pairs;
     int start = 0;
-    for (const NameGenColumnValue &column : Generator::getAllColumnValues(first, Generator::tokenise(first))) {
+    const QVector<NameGenColumnValue> columns = Generator::getAllColumnValues(first, Generator::tokenise(first));
+    for (const NameGenColumnValue &column : columns) {
         pairs.append({pairs.size() + 1, column.type, column.value, last.mid(start, column.value.size())});
         start += column.value.size();
     }
@@ -61,9 +62,10 @@ QString kindOf(QChar type)
 
 QString kindSentence(const ColumnPair &pair)
 {
+    const QString other = pair.last.at(0);
     return QStringLiteral("column %1 is %2 in the first name (\"%3\") and %4 in the last one (\"%5\")")
-        .arg(QString::number(pair.number), kindOf(pair.type), pair.first, kindOf(Generator::tokenise(pair.last)[0]),
-            pair.last.left(1));
+        .arg(QString::number(pair.number), kindOf(pair.type), pair.first, kindOf(Generator::tokenise(other).at(0)),
+            other);
 }
 
 /// The first column at which the limit is passed.
