@@ -44,6 +44,6 @@ function(vantor_add_test name)
     target_link_libraries(${name} PRIVATE VantorBase::VantorBase Qt5::Test ${arg_LIBS})
     add_test(NAME ${name} COMMAND ${name})
     set(leak_options LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} 
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${leak_options}")
 endfunction()

@@ -17,6 +17,35 @@ namespace FiberInspection {
 
 std::atomic<bool> FiberRealtimeAnalyserRunnable::mProcessing{false};
 
+/// The luminance of a frame, its rows one behind the other. Frames of one size after another use the same memory.
+class FiberRealtimeAnalyserRunnable::Luminance
+{
+public:
+    void copyFrom(const QVideoFrame &frame)
+    {
+        const auto width = static_cast<std::size_t>(frame.width());
+        const auto height = static_cast<std::size_t>(frame.height());
+        const auto stride = static_cast<std::size_t>(frame.bytesPerLine());
+        const uchar *const source = frame.bits();
+        mSize = frame.size();
+        mBytes.resize(width * height);
+        if (stride == width) {
+            std::memcpy(mBytes.data(), source, width * height);
+            return;
+        }
+        for (std::size_t y = 0; y < height; ++y)
+            std::memcpy(mBytes.data() + y * width, source + y * stride, width);
+    }
+
+    uchar *bytes() { return mBytes.data(); }
+    int width() const { return mSize.width(); }
+    int height() const { return mSize.height(); }
+
+private:
+    QSize mSize;
+    std::vector<uchar> mBytes;
+};
+
 namespace {
 constexpr int maxThreads = 2;
 
@@ -58,36 +87,6 @@ void logFormatOnce(const QVideoFrame &frame)
     }
 }
 
-/// The luminance of a frame, its rows one behind the other.
-class Luminance
-{
-public:
-    explicit Luminance(const QVideoFrame &frame)
-        : mWidth(frame.width())
-        , mHeight(frame.height())
-        , mBytes(new uchar[static_cast<std::size_t>(mWidth) * static_cast<std::size_t>(mHeight)])
-    {
-        const auto width = static_cast<std::size_t>(mWidth);
-        const auto stride = static_cast<std::size_t>(frame.bytesPerLine());
-        const uchar *const source = frame.bits();
-        if (stride == width) {
-            std::memcpy(mBytes.get(), source, width * static_cast<std::size_t>(mHeight));
-            return;
-        }
-        for (std::size_t y = 0; y < static_cast<std::size_t>(mHeight); ++y)
-            std::memcpy(mBytes.get() + y * width, source + y * stride, width);
-    }
-
-    uchar *bytes() const { return mBytes.get(); }
-    int width() const { return mWidth; }
-    int height() const { return mHeight; }
-
-private:
-    int mWidth;
-    int mHeight;
-    std::unique_ptr<uchar[]> mBytes; ///< not a vector: that would be cleared before it is filled
-};
-
 /// Unmaps a frame at the end of the scope.
 class MappedFrame
 {
@@ -121,6 +120,7 @@ std::shared_ptr<void> holdUntilReleased(std::atomic<bool> &flag)
 
 FiberRealtimeAnalyserRunnable::FiberRealtimeAnalyserRunnable(std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser)
     : mFiberRealtimeAnalyser(std::move(fiberRealtimeAnalyser))
+    , mLuminance(std::make_shared<Luminance>())
     , mThreadPool(std::make_unique<QThreadPool>())
 {
     mThreadPool->setMaxThreadCount(maxThreads);
@@ -159,8 +159,8 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame)
     logFormatOnce(frame);
     if (!isAnalysable(frame) || !mFiberRealtimeAnalyser->isOpen())
         return;
-    const auto luminance = std::make_shared<Luminance>(frame);
-    QtConcurrent::run(mThreadPool.get(), [link = mFiberRealtimeAnalyser, luminance, processing]() {
+    mLuminance->copyFrom(frame);
+    QtConcurrent::run(mThreadPool.get(), [link = mFiberRealtimeAnalyser, luminance = mLuminance, processing]() {
         processImage(*link, luminance->bytes(), luminance->width(), luminance->width(), luminance->height());
     });
 }

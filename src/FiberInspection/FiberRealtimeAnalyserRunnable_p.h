@@ -25,13 +25,15 @@ public:
     ~FiberRealtimeAnalyserRunnable() override;
 
 private:
+    class Luminance;
+
     void startAnalysis(QVideoFrame &frame);
     static void processImage(
         LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height);
 
     std::shared_ptr<LiveAnalysisLink> mFiberRealtimeAnalyser;
     static std::atomic<bool> mProcessing; ///< set by the video thread, cleared by the pool thread
-
+    std::shared_ptr<Luminance> mLuminance; ///< belongs to whoever set mProcessing
     std::unique_ptr<QThreadPool> mThreadPool; ///< the last member: its destructor waits for the analysis
 };
 

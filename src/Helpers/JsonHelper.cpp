@@ -5,8 +5,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QMetaProperty>
+#include <QVarLengthArray>
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 
 namespace {
 constexpr char objectNameProperty[] = "objectName";
@@ -23,6 +26,38 @@ bool isObject(const QObject *object)
         return true;
     qWarning() << "Object can't be null";
     return false;
+}
+
+using Name = QVarLengthArray<char, 64>;
+
+/// The key as UTF-8. Nearly all are ASCII and short, for which no memory is needed.
+Name nameOf(const QString &key)
+{
+    Name name;
+    if (std::all_of(key.cbegin(), key.cend(), [](QChar character) { return character < 0x80; })) {
+        name.resize(key.size());
+        std::transform(key.cbegin(), key.cend(), name.begin(), [](QChar character) { return character.toLatin1(); });
+    } else {
+        const QByteArray utf8 = key.toUtf8();
+        name.append(utf8.constData(), utf8.size());
+    }
+    name.append('\0');
+    return name;
+}
+
+void setProperty(const char *name, const QJsonValue &value, QObject *target)
+{
+    const QMetaObject *const metaObject = target->metaObject();
+    const int index = metaObject->indexOfProperty(name);
+    const QMetaProperty property = metaObject->property(index);
+    constexpr int noNumber = std::numeric_limits<int>::min();
+    const int number = property.userType() == QMetaType::Int ? value.toInt(noNumber) : noNumber;
+    if (number != noNumber)
+        property.write(target, number); // spares a conversion
+    else if (index < 0)
+        target->setProperty(name, value.toVariant());
+    else
+        property.write(target, value.toVariant());
 }
 
 void setArray(const QJsonArray &array, QObject *target)
@@ -73,7 +108,7 @@ bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
     if (!isObject(target))
         return false;
     for (auto value = json.constBegin(); value != json.constEnd(); ++value)
-        target->setProperty(value.key().toUtf8().constData(), value.value().toVariant());
+        setProperty(nameOf(value.key()).constData(), value.value(), target);
     return true;
 }
 

@@ -38,6 +38,8 @@ bool forEachProperty(const QObject &object, Function function)
 /// unrelated class the source's own meta-property would take one type's memory for another's.
 QMetaProperty counterpart(const QMetaProperty &property, const QObject &target)
 {
+    if (target.metaObject() == property.enclosingMetaObject())
+        return property;
     const QMetaProperty other = target.metaObject()->property(property.propertyIndex());
     return other.userType() == property.userType() ? other : QMetaProperty();
 }

@@ -16,6 +16,9 @@ using GenerateError = TestNameGenerator::GenerateError;
 
 constexpr qint64 moreThanAnyLimit = qint64(std::numeric_limits<int>::max()) + 1;
 
+/// What a vector of names can hold: its memory is counted in an int.
+constexpr qint64 mostNames = (moreThanAnyLimit - 1 - qint64(sizeof(QArrayData))) / qint64(sizeof(QString));
+
 QChar tokenOf(QChar character)
 {
     if (character.isLetter() && character.isUpper())
@@ -155,14 +158,18 @@ bool turn(Wheel *begin, Wheel *end)
     return false;
 }
 
-/// All combinations, the last wheel turning fastest.
+/// How many combinations there are, as far as it can matter.
+qint64 combinationCountOf(const std::vector<Wheel> &wheels)
+{
+    return std::accumulate(wheels.cbegin(), wheels.cend(), qint64(1),
+        [](qint64 count, const Wheel &wheel) { return std::min(count * wheel.valueCount(), moreThanAnyLimit); });
+}
+
+/// All combinations, the last wheel turning fastest. There are no more than mostNames.
 QVector<QString> combinationsOf(std::vector<Wheel> wheels)
 {
-    qint64 count = 1;
-    for (const Wheel &wheel : wheels)
-        count = std::min(count * wheel.valueCount(), moreThanAnyLimit - 1);
     QVector<QString> names;
-    names.reserve(static_cast<int>(count));
+    names.reserve(static_cast<int>(combinationCountOf(wheels)));
 
     Wheel *const first = wheels.data();
     Wheel *const last = first + wheels.size() - 1;
@@ -280,6 +287,8 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
         [](const NameGenColumnValue &column, qint64 count) { return Wheel(column, count); });
     if (wheels.empty())
         return PermutationCalculationFailed;
+    if (combinationCountOf(wheels) > mostNames - returnNames.size())
+        return ExceedsMax; // where a column that counts 0 has lifted the limit, or there is none
 
     returnNames += combinationsOf(std::move(wheels));
     return NoError;
@@ -288,7 +297,8 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
-    const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); }; // a copy: it may be one of the names
+    // A copy: the prefix may be one of the names, which move when others are appended.
+    const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); };
     const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
     if (error == NoError)
         std::for_each(returnNames.begin(), returnNames.end(), addPrefix);

@@ -74,7 +74,7 @@ public:
     /// Special characters are not compared: `from` says which one it is. A number that is none for QString::toInt(), by
     /// its size or by its digits, counts as 0. A column of letters whose last one is exactly one before its first keeps
     /// its first letter, and then maxTestCount limits nothing: B0000000 to A9999999 gives ten million names, whatever
-    /// the limit.
+    /// the limit. More names than a QVector can hold, about 268 million, always exceed it.
     static GenerateError generateTestNames(
         const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount);
 

@@ -145,8 +145,7 @@ int refuseDuration(const char *fault, const QString &text)
 }
 } // namespace
 
-// --- Conversions and scales
-// --------------------------------------------------------------------------------------------
+// Conversions and scales
 
 qreal UnitHelper::toNsSkew(qint32 v)
 {
@@ -318,8 +317,7 @@ int UnitHelper::numberOfDecimalValues(double value, int maxPrecision)
     return end - point - 1;
 }
 
-// --- Texts
-// -------------------------------------------------------------------------------------------------------------
+// Texts
 
 QString UnitHelper::toPercentageString(qreal value, int precision, bool includeUnit, bool omitTrailingZeroes)
 {
@@ -439,8 +437,7 @@ QString UnitHelper::numericalValueToString(double value, int precision)
     return significantDigitsOf(text) < fewestDigits ? QString::number(value, 'G', fewestDigits) : text;
 }
 
-// --- HTML
-// --------------------------------------------------------------------------------------------------------------
+// HTML
 
 QString UnitHelper::addHTMLColorString(const QVariant &value, const QString &colour)
 {
@@ -467,8 +464,7 @@ QString UnitHelper::wrapFontAwesomeIconWithHtml(const QString &text)
     return end == 0 ? text : result + text.midRef(end);
 }
 
-// --- Dates, times, durations
-// -------------------------------------------------------------------------------------------
+// Dates, times, durations
 
 QString UnitHelper::dateTimeToApiString(const QDateTime &dateTime)
 {

@@ -10,8 +10,8 @@
 /// in another thread is handled in the manager's thread, one emitted in the manager's own thread is handled at once.
 /// Nothing guards against a second start: the handler runs again.
 ///
-/// To end: emit requestStop(), then deleteLater(), quit the thread, and wait for it. A manager must not be deleted from
-/// another thread while it works.
+/// To end: connect the thread's finished() to deleteLater() when the manager is moved, emit requestStop(), quit the
+/// thread, and wait for it. A manager must not be deleted from another thread while it works.
 class VANTORBASE_EXPORT AbstractCoreManager : public QObject
 {
     Q_OBJECT

@@ -2,9 +2,13 @@
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QIODevice>
+
 #include <limits>
 
 namespace {
+constexpr int pieceSize = 256 * 1024; // bytes; remains in the processor's cache
+constexpr int mostKept = 4 * pieceSize; // bytes of memory, when a large frame has passed
 constexpr int longestLength = std::numeric_limits<int>::digits10 + 1; // digits of a length without zeros before it
 
 bool isDigit(char byte)
@@ -12,6 +16,20 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 } // namespace
+
+bool SocketBuffer::readFrom(QIODevice &device)
+{
+    const auto available = static_cast<int>(qMin<qint64>(device.bytesAvailable(), pieceSize));
+    if (available <= 0)
+        return false;
+    if (mBytes.capacity() < pieceSize)
+        mBytes.reserve(pieceSize); // stays, so that not every piece needs memory anew
+    const int oldSize = mBytes.size();
+    mBytes.resize(oldSize + available);
+    const qint64 size = device.read(mBytes.data() + oldSize, available);
+    mBytes.truncate(oldSize + static_cast<int>(qMax<qint64>(size, 0)));
+    return size > 0;
+}
 
 QByteArray SocketBuffer::takePayload()
 {
@@ -22,6 +40,8 @@ QByteArray SocketBuffer::takePayload()
     if (payload.isEmpty()) {
         mBytes.remove(0, mPosition);
         mPosition = 0;
+        if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
+            mBytes.squeeze();
         foldLength();
     }
     return payload;

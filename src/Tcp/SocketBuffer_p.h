@@ -3,12 +3,18 @@
 
 #include <QByteArray>
 
+class QIODevice;
+
 /// Received bytes that are not framed yet. Payloads are taken in linear time: what was taken is cut off once, when no
 /// complete frame is left. Bytes may be appended between two payloads.
 class SocketBuffer
 {
 public:
     void append(const QByteArray &bytes) { mBytes.append(bytes); }
+
+    /// Appends a piece of what can be read: to be called, and the payloads to be taken, until nothing is left.
+    /// @return whether something was read
+    bool readFrom(QIODevice &device);
 
     /// The next payload; empty when there is no complete frame.
     QByteArray takePayload();

@@ -70,6 +70,11 @@ void TcpClient::stop()
         mSocket->abort();
 }
 
+qint64 TcpClient::bytesToWrite() const
+{
+    return mSocket->bytesToWrite();
+}
+
 void TcpClient::renewSocket()
 {
     mSocket.reset(new QTcpSocket);
@@ -88,7 +93,7 @@ void TcpClient::onConnected()
 void TcpClient::onDisconnected()
 {
     qDebug() << "Disonnected from server";
-    mSocketBuffer->append(mSocket->readAll());
+    while (mSocketBuffer->readFrom(*mSocket)) {}
     mSocket->disconnect(this);
     renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
     const QPointer<TcpClient> self(this);
@@ -100,14 +105,16 @@ void TcpClient::onDisconnected()
 void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
+    bool hasRead = false;
     do {
-        mSocketBuffer->append(mSocket->readAll());
+        hasRead = mSocketBuffer->readFrom(*mSocket);
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;
         }
-    } while (mSocket->bytesAvailable() > 0); // came in while a receiver ran an event loop of its own
+    } while (
+        hasRead && mSocket->bytesAvailable() > 0); // more may have come while a receiver ran an event loop of its own
 }
 
 void TcpClient::onSend(const AbstractTcpMessage &message)

@@ -34,6 +34,9 @@ public:
     /// Closes the connection, which comes back a second later.
     void stop();
 
+    /// Bytes that wait until the peer has read what went before.
+    qint64 bytesToWrite() const;
+
 Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 

@@ -47,6 +47,11 @@ void TcpServer::stop()
         mServer.close();
 }
 
+qint64 TcpServer::bytesToWrite() const
+{
+    return mSocket ? mSocket->bytesToWrite() : 0;
+}
+
 void TcpServer::onNewConnection()
 {
     qDebug() << "Client connected";
@@ -75,8 +80,7 @@ void TcpServer::onNewConnection()
 void TcpServer::onReadyRead(const QTcpSocket *socket)
 {
     const QPointer<TcpServer> self(this);
-    while (self && mSocket == socket && mSocket->bytesAvailable() > 0) { // an old client's bytes are not read any more
-        mSocketBuffer->append(mSocket->readAll());
+    while (self && mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)

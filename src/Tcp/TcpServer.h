@@ -30,6 +30,9 @@ public:
     /// Stops listening. A client stays connected.
     void stop();
 
+    /// Bytes that wait until the peer has read what went before.
+    qint64 bytesToWrite() const;
+
 Q_SIGNALS:
     /// @param data the payload of one frame
     void dataReceived(QByteArray data);

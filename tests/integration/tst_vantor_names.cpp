@@ -98,6 +98,8 @@ private Q_SLOTS:
         row("--max 5 A1 B3", "ExceedsMax", 2, "there would be more than 5 names, from column 2 on");
         row("aaaaaaa zzzzzzz", "ExceedsMax", 3, "there would be more than 1000 names, from column 3 on");
         row("0000000000 2147483647", "ExceedsMax", 1, "there would be more than 1000 names, from column 1 on");
+        row("B000000000 A999999999", "ExceedsMax", 0, "there would be more names than a list can hold");
+        row("--max 2147483647 000000000 999999999", "ExceedsMax", 0, "there would be more names than a list can hold");
     }
 
     void aBrokenRuleIsNamed()

@@ -362,19 +362,19 @@ private Q_SLOTS:
         QCOMPARE(managers[1].starts(), 0); // also after all queues are drained
     }
 
-    void theOrderlyEndIsStopDeleteLaterQuitWait()
+    void theOrderlyEndIsStopQuitWait()
     {
         QThread thread;
         auto *const manager = new AbstractCoreManager;
         const QPointer<AbstractCoreManager> guard = manager;
         const Diary diary(manager);
         manager->moveToThread(&thread);
+        connect(&thread, &QThread::finished, manager, &QObject::deleteLater);
         thread.start();
         Q_EMIT manager->requestStart();
 
         Q_EMIT manager->requestStop();
         QTRY_COMPARE(diary.lines.size(), 4);
-        manager->deleteLater();
         thread.quit();
         QVERIFY(thread.wait(10000));
 
@@ -389,11 +389,11 @@ private Q_SLOTS:
             auto *const manager = new AbstractCoreManager;
             const QPointer<AbstractCoreManager> guard = manager;
             manager->moveToThread(&thread);
+            connect(&thread, &QThread::finished, manager, &QObject::deleteLater);
             thread.start();
             Q_EMIT manager->requestStart();
             Q_EMIT manager->requestStop();
 
-            manager->deleteLater();
             thread.quit();
 
             QVERIFY(thread.wait(10000));

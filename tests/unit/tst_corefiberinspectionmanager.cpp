@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QMetaMethod>
 #include <QProcess>
 #include <QSemaphore>
@@ -59,17 +60,19 @@ public:
         connect(mManager, &CoreFiberInspectionManager::analyseFinished, this,
             [this](bool passed, const QString &source, const QString &result) {
                 mAnswers.append({false, passed, source, result, QThread::currentThread()});
+                mAnswered.quit();
             });
         connect(mManager, &CoreFiberInspectionManager::analyseFailed, this, [this] {
             mAnswers.append({true, false, {}, {}, QThread::currentThread()});
+            mAnswered.quit();
         });
         mManager->moveToThread(&mThread);
+        connect(&mThread, &QThread::finished, mManager, &QObject::deleteLater);
         mThread.start();
     }
     ~WorkingManager() override
     {
         Q_EMIT mManager->requestStop();
-        mManager->deleteLater();
         mThread.quit();
         mThread.wait();
     }
@@ -98,10 +101,25 @@ public:
         QCoreApplication::processEvents();
     }
 
+    /// Whether there are as many answers by then; without the grain of polling.
+    bool waitForAnswers(int count)
+    {
+        constexpr int limit = 10000; // milliseconds
+        QTimer::singleShot(limit, &mAnswered, &QEventLoop::quit);
+        while (mAnswers.size() < count) {
+            const int before = mAnswers.size();
+            mAnswered.exec();
+            if (mAnswers.size() == before)
+                return false;
+        }
+        return true;
+    }
+
 private:
     QThread mThread;
     CoreFiberInspectionManager *mManager;
     QVector<Answer> mAnswers;
+    QEventLoop mAnswered;
 };
 
 class FailingDirectories : public BaseDirHelper
@@ -276,13 +294,13 @@ private Q_SLOTS:
         connect(manager, &CoreFiberInspectionManager::analyseFinished, &receiver, count);
         Q_EMIT manager->requestStart();
         manager->moveToThread(&thread);
+        connect(&thread, &QThread::finished, manager, &QObject::deleteLater);
         thread.start();
 
         Q_EMIT manager->requestAnalyse(QStringLiteral("port 1"), anyStandard);
 
         QCOMPARE(answers, 0);
         QTRY_COMPARE(answers, 1);
-        manager->deleteLater();
         thread.quit();
         QVERIFY(thread.wait(10000));
     }
@@ -593,9 +611,7 @@ private Q_SLOTS:
 
             timer.start();
             manager.request(QStringLiteral("port 2"));
-            while (manager.answers().size() <= i && timer.elapsed() < 10000)
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-            QCOMPARE(manager.answers().size(), i + 1);
+            QVERIFY(manager.waitForAnswers(i + 1));
             byManager.append(milliseconds());
         }
 

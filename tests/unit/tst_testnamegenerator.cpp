@@ -351,6 +351,32 @@ private Q_SLOTS:
         QCOMPARE(names.size(), 6);
     }
 
+    void noLimitAllowsMoreThanAListHolds_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+
+        const auto row = [](const char *from, const char *to) {
+            QTest::addRow("%s to %s", from, to) << u(from) << u(to);
+        };
+        row("0000000000", "2147483647"); // one more than an int counts
+        row("aaaaaaa", "zzzzzzz"); // wraps to a negative int
+        row("AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA", "HHHHHHHHHHHHHHHHHHHHHHHHHHHHHHHH"); // 2^96 wraps to 0
+        row("000000000", "999999999"); // an int, but more than fit a vector
+        row("B000000000", "A999999999"); // a column that counts nothing
+        row("B0000000000", "A2147483647");
+    }
+
+    void noLimitAllowsMoreThanAListHolds()
+    {
+        QFETCH(const QString, from);
+        QFETCH(const QString, to);
+        QVector<QString> names{u("before")};
+
+        QCOMPARE(TestNameGenerator::generateTestNames(from, to, names, anyCount), Error::ExceedsMax);
+        QCOMPARE(names, QVector<QString>{u("before")});
+    }
+
     void equalNamesKnowNoLimit()
     {
         QVector<QString> names;

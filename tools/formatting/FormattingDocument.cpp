@@ -61,7 +61,7 @@ public:
     {
         const QJSValue result = mEngine.evaluate(call);
         if (result.isString())
-            return QLatin1Char('"') + escaped(result.toString()) + QLatin1Char('"');
+            return QLatin1Char('"') + shortened(escaped(result.toString())) + QLatin1Char('"');
         if (result.isDate() && !result.toDateTime().isValid())
             return QStringLiteral("Invalid Date");
         return result.isDate() ? result.toDateTime().toUTC().toString(Qt::ISODateWithMs) : result.toString();
@@ -79,6 +79,16 @@ private:
                 result += character;
         }
         return result;
+    }
+
+    /// Both ends of what no table has room for.
+    static QString shortened(const QString &text)
+    {
+        constexpr int longest = 200;
+        constexpr int shownOfEachEnd = 20;
+        return text.size() <= longest
+            ? text
+            : QStringLiteral("%1…%2").arg(text.left(shownOfEachEnd), text.right(shownOfEachEnd));
     }
 
     QQmlEngine mEngine;

@@ -6,7 +6,7 @@ const std::vector<FormattingSection> &formattingSections()
     using Values = std::vector<const char *>;
     static const Values reals{"0", "0.0000001", "0.000001", "0.00012", "0.5", "1/3", "0.99999", "1", "1.005", "9.995",
         "12.5", "100", "1234.5678", "123456.789", "-0.001", "-0.5", "-12.5", "-1234.5678", "999999999", "1e9", "1e15",
-        "1e22", "Infinity", "-Infinity", "NaN"};
+        "1e22", "1e300", "Infinity", "-Infinity", "NaN"};
     static const Values integers{"0", "1", "-1", "9", "10", "255", "999", "1000", "-123", "-1234", "12345", "1234567",
         "2147483647", "-2147483648"};
     static const Values counts{"0", "1", "999", "1000", "1023", "1024", "1500", "1536", "999499", "999999", "1000000",
@@ -16,8 +16,8 @@ const std::vector<FormattingSection> &formattingSections()
 
     static const std::vector<FormattingSection> sections{
         {"Decimals",
-            "A negative precision means 6, more than 100 mean 100. Plain decimals are never cut: `1e300` has 301 "
-            "digits.",
+            "A negative precision means 6, more than 100 mean 100. Texts in plain decimals have all digits in front\n"
+            "of the point, however many: `1e300` has 301, of which the tables show the ends.",
             {
                 {"formatDecimalValue($r, $c)", reals, decimals},
                 {"formatDecimalValueWithMeasureCount($r, $c)", reals, decimals},

@@ -22,7 +22,7 @@ int lengthOfProgressBar(const Session &session)
 }
 } // namespace
 
-Batch::Batch(const Session &session, StopSignals *signals)
+Batch::Batch(const Session &session, Tools::StopSignals *signals)
     : mSession(session)
     , mSignals(signals)
     , mWorkers(session, qMin(session.options.jobs, session.tasks.size()))

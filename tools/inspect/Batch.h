@@ -7,16 +7,18 @@
 
 #include <QMap>
 
-namespace Inspect {
-
+namespace Tools {
 class StopSignals;
+}
+
+namespace Inspect {
 
 /// All tasks of one run: hands them to the workers, and prints their reports in the order of the tasks, each as soon as
 /// those before it are out.
 class Batch
 {
 public:
-    Batch(const Session &session, StopSignals *signals);
+    Batch(const Session &session, Tools::StopSignals *signals);
 
     int run(); ///< @return the exit code of the program
 
@@ -29,9 +31,9 @@ private:
     int exitCode() const;
 
     const Session &mSession;
-    StopSignals *mSignals;
+    Tools::StopSignals *mSignals;
     WorkerPool mWorkers;
-    StandardOutput mStandardOutput;
+    Tools::StandardOutput mStandardOutput;
     ProgressBar mProgress;
     int mStarted = 0; ///< tasks
     int mPrinted = 0; ///< tasks

@@ -29,8 +29,8 @@ void setUpLog(bool verbose)
 
 int print(const QString &text)
 {
-    StopSignals signals;
-    StandardOutput output(&signals);
+    Tools::StopSignals signals;
+    Tools::StandardOutput output(&signals);
     return output.write(text.toUtf8()) ? AllPassed : SomeNotAnalysed;
 }
 
@@ -49,7 +49,7 @@ int inspectAll(const Options &options)
 
     const QVector<Task> tasks = makeTasks(listImages(options.operands), options);
 
-    StopSignals signals;
+    Tools::StopSignals signals;
     const TemporaryFolder temporaryFolder;
     if (!temporaryFolder.isValid()) {
         Tools::Terminal::tell(

@@ -127,9 +127,11 @@ Explanation explain(Generator::GenerateError error, const QString &first, const 
     }
     case Generator::ExceedsMax: {
         const ColumnPair *const pair = columnBeyond(pairs, max);
+        if (!pair)
+            return at(nullptr, QStringLiteral("there would be more names than a list can hold"));
         return at(pair,
             QStringLiteral("there would be more than %1 names, from column %2 on")
-                .arg(QString::number(max), QString::number(pair ? pair->number : 0)));
+                .arg(QString::number(max), QString::number(pair->number)));
     }
     default:
         return at(nullptr, QStringLiteral("the names cannot be split into columns"));

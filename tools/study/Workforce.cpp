@@ -2,9 +2,9 @@
 #include "Workforce.h"
 
 #include "../inspect/ProgressBar.h"
-#include "../inspect/StopSignals.h"
 #include "../inspect/TemporaryFolder.h"
 #include "Examiner.h"
+#include "StopSignals.h"
 
 #include <QFile>
 
@@ -157,7 +157,7 @@ std::optional<QVector<FaceOutcome>> examineAll(
     const QVector<Face> &faces, int jobs, bool showsProgress, QString *problem)
 {
     constexpr int pollInterval = 50; // milliseconds
-    Inspect::StopSignals signals;
+    Tools::StopSignals signals;
     const Inspect::TemporaryFolder temporaryFolder;
     const SharedProgress progress;
     if (!temporaryFolder.isValid() || !progress.counters()) {

@@ -8,7 +8,7 @@
 #include <poll.h>
 #include <unistd.h>
 
-namespace Inspect {
+namespace Tools {
 
 bool StandardOutput::write(const QByteArray &bytes)
 {
@@ -35,4 +35,4 @@ bool StandardOutput::waitUntilWritable()
     return mSignals->received() == 0;
 }
 
-} // namespace Inspect
+} // namespace Tools

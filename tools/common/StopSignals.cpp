@@ -6,7 +6,7 @@
 #include <sys/signalfd.h>
 #include <unistd.h>
 
-namespace Inspect {
+namespace Tools {
 
 StopSignals::StopSignals()
 {
@@ -38,4 +38,4 @@ int StopSignals::received()
     return mReceived;
 }
 
-} // namespace Inspect
+} // namespace Tools

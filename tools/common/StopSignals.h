@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-namespace Inspect {
+namespace Tools {
 
 /// Turns the signals that ask the program to stop into something to wait for. There are no handlers: the signals stay
 /// blocked and are read from a file descriptor. Those that were ignored at the start, as under nohup, stay so.
@@ -23,4 +23,4 @@ private:
     int mReceived = 0;
 };
 
-} // namespace Inspect
+} // namespace Tools

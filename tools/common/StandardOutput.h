@@ -3,7 +3,7 @@
 
 #include <QByteArray>
 
-namespace Inspect {
+namespace Tools {
 
 class StopSignals;
 
@@ -28,4 +28,4 @@ private:
     int mError = 0;
 };
 
-} // namespace Inspect
+} // namespace Tools

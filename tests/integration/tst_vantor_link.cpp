@@ -1,0 +1,708 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "LinkProgram.h"
+#include "LogCapture.h"
+#include "Loopback.h"
+#include "OwnNetwork.h"
+#include "Tcp/TcpClient.h"
+#include "Tcp/TcpProtocolParser.h"
+
+#include <QDir>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <random>
+
+namespace {
+constexpr int patience = 20000; // milliseconds
+constexpr int longPatience = 120000; // milliseconds
+constexpr int mebibyte = 1024 * 1024;
+constexpr int mostBuffered = 8 * mebibyte; // far less than what is sent
+
+const QString echoOption = QStringLiteral("--echo");
+const QString noInputOption = QStringLiteral("--no-input");
+
+QByteArray numberLine(int number)
+{
+    return "{\"number\":" + QByteArray::number(number) + "}\n";
+}
+
+QByteArray numberLines(int first, int count)
+{
+    QByteArray lines;
+    for (int i = first; i < first + count; ++i)
+        lines += numberLine(i);
+    return lines;
+}
+
+int numberOf(const QByteArray &line)
+{
+    const int start = line.indexOf(':') + 1;
+    return line.mid(start, line.indexOf('}') - start).toInt();
+}
+
+QByteArray randomBytes(int size)
+{
+    std::mt19937 random(1);
+    QByteArray bytes(size, '\0');
+    for (char &byte : bytes)
+        byte = static_cast<char>(random());
+    return bytes;
+}
+
+int descriptorsOfThisProcess()
+{
+    return QDir(QStringLiteral("/proc/self/fd"))
+        .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
+        .size();
+}
+
+void addHostileBytes()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    constexpr int tooMuch = TcpProtocolParser::maxBufferSize + 4 * mebibyte;
+    QTest::newRow("garbage") << randomBytes(4 * mebibyte) + "x";
+    QTest::newRow("endless digits") << QByteArray(4 * mebibyte, '7') + "x";
+    QTest::newRow("endless zeros") << QByteArray(tooMuch, '0');
+    QTest::newRow("endless blanks") << QByteArray(tooMuch, ' ');
+    QTest::newRow("a length of 2 GB") << "2000000000{" + QByteArray(tooMuch, 'a') + "x";
+    QTest::newRow("braces") << QByteArray(4 * mebibyte, '{') + "x";
+    QTest::newRow("negative lengths") << QByteArray("-2{}-5{abc}-3").repeated(10000) + "x";
+}
+
+/// Writes all of it, whatever the other end makes of it, and whenever it reads.
+bool writeAll(QTcpSocket &socket, const QByteArray &bytes)
+{
+    socket.write(bytes);
+    return waitUntil([&] { return socket.bytesToWrite() == 0; }, longPatience);
+}
+
+/// One message each way.
+bool linkWorks(LinkProgram &program, QTcpSocket &peer)
+{
+    static int marker = 0;
+    ++marker;
+    const QByteArray text = QByteArray::number(marker);
+    peer.write(Loopback::frame("{\"there\": " + text + "}"));
+    if (!program.waitForOutput("{\"there\":" + text + "}\n"))
+        return false;
+    program.write("{\"back\": " + text + "}\n");
+    QByteArray received;
+    return waitUntil(
+        [&] {
+            received += peer.readAll();
+            return received.contains(Loopback::frame("{\n    \"back\": " + text + "\n}\n"));
+        },
+        patience);
+}
+} // namespace
+
+class TestVantorLink : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QString problem; // the machine's own loopback serves as well
+        OwnNetwork::enter(&problem);
+        QVERIFY(mFolder.isValid());
+    }
+
+    void init() { mPort = Loopback::freePort(); }
+
+    // --- The command line ---
+
+    void wrongUsageIsTold_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("message");
+        const auto row = [](const char *arguments, const char *message) {
+            QTest::newRow(arguments) << QString::fromUtf8(arguments) << QString::fromUtf8(message);
+        };
+        row("", "listen or connect? See --help");
+        row("send", "listen or connect? See --help");
+        row("listen", "--port needs a number from 1 to 65535, not \"\"");
+        row("listen --port 0", "--port needs a number from 1 to 65535, not \"0\"");
+        row("listen --port 65536", "--port needs a number from 1 to 65535, not \"65536\"");
+        row("listen --port x", "--port needs a number from 1 to 65535, not \"x\"");
+        row("listen 127.0.0.1 --port 1", "listen takes no address: it listens on all of them");
+        row("connect --port 1", "connect needs one address, such as 192.0.2.7");
+        row("connect 127.0.0.1 ::1 --port 1", "connect needs one address, such as 192.0.2.7");
+        row("connect localhost --port 1",
+            "\"localhost\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up");
+        row("listen --port 1 --linger -1", "--linger needs seconds, from 0 to 3600, not \"-1\"");
+        row("listen --port 1 --linger nan", "--linger needs seconds, from 0 to 3600, not \"nan\"");
+        row("listen --port 1 --queue", "Unknown option 'queue'.");
+    }
+
+    void wrongUsageIsTold()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, message);
+        LinkProgram program;
+
+        program.begin(arguments.split(QLatin1Char(' '), Qt::SkipEmptyParts));
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 64);
+        QCOMPARE(QString::fromUtf8(program.messages()), QStringLiteral("vantor-link: %1\n").arg(message));
+        QCOMPARE(program.output(), QByteArray());
+    }
+
+    void helpAndVersionGoToStdout()
+    {
+        LinkProgram help;
+        help.begin({QStringLiteral("--help")});
+        QVERIFY(help.waitForEnd());
+        QCOMPARE(help.endCode(), 0);
+        QVERIFY(help.output().contains("--no-input"));
+
+        LinkProgram version;
+        version.begin({QStringLiteral("--version")});
+        QVERIFY(version.waitForEnd());
+        QCOMPARE(version.endCode(), 0);
+        QVERIFY(version.output().startsWith("vantor-link 0."));
+    }
+
+    void aPortThatIsTakenIsTold()
+    {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any, static_cast<quint16>(mPort)));
+        LinkProgram program;
+
+        program.begin({QStringLiteral("listen"), QStringLiteral("--port"), QString::number(mPort)});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 69);
+        QVERIFY(program.says("cannot listen on port"));
+    }
+
+    // --- Lines and payloads ---
+
+    void wrongLinesAreToldAndTheOthersSent()
+    {
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort);
+
+        sender.write(
+            "{\"a\": 1}\nabc\n\n   \r\n[1, 2]\n{\"a\": 2}\r\n{\"a\": \n\xff\xfe\n{\"\xc3\xa9\": [true, null]}");
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd());
+        QCOMPARE(sender.endCode(), 1);
+        QVERIFY(listener.waitForOutput("null"));
+        QCOMPARE(listener.output(), QByteArray("{\"a\":1}\n{\"a\":2}\n{\"\xc3\xa9\":[true,null]}\n"));
+        for (const char *const line : {"line 2 is not sent: no JSON object: illegal value, at byte 1\n",
+                 "line 5 is not sent: an array cannot be sent, only an object\n", "line 7 is not sent: no JSON object",
+                 "line 8 is not sent: no JSON object"})
+            QVERIFY2(sender.says(line), sender.messages().constData());
+        QCOMPARE(sender.messages().count("is not sent"), 4);
+    }
+
+    void aLineThatIsTooLongIsToldAndTheNextOneSent()
+    {
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort);
+
+        sender.write('{' + QByteArray(TcpProtocolParser::maxBufferSize + 100000, ' ') + "}\n" + numberLine(1));
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd(longPatience));
+        QCOMPARE(sender.endCode(), 1);
+        QVERIFY(sender.says("line 1 is not sent: longer than 67108864 bytes\n"));
+        QVERIFY(listener.waitForOutput(numberLine(1)));
+    }
+
+    void aPayloadThatIsNoJsonIsPrintedAsAString()
+    {
+        LinkProgram program;
+        program.listen(mPort, {noInputOption});
+        const auto peer = connectPeer();
+
+        peer->write("8{\n\x1b\"\xff}x}" + Loopback::frame(1));
+
+        QVERIFY(program.waitForOutput("}\n"));
+        QVERIFY(program.waitForOutput("{\"type\":1}\n"));
+        QCOMPARE(program.output(), QByteArray("\"{\\n\\u001b\\\"\xef\xbf\xbd}x}\"\n{\"type\":1}\n"));
+    }
+
+    void echoAnswersWithTheSameBytes()
+    {
+        LinkProgram program;
+        program.listen(mPort, {noInputOption, echoOption});
+        const auto peer = connectPeer();
+        const QByteArray frames = "15{\"type\": 12345}" + Loopback::frame(7) + "6{\xff abc";
+
+        peer->write(frames);
+
+        QTRY_COMPARE(peer->bytesAvailable(), qint64(frames.size()));
+        QCOMPARE(peer->readAll(), frames);
+    }
+
+    void statsTellRatesAndTheSum()
+    {
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption, echoOption, QStringLiteral("--stats")});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort, {QStringLiteral("--stats")});
+
+        sender.write(numberLines(0, 10));
+        QVERIFY(listener.waitForMessage("messages/s"));
+        sender.closeWriteChannel();
+        QVERIFY(sender.waitForEnd());
+        listener.sendSignal(SIGTERM);
+        QVERIFY(listener.waitForEnd());
+
+        // A frame is 2 digits and 20 bytes: {\n    "number": 0\n}\n
+        QVERIFY2(sender.says("in all: sent 10 messages, 220 bytes; received 10 messages, 220 bytes; "),
+            sender.messages().constData());
+        QVERIFY(listener.says("in all: sent 10 messages, 220 bytes; received 10 messages, 220 bytes; "));
+    }
+
+    // --- The end ---
+
+    void linesWaitForTheConnectionAndTheEndWaitsForAnswers()
+    {
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort);
+        sender.write(numberLines(0, 3));
+        sender.closeWriteChannel();
+        QVERIFY(sender.waitForMessage("no connection to 127.0.0.1"));
+
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption, echoOption});
+
+        QVERIFY(sender.waitForEnd());
+        QCOMPARE(sender.endCode(), 0);
+        QCOMPARE(sender.output(), numberLines(0, 3));
+    }
+
+    void withoutLingerTheEndComesAtOnce()
+    {
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        QElapsedTimer timer;
+        timer.start();
+        sender.connectTo(Loopback::address(), mPort, {QStringLiteral("--linger"), QStringLiteral("0")});
+        sender.write(numberLine(1));
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd());
+        QVERIFY(listener.waitForOutput(numberLine(1)));
+        QCOMPARE(sender.endCode(), 0);
+    }
+
+    void aSignalEndsIt_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<bool>("isConnected");
+        QTest::newRow("Ctrl-C, waiting for a unit") << SIGINT << false;
+        QTest::newRow("Ctrl-C, connected") << SIGINT << true;
+        QTest::newRow("SIGTERM, connected") << SIGTERM << true;
+        QTest::newRow("SIGHUP, connected") << SIGHUP << true;
+    }
+
+    void aSignalEndsIt()
+    {
+        QFETCH(int, number);
+        QFETCH(bool, isConnected);
+        LinkProgram program;
+        program.listen(mPort);
+        const auto peer = connectPeer();
+        QVERIFY(program.waitForMessage("a unit has connected"));
+        if (!isConnected) {
+            peer->abort();
+            QVERIFY(program.waitForMessage("the unit has gone"));
+        }
+
+        program.sendSignal(number);
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 128 + number);
+    }
+
+    void aSignalTellsWhatIsNotSent()
+    {
+        LinkProgram program;
+        program.listen(mPort);
+        const auto peer = connectPeer();
+        peer->setReadBufferSize(1);
+        const QByteArray line = "{\"text\":\"" + QByteArray(100000, 'x') + "\"}\n";
+        for (int i = 0; i < 200; ++i)
+            program.write(line);
+        QTest::qWait(1000); // until the system takes no more
+
+        program.sendSignal(SIGINT);
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 130);
+        QVERIFY2(program.says("bytes were not sent"), program.messages().constData());
+    }
+
+    void aFullDiskEndsIt()
+    {
+        LinkProgram program;
+        program.setStandardOutputFile(QStringLiteral("/dev/full"));
+        program.listen(mPort, {noInputOption});
+        const auto peer = connectPeer();
+
+        peer->write(Loopback::frame(1));
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 74);
+        QVERIFY(program.says("cannot write to stdout: No space left on device"));
+    }
+
+    // --- A peer of another make ---
+
+    void aPeerInPythonTalksToTheListeningEnd()
+    {
+        LinkProgram program;
+        program.listen(mPort, {noInputOption, echoOption});
+
+        const QString problem = runPython(
+            {QStringLiteral("connect"), Loopback::address(), QString::number(mPort), QStringLiteral("20000")});
+
+        QCOMPARE(problem, QString());
+        QCOMPARE(program.outputLines().size(), 20000);
+    }
+
+    void aPeerInPythonTalksToTheConnectingEnd()
+    {
+        LinkProgram program;
+        program.connectTo(Loopback::address(), mPort, {noInputOption, echoOption});
+
+        const QString problem = runPython({QStringLiteral("listen"), QString::number(mPort), QStringLiteral("20000")});
+
+        QCOMPARE(problem, QString());
+        QCOMPARE(program.outputLines().size(), 20000);
+    }
+
+    // --- Much, and long ---
+
+    void aMillionMessagesArriveInTheirOrder()
+    {
+        constexpr int count = 1000000;
+        const QByteArray lines = numberLines(0, count);
+        const QString input = mFolder.filePath(QStringLiteral("million"));
+        const QString output = mFolder.filePath(QStringLiteral("received"));
+        QVERIFY(writeFile(input, lines));
+        LinkProgram listener;
+        listener.setStandardOutputFile(output);
+        listener.listen(mPort, {noInputOption});
+        const int descriptors = listener.descriptors();
+        const qint64 memory = listener.memory();
+        LinkProgram sender;
+        sender.setStandardInputFile(input);
+        sender.connectTo(Loopback::address(), mPort);
+
+        QTRY_VERIFY_WITH_TIMEOUT(
+            QFileInfo(output).size() >= lines.size() || sender.state() == QProcess::NotRunning, longPatience);
+        const qint64 peak = sender.peakMemory();
+        QVERIFY(sender.waitForEnd(longPatience));
+        QCOMPARE(sender.endCode(), 0);
+        QTRY_COMPARE(QFileInfo(output).size(), qint64(lines.size()));
+
+        QVERIFY(readFile(output) == lines);
+        QVERIFY2(peak <= memory + mostBuffered + memorySlack(), qPrintable(QString::number(peak - memory)));
+        QVERIFY(listener.peakMemory() <= memory + mostBuffered + memorySlack());
+        QVERIFY(listener.memory() <= memory + memorySlack());
+        QTRY_COMPARE(listener.descriptors(), descriptors);
+    }
+
+    void aReaderThatSleepsHoldsTheSenderBack()
+    {
+        const QByteArray line = "{\"text\":\"" + QByteArray(20000, 'x') + "\"}\n";
+        const QByteArray lines = line.repeated(2000); // far more than the system takes
+        const QString input = mFolder.filePath(QStringLiteral("much"));
+        QVERIFY(writeFile(input, lines));
+        LinkProgram listener;
+        listener.listen(mPort);
+        const qint64 memory = listener.memory();
+        LinkProgram sender;
+        sender.setStandardInputFile(input);
+        listener.sendSignal(SIGSTOP);
+        sender.connectTo(Loopback::address(), mPort);
+        QVERIFY(sender.waitForMessage("connected to"));
+
+        QTest::qWait(1500); // long enough to read all, were it not held back
+        QCOMPARE(sender.state(), QProcess::Running);
+        QVERIFY2(sender.peakMemory() <= memory + mostBuffered + memorySlack(),
+            qPrintable(QString::number(sender.peakMemory() - memory)));
+        listener.sendSignal(SIGCONT);
+
+        QVERIFY(sender.waitForEnd());
+        QCOMPARE(sender.endCode(), 0);
+        QVERIFY(waitUntil([&] { return listener.output().size() >= lines.size(); }, longPatience));
+        QVERIFY(listener.output() == lines);
+        const auto peer = connectPeer();
+        QVERIFY(linkWorks(listener, *peer));
+    }
+
+    void aServerThatIsKilledAndStartedAgainGetsTheRest()
+    {
+        constexpr int count = 300000;
+        const QString input = mFolder.filePath(QStringLiteral("stream"));
+        QVERIFY(writeFile(input, numberLines(0, count)));
+        auto first = std::make_unique<LinkProgram>();
+        first->listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.setStandardInputFile(input);
+        sender.connectTo(Loopback::address(), mPort);
+        QVERIFY(first->waitForOutput(numberLine(1000)));
+
+        first->sendSignal(SIGKILL);
+        QVERIFY(first->waitForEnd());
+        QVERIFY(sender.waitForMessage("the connection is lost; trying again every second"));
+        LinkProgram second;
+        second.listen(mPort, {noInputOption});
+        QVERIFY(second.waitForOutput(numberLine(count - 1), longPatience));
+
+        const QList<QByteArray> before = first->outputLines();
+        const QList<QByteArray> after = second.outputLines();
+        for (int i = 0; i < before.size(); ++i)
+            QCOMPARE(before.at(i), numberLine(i).chopped(1));
+        const int start = numberOf(after.constFirst()); // what was on its way is lost, and nothing comes twice
+        QVERIFY2(start >= before.size() && start < count, qPrintable(QString::number(start)));
+        QCOMPARE(after.size(), count - start);
+        for (int i = 0; i < after.size(); ++i)
+            QCOMPARE(after.at(i), numberLine(start + i).chopped(1));
+        QVERIFY(sender.waitForEnd());
+        QVERIFY(!second.says("Erasing buffer"));
+    }
+
+    void theNewestOfTwoClientsIsServed()
+    {
+        LinkProgram program;
+        program.listen(mPort);
+        const int descriptors = program.descriptors();
+        const auto first = connectPeer();
+        QVERIFY(linkWorks(program, *first));
+        const auto second = connectPeer();
+
+        QTRY_COMPARE(first->state(), QAbstractSocket::UnconnectedState);
+        QVERIFY(linkWorks(program, *second));
+        second->disconnectFromHost();
+        QTRY_COMPARE(program.descriptors(), descriptors);
+    }
+
+    void twoClientsThatFightLeaveTheLinkWhole()
+    {
+        LinkProgram listener;
+        listener.listen(mPort);
+        const int descriptors = listener.descriptors();
+        LinkProgram first;
+        first.connectTo(Loopback::address(), mPort, {noInputOption});
+        auto second = std::make_unique<LinkProgram>();
+        second->connectTo(Loopback::address(), mPort, {noInputOption});
+        QTRY_VERIFY_WITH_TIMEOUT(listener.messages().count("a unit has connected") >= 6, patience);
+        const qint64 memory = listener.memory();
+
+        second.reset();
+        const int fights = listener.messages().count("a unit has connected");
+        QTRY_VERIFY(listener.messages().count("a unit has connected") > fights
+            || !listener.messages().endsWith("the unit has gone\n"));
+        listener.write(numberLine(fights));
+
+        QVERIFY(first.waitForOutput(numberLine(fights)));
+        QVERIFY(listener.memory() <= memory + memorySlack());
+        first.kill();
+        QVERIFY(first.waitForEnd());
+        QTRY_COMPARE(listener.descriptors(), descriptors);
+    }
+
+    void aThousandConnectionsLeaveNothingBehind()
+    {
+        LinkProgram program;
+        program.listen(mPort, {echoOption});
+        const int descriptors = program.descriptors();
+        QVERIFY(comeAndGo(100));
+        const qint64 memory = program.memory();
+
+        QVERIFY(comeAndGo(1000));
+
+        QTRY_COMPARE(program.descriptors(), descriptors);
+        QVERIFY2(program.memory() <= memory + memorySlack(), qPrintable(QString::number(program.memory() - memory)));
+        const auto peer = connectPeer();
+        QVERIFY(linkWorks(program, *peer));
+    }
+
+    void aThousandReconnectionsOfAClientLeaveNothingBehind()
+    {
+        const LogCapture log;
+        constexpr int count = 1000;
+        const int descriptors = descriptorsOfThisProcess();
+        {
+            QTcpServer server;
+            QVERIFY(server.listen(QHostAddress::Any, static_cast<quint16>(mPort)));
+            TcpClient client;
+            int connections = 0;
+            connect(&client, &TcpClient::connected, this, [&] { ++connections; });
+            connect(&client, &TcpClient::disconnected, this,
+                [&] { client.start(Loopback::address(), mPort); }); // does not wait for the second to pass
+            connect(&server, &QTcpServer::newConnection, this, [&] {
+                QTcpSocket *const socket = server.nextPendingConnection();
+                if (connections < count)
+                    socket->abort();
+                else
+                    socket->write(Loopback::frame(connections));
+                if (connections < count)
+                    socket->deleteLater();
+            });
+            QSignalSpy received(&client, &TcpClient::dataReceived);
+            client.start(Loopback::address(), mPort);
+
+            QVERIFY(received.count() > 0 || received.wait(longPatience));
+
+            QCOMPARE(connections, count);
+            QCOMPARE(received.first().first().toByteArray(), Loopback::payload(count));
+            QTRY_COMPARE(descriptorsOfThisProcess(), descriptors + 3); // the server, and both ends of a connection
+        }
+        QTRY_COMPARE(descriptorsOfThisProcess(), descriptors);
+    }
+
+    // --- Peers that mean no good ---
+
+    void theListeningEndOutlivesHostileBytes_data() { addHostileBytes(); }
+
+    void theListeningEndOutlivesHostileBytes()
+    {
+        QFETCH(QByteArray, bytes);
+        LinkProgram program;
+        program.listen(mPort);
+        auto peer = connectPeer();
+        QVERIFY(linkWorks(program, *peer));
+        const qint64 memory = program.memory();
+        const int descriptors = program.descriptors();
+
+        QVERIFY(writeAll(*peer, bytes));
+
+        QVERIFY(linkWorksAfterAWhile(program, *peer));
+        QVERIFY2(program.memory() <= memory + memorySlack(), qPrintable(QString::number(program.memory() - memory)));
+        peer = connectPeer();
+        QVERIFY(linkWorks(program, *peer));
+        QTRY_COMPARE(program.descriptors(), descriptors);
+    }
+
+    void theConnectingEndOutlivesHostileBytes_data() { addHostileBytes(); }
+
+    void theConnectingEndOutlivesHostileBytes()
+    {
+        QFETCH(QByteArray, bytes);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::Any, static_cast<quint16>(mPort)));
+        LinkProgram program;
+        program.connectTo(Loopback::address(), mPort);
+        QTRY_VERIFY(server.hasPendingConnections());
+        QTcpSocket *peer = server.nextPendingConnection();
+        QVERIFY(linkWorks(program, *peer));
+        const qint64 memory = program.memory();
+        const int descriptors = program.descriptors();
+
+        QVERIFY(writeAll(*peer, bytes));
+
+        QVERIFY(linkWorksAfterAWhile(program, *peer));
+        QVERIFY2(program.memory() <= memory + memorySlack(), qPrintable(QString::number(program.memory() - memory)));
+        peer->abort();
+        QTRY_VERIFY(server.hasPendingConnections());
+        peer = server.nextPendingConnection();
+        QVERIFY(linkWorks(program, *peer));
+        QCOMPARE(program.descriptors(), descriptors);
+    }
+
+    void framesMayComeByteByByte()
+    {
+        LinkProgram program;
+        program.listen(mPort);
+        const auto peer = connectPeer();
+        peer->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+        QByteArray frames;
+        for (int i = 0; i < 100; ++i)
+            frames += Loopback::frame("{\"number\": " + QByteArray::number(i) + "}");
+
+        for (const char byte : qAsConst(frames)) {
+            peer->write(&byte, 1);
+            QVERIFY(peer->flush());
+        }
+
+        QVERIFY(program.waitForOutput(numberLine(99)));
+        QCOMPARE(program.output(), numberLines(0, 100));
+        QVERIFY(linkWorks(program, *peer));
+    }
+
+private:
+    std::unique_ptr<QTcpSocket> connectPeer() const
+    {
+        auto socket = std::make_unique<QTcpSocket>();
+        socket->connectToHost(Loopback::address(), static_cast<quint16>(mPort));
+        socket->waitForConnected(patience);
+        return socket;
+    }
+
+    /// Connects, has one message answered, and goes; so often.
+    bool comeAndGo(int count) const
+    {
+        const QByteArray frame = Loopback::frame(5);
+        for (int i = 0; i < count; ++i) {
+            const auto peer = connectPeer();
+            peer->write(frame);
+            const auto isAnswered = [&] { return peer->bytesAvailable() >= frame.size(); };
+            if (!waitUntil(isAnswered, patience) || peer->readAll() != frame)
+                return false;
+        }
+        return true;
+    }
+
+    /// The program may still be reading what came before, and drop the first messages together with it.
+    static bool linkWorksAfterAWhile(LinkProgram &program, QTcpSocket &peer)
+    {
+        int round = 0;
+        const bool isHeard = waitUntil(
+            [&] {
+                peer.write(Loopback::frame("{\"hello\": " + QByteArray::number(++round) + "}"));
+                QTest::qWait(20);
+                return program.output().contains("{\"hello\":");
+            },
+            longPatience);
+        return isHeard && linkWorks(program, peer);
+    }
+
+    static bool writeFile(const QString &path, const QByteArray &bytes)
+    {
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    }
+
+    static QByteArray readFile(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    /// What the program says when it does not succeed; it talks to a process, so events may wait.
+    static QString runPython(const QStringList &arguments)
+    {
+        QProcess python;
+        python.setProcessChannelMode(QProcess::MergedChannels);
+        python.start(QStringLiteral("python3"), QStringList{QStringLiteral(VANTOR_LINK_PEER)} + arguments);
+        if (!waitUntil([&] { return python.state() == QProcess::NotRunning; }, longPatience))
+            return QStringLiteral("does not end");
+        if (python.exitStatus() == QProcess::NormalExit && python.exitCode() == 0)
+            return {};
+        return QStringLiteral("exit code %1: ").arg(python.exitCode()) + QString::fromUtf8(python.readAll());
+    }
+
+    QTemporaryDir mFolder;
+    int mPort = 0;
+};
+
+QTEST_GUILESS_MAIN(TestVantorLink)
+#include "tst_vantor_link.moc"

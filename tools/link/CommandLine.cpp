@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+
+#include <QHostAddress>
+
+#include <limits>
+
+namespace Link {
+
+namespace {
+constexpr int maxPort = std::numeric_limits<quint16>::max();
+constexpr double maxLinger = 3600; // seconds
+constexpr double millisecondsPerSecond = 1000;
+
+const QString listenRole = QStringLiteral("listen");
+const QString connectRole = QStringLiteral("connect");
+
+QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
+{
+    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
+}
+
+QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
+{
+    return option({QString::fromUtf8(name)}, description, valueName);
+}
+} // namespace
+
+CommandLine::CommandLine()
+    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
+    , mVersion(option("version", "Show the version."))
+    , mPort(option({QStringLiteral("p"), QStringLiteral("port")}, "TCP port, 1 to 65535.", "N"))
+    , mEcho(option("echo", "Answer every message with the same message."))
+    , mStats(option("stats", "Show messages and bytes on stderr every second, and in all at the end."))
+    , mNoInput(option("no-input", "Do not read stdin: receive, until a signal comes."))
+    , mLinger(option("linger",
+          "After the end of the input stay until nothing has come for so long, for the answers (default: 0.5).",
+          "SECONDS"))
+    , mVerbose(option("verbose", "Show the log of the link on stderr."))
+{
+    mParser.setApplicationDescription(QStringLiteral(
+        "One end of the link between two units. Every line of stdin is a JSON object and is sent as one message;\n"
+        "every payload that comes is printed as one line of JSON: an object, or a string when it is not valid JSON.\n\n"
+        "The link comes back by itself. Lines wait while there is no connection, or while the peer does not read.\n"
+        "A line that cannot be sent is told with its number, and the next one follows.\n\n"
+        "At the end of the input the program sends what it has read, waits for answers (--linger) and ends. Ctrl-C\n"
+        "ends it within 3 s, whatever is still to be sent.\n\n"
+        "Exit code: 0 all was sent, 1 some was not, 64 wrong usage, 69 it cannot listen on the port, 74 stdout cannot\n"
+        "be written, 128 and more: stopped by a signal."));
+    mParser.addPositionalArgument(QStringLiteral("listen|connect"),
+        QStringLiteral("Wait for the other unit (one at a time: the newest), or connect to it."));
+    mParser.addPositionalArgument(QStringLiteral("ADDRESS"),
+        QStringLiteral("With connect: the IPv4 or IPv6 address of the unit; names are not looked up."),
+        QStringLiteral("[ADDRESS]"));
+    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
+    mParser.addOptions({mPort, mEcho, mStats, mNoInput, mLinger, mVerbose, mVersion, mHelp});
+}
+
+bool CommandLine::parse(const QStringList &arguments)
+{
+    if (!mParser.parse(arguments))
+        return refuse(mParser.errorText());
+    if (mParser.isSet(mHelp) || mParser.isSet(mVersion)) {
+        mOptions.action = mParser.isSet(mHelp) ? Options::Action::ShowHelp : Options::Action::ShowVersion;
+        return true;
+    }
+
+    mOptions.readsInput = !mParser.isSet(mNoInput);
+    mOptions.echo = mParser.isSet(mEcho);
+    mOptions.stats = mParser.isSet(mStats);
+    mOptions.verbose = mParser.isSet(mVerbose);
+    return readRole() && readPort() && readLinger();
+}
+
+bool CommandLine::readRole()
+{
+    const QStringList operands = mParser.positionalArguments();
+    const QString role = operands.value(0);
+    if (role != listenRole && role != connectRole)
+        return refuse(QStringLiteral("listen or connect? See --help"));
+
+    const bool connects = role == connectRole;
+    mOptions.action = connects ? Options::Action::Connect : Options::Action::Listen;
+    if (operands.size() != (connects ? 2 : 1)) {
+        return refuse(connects ? QStringLiteral("connect needs one address, such as 192.0.2.7")
+                               : QStringLiteral("listen takes no address: it listens on all of them"));
+    }
+    mOptions.address = operands.value(1);
+    if (connects && QHostAddress(mOptions.address).isNull()) {
+        return refuse(QStringLiteral("\"%1\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up")
+                          .arg(mOptions.address));
+    }
+    return true;
+}
+
+bool CommandLine::readPort()
+{
+    bool ok = false;
+    mOptions.port = mParser.value(mPort).toInt(&ok);
+    return (ok && mOptions.port >= 1 && mOptions.port <= maxPort)
+        || refuse(
+            QStringLiteral("--port needs a number from 1 to %1, not \"%2\"").arg(maxPort).arg(mParser.value(mPort)));
+}
+
+bool CommandLine::readLinger()
+{
+    if (!mParser.isSet(mLinger))
+        return true;
+    bool ok = false;
+    const double seconds = mParser.value(mLinger).toDouble(&ok);
+    if (!ok || !(seconds >= 0 && seconds <= maxLinger)) {
+        return refuse(QStringLiteral("--linger needs seconds, from 0 to %1, not \"%2\"")
+                          .arg(maxLinger)
+                          .arg(mParser.value(mLinger)));
+    }
+    mOptions.linger = qRound(seconds * millisecondsPerSecond);
+    return true;
+}
+
+bool CommandLine::refuse(const QString &problem)
+{
+    mProblem = problem;
+    return false;
+}
+
+} // namespace Link

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+
+namespace Link {
+
+/// What the command line asks for, checked.
+struct Options
+{
+    enum class Action : int { Listen, Connect, ShowHelp, ShowVersion };
+
+    Action action = Action::Listen;
+    QString address; ///< of the unit to connect to
+    int port = 0;
+    bool readsInput = true;
+    bool echo = false;
+    bool stats = false;
+    bool verbose = false;
+    int linger = 500; ///< milliseconds of silence after the end of the input
+};
+
+} // namespace Link

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Payload.h"
+
+#include "Helpers/JsonHelper.h"
+#include "JsonWriter.h"
+#include "Tcp/TcpProtocolParser.h"
+
+#include <QJsonDocument>
+
+namespace Link {
+
+QByteArray payloadOf(const QByteArray &line, QString *problem)
+{
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(line, &error);
+    if (document.isArray()) {
+        *problem = QStringLiteral("an array cannot be sent, only an object");
+        return {};
+    }
+    if (!document.isObject()) {
+        *problem = QStringLiteral("no JSON object: %1, at byte %2").arg(error.errorString()).arg(error.offset);
+        return {};
+    }
+    const QByteArray payload = JsonHelper::toByteArray(document.object());
+    if (frameSize(payload.size()) <= TcpProtocolParser::maxBufferSize)
+        return payload;
+    *problem = QStringLiteral("too large: the other end would drop %1 bytes").arg(payload.size());
+    return {};
+}
+
+QByteArray lineOf(const QByteArray &payload)
+{
+    const QJsonDocument document = QJsonDocument::fromJson(payload);
+    if (document.isObject())
+        return document.toJson(QJsonDocument::Compact) + '\n';
+    return Tools::JsonWriter().value(QString::fromUtf8(payload)).bytes() + '\n';
+}
+
+qint64 frameSize(int payloadSize)
+{
+    return QByteArray::number(payloadSize).size() + qint64(payloadSize);
+}
+
+} // namespace Link
