@@ -14,7 +14,6 @@
 #include <QStorageInfo>
 #include <QTextStream>
 
-#include <algorithm>
 #include <climits>
 #include <csignal>
 #include <unistd.h>
@@ -66,6 +65,23 @@ FileAccess::Existing existing(bool overwrite)
 bool isOption(const QString &word)
 {
     return word.startsWith(QLatin1Char('-'));
+}
+
+/// Whether -zcf and one -C for every file are the only options, each with a value that is none.
+bool hasOurOptionsOnly(const QStringList &tarWords, int fileCount)
+{
+    int folders = 0;
+    for (int i = 1; i < tarWords.size(); ++i) {
+        if (!isOption(tarWords.at(i)))
+            continue;
+        const bool isFirst = i == 1;
+        if (tarWords.at(i) != QLatin1String(isFirst ? "-zcf" : "-C"))
+            return false;
+        if (i + 1 == tarWords.size() || isOption(tarWords.at(i + 1)))
+            return false;
+        folders += isFirst ? 0 : 1;
+    }
+    return folders == fileCount;
 }
 } // namespace
 
@@ -206,9 +222,8 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
     }
     qDebug().noquote() << "command: " << command;
 
-    // Blanks and quotes in a path make other words of it; our own options are -zcf and one -C for every file.
-    const QStringList words = QProcess::splitCommand(command);
-    if (std::count_if(words.cbegin(), words.cend(), isOption) != 1 + sourceFiles.size()) {
+    // Blanks and quotes in a path make other words of it, a quote even across two paths.
+    if (!hasOurOptionsOnly(QProcess::splitCommand(command), sourceFiles.size())) {
         qWarning().noquote() << "tar would take a name for an option: " << command;
         return false;
     }

@@ -725,30 +725,38 @@ private Q_SLOTS:
 
     void aNameIsNoOptionOfTar_data()
     {
-        QTest::addColumn<QString>("source");
+        QTest::addColumn<QStringList>("sources");
         QTest::addColumn<QString>("target");
         const QString plain = QStringLiteral("/tmp/x");
-        QTest::newRow("file") << QStringLiteral("/tmp/--checkpoint-action=exec=sh") << plain;
-        QTest::newRow("file without folder") << QStringLiteral("-x") << plain;
-        QTest::newRow("folder") << QStringLiteral("-x/y") << plain;
-        QTest::newRow("target") << plain << QStringLiteral("-");
-        QTest::newRow("behind a blank") << QStringLiteral("/tmp/a --checkpoint=1") << plain;
-        QTest::newRow("folder behind a blank") << QStringLiteral("/tmp/a --to-command=x/y") << plain;
-        QTest::newRow("behind a tab") << QStringLiteral("/tmp/a\t--checkpoint=1") << plain;
-        QTest::newRow("in quotes") << QStringLiteral("/tmp/\"--checkpoint=1\"") << plain;
-        QTest::newRow("quotes over two names") << QStringLiteral("/tmp/\"/\" --checkpoint=1") << plain;
-        QTest::newRow("target behind a blank") << plain << QStringLiteral("/tmp/x --checkpoint=1");
+        const auto row = [](const char *name, const QStringList &sources, const QString &target) {
+            QTest::newRow(name) << sources << target;
+        };
+        row("file", {QStringLiteral("/tmp/--checkpoint-action=exec=sh")}, plain);
+        row("file without folder", {QStringLiteral("-x")}, plain);
+        row("folder", {QStringLiteral("-x/y")}, plain);
+        row("target", {plain}, QStringLiteral("-"));
+        row("behind a blank", {QStringLiteral("/tmp/a --checkpoint=1")}, plain);
+        row("folder behind a blank", {QStringLiteral("/tmp/a --to-command=x/y")}, plain);
+        row("behind a tab", {QStringLiteral("/tmp/a\t--checkpoint=1")}, plain);
+        row("in quotes", {QStringLiteral("/tmp/\"--checkpoint=1\"")}, plain);
+        row("quotes over two names", {QStringLiteral("/tmp/\"/\" --checkpoint=1")}, plain);
+        row("quotes over two files, one option for another",
+            {QStringLiteral("/tmp/a\""), QStringLiteral("/tmp/b\" --checkpoint=1")}, plain);
+        row("the option of the archive again", {QStringLiteral("/tmp/a\""), QStringLiteral("/tmp/b\" -zcf")}, plain);
+        row("target behind a blank", {plain}, QStringLiteral("/tmp/x --checkpoint=1"));
+        row("no target: the next option would be it", {plain}, QString());
+        row("no target and no file", {}, QString());
     }
 
     void aNameIsNoOptionOfTar()
     {
-        QFETCH(QString, source);
+        QFETCH(QStringList, sources);
         QFETCH(QString, target);
         StandInPrograms programs;
         QVERIFY(programs.addRecorder(QStringLiteral("tar")));
         const LogCapture log;
 
-        QVERIFY(!SystemHelper::compressFile({source}, target));
+        QVERIFY(!SystemHelper::compressFile(sources, target));
 
         QCOMPARE(log.warnings().size(), 1);
         QVERIFY(log.warnings().first().startsWith(QLatin1String("tar would take a name for an option: ")));
