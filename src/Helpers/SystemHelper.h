@@ -40,7 +40,7 @@ public:
     static bool isProcessRunning(const QString &appname);
 
     /// @param processName letters, digits, dot, underscore and hyphen; others are refused
-    /// @param priority added to the niceness of all processes of that name
+    /// @param priority the niceness that all processes of that name get
     static bool alterProcessPriority(const QString &processName, int priority);
 
     /// Reads an unsigned number that is all of the first line. Values beyond INT_MAX come out negative.
