@@ -8,7 +8,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +32,22 @@ mode_t modeOf(const QString &path)
     struct stat status = {};
     return lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
+
+/// What arrives where the disk would be.
+struct Disk
+{
+    QByteArray written; ///< what the file held when it was flushed
+    int error = 0;
+} disk;
 } // namespace
+
+// Called in place of libc's.
+extern "C" int fsync(int descriptor)
+{
+    disk.written = read(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    errno = disk.error;
+    return disk.error ? -1 : 0;
+}
 
 class TestFileAccess : public QObject
 {
@@ -43,6 +60,7 @@ private Q_SLOTS:
         mPath = mDir->filePath(QStringLiteral("file"));
         mElsewhere = mDir->filePath(QStringLiteral("elsewhere"));
         QVERIFY(write(mElsewhere, "precious"));
+        disk = {};
     }
 
     void aNewFileTakesThePlaceOfALink()
@@ -172,6 +190,29 @@ private Q_SLOTS:
         const Faults::FileSizeLimit limit(4);
 
         QVERIFY(!FileAccess::writeThrough(&file, "12345"));
+    }
+
+    void allOfAFileIsOnTheDiskBeforeItIsMoved()
+    {
+        QFile file(mPath);
+        QVERIFY(FileAccess::createNew(&file));
+        QVERIFY(FileAccess::writeThrough(&file, "text\n"));
+        QCOMPARE(disk.written, QByteArray("text\n"));
+
+        QFile source(mElsewhere);
+        QFile copy(mDir->filePath(QStringLiteral("copy")));
+        QVERIFY(FileAccess::openRegular(&source));
+        QVERIFY(FileAccess::copyToNew(&source, &copy));
+        QCOMPARE(disk.written, QByteArray("precious"));
+    }
+
+    void aDiskThatFailsIsNoticed()
+    {
+        disk.error = EIO;
+        QFile file(mPath);
+        QVERIFY(FileAccess::createNew(&file));
+
+        QVERIFY(!FileAccess::writeThrough(&file, "text\n"));
     }
 
 private:
