@@ -20,9 +20,9 @@ mode_t modeOf(int descriptor)
     return fstat(descriptor, &status) == 0 ? status.st_mode : 0;
 }
 
-int openFile(const QFile &file, int flags, mode_t mode = 0)
+int openPath(const QString &path, int flags, mode_t mode = 0)
 {
-    return ::open(QFile::encodeName(file.fileName()).constData(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    return ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NOCTTY, mode);
 }
 
 /// The descriptor belongs to the file then; it is closed if it cannot.
@@ -44,53 +44,54 @@ int regularOrClosed(int descriptor)
     return -1;
 }
 
-bool createWithMode(QFile *file, mode_t mode)
+bool createWithMode(const QString &path, mode_t mode, QFile *file)
 {
-    ::unlink(QFile::encodeName(file->fileName()).constData());
-    const int descriptor = openFile(*file, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+    ::unlink(QFile::encodeName(path).constData());
+    const int descriptor = openPath(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
     if (descriptor >= 0)
         fchmod(descriptor, mode);
     return handOver(descriptor, file, QIODevice::WriteOnly);
 }
 } // namespace
 
-bool openRegular(QFile *file)
+bool openRegular(const QString &path, QFile *file)
 {
-    return handOver(regularOrClosed(openFile(*file, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
+    return handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
 }
 
-bool openForWriting(QFile *file, Existing existing)
+bool openForWriting(const QString &path, Existing existing, QFile *file)
 {
     const bool appends = existing == Existing::Append;
     const int descriptor =
-        openFile(*file, O_WRONLY | O_CREAT | O_NONBLOCK | (appends ? O_APPEND : O_TRUNC), defaultMode);
+        openPath(path, O_WRONLY | O_CREAT | O_NONBLOCK | (appends ? O_APPEND : O_TRUNC), defaultMode);
     if (descriptor >= 0 && !S_ISFIFO(modeOf(descriptor)))
         fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
     return handOver(descriptor, file, appends ? QIODevice::WriteOnly | QIODevice::Append : QIODevice::WriteOnly);
 }
 
-bool createNew(QFile *file)
+bool createNew(const QString &path, QFile *file)
 {
-    return createWithMode(file, readableForAll);
+    return createWithMode(path, readableForAll, file);
 }
 
-bool copyToNew(QFile *source, QFile *copy)
+bool copyToNew(QFile *source, const QString &path)
 {
     constexpr qint64 pieceSize = 65536;
-    if (!createWithMode(copy, modeOf(source->handle()) & permissionBits))
+    QFile copy;
+    if (!createWithMode(path, modeOf(source->handle()) & permissionBits, &copy))
         return false;
     for (;;) {
         const QByteArray piece = source->read(pieceSize);
         if (piece.isEmpty())
-            return source->error() == QFileDevice::NoError && writeThrough(copy, {});
-        if (copy->write(piece) != piece.size())
+            return source->error() == QFileDevice::NoError && writeThrough(&copy, {});
+        if (copy.write(piece) != piece.size())
             return false;
     }
 }
 
-bool openForUpdate(QFile *file)
+bool openForUpdate(const QString &path, QFile *file)
 {
-    const int descriptor = openFile(*file, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
+    const int descriptor = openPath(path, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
     return handOver(regularOrClosed(descriptor), file, QIODevice::ReadWrite);
 }
 

@@ -77,9 +77,10 @@ bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord 
     if (!isInterfaceName(interface))
         return false;
     const bool isIPv6 = family == DhcpRecord::Family::IPv6;
-    QFile file(NetworkHelper::getInterfaceIPDetailsFileName(interface, isIPv6));
-    if (!FileAccess::openRegular(&file)) {
-        qWarning() << "Failed to open " << file.fileName() << " for reading";
+    const QString fileName = NetworkHelper::getInterfaceIPDetailsFileName(interface, isIPv6);
+    QFile file;
+    if (!FileAccess::openRegular(fileName, &file)) {
+        qWarning() << "Failed to open " << fileName << " for reading";
         return false;
     }
     *record = DhcpRecord::read(&file, family);

@@ -57,8 +57,8 @@ void linkExitHook()
 /// @return false if the file under /tmp could not even be opened
 bool replaceInEtc(const QString &name, const QByteArray &text)
 {
-    QFile file(QStringLiteral("/tmp/") + name);
-    if (!FileAccess::createNew(&file)) {
+    QFile file;
+    if (!FileAccess::createNew(QStringLiteral("/tmp/") + name, &file)) {
         qWarning().noquote() << QStringLiteral("Failed to open /tmp/%1 for writing").arg(name);
         return false;
     }
@@ -69,23 +69,21 @@ bool replaceInEtc(const QString &name, const QByteArray &text)
     return true;
 }
 
-/// Copies the present servers. Without any the copy does not exist, and that is well.
-bool copyServers(QFile *copy)
+/// Copies the present servers; without any the copy is empty.
+bool copyServers(const QString &path)
 {
-    QFile source(QStringLiteral("/etc/resolv.dmasq"));
-    QFile::remove(copy->fileName());
-    if (!source.exists())
-        return FileAccess::createNew(copy);
-    return FileAccess::openRegular(&source) && FileAccess::copyToNew(&source, copy);
+    const QString servers = QStringLiteral("/etc/resolv.dmasq");
+    QFile file;
+    if (!QFile::exists(servers))
+        return FileAccess::createNew(path, &file);
+    return FileAccess::openRegular(servers, &file) && FileAccess::copyToNew(&file, path);
 }
 
 bool appendServers(const QString &path, const ResolverFile::Entries &wanted)
 {
     constexpr qint64 maxSize = 1048576; // bytes
-    QFile file(path);
-    const bool isCopied = copyServers(&file);
-    file.close();
-    if (!isCopied || !FileAccess::openForUpdate(&file)) {
+    QFile file;
+    if (!copyServers(path) || !FileAccess::openForUpdate(path, &file)) {
         qWarning().noquote() << QStringLiteral("Failed to open %1 for reading").arg(path);
         return false;
     }
@@ -105,8 +103,8 @@ bool NetworkHelper::createDhcpClientConfig(quint32 timeout, bool ipv6, QString &
 {
     fileName = ipv6 ? QStringLiteral("/tmp/dhclient6.conf") : QStringLiteral("/tmp/dhclient.conf");
     const QMutexLocker lock(&fileMutex());
-    QFile file(fileName);
-    return FileAccess::createNew(&file) && FileAccess::writeThrough(&file, dhcpClientConfig(timeout, ipv6));
+    QFile file;
+    return FileAccess::createNew(fileName, &file) && FileAccess::writeThrough(&file, dhcpClientConfig(timeout, ipv6));
 }
 
 void NetworkHelper::configureSystem()

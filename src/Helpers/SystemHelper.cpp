@@ -159,8 +159,8 @@ bool SystemHelper::alterProcessPriority(const QString &processName, int priority
 
 bool SystemHelper::readIntFromFile(const QString &filename, int &value)
 {
-    QFile file(filename);
-    if (!FileAccess::openRegular(&file))
+    QFile file;
+    if (!FileAccess::openRegular(filename, &file))
         return false;
     QByteArray line = file.readLine(longestNumber + 2); // one byte too many, and the null behind
     file.close();
@@ -185,8 +185,8 @@ bool SystemHelper::writeIntToFile(const QString &filename, int value)
 
 bool SystemHelper::writeStringToFile(const QString &filename, const QString &stringToWrite, bool overwrite)
 {
-    QFile file(filename);
-    if (!FileAccess::openForWriting(&file, existing(overwrite)))
+    QFile file;
+    if (!FileAccess::openForWriting(filename, existing(overwrite), &file))
         return false;
     QTextStream(&file) << stringToWrite;
     file.close();
@@ -195,8 +195,8 @@ bool SystemHelper::writeStringToFile(const QString &filename, const QString &str
 
 bool SystemHelper::writeBytesToFile(const QString &filename, const QByteArray &bytesToWrite, bool overwrite)
 {
-    QFile file(filename);
-    if (!FileAccess::openForWriting(&file, existing(overwrite)))
+    QFile file;
+    if (!FileAccess::openForWriting(filename, existing(overwrite), &file))
         return false;
     const bool isWritten = file.write(bytesToWrite) == bytesToWrite.size() && file.flush();
     file.close();
@@ -232,8 +232,8 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
 
 QByteArray SystemHelper::fileChecksum(const QString &fileName)
 {
-    QFile file(fileName);
-    if (!FileAccess::openRegular(&file))
+    QFile file;
+    if (!FileAccess::openRegular(fileName, &file))
         return {};
     file.setTextModeEnabled(false); // every byte counts
     QCryptographicHash hash(QCryptographicHash::Md5);

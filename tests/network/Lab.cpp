@@ -54,8 +54,8 @@ bool PeerServer::start(const QStringList &moreOptions)
     stop();
     mLog.clear();
     QStringList command{QStringLiteral("--net=/run/netns/peer"), QStringLiteral("dnsmasq")};
-    for (const char *option : {"keep-in-foreground", "user=", "group=", "conf-file=/dev/null", "no-resolv", "no-hosts",
-             "interface=p0", "interface=p1", "bind-interfaces", "log-facility=-", "log-dhcp", "no-ping",
+    for (const char *option : {"keep-in-foreground", "pid-file=", "user=", "group=", "conf-file=/dev/null", "no-resolv",
+             "no-hosts", "interface=p0", "interface=p1", "bind-interfaces", "log-facility=-", "log-dhcp", "no-ping",
              "dhcp-authoritative", "dhcp-leasefile=/run/peer.leases", "dhcp-range=10.20.0.50,10.20.0.60,255.255.255.0",
              "dhcp-range=10.21.0.50,10.21.0.60,255.255.255.0", "dhcp-range=fd00:20::50,fd00:20::60,64",
              "dhcp-range=fd00:21::50,fd00:21::60,64", "enable-ra", "address=/board.lab/10.20.0.77",

@@ -49,14 +49,15 @@ in_memory() {
 make_files() {
     mount --make-rprivate /
     in_memory /run
-    mkdir -p /run/checkout /run/etc /run/work /run/sshd
+    mkdir -p /run/checkout /run/etc /run/work /run/programs /run/sshd
     mount --bind "$root" /run/checkout
     mount -t overlay overlay -o lowerdir=/etc,upperdir=/run/etc,workdir=/run/work /etc
-    in_memory /etc/dhcp /opt /var/lib/dhcp /var/lib/misc /usr/local/bin /root /proc/sys/vm /mnt
+    cp "$root/tests/network/systemctl" /run/programs/
+    mount -t overlay overlay -o lowerdir=/run/programs:/usr/bin /usr/bin
+    in_memory /etc/dhcp /opt /var/lib/dhcp /var/lib/misc /root /proc/sys/vm /mnt
     mkdir -p /etc/dhcp/dhclient-e{nter,xit}-hooks.d /opt/tester
     cp -r /run/checkout/scripts /opt/tester/
     ln -s /opt/tester/scripts/ipdetails-enter /etc/dhcp/dhclient-enter-hooks.d/
-    cp /run/checkout/tests/network/systemctl /usr/local/bin/
     echo 1 >/proc/sys/vm/drop_caches
     echo 0 >/proc/sys/vm/compact_memory
     mount -t tmpfs -o mode=1777 tmpfs /tmp

@@ -82,7 +82,7 @@ private Q_SLOTS:
     {
         QVERIFY(Lab::succeeds(QStringLiteral("rm -rf /tmp/* /etc/resolv.dmasq /etc/precious /etc/new %1; "
                                              ">/run/systemctl.log; rm -f /run/systemctl.fails; "
-                                             "echo old >/etc/resolv.conf; echo old >/etc/dnsmasq.conf")
+                                             "echo '# old' >/etc/resolv.conf; echo '# old' >/etc/dnsmasq.conf")
                                   .arg(exitHook)));
     }
 
@@ -183,7 +183,7 @@ private Q_SLOTS:
         NetworkHelper::configureSystem();
 
         QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/dnsmasq.conf for writing"));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("old\n"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
         QCOMPARE(restarts(), 0);
     }
 
@@ -196,7 +196,7 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/resolv.conf for writing"));
         QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("old\n"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
         QCOMPARE(restarts(), 0);
     }
 
@@ -211,8 +211,8 @@ private Q_SLOTS:
         const QStringList warnings = log.warnings();
         QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/dnsmasq.conf")));
         QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/resolv.conf")));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray("old\n"));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("old\n"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray("# old\n"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
         QCOMPARE(restarts(), 1);
     }
 
@@ -257,7 +257,7 @@ private Q_SLOTS:
         QCOMPARE(lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "));
     }
 
-    void serversOfALeaseReachTheNameServerWithoutARestart()
+    void serversOfALeaseReachTheNameServer()
     {
         const LogCapture log;
         NetworkHelper::configureSystem();
@@ -270,8 +270,12 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(
             lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "), Lab::patience);
         QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
-        QCOMPARE(restarts(), 1);
-        QVERIFY(Lab::succeeds(QStringLiteral("kill $(cat /run/d0.pid)")));
+        QCOMPARE(restarts(), 2); // of the configuration and of the new file
+
+        QVERIFY(Lab::succeeds(QStringLiteral("dhclient -4 -r -lf /run/d0.leases -pf /run/d0.pid d0; "
+                                             "ip addr add 10.20.0.2/24 dev d0; true")));
+        QTRY_COMPARE_WITH_TIMEOUT(lookUp(QStringLiteral("board.lab")), QByteArray(), Lab::patience);
+        QCOMPARE(restarts(), 2); // it sees a change by itself
     }
 
     void serversAreAdded()

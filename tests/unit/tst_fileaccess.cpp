@@ -66,9 +66,9 @@ private Q_SLOTS:
     void aNewFileTakesThePlaceOfALink()
     {
         QVERIFY(QFile::link(mElsewhere, mPath));
-        QFile file(mPath);
+        QFile file;
 
-        QVERIFY(FileAccess::createNew(&file));
+        QVERIFY(FileAccess::createNew(mPath, &file));
         QVERIFY(FileAccess::writeThrough(&file, "text\n"));
         file.close();
 
@@ -80,28 +80,28 @@ private Q_SLOTS:
     void aNewFileTakesThePlaceOfAPipe()
     {
         QCOMPARE(mkfifo(QFile::encodeName(mPath).constData(), 0600), 0);
-        QFile file(mPath);
+        QFile file;
 
-        QVERIFY(FileAccess::createNew(&file));
+        QVERIFY(FileAccess::createNew(mPath, &file));
         QVERIFY(QFileInfo(mPath).isFile());
     }
 
     void aFolderIsInTheWay()
     {
         QVERIFY(QDir().mkdir(mPath));
-        QFile file(mPath);
+        QFile file;
 
-        QVERIFY(!FileAccess::createNew(&file));
-        QVERIFY(!FileAccess::openForWriting(&file, FileAccess::Existing::Overwrite));
-        QVERIFY(!FileAccess::openRegular(&file));
-        QVERIFY(!FileAccess::openForUpdate(&file));
+        QVERIFY(!FileAccess::createNew(mPath, &file));
+        QVERIFY(!FileAccess::openForWriting(mPath, FileAccess::Existing::Overwrite, &file));
+        QVERIFY(!FileAccess::openRegular(mPath, &file));
+        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
     }
 
     void allMayReadANewFileWhateverTheUmask()
     {
         const mode_t former = umask(077);
-        QFile file(mPath);
-        const bool ok = FileAccess::createNew(&file);
+        QFile file;
+        const bool ok = FileAccess::createNew(mPath, &file);
         umask(former);
 
         QVERIFY(ok);
@@ -113,12 +113,10 @@ private Q_SLOTS:
         QVERIFY(write(mElsewhere, QByteArray(200000, 'x')));
         QVERIFY(QFile::setPermissions(mElsewhere, QFile::ReadOwner | QFile::ReadOther));
         QVERIFY(QFile::link(mElsewhere, mPath));
-        QFile source(mElsewhere);
-        QFile copy(mPath);
+        QFile source;
 
-        QVERIFY(FileAccess::openRegular(&source));
-        QVERIFY(FileAccess::copyToNew(&source, &copy));
-        copy.close();
+        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
+        QVERIFY(FileAccess::copyToNew(&source, mPath));
 
         QVERIFY(!QFileInfo(mPath).isSymLink());
         QCOMPARE(read(mPath).size(), 200000);
@@ -128,26 +126,25 @@ private Q_SLOTS:
     void aCopyThatDoesNotFitIsNone()
     {
         QVERIFY(write(mElsewhere, QByteArray(200000, 'x')));
-        QFile source(mElsewhere);
-        QFile copy(mPath);
-        QVERIFY(FileAccess::openRegular(&source));
+        QFile source;
+        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
         const Faults::FileSizeLimit limit(100000);
 
-        QVERIFY(!FileAccess::copyToNew(&source, &copy));
+        QVERIFY(!FileAccess::copyToNew(&source, mPath));
     }
 
     void anUpdateFollowsNoLinkAndCreatesNothing()
     {
-        QFile file(mPath);
-        QVERIFY(!FileAccess::openForUpdate(&file));
+        QFile file;
+        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
         QVERIFY(!QFile::exists(mPath));
 
         QVERIFY(QFile::link(mElsewhere, mPath));
-        QVERIFY(!FileAccess::openForUpdate(&file));
+        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
 
         QVERIFY(QFile::remove(mPath));
         QVERIFY(write(mPath, "one\n"));
-        QVERIFY(FileAccess::openForUpdate(&file));
+        QVERIFY(FileAccess::openForUpdate(mPath, &file));
         QCOMPARE(file.readAll(), QByteArray("one\n"));
         QVERIFY(FileAccess::writeThrough(&file, "two\n"));
         file.close();
@@ -157,11 +154,11 @@ private Q_SLOTS:
     void aPipeDoesNotBlock()
     {
         QCOMPARE(mkfifo(QFile::encodeName(mPath).constData(), 0600), 0);
-        QFile file(mPath);
+        QFile file;
 
-        QVERIFY(!FileAccess::openRegular(&file));
-        QVERIFY(!FileAccess::openForUpdate(&file));
-        QVERIFY(!FileAccess::openForWriting(&file, FileAccess::Existing::Overwrite));
+        QVERIFY(!FileAccess::openRegular(mPath, &file));
+        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
+        QVERIFY(!FileAccess::openForWriting(mPath, FileAccess::Existing::Overwrite, &file));
     }
 
     void aPipeThatIsReadTakesWhatFits()
@@ -169,9 +166,9 @@ private Q_SLOTS:
         QCOMPARE(mkfifo(QFile::encodeName(mPath).constData(), 0600), 0);
         const int reader = open(QFile::encodeName(mPath).constData(), O_RDONLY | O_NONBLOCK);
         QVERIFY(reader >= 0);
-        QFile file(mPath);
+        QFile file;
 
-        QVERIFY(FileAccess::openForWriting(&file, FileAccess::Existing::Overwrite));
+        QVERIFY(FileAccess::openForWriting(mPath, FileAccess::Existing::Overwrite, &file));
         QCOMPARE(file.write("text"), qint64(4));
         QVERIFY(file.flush());
         QVERIFY(file.write(QByteArray(10000000, 'x')) < 10000000 || !file.flush());
@@ -185,8 +182,8 @@ private Q_SLOTS:
 
     void aFullDiskIsNoticed()
     {
-        QFile file(mPath);
-        QVERIFY(FileAccess::createNew(&file));
+        QFile file;
+        QVERIFY(FileAccess::createNew(mPath, &file));
         const Faults::FileSizeLimit limit(4);
 
         QVERIFY(!FileAccess::writeThrough(&file, "12345"));
