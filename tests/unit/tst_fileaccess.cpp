@@ -191,23 +191,22 @@ private Q_SLOTS:
 
     void allOfAFileIsOnTheDiskBeforeItIsMoved()
     {
-        QFile file(mPath);
-        QVERIFY(FileAccess::createNew(&file));
+        QFile file;
+        QVERIFY(FileAccess::createNew(mPath, &file));
         QVERIFY(FileAccess::writeThrough(&file, "text\n"));
         QCOMPARE(disk.written, QByteArray("text\n"));
 
-        QFile source(mElsewhere);
-        QFile copy(mDir->filePath(QStringLiteral("copy")));
-        QVERIFY(FileAccess::openRegular(&source));
-        QVERIFY(FileAccess::copyToNew(&source, &copy));
+        QFile source;
+        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
+        QVERIFY(FileAccess::copyToNew(&source, mDir->filePath(QStringLiteral("copy"))));
         QCOMPARE(disk.written, QByteArray("precious"));
     }
 
     void aDiskThatFailsIsNoticed()
     {
         disk.error = EIO;
-        QFile file(mPath);
-        QVERIFY(FileAccess::createNew(&file));
+        QFile file;
+        QVERIFY(FileAccess::createNew(mPath, &file));
 
         QVERIFY(!FileAccess::writeThrough(&file, "text\n"));
     }
