@@ -90,6 +90,7 @@ private Q_SLOTS:
     {
         QVERIFY2(Lab::isHere(), "tests/network/inside.sh runs this program");
         QVERIFY(Lab::write(QStringLiteral("/etc/resolv.conf"), "nameserver ::1\n"));
+        QVERIFY(Lab::write(QStringLiteral("/etc/dnsmasq.conf"), "interface=lo\nbind-interfaces\n"));
         QVERIFY(QFile::link(QStringLiteral("/opt/tester/scripts/ipdetails"),
             QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
     }
@@ -392,6 +393,18 @@ private Q_SLOTS:
             others + ours6 + "nameserver 10.20.0.1 # dhclient d0 IPv4;\nnameserver 10.20.0.3 # dhclient d0 IPv4;\n");
         dhclientScript(QStringLiteral("reason=EXPIRE old_ip_address=10.20.0.5"));
         QCOMPARE(Lab::read(servers), others + ours6);
+    }
+
+    void hooksThatRunAtOnceLoseNoServer()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("for i in 1 2 3 4 5 6 7 8; do (reason=BOUND interface=x$i "
+                                             "new_ip_address=10.0.0.$i new_domain_name_servers=10.0.0.$i; "
+                                             ". /opt/tester/scripts/ipdetails) & done; wait")));
+
+        const QByteArray text = Lab::read(servers);
+        QCOMPARE(text.count('\n'), 8);
+        for (char i = '1'; i <= '8'; ++i)
+            QVERIFY2(text.contains(QByteArray("nameserver 10.0.0.") + i + " # dhclient x" + i), text.constData());
     }
 
     void theHookLeavesNoTrace()
