@@ -139,9 +139,13 @@ bool NetworkHelper::updateSystemDNSServers(const QString &primary, const QString
     if (!appendServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted))
         return false;
 
-    const QString target = QStringLiteral("/tmp/resolv.dmasq");
-    if (QFileInfo(target).isSymLink()) // one to a folder would lead mv into it
-        QFile::remove(target);
+    const QFileInfo target(QStringLiteral("/tmp/resolv.dmasq")); // mv would go into a folder, also through a link
+    if (target.isSymLink())
+        QFile::remove(target.filePath());
+    else if (target.isDir()) {
+        qWarning().noquote() << QStringLiteral("Failed to create %1").arg(target.filePath());
+        return false;
+    }
     if (!run(QStringLiteral("mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq")))
         return false;
     return mIsHardwareSimulation

@@ -4,6 +4,7 @@
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
+#include "StandInPrograms.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -140,7 +141,9 @@ private Q_SLOTS:
         NetworkHelper::configureSystem();
 
         QVERIFY(!QFileInfo(exitHook).isSymLink());
-        QVERIFY(log.texts(QtWarningMsg).filter(QStringLiteral("symlink to")).isEmpty());
+        QVERIFY(log.warnings().contains(
+            QStringLiteral("ln -sf /opt/tester/scripts/ipdetails /etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
+        QVERIFY(log.warnings().filter(QStringLiteral("symlink to")).isEmpty());
         QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
     }
 
@@ -375,6 +378,47 @@ private Q_SLOTS:
 
         QVERIFY(!QFile::exists(QStringLiteral("/etc/resolv.dmasq.bkp")));
         QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+    }
+
+    void aFolderInPlaceOfTheServersIsToldAndLeftAlone() // mv would put the file into it
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        QVERIFY(QDir().mkdir(QStringLiteral("/tmp/resolv.dmasq")));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to create /tmp/resolv.dmasq")));
+        QVERIFY(QDir(QStringLiteral("/tmp/resolv.dmasq")).isEmpty());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\n"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void theFirstCommandThatFailsEndsAnUpdate_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("command");
+        const auto row = [](const char *program, const char *command) {
+            QTest::newRow(program) << QString::fromUtf8(program) << QString::fromUtf8(command);
+        };
+        row("mv", "mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq");
+        row("ln", "ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq");
+        row("systemctl", "systemctl restart dnsmasq");
+    }
+
+    void theFirstCommandThatFailsEndsAnUpdate()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, command);
+        StandInPrograms programs;
+        QVERIFY(programs.add(program, "echo no; exit 1"));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), (QStringList{command, QStringLiteral("\"no\\n\"")}));
+        QCOMPARE(restarts(), 0);
+        QCOMPARE(QFileInfo(servers).isSymLink(), program == QLatin1String("systemctl"));
     }
 
     void serversThatCannotBeReadAreNotReplaced_data()
