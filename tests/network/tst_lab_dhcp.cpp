@@ -90,6 +90,7 @@ private Q_SLOTS:
     {
         QVERIFY2(Lab::isHere(), "tests/network/inside.sh runs this program");
         QVERIFY(Lab::write(QStringLiteral("/etc/resolv.conf"), "nameserver ::1\n"));
+        QVERIFY(Lab::write(QStringLiteral("/etc/dnsmasq.conf"), "interface=lo\nbind-interfaces\n"));
         QVERIFY(QFile::link(QStringLiteral("/opt/tester/scripts/ipdetails"),
             QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
     }
