@@ -48,7 +48,7 @@ const Key *find(DhcpRecord::Family family, const QString &name)
 void takeValue(DhcpRecord *record, NetworkHelper::IPInfo info, const QString &value)
 {
     if (info != NetworkHelper::PrimaryDNS) {
-        record->values[info] = value;
+        record->values[static_cast<std::size_t>(info)] = value;
         record->hasAddress = record->hasAddress || info == NetworkHelper::Address;
         return;
     }

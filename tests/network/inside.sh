@@ -17,21 +17,27 @@ unavailable() {
     exit "$skipped"
 }
 
+can_unshare() {
+    local problem
+    problem=$(unshare "$@" true 2>&1) || unavailable "no namespaces: ${problem:-unshare failed}"
+}
+
 # enter PROGRAM...: as root, or in a user namespace that makes one root
 enter() {
     local -a flags=(--mount --net --pid --uts --fork --kill-child --mount-proc)
     [[ $EUID -eq 0 ]] || flags+=(--user --map-root-user)
-    local program problem
+    local program
     for program in dhclient dnsmasq ip nsenter sshd unshare; do
         [[ -n $(PATH=$PATH:/sbin:/usr/sbin type -P "$program") ]] || unavailable "there is no $program"
     done
-    problem=$(unshare "${flags[@]}" true 2>&1) || unavailable "no namespaces: ${problem:-unshare failed}"
+    can_unshare "${flags[@]}"
     VANTOR_LAB_UID=$EUID exec unshare "${flags[@]}" "$self" --inside "$@"
 }
 
 # as_user PROGRAM...: the checkout may lie where only root can look, so the user gets it under /mnt
 as_user() {
     [[ $EUID -eq 0 ]] || enter "$@"
+    can_unshare --mount
     # shellcheck disable=SC2016 # the inner shell expands it
     exec unshare --mount bash -c 'mount --bind "$1" /mnt && shift && exec "$@"' - "$root" \
         setpriv --reuid="$nobody" --regid="$nobody" --clear-groups --inh-caps=-all \
@@ -54,6 +60,7 @@ make_files() {
     mount -t overlay overlay -o lowerdir=/etc,upperdir=/run/etc,workdir=/run/work /etc
     cp "$root/tests/network/systemctl" /run/programs/
     mount -t overlay overlay -o lowerdir=/run/programs:/usr/bin /usr/bin
+    rm -f /etc/resolv.conf && touch /etc/resolv.conf # an ordinary user could not write what root owns
     in_memory /etc/dhcp /opt /var/lib/dhcp /var/lib/misc /root /proc/sys/vm /mnt
     mkdir -p /etc/dhcp/dhclient-e{nter,xit}-hooks.d /opt/tester
     cp -r /run/checkout/scripts /opt/tester/
