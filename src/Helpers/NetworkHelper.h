@@ -14,8 +14,9 @@ class IPDetails;
 /// The network of this unit: its interfaces' addresses, its name server, the files of its DHCP client.
 ///
 /// Every function works on the caller's thread and waits for the programs it runs: up to three seconds for each that
-/// changes something, two for an IPv6 address, one for a route. What was not found leaves the output as it was,
-/// unless the function says otherwise. Names that no network interface can have are refused.
+/// changes something, two for an IPv6 address, one for a route. One that changes something waits three more for who is
+/// changing the same files. What was not found leaves the output as it was, unless the function says otherwise. Names
+/// that no network interface can have are refused.
 class VANTORBASE_EXPORT NetworkHelper : public QObject
 {
     Q_OBJECT

@@ -7,21 +7,54 @@
 #include "Helpers/ResolverFile_p.h"
 #include "Helpers/SystemHelper.h"
 
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QFile>
 #include <QFileInfo>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QThread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 namespace {
-constexpr quint32 commandTimeout = 3000; // milliseconds
+constexpr quint32 commandTimeout = 3000; // milliseconds, as the following
+constexpr int lockTimeout = 3000;
+constexpr unsigned long lockPoll = 10;
 
-/// The files have fixed names: two callers must not write them at once.
-QMutex &fileMutex()
+/// The files have fixed names, so there is one writer at a time: of our threads, of all programs, and of the DHCP
+/// client's hook. A writer that does not end, or no right to lock, is no reason to leave the unit without a network.
+class FilesLock
 {
-    static QMutex mutex;
-    return mutex;
-}
+public:
+    FilesLock()
+        : mThreads(&mutex())
+        , mDescriptor(::open("/run/ipdetails.lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644))
+    {
+        const QDeadlineTimer deadline(lockTimeout);
+        while (mDescriptor >= 0 && flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && !deadline.hasExpired())
+            QThread::msleep(lockPoll);
+    }
+    ~FilesLock()
+    {
+        if (mDescriptor >= 0)
+            ::close(mDescriptor);
+    }
+    FilesLock(const FilesLock &) = delete;
+    FilesLock &operator=(const FilesLock &) = delete;
+
+private:
+    static QMutex &mutex()
+    {
+        static QMutex mutex;
+        return mutex;
+    }
+
+    const QMutexLocker mThreads;
+    const int mDescriptor;
+};
 
 bool run(const QString &command)
 {
@@ -102,14 +135,14 @@ bool appendServers(const QString &path, const ResolverFile::Entries &wanted)
 bool NetworkHelper::createDhcpClientConfig(quint32 timeout, bool ipv6, QString &fileName)
 {
     fileName = ipv6 ? QStringLiteral("/tmp/dhclient6.conf") : QStringLiteral("/tmp/dhclient.conf");
-    const QMutexLocker lock(&fileMutex());
+    const FilesLock lock;
     QFile file;
     return FileAccess::createNew(fileName, &file) && FileAccess::writeThrough(&file, dhcpClientConfig(timeout, ipv6));
 }
 
 void NetworkHelper::configureSystem()
 {
-    const QMutexLocker lock(&fileMutex());
+    const FilesLock lock;
     linkExitHook();
     if (!replaceInEtc(QStringLiteral("dnsmasq.conf"),
             QByteArrayLiteral("listen-address=127.0.0.1\n"
@@ -135,7 +168,7 @@ bool NetworkHelper::updateSystemDNSServers(const QString &primary, const QString
         return false;
     }
 
-    const QMutexLocker lock(&fileMutex());
+    const FilesLock lock;
     if (!appendServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted))
         return false;
 

@@ -521,6 +521,39 @@ private Q_SLOTS:
             QVERIFY(text.contains("nameserver 10.0.0." + QByteArray::number(i) + '\n'));
     }
 
+    void anUpdateWaitsForTheWriterInAnotherProcess()
+    {
+        QProcess writer;
+        writer.start(QStringLiteral("flock"),
+            {QStringLiteral("/run/ipdetails.lock"), QStringLiteral("sh"), QStringLiteral("-c"),
+                QStringLiteral("echo begins; sleep 1; echo nameserver 10.7.7.7 >/tmp/other; "
+                               "mv -f /tmp/other /tmp/resolv.dmasq; ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq")});
+        QVERIFY(writer.waitForReadyRead());
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QVERIFY(writer.waitForFinished());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.7.7.7\nnameserver 10.20.0.1\n"));
+    }
+
+    void aWriterThatDoesNotEndIsNotWaitedForLong()
+    {
+        QProcess writer;
+        writer.start(QStringLiteral("flock"),
+            {QStringLiteral("/run/ipdetails.lock"), QStringLiteral("sh"), QStringLiteral("-c"),
+                QStringLiteral("echo begins; exec sleep 60")});
+        QVERIFY(writer.waitForReadyRead());
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(writer.state(), QProcess::Running);
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("pkill -x -P %1 sleep").arg(writer.processId())));
+        QVERIFY(writer.waitForFinished());
+    }
+
 private:
     Lab::Tester mTester;
     Lab::PeerServer mPeer;
