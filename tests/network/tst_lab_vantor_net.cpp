@@ -56,6 +56,20 @@ private Q_SLOTS:
             QStringLiteral("/opt/tester/scripts/ipdetails"));
     }
 
+    void aConfigurationThatFailsIsToldOf()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/etc"));
+        QVERIFY(disk.isReadOnly());
+
+        const Lab::Run run = net(QStringLiteral("configure --application tester --yes"));
+
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(
+            run.output.endsWith("vantor-net: not all of it was done; --verbose tells why\n"), run.output.constData());
+        QVERIFY(net(QStringLiteral("configure --application tester --yes --verbose"))
+                    .output.contains("Failed to create /etc/resolv.conf\n"));
+    }
+
     void anInterfaceIsShownWithAllThatIsKnown()
     {
         QString fileName;

@@ -29,6 +29,34 @@ private:
     QString mName;
 };
 
+/// configureSystem() tells of its failures in the log alone, where it also warns of a hook that it has linked.
+class FailureWatch
+{
+public:
+    FailureWatch()
+    {
+        sHasFailed = false;
+        sFormer = qInstallMessageHandler(&FailureWatch::watch);
+    }
+    ~FailureWatch() { qInstallMessageHandler(sFormer); }
+    FailureWatch(const FailureWatch &) = delete;
+    FailureWatch &operator=(const FailureWatch &) = delete;
+
+    bool hasFailed() const { return sHasFailed; }
+
+private:
+    static void watch(QtMsgType level, const QMessageLogContext &context, const QString &text)
+    {
+        const bool isOfSuccess =
+            text.startsWith(QLatin1String("Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to "));
+        sHasFailed = sHasFailed || (level == QtWarningMsg && !isOfSuccess);
+        sFormer(level, context, text);
+    }
+
+    static inline bool sHasFailed = false;
+    static inline QtMessageHandler sFormer = nullptr;
+};
+
 QByteArray yesOrNo(const char *label, bool value)
 {
     return QByteArray(label).leftJustified(16) + (value ? "yes\n" : "no\n");
@@ -127,8 +155,11 @@ Outcome configure(const Options &options)
           "  writes   /etc/resolv.conf, by way of /tmp/resolv.conf\n"
           "  restarts dnsmasq\n";
     return afterConfirmation(options, plan, []() -> Outcome {
+        const FailureWatch watch;
         NetworkHelper::configureSystem();
-        return {};
+        if (!watch.hasFailed())
+            return {};
+        return {NotDone, {}, QStringLiteral("not all of it was done; --verbose tells why")};
     });
 }
 

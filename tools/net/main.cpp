@@ -3,7 +3,6 @@
 #include "Commands.h"
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 #include <QTextCodec>
 
 #include <Terminal.h>
@@ -18,12 +17,7 @@ void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
     Tools::Terminal::write(STDERR_FILENO, (Tools::Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
 }
 
-void setUpLog(bool verbose)
-{
-    qInstallMessageHandler(logToStderr);
-    if (!verbose)
-        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
-}
+void keepSilent(QtMsgType, const QMessageLogContext &, const QString &) {}
 
 bool print(const QByteArray &text)
 {
@@ -68,7 +62,7 @@ int main(int argc, char *argv[])
         Tools::Terminal::tell(commandLine.problem());
         return WrongUsage;
     }
-    setUpLog(commandLine.options().verbose);
+    qInstallMessageHandler(commandLine.options().verbose ? &logToStderr : &keepSilent);
 
     const Outcome outcome = run(commandLine);
     if (!print(outcome.output)) {
