@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Property.h"
+#include "VantorBase_export.h"
+
+/// The settings of one network interface as text. The user interface watches them.
+class VANTORBASE_EXPORT IPDetails : public QObject
+{
+    Q_OBJECT
+    VANTOR_PROPERTY(QString, address, {}) // of IPv4, or of IPv6 as the DHCP client tells it
+    VANTOR_PROPERTY(QString, netmask, {}) // of IPv4, or the length of the prefix
+    VANTOR_PROPERTY(QString, gateway, {})
+    VANTOR_PROPERTY(QString, primaryDNS, {})
+    VANTOR_PROPERTY(QString, secondaryDNS, {})
+    VANTOR_PROPERTY(QString, domain, {})
+
+public:
+    explicit IPDetails(QObject *parent = nullptr);
+
+    // Copies take the six values by the setters: signals tell of the changes, and all are dirty. Parents are not
+    // copied.
+    IPDetails(const IPDetails &other, QObject *parent = nullptr);
+    IPDetails &operator=(const IPDetails &other);
+
+    bool operator==(const IPDetails &other) const; ///< the six values
+    bool operator!=(const IPDetails &other) const { return !(*this == other); }
+};

@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Helpers/NetworkHelper.h"
+
+#include "Helpers/DhcpRecord_p.h"
+#include "Helpers/FileAccess_p.h"
+#include "Helpers/IPDetails.h"
+#include "Helpers/SystemHelper.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QStringList>
+
+#include <netpacket/packet.h>
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstdio>
+#include <cstring>
+#include <ifaddrs.h>
+#include <memory>
+#include <net/if.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+std::atomic<bool> NetworkHelper::mIsHardwareSimulation{false};
+
+namespace {
+constexpr quint32 addressTimeout = 2000; // milliseconds, as the following
+constexpr quint32 routeTimeout = 1000;
+constexpr int randomTimeout = 500;
+
+constexpr int macSize = 6; // bytes
+constexpr int hexadecimal = 16;
+
+/// Interface names become parts of paths and words of commands.
+bool isInterfaceName(const QString &name)
+{
+    static const QRegularExpression plainName(
+        QStringLiteral("\\A(?!\\.{1,2}\\z)[A-Za-z0-9._:@][A-Za-z0-9._:@-]{0,14}\\z"));
+    if (plainName.match(name).hasMatch())
+        return true;
+    qWarning() << "Not the name of a network interface: " << name;
+    return false;
+}
+
+QStringList wordsOf(const QString &text)
+{
+    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+}
+
+/// The word behind a keyword; empty if there is none.
+QString wordBehind(const QString &keyword, const QStringList &words)
+{
+    const int at = words.indexOf(keyword);
+    return at < 0 ? QString() : words.value(at + 1);
+}
+
+QString echo(const QString &text)
+{
+    return QStringLiteral("/bin/sh -c \"echo %1\"").arg(text);
+}
+
+QString simulatedIPv6Address(const QString &interface, const QString &scope)
+{
+    const QString address = scope == QLatin1String("link") ? QStringLiteral("fe80::250:b6ff:fe29:9222/64")
+                                                           : QStringLiteral("fc80:1000::250:b6ff:fe29:9222/64");
+    const QString shownScope = scope == QLatin1String("link") ? scope : QStringLiteral("global");
+    return QStringLiteral("5: %1 inet6 %2 scope %3 valid_lft forever preferred_lft forever")
+        .arg(interface, address, shownScope);
+}
+
+bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord *record)
+{
+    if (!isInterfaceName(interface))
+        return false;
+    const bool isIPv6 = family == DhcpRecord::Family::IPv6;
+    const QString fileName = NetworkHelper::getInterfaceIPDetailsFileName(interface, isIPv6);
+    QFile file;
+    if (!FileAccess::openRegular(fileName, &file)) {
+        qWarning() << "Failed to open " << fileName << " for reading";
+        return false;
+    }
+    *record = DhcpRecord::read(&file, family);
+    return true;
+}
+
+void store(const DhcpRecord &record, IPDetails *details)
+{
+    details->set_address(record.values[NetworkHelper::Address]);
+    details->set_netmask(record.values[NetworkHelper::Netmask]);
+    details->set_gateway(record.values[NetworkHelper::Gateway]);
+    details->set_primaryDNS(record.values[NetworkHelper::PrimaryDNS]);
+    details->set_secondaryDNS(record.values[NetworkHelper::SecondaryDNS]);
+    details->set_domain(record.values[NetworkHelper::Domain]);
+}
+
+QString hexText(const QVector<unsigned char> &bytes)
+{
+    const QByteArray raw(reinterpret_cast<const char *>(bytes.constData()), bytes.size());
+    return QString::fromLatin1(raw.toHex(':'));
+}
+
+/// The six parts of the text; none if it is no MAC address.
+QStringList macParts(const QString &mac)
+{
+    const QStringList parts = mac.split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    if (parts.size() == macSize)
+        return parts;
+    qWarning() << "Invalid MAC address " << mac;
+    return {};
+}
+} // namespace
+
+QString NetworkHelper::getInterfaceIPDetailsFileName(const QString &interface, bool ipv6)
+{
+    if (!isInterfaceName(interface))
+        return {};
+    return (ipv6 ? QStringLiteral("/tmp/ip6Details.") : QStringLiteral("/tmp/ipDetails.")) + interface;
+}
+
+bool NetworkHelper::getInterfaceIPv4Details(const QString &interface, IPDetails &details)
+{
+    DhcpRecord record;
+    if (!readRecord(interface, DhcpRecord::Family::IPv4, &record))
+        return false;
+    store(record, &details);
+    return record.hasAddress;
+}
+
+bool NetworkHelper::getInterfaceIPv6Details(const QString &interface, IPDetails &details)
+{
+    DhcpRecord record;
+    if (!readRecord(interface, DhcpRecord::Family::IPv6, &record))
+        return false;
+    getIPv6DefaultGateway(interface, record.values[Gateway]); // routers tell it, not DHCP
+    store(record, &details);
+    return record.hasAddress;
+}
+
+bool NetworkHelper::getIPv4Address(const QString &interface, QString &address)
+{
+    if (!isInterfaceName(interface))
+        return false;
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (descriptor < 0)
+        return false;
+    ifreq request = {};
+    request.ifr_addr.sa_family = AF_INET;
+    std::strncpy(request.ifr_name, interface.toLatin1().constData(), IFNAMSIZ - 1);
+    const bool isAnswered = ioctl(descriptor, SIOCGIFADDR, &request) == 0;
+    close(descriptor);
+    if (!isAnswered)
+        return false;
+
+    sockaddr_in answer = {};
+    std::memcpy(&answer, &request.ifr_addr, sizeof answer);
+    char text[INET_ADDRSTRLEN] = {};
+    address = QString::fromLatin1(inet_ntop(AF_INET, &answer.sin_addr, text, sizeof text));
+    return true;
+}
+
+bool NetworkHelper::getIPv6LinkLocalAddress(const QString &interface, QString &address)
+{
+    return getIPv6Address(interface, QStringLiteral("link"), address);
+}
+
+bool NetworkHelper::getIPv6GlobalAddress(const QString &interface, QString &address)
+{
+    return getIPv6Address(interface, QStringLiteral("global"), address);
+}
+
+bool NetworkHelper::getIPv6Address(const QString &interface, const QString &scope, QString &address)
+{
+    if (!isInterfaceName(interface))
+        return false;
+    const QString command = mIsHardwareSimulation
+        ? echo(simulatedIPv6Address(interface, scope))
+        : QStringLiteral("ip -o -6 addr show dev %1 scope %2").arg(interface, scope);
+    QByteArray output;
+    const bool ok = SystemHelper::runCommand(command, addressTimeout, &output, nullptr);
+    if (!ok) {
+        qDebug() << "ok= " << ok << ": Failed to run command - " << command;
+        return false;
+    }
+
+    const QString found = wordBehind(QStringLiteral("inet6"), wordsOf(QString::fromUtf8(output))).trimmed();
+    if (found.isEmpty())
+        return false;
+    address = found;
+    return true;
+}
+
+bool NetworkHelper::getIPv6DefaultGateway(const QString &interface, QString &gateway)
+{
+    if (!isInterfaceName(interface))
+        return false;
+    const QString command = mIsHardwareSimulation ? echo(QStringLiteral("default via fe80::290:7fff:feb1:62be"))
+                                                  : QStringLiteral("ip -o -6 route show default dev ") + interface;
+    QByteArray output;
+    if (!SystemHelper::runCommand(command, routeTimeout, &output, nullptr) || output.isEmpty())
+        return false;
+    if (!output.startsWith("default")) {
+        gateway.clear();
+        return false;
+    }
+
+    QString router = wordBehind(QStringLiteral("via"), wordsOf(QString::fromUtf8(output)));
+    router.remove(QLatin1Char('\n'));
+    if (router.isEmpty()) // the whole world is on the link
+        return false;
+    gateway = router;
+    return true;
+}
+
+bool NetworkHelper::getIPv6LinkLocalInterfaceName(QString &interface)
+{
+    QByteArray output;
+    SystemHelper::runCommand(QStringLiteral("ip -6 route show"), routeTimeout, &output, nullptr);
+    const QStringList lines = QString::fromUtf8(output).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    for (const QString &line : lines) {
+        qDebug() << "line = " << line;
+        const QStringList words = line.split(QLatin1Char(' '));
+        const bool isLinkLocal = std::any_of(
+            words.cbegin(), words.cend(), [](const QString &word) { return word.startsWith(QLatin1String("fe80")); });
+        if (words.size() > 2 && isLinkLocal) { // fe80::/64 dev NAME
+            interface = words.at(2);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool NetworkHelper::getMACAddress(const QString &interface, QVector<unsigned char> &bytes)
+{
+    if (!isInterfaceName(interface))
+        return false;
+    ifaddrs *all = nullptr;
+    if (getifaddrs(&all) != 0) {
+        std::perror("getifaddrs");
+        return false;
+    }
+    if (!all) {
+        qWarning() << "interfaceAddressList is NULL\n";
+        return false;
+    }
+    const std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> list(all, &freeifaddrs);
+
+    const QByteArray name = interface.toLatin1();
+    const ifaddrs *entry = all;
+    // Tunnels have entries without an address.
+    while (entry && !(entry->ifa_addr && entry->ifa_addr->sa_family == AF_PACKET && name == entry->ifa_name))
+        entry = entry->ifa_next;
+    if (!entry)
+        return false;
+
+    sockaddr_ll link = {};
+    std::memcpy(&link, entry->ifa_addr, sizeof link);
+    QVector<unsigned char> found;
+    // InfiniBand tells a length beyond what the structure holds.
+    std::copy_n(link.sll_addr, std::min<std::size_t>(link.sll_halen, sizeof link.sll_addr), std::back_inserter(found));
+    qDebug().noquote() << hexText(found) + QLatin1Char('\n');
+    bytes += found;
+    return true;
+}
+
+bool NetworkHelper::getMACAddress(const QString &interface, QString &text)
+{
+    text.clear();
+    QVector<unsigned char> bytes;
+    if (!getMACAddress(interface, bytes))
+        return false;
+    text = hexText(bytes);
+    return true;
+}
+
+void NetworkHelper::generateRandomMACAddress(QString &mac)
+{
+    QProcess process;
+    process.start(QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"), QStringLiteral("echo -n 02; od -t x1 -An -N 5 /dev/urandom | tr ' ' ':'")});
+    process.waitForFinished(randomTimeout);
+    mac = QString::fromLatin1(process.readAllStandardOutput()).trimmed();
+    process.close();
+}
+
+void NetworkHelper::convertStringMACAddressToByteArray(const QString &mac, QVector<unsigned char> &bytes)
+{
+    const QStringList parts = macParts(mac);
+    for (const QString &part : parts)
+        bytes.append(static_cast<unsigned char>(part.toUInt(nullptr, hexadecimal)));
+}
+
+void NetworkHelper::convertByteArrayToStringMACAddress(const QVector<unsigned char> &bytes, QString &mac)
+{
+    if (bytes.size() != macSize) {
+        qWarning() << "Invalid MAC address bytes: " << bytes;
+        return;
+    }
+    mac = hexText(bytes);
+}
+
+void NetworkHelper::convertStringMACAddressToNumeric(const QString &mac, quint64 &number)
+{
+    const QStringList parts = macParts(mac);
+    if (parts.isEmpty())
+        return;
+    number = 0;
+    for (const QString &part : parts)
+        number = (number << 8) | part.toULongLong(nullptr, hexadecimal);
+}
+
+void NetworkHelper::convertNumericMACAddressToString(quint64 number, QString &mac)
+{
+    QVector<unsigned char> bytes;
+    for (int bit = 40; bit >= 0; bit -= 8)
+        bytes.append(static_cast<unsigned char>(number >> bit));
+    mac = hexText(bytes);
+}
+
+bool NetworkHelper::ipAddressIsValid(const QString &address)
+{
+    const QByteArray text = address.toUtf8();
+    in_addr ignored = {};
+    return !text.isEmpty() && !text.contains('\0') && inet_aton(text.constData(), &ignored) != 0;
+}
+
+void NetworkHelper::setIsHardwareSimulation(bool isSimulation)
+{
+    mIsHardwareSimulation = isSimulation;
+}

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "VantorBase_export.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+/// The doorway to the operating system: commands, small files, archives, processes.
+///
+/// Every function blocks its caller: a command for at most 500 ms until it has started and then for its time-out.
+/// Outputs given as pointers may be null. A command line is cut at blanks, double quotes group words.
+class VANTORBASE_EXPORT SystemHelper
+{
+public:
+    SystemHelper() = delete;
+
+    static constexpr int notStarted = -1; ///< exit code of a command that did not start
+    static constexpr int timedOut = -2; ///< exit code of a command that did not end in time
+
+    /// Runs a command to its end. Its input stays open and empty. A command that is not ready in time is killed with
+    /// all it has started; a process that the kernel does not let go is waited for.
+    /// @param timeout milliseconds
+    /// @param output all that was printed on both channels, however much that is; untouched if the command timed out
+    /// @param exitCode the command's own, the signal's number after a crash, or one of the constants above
+    /// @return whether the command ended in time, by itself, and with 0
+    static bool runCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
+
+    /// The same with three seconds.
+    static bool runCommand(const QString &command, QByteArray *output);
+
+    /// The same in a shell. The command must not contain a double quote.
+    static bool runBashCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
+
+    /// The same in a shell on the measurement board. Both shells read the command, the unit's first.
+    static bool runCcmbBashCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
+
+    /// @param appname a regular expression; of a process's name 15 characters are looked at
+    static bool isProcessRunning(const QString &appname);
+
+    /// @param processName letters, digits, dot, underscore and hyphen; others are refused
+    /// @param priority the niceness that all processes of that name get
+    static bool alterProcessPriority(const QString &processName, int priority);
+
+    /// Reads an unsigned number that is all of the first line. Values beyond INT_MAX come out negative.
+    /// @param value 0 for a line that is no such number; untouched without a line
+    static bool readIntFromFile(const QString &filename, int &value);
+
+    // These two tell whether the file was opened, not whether all was written. Text is encoded as the locale says.
+    static bool writeIntToFile(const QString &filename, int value);
+    static bool writeStringToFile(const QString &filename, const QString &stringToWrite, bool overwrite);
+
+    /// @return whether all bytes were written
+    static bool writeBytesToFile(const QString &filename, const QByteArray &bytesToWrite, bool overwrite);
+
+    static bool createDirIfNotExist(const QString &path);
+
+    /// Packs files under their bare names. Paths must not contain blanks; names that tar takes for options are refused.
+    static bool compressFile(const QStringList &sourceFiles, const QString &targetFilePath);
+
+    /// @return the 16 bytes of the MD5 sum; empty for what is no readable regular file
+    static QByteArray fileChecksum(const QString &fileName);
+
+    /// Lets the kernel join its free memory. As root only.
+    static void compactMemory(bool dropCaches);
+
+    /// @return bytes, or -1 if there is no such path
+    static qint64 getFreeDiskSpace(const QString &path);
+
+    /// Removes all files below the folder whose paths end so; all of them if the extension is empty. Links are removed,
+    /// not followed.
+    static void removeFilesFromDir(const QString &dirPath, const QString &extension);
+};

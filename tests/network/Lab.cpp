@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Lab.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QThread>
+
+namespace Lab {
+
+bool isHere()
+{
+    return qEnvironmentVariableIsSet("VANTOR_LAB_UID") && QFileInfo(QStringLiteral("/run/checkout/vantor")).isFile();
+}
+
+bool isStartedByRoot()
+{
+    return qgetenv("VANTOR_LAB_UID") == "0";
+}
+
+Run shell(const QString &line)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line});
+    const bool isDone = process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit;
+    const Run run{isDone ? process.exitCode() : -1, process.readAll()};
+    process.close();
+    return run;
+}
+
+bool succeeds(const QString &line)
+{
+    const Run run = shell(line);
+    if (run.exitCode != 0)
+        qWarning("%s: %d\n%s", qPrintable(line), run.exitCode, run.output.constData());
+    return run.exitCode == 0;
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush();
+}
+
+bool PeerServer::start(const QStringList &moreOptions)
+{
+    stop();
+    mLog.clear();
+    QStringList command{QStringLiteral("--net=/run/netns/peer"), QStringLiteral("dnsmasq")};
+    for (const char *option : {"keep-in-foreground", "pid-file=", "user=", "group=", "conf-file=/dev/null", "no-resolv",
+             "no-hosts", "interface=p0", "interface=p1", "bind-interfaces", "log-facility=-", "log-dhcp", "no-ping",
+             "dhcp-authoritative", "dhcp-leasefile=/run/peer.leases", "dhcp-range=10.20.0.50,10.20.0.60,255.255.255.0",
+             "dhcp-range=10.21.0.50,10.21.0.60,255.255.255.0", "dhcp-range=fd00:20::50,fd00:20::60,64",
+             "dhcp-range=fd00:21::50,fd00:21::60,64", "enable-ra", "address=/board.lab/10.20.0.77",
+             "address=/board.lab/fd00:20::77"})
+        command << QStringLiteral("--") + QString::fromUtf8(option);
+    mProcess.setProcessChannelMode(QProcess::MergedChannels);
+    mProcess.start(QStringLiteral("nsenter"), command + moreOptions);
+    QElapsedTimer timer;
+    for (timer.start(); timer.elapsed() < patience && mProcess.state() != QProcess::NotRunning;) {
+        mProcess.waitForReadyRead(100);
+        if (log().contains("started, version"))
+            return true;
+    }
+    qWarning("%s", log().constData());
+    return false;
+}
+
+void PeerServer::stop()
+{
+    mProcess.kill();
+    mProcess.waitForFinished();
+    QFile::remove(QStringLiteral("/run/peer.leases"));
+}
+
+QByteArray PeerServer::log()
+{
+    mProcess.waitForReadyRead(0);
+    mLog += mProcess.readAll();
+    return mLog;
+}
+
+FullDisk::FullDisk(const QString &folder)
+    : mFolder(folder)
+{
+    mIsFull = succeeds(QStringLiteral("mount -t tmpfs -o size=64k,mode=1777 tmpfs %1").arg(folder))
+        && shell(QStringLiteral("cat /dev/zero >%1/filler").arg(folder)).exitCode != 0;
+}
+
+FullDisk::~FullDisk()
+{
+    succeeds(QStringLiteral("umount %1").arg(mFolder));
+}
+
+ReadOnly::ReadOnly(const QString &mountPoint)
+    : mMountPoint(mountPoint)
+    , mIsReadOnly(succeeds(QStringLiteral("mount -o remount,bind,ro %1").arg(mountPoint)))
+{
+}
+
+ReadOnly::~ReadOnly()
+{
+    succeeds(QStringLiteral("mount -o remount,bind,rw %1").arg(mMountPoint));
+}
+
+} // namespace Lab

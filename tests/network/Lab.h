@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Helpers/BaseDirHelper.h"
+
+#include <QByteArray>
+#include <QProcess>
+#include <QStringList>
+
+/// The machine of its own that inside.sh makes: two cables d0 and d1 to a peer with the addresses 10.20.0.1 and
+/// fd00:20::1 on the first, 10.21.0.1 and fd00:21::1 on the second. Everything outside /run/checkout may be changed.
+namespace Lab {
+
+constexpr int patience = 20000; // milliseconds
+
+bool isHere(); ///< false on the machine that the tests must leave alone
+bool isStartedByRoot();
+
+struct Run
+{
+    int exitCode = -1; ///< -1: crashed, not started or not ended
+    QByteArray output; ///< of both channels
+};
+
+/// Runs a line of shell to its end.
+Run shell(const QString &line);
+
+/// Whether a line of shell ends with 0; its output is printed if not.
+bool succeeds(const QString &line);
+
+QByteArray read(const QString &path); ///< empty when it cannot be read
+bool write(const QString &path, const QByteArray &bytes);
+
+/// What /opt/tester/ is to the library.
+class Tester : public BaseDirHelper
+{
+public:
+    QString applicationDirName() override { return QStringLiteral("tester"); }
+};
+
+/// dnsmasq at the peer: DHCP for both families, router advertisements, and names. board.lab is 10.20.0.77 and
+/// fd00:20::77, and only it knows.
+class PeerServer
+{
+public:
+    PeerServer() = default;
+    PeerServer(const PeerServer &) = delete;
+    PeerServer &operator=(const PeerServer &) = delete;
+    ~PeerServer() { stop(); }
+
+    bool start(const QStringList &moreOptions = {});
+    void stop();
+    QByteArray log(); ///< what it has written until now
+
+private:
+    QProcess mProcess;
+    QByteArray mLog;
+};
+
+/// While it lives, the folder is a disk without a byte left.
+class FullDisk
+{
+public:
+    explicit FullDisk(const QString &folder);
+    FullDisk(const FullDisk &) = delete;
+    FullDisk &operator=(const FullDisk &) = delete;
+    ~FullDisk();
+
+    bool isFull() const { return mIsFull; }
+
+private:
+    QString mFolder;
+    bool mIsFull = false;
+};
+
+/// While it lives, nothing below the mount point can be changed.
+class ReadOnly
+{
+public:
+    explicit ReadOnly(const QString &mountPoint);
+    ReadOnly(const ReadOnly &) = delete;
+    ReadOnly &operator=(const ReadOnly &) = delete;
+    ~ReadOnly();
+
+    bool isReadOnly() const { return mIsReadOnly; }
+
+private:
+    QString mMountPoint;
+    bool mIsReadOnly;
+};
+
+} // namespace Lab

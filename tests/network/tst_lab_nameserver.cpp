@@ -1,0 +1,563 @@
+// SPDX-License-Identifier: Apache-2.0
+// The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
+// restarts the real dnsmasq.
+#include "Helpers/NetworkHelper.h"
+#include "Lab.h"
+#include "LogCapture.h"
+#include "StandInPrograms.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QtTest>
+
+#include <sys/stat.h>
+#include <thread>
+
+namespace {
+const QString exitHook = QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails");
+const QString hookTarget = QStringLiteral("/opt/tester/scripts/ipdetails");
+const QString servers = QStringLiteral("/etc/resolv.dmasq");
+const QString peer = QStringLiteral("10.20.0.1");
+
+const QByteArray serverConfig =
+    "listen-address=127.0.0.1\ninterface=lo\nbind-interfaces\nresolv-file=/etc/resolv.dmasq\n";
+const QByteArray resolverConfig = "nameserver ::1\nnameserver 127.0.0.1\n";
+
+bool update(const QString &primary, const QString &secondary = {}, const QString &domain = {})
+{
+    return NetworkHelper::updateSystemDNSServers(primary, secondary, domain);
+}
+
+int restarts()
+{
+    return Lab::read(QStringLiteral("/run/systemctl.log")).count('\n');
+}
+
+mode_t modeOf(const QString &path)
+{
+    struct stat status = {};
+    return stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
+}
+
+/// What any program gets when it asks for a name.
+QByteArray lookUp(const QString &name)
+{
+    return Lab::shell(QStringLiteral("getent ahosts %1 | awk '{print $1}' | sort -u | tr '\\n' ' '").arg(name)).output;
+}
+
+/// Plants what root must not follow at a file of a fixed name.
+bool plant(const QString &what, const QString &path)
+{
+    const QString command = what == QLatin1String("link") ? QStringLiteral("ln -s /etc/precious %1")
+        : what == QLatin1String("dangling link")          ? QStringLiteral("ln -s /etc/new %1")
+                                                          : QStringLiteral("mkfifo %1");
+    return Lab::write(QStringLiteral("/etc/precious"), "precious") && Lab::succeeds(command.arg(path));
+}
+
+bool isNothingFollowed()
+{
+    return Lab::read(QStringLiteral("/etc/precious")) == "precious" && !QFile::exists(QStringLiteral("/etc/new"));
+}
+
+void addPlants()
+{
+    QTest::addColumn<QString>("what");
+    for (const char *what : {"link", "dangling link", "pipe"})
+        QTest::newRow(what) << QString::fromUtf8(what);
+}
+} // namespace
+
+class TestLabNameserver : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(Lab::isHere(), "tests/network/inside.sh runs this program");
+        QVERIFY(Lab::succeeds(QStringLiteral("ip addr add 10.20.0.2/24 dev d0; ip route add default via 10.20.0.1")));
+        QVERIFY(mPeer.start());
+    }
+
+    void init()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -rf /tmp/* /etc/resolv.dmasq /etc/precious /etc/new %1; "
+                                             ">/run/systemctl.log; rm -f /run/systemctl.fails; "
+                                             "echo '# old' >/etc/resolv.conf; echo '# old' >/etc/dnsmasq.conf")
+                                  .arg(exitHook)));
+    }
+
+    void cleanup() { NetworkHelper::setIsHardwareSimulation(false); }
+
+    void theFirstStartConfiguresTheSystem()
+    {
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(QFile::symLinkTarget(exitHook), hookTarget);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/run/systemctl.log")), QByteArray("restart dnsmasq\n"));
+        QCOMPARE(QDir(QStringLiteral("/tmp")).entryList(QDir::Files), QStringList());
+        QCOMPARE(log.asText(), // of success
+            QStringList(
+                QStringLiteral("warning: Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to  "
+                               "\"/opt/tester/scripts/ipdetails\"")));
+    }
+
+    void everyOtherStartIsSilent()
+    {
+        const LogCapture log;
+        NetworkHelper::configureSystem();
+        QVERIFY(Lab::succeeds(QStringLiteral("echo edited >/etc/resolv.conf")));
+        const QDateTime linked = QFileInfo(exitHook).metadataChangeTime();
+        const auto before = log.lines().size();
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(log.lines().size(), before);
+        QCOMPARE(QFileInfo(exitHook).metadataChangeTime(), linked);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(restarts(), 2);
+    }
+
+    void aHookOfAnotherApplicationIsReplaced()
+    {
+        QVERIFY(QFile::link(QStringLiteral("/opt/other/scripts/ipdetails"), exitHook));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(QFile::symLinkTarget(exitHook), hookTarget);
+    }
+
+    void aHookThatCannotBeLinkedIsPassedOverInSilence()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/etc/dhcp"));
+        QVERIFY(disk.isReadOnly());
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QVERIFY(!QFileInfo(exitHook).isSymLink());
+        QVERIFY(log.warnings().contains(
+            QStringLiteral("ln -sf /opt/tester/scripts/ipdetails /etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
+        QVERIFY(log.warnings().filter(QStringLiteral("symlink to")).isEmpty());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+    }
+
+    void allMayReadWhatIsConfigured()
+    {
+        const LogCapture log;
+        const mode_t former = umask(077);
+
+        NetworkHelper::configureSystem();
+        const bool isUpdated = update(peer);
+        umask(former);
+
+        QVERIFY(isUpdated);
+        for (const char *path : {"/etc/resolv.conf", "/etc/dnsmasq.conf", "/etc/resolv.dmasq"})
+            QCOMPARE(modeOf(QString::fromUtf8(path)), mode_t(0644));
+    }
+
+    void whatIsPlantedIsNotFollowedByTheConfiguration_data() { addPlants(); }
+
+    void whatIsPlantedIsNotFollowedByTheConfiguration()
+    {
+        QFETCH(QString, what);
+        QVERIFY(plant(what, QStringLiteral("/tmp/dnsmasq.conf")));
+        QVERIFY(plant(what, QStringLiteral("/tmp/resolv.conf")));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QVERIFY(isNothingFollowed());
+        QVERIFY(!QFileInfo(QStringLiteral("/etc/resolv.conf")).isSymLink());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+    }
+
+    void theFirstFileThatCannotBeOpenedEndsTheConfiguration()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("mkdir /tmp/dnsmasq.conf")));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/dnsmasq.conf for writing"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void theSecondFileThatCannotBeOpenedEndsItAsWell()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("mkdir /tmp/resolv.conf")));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/resolv.conf for writing"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void aFullDiskLeavesTheSystemsFilesWhole()
+    {
+        const Lab::FullDisk disk(QStringLiteral("/tmp"));
+        QVERIFY(disk.isFull());
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        const QStringList warnings = log.warnings();
+        QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/dnsmasq.conf")));
+        QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/resolv.conf")));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray("# old\n"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
+        QCOMPARE(restarts(), 1);
+    }
+
+    void aReadOnlySystemIsTold()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/etc"));
+        QVERIFY(disk.isReadOnly());
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QVERIFY(log.warnings().contains(QStringLiteral("mv -f /tmp/dnsmasq.conf /etc/dnsmasq.conf")));
+        QVERIFY(log.warnings().contains(QStringLiteral("Failed to create /etc/dnsmasq.conf")));
+        QVERIFY(log.warnings().contains(QStringLiteral("mv -f /tmp/resolv.conf /etc/resolv.conf")));
+        QVERIFY(log.warnings().contains(QStringLiteral("Failed to create /etc/resolv.conf")));
+        QCOMPARE(restarts(), 1);
+    }
+
+    void aNameServerThatDoesNotRestartIsTold()
+    {
+        QVERIFY(Lab::write(QStringLiteral("/run/systemctl.fails"), {}));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to restart dnsmasq; name service may not work!"));
+        QVERIFY(!update(peer));
+    }
+
+    void aNameReachesThePeer()
+    {
+        const LogCapture log;
+        NetworkHelper::configureSystem();
+        QCOMPARE(lookUp(QStringLiteral("board.lab")), QByteArray());
+
+        QVERIFY(update(peer));
+
+        QTRY_COMPARE(lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "));
+        QVERIFY(Lab::succeeds(QStringLiteral("echo nameserver 127.0.0.1 >/etc/resolv.conf")));
+        QCOMPARE(lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "));
+        QVERIFY(Lab::succeeds(QStringLiteral("echo nameserver ::1 >/etc/resolv.conf")));
+        QCOMPARE(lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "));
+    }
+
+    void serversOfALeaseReachTheNameServer()
+    {
+        const LogCapture log;
+        NetworkHelper::configureSystem();
+        QString fileName;
+        QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
+
+        QVERIFY(
+            Lab::succeeds(QStringLiteral("dhclient -4 -1 -cf %1 -lf /run/d0.leases -pf /run/d0.pid d0").arg(fileName)));
+
+        QTRY_COMPARE_WITH_TIMEOUT(
+            lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "), Lab::patience);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(restarts(), 2); // of the configuration and of the new file
+
+        QVERIFY(Lab::succeeds(QStringLiteral("dhclient -4 -r -lf /run/d0.leases -pf /run/d0.pid d0; "
+                                             "ip addr add 10.20.0.2/24 dev d0; true")));
+        QTRY_COMPARE_WITH_TIMEOUT(lookUp(QStringLiteral("board.lab")), QByteArray(), Lab::patience);
+        QCOMPARE(restarts(), 2); // it sees a change by itself
+    }
+
+    void serversAreAdded()
+    {
+        QVERIFY(Lab::write(servers, "domain lan\nnameserver 10.9.9.9\n"));
+        const LogCapture log;
+
+        QVERIFY(update(peer, QStringLiteral("10.20.0.3"), QStringLiteral("lab")));
+
+        QCOMPARE(Lab::read(servers),
+            QByteArray("domain lan\nnameserver 10.9.9.9\nnameserver 10.20.0.1\nnameserver 10.20.0.3\ndomain lab\n"));
+        QCOMPARE(QFile::symLinkTarget(servers), QStringLiteral("/tmp/resolv.dmasq"));
+        QVERIFY(!QFile::exists(QStringLiteral("/tmp/resolv.dmasq.bkp")));
+        QCOMPARE(restarts(), 1);
+        QCOMPARE(log.asText(),
+            (QStringList{QStringLiteral("debug: line= \"domain lan\""),
+                QStringLiteral("debug: line= \"nameserver 10.9.9.9\"")}));
+    }
+
+    void aServerThatIsThereIsNotAddedAgain()
+    {
+        const LogCapture log;
+        QVERIFY(update(peer, QStringLiteral("10.20.0.3"), QStringLiteral("lab")));
+        const QByteArray before = Lab::read(servers);
+
+        QVERIFY(update(peer, QStringLiteral("10.20.0.3"), QStringLiteral("lab")));
+
+        QCOMPARE(Lab::read(servers), before);
+        QCOMPARE(before, QByteArray("nameserver 10.20.0.1\nnameserver 10.20.0.3\ndomain lab\n"));
+    }
+
+    void aLastLineWithoutEndIsEnded()
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9"));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\nnameserver 10.20.0.1\n"));
+    }
+
+    void withoutServersNoFileIsTouched()
+    {
+        QVERIFY(update(QString(), QString(), QStringLiteral("lab")));
+
+        QVERIFY(!QFile::exists(servers));
+        QVERIFY(QDir(QStringLiteral("/tmp")).isEmpty());
+        QCOMPARE(restarts(), 0);
+    }
+
+    void aLinkIntoAnEmptyFolderIsNoTrouble() // as after a reboot, when /tmp is empty
+    {
+        QVERIFY(QFile::link(QStringLiteral("/tmp/resolv.dmasq"), servers));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+    }
+
+    void inTheSimulationTheSystemIsLeftAlone()
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        NetworkHelper::setIsHardwareSimulation(true);
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\n"));
+        QCOMPARE(
+            Lab::read(QStringLiteral("/tmp/resolv.dmasq")), QByteArray("nameserver 10.9.9.9\nnameserver 10.20.0.1\n"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void whatIsPlantedIsNotFollowedByAnUpdate_data() { addPlants(); }
+
+    void whatIsPlantedIsNotFollowedByAnUpdate()
+    {
+        QFETCH(QString, what);
+        QVERIFY(plant(what, QStringLiteral("/tmp/resolv.dmasq.bkp")));
+        QVERIFY(plant(what, QStringLiteral("/tmp/resolv.dmasq")));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QVERIFY(isNothingFollowed());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+        QVERIFY(!QFileInfo(QStringLiteral("/tmp/resolv.dmasq")).isSymLink());
+    }
+
+    void aLinkToAFolderDoesNotLeadTheMoveIntoIt()
+    {
+        QVERIFY(QFile::link(QStringLiteral("/etc"), QStringLiteral("/tmp/resolv.dmasq")));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QVERIFY(!QFile::exists(QStringLiteral("/etc/resolv.dmasq.bkp")));
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+    }
+
+    void aFolderInPlaceOfTheServersIsToldAndLeftAlone() // mv would put the file into it
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        QVERIFY(QDir().mkdir(QStringLiteral("/tmp/resolv.dmasq")));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to create /tmp/resolv.dmasq")));
+        QVERIFY(QDir(QStringLiteral("/tmp/resolv.dmasq")).isEmpty());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\n"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void theFirstCommandThatFailsEndsAnUpdate_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<QString>("command");
+        const auto row = [](const char *program, const char *command) {
+            QTest::newRow(program) << QString::fromUtf8(program) << QString::fromUtf8(command);
+        };
+        row("mv", "mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq");
+        row("ln", "ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq");
+        row("systemctl", "systemctl restart dnsmasq");
+    }
+
+    void theFirstCommandThatFailsEndsAnUpdate()
+    {
+        QFETCH(QString, program);
+        QFETCH(QString, command);
+        StandInPrograms programs;
+        QVERIFY(programs.add(program, "echo no; exit 1"));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), (QStringList{command, QStringLiteral("\"no\\n\"")}));
+        QCOMPARE(restarts(), 0);
+        QCOMPARE(QFileInfo(servers).isSymLink(), program == QLatin1String("systemctl"));
+    }
+
+    void serversThatCannotBeReadAreNotReplaced_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("pipe") << QStringLiteral("mkfifo /etc/resolv.dmasq");
+        QTest::newRow("folder") << QStringLiteral("mkdir /etc/resolv.dmasq");
+        QTest::newRow("link to a pipe") << QStringLiteral("mkfifo /etc/new; ln -s /etc/new /etc/resolv.dmasq");
+    }
+
+    void serversThatCannotBeReadAreNotReplaced()
+    {
+        QFETCH(QString, command);
+        QVERIFY(Lab::succeeds(command));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(
+            log.asText(), QStringList(QStringLiteral("warning: Failed to open /tmp/resolv.dmasq.bkp for reading")));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void aReadOnlySourceGivesAReadOnlyCopy()
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        QVERIFY(QFile::setPermissions(servers, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther));
+        const LogCapture log;
+
+        QVERIFY(update(peer)); // whom permissions do not stop
+
+        QCOMPARE(modeOf(servers), mode_t(0444));
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\nnameserver 10.20.0.1\n"));
+    }
+
+    void aFullDiskLosesNoServer()
+    {
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        const Lab::FullDisk disk(QStringLiteral("/tmp"));
+        QVERIFY(disk.isFull());
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\n"));
+        QCOMPARE(restarts(), 0);
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to open /tmp/resolv.dmasq.bkp for reading")));
+    }
+
+    void aReadOnlySystemStopsAnUpdate()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/etc"));
+        QVERIFY(disk.isReadOnly());
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings().value(0), QStringLiteral("ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq"));
+        QCOMPARE(restarts(), 0);
+    }
+
+    void aReadOnlyTemporaryFolderStopsAnUpdate()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/tmp"));
+        QVERIFY(disk.isReadOnly());
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to open /tmp/resolv.dmasq.bkp for reading")));
+    }
+
+    void aFileThatIsNoListOfServersStopsAnUpdate()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("head -c 2000000 /dev/zero >/etc/resolv.dmasq")));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("/tmp/resolv.dmasq.bkp is too large")));
+    }
+
+    void concurrentUpdatesTakeTurns()
+    {
+        NetworkHelper::setIsHardwareSimulation(true);
+        QVERIFY(QFile::link(QStringLiteral("/tmp/resolv.dmasq"), servers));
+        constexpr int count = 8;
+        const LogCapture log;
+        std::vector<std::thread> threads;
+        std::atomic<int> updated{0};
+        for (int i = 0; i < count; ++i)
+            threads.emplace_back([&updated, i] { updated += update(QStringLiteral("10.0.0.%1").arg(i)); });
+        for (std::thread &thread : threads)
+            thread.join();
+
+        QCOMPARE(updated.load(), count);
+        const QByteArray text = Lab::read(servers);
+        QCOMPARE(text.count('\n'), count);
+        for (int i = 0; i < count; ++i)
+            QVERIFY(text.contains("nameserver 10.0.0." + QByteArray::number(i) + '\n'));
+    }
+
+    void anUpdateWaitsForTheWriterInAnotherProcess()
+    {
+        QProcess writer;
+        writer.start(QStringLiteral("flock"),
+            {QStringLiteral("/run/ipdetails.lock"), QStringLiteral("sh"), QStringLiteral("-c"),
+                QStringLiteral("echo begins; sleep 1; echo nameserver 10.7.7.7 >/tmp/other; "
+                               "mv -f /tmp/other /tmp/resolv.dmasq; ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq")});
+        QVERIFY(writer.waitForReadyRead());
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QVERIFY(writer.waitForFinished());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.7.7.7\nnameserver 10.20.0.1\n"));
+    }
+
+    void aWriterThatDoesNotEndIsNotWaitedForLong()
+    {
+        QProcess writer;
+        writer.start(QStringLiteral("flock"),
+            {QStringLiteral("/run/ipdetails.lock"), QStringLiteral("sh"), QStringLiteral("-c"),
+                QStringLiteral("echo begins; exec sleep 60")});
+        QVERIFY(writer.waitForReadyRead());
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(writer.state(), QProcess::Running);
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("pkill -x -P %1 sleep").arg(writer.processId())));
+        QVERIFY(writer.waitForFinished());
+    }
+
+private:
+    Lab::Tester mTester;
+    Lab::PeerServer mPeer;
+};
+
+QTEST_GUILESS_MAIN(TestLabNameserver)
+#include "tst_lab_nameserver.moc"

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+// vantor-net as its users meet it, beside a real DHCP client and server.
+#include "Helpers/NetworkHelper.h"
+#include "Lab.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QtTest>
+
+namespace {
+Lab::Run net(const QString &arguments)
+{
+    return Lab::shell(QCoreApplication::applicationDirPath() + QStringLiteral("/vantor-net ") + arguments);
+}
+
+QJsonObject shownJson(const QString &interface)
+{
+    return QJsonDocument::fromJson(net(QStringLiteral("show --json ") + interface).output).object();
+}
+} // namespace
+
+class TestLabVantorNet : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY2(Lab::isHere(), "tests/network/inside.sh runs this program");
+        QVERIFY(mServer.start({QStringLiteral("--dhcp-option=option:dns-server,10.20.0.1,10.20.0.3"),
+            QStringLiteral("--dhcp-option=option:domain-name,lab")}));
+    }
+
+    void configureNeedsAYes()
+    {
+        const QByteArray before = Lab::read(QStringLiteral("/etc/resolv.conf"));
+
+        const Lab::Run run = net(QStringLiteral("configure --application tester"));
+
+        QCOMPARE(run.exitCode, 64);
+        for (const char *file : {"/etc/dhcp/dhclient-exit-hooks.d/ipdetails to /opt/tester/scripts/ipdetails",
+                 "/etc/dnsmasq.conf", "/etc/resolv.conf", "nothing was changed; add --yes"})
+            QVERIFY2(run.output.contains(file), run.output.constData());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), before);
+        QVERIFY(!QFile::exists(QStringLiteral("/run/systemctl.log")));
+    }
+
+    void configureConfigures()
+    {
+        QCOMPARE(net(QStringLiteral("configure --application tester --yes")).exitCode, 0);
+
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("nameserver ::1\nnameserver 127.0.0.1\n"));
+        QCOMPARE(QFile::symLinkTarget(QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails")),
+            QStringLiteral("/opt/tester/scripts/ipdetails"));
+    }
+
+    void aConfigurationThatFailsIsToldOf()
+    {
+        const Lab::ReadOnly disk(QStringLiteral("/etc"));
+        QVERIFY(disk.isReadOnly());
+
+        const Lab::Run run = net(QStringLiteral("configure --application tester --yes"));
+
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(
+            run.output.endsWith("vantor-net: not all of it was done; --verbose tells why\n"), run.output.constData());
+        QVERIFY(net(QStringLiteral("configure --application tester --yes --verbose"))
+                    .output.contains("Failed to create /etc/resolv.conf\n"));
+    }
+
+    void anInterfaceIsShownWithAllThatIsKnown()
+    {
+        QString fileName;
+        QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
+        QVERIFY(Lab::succeeds(QStringLiteral("dhclient -4 -1 -cf %1 -lf /run/d0.l -pf /run/d0.pid d0; "
+                                             "ip addr add fd00:20::2/64 dev d0")
+                                  .arg(fileName)));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !shownJson(QStringLiteral("d0")).value(QLatin1String("ipv6Gateway")).toString().isEmpty(), Lab::patience);
+
+        const QJsonObject shown = shownJson(QStringLiteral("d0"));
+
+        QCOMPARE(shown.value(QLatin1String("interface")).toString(), QStringLiteral("d0"));
+        QCOMPARE(shown.value(QLatin1String("mac")).toString(), QStringLiteral("02:00:00:00:00:01"));
+        QVERIFY(shown.value(QLatin1String("address")).toString().startsWith(QLatin1String("10.20.0.5")));
+        QCOMPARE(shown.value(QLatin1String("netmask")).toString(), QStringLiteral("255.255.255.0"));
+        QCOMPARE(shown.value(QLatin1String("gateway")).toString(), QStringLiteral("10.20.0.1"));
+        QCOMPARE(shown.value(QLatin1String("nameServers")).toArray(),
+            (QJsonArray{QStringLiteral("10.20.0.1"), QStringLiteral("10.20.0.3")}));
+        QCOMPARE(shown.value(QLatin1String("domain")).toString(), QStringLiteral("lab"));
+        QCOMPARE(shown.value(QLatin1String("ipv6LinkLocal")).toString(), QStringLiteral("fe80::ff:fe00:1/64"));
+        QVERIFY(shown.value(QLatin1String("ipv6Global")).toString().endsWith(QLatin1String("/64")));
+        QVERIFY(shown.value(QLatin1String("ipv6Gateway")).toString().startsWith(QLatin1String("fe80::")));
+
+        const Lab::Run text = net(QStringLiteral("show d0"));
+        QCOMPARE(text.exitCode, 0);
+        for (const char *line :
+            {"d0\n", "\n  MAC address       02:00:00:00:00:01\n", "\n  netmask           255.255.255.0\n",
+                "\n  gateway           10.20.0.1\n", "\n  name servers      10.20.0.1, 10.20.0.3\n",
+                "\n  domain            lab\n", "\n  IPv6 link-local   fe80::ff:fe00:1/64\n"})
+            QVERIFY2(text.output.contains(line), text.output.constData());
+    }
+
+    void allInterfacesAreShown()
+    {
+        const Lab::Run run = net(QStringLiteral("show --json"));
+
+        QCOMPARE(run.exitCode, 0);
+        QStringList names;
+        const QList<QByteArray> lines = run.output.trimmed().split('\n');
+        for (const QByteArray &line : lines)
+            names << QJsonDocument::fromJson(line).object().value(QLatin1String("interface")).toString();
+        names.sort();
+        QCOMPARE(names, (QStringList{QStringLiteral("d0"), QStringLiteral("d1"), QStringLiteral("lo")}));
+    }
+
+    void anInterfaceThatIsNotThereIsToldOf()
+    {
+        const Lab::Run run = net(QStringLiteral("show d9"));
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(run.output, QByteArray("vantor-net: there is no interface \"d9\"\n"));
+    }
+
+    void serversAreAddedAfterAYes()
+    {
+        const QByteArray before = Lab::read(QStringLiteral("/etc/resolv.dmasq"));
+        const QString command = QStringLiteral("dns add 10.20.0.1 fd00:20::1 --domain lab");
+
+        const Lab::Run plan = net(command);
+        QCOMPARE(plan.exitCode, 64);
+        QVERIFY(plan.output.contains("/tmp/resolv.dmasq.bkp") && plan.output.contains("/etc/resolv.dmasq"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.dmasq")), before);
+
+        QCOMPARE(net(command + QStringLiteral(" --yes")).exitCode, 0);
+        QVERIFY(Lab::read(QStringLiteral("/etc/resolv.dmasq")).contains("nameserver fd00:20::1\ndomain lab\n"));
+        QCOMPARE(net(QStringLiteral("dns add '10.20.0.1 x' --yes")).exitCode, 1);
+    }
+
+    void aTextIsChecked_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QByteArray>("output");
+        QTest::newRow("IPv4") << QStringLiteral("10.0.0.5") << 0
+                              << QByteArray("strict IPv4     yes\nshorthand IPv4  yes\nIPv6            no\n");
+        QTest::newRow("shorthand") << QStringLiteral("1.2.3") << 0
+                                   << QByteArray("strict IPv4     no\nshorthand IPv4  yes\nIPv6            no\n");
+        QTest::newRow("IPv6") << QStringLiteral("fd00::1") << 0
+                              << QByteArray("strict IPv4     no\nshorthand IPv4  no\nIPv6            yes\n");
+        QTest::newRow("none") << QStringLiteral("lab") << 1
+                              << QByteArray("strict IPv4     no\nshorthand IPv4  no\nIPv6            no\n");
+        QTest::newRow("as JSON") << QStringLiteral("1.2.3 --json") << 0
+                                 << QByteArray("{\"text\":\"1.2.3\",\"ipAddressIsValid\":true,\"validateIpv4\":false,"
+                                               "\"validateIpv6\":false}\n");
+    }
+
+    void aTextIsChecked()
+    {
+        QFETCH(QString, text);
+        QFETCH(int, exitCode);
+        QFETCH(QByteArray, output);
+
+        const Lab::Run run = net(QStringLiteral("check ") + text);
+
+        QCOMPARE(run.exitCode, exitCode);
+        QCOMPARE(run.output, output);
+    }
+
+    void aMacAddressIsParsedOrMade()
+    {
+        QCOMPARE(net(QStringLiteral("mac parse A1:b2:C3:d4:e5:F6")).output,
+            QByteArray("a1:b2:c3:d4:e5:f6  177789161760246\n"));
+        QCOMPARE(net(QStringLiteral("mac parse a1b2")).exitCode, 1);
+        const Lab::Run random = net(QStringLiteral("mac random"));
+        QCOMPARE(random.exitCode, 0);
+        QVERIFY(random.output.startsWith("02:"));
+        QCOMPARE(random.output.size(), 18);
+    }
+
+    void wrongUsageIsToldOf_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        for (const char *arguments :
+            {"", "nothing", "show d0 d1", "check", "check 1 2", "mac", "mac parse", "mac random 1", "dns", "dns add",
+                "dns add ''", "dns remove 1", "dns add 1 2 3", "configure now", "show --yes", "check 1 --domain x",
+                "mac random --json", "configure --application ../x", "show --application x", "--nothing"})
+            QTest::newRow(*arguments ? arguments : "no command") << QString::fromUtf8(arguments);
+    }
+
+    void wrongUsageIsToldOf()
+    {
+        QFETCH(QString, arguments);
+
+        const Lab::Run run = net(arguments);
+
+        QCOMPARE(run.exitCode, 64);
+        QVERIFY(run.output.startsWith("vantor-net: "));
+        QCOMPARE(run.output.count('\n'), 1);
+    }
+
+    void helpAndVersionAreShown()
+    {
+        const Lab::Run help = net(QStringLiteral("--help"));
+        QCOMPARE(help.exitCode, 0);
+        QVERIFY(help.output.contains("dns add PRIMARY [SECONDARY]"));
+        const Lab::Run version = net(QStringLiteral("--version"));
+        QCOMPARE(version.exitCode, 0);
+        QVERIFY(version.output.startsWith("vantor-net "));
+    }
+
+    void aReportThatCannotBeWrittenIsToldOf() { QCOMPARE(net(QStringLiteral("show >/dev/full")).exitCode, 74); }
+
+private:
+    Lab::PeerServer mServer;
+};
+
+QTEST_GUILESS_MAIN(TestLabVantorNet)
+#include "tst_lab_vantor_net.moc"

@@ -1,0 +1,915 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
+#include "Helpers/SystemHelper.h"
+#include "LogCapture.h"
+#include "StandInPrograms.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <climits>
+#include <csignal>
+#include <memory>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+constexpr quint32 patience = 20000; // milliseconds
+constexpr int unset = -77;
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
+}
+
+bool makeFifo(const QString &path)
+{
+    return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+}
+
+/// How a command ended.
+struct Run
+{
+    bool ok = false;
+    int exitCode = unset;
+    QByteArray output = QByteArrayLiteral("untouched");
+};
+
+Run run(const QString &command, quint32 timeout = patience)
+{
+    Run result;
+    result.ok = SystemHelper::runCommand(command, timeout, &result.output, &result.exitCode);
+    return result;
+}
+
+Run runBash(const QString &command, quint32 timeout = patience)
+{
+    Run result;
+    result.ok = SystemHelper::runBashCommand(command, timeout, &result.output, &result.exitCode);
+    return result;
+}
+
+/// A name for a process that no other test has at the same time. All of it counts: at most 15 characters.
+QString ownProcessName(const char *suffix)
+{
+    return QStringLiteral("vu-%1-%2").arg(QCoreApplication::applicationPid()).arg(QLatin1String(suffix));
+}
+
+/// A process with a name of its own.
+class NamedProcess
+{
+public:
+    bool start(const QString &name)
+    {
+        const QString path = mDir.filePath(name);
+        if (!QFile::copy(QStandardPaths::findExecutable(QStringLiteral("sleep")), path))
+            return false;
+        mProcess.start(path, {QStringLiteral("60")});
+        return mProcess.waitForStarted();
+    }
+    NamedProcess() = default;
+    NamedProcess(const NamedProcess &) = delete;
+    NamedProcess &operator=(const NamedProcess &) = delete;
+    ~NamedProcess() { stop(); }
+
+    void stop()
+    {
+        mProcess.kill();
+        mProcess.waitForFinished();
+    }
+    int niceness() const { return getpriority(PRIO_PROCESS, static_cast<id_t>(mProcess.processId())); }
+
+private:
+    QTemporaryDir mDir;
+    QProcess mProcess;
+};
+} // namespace
+
+class TestSystemHelper : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aCommandGivesItsOutputOfBothChannels()
+    {
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("echo out; echo err >&2; echo out again"));
+
+        QVERIFY(result.ok);
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.output, QByteArray("out\nerr\nout again\n"));
+        QCOMPARE(log.asText(), QStringList());
+    }
+
+    void outputsMayBeNull()
+    {
+        const LogCapture log;
+
+        QVERIFY(SystemHelper::runCommand(QStringLiteral("true"), patience, nullptr, nullptr));
+        QVERIFY(SystemHelper::runCommand(QStringLiteral("true"), nullptr));
+        QVERIFY(!SystemHelper::runCommand(QStringLiteral("false"), nullptr));
+        QVERIFY(!SystemHelper::runCommand(QStringLiteral("/no/such/program"), nullptr));
+        QVERIFY(!SystemHelper::runCommand(QStringLiteral("sleep 5"), 1, nullptr, nullptr));
+    }
+
+    void theShortFormWaitsThreeSeconds()
+    {
+        const LogCapture log;
+        QElapsedTimer timer;
+        timer.start();
+
+        QVERIFY(!SystemHelper::runCommand(QStringLiteral("sleep 20"), nullptr));
+
+        QVERIFY(timer.elapsed() >= 2900 && timer.elapsed() < 10000);
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 20\"")));
+    }
+
+    void doubleQuotesGroupWords()
+    {
+        QCOMPARE(run(QStringLiteral("printf [%s] one \"two  words\"   three")).output,
+            QByteArray("[one][two  words][three]"));
+    }
+
+    void aCommandThatDoesNotExistDidNotStart_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("no such program") << QStringLiteral("/no/such/program --now");
+        QTest::newRow("not executable") << QStringLiteral("/etc/passwd");
+        QTest::newRow("a folder") << QStringLiteral("/tmp");
+        QTest::newRow("empty") << QString();
+        QTest::newRow("blank") << QStringLiteral("  \t ");
+        QTest::newRow("empty quotes") << QStringLiteral("\"\"");
+    }
+
+    void aCommandThatDoesNotExistDidNotStart()
+    {
+        QFETCH(QString, command);
+        const LogCapture log;
+
+        const Run result = run(command);
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, -1);
+        QCOMPARE(result.output, QByteArray("untouched"));
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("debug: Failed to start command:  ") + command));
+    }
+
+    void aCommandThatOutlivesItsTimeIsKilled()
+    {
+        const LogCapture log;
+        QElapsedTimer timer;
+        timer.start();
+
+        const Run result = run(QStringLiteral("sleep 5"), 100);
+
+        QVERIFY(timer.elapsed() < 4000);
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, -2);
+        QCOMPARE(result.output, QByteArray("untouched"));
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
+    }
+
+    void aTimeoutEndsWhatTheCommandHasStarted()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString pidFile = dir.filePath(QStringLiteral("pid"));
+
+        const Run result = runBash(QStringLiteral("sleep 60 & echo $! >%1; wait").arg(pidFile), 1000);
+
+        QCOMPARE(result.exitCode, -2);
+        const pid_t child = read(pidFile).trimmed().toInt();
+        QVERIFY(child > 0);
+        const QString status = QStringLiteral("/proc/%1/stat").arg(child); // who adopts it may not have reaped it yet
+        QTRY_VERIFY(kill(child, 0) != 0 || read(status).contains(") Z "));
+    }
+
+    void aLargeTimeoutIsNoNegativeOne_data()
+    {
+        QTest::addColumn<quint32>("timeout");
+        QTest::newRow("INT_MAX") << quint32(INT_MAX);
+        QTest::newRow("one more") << quint32(INT_MAX) + 1;
+        QTest::newRow("3,000,000,000") << 3000000000U;
+        QTest::newRow("-1 as an int") << 4294967295U;
+    }
+
+    void aLargeTimeoutIsNoNegativeOne()
+    {
+        QFETCH(quint32, timeout);
+
+        const Run result = run(QStringLiteral("sleep 0.2"), timeout);
+
+        QVERIFY(result.ok);
+        QCOMPARE(result.exitCode, 0);
+    }
+
+    void aFailingCommandTellsItsExitCodeAndItsOutput()
+    {
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("echo why; exit 1"));
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, QByteArray("why\n"));
+        QCOMPARE(log.asText(),
+            (QStringList{
+                QStringLiteral("warning: /bin/bash -c \"echo why; exit 1\""), QStringLiteral("warning: \"why\\n\"")}));
+    }
+
+    void theOutputOfAFailureIsLoggedEvenIfNobodyWantsIt()
+    {
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::runBashCommand(QStringLiteral("echo why; exit 255"), patience, nullptr, nullptr));
+
+        QCOMPARE(log.warnings(),
+            (QStringList{QStringLiteral("/bin/bash -c \"echo why; exit 255\""), QStringLiteral("\"why\\n\"")}));
+    }
+
+    void aCrashedCommandTellsItsSignal_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGSEGV") << SIGSEGV;
+        QTest::newRow("SIGKILL") << SIGKILL;
+        QTest::newRow("SIGTERM") << SIGTERM;
+    }
+
+    void aCrashedCommandTellsItsSignal()
+    {
+        QFETCH(int, signal);
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("ulimit -c 0; kill -%1 $$").arg(signal));
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, signal);
+        QCOMPARE(log.warnings().size(), 2);
+    }
+
+    void theInputStaysOpenAndEmpty()
+    {
+        const LogCapture log;
+
+        QCOMPARE(run(QStringLiteral("cat"), 300).exitCode, -2);
+    }
+
+    void allOutputIsStored()
+    {
+        const Run result = runBash(QStringLiteral("head -c 20000000 /dev/zero"));
+
+        QVERIFY(result.ok);
+        QCOMPARE(result.output.size(), 20000000);
+    }
+
+    void aChildThatKeepsTheOutputOpenIsNotWaitedFor()
+    {
+        QElapsedTimer timer;
+        timer.start();
+
+        const Run result = runBash(QStringLiteral("sleep 30 & echo $!"));
+
+        QVERIFY(result.ok);
+        QVERIFY(timer.elapsed() < 10000);
+        QCOMPARE(kill(result.output.trimmed().toInt(), SIGKILL), 0); // it goes on by itself
+    }
+
+    void aShellReadsItsSyntax()
+    {
+        const QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("file"));
+
+        const Run result = runBash(QStringLiteral("echo $(echo one two | tr a-z A-Z) >%1; cat %1").arg(file));
+
+        QCOMPARE(result.output, QByteArray("ONE TWO\n"));
+    }
+
+    void aPlaceholderInACommandIsOnlyText()
+    {
+        QCOMPARE(runBash(QStringLiteral("echo %1 %2 %99")).output, QByteArray("%1 %2 %99\n"));
+    }
+
+    void aDoubleQuoteEndsTheCommandOfAShell()
+    {
+        QCOMPARE(runBash(QStringLiteral("echo one\" two")).output, QByteArray("one\n")); // "two" becomes $0
+    }
+
+    void theBoardIsReachedBySsh()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("ssh")));
+
+        QVERIFY(SystemHelper::runCcmbBashCommand(QStringLiteral("uptime -p"), patience, nullptr, nullptr));
+
+        QCOMPARE(programs.arguments(QStringLiteral("ssh")), QByteArray("root@192.168.9.2\nuptime\n-p\n"));
+    }
+
+    void theUnitsShellReadsTheBoardsCommandFirst()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("ssh")));
+
+        const Run result = [] {
+            Run run;
+            run.ok = SystemHelper::runCcmbBashCommand(
+                QStringLiteral("echo '$HOME' $(echo here); echo local"), patience, &run.output, &run.exitCode);
+            return run;
+        }();
+
+        QCOMPARE(result.output, QByteArray("local\n"));
+        QCOMPARE(programs.arguments(QStringLiteral("ssh")), QByteArray("root@192.168.9.2\necho\n$HOME\nhere\n"));
+    }
+
+    void aRunningProcessIsFound()
+    {
+        const QString name = ownProcessName("a");
+        NamedProcess process;
+        QVERIFY(!SystemHelper::isProcessRunning(name));
+
+        QVERIFY(process.start(name));
+
+        QVERIFY(SystemHelper::isProcessRunning(name));
+        QVERIFY(SystemHelper::isProcessRunning(QStringLiteral("^%1[a]$").arg(name.chopped(1)))); // a regular expression
+        process.stop();
+        QVERIFY(!SystemHelper::isProcessRunning(name));
+    }
+
+    void onlyFifteenCharactersOfAProcessNameCount()
+    {
+        const LogCapture log; // pgrep warns of long patterns on its error channel, which does not count
+        const QString name = ownProcessName("a-long-name");
+        NamedProcess process;
+        QVERIFY(process.start(name));
+
+        QVERIFY(SystemHelper::isProcessRunning(name.left(15)));
+        QVERIFY(!SystemHelper::isProcessRunning(name));
+    }
+
+    void anOptionIsNoProcessName_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("-f") << QStringLiteral("-f");
+        QTest::newRow("-V prints something") << QStringLiteral("-V");
+        QTest::newRow("--list-full") << QStringLiteral("--list-full");
+    }
+
+    void anOptionIsNoProcessName()
+    {
+        QFETCH(QString, name);
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::isProcessRunning(name));
+
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Not the name of a process:  \"%1\"").arg(name)));
+    }
+
+    void aSilentProcessListIsGivenUpAndClosed()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("pgrep"), "exec sleep 30"));
+        const LogCapture log;
+        QElapsedTimer timer;
+        timer.start();
+
+        QVERIFY(!SystemHelper::isProcessRunning(QStringLiteral("anything")));
+
+        QVERIFY(timer.elapsed() >= 2900 && timer.elapsed() < 10000);
+        QCOMPARE(log.asText(), QStringList()); // Qt would warn of a process that is left running
+    }
+
+    void theProcessListIsAskedForTheNameAlone()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("pgrep")));
+
+        QVERIFY(!SystemHelper::isProcessRunning(QStringLiteral("two words; $(true)")));
+
+        QCOMPARE(programs.arguments(QStringLiteral("pgrep")), QByteArray("two words; $(true)\n"));
+    }
+
+    void withoutAProcessListNothingRuns()
+    {
+        StandInPrograms programs;
+        programs.hideOthers();
+
+        QVERIFY(!SystemHelper::isProcessRunning(QStringLiteral("anything")));
+    }
+
+    void thePriorityOfAProcessIsAltered()
+    {
+        const LogCapture log;
+        const QString name = ownProcessName("b");
+        NamedProcess process;
+        QVERIFY(process.start(name));
+
+        // Only upwards, as everybody may. Were it added to the former one, the second step would lead to 19.
+        for (const int priority : {std::max(process.niceness(), 15), std::max(process.niceness(), 16), 19}) {
+            QVERIFY2(
+                SystemHelper::alterProcessPriority(name, priority), qPrintable(log.asText().join(QLatin1Char('\n'))));
+            QCOMPARE(process.niceness(), priority);
+        }
+    }
+
+    void allProcessesOfANameAreMeant()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("renice")));
+        QVERIFY(programs.add(QStringLiteral("pidof"), "echo 12 34 \"$@\""));
+
+        QVERIFY(SystemHelper::alterProcessPriority(QStringLiteral("Vantor_2.x-y"), -5));
+
+        QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("-n\n-5\n-p\n12\n34\nVantor_2.x-y\n"));
+    }
+
+    void aPriorityThatCannotBeAlteredIsAFailure()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("renice"), "exit 1"));
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::alterProcessPriority(QStringLiteral("vantor-unit-none"), 5));
+
+        QCOMPARE(log.warnings().value(0), QStringLiteral("/bin/bash -c \"renice -n 5 -p $(pidof vantor-unit-none)\""));
+    }
+
+    void aProcessNameIsNoShellSyntax_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"", "a;b", "$(touch x)", "a b", "a\"b", "`x`", "a\nb", "a|b", "-x", "ü", "%1", "a\n"})
+            QTest::newRow(name) << QString::fromUtf8(name);
+    }
+
+    void aProcessNameIsNoShellSyntax()
+    {
+        QFETCH(QString, name);
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("renice")));
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::alterProcessPriority(name, 5));
+
+        QCOMPARE(log.warnings().size(), 1);
+        QVERIFY(log.warnings().first().startsWith(QLatin1String("Not the name of a process: ")));
+        QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("not run"));
+    }
+
+    void aNumberIsAllOfTheFirstLine_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("ok");
+        QTest::addColumn<int>("value");
+        QTest::newRow("number") << QByteArray("42") << true << 42;
+        QTest::newRow("with a line end") << QByteArray("42\n") << true << 42;
+        QTest::newRow("with the other line end") << QByteArray("42\r\n") << true << 42;
+        QTest::newRow("more lines") << QByteArray("42\n43\n") << true << 42;
+        QTest::newRow("empty line behind") << QByteArray("42\n\n") << true << 42;
+        QTest::newRow("zero") << QByteArray("0\n") << true << 0;
+        QTest::newRow("leading zeros") << QByteArray("007\n") << true << 7;
+        QTest::newRow("leading blank") << QByteArray(" 42\n") << true << 42;
+        QTest::newRow("plus") << QByteArray("+42\n") << true << 42;
+        QTest::newRow("largest int") << QByteArray("2147483647\n") << true << INT_MAX;
+        QTest::newRow("largest unsigned") << QByteArray("4294967295\n") << true << -1;
+        QTest::newRow("beyond unsigned") << QByteArray("4294967296\n") << false << 0;
+        QTest::newRow("negative") << QByteArray("-5") << false << 0;
+        QTest::newRow("trailing blank") << QByteArray("42 \n") << false << 0;
+        QTest::newRow("trailing blank without line end") << QByteArray("42 ") << false << 0;
+        QTest::newRow("trailing tab") << QByteArray("42\t\n") << false << 0;
+        QTest::newRow("text behind") << QByteArray("42 kB\n") << false << 0;
+        QTest::newRow("text") << QByteArray("none\n") << false << 0;
+        QTest::newRow("hexadecimal") << QByteArray("0x2a\n") << false << 0;
+        QTest::newRow("empty first line") << QByteArray("\n42\n") << false << 0;
+        QTest::newRow("null byte") << QByteArray("42\0\n", 4) << false << 0;
+        QTest::newRow("empty file") << QByteArray() << false << unset;
+        QTest::newRow("blanks up to the limit") << QByteArray(1022, ' ') + "42\n" << true << 42;
+        QTest::newRow("a line beyond the limit") << QByteArray(1023, ' ') + "42\n" << false << 0;
+        QTest::newRow("cut within the number") << QByteArray(1024, ' ') + "42\n" << false << 0;
+        QTest::newRow("a line without end") << QByteArray(1000000, '1') << false << 0;
+    }
+
+    void aNumberIsAllOfTheFirstLine()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(bool, ok);
+        QFETCH(int, value);
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("number"));
+        QVERIFY(write(path, content));
+        int number = unset;
+
+        QCOMPARE(SystemHelper::readIntFromFile(path, number), ok);
+        QCOMPARE(number, value);
+    }
+
+    void noNumberIsReadFromWhatIsNoFile_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("missing") << QStringLiteral("missing");
+        QTest::newRow("folder") << QStringLiteral(".");
+        QTest::newRow("pipe") << QStringLiteral("pipe");
+        QTest::newRow("link to a pipe") << QStringLiteral("link");
+        QTest::newRow("empty name") << QString();
+    }
+
+    void noNumberIsReadFromWhatIsNoFile()
+    {
+        QFETCH(QString, name);
+        const QTemporaryDir dir;
+        QVERIFY(makeFifo(dir.filePath(QStringLiteral("pipe"))));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("pipe")), dir.filePath(QStringLiteral("link"))));
+        int number = unset;
+
+        QVERIFY(!SystemHelper::readIntFromFile(name.isEmpty() ? name : dir.filePath(name), number));
+        QCOMPARE(number, unset);
+    }
+
+    void aNumberOfTheKernelIsRead()
+    {
+        int number = unset;
+        QVERIFY(SystemHelper::readIntFromFile(QStringLiteral("/proc/sys/kernel/pid_max"), number));
+        QVERIFY(number > 0);
+    }
+
+    void aWrittenNumberHasNoLineEnd_data()
+    {
+        QTest::addColumn<int>("value");
+        QTest::newRow("0") << 0;
+        QTest::newRow("-5") << -5;
+        QTest::newRow("largest") << INT_MAX;
+        QTest::newRow("smallest") << INT_MIN;
+    }
+
+    void aWrittenNumberHasNoLineEnd()
+    {
+        QFETCH(int, value);
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("number"));
+        QVERIFY(write(path, "what was here before"));
+
+        QVERIFY(SystemHelper::writeIntToFile(path, value));
+
+        QCOMPARE(read(path), QByteArray::number(value));
+    }
+
+    void textReplacesOrFollowsWhatIsThere()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("text"));
+
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("one\n"), false));
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("two"), false));
+        QCOMPARE(read(path), QByteArray("one\ntwo"));
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("three"), true));
+        QCOMPARE(read(path), QByteArray("three"));
+        QVERIFY(SystemHelper::writeStringToFile(path, QString(), true));
+        QCOMPARE(read(path), QByteArray());
+    }
+
+    void bytesReplaceOrFollowWhatIsThere()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("bytes"));
+        const QByteArray all("\0\xff\r\n\x80", 5);
+
+        QVERIFY(SystemHelper::writeBytesToFile(path, all, false));
+        QVERIFY(SystemHelper::writeBytesToFile(path, "more", false));
+        QCOMPARE(read(path), all + "more");
+        QVERIFY(SystemHelper::writeBytesToFile(path, all, true));
+        QCOMPARE(read(path), all);
+        QVERIFY(SystemHelper::writeBytesToFile(path, QByteArray(), true));
+        QCOMPARE(read(path), QByteArray());
+    }
+
+    void nothingIsWrittenToWhatCannotBeOpened_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("folder missing") << QStringLiteral("missing/file");
+        QTest::newRow("a folder") << QStringLiteral(".");
+        QTest::newRow("a pipe that nobody reads") << QStringLiteral("pipe");
+        QTest::newRow("empty name") << QString();
+    }
+
+    void nothingIsWrittenToWhatCannotBeOpened()
+    {
+        QFETCH(QString, name);
+        const QTemporaryDir dir;
+        QVERIFY(makeFifo(dir.filePath(QStringLiteral("pipe"))));
+        const QString path = name.isEmpty() ? name : dir.filePath(name);
+
+        QVERIFY(!SystemHelper::writeIntToFile(path, 1));
+        QVERIFY(!SystemHelper::writeStringToFile(path, QStringLiteral("x"), true));
+        QVERIFY(!SystemHelper::writeStringToFile(path, QStringLiteral("x"), false));
+        QVERIFY(!SystemHelper::writeBytesToFile(path, "x", true));
+        QVERIFY(!SystemHelper::writeBytesToFile(path, "x", false));
+    }
+
+    void aFileWithoutPermissionIsNotOpened()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        QVERIFY(write(path, "1"));
+        QVERIFY(QFile::setPermissions(path, QFileDevice::Permissions()));
+        int number = unset;
+        bool isRead = true;
+        bool isWritten = true;
+
+        Faults::withoutOverride([&] {
+            isRead = SystemHelper::readIntFromFile(path, number);
+            isWritten = SystemHelper::writeIntToFile(path, 2);
+        });
+
+        QVERIFY(!isRead);
+        QVERIFY(!isWritten);
+    }
+
+    void onlyTheBytesTellOfAFullDisk()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        const Faults::FileSizeLimit limit(4);
+
+        QVERIFY(!SystemHelper::writeBytesToFile(path, "12345", true));
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("12345"), true));
+        QVERIFY(SystemHelper::writeIntToFile(path, 12345));
+        QVERIFY(!SystemHelper::writeBytesToFile(path, QByteArray(100000, 'x'), true));
+        QVERIFY(SystemHelper::writeBytesToFile(path, "1234", true));
+    }
+
+    void aFolderIsCreatedWithItsParents()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("a/b c/d"));
+
+        QVERIFY(SystemHelper::createDirIfNotExist(path));
+        QVERIFY(QFileInfo(path).isDir());
+        QVERIFY(SystemHelper::createDirIfNotExist(path));
+    }
+
+    void aFileIsInTheWayOfAFolder()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        QVERIFY(write(path, {}));
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::createDirIfNotExist(path));
+
+        QCOMPARE(log.asText(),
+            QStringList(QStringLiteral("warning: Failed to create DIR:  %1  does this name already exist as a file?")
+                            .arg(path)));
+    }
+
+    void filesArePackedUnderTheirBareNames()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b")));
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("c")));
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("out")));
+        const QByteArray large(300000, 'x');
+        QVERIFY(write(dir.filePath(QStringLiteral("a/b/x.txt")), large));
+        QVERIFY(write(dir.filePath(QStringLiteral("c/y%1.txt")), "why"));
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+
+        QVERIFY(SystemHelper::compressFile(
+            {dir.filePath(QStringLiteral("a/b/x.txt")), dir.filePath(QStringLiteral("c/y%1.txt"))}, archive));
+
+        QCOMPARE(QProcess::execute(QStringLiteral("tar"),
+                     {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), dir.filePath(QStringLiteral("out"))}),
+            0);
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("out"))).entryList(QDir::Files),
+            (QStringList{QStringLiteral("x.txt"), QStringLiteral("y%1.txt")}));
+        QCOMPARE(read(dir.filePath(QStringLiteral("out/x.txt"))), large);
+        QCOMPARE(read(dir.filePath(QStringLiteral("out/y%1.txt"))), QByteArray("why"));
+        QVERIFY(QFileInfo(archive).size() < 10000);
+    }
+
+    void theCommandOfPackingIsLogged()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+        const LogCapture log;
+
+        QVERIFY(SystemHelper::compressFile(
+            {QStringLiteral("/a/b/x.txt"), QStringLiteral("/c/y.txt")}, QStringLiteral("/t/o.tar.gz")));
+
+        QCOMPARE(log.asText(),
+            QStringList(QStringLiteral("debug: command:  tar -zcf /t/o.tar.gz -C /a/b x.txt -C /c y.txt")));
+        QCOMPARE(programs.arguments(QStringLiteral("tar")),
+            QByteArray("-zcf\n/t/o.tar.gz\n-C\n/a/b\nx.txt\n-C\n/c\ny.txt\n"));
+    }
+
+    void aNameWithoutAFolderIsPackedFromTheWorkingFolder()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("x.txt")}, QStringLiteral("o.tar.gz")));
+
+        QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("-zcf\no.tar.gz\n-C\n.\nx.txt\n"));
+    }
+
+    void blanksInAPathMakeWords()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("/a b/x y.txt")}, QStringLiteral("/o.tar.gz")));
+
+        QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("-zcf\n/o.tar.gz\n-C\n/a\nb\nx\ny.txt\n"));
+    }
+
+    void aNameIsNoOptionOfTar_data()
+    {
+        QTest::addColumn<QStringList>("sources");
+        QTest::addColumn<QString>("target");
+        const QString plain = QStringLiteral("/tmp/x");
+        const auto row = [](const char *name, const QStringList &sources, const QString &target) {
+            QTest::newRow(name) << sources << target;
+        };
+        row("file", {QStringLiteral("/tmp/--checkpoint-action=exec=sh")}, plain);
+        row("file without folder", {QStringLiteral("-x")}, plain);
+        row("folder", {QStringLiteral("-x/y")}, plain);
+        row("target", {plain}, QStringLiteral("-"));
+        row("behind a blank", {QStringLiteral("/tmp/a --checkpoint=1")}, plain);
+        row("folder behind a blank", {QStringLiteral("/tmp/a --to-command=x/y")}, plain);
+        row("behind a tab", {QStringLiteral("/tmp/a\t--checkpoint=1")}, plain);
+        row("in quotes", {QStringLiteral("/tmp/\"--checkpoint=1\"")}, plain);
+        row("quotes over two names", {QStringLiteral("/tmp/\"/\" --checkpoint=1")}, plain);
+        row("quotes over two files, one option for another",
+            {QStringLiteral("/tmp/a\""), QStringLiteral("/tmp/b\" --checkpoint=1")}, plain);
+        row("the option of the archive again", {QStringLiteral("/tmp/a\""), QStringLiteral("/tmp/b\" -zcf")}, plain);
+        row("target behind a blank", {plain}, QStringLiteral("/tmp/x --checkpoint=1"));
+        row("no target: the next option would be it", {plain}, QString());
+        row("no target and no file", {}, QString());
+    }
+
+    void aNameIsNoOptionOfTar()
+    {
+        QFETCH(QStringList, sources);
+        QFETCH(QString, target);
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::compressFile(sources, target));
+
+        QCOMPARE(log.warnings().size(), 1);
+        QVERIFY(log.warnings().first().startsWith(QLatin1String("tar would take a name for an option: ")));
+        QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
+    }
+
+    void packingNothingFails()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+
+        QVERIFY(!SystemHelper::compressFile({}, dir.filePath(QStringLiteral("o.tar.gz"))));
+        QVERIFY(!SystemHelper::compressFile(
+            {dir.filePath(QStringLiteral("missing"))}, dir.filePath(QStringLiteral("o.tar.gz"))));
+    }
+
+    void theChecksumIsOfAllBytes_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QByteArray>("sum");
+        QTest::newRow("empty") << QByteArray() << QByteArray("d41d8cd98f00b204e9800998ecf8427e");
+        QTest::newRow("abc") << QByteArray("abc") << QByteArray("900150983cd24fb0d6963f7d28e17f72");
+        QTest::newRow("carriage returns count")
+            << QByteArray("a\r\nb") << QCryptographicHash::hash("a\r\nb", QCryptographicHash::Md5).toHex();
+        QTest::newRow("large") << QByteArray(1000000, 'a') << QByteArray("7707d6ae4e027c70eea2a935c2296f21");
+    }
+
+    void theChecksumIsOfAllBytes()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QByteArray, sum);
+        const QTemporaryDir dir;
+        QVERIFY(write(dir.filePath(QStringLiteral("file")), content));
+
+        QCOMPARE(SystemHelper::fileChecksum(dir.filePath(QStringLiteral("file"))).toHex(), sum);
+    }
+
+    void whatIsNoFileHasNoChecksum()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(makeFifo(dir.filePath(QStringLiteral("pipe"))));
+
+        QVERIFY(SystemHelper::fileChecksum(dir.path()).isEmpty());
+        QVERIFY(SystemHelper::fileChecksum(dir.filePath(QStringLiteral("pipe"))).isEmpty());
+        QVERIFY(SystemHelper::fileChecksum(dir.filePath(QStringLiteral("missing"))).isEmpty());
+        QVERIFY(SystemHelper::fileChecksum(QStringLiteral("/dev/zero")).isEmpty());
+    }
+
+    void freeSpaceIsThatOfTheFileSystem()
+    {
+        const QTemporaryDir dir;
+        const LogCapture log;
+
+        const qint64 bytes = SystemHelper::getFreeDiskSpace(dir.path());
+
+        QVERIFY(bytes > 0);
+        QCOMPARE(log.asText(),
+            QStringList(QStringLiteral("debug: Bytes available on  %1  =  %2").arg(dir.path()).arg(bytes)));
+    }
+
+    void aMissingPathHasNoFreeSpace()
+    {
+        const QTemporaryDir dir;
+        const LogCapture log;
+
+        QCOMPARE(SystemHelper::getFreeDiskSpace(dir.filePath(QStringLiteral("missing"))), qint64(-1));
+        QCOMPARE(log.asText(), QStringList());
+    }
+
+    void filesWithTheExtensionAreRemovedAtAllDepths()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b.jpg/c")));
+        for (const char *name : {"x.jpg", "y.JPG", "jpg", "z.jpg.png", "a/x.jpg", "a/b.jpg/c/x.jpg", "a/b.jpg/c/keep"})
+            QVERIFY(write(dir.filePath(QString::fromUtf8(name)), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+
+        QStringList left;
+        for (QDirIterator it(dir.path(), QDir::Files, QDirIterator::Subdirectories); it.hasNext();)
+            left << it.next().mid(dir.path().size() + 1);
+        left.sort();
+        QCOMPARE(left,
+            (QStringList{QStringLiteral("a/b.jpg/c/keep"), QStringLiteral("jpg"), QStringLiteral("y.JPG"),
+                QStringLiteral("z.jpg.png")}));
+        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("a/b.jpg/c"))).isDir());
+    }
+
+    void anEmptyExtensionRemovesEveryFileButNoFolder()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a")));
+        QVERIFY(write(dir.filePath(QStringLiteral("one")), "x"));
+        QVERIFY(write(dir.filePath(QStringLiteral("a/two")), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QString());
+
+        QCOMPARE(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList(QStringLiteral("a")));
+        QVERIFY(QDir(dir.filePath(QStringLiteral("a"))).isEmpty());
+    }
+
+    void anEmptyFolderNameRemovesNothing()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(write(dir.filePath(QStringLiteral("x.jpg")), "x"));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+
+        SystemHelper::removeFilesFromDir(QString(), QStringLiteral(".jpg"));
+
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("x.jpg"))));
+        SystemHelper::removeFilesFromDir(QStringLiteral("."), QStringLiteral(".jpg"));
+        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("x.jpg"))));
+        QVERIFY(QDir::setCurrent(before));
+    }
+
+    void linksAreRemovedAndNotFollowed()
+    {
+        const QTemporaryDir dir;
+        const QTemporaryDir elsewhere;
+        QVERIFY(write(elsewhere.filePath(QStringLiteral("x.jpg")), "x"));
+        QVERIFY(QFile::link(elsewhere.filePath(QStringLiteral("x.jpg")), dir.filePath(QStringLiteral("link.jpg"))));
+        QVERIFY(QFile::link(elsewhere.path(), dir.filePath(QStringLiteral("folder"))));
+        QVERIFY(QFile::link(elsewhere.path(), dir.filePath(QStringLiteral("folder.jpg"))));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+
+        QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("x.jpg"))));
+        QCOMPARE(
+            QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList(QStringLiteral("folder")));
+    }
+
+    void thousandsOfFilesAreRemovedInOneWalk()
+    {
+        const QTemporaryDir dir;
+        for (int i = 0; i < 3000; ++i)
+            QVERIFY(write(dir.filePath(QStringLiteral("%1.tmp").arg(i)), {}));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".tmp"));
+
+        QVERIFY(QDir(dir.path()).isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSystemHelper)
+#include "tst_systemhelper.moc"

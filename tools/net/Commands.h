@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "ExitCode.h"
+#include "Options.h"
+
+#include <QByteArray>
+
+namespace Net {
+
+/// What a command has to say and how it ended.
+struct Outcome
+{
+    ExitCode exitCode = Done;
+    QByteArray output;
+    QString problem; ///< for stderr
+};
+
+Outcome show(const Options &options);
+Outcome check(const Options &options);
+Outcome randomMac();
+Outcome parseMac(const Options &options);
+Outcome addServers(const Options &options);
+Outcome configure(const Options &options);
+
+} // namespace Net

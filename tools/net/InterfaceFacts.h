@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <Terminal.h>
+
+namespace Net {
+
+/// All that the library can tell about one interface; what is not known is empty.
+struct InterfaceFacts
+{
+    QString name;
+    QString mac;
+    QString address;
+    QString netmask;
+    QString gateway;
+    QStringList nameServers; ///< of both families
+    QString domain;
+    QString ipv6LinkLocal; ///< these with the length of the prefix
+    QString ipv6Global;
+    QString ipv6Gateway;
+
+    static InterfaceFacts of(const QString &interface);
+    static QStringList allInterfaces();
+
+    QByteArray toText(const Tools::TextStyle &style) const;
+    QByteArray toJson() const;
+};
+
+} // namespace Net

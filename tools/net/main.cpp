@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLine.h"
+#include "Commands.h"
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include <Terminal.h>
+#include <cstdio>
+#include <unistd.h>
+
+using namespace Net;
+
+namespace {
+void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    Tools::Terminal::write(STDERR_FILENO, (Tools::Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
+}
+
+void keepSilent(QtMsgType, const QMessageLogContext &, const QString &) {}
+
+bool print(const QByteArray &text)
+{
+    const auto size = static_cast<std::size_t>(text.size());
+    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+}
+
+Outcome run(const CommandLine &commandLine)
+{
+    const Options &options = commandLine.options();
+    switch (options.action) {
+    case Options::Action::Show:
+        return show(options);
+    case Options::Action::Check:
+        return check(options);
+    case Options::Action::RandomMac:
+        return randomMac();
+    case Options::Action::ParseMac:
+        return parseMac(options);
+    case Options::Action::AddServers:
+        return addServers(options);
+    case Options::Action::Configure:
+        return configure(options);
+    case Options::Action::ShowHelp:
+        return {Done, commandLine.helpText().toUtf8(), {}};
+    case Options::Action::ShowVersion:
+        return {Done, QByteArrayLiteral("vantor-net " VANTORBASE_VERSION "\n"), {}};
+    }
+    return {WrongUsage, {}, {}};
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Tools::Terminal::reserveStandardStreams();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // arguments, whatever the locale is
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("vantor-net"));
+
+    CommandLine commandLine;
+    if (!commandLine.parse(QCoreApplication::arguments())) {
+        Tools::Terminal::tell(commandLine.problem());
+        return WrongUsage;
+    }
+    qInstallMessageHandler(commandLine.options().verbose ? &logToStderr : &keepSilent);
+
+    const Outcome outcome = run(commandLine);
+    if (!print(outcome.output)) {
+        Tools::Terminal::tell(QStringLiteral("cannot write the report"));
+        return NotWritten;
+    }
+    if (!outcome.problem.isEmpty())
+        Tools::Terminal::tell(outcome.problem);
+    return outcome.exitCode;
+}
