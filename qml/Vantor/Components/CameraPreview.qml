@@ -26,9 +26,8 @@ Item {
         camera.stop();
     }
 
-    // Some devices report their name twice, so a part of it has to do. Null when there is none.
-    function findCamera() {
-        const cameras = QtMultimedia.availableCameras;
+    // The last one with the name. Some devices report their name twice, so a part of it has to do. Null: there is none.
+    function findCamera(cameras) {
         for (var i = cameras.length - 1; i >= 0; --i) {
             if (cameras[i].displayName.indexOf(deviceName) !== -1)
                 return cameras[i];
@@ -37,7 +36,7 @@ Item {
     }
 
     Component.onCompleted: {
-        const device = findCamera();
+        const device = findCamera(QtMultimedia.availableCameras);
         if (!device) {
             initializeFailed();
             return;

@@ -21,7 +21,7 @@ Rectangle {
     signal pageOpened()
     signal firstTimePageOpened()
 
-    function standardActions() {
+    function defaultActions() {
         const titleBar = ContextObjects.find("titleBar");
         return titleBar && titleBar.actionBack ? [titleBar.actionBack] : [];
     }
@@ -87,7 +87,7 @@ Rectangle {
         });
     }
 
-    actions: standardActions()
+    actions: defaultActions()
     color: GlobalStyles.pageBackground
 
     Component.onDestruction: unlockPage()
