@@ -3,6 +3,7 @@
 
 #include "Expect.h"
 #include "FiberManager.h"
+#include "Keyboard.h"
 #include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
 #include "OrvelPage.h"
@@ -77,6 +78,8 @@ void Setup::qmlEngineAvailable(QQmlEngine *engine)
     qmlRegisterType<NativeModel>("VantorTest", 1, 0, "NativeModel");
     qmlRegisterSingletonType<Expect>(
         "VantorTest", 1, 0, "Expect", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Expect; });
+    qmlRegisterSingletonType<Keyboard>(
+        "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
     engine->rootContext()->setContextProperty(QStringLiteral("files"), &mApplication->files);

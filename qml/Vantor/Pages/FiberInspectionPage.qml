@@ -133,12 +133,12 @@ VantorComponents.Page {
     VantorComponents.CameraPreview {
         id: cameraPreview
 
-        // Beside the form the preview is as narrow as the offsets of the overlays expect it: 20 pixels are cut off on
+        // Beside the form the preview has the shape that the offsets of the overlays expect: 20 pixels are cut off on
         // its left and right.
-        readonly property real besideForm: Math.round(root.height * 4 / 3) - 40
+        readonly property real besideForm: Math.min(Math.round(root.height * 4 / 3) - 40, Math.round(root.width * 0.55))
 
         width: root.isLandscape ? besideForm : root.width
-        height: root.isLandscape ? root.height : inputForm.y
+        height: root.isLandscape ? (besideForm + 40) * 3 / 4 : inputForm.y
         clip: true
         videoOutput.filters: ready ? [fiberRealtimeAnalyser] : []
         onImageSaved: root.requestAnalysis()
