@@ -133,12 +133,12 @@ VantorComponents.Page {
     VantorComponents.CameraPreview {
         id: cameraPreview
 
-        // Beside the form the preview has the shape that the offsets of the overlays expect: 20 pixels are cut off on
-        // its left and right.
-        readonly property real besideForm: Math.min(Math.round(root.height * 4 / 3) - 40, Math.round(root.width * 0.55))
+        // Beside the form the preview cuts off as much on the left as the overlays expect.
+        readonly property real cutOff: -2 * FocusGuidance.claddingOffsetX
+        readonly property real besideForm: Math.min(Math.round(root.height * 4 / 3 - cutOff), Math.round(root.width * 0.55))
 
         width: root.isLandscape ? besideForm : root.width
-        height: root.isLandscape ? (besideForm + 40) * 3 / 4 : inputForm.y
+        height: root.isLandscape ? (besideForm + cutOff) * 3 / 4 : inputForm.y
         clip: true
         videoOutput.filters: ready ? [fiberRealtimeAnalyser] : []
         onImageSaved: root.requestAnalysis()
@@ -211,6 +211,8 @@ VantorComponents.Page {
     Item {
         id: inputForm
 
+        readonly property bool isNarrow: width < 400 // pixels; what the name of a standard needs
+
         x: (root.isLandscape ? cameraPreview.width : 0) + root.formMargin
         y: root.isLandscape ? 0 : root.height - root.formMargin - height
         width: root.width - x - root.formMargin
@@ -235,6 +237,7 @@ VantorComponents.Page {
                 model: root.standardModel()
                 textRole: "name"
                 valueRole: "id"
+                font.pixelSize: inputForm.isNarrow ? GlobalStyles.textSmallSize : GlobalStyles.defaultComboBoxTextSize
             }
 
             Row {
