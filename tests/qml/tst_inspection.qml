@@ -207,7 +207,7 @@ Item {
             look("clean");
             analyse();
 
-            stackView.currentItem.back();
+            stackView.currentItem.backWithoutTransition();
             compare(stackView.depth, 1);
             wait(1500); // the answer finds nobody
 
