@@ -21,7 +21,7 @@ TestCase {
         ];
     }
     function test_theColourTellsTheFocus(row) {
-        const colour = FocusGuidance.focusIndicatorColor(row.focus);
+        const colour = FocusGuidance.focusIndicatorColor(row.focus, 1.0, 2.5);
 
         fuzzyCompare(colour.r, row.red / 255, 0.0001);
         fuzzyCompare(colour.g, row.green / 255, 0.0001);
@@ -45,10 +45,6 @@ TestCase {
         fuzzyCompare(place.y, row.top, 0.0001);
     }
 
-    function test_sharpEnoughIsAboveTheThreshold() {
-        compare([-1, 0, 2.5, 2.5000001, 40].map(FocusGuidance.isSharpEnough), [false, false, false, true, true]);
-    }
-
     function test_aSweepIsDueWhenTheBestFocusIsBack_data() {
         return [
             { tag: "there and back", steps: [1.2, 1.8, 3.1, 5.4, 6.2, 4.0, 3.0, 6.1], dueAt: [7] },
@@ -68,7 +64,7 @@ TestCase {
         var due = [];
 
         row.steps.forEach(function(focus, i) {
-            sweep = FocusGuidance.sweepStep(sweep, focus, focus);
+            sweep = FocusGuidance.sweepStep(sweep, focus, focus > 2.5);
             if (sweep.isCaptureDue)
                 due.push(i);
         });
@@ -77,14 +73,14 @@ TestCase {
     }
 
     function test_aValueBelowTheWorstIsNotComparedWithTheBest() {
-        const sweep = FocusGuidance.sweepStep({ minFocus: 99.0, maxFocus: 0.0 }, 5.0, 5.0);
+        const sweep = FocusGuidance.sweepStep({ minFocus: 99.0, maxFocus: 0.0 }, 5.0, true);
 
         compare(sweep.minFocus, 5.0);
         compare(sweep.maxFocus, 0.0);
     }
 
     function test_theFocusOfTheMomentDecidesToo() {
-        const sweep = FocusGuidance.sweepStep({ minFocus: 1.0, maxFocus: 6.0 }, 6.0, 2.5);
+        const sweep = FocusGuidance.sweepStep({ minFocus: 1.0, maxFocus: 6.0 }, 6.0, false);
 
         verify(!sweep.isCaptureDue);
     }

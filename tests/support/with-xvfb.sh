@@ -9,8 +9,11 @@ set -euo pipefail
 
 folder=$(mktemp -d)
 server=
+# shellcheck disable=SC2317 # the trap calls it
 finish() {
-    [[ -z $server ]] || { kill "$server" && wait "$server"; } 2>/dev/null || true
+    if [[ -n $server ]]; then
+        kill "$server" && wait "$server"
+    fi 2>/dev/null || true
     rm -rf "$folder"
 }
 trap finish EXIT

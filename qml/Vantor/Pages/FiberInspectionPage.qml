@@ -16,8 +16,8 @@ VantorComponents.Page {
 
     property alias deviceName: cameraPreview.deviceName
     property bool zonesVisible: true // the circles around the fibre
-    readonly property real mediumFocusThreshold: FocusGuidance.mediumFocusThreshold
-    readonly property real badFocusThreshold: FocusGuidance.badFocusThreshold
+    readonly property real mediumFocusThreshold: 2.5 // above it an image may be captured
+    readonly property real badFocusThreshold: 1.0 // up to it the fibre cannot be told
 
     readonly property string testName: "analyse_test" // all inspections are filed under it, the last one stays
     readonly property bool isLandscape: width > height
@@ -29,11 +29,15 @@ VantorComponents.Page {
     }
 
     function calculateFocusIndicatorColor(focusValue) {
-        return FocusGuidance.focusIndicatorColor(focusValue);
+        return FocusGuidance.focusIndicatorColor(focusValue, badFocusThreshold, mediumFocusThreshold);
+    }
+
+    function isSharpEnough() {
+        return fiberRealtimeAnalyser.focusValue > mediumFocusThreshold;
     }
 
     function analyse() {
-        if (!FocusGuidance.isSharpEnough(fiberRealtimeAnalyser.focusValue)) {
+        if (!isSharpEnough()) {
             showOutOfFocus();
             return;
         }
@@ -120,7 +124,7 @@ VantorComponents.Page {
         onCurrentFocusChanged: {
             if (!autoAnalyseButton.checked || currentFocus === -1)
                 return;
-            const step = FocusGuidance.sweepStep(autoAnalyseTracker, currentFocus, fiberRealtimeAnalyser.focusValue);
+            const step = FocusGuidance.sweepStep(autoAnalyseTracker, currentFocus, root.isSharpEnough());
             minFocus = step.minFocus;
             maxFocus = step.maxFocus;
             if (step.isCaptureDue) {
@@ -134,7 +138,7 @@ VantorComponents.Page {
         id: cameraPreview
 
         // Beside the form the preview cuts off as much on the left as the overlays expect.
-        readonly property real cutOff: -2 * FocusGuidance.claddingOffsetX
+        readonly property real cutOff: 2 * 22
         readonly property real besideForm: Math.min(Math.round(root.height * 4 / 3 - cutOff), Math.round(root.width * 0.55))
 
         width: root.isLandscape ? besideForm : root.width
@@ -146,11 +150,13 @@ VantorComponents.Page {
         Rectangle {
             id: claddingCircle
 
-            readonly property point place: FocusGuidance.claddingCirclePosition(
-                fiberRealtimeAnalyser.claddingPosition, cameraPreview.height, Qt.size(width, height))
+            function place() {
+                return FocusGuidance.claddingCirclePosition(fiberRealtimeAnalyser.claddingPosition, cameraPreview.height,
+                                                            Qt.size(width, height));
+            }
 
-            x: place.x
-            y: place.y
+            x: place().x
+            y: place().y
             width: 76
             height: width
             radius: width / 2

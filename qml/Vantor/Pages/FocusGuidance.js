@@ -2,24 +2,20 @@
 // What the inspection page decides and where it draws, as functions of what it knows.
 .pragma library
 
-// Focus value: below the first nothing can be seen, above the second an image may be captured.
-const badFocusThreshold = 1.0;
-const mediumFocusThreshold = 2.5;
-
 const frameHeight = 600; // pixels of the camera's frames, which the position of the cladding counts in
 
 // The preview fills its place by cropping; these offsets were found by trial on it, in its pixels.
 const claddingOffsetX = -22;
 const claddingOffsetY = 4;
 
-// Red, over yellow in the middle, to green.
-function focusIndicatorColor(focusValue) {
-    const share = focusValue / mediumFocusThreshold;
+// Red for a bad focus, over yellow at the medium one, to green.
+function focusIndicatorColor(focusValue, badFocus, mediumFocus) {
+    const share = focusValue / mediumFocus;
     var red = 255;
     var green = 255;
-    if (focusValue < badFocusThreshold) {
+    if (focusValue < badFocus) {
         green = 0;
-    } else if (focusValue < mediumFocusThreshold) {
+    } else if (focusValue < mediumFocus) {
         green = Math.floor(255 * share);
     } else {
         green = Math.floor(255 * share);
@@ -35,13 +31,9 @@ function claddingCirclePosition(claddingPosition, previewHeight, circleSize) {
                     claddingPosition.y * scale - circleSize.height / 2 + claddingOffsetY);
 }
 
-function isSharpEnough(focusValue) {
-    return focusValue > mediumFocusThreshold;
-}
-
 // One step of a sweep through the focus. The capture is due when the user has passed the best focus and is back at it.
 // Gives the sweep after the step.
-function sweepStep(sweep, currentFocus, focusValue) {
+function sweepStep(sweep, currentFocus, isSharpEnough) {
     if (currentFocus < sweep.minFocus)
         return { minFocus: currentFocus, maxFocus: sweep.maxFocus, isCaptureDue: false };
     if (currentFocus > sweep.maxFocus)
@@ -51,6 +43,6 @@ function sweepStep(sweep, currentFocus, focusValue) {
         minFocus: sweep.minFocus,
         maxFocus: sweep.maxFocus,
         isCaptureDue: Math.floor(currentFocus) === best && best !== Math.floor(sweep.minFocus)
-            && isSharpEnough(focusValue)
+            && isSharpEnough
     };
 }
