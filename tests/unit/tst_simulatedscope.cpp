@@ -147,7 +147,8 @@ private Q_SLOTS:
     {
         QVERIFY(SimulatedScope::faces().contains(SimulatedScope::emptyAdapter()));
         QVector<QImage> seen;
-        for (const QString &face : SimulatedScope::faces()) {
+        const QStringList faces = SimulatedScope::faces();
+        for (const QString &face : faces) {
             mScope->setFace(face);
             const QImage picture = settledPicture();
             QVERIFY(!seen.contains(picture));
@@ -193,8 +194,9 @@ private Q_SLOTS:
     void theCameraIsThereWhileItIsPlugged()
     {
         const auto names = [] {
+            const QList<QCameraInfo> cameras = QCameraInfo::availableCameras();
             QStringList found;
-            for (const QCameraInfo &info : QCameraInfo::availableCameras())
+            for (const QCameraInfo &info : cameras)
                 found << info.description();
             return found;
         };
