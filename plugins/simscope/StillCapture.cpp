@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "StillCapture.h"
+
+#include "SimulatedCamera.h"
+#include "SimulatedScope.h"
+
+#include <QImageWriter>
+#include <QSaveFile>
+#include <QTimer>
+
+namespace {
+constexpr int exposureMilliseconds = 40;
+constexpr int jpegQuality = 95;
+
+/// Empty when the whole picture is on the disk, else why not. Never leaves half of a picture.
+QString writeJpeg(const QImage &image, const QString &path)
+{
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    QImageWriter writer(&file, "jpeg");
+    writer.setQuality(jpegQuality);
+    if (!writer.write(image))
+        return writer.errorString();
+    return file.commit() ? QString() : file.errorString();
+}
+} // namespace
+
+StillCapture::StillCapture(SimulatedCamera *camera, QObject *parent)
+    : QCameraImageCaptureControl(parent)
+    , mCamera(camera)
+{
+    connect(
+        camera, &QCameraControl::statusChanged, this, [this] { Q_EMIT readyForCaptureChanged(isReadyForCapture()); });
+}
+
+bool StillCapture::isReadyForCapture() const
+{
+    return mCamera->isActive();
+}
+
+int StillCapture::capture(const QString &fileName)
+{
+    const int id = ++mLastId;
+    QTimer::singleShot(exposureMilliseconds, this, [this, id, fileName] { expose(id, fileName); });
+    return id;
+}
+
+void StillCapture::cancelCapture()
+{
+    mLastCancelledId = mLastId;
+}
+
+void StillCapture::expose(int id, const QString &path)
+{
+    if (id <= mLastCancelledId)
+        return;
+    const QImage picture = SimulatedScope::instance()->picture();
+    if (!mCamera->isActive() || picture.isNull()) {
+        Q_EMIT error(id, QCameraImageCapture::NotReadyError, QStringLiteral("The camera is not active"));
+        return;
+    }
+    Q_EMIT imageExposed(id);
+    Q_EMIT imageCaptured(id, picture);
+    const QString problem = writeJpeg(picture.convertToFormat(QImage::Format_RGB32), path);
+    if (problem.isEmpty())
+        Q_EMIT imageSaved(id, path);
+    else
+        Q_EMIT error(id, QCameraImageCapture::ResourceError, problem);
+}

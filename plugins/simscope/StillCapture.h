@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QCameraImageCaptureControl>
+
+class SimulatedCamera;
+
+/// Captures what the camera sees into JPEG files. The answer always comes after the request has returned its number.
+class StillCapture : public QCameraImageCaptureControl
+{
+    Q_OBJECT
+
+public:
+    explicit StillCapture(SimulatedCamera *camera, QObject *parent = nullptr);
+
+    bool isReadyForCapture() const override;
+    QCameraImageCapture::DriveMode driveMode() const override { return QCameraImageCapture::SingleImageCapture; }
+    void setDriveMode(QCameraImageCapture::DriveMode) override {}
+
+    int capture(const QString &fileName) override;
+    void cancelCapture() override;
+
+private:
+    void expose(int id, const QString &path);
+
+    SimulatedCamera *const mCamera;
+    int mLastId = 0;
+    int mLastCancelledId = 0;
+};

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.11
+import QtQuick.Controls 2.14 as Controls // has currentValue and valueRole, and lets nobody declare them again
+import QtQuick.Controls.Material 2.4
+import QtQuick.Window 2.11
+import "qrc:/Vantor/Style"
+import "../Utils/QmlModelUtils.js" as ModelUtils
+
+// A combo box whose rows have a text to show and a value to work with.
+Controls.ComboBox {
+    id: root
+
+    property bool modelIsStringList: false // then the text is the value
+
+    property real popupWidth: -1 // pixels; never less than the width of the combo box
+    property bool autoAdjustPopupWidth: false // sets popupWidth so that the longest text fits
+    property int popupTextLeftPadding: 16
+
+    property color delegateTextColor: "black"
+    property string specificItemHighlightRole: ""
+    property var specificItemHighlightValueToMatch: null
+    property color specificItemHighlightColor: "blue"
+
+    readonly property real windowWidth: Window.width > 0 ? Window.width : Infinity
+    readonly property real fittingPopupWidth: autoAdjustPopupWidth
+        ? Math.min(widestText(model, count, font) + 3 * popupTextLeftPadding, windowWidth) : -1
+
+    function setCurrentValue(value) {
+        const index = modelIsStringList ? find(value) : ModelUtils.indexOfWithRole(model, value, valueRole);
+        if (index === -1) {
+            console.warn("Value wasn't find: " + value);
+            return;
+        }
+        selectRow(index);
+    }
+
+    function setComboBoxFromRole(role, value) {
+        const index = ModelUtils.indexOfWithRole(model, value, role);
+        if (index === -1) {
+            console.warn("couldnt set combo. %1 not found".arg(value));
+            return;
+        }
+        selectRow(index);
+    }
+
+    function selectRow(index) {
+        // A model may have changed under the current row without a word; selecting anew reads the value again.
+        if (index === currentIndex && currentValue !== valueOfRow(index))
+            currentIndex = -1;
+        currentIndex = index;
+    }
+
+    function valueOfRow(index) {
+        return modelIsStringList ? textAt(index) : ModelUtils.getValue(model, index, valueRole);
+    }
+
+    // Painted width of the longest text. Only texts of equal length are measured against each other. The arguments are
+    // what the result depends on, for the binding's sake.
+    function widestText(model, count, font) {
+        var texts = [];
+        for (var i = 0; i < count; ++i) {
+            const text = textAt(i);
+            if (texts.length > 0 && text.length < texts[0].length)
+                continue;
+            if (texts.length > 0 && text.length > texts[0].length)
+                texts = [];
+            texts.push(text);
+        }
+        return texts.reduce(function(widest, text) {
+            return Math.max(widest, Math.ceil(metrics.advanceWidth(text)));
+        }, 0);
+    }
+
+    // Keeps the popup inside the window.
+    function placePopup() {
+        const left = mapToItem(null, 0, 0).x;
+        popup.x = Math.max(-left, Math.min(0, windowWidth - left - popup.width));
+    }
+
+    function isHighlightedRow(index) {
+        return specificItemHighlightRole !== ""
+            && ModelUtils.getValue(model, index, specificItemHighlightRole) === specificItemHighlightValueToMatch;
+    }
+
+    font.pixelSize: GlobalStyles.defaultComboBoxTextSize
+    Material.background: "white"
+
+    popup.width: Math.max(width, popupWidth)
+
+    delegate: Controls.ItemDelegate {
+        id: row
+
+        required property int index
+
+        width: root.popup.availableWidth
+        leftPadding: root.popupTextLeftPadding
+        text: root.textAt(row.index)
+        font: root.font
+        highlighted: root.highlightedIndex === row.index
+        Material.foreground: root.isHighlightedRow(row.index) ? root.specificItemHighlightColor : root.delegateTextColor
+    }
+
+    onFittingPopupWidthChanged: {
+        if (autoAdjustPopupWidth)
+            popupWidth = fittingPopupWidth;
+    }
+
+    Connections {
+        target: root.popup
+
+        function onAboutToShow() {
+            root.placePopup();
+        }
+    }
+
+    FontMetrics {
+        id: metrics
+
+        font: root.font
+    }
+}

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.11
+import "qrc:/Vantor/Components" as VantorComponents
+import "../Utils/ContextObjects.js" as ContextObjects
+
+// Waits for the analysis, then shows its verdict and its picture.
+VantorComponents.Page {
+    id: root
+
+    property int standardId: 0
+    property bool testPassed: false
+
+    function showResult(passed, resultFilePath) {
+        waiting.hide();
+        testPassed = passed;
+        verdict.visible = true;
+        resultImage.source = ""; // a later result may lie under the same name
+        resultImage.source = "file://" + resultFilePath;
+        tellVerdict();
+    }
+
+    function tellVerdict() {
+        const snackBar = ContextObjects.find("snackBar");
+        if (!snackBar)
+            return;
+        if (testPassed)
+            snackBar.showSuccess(qsTr("Connector test passed"));
+        else
+            snackBar.showError(qsTr("Connector test failed"));
+    }
+
+    Connections {
+        target: ContextObjects.find("fiberManager")
+
+        function onAnalyseFinished(passed, sourceFilePath, resultFilePath) {
+            root.showResult(passed, resultFilePath);
+        }
+
+        function onAnalyseFailed() {
+            waiting.hide();
+            console.error("analyse failed");
+        }
+    }
+
+    Image {
+        id: resultImage
+
+        width: parent.width
+        height: Math.min(width, parent.height) // in landscape the square does not fit
+        fillMode: Image.PreserveAspectFit
+        cache: false
+    }
+
+    Rectangle {
+        id: verdict
+
+        anchors.top: parent.top
+        anchors.right: parent.right
+        anchors.margins: 10
+        width: 40
+        height: 40
+        radius: 4
+        visible: false
+        color: root.testPassed ? "green" : "red"
+
+        Text {
+            anchors.centerIn: parent
+            text: root.testPassed ? "✓" : "X"
+            font.pixelSize: 24
+            color: "white"
+        }
+    }
+
+    VantorComponents.LoadingComponent {
+        id: waiting
+
+        text: qsTr("Processing image\n\nPlease wait\n\n")
+    }
+}

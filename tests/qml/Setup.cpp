@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Setup.h"
+
+#include "Expect.h"
+#include "FiberManager.h"
+#include "Keyboard.h"
+#include "Managers/CoreFiberInspectionManager.h"
+#include "NativeModel.h"
+#include "OrvelPage.h"
+#include "QmlResources.h"
+#include "SimulatedScope.h"
+#include "TestFiles.h"
+#include "WorkDir.h"
+
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQuickStyle>
+#include <QThread>
+#include <QtQml>
+
+#include <cstdio>
+
+namespace {
+// While a file is loaded no test is running yet that would report what the engine has to say.
+void reportOutsideOfTests(QtMsgType type, const QMessageLogContext &, const QString &text)
+{
+    const bool isFault = type != QtDebugMsg && type != QtInfoMsg;
+    std::fprintf(stdout, "%s: outside of a test: %s\n", isFault ? "QWARN  " : "QDEBUG ", qPrintable(text));
+    std::fflush(stdout);
+}
+} // namespace
+
+struct Setup::Application
+{
+    Application()
+    {
+        manager->moveToThread(&thread);
+        thread.start();
+        Q_EMIT manager->requestStart();
+    }
+    ~Application()
+    {
+        Q_EMIT manager->requestStop();
+        manager->deleteLater();
+        thread.quit();
+        thread.wait();
+    }
+    Application(const Application &) = delete;
+    Application &operator=(const Application &) = delete;
+
+    TemporaryWorkDir workDir;
+    QThread thread;
+    CoreFiberInspectionManager *const manager = new CoreFiberInspectionManager;
+    FiberManager fiberManager{manager};
+    TestFiles files{workDir.path()};
+};
+
+Setup::Setup()
+{
+    qInstallMessageHandler(&reportOutsideOfTests);
+}
+
+Setup::~Setup()
+{
+    qInstallMessageHandler(nullptr);
+}
+
+void Setup::applicationAvailable()
+{
+    QQuickStyle::setStyle(QStringLiteral("Material"));
+    initVantorQmlResources();
+    registerPageTypes();
+    mApplication = std::make_unique<Application>();
+}
+
+void Setup::qmlEngineAvailable(QQmlEngine *engine)
+{
+    qmlRegisterType<NativeModel>("VantorTest", 1, 0, "NativeModel");
+    qmlRegisterSingletonType<Expect>(
+        "VantorTest", 1, 0, "Expect", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Expect; });
+    qmlRegisterSingletonType<Keyboard>(
+        "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
+    engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
+    engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
+    engine->rootContext()->setContextProperty(QStringLiteral("files"), &mApplication->files);
+}
+
+void Setup::cleanupTestCase()
+{
+    mApplication.reset();
+}

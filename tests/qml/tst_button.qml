@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.11
+import QtQuick.Controls.Material 2.4
+import QtTest 1.12
+import "qrc:/Vantor/Controls" as VantorControls
+import "qrc:/Vantor/Style"
+
+Item {
+    width: 400
+    height: 300
+
+    Component {
+        id: buttonComponent
+
+        VantorControls.Button {}
+    }
+    Component {
+        id: iconComponent
+
+        VantorControls.FontAwesomeButton {}
+    }
+    Component {
+        id: nestedComponent
+
+        VantorControls.Button {
+            Item { // a child before the background
+                objectName: "decoration"
+            }
+        }
+    }
+    Component {
+        id: ownBackgroundComponent
+
+        VantorControls.Button {
+            background: Rectangle {
+                radius: 1
+            }
+        }
+    }
+    Component {
+        id: noBackgroundComponent
+
+        VantorControls.Button {
+            background: null
+        }
+    }
+
+    TestCase {
+        name: "Button"
+        when: windowShown
+
+        function test_isOfTouchSizeAndInTheColoursOfTheHouse() {
+            const button = createTemporaryObject(buttonComponent, this, { text: "Go on" });
+
+            compare(button.width, 155);
+            compare(button.height, 65);
+            verify(Qt.colorEqual(button.Material.background, "#17468F"));
+            verify(Qt.colorEqual(button.Material.foreground, "white"));
+            compare(button.font.pixelSize, 20);
+            compare(button.font.capitalization, Font.MixedCase);
+        }
+
+        function test_isPaintedInItsColour() {
+            const button = createTemporaryObject(buttonComponent, this, { text: "" });
+
+            const image = grabImage(button);
+
+            const middle = button.height / 2;
+            const top = button.background.y;
+            fuzzyCompare(image.pixel(20, middle), GlobalStyles.pending, 3);
+            fuzzyCompare(image.pixel(0, middle), GlobalStyles.pending, 3);
+            verify(image.red(0, top) > 100, "the corner is not rounded");
+        }
+
+        function test_roundsTheBackground_data() {
+            return [
+                { tag: "of the style", component: buttonComponent },
+                { tag: "behind another child", component: nestedComponent },
+                { tag: "of the user", component: ownBackgroundComponent },
+            ];
+        }
+        function test_roundsTheBackground(row) {
+            const button = createTemporaryObject(row.component, this);
+
+            compare(button.roundedCornerAmount, 7);
+            compare(button.background.radius, 7);
+            button.roundedCornerAmount = 12;
+            compare(button.background.radius, 12);
+        }
+
+        function test_leavesTheCornersToTheStyleAtZero_data() {
+            return [
+                { tag: "of the style", component: buttonComponent, radius: 2 },
+                { tag: "of the user", component: ownBackgroundComponent, radius: 1 },
+            ];
+        }
+        function test_leavesTheCornersToTheStyleAtZero(row) {
+            const button = createTemporaryObject(row.component, this);
+
+            button.roundedCornerAmount = 0;
+            compare(button.background.radius, row.radius);
+            button.roundedCornerAmount = 5;
+            compare(button.background.radius, 5);
+            const plain = createTemporaryObject(row.component, this, { roundedCornerAmount: 0 });
+            compare(plain.background.radius, row.radius);
+        }
+
+        function test_livesWithoutABackground() {
+            const button = createTemporaryObject(noBackgroundComponent, this);
+
+            compare(button.roundedItem, null);
+        }
+
+        function test_followsABackgroundThatIsReplaced() {
+            const button = createTemporaryObject(buttonComponent, this);
+
+            button.background = Qt.createQmlObject("import QtQuick 2.11; Rectangle { radius: 3 }", button);
+
+            compare(button.background.radius, 7);
+        }
+
+        function test_iconsAreHalfAsHighAsTheButton() {
+            const button = createTemporaryObject(iconComponent, this, { text: "x" });
+
+            compare(button.font.family, "Font Awesome 5 Pro");
+            compare(button.iconSize, 32.5);
+            compare(button.font.pixelSize, 33);
+            button.height = 100;
+            compare(button.iconSize, 50);
+            compare(button.font.pixelSize, 50);
+            button.iconSize = 24;
+            compare(button.font.pixelSize, 24);
+        }
+    }
+}

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: Apache-2.0
+import FiberInspection 1.0
+import QtMultimedia 5.4
+import QtQuick 2.11
+import QtTest 1.12
+import VantorTest 1.0
+import "Items.js" as Items
+import "qrc:/Vantor/Components" as VantorComponents
+
+Item {
+    id: scene
+
+    width: 400
+    height: 300
+
+    Component {
+        id: previewComponent
+
+        VantorComponents.CameraPreview {
+            property int failures: 0
+            property var previews: []
+            property int saved: 0
+
+            anchors.fill: parent
+            onInitializeFailed: ++failures
+            onImageCaptured: previews.push(preview)
+            onImageSaved: ++saved
+        }
+    }
+    Component {
+        id: filteredComponent
+
+        VantorComponents.CameraPreview {
+            property alias focusValue: analyser.focusValue
+
+            anchors.fill: parent
+            videoOutput.filters: ready ? [analyser] : []
+
+            FiberRealtimeAnalyser {
+                id: analyser
+            }
+        }
+    }
+
+    TestCase {
+        name: "CameraPreview"
+        when: windowShown
+
+        function create(properties) {
+            return createTemporaryObject(previewComponent, scene, properties || {});
+        }
+
+        function createReady() {
+            const preview = create();
+            tryCompare(preview, "ready", true);
+            return preview;
+        }
+
+        function expectCaptureFailure(reason) {
+            ignoreWarning("QCameraImageCapture error: \"" + reason + "\""); // of the framework
+            Expect.debug("Image capture failed: " + reason);
+        }
+
+        function init() {
+            simulatedScope.isPlugged = true;
+            simulatedScope.face = "clean";
+            simulatedScope.focus = 0;
+        }
+
+        function test_itIsCoveredUntilTheCameraIsReady() {
+            const preview = create();
+            const cover = Items.byText(preview, "Initializing camera");
+            verify(!preview.ready);
+            verify(cover.visible);
+
+            tryCompare(preview, "ready", true);
+
+            verify(!cover.visible);
+            compare(preview.failures, 0);
+        }
+
+        function test_aPartOfTheNameWillDo_data() {
+            return [
+                { tag: "nothing", name: "", isFound: true },
+                { tag: "all", name: "ODM Scope 2", isFound: true },
+                { tag: "a part", name: "Scope", isFound: true },
+                { tag: "another camera", name: "Webcam", isFound: false },
+                { tag: "more than the name", name: "ODM Scope 2 ODM Scope 2", isFound: false },
+            ];
+        }
+        function test_aPartOfTheNameWillDo(row) {
+            const preview = create({ deviceName: row.name });
+
+            compare(preview.failures, row.isFound ? 0 : 1);
+            if (row.isFound) {
+                tryCompare(preview, "ready", true);
+            } else {
+                wait(300);
+                verify(!preview.ready);
+            }
+        }
+
+        function test_ofSeveralCamerasTheLastWithTheNameIsTaken_data() {
+            const cameras = ["Built-in", "ODM Scope 2: ODM Scope 2", "ODM Scope 2: metadata", "Other"].map(
+                function(name, i) { return { deviceId: "/dev/video" + i, displayName: name }; });
+            return [
+                { tag: "by name", name: "ODM Scope 2", cameras: cameras, id: "/dev/video2" },
+                { tag: "the first one", name: "Built", cameras: cameras, id: "/dev/video0" },
+                { tag: "no name", name: "", cameras: cameras, id: "/dev/video3" },
+                { tag: "another name", name: "odm", cameras: cameras, id: null },
+                { tag: "no camera", name: "", cameras: [], id: null },
+            ];
+        }
+        function test_ofSeveralCamerasTheLastWithTheNameIsTaken(row) {
+            const preview = create();
+            preview.deviceName = row.name;
+
+            const found = preview.findCamera(row.cameras);
+
+            compare(found ? found.deviceId : null, row.id);
+        }
+
+        function test_withoutACameraTheInitialisationFails() {
+            simulatedScope.isPlugged = false;
+
+            const preview = create();
+
+            compare(preview.failures, 1);
+            verify(!preview.ready);
+        }
+
+        function test_theOutputFillsTheItem() {
+            const preview = createReady();
+
+            compare(preview.videoOutput.width, 400);
+            compare(preview.videoOutput.height, 300);
+            compare(preview.videoOutput.fillMode, VideoOutput.PreserveAspectCrop);
+            compare(preview.videoOutput.orientation, 0);
+            compare(preview.videoOutput.autoOrientation, false);
+        }
+
+        function test_thePictureIsThatOfTheScope() {
+            const preview = createReady();
+
+            // The ferrule around the fibre is brighter than its cladding.
+            tryVerify(function() {
+                const image = grabImage(preview);
+                return image.red(20, 20) > 150 && image.red(206, 120) > 90 && image.red(206, 120) < 150;
+            });
+        }
+
+        function test_aStillIsSavedWhereItIsWanted() {
+            const preview = createReady();
+            const path = files.path("tmp/still one.jpg");
+            tryVerify(simulatedScope.isSettled);
+
+            preview.captureImageToFile(path);
+
+            tryCompare(preview, "saved", 1);
+            compare(preview.previews.length, 1);
+            compare(files.sizeOf(path), Qt.size(800, 600));
+        }
+
+        function test_aStillThatCannotBeSavedIsTold() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled);
+            expectCaptureFailure("No such file or directory");
+
+            preview.captureImageToFile(files.path("no/such/folder.jpg"));
+
+            wait(300);
+            compare(preview.saved, 0);
+        }
+
+        function test_aFilterSeesTheFrames() {
+            const preview = createTemporaryObject(filteredComponent, scene);
+            compare(preview.focusValue, -1);
+
+            tryVerify(function() { return preview.focusValue > 2.5; });
+            simulatedScope.focus = 1;
+            tryVerify(function() { return preview.focusValue < 1; });
+        }
+
+        function test_itStopsAndStarts() {
+            const preview = createReady();
+
+            preview.stop();
+            tryCompare(preview, "ready", false);
+            preview.start();
+            tryCompare(preview, "ready", true);
+        }
+
+        function test_unpluggingEndsThePreviewAndPluggingInAllowsANewOne() {
+            const preview = createReady();
+
+            simulatedScope.isPlugged = false;
+            compare(preview.ready, false);
+            verify(Items.byText(preview, "Initializing camera").visible);
+
+            simulatedScope.isPlugged = true;
+            preview.start();
+            tryCompare(preview, "ready", true);
+        }
+
+        function test_unpluggingDuringACaptureEndsItWithoutAnImage() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled);
+            const path = files.path("tmp/cut off.jpg");
+            expectCaptureFailure("The camera is not active");
+
+            preview.captureImageToFile(path);
+            simulatedScope.isPlugged = false;
+
+            wait(300);
+            compare(preview.saved, 0);
+            verify(!files.exists(path));
+        }
+    }
+}
