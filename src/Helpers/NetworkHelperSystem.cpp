@@ -23,6 +23,7 @@ namespace {
 constexpr quint32 commandTimeout = 3000; // milliseconds, as the following
 constexpr int lockTimeout = 3000;
 constexpr unsigned long lockPoll = 10;
+constexpr qint64 maxServersSize = 1048576; // bytes of a list of name servers
 
 /// The files have fixed names, so there is one writer at a time: of our threads, of all programs, and of the DHCP
 /// client's hook. A writer that does not end, or no right to lock, is no reason to leave the unit without a network.
@@ -109,19 +110,15 @@ bool copyServers(const QString &path)
     QFile file;
     if (!QFile::exists(servers))
         return FileAccess::createNew(path, &file);
-    return FileAccess::openRegular(servers, &file) && FileAccess::copyToNew(&file, path);
+    return FileAccess::openRegular(servers, &file) && file.size() <= maxServersSize
+        && FileAccess::copyToNew(&file, path);
 }
 
 bool appendServers(const QString &path, const ResolverFile::Entries &wanted)
 {
-    constexpr qint64 maxSize = 1048576; // bytes
     QFile file;
     if (!copyServers(path) || !FileAccess::openForUpdate(path, &file)) {
         qWarning().noquote() << QStringLiteral("Failed to open %1 for reading").arg(path);
-        return false;
-    }
-    if (file.size() > maxSize) {
-        qWarning().noquote() << QStringLiteral("%1 is too large").arg(path);
         return false;
     }
     const QByteArray missing = ResolverFile::missingLines(file.readAll(), wanted);
