@@ -96,6 +96,14 @@ private_headers_stay_at_home() {
     [[ -z $strays ]]
 }
 package_files=("$(dirname "$library")/cmake/VantorBase" "$PKG_CONFIG_PATH")
+# They are sourced, so nobody needs to execute them, but everybody may read them.
+hooks_are_plain_files() {
+    local hooks
+    hooks=$(find "$prefix" -type f -name 'ipdetails*' -perm 644 -printf '%f ')
+    echo "$hooks"
+    [[ $hooks == *'ipdetails '* && $hooks == *'ipdetails-enter '* ]]
+}
+check "the hooks of dhclient are plain files" hooks_are_plain_files
 check "private headers stay at home" private_headers_stay_at_home
 check "no installed header mentions OpenCV" absent -e opencv -e cv:: "$headers"
 check "no package file asks for OpenCV" absent opencv "${package_files[@]}"

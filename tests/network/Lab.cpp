@@ -10,12 +10,7 @@ namespace Lab {
 
 bool isHere()
 {
-    return qEnvironmentVariableIsSet("VANTOR_LAB_UID") && QFileInfo(QStringLiteral("/run/checkout/vantor")).isFile();
-}
-
-bool isStartedByRoot()
-{
-    return qgetenv("VANTOR_LAB_UID") == "0";
+    return qEnvironmentVariableIsSet("VANTOR_LAB") && QFileInfo(QStringLiteral("/run/checkout/vantor")).isFile();
 }
 
 Run shell(const QString &line)

@@ -14,7 +14,6 @@ namespace Lab {
 constexpr int patience = 20000; // milliseconds
 
 bool isHere(); ///< false on the machine that the tests must leave alone
-bool isStartedByRoot();
 
 struct Run
 {

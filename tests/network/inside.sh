@@ -31,7 +31,7 @@ enter() {
         [[ -n $(PATH=$PATH:/sbin:/usr/sbin type -P "$program") ]] || unavailable "there is no $program"
     done
     can_unshare "${flags[@]}"
-    VANTOR_LAB_UID=$EUID exec unshare "${flags[@]}" "$self" --inside "$@"
+    VANTOR_LAB=inside exec unshare "${flags[@]}" "$self" --inside "$@"
 }
 
 # as_user PROGRAM...: the checkout may lie where only root can look, so the user gets it under /mnt

@@ -11,14 +11,14 @@
 #include <QtTest>
 
 namespace {
-const QByteArray configV4 = "option rfc3442-classless-static-routes code 121 = array of unsigned integer 8;\n"
+constexpr char configV4[] = "option rfc3442-classless-static-routes code 121 = array of unsigned integer 8;\n"
                             "send host-name = gethostname();\n"
                             "request subnet-mask, broadcast-address, time-offset, routers,\n"
                             "\tdomain-name, domain-name-servers, domain-search, host-name,\n"
                             "\tnetbios-name-servers, netbios-scope, interface-mtu,\n"
                             "\trfc3442-classless-static-routes, ntp-servers;\n"
                             "timeout 20;\n";
-const QByteArray configV6 = "option rfc3442-classless-static-routes code 121 = array of unsigned integer 8;\n"
+constexpr char configV6[] = "option rfc3442-classless-static-routes code 121 = array of unsigned integer 8;\n"
                             "send host-name = gethostname();\n"
                             "request subnet-mask, broadcast-address, time-offset, routers,\n"
                             "\tdomain-name, domain-name-servers, domain-search, host-name,\n"
@@ -116,11 +116,11 @@ private Q_SLOTS:
         QString fileName;
         QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
         QCOMPARE(fileName, QStringLiteral("/tmp/dhclient.conf"));
-        QCOMPARE(Lab::read(fileName), configV4);
+        QCOMPARE(Lab::read(fileName), QByteArray(configV4));
 
         QVERIFY(NetworkHelper::createDhcpClientConfig(4294967295, true, fileName));
         QCOMPARE(fileName, QStringLiteral("/tmp/dhclient6.conf"));
-        QCOMPARE(Lab::read(fileName), configV6);
+        QCOMPARE(Lab::read(fileName), QByteArray(configV6));
     }
 
     void aConfigurationTakesThePlaceOfALink()
@@ -134,7 +134,7 @@ private Q_SLOTS:
         QVERIFY(NetworkHelper::createDhcpClientConfig(20, true, fileName));
 
         QCOMPARE(Lab::read(QStringLiteral("/etc/precious")), QByteArray("precious"));
-        QCOMPARE(Lab::read(QStringLiteral("/tmp/dhclient.conf")), configV4);
+        QCOMPARE(Lab::read(QStringLiteral("/tmp/dhclient.conf")), QByteArray(configV4));
         QVERIFY(QFileInfo(fileName).isFile());
     }
 

@@ -19,9 +19,9 @@ const QString hookTarget = QStringLiteral("/opt/tester/scripts/ipdetails");
 const QString servers = QStringLiteral("/etc/resolv.dmasq");
 const QString peer = QStringLiteral("10.20.0.1");
 
-const QByteArray serverConfig =
+constexpr char serverConfig[] =
     "listen-address=127.0.0.1\ninterface=lo\nbind-interfaces\nresolv-file=/etc/resolv.dmasq\n";
-const QByteArray resolverConfig = "nameserver ::1\nnameserver 127.0.0.1\n";
+constexpr char resolverConfig[] = "nameserver ::1\nnameserver 127.0.0.1\n";
 
 bool update(const QString &primary, const QString &secondary = {}, const QString &domain = {})
 {
@@ -96,8 +96,8 @@ private Q_SLOTS:
         NetworkHelper::configureSystem();
 
         QCOMPARE(QFile::symLinkTarget(exitHook), hookTarget);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray(serverConfig));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
         QCOMPARE(Lab::read(QStringLiteral("/run/systemctl.log")), QByteArray("restart dnsmasq\n"));
         QCOMPARE(QDir(QStringLiteral("/tmp")).entryList(QDir::Files), QStringList());
         QCOMPARE(log.asText(), // of success
@@ -118,7 +118,7 @@ private Q_SLOTS:
 
         QCOMPARE(log.lines().size(), before);
         QCOMPARE(QFileInfo(exitHook).metadataChangeTime(), linked);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
         QCOMPARE(restarts(), 2);
     }
 
@@ -141,10 +141,10 @@ private Q_SLOTS:
         NetworkHelper::configureSystem();
 
         QVERIFY(!QFileInfo(exitHook).isSymLink());
-        QVERIFY(log.warnings().contains(
+        QVERIFY(log.texts(QtWarningMsg).contains(
             QStringLiteral("ln -sf /opt/tester/scripts/ipdetails /etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
-        QVERIFY(log.warnings().filter(QStringLiteral("symlink to")).isEmpty());
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QVERIFY(log.texts(QtWarningMsg).filter(QStringLiteral("symlink to")).isEmpty());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
     }
 
     void allMayReadWhatIsConfigured()
@@ -174,8 +174,8 @@ private Q_SLOTS:
 
         QVERIFY(isNothingFollowed());
         QVERIFY(!QFileInfo(QStringLiteral("/etc/resolv.conf")).isSymLink());
-        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray(serverConfig));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
     }
 
     void theFirstFileThatCannotBeOpenedEndsTheConfiguration()
@@ -185,7 +185,7 @@ private Q_SLOTS:
 
         NetworkHelper::configureSystem();
 
-        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/dnsmasq.conf for writing"));
+        QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to open /tmp/dnsmasq.conf for writing"));
         QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
         QCOMPARE(restarts(), 0);
     }
@@ -197,8 +197,8 @@ private Q_SLOTS:
 
         NetworkHelper::configureSystem();
 
-        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to open /tmp/resolv.conf for writing"));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), serverConfig);
+        QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to open /tmp/resolv.conf for writing"));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray(serverConfig));
         QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
         QCOMPARE(restarts(), 0);
     }
@@ -241,7 +241,7 @@ private Q_SLOTS:
 
         NetworkHelper::configureSystem();
 
-        QCOMPARE(log.warnings().last(), QStringLiteral("Failed to restart dnsmasq; name service may not work!"));
+        QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to restart dnsmasq; name service may not work!"));
         QVERIFY(!update(peer));
     }
 
@@ -272,7 +272,7 @@ private Q_SLOTS:
 
         QTRY_COMPARE_WITH_TIMEOUT(
             lookUp(QStringLiteral("board.lab")), QByteArray("10.20.0.77 fd00:20::77 "), Lab::patience);
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), resolverConfig);
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
         QCOMPARE(restarts(), 2); // of the configuration and of the new file
 
         QVERIFY(Lab::succeeds(QStringLiteral("dhclient -4 -r -lf /run/d0.leases -pf /run/d0.pid d0; "

@@ -9,13 +9,12 @@
 #include <memory>
 
 namespace {
-const QStringList names{QStringLiteral("address"), QStringLiteral("netmask"), QStringLiteral("gateway"),
-    QStringLiteral("primaryDNS"), QStringLiteral("secondaryDNS"), QStringLiteral("domain")};
+constexpr const char *names[] = {"address", "netmask", "gateway", "primaryDNS", "secondaryDNS", "domain"};
 
 void fill(IPDetails *details)
 {
-    for (const QString &name : names)
-        details->setProperty(qPrintable(name), QStringLiteral("the ") + name);
+    for (const char *name : names)
+        details->setProperty(name, QStringLiteral("the %1").arg(QLatin1String(name)));
 }
 
 QVector<bool> dirtyFlags(const IPDetails &details)
@@ -30,9 +29,9 @@ class Changes
 public:
     explicit Changes(IPDetails *details)
     {
-        for (const QString &name : names) {
+        for (const char *name : names) {
             const QMetaProperty property =
-                details->metaObject()->property(details->metaObject()->indexOfProperty(qPrintable(name)));
+                details->metaObject()->property(details->metaObject()->indexOfProperty(name));
             mSpies.push_back(std::make_unique<QSignalSpy>(details, property.notifySignal()));
         }
     }
@@ -58,16 +57,18 @@ private Q_SLOTS:
     {
         QStringList properties;
         QStringList signalNames;
-        for (const QString &name : names) {
-            properties << QStringLiteral("QString %1 read write notify %1_changed").arg(name);
-            signalNames << QStringLiteral("signal %1_changed(QString value)").arg(name);
+        QStringList expectedNames;
+        for (const char *name : names) {
+            properties << QStringLiteral("QString %1 read write notify %1_changed").arg(QLatin1String(name));
+            signalNames << QStringLiteral("signal %1_changed(QString value)").arg(QLatin1String(name));
+            expectedNames << QString::fromUtf8(name);
         }
 
         QCOMPARE(MetaText::ofProperties(IPDetails::staticMetaObject), properties);
         QCOMPARE(MetaText::ofMethods(IPDetails::staticMetaObject), signalNames);
         QCOMPARE((QStringList{IPDetails::address_name(), IPDetails::netmask_name(), IPDetails::gateway_name(),
                      IPDetails::primaryDNS_name(), IPDetails::secondaryDNS_name(), IPDetails::domain_name()}),
-            names);
+            expectedNames);
     }
 
     void aFreshRecordIsEmptyAndClean()
@@ -75,8 +76,8 @@ private Q_SLOTS:
         QObject parent;
         const auto *const details = new IPDetails(&parent);
 
-        for (const QString &name : names)
-            QCOMPARE(details->property(qPrintable(name)).toString(), QString());
+        for (const char *name : names)
+            QCOMPARE(details->property(name).toString(), QString());
         QCOMPARE(dirtyFlags(*details), QVector<bool>(6, false));
         QCOMPARE(details->parent(), &parent);
     }
@@ -101,8 +102,8 @@ private Q_SLOTS:
     void equalIsWhatHasTheSameSixValues_data()
     {
         QTest::addColumn<QString>("different");
-        for (const QString &name : names)
-            QTest::newRow(qPrintable(name)) << name;
+        for (const char *name : names)
+            QTest::newRow(name) << QString::fromUtf8(name);
     }
 
     void equalIsWhatHasTheSameSixValues()

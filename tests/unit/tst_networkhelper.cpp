@@ -59,7 +59,8 @@ void addRefusedNames()
     QTest::addColumn<QString>("name");
     for (const char *name : {"", ".", "..", "../x", "a/b", "eth 0", "eth0\n", "\n", "$(id)", "eth0;id", "%2", "-f", "é",
              "sixteen-letters0", "\"", "eth0'"})
-        QTest::newRow(name) << QString::fromUtf8(name);
+        QTest::newRow(qPrintable(QString::fromUtf8(name).replace(QLatin1Char('\n'), QLatin1String("\\n"))))
+            << QString::fromUtf8(name);
 }
 } // namespace
 
@@ -340,7 +341,7 @@ private Q_SLOTS:
 
         QCOMPARE(NetworkHelper::getIPv6LinkLocalInterfaceName(found), name != untouched);
         QCOMPARE(found, name);
-        QVERIFY(log.debugs().first().startsWith(QLatin1String("line =  \"")));
+        QVERIFY(log.debugs().constFirst().startsWith(QLatin1String("line =  \"")));
     }
 
     void theMacAddressIsThatOfTheLinkLayer()
@@ -637,7 +638,7 @@ private Q_SLOTS:
         QVERIFY(!NetworkHelper::updateSystemDNSServers(primary, secondary, domain));
 
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().startsWith(QLatin1String("Not name servers and a domain: ")));
+        QVERIFY(log.warnings().constFirst().startsWith(QLatin1String("Not name servers and a domain: ")));
     }
 };
 

@@ -451,7 +451,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         for (const char *name : {"", "a;b", "$(touch x)", "a b", "a\"b", "`x`", "a\nb", "a|b", "-x", "ü", "%1", "a\n"})
-            QTest::newRow(name) << QString::fromUtf8(name);
+            QTest::newRow(qPrintable(QString::fromUtf8(name).replace(QLatin1Char('\n'), QLatin1String("\\n"))))
+                << QString::fromUtf8(name);
     }
 
     void aProcessNameIsNoShellSyntax()
@@ -464,7 +465,7 @@ private Q_SLOTS:
         QVERIFY(!SystemHelper::alterProcessPriority(name, 5));
 
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().startsWith(QLatin1String("Not the name of a process: ")));
+        QVERIFY(log.warnings().constFirst().startsWith(QLatin1String("Not the name of a process: ")));
         QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("not run"));
     }
 
@@ -769,7 +770,7 @@ private Q_SLOTS:
         QVERIFY(!SystemHelper::compressFile(sources, target));
 
         QCOMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().startsWith(QLatin1String("tar would take a name for an option: ")));
+        QVERIFY(log.warnings().constFirst().startsWith(QLatin1String("tar would take a name for an option: ")));
         QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
     }
 
