@@ -85,10 +85,11 @@ public:
     /// Whether packets have been dropped at both ends.
     bool hasLost()
     {
-        const QString shell = QStringLiteral("sh");
-        const QStringList look{QStringLiteral("-c"), QStringLiteral("! nft list ruleset | grep -q 'packets 0 '")};
-        return OwnNetwork::run(shell, look, &mProblem)
-            && OwnNetwork::run(enterFar().first(), enterFar().mid(1) + QStringList{shell} + look, &mProblem);
+        const QStringList look{
+            QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("! nft list ruleset | grep -q 'packets 0 '")};
+        const QStringList lookThere = enterFar() + look;
+        return OwnNetwork::run(look.first(), look.mid(1), &mProblem)
+            && OwnNetwork::run(lookThere.first(), lookThere.mid(1), &mProblem);
     }
     bool loseNothing()
     {
