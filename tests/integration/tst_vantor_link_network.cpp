@@ -42,8 +42,6 @@ public:
 
     bool plugIn(QString *problem)
     {
-        if (!OwnNetwork::enter(problem))
-            return false;
         mHolder.start(
             QStringLiteral("unshare"), {QStringLiteral("--net"), QStringLiteral("cat")}); // ends with its stdin
         if (!mHolder.waitForStarted() || !waitForOtherNetwork()) {
@@ -134,11 +132,18 @@ class TestVantorLinkNetwork : public QObject
 {
     Q_OBJECT
 
+public:
+    /// @param problem why there is no network of its own; empty when there is one
+    explicit TestVantorLinkNetwork(const QString &problem)
+        : mProblem(problem)
+    {
+    }
+
 private Q_SLOTS:
     void initTestCase()
     {
-        QString problem;
-        mHasCable = mCable.plugIn(&problem);
+        QString problem = mProblem;
+        mHasCable = problem.isEmpty() && mCable.plugIn(&problem);
         if (mHasCable)
             return;
         if (qgetenv("CI") == "true")
@@ -234,9 +239,18 @@ private:
     static constexpr int usualRetries = 15;
     static constexpr int fewRetries = 3; // a connection is given up after some 3 seconds
 
+    const QString mProblem;
     Cable mCable;
     bool mHasCable = false;
 };
 
-QTEST_GUILESS_MAIN(TestVantorLinkNetwork)
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QString problem;
+    OwnNetwork::enter(&problem); // here, before Qt Test starts a thread
+    TestVantorLinkNetwork test(problem);
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_vantor_link_network.moc"
