@@ -40,6 +40,7 @@ public:
         mHolder.waitForFinished();
     }
 
+    /// Packets have the size of a real cable's, so that there are many that can be lost.
     bool plugIn(QString *problem)
     {
         mHolder.start(
@@ -51,9 +52,10 @@ public:
         const QString pid = QString::number(mHolder.processId());
         return near(QStringLiteral("ip link add near type veth peer name far netns ") + pid, problem)
             && near(QStringLiteral("ip addr add ") + nearAddress + QStringLiteral("/24 dev near"), problem)
-            && near(QStringLiteral("ip link set near up"), problem)
+            && near(QStringLiteral("ip link set near up gso_max_segs 1"), problem)
             && far(QStringLiteral("ip addr add ") + farAddress + QStringLiteral("/24 dev far"), problem)
-            && far(QStringLiteral("ip link set far up"), problem) && near(QStringLiteral("nft list ruleset"), problem);
+            && far(QStringLiteral("ip link set far up gso_max_segs 1"), problem)
+            && near(QStringLiteral("nft list ruleset"), problem);
     }
 
     QStringList enterFar() const
