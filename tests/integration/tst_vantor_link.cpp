@@ -104,12 +104,7 @@ class TestVantorLink : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        QString problem; // the machine's own loopback serves as well
-        OwnNetwork::enter(&problem);
-        QVERIFY(mFolder.isValid());
-    }
+    void initTestCase() { QVERIFY(mFolder.isValid()); }
 
     void init() { mPort = Loopback::freePort(); }
 
@@ -704,5 +699,13 @@ private:
     int mPort = 0;
 };
 
-QTEST_GUILESS_MAIN(TestVantorLink)
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QString problem; // the machine's own loopback serves as well
+    OwnNetwork::enter(&problem); // here, before Qt Test starts a thread
+    TestVantorLink test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_vantor_link.moc"

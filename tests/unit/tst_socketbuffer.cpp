@@ -5,6 +5,7 @@
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QBuffer>
 #include <QElapsedTimer>
 #include <QtTest>
 
@@ -129,6 +130,28 @@ class TestSocketBuffer : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void aDeviceIsReadPieceByPiece()
+    {
+        const QByteArray large = '{' + QByteArray(3 * 1024 * 1024, 'x') + '}';
+        QByteArray stream = Loopback::frame(1) + Loopback::frame(large) + Loopback::frame(2) + "18{";
+        QBuffer device(&stream);
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        const LogCapture log;
+        SocketBuffer buffer;
+
+        Bytes payloads;
+        int pieces = 0;
+        for (; buffer.readFrom(device); ++pieces)
+            payloads += drained(buffer);
+        buffer.append(Loopback::payload(3).mid(1));
+        payloads += drained(buffer);
+
+        QVERIFY(payloads == (Bytes{Loopback::payload(1), large, Loopback::payload(2), Loopback::payload(3)}));
+        QVERIFY2(pieces > 1, "all at once");
+        QVERIFY(!buffer.readFrom(device));
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
     void payloadsComeInTheirOrder()
     {
         const LogCapture log;

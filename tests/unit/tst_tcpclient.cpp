@@ -461,10 +461,12 @@ private Q_SLOTS:
         mSocket->setReadBufferSize(1);
         const LogCapture log;
         const LargeMessage large;
+        QCOMPARE(client.bytesToWrite(), qint64(0));
 
         for (int i = 0; i < 40; ++i)
             Q_EMIT client.send(large);
 
+        QVERIFY(client.bytesToWrite() > 0);
         QCOMPARE(log.asText().size(), 1);
         QVERIFY2(
             log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),

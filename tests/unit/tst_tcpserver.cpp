@@ -322,6 +322,7 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), unconnected());
 
         TcpServer never;
+        QCOMPARE(never.bytesToWrite(), qint64(0));
         log.clear();
         Q_EMIT never.send(AbstractTcpMessage());
         QCOMPARE(log.asText(), unconnected());
@@ -346,10 +347,12 @@ private Q_SLOTS:
         mFirst->setReadBufferSize(1);
         const LogCapture log;
         const LargeMessage large;
+        QCOMPARE(mServer->bytesToWrite(), qint64(0));
 
         for (int i = 0; i < 40; ++i)
             Q_EMIT mServer->send(large);
 
+        QVERIFY(mServer->bytesToWrite() > 0);
         QCOMPARE(log.asText().size(), 1);
         QVERIFY2(
             log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),

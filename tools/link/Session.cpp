@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Session.h"
 
-#include "ExitCode.h"
 #include "Payload.h"
 #include "StopSignals.h"
 #include "Tcp/TcpProtocolParser.h"
@@ -19,8 +18,8 @@ namespace Link {
 
 namespace {
 constexpr int mostOutputKept = 64 * 1024; // bytes
-constexpr qint64 mostInputWaiting = 1024 * 1024; // bytes that the peer has not read
-constexpr qint64 mostAnswersWaiting = 64 * 1024 * 1024; // bytes; they cannot wait on stdin
+constexpr qint64 mostInputWaiting = 1024LL * 1024; // bytes that the peer has not read
+constexpr qint64 mostAnswersWaiting = 64LL * 1024 * 1024; // bytes; they cannot wait on stdin
 constexpr int passInterval = 5; // milliseconds
 constexpr int statsInterval = 1000; // milliseconds
 } // namespace
@@ -34,7 +33,6 @@ Session::Session(const Options &options, Tools::StopSignals *signals)
     , mIsForPerson(Tools::Terminal::isTerminal(STDOUT_FILENO))
     , mInputNotifier(STDIN_FILENO, QSocketNotifier::Read)
     , mSignalNotifier(signals->fileDescriptor(), QSocketNotifier::Read)
-    , mExitCode(AllSent)
 {
     mInputNotifier.setEnabled(false);
     connect(&mInputNotifier, &QSocketNotifier::activated, this, [this] {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Endpoint.h"
+#include "ExitCode.h"
 #include "LineReader.h"
 #include "StandardOutput.h"
 #include "Traffic.h"
@@ -54,7 +55,7 @@ private:
     QTimer mLingerTimer;
     bool mIsDroppingAnswers = false;
     bool mIsEnding = false;
-    int mExitCode;
+    int mExitCode = AllSent;
 };
 
 } // namespace Link
