@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(frame.bytesPerLine(), 800);
         QCOMPARE(frame.mappedBytes(), 720000);
         QCOMPARE(frame.planeCount(), 2);
-        QCOMPARE(static_cast<int>(frame.bits()[800 * 600]), 0x80);
+        QCOMPARE(static_cast<int>(frame.bits()[std::size_t(800) * 600]), 0x80);
         frame.unmap();
     }
 
@@ -106,7 +106,7 @@ private Q_SLOTS:
 
         QCOMPARE(picture.size(), QSize(800, 600));
         for (int y = 0; y < 600; ++y)
-            QCOMPARE(std::memcmp(picture.constScanLine(y), bytes.constData() + y * 800, 800), 0);
+            QCOMPARE(std::memcmp(picture.constScanLine(y), bytes.constData() + std::ptrdiff_t(800) * y, 800), 0);
     }
 
     void neighbouringFramesDifferInTheirNoise()
