@@ -508,6 +508,7 @@ private Q_SLOTS:
         constexpr int count = 8;
         const LogCapture log;
         std::vector<std::thread> threads;
+        threads.reserve(count);
         std::atomic<int> updated{0};
         for (int i = 0; i < count; ++i)
             threads.emplace_back([&updated, i] { updated += update(QStringLiteral("10.0.0.%1").arg(i)); });

@@ -44,8 +44,11 @@ sockaddr_ll linkAddress(unsigned char length)
     sockaddr_ll link = {};
     link.sll_family = AF_PACKET;
     link.sll_halen = length;
-    for (unsigned char i = 0; i < sizeof link.sll_addr; ++i)
-        link.sll_addr[i] = static_cast<unsigned char>(i * 16 + 10);
+    unsigned char next = 10;
+    for (unsigned char &byte : link.sll_addr) {
+        byte = next;
+        next = static_cast<unsigned char>(next + 16);
+    }
     return link;
 }
 
@@ -65,6 +68,7 @@ void addRefusedNames()
 } // namespace
 
 // The library calls these in place of libc's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): libc's name is reserved
 extern "C" int getifaddrs(ifaddrs **list) noexcept
 {
     if (given.error) {
