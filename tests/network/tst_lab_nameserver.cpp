@@ -141,8 +141,9 @@ private Q_SLOTS:
         NetworkHelper::configureSystem();
 
         QVERIFY(!QFileInfo(exitHook).isSymLink());
-        QVERIFY(log.texts(QtWarningMsg).contains(
-            QStringLiteral("ln -sf /opt/tester/scripts/ipdetails /etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
+        QVERIFY(log.texts(QtWarningMsg)
+                    .contains(QStringLiteral(
+                        "ln -sf /opt/tester/scripts/ipdetails /etc/dhcp/dhclient-exit-hooks.d/ipdetails")));
         QVERIFY(log.texts(QtWarningMsg).filter(QStringLiteral("symlink to")).isEmpty());
         QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
     }

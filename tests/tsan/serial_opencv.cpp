@@ -3,7 +3,8 @@
 #include <opencv2/core/utility.hpp>
 
 namespace {
-const struct Serial {
+const struct Serial
+{
     Serial() { cv::setNumThreads(1); }
 } serial;
 } // namespace

@@ -38,15 +38,21 @@ struct Disk
 {
     QByteArray written; ///< what the file held when it was flushed
     int error = 0;
-} disk;
+};
+
+Disk &disk()
+{
+    static Disk disk;
+    return disk;
+}
 } // namespace
 
 // Called in place of libc's.
 extern "C" int fsync(int descriptor)
 {
-    disk.written = read(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
-    errno = disk.error;
-    return disk.error ? -1 : 0;
+    disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    errno = disk().error;
+    return disk().error ? -1 : 0;
 }
 
 class TestFileAccess : public QObject
@@ -60,7 +66,7 @@ private Q_SLOTS:
         mPath = mDir->filePath(QStringLiteral("file"));
         mElsewhere = mDir->filePath(QStringLiteral("elsewhere"));
         QVERIFY(write(mElsewhere, "precious"));
-        disk = {};
+        disk() = {};
     }
 
     void aNewFileTakesThePlaceOfALink()
@@ -194,17 +200,17 @@ private Q_SLOTS:
         QFile file;
         QVERIFY(FileAccess::createNew(mPath, &file));
         QVERIFY(FileAccess::writeThrough(&file, "text\n"));
-        QCOMPARE(disk.written, QByteArray("text\n"));
+        QCOMPARE(disk().written, QByteArray("text\n"));
 
         QFile source;
         QVERIFY(FileAccess::openRegular(mElsewhere, &source));
         QVERIFY(FileAccess::copyToNew(&source, mDir->filePath(QStringLiteral("copy"))));
-        QCOMPARE(disk.written, QByteArray("precious"));
+        QCOMPARE(disk().written, QByteArray("precious"));
     }
 
     void aDiskThatFailsIsNoticed()
     {
-        disk.error = EIO;
+        disk().error = EIO;
         QFile file;
         QVERIFY(FileAccess::createNew(mPath, &file));
 
