@@ -42,8 +42,8 @@ struct Disk
 
 Disk &disk()
 {
-    static Disk disk;
-    return disk;
+    static Disk instance;
+    return instance;
 }
 } // namespace
 
