@@ -78,7 +78,7 @@ def main():
         for run in pool.map(tidy, due):
             if run.returncode != 0:
                 failed += 1
-                sys.stdout.write(run.stdout + run.stderr)
+                sys.stdout.write(run.stdout or run.stderr)  # stderr counts what is not shown
     print(f"clang-tidy: {len(due)} of {len(keys)} sources looked at, {failed} with findings", file=sys.stderr)
     return 1 if failed or unknown else 0
 

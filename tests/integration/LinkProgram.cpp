@@ -63,7 +63,7 @@ QList<QByteArray> LinkProgram::outputLines() const
     return lines;
 }
 
-bool LinkProgram::waitForMessage(const char *message, int milliseconds)
+bool LinkProgram::waitForMessage(const char *message, int milliseconds) const
 {
     return waitUntil([&] { return says(message); }, milliseconds);
 }

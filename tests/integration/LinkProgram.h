@@ -24,7 +24,7 @@ public:
     bool says(const char *message) const { return mMessages.contains(message); }
     void forgetMessages() { mMessages.clear(); }
 
-    bool waitForMessage(const char *message, int milliseconds = 20000);
+    bool waitForMessage(const char *message, int milliseconds = 20000) const;
     bool waitForOutput(const QByteArray &text, int milliseconds = 20000);
     bool waitForEnd(int milliseconds = 60000);
     int endCode() const { return exitStatus() == NormalExit ? exitCode() : -1; } ///< -1: it crashed

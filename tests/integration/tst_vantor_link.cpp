@@ -162,7 +162,7 @@ private Q_SLOTS:
         QVERIFY(version.output().startsWith("vantor-link 0."));
     }
 
-    void aPortThatIsTakenIsTold()
+    void aPortThatIsTakenIsTold() const
     {
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::Any, static_cast<quint16>(mPort)));
@@ -177,7 +177,7 @@ private Q_SLOTS:
 
     // --- Lines and payloads ---
 
-    void wrongLinesAreToldAndTheOthersSent()
+    void wrongLinesAreToldAndTheOthersSent() const
     {
         LinkProgram listener;
         listener.listen(mPort, {noInputOption});
@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(sender.messages().count("is not sent"), 4);
     }
 
-    void aLineThatIsTooLongIsToldAndTheNextOneSent()
+    void aLineThatIsTooLongIsToldAndTheNextOneSent() const
     {
         LinkProgram listener;
         listener.listen(mPort, {noInputOption});
@@ -241,7 +241,7 @@ private Q_SLOTS:
         QCOMPARE(peer->readAll(), frames);
     }
 
-    void statsTellRatesAndTheSum()
+    void statsTellRatesAndTheSum() const
     {
         LinkProgram listener;
         listener.listen(mPort, {noInputOption, echoOption, QStringLiteral("--stats")});
@@ -263,7 +263,7 @@ private Q_SLOTS:
 
     // --- The end ---
 
-    void linesWaitForTheConnectionAndTheEndWaitsForAnswers()
+    void linesWaitForTheConnectionAndTheEndWaitsForAnswers() const
     {
         LinkProgram sender;
         sender.connectTo(Loopback::address(), mPort);
@@ -279,7 +279,7 @@ private Q_SLOTS:
         QCOMPARE(sender.output(), numberLines(0, 3));
     }
 
-    void withoutLingerTheEndComesAtOnce()
+    void withoutLingerTheEndComesAtOnce() const
     {
         LinkProgram listener;
         listener.listen(mPort, {noInputOption});
@@ -358,7 +358,7 @@ private Q_SLOTS:
 
     // --- A peer of another make ---
 
-    void aPeerInPythonTalksToTheListeningEnd()
+    void aPeerInPythonTalksToTheListeningEnd() const
     {
         LinkProgram program;
         program.listen(mPort, {noInputOption, echoOption});
@@ -370,7 +370,7 @@ private Q_SLOTS:
         QCOMPARE(program.outputLines().size(), 20000);
     }
 
-    void aPeerInPythonTalksToTheConnectingEnd()
+    void aPeerInPythonTalksToTheConnectingEnd() const
     {
         LinkProgram program;
         program.connectTo(Loopback::address(), mPort, {noInputOption, echoOption});
@@ -489,7 +489,7 @@ private Q_SLOTS:
         QTRY_COMPARE(program.descriptors(), descriptors);
     }
 
-    void twoClientsThatFightLeaveTheLinkWhole()
+    void twoClientsThatFightLeaveTheLinkWhole() const
     {
         LinkProgram listener;
         listener.listen(mPort);
@@ -589,7 +589,7 @@ private Q_SLOTS:
 
     void theConnectingEndOutlivesHostileBytes_data() { addHostileBytes(); }
 
-    void theConnectingEndOutlivesHostileBytes()
+    void theConnectingEndOutlivesHostileBytes() const
     {
         QFETCH(QByteArray, bytes);
         QTcpServer server;

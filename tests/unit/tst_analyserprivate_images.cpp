@@ -468,7 +468,7 @@ private Q_SLOTS:
 
         for (int y = 0; y < 8; ++y) {
             for (int x = 0; x < 9; ++x) {
-                const cv::Vec3b color = mat.at<cv::Vec3b>(4 + y, 3 + x);
+                const cv::Vec3b &color = mat.at<cv::Vec3b>(4 + y, 3 + x);
                 QCOMPARE(image.pixel(x, y), qRgb(color[2], color[1], color[0]));
             }
         }
