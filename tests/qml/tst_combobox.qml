@@ -31,6 +31,9 @@ Item {
 
         ListElement { name: "a text that is much too long for the window that this combo box is shown in" }
     }
+    NativeModel {
+        id: nativeTexts
+    }
     Component {
         id: nativeModelComponent
 
@@ -109,7 +112,7 @@ Item {
         function test_theDefaults() {
             const combo = createTemporaryObject(emptyCombo, scene);
 
-            verify(combo.currentValue === undefined || combo.currentValue === null);
+            compare(combo.currentValue, undefined); // there is no row
             compare(combo.valueRole, "");
             compare(combo.modelIsStringList, false);
             compare(combo.popupWidth, -1);
@@ -148,6 +151,42 @@ Item {
             compare(combo.currentValue, "alpha");
             combo.currentIndex = 2;
             compare(combo.currentValue, "gamma");
+        }
+
+        function test_theTextIsTheValueOfAnyModelThatIsAStringList_data() {
+            return [
+                { tag: "list model with several roles", model: listModel, textRole: "name", texts: ["zero", "seven"] },
+                { tag: "native model", model: nativeTexts, textRole: "name", texts: ["red", "amber"] },
+                { tag: "string list of C++", model: nativeTexts.roles(), textRole: "", texts: ["id", "name"] },
+            ];
+        }
+        function test_theTextIsTheValueOfAnyModelThatIsAStringList(row) {
+            const combo = createTemporaryObject(emptyCombo, scene, { modelIsStringList: true, textRole: row.textRole,
+                                                                     model: row.model });
+
+            compare(combo.currentValue, row.texts[0]);
+            combo.setCurrentValue(row.texts[1]);
+            compare(combo.currentIndex, 1);
+            compare(combo.currentValue, row.texts[1]);
+        }
+
+        function test_withoutARowThereIsNoValue() {
+            const combo = createTemporaryObject(listCombo, scene);
+
+            combo.currentIndex = -1;
+
+            compare(combo.currentValue, undefined);
+        }
+
+        function test_withoutAModelNothingCanBeSet() {
+            const combo = createTemporaryObject(emptyCombo, scene);
+            Expect.error("Model has no roles. Count: undefined, array: false");
+            ignoreWarning("Model 'undefined' doesn't have role 'id'. Roles: ");
+            ignoreWarning("couldnt set combo. 3 not found");
+
+            combo.setComboBoxFromRole("id", 3);
+
+            compare(combo.currentIndex, -1);
         }
 
         function test_aTouchSelectsARow() {

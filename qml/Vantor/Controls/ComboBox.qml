@@ -82,6 +82,7 @@ Controls.ComboBox {
             && ModelUtils.getValue(model, index, specificItemHighlightRole) === specificItemHighlightValueToMatch;
     }
 
+    valueRole: modelIsStringList ? textRole : ""
     font.pixelSize: GlobalStyles.defaultComboBoxTextSize
     Material.background: "white"
 
