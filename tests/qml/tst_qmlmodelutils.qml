@@ -61,6 +61,7 @@ Item {
                 { tag: "empty array", model: [], log: "Model has no roles. Count: undefined, array: true" },
                 { tag: "string list of C++", model: nativeModel.roles(),
                   log: "Model has no roles. Count: undefined, array: true" },
+                { tag: "no model", model: null, log: "Model has no roles. Count: undefined, array: false" },
             ];
         }
         function test_emptyModelsAndArraysHaveNoRoles(row) {
@@ -137,6 +138,13 @@ Item {
             compare(ModelUtils.indexOfWithRole(row.model, 1, "colour"), -1);
             ignoreWarning(warning);
             compare(ModelUtils.getValue(row.model, 1, "colour"), null);
+        }
+
+        function test_nothingIsFoundWithoutAModel() {
+            Expect.error("Model has no roles. Count: undefined, array: false");
+            ignoreWarning("Model 'null' doesn't have role 'id'. Roles: ");
+
+            compare(ModelUtils.indexOfWithRole(null, 7, "id"), -1);
         }
 
         function test_getValue_data() {
