@@ -154,11 +154,14 @@ Item {
             verify(verdict(page).visible);
         }
 
-        function test_theNameOfThePictureIsNotEncoded() {
-            const path = files.path("50% #1.png");
+        function test_theNameOfThePictureIsNotEncoded_data() {
+            return ["face #1.png", "face%20.png", "face?.png"].map(function(name) { return { tag: name, name: name }; });
+        }
+        function test_theNameOfThePictureIsNotEncoded(row) {
+            const path = files.path(row.name);
             files.paint(path, "blue");
             const page = createTemporaryObject(pageComponent, scene);
-            ignoreWarning(new RegExp("Cannot open: file://.*/50%25 #1.png$"));
+            ignoreWarning(new RegExp("Cannot open: file://.*/face"));
 
             finish(true, path);
 
