@@ -21,10 +21,10 @@ Item {
     ListModel {
         id: wideModel
 
+        ListElement { name: "WWWWWWWWWWWWWWWWWWW" } // wider, but with fewer characters
         ListElement { name: "iiiiiiiiiiiiiiiiiiii" }
-        ListElement { name: "mmmmmmmmmmmmmmmmmmmm" }
-        ListElement { name: "MMMMMMMMMMMMMMMMMMM" } // wider, but with fewer characters
-        ListElement { name: "short" }
+        ListElement { name: "nnnnnnnnnnnnnnnnnnnn" }
+        ListElement { name: "WWWWWWWWWWWWWWWWWW" }
     }
     ListModel {
         id: hugeModel
@@ -331,7 +331,7 @@ Item {
 
         function test_thePopupFitsTheLongestText() {
             const combo = createTemporaryObject(wideCombo, scene, { width: 120 });
-            const longest = "mmmmmmmmmmmmmmmmmmmm";
+            const longest = "nnnnnnnnnnnnnnnnnnnn";
             verify(painted(longest) > painted("iiiiiiiiiiiiiiiiiiii"));
 
             compare(combo.popupWidth, Math.min(painted(longest) + 48, 400));
@@ -356,8 +356,8 @@ Item {
             combo.font.pixelSize = 10;
             ruler.font.pixelSize = 10;
 
-            verify(painted("MMMMMMMMMMMMMMMMMMM") !== painted("mmmmmmmmmmmmmmmmmmmm"));
-            compare(combo.popupWidth, painted("mmmmmmmmmmmmmmmmmmmm") + 48);
+            verify(painted("WWWWWWWWWWWWWWWWWWW") > painted("nnnnnnnnnnnnnnnnnnnn"));
+            compare(combo.popupWidth, painted("nnnnnnnnnnnnnnnnnnnn") + 48);
             ruler.font.pixelSize = 20;
         }
 
@@ -379,6 +379,8 @@ Item {
             verify(Qt.colorEqual(rows[2].Material.foreground, "black"));
             compare(rows[1].leftPadding, 16);
             compare(rows[1].text, "seven");
+            combo.popupTextLeftPadding = 30;
+            compare(rows[1].leftPadding, 30);
             combo.specificItemHighlightValueToMatch = 3;
             combo.specificItemHighlightColor = "red";
             combo.delegateTextColor = "green";
