@@ -151,7 +151,9 @@ Item {
             return [
                 { tag: "list model", model: listModel, index: 1, role: "name", value: "seven" },
                 { tag: "list model, zero", model: listModel, index: 0, role: "number", value: 0 },
+                { tag: "list model, without a role", model: listModel, index: 1, role: "", value: undefined },
                 { tag: "native model", model: nativeModel, index: 2, role: "name", value: "green" },
+                { tag: "native model, without a role", model: nativeModel, index: 1, role: "", value: undefined },
                 { tag: "native model, zero", model: nativeModel, index: 0, role: "id", value: 0 },
                 { tag: "native model, empty text", model: nativeModel, index: 0, role: "note", value: "" },
                 { tag: "array", model: array, index: 1, role: "", value: "y" },
