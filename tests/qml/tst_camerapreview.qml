@@ -137,6 +137,7 @@ Item {
             compare(preview.videoOutput.fillMode, VideoOutput.PreserveAspectCrop);
             compare(preview.videoOutput.orientation, 0);
             compare(preview.videoOutput.autoOrientation, false);
+            compare(preview.videoOutput.source.imageCapture.resolution, Qt.size(800, 600));
         }
 
         function test_thePictureIsThatOfTheScope() {

@@ -21,15 +21,18 @@ Item {
     ListModel {
         id: wideModel
 
+        ListElement { name: "WWWWWWWWWWWWWWWWWWW" } // wider, but with fewer characters
         ListElement { name: "iiiiiiiiiiiiiiiiiiii" }
-        ListElement { name: "mmmmmmmmmmmmmmmmmmmm" }
-        ListElement { name: "MMMMMMMMMMMMMMMMMMM" } // wider, but with fewer characters
-        ListElement { name: "short" }
+        ListElement { name: "nnnnnnnnnnnnnnnnnnnn" }
+        ListElement { name: "WWWWWWWWWWWWWWWWWW" }
     }
     ListModel {
         id: hugeModel
 
         ListElement { name: "a text that is much too long for the window that this combo box is shown in" }
+    }
+    NativeModel {
+        id: nativeTexts
     }
     Component {
         id: nativeModelComponent
@@ -109,7 +112,7 @@ Item {
         function test_theDefaults() {
             const combo = createTemporaryObject(emptyCombo, scene);
 
-            verify(combo.currentValue === undefined || combo.currentValue === null);
+            compare(combo.currentValue, undefined); // there is no row
             compare(combo.valueRole, "");
             compare(combo.modelIsStringList, false);
             compare(combo.popupWidth, -1);
@@ -148,6 +151,42 @@ Item {
             compare(combo.currentValue, "alpha");
             combo.currentIndex = 2;
             compare(combo.currentValue, "gamma");
+        }
+
+        function test_theTextIsTheValueOfAnyModelThatIsAStringList_data() {
+            return [
+                { tag: "list model with several roles", model: listModel, textRole: "name", texts: ["zero", "seven"] },
+                { tag: "native model", model: nativeTexts, textRole: "name", texts: ["red", "amber"] },
+                { tag: "string list of C++", model: nativeTexts.roles(), textRole: "", texts: ["id", "name"] },
+            ];
+        }
+        function test_theTextIsTheValueOfAnyModelThatIsAStringList(row) {
+            const combo = createTemporaryObject(emptyCombo, scene, { modelIsStringList: true, textRole: row.textRole,
+                                                                     model: row.model });
+
+            compare(combo.currentValue, row.texts[0]);
+            combo.setCurrentValue(row.texts[1]);
+            compare(combo.currentIndex, 1);
+            compare(combo.currentValue, row.texts[1]);
+        }
+
+        function test_withoutARowThereIsNoValue() {
+            const combo = createTemporaryObject(listCombo, scene);
+
+            combo.currentIndex = -1;
+
+            compare(combo.currentValue, undefined);
+        }
+
+        function test_withoutAModelNothingCanBeSet() {
+            const combo = createTemporaryObject(emptyCombo, scene);
+            Expect.error("Model has no roles. Count: undefined, array: false");
+            ignoreWarning("Model 'undefined' doesn't have role 'id'. Roles: ");
+            ignoreWarning("couldnt set combo. 3 not found");
+
+            combo.setComboBoxFromRole("id", 3);
+
+            compare(combo.currentIndex, -1);
         }
 
         function test_aTouchSelectsARow() {
@@ -292,7 +331,7 @@ Item {
 
         function test_thePopupFitsTheLongestText() {
             const combo = createTemporaryObject(wideCombo, scene, { width: 120 });
-            const longest = "mmmmmmmmmmmmmmmmmmmm";
+            const longest = "nnnnnnnnnnnnnnnnnnnn";
             verify(painted(longest) > painted("iiiiiiiiiiiiiiiiiiii"));
 
             compare(combo.popupWidth, Math.min(painted(longest) + 48, 400));
@@ -317,8 +356,8 @@ Item {
             combo.font.pixelSize = 10;
             ruler.font.pixelSize = 10;
 
-            verify(painted("MMMMMMMMMMMMMMMMMMM") !== painted("mmmmmmmmmmmmmmmmmmmm"));
-            compare(combo.popupWidth, painted("mmmmmmmmmmmmmmmmmmmm") + 48);
+            verify(painted("WWWWWWWWWWWWWWWWWWW") > painted("nnnnnnnnnnnnnnnnnnnn"));
+            compare(combo.popupWidth, painted("nnnnnnnnnnnnnnnnnnnn") + 48);
             ruler.font.pixelSize = 20;
         }
 
@@ -340,6 +379,8 @@ Item {
             verify(Qt.colorEqual(rows[2].Material.foreground, "black"));
             compare(rows[1].leftPadding, 16);
             compare(rows[1].text, "seven");
+            combo.popupTextLeftPadding = 30;
+            compare(rows[1].leftPadding, 30);
             combo.specificItemHighlightValueToMatch = 3;
             combo.specificItemHighlightColor = "red";
             combo.delegateTextColor = "green";

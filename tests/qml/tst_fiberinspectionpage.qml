@@ -241,6 +241,17 @@ Item {
             fuzzyCompare(cladding.y, found.y * 0.8 - 38 + 4, 0.001);
         }
 
+        function test_theCirclesNeedMoreThanABadFocus() {
+            const page = createWithoutFrames();
+            const cladding = Items.byBorder(preview(page), "orange");
+            const contact = Items.byBorder(preview(page), "green");
+
+            analyser(page).focusValue = 1.0;
+            compare([cladding.visible, contact.visible], [false, false]);
+            analyser(page).focusValue = 1.0000001;
+            compare([cladding.visible, contact.visible], [true, true]);
+        }
+
         function test_theCirclesAreInTheMiddleOfTheFibreInThePicture_data() {
             return [
                 { tag: "600x1024", width: 600, height: 920 },
@@ -447,8 +458,18 @@ Item {
 
             sweep(page, [3.1, 6.2, -1, 3.5, -1]);
             compare(scene.calls, []);
-            sweep(page, [6.1]); // -1 was not taken for the worst
+            sweep(page, [6.1]);
             verify(!autoButton(page).checked);
+        }
+
+        function test_noMeasurementIsNotTheWorstFocus() {
+            const page = createWithoutFrames();
+            click(autoButton(page));
+
+            sweep(page, [6.1, 6.9, -1, 6.5]);
+
+            verify(autoButton(page).checked); // worst and best are still too close to each other
+            compare(scene.calls, []);
         }
 
         function test_aLaterSweepGoesOnFromTheFormer() {
@@ -459,7 +480,7 @@ Item {
             scene.calls = [];
 
             click(autoButton(page));
-            sweep(page, [4.0, 6.3, 6.0]);
+            sweep(page, [6.15]); // the best and the worst are known already
 
             verify(!autoButton(page).checked);
             compare(scene.callsOf("navigateTo").length, 1);
@@ -490,6 +511,17 @@ Item {
             hardwareManager.fiberMicroscopeDisconnected();
 
             compare(scene.calls, [["pop"]]);
+        }
+
+        function test_aPageThatGoesStopsItsCamera() {
+            const page = pageComponent.createObject(scene);
+            tryCompare(preview(page), "ready", true);
+            var isStopped = false;
+            preview(page).readyChanged.connect(function() { isStopped = true; });
+
+            page.destroy();
+
+            tryVerify(function() { return isStopped; });
         }
 
         function test_aSavedImageOfAPageThatIsGoneIsNotAnalysed() {

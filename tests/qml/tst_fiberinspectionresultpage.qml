@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Pixels.js" as Pixels
 import "qrc:/Vantor/Pages"
 
 Item {
@@ -60,6 +61,11 @@ Item {
             return Items.find(page, function(item) { return item.width === 40 && item.radius === 4; });
         }
 
+        // The window follows a change of the scene's size a frame or two later.
+        function verifyColour(page, x, y, colour) {
+            tryVerify(function() { return Pixels.hasColour(grabImage(page), x, y, colour); });
+        }
+
         function finish(passed, path) {
             fiberManager.analyseFinished(passed, "", path || files.path("result.png"));
         }
@@ -97,9 +103,8 @@ Item {
             verify(Qt.colorEqual(sign.color, row.colour));
             compare(sign.children[0].text, row.sign);
             verify(Qt.colorEqual(sign.children[0].color, "white"));
-            const image = grabImage(page);
-            fuzzyCompare(image.pixel(240, 240), "blue", 3);
-            fuzzyCompare(image.pixel(433, 30), row.colour, 3);
+            verifyColour(page, 240, 240, "blue");
+            verifyColour(page, 433, 30, row.colour);
         }
 
         function test_thePictureIsAsWideAsThePageAndSquare() {
@@ -122,12 +127,12 @@ Item {
             const page = createTemporaryObject(pageComponent, scene);
             files.paint(files.path("result.png"), "blue");
             finish(true);
-            fuzzyCompare(grabImage(page).pixel(240, 240), "blue", 3);
+            verifyColour(page, 240, 240, "blue");
 
             files.paint(files.path("result.png"), "yellow");
             finish(false);
 
-            fuzzyCompare(grabImage(page).pixel(240, 240), "yellow", 3);
+            verifyColour(page, 240, 240, "yellow");
             verify(!page.testPassed);
         }
 
@@ -154,11 +159,14 @@ Item {
             verify(verdict(page).visible);
         }
 
-        function test_theNameOfThePictureIsNotEncoded() {
-            const path = files.path("50% #1.png");
+        function test_theNameOfThePictureIsNotEncoded_data() {
+            return ["face #1.png", "face%20.png", "face?.png"].map(function(name) { return { tag: name, name: name }; });
+        }
+        function test_theNameOfThePictureIsNotEncoded(row) {
+            const path = files.path(row.name);
             files.paint(path, "blue");
             const page = createTemporaryObject(pageComponent, scene);
-            ignoreWarning(new RegExp("Cannot open: file://.*/50%25 #1.png$"));
+            ignoreWarning(new RegExp("Cannot open: file://.*/face"));
 
             finish(true, path);
 

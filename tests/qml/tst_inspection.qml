@@ -151,6 +151,17 @@ Item {
             compare(stackView.currentItem.testPassed, true);
         }
 
+        function test_withoutAChosenStandardItIsTheFirst() {
+            combo().currentIndex = -1;
+            look("clean");
+            analyse();
+
+            waitForVerdict();
+
+            compare(stackView.currentItem.standardId, 0);
+            compare(stackView.currentItem.testPassed, true);
+        }
+
         function test_withoutRulesThereIsNoVerdict() {
             combo().setCurrentValue(5);
             look("clean");

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import QtTest 1.12
+import "Items.js" as Items
 import "qrc:/Vantor/Components" as VantorComponents
 
 Item {
@@ -34,19 +35,6 @@ Item {
         name: "LoadingComponent"
         when: windowShown
 
-        // The first child of the type, anywhere below.
-        function findByType(item, type) {
-            for (var i = 0; i < item.children.length; ++i) {
-                const child = item.children[i];
-                if (child.toString().indexOf(type) === 0)
-                    return child;
-                const found = findByType(child, type);
-                if (found)
-                    return found;
-            }
-            return null;
-        }
-
         function test_coversWhatIsUnderneath() {
             const loading = createTemporaryObject(loadingComponent, scene);
 
@@ -70,7 +58,7 @@ Item {
 
         function test_showsItsTextInTheMiddle() {
             const loading = createTemporaryObject(loadingComponent, scene);
-            const label = findByType(loading, "QQuickText");
+            const label = Items.byType(loading, "QQuickText");
 
             compare(loading.text, "Loading");
             compare(label.text, "Loading");
@@ -87,7 +75,7 @@ Item {
 
         function test_dotsComeAndGo() {
             const loading = createTemporaryObject(loadingComponent, scene);
-            const label = findByType(loading, "QQuickText");
+            const label = Items.byType(loading, "QQuickText");
             var seen = [label.text];
             label.textChanged.connect(function() { seen.push(label.text); });
 
@@ -128,7 +116,7 @@ Item {
 
         function test_theProgressBarShowsHowFarThingsAre() {
             const loading = createTemporaryObject(progressComponent, scene);
-            const bar = findByType(loading, "ProgressBar");
+            const bar = Items.byType(loading, "ProgressBar");
 
             loading.to = 8;
             loading.value = 3;
@@ -141,8 +129,13 @@ Item {
             compare(bar.x, 100);
             compare(bar.y + bar.height / 2, 200);
             compare(loading.progressBarText, "3/8");
+            const label = Items.byText(loading, "3/8");
+            verify(label.visible);
+            compare(label.y, bar.y + 40);
+            fuzzyCompare(label.x + label.width / 2, 200, 0.5);
             loading.progressBarVisible = false;
             verify(!loading.progressBarTextVisible);
+            verify(!label.visible);
             loading.progressBarText = "nearly";
             compare(loading.progressBarText, "nearly");
         }

@@ -61,6 +61,7 @@ Item {
                 { tag: "empty array", model: [], log: "Model has no roles. Count: undefined, array: true" },
                 { tag: "string list of C++", model: nativeModel.roles(),
                   log: "Model has no roles. Count: undefined, array: true" },
+                { tag: "no model", model: null, log: "Model has no roles. Count: undefined, array: false" },
             ];
         }
         function test_emptyModelsAndArraysHaveNoRoles(row) {
@@ -139,11 +140,20 @@ Item {
             compare(ModelUtils.getValue(row.model, 1, "colour"), null);
         }
 
+        function test_nothingIsFoundWithoutAModel() {
+            Expect.error("Model has no roles. Count: undefined, array: false");
+            ignoreWarning("Model 'null' doesn't have role 'id'. Roles: ");
+
+            compare(ModelUtils.indexOfWithRole(null, 7, "id"), -1);
+        }
+
         function test_getValue_data() {
             return [
                 { tag: "list model", model: listModel, index: 1, role: "name", value: "seven" },
                 { tag: "list model, zero", model: listModel, index: 0, role: "number", value: 0 },
+                { tag: "list model, without a role", model: listModel, index: 1, role: "", value: undefined },
                 { tag: "native model", model: nativeModel, index: 2, role: "name", value: "green" },
+                { tag: "native model, without a role", model: nativeModel, index: 1, role: "", value: undefined },
                 { tag: "native model, zero", model: nativeModel, index: 0, role: "id", value: 0 },
                 { tag: "native model, empty text", model: nativeModel, index: 0, role: "note", value: "" },
                 { tag: "array", model: array, index: 1, role: "", value: "y" },

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
-import QtQuick.Controls 2.14 as Controls // has currentValue and valueRole, and lets nobody declare them again
+import QtQuick.Controls 2.4 as Controls // Qt 5.15: has currentValue and valueRole, which nobody may declare again
 import QtQuick.Controls.Material 2.4
 import QtQuick.Window 2.11
 import "qrc:/Vantor/Style"
@@ -82,6 +82,7 @@ Controls.ComboBox {
             && ModelUtils.getValue(model, index, specificItemHighlightRole) === specificItemHighlightValueToMatch;
     }
 
+    valueRole: modelIsStringList ? textRole : ""
     font.pixelSize: GlobalStyles.defaultComboBoxTextSize
     Material.background: "white"
 

@@ -3,6 +3,10 @@
 // count, roles() and data(row, role).
 .pragma library
 
+function isMissing(model) {
+    return model === null || model === undefined;
+}
+
 function isArray(model) {
     return Array.isArray(model) || model instanceof Array; // a string list of C++ is the latter only
 }
@@ -11,15 +15,17 @@ function isListModel(model) {
     return model.toString().indexOf("QQmlListModel") !== -1;
 }
 
-// Rows of the model; undefined for an array.
+// Rows of the model; undefined for an array, or when there is no model.
 function rowCount(model) {
+    if (isMissing(model))
+        return undefined;
     if (model.count === undefined && typeof model.rowCount === "function")
         return model.rowCount();
     return model.count;
 }
 
 function roleNames(model) {
-    if (isArray(model))
+    if (isMissing(model) || isArray(model))
         return [];
     if (isListModel(model))
         return model.count > 0 ? Object.keys(model.get(0)) : [];
@@ -76,7 +82,7 @@ function indexOfWithRole(model, value, role) {
 }
 
 function getValue(model, index, role) {
-    if (model === null || model === undefined)
+    if (isMissing(model))
         return null;
     const count = rowCount(model);
     if (index < 0 || index >= count) { // an array has no count, and so no upper bound
