@@ -15,6 +15,7 @@
 #include <netinet/in.h>
 
 #include <arpa/inet.h>
+#include <cerrno>
 #include <limits>
 #include <memory>
 #include <sys/socket.h>
@@ -43,7 +44,7 @@ public:
             && getsockname(mListener, plainAddress, &size) == 0;
         for (int &filler : mFillers) { // so many that its queue is full
             filler = open();
-            connect(filler, plainAddress, size);
+            mIsDeaf = mIsDeaf && (connect(filler, plainAddress, size) == 0 || errno == EINPROGRESS);
         }
         mPort = ntohs(address.sin_port);
     }
