@@ -36,7 +36,7 @@ Die Anzeige oben rechts im Bild muss grün werden: Rot bedeutet unscharf, Grün 
     </message>
     <message>
         <source>Auto Analyse</source>
-        <translation>Automatisch prüfen</translation>
+        <translation>Automatik</translation>
     </message>
 </context>
 <context>

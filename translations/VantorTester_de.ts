@@ -12,8 +12,8 @@
         <translation>Fasermikroskop</translation>
     </message>
     <message>
-        <source>Captured images</source>
-        <translation>Aufgenommene Bilder</translation>
+        <source>Test standards</source>
+        <translation>Prüfnormen</translation>
     </message>
 </context>
 <context>
@@ -54,10 +54,6 @@
         <translation>Zone</translation>
     </message>
     <message>
-        <source>Criterion (µm)</source>
-        <translation>Kriterium (µm)</translation>
-    </message>
-    <message>
         <source>Allowed</source>
         <translation>Erlaubt</translation>
     </message>
@@ -72,6 +68,22 @@
     <message>
         <source>Close</source>
         <translation>Schließen</translation>
+    </message>
+    <message>
+        <source>Criterion</source>
+        <translation>Kriterium</translation>
+    </message>
+    <message>
+        <source>Size (µm)</source>
+        <translation>Größe (µm)</translation>
+    </message>
+    <message>
+        <source>Scratches</source>
+        <translation>Kratzer</translation>
+    </message>
+    <message>
+        <source>Defects</source>
+        <translation>Fehlstellen</translation>
     </message>
 </context>
 <context>
@@ -125,8 +137,8 @@
         <translation>Über dieses Gerät</translation>
     </message>
     <message>
-        <source>Versions and folders</source>
-        <translation>Versionen und Ordner</translation>
+        <source>Version, scope and test standards</source>
+        <translation>Version, Mikroskop und Prüfnormen</translation>
     </message>
 </context>
 <context>

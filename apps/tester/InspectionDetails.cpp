@@ -7,7 +7,9 @@
 #include <QImageReader>
 #include <QVariantMap>
 
+using FiberInspection::Defect;
 using FiberInspection::Device;
+using FiberInspection::Rule;
 using FiberInspection::RuleResult;
 using FiberInspection::Standard;
 using FiberInspection::TestResult;
@@ -15,11 +17,22 @@ using FiberInspection::Zone;
 using FiberInspection::ZoneResult;
 
 namespace {
-/// The rule as it is shown, without the allowance at its end, which has a column of its own.
-QString criterion(const RuleResult &rule)
+/// The sizes that a rule is about; empty for any size. Signs instead of words: they need no translation.
+QString sizes(const Rule &rule)
 {
-    const QString text = rule.standardRule.toString();
-    return text.left(text.lastIndexOf(QLatin1String(" [")));
+    switch (rule.ruleOperator) {
+    case Rule::SmallerThan:
+        return QStringLiteral("< %1").arg(rule.maxSize);
+    case Rule::SmallerThanOrEqual:
+        return QStringLiteral("\u2264 %1").arg(rule.maxSize);
+    case Rule::GreaterThan:
+        return rule.minSize < 0 ? QString() : QStringLiteral("> %1").arg(rule.minSize);
+    case Rule::GreaterThanOrEqual:
+        return rule.minSize <= 0 ? QString() : QStringLiteral("\u2265 %1").arg(rule.minSize);
+    case Rule::ClosedRange:
+        return QStringLiteral("%1 \u2026 %2").arg(rule.minSize).arg(rule.maxSize);
+    }
+    return {};
 }
 
 QVariantList ruleRows(const ZoneResult &zone)
@@ -28,7 +41,8 @@ QVariantList ruleRows(const ZoneResult &zone)
     for (const RuleResult &rule : zone.rules) {
         rows.append(QVariantMap{
             {QStringLiteral("zone"), static_cast<int>(zone.standardZone.zone)},
-            {QStringLiteral("criterion"), criterion(rule)},
+            {QStringLiteral("isScratch"), rule.standardRule.defectType == Defect::Type::Scratch},
+            {QStringLiteral("sizes"), sizes(rule.standardRule)},
             {QStringLiteral("allowed"), rule.standardRule.maxAllowedAmount},
             {QStringLiteral("found"), rule.defectCount},
             {QStringLiteral("violated"), rule.violated},

@@ -29,7 +29,8 @@ public:
     QString standardName() const { return mStandardName; }
     QUrl picture() const { return mPicture; } ///< the annotated crop, the fibre in its middle
 
-    /// Maps of zone (a FiberInspection::Zone::Id), criterion, allowed (-1: any number), found and violated.
+    /// Maps of zone (a FiberInspection::Zone::Id), isScratch, sizes (micrometres; empty: any), allowed (-1: any
+    /// number), found and violated.
     QVariantList rules() const { return mRules; }
 
     /// Maps of zone and diameter, in pixels of the picture.

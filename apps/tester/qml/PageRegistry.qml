@@ -12,7 +12,7 @@ QtObject {
         { pageId: OrvelPage.Home, source: pages + "HomePage.qml", title: "Vantor Tester", summary: "" },
         { pageId: OrvelPage.FiberInspection, source: libraryPages + "FiberInspectionPage.qml", title: qsTr("Fibre inspection"), summary: qsTr("Inspect and grade a connector end face"), icon: "◎", needsScope: true },
         { pageId: OrvelPage.FiberInspectionResult, source: libraryPages + "FiberInspectionResultPage.qml", title: qsTr("Inspection result"), summary: "" },
-        { pageId: 100, source: pages + "AboutPage.qml", title: qsTr("About this unit"), summary: qsTr("Versions and folders"), icon: "ℹ" },
+        { pageId: 100, source: pages + "AboutPage.qml", title: qsTr("About this unit"), summary: qsTr("Version, scope and test standards"), icon: "ℹ" },
     ]
 
     function find(pageId) {

@@ -14,8 +14,7 @@
 #include <cstdio>
 
 namespace {
-constexpr int transitionTime = 500; // milliseconds
-constexpr int snackBarTime = 3500; // milliseconds, until it has gone
+constexpr int transitionTime = 350; // milliseconds
 
 class Photographer
 {
@@ -73,9 +72,9 @@ private:
             return false;
         const bool isGerman = mTester.language().current() == QLatin1String("de");
         if (!mDriver.tap(isGerman ? QStringLiteral("Prüfen") : QStringLiteral("Analyse"))
-            || !mDriver.waitForItem(QStringLiteral("actionDetails")) || !settle() || !photograph(name))
+            || !mDriver.waitForItem(QStringLiteral("actionDetails")) || !settle() || !photograph(name)
+            || !mDriver.tap(QStringLiteral("snackBar")))
             return false;
-        QTest::qWait(snackBarTime);
         if (withDetails
             && (!mDriver.tap(QStringLiteral("actionDetails")) || !settle() || !photograph("details")
                 || !mDriver.tap(QStringLiteral("detailsClose")) || !settle()))

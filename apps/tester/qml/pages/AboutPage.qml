@@ -3,9 +3,17 @@ import QtQuick 2.11
 import "qrc:/Vantor/Components" as VantorComponents
 import "qrc:/Vantor/Style"
 
-// Versions and folders, for those who have to tell them.
+// What a caller of the service is asked for.
 VantorComponents.Page {
     id: root
+
+    function standardNames() {
+        const model = fiberManager.fiberInspectionStandardModel();
+        const names = [];
+        for (var row = 0; row < model.count; ++row)
+            names.push(model.data(row, "name"));
+        return names.join("\n");
+    }
 
     Column {
         anchors { fill: parent; margins: GlobalStyles.pageMargin }
@@ -15,7 +23,7 @@ VantorComponents.Page {
             model: [
                 { name: qsTr("Version"), value: Qt.application.version },
                 { name: qsTr("Fibre scope"), value: hardwareManager.scopeName },
-                { name: qsTr("Captured images"), value: fiberManager.tmpFiberInspectionImagePath() },
+                { name: qsTr("Test standards"), value: root.standardNames() },
             ]
 
             Column {
@@ -24,14 +32,14 @@ VantorComponents.Page {
                 Text {
                     text: modelData.name
                     color: GlobalStyles.orvelBodyTextColor
-                    font.pixelSize: GlobalStyles.textHeadingSize
+                    font.pixelSize: GlobalStyles.textSmallSize
                 }
                 Text {
                     width: parent.width
                     text: modelData.value
-                    wrapMode: Text.WrapAnywhere
+                    wrapMode: Text.WordWrap
                     color: GlobalStyles.orvelBodyTextEmphasisColor
-                    font.pixelSize: GlobalStyles.textSize
+                    font.pixelSize: GlobalStyles.textHeadingSize
                 }
             }
         }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import QtQuick.Controls 2.4
-import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
 import "ZoneStyle.js" as ZoneStyle
 
@@ -10,7 +9,7 @@ Popup {
     id: root
 
     readonly property var zoneNames: [qsTr("Core"), qsTr("Cladding"), qsTr("Adhesive"), qsTr("Contact")]
-    readonly property real numberWidth: 92
+    readonly property real numberWidth: 82
 
     objectName: "detailsPanel"
     padding: 0
@@ -95,12 +94,12 @@ Popup {
                 id: heading
 
                 anchors { left: parent.left; right: parent.right }
-                height: GlobalStyles.tableCellSmallHeight
+                height: 48
                 spacing: 10
 
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
-                    width: parent.width - verdict.width - parent.spacing
+                    width: parent.width - verdict.width - closing.width - 2 * parent.spacing
                     elide: Text.ElideRight
                     text: inspectionDetails.standardName
                     color: GlobalStyles.orvelBodyTextEmphasisColor
@@ -126,6 +125,30 @@ Popup {
                         font.pixelSize: GlobalStyles.textSmallSize
                     }
                 }
+                AbstractButton {
+                    id: closing
+
+                    objectName: "detailsClose"
+                    width: 48
+                    height: parent.height
+                    Accessible.name: qsTr("Close")
+                    onClicked: root.close()
+                    Keys.onReturnPressed: root.close()
+                    Keys.onEnterPressed: root.close()
+
+                    background: Rectangle {
+                        radius: 7
+                        color: closing.pressed ? GlobalStyles.aborted : "transparent"
+                        border { width: closing.visualFocus ? 3 : 0; color: GlobalStyles.pendingBright }
+                    }
+                    contentItem: Text {
+                        text: "✕"
+                        color: GlobalStyles.orvelBodyTextEmphasisColor
+                        font.pixelSize: GlobalStyles.titleBarIconSize
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                    }
+                }
             }
 
             RuleRow {
@@ -137,7 +160,8 @@ Popup {
                 numberWidth: root.numberWidth
                 isHeading: true
                 zone: qsTr("Zone")
-                criterion: qsTr("Criterion (µm)")
+                kind: qsTr("Criterion")
+                sizes: qsTr("Size (µm)")
                 allowed: qsTr("Allowed")
                 found: qsTr("Found")
             }
@@ -145,7 +169,7 @@ Popup {
             ListView {
                 id: rules
 
-                anchors { left: parent.left; right: parent.right; top: columnTitles.bottom; bottom: closing.top; bottomMargin: 8 }
+                anchors { left: parent.left; right: parent.right; top: columnTitles.bottom; bottom: parent.bottom }
                 objectName: "rules"
                 clip: true
                 focus: true
@@ -153,27 +177,16 @@ Popup {
                 model: inspectionDetails.rules
                 delegate: RuleRow {
                     width: rules.width
-                    height: 34
+                    height: 32
                     numberWidth: root.numberWidth
                     zone: root.zoneNames[modelData.zone]
-                    criterion: modelData.criterion
+                    kind: modelData.isScratch ? qsTr("Scratches") : qsTr("Defects")
+                    sizes: modelData.sizes || qsTr("any")
                     allowed: modelData.allowed < 0 ? qsTr("any") : modelData.allowed
                     found: modelData.found
                     isViolated: modelData.violated
                 }
                 ScrollBar.vertical: ScrollBar {}
-            }
-
-            VantorControls.Button {
-                id: closing
-
-                anchors { right: parent.right; bottom: parent.bottom; bottomMargin: 6 }
-                objectName: "detailsClose"
-                height: 56
-                text: qsTr("Close")
-                onClicked: root.close()
-                Keys.onReturnPressed: root.close()
-                Keys.onEnterPressed: root.close()
             }
         }
     }

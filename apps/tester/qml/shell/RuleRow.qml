@@ -7,7 +7,8 @@ Rectangle {
     id: root
 
     property alias zone: zoneText.text
-    property alias criterion: criterionText.text
+    property alias kind: kindText.text
+    property alias sizes: sizesText.text
     property alias allowed: allowedText.text
     property alias found: foundText.text
     property bool isHeading: false
@@ -30,11 +31,19 @@ Rectangle {
             font.pixelSize: GlobalStyles.textSmallSize
         }
         Text {
-            id: criterionText
+            id: kindText
 
             anchors.verticalCenter: parent.verticalCenter
-            width: parent.width - zoneText.width - 2 * root.numberWidth
+            width: parent.width - zoneText.width - 3 * root.numberWidth
             elide: Text.ElideRight
+            color: root.textColor
+            font.pixelSize: GlobalStyles.textSmallSize
+        }
+        Text {
+            id: sizesText
+
+            anchors.verticalCenter: parent.verticalCenter
+            width: root.numberWidth
             color: root.textColor
             font.pixelSize: GlobalStyles.textSmallSize
         }

@@ -19,6 +19,8 @@ Rectangle {
         spacing: 10
 
         Text {
+            width: parent.width
+            wrapMode: Text.WordWrap
             text: qsTr("Simulated scope")
             color: "white"
             font.pixelSize: GlobalStyles.textHeadingSize
