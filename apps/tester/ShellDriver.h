@@ -48,6 +48,15 @@ public:
         return true;
     }
 
+    /// Waits until no page moves any more.
+    bool waitForRest() const
+    {
+        return waitFor([&] {
+            const QQuickItem *const stack = find(QStringLiteral("stackView"));
+            return stack && !stack->property("busy").toBool();
+        });
+    }
+
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }
 
 private:

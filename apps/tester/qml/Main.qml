@@ -23,7 +23,10 @@ ApplicationWindow {
     Material.accent: GlobalStyles.pendingBright
     Material.primary: GlobalStyles.pending
 
-    Component.onCompleted: appController.navigateTo(OrvelPage.Home, "", {})
+    Component.onCompleted: {
+        requestActivate(); // a unit has no window manager that would give it the keyboard
+        appController.navigateTo(OrvelPage.Home, "", {});
+    }
 
     QtObject {
         id: appController
@@ -119,6 +122,7 @@ ApplicationWindow {
                 top: titleBar.bottom
                 bottom: bottomToolBar.visible ? bottomToolBar.top : parent.bottom
             }
+            objectName: "stackView"
             clip: true
             focus: true
 

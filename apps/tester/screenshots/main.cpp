@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Goes through the application as a user would, in both sizes and languages, and leaves a picture of each page.
+// Goes through the application as a user would, and leaves a picture of each page: in the small size in English and in
+// the large one in German, or with --all in both sizes and languages.
 #include "ShellDriver.h"
 #include "SimulatedScope.h"
 #include "Tester.h"
@@ -109,9 +110,15 @@ private:
 
 int main(int argc, char *argv[])
 {
-    if (argc != 2) {
-        std::fputs("usage: tester-screenshots FOLDER\n", stderr);
+    const bool makesAll = argc == 3 && QLatin1String(argv[1]) == QLatin1String("--all");
+    if (argc != 2 && !makesAll) {
+        std::fputs("usage: tester-screenshots [--all] FOLDER\n", stderr);
         return 64;
+    }
+    const QString target = QString::fromLocal8Bit(argv[argc - 1]);
+    if (!QDir().mkpath(target)) {
+        std::fprintf(stderr, "cannot make %s\n", qPrintable(target));
+        return 1;
     }
     const QTemporaryDir workDir;
     const TesterDirHelper folders(workDir.path());
@@ -123,13 +130,25 @@ int main(int argc, char *argv[])
     if (!tester.window() || !QTest::qWaitForWindowExposed(tester.window()))
         return 1;
 
-    Photographer photographer(tester, QString::fromLocal8Bit(argv[1]));
-    for (const QSize &size : {QSize(800, 480), QSize(1024, 600)}) {
-        for (const char *const language : {"en", "de"}) {
-            if (!photographer.photographAll(size, QLatin1String(language))) {
-                std::fprintf(stderr, "stuck at %dx%d, %s\n", size.width(), size.height(), language);
-                return 1;
-            }
+    struct Look
+    {
+        QSize size;
+        const char *language;
+        bool isForDocuments;
+    };
+    constexpr Look looks[] = {
+        {{800, 480}, "en", true},
+        {{800, 480}, "de", false},
+        {{1024, 600}, "en", false},
+        {{1024, 600}, "de", true},
+    };
+    Photographer photographer(tester, target);
+    for (const Look &look : looks) {
+        if (!makesAll && !look.isForDocuments)
+            continue;
+        if (!photographer.photographAll(look.size, QLatin1String(look.language))) {
+            std::fprintf(stderr, "stuck at %dx%d, %s\n", look.size.width(), look.size.height(), look.language);
+            return 1;
         }
     }
     return 0;

@@ -100,10 +100,12 @@ Popup {
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
                     width: parent.width - verdict.width - closing.width - 2 * parent.spacing
+                    wrapMode: Text.WordWrap
+                    maximumLineCount: 2
                     elide: Text.ElideRight
                     text: inspectionDetails.standardName
                     color: GlobalStyles.orvelBodyTextEmphasisColor
-                    font.pixelSize: GlobalStyles.textHeadingSize
+                    font.pixelSize: GlobalStyles.textSmallSize
                     font.bold: true
                 }
                 Rectangle {
