@@ -3,6 +3,7 @@
 
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QSignalSpy>
 #include <QString>
 #include <QtTest>
 
@@ -34,15 +35,16 @@ public:
         return waitFor([&] { return find(name) != nullptr; });
     }
 
-    /// Taps the middle of the item. Returns false when it does not appear.
+    /// Taps the middle of the item, once the pages have come to rest. Returns false when it does not appear.
     bool tap(const QString &name) const
     {
         QQuickItem *item = nullptr;
-        if (!waitFor([&] {
+        if (!waitForRest() || !waitFor([&] {
                 item = find(name);
                 return item && item->isEnabled();
             }))
             return false;
+        waitForFrame(); // or a row may not have placed its children yet
         QTest::mouseClick(mWindow, Qt::LeftButton, Qt::NoModifier,
             item->mapToScene({item->width() / 2, item->height() / 2}).toPoint());
         return true;
@@ -60,6 +62,15 @@ public:
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }
 
 private:
+    void waitForFrame() const
+    {
+        QSignalSpy frames(mWindow, &QQuickWindow::frameSwapped);
+        waitFor([&] {
+            mWindow->update();
+            return frames.count() > 1;
+        });
+    }
+
     static QQuickItem *find(QQuickItem *item, const QString &name)
     {
         if (!item->isVisible())

@@ -164,6 +164,7 @@ void tst_VantorTester::anImageOutOfFocusIsNotInspected()
     SimulatedScope::instance()->setFocus(1);
     QVERIFY(mDriver.tap(QStringLiteral("tile_1")));
     QVERIFY(mDriver.waitForItem(QStringLiteral("Analyse")));
+    QVERIFY(mDriver.waitForRest());
     QVERIFY(ShellDriver::waitFor([] { return SimulatedScope::instance()->isSettled(); }));
 
     QVERIFY(mDriver.tap(QStringLiteral("Analyse")));

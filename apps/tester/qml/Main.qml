@@ -163,7 +163,7 @@ ApplicationWindow {
         SnackBar {
             id: snackBar
 
-            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            anchors { left: parent.left; right: parent.right; bottom: stackView.bottom } // the tool bar stays in reach
             onShown: notificationArea.post(text)
         }
     }

@@ -56,6 +56,7 @@ Rectangle {
 
     MouseArea {
         anchors.fill: parent
+        enabled: root.isShown // while it fades, taps are for what is below
         onClicked: root.isShown = false
     }
 }
