@@ -32,6 +32,7 @@ private Q_SLOTS:
     void theKeyboardAloneDoes();
     void withoutScopeThereIsNoInspection();
     void unpluggingLeavesTheInspectionPage();
+    void unpluggingLeavesTheResultPageToo();
     void languageChangesWhatIsShown();
     void theLayersActionHidesTheCircles();
 
@@ -213,6 +214,25 @@ void tst_VantorTester::unpluggingLeavesTheInspectionPage()
     QVERIFY(mDriver.tap(QStringLiteral("plug")));
 
     QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
+}
+
+void tst_VantorTester::unpluggingLeavesTheResultPageToo()
+{
+    SimulatedScope::instance()->setFocus(0);
+    QVERIFY(mDriver.tap(QStringLiteral("tile_1")));
+    QVERIFY(mDriver.waitForItem(QStringLiteral("Analyse")));
+    QVERIFY(ShellDriver::waitFor([] { return SimulatedScope::instance()->isSettled(); }));
+    QVERIFY(isSharp());
+    QVERIFY(mDriver.tap(QStringLiteral("Analyse")));
+    QVERIFY(mDriver.waitForItem(QStringLiteral("actionDetails")));
+    QVERIFY(mDriver.waitForRest());
+
+    QVERIFY(mDriver.tap(QStringLiteral("plug")));
+
+    QVERIFY(mDriver.waitForItem(QStringLiteral("Please plug in the fibre scope")));
+    QVERIFY(mDriver.waitForRest());
+    QVERIFY(isHome());
+    QVERIFY(!mDriver.find(QStringLiteral("actionDetails")));
 }
 
 void tst_VantorTester::languageChangesWhatIsShown()

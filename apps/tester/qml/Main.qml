@@ -62,6 +62,11 @@ ApplicationWindow {
     Connections {
         target: hardwareManager
 
+        // The inspection page goes back one page, which is the wrong one while the result lies on top of it.
+        function onFiberMicroscopeDisconnected() {
+            Qt.callLater(stackView.leavePagesWithoutScope);
+        }
+
         function onIsScopeConnectedChanged(isScopeConnected) {
             notificationArea.post(isScopeConnected ? qsTr("Fibre scope connected") : qsTr("Fibre scope disconnected"));
         }
@@ -116,6 +121,14 @@ ApplicationWindow {
                     currentItem.back();
             }
 
+            function leavePagesWithoutScope() {
+                if (busy)
+                    return; // asked again when the pages have come to rest
+                const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
+                if (entry && entry.needsScope && !hardwareManager.isScopeConnected)
+                    pop(null);
+            }
+
             anchors {
                 left: parent.left
                 right: parent.right
@@ -130,18 +143,19 @@ ApplicationWindow {
             Keys.onBackPressed: leavePage()
 
             pushEnter: Transition {
-                NumberAnimation { property: "x"; from: stackView.width; to: 0; duration: 180; easing.type: Easing.OutCubic }
+                PageMove { from: stackView.width }
             }
             pushExit: Transition {
-                NumberAnimation { property: "x"; from: 0; to: -stackView.width / 3; duration: 180; easing.type: Easing.OutCubic }
+                PageMove { to: -stackView.width / 3 }
             }
             popEnter: Transition {
-                NumberAnimation { property: "x"; from: -stackView.width / 3; to: 0; duration: 180; easing.type: Easing.OutCubic }
+                PageMove { from: -stackView.width / 3 }
             }
             popExit: Transition {
-                NumberAnimation { property: "x"; from: 0; to: stackView.width; duration: 180; easing.type: Easing.OutCubic }
+                PageMove { to: stackView.width }
             }
 
+            onBusyChanged: Qt.callLater(leavePagesWithoutScope)
             onCurrentItemChanged: {
                 detailsPanel.close();
                 screen.refresh();
