@@ -41,7 +41,10 @@ VantorComponents.Page {
                 background: Rectangle {
                     radius: 7
                     color: tile.pressed ? GlobalStyles.aborted : GlobalStyles.pendingHighlight
-                    border { width: tile.visualFocus ? 3 : 1; color: tile.visualFocus ? GlobalStyles.pendingBright : GlobalStyles.aborted }
+                    border {
+                        width: tile.visualFocus ? 3 : 1
+                        color: tile.visualFocus ? GlobalStyles.pendingBright : GlobalStyles.aborted
+                    }
                 }
 
                 contentItem: Item {
@@ -59,7 +62,12 @@ VantorComponents.Page {
                     }
 
                     Column {
-                        anchors { left: glyph.right; right: parent.right; rightMargin: 12; verticalCenter: parent.verticalCenter }
+                        anchors {
+                            left: glyph.right
+                            right: parent.right
+                            rightMargin: 12
+                            verticalCenter: parent.verticalCenter
+                        }
                         spacing: 6
 
                         Text {

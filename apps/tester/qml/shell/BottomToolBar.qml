@@ -11,7 +11,11 @@ Rectangle {
     color: GlobalStyles.bottomToolBarBackground
 
     Row {
-        anchors { right: parent.right; rightMargin: GlobalStyles.bottomToolBarPadding; verticalCenter: parent.verticalCenter }
+        anchors {
+            right: parent.right
+            rightMargin: GlobalStyles.bottomToolBarPadding
+            verticalCenter: parent.verticalCenter
+        }
         spacing: GlobalStyles.pageSpacing / 2
 
         Repeater {
@@ -47,7 +51,11 @@ Rectangle {
     }
 
     Text {
-        anchors { left: parent.left; leftMargin: GlobalStyles.bottomToolBarPadding; verticalCenter: parent.verticalCenter }
+        anchors {
+            left: parent.left
+            leftMargin: GlobalStyles.bottomToolBarPadding
+            verticalCenter: parent.verticalCenter
+        }
         text: qsTr("Language")
         color: GlobalStyles.orvelBodyTextEmphasisColor
         font.pixelSize: GlobalStyles.textHeadingSize

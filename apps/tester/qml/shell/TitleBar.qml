@@ -26,7 +26,11 @@ Rectangle {
     }
 
     Text {
-        anchors { left: backAction.visible ? backAction.right : parent.left; right: actionRow.left; verticalCenter: parent.verticalCenter }
+        anchors {
+            left: backAction.visible ? backAction.right : parent.left
+            right: actionRow.left
+            verticalCenter: parent.verticalCenter
+        }
         anchors.leftMargin: backAction.visible ? 0 : GlobalStyles.titleBarPadding
         text: root.title
         color: "white"
