@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/TestResult.h"
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QVariantList>
+
+class InspectionManager;
+
+/// What stands behind the last verdict, for the panel beside the result page. Lives in the user interface's thread.
+class InspectionDetails : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(bool isReady READ isReady NOTIFY changed)
+    Q_PROPERTY(bool passed READ passed NOTIFY changed)
+    Q_PROPERTY(QString standardName READ standardName NOTIFY changed)
+    Q_PROPERTY(QUrl picture READ picture NOTIFY changed)
+    Q_PROPERTY(QVariantList rules READ rules NOTIFY changed)
+    Q_PROPERTY(QVariantList zones READ zones NOTIFY changed)
+
+public:
+    explicit InspectionDetails(InspectionManager *manager, QObject *parent = nullptr);
+
+    bool isReady() const { return mIsReady; }
+    bool passed() const { return mPassed; }
+    QString standardName() const { return mStandardName; }
+    QUrl picture() const { return mPicture; } ///< the annotated crop, the fibre in its middle
+
+    /// Maps of zone (a FiberInspection::Zone::Id), isScratch, sizes (micrometres; empty: any), allowed (-1: any
+    /// number), found and violated.
+    QVariantList rules() const { return mRules; }
+
+    /// Maps of zone and diameter, in pixels of the picture.
+    QVariantList zones() const { return mZones; }
+
+    /// The former verdict no longer counts.
+    Q_INVOKABLE void clear();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    void keep(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId);
+    void finish(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
+
+    bool mIsReady = false;
+    bool mPassed = false;
+    FiberInspection::Standard::Id mStandardId = FiberInspection::Standard::Manual;
+    QString mStandardName;
+    QUrl mPicture;
+    QVariantList mRules;
+    QVariantList mZones;
+};

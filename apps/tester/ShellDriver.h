@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QSignalSpy>
+#include <QString>
+#include <QtTest>
+
+/// A hand at the application's window: finds items by name or text, waits for them, taps them, turns them by keys.
+class ShellDriver
+{
+public:
+    static constexpr int patience = 20000; ///< milliseconds
+
+    explicit ShellDriver(QQuickWindow *window)
+        : mWindow(window)
+    {
+    }
+
+    QQuickWindow *window() const { return mWindow; }
+
+    /// The first visible item with the object name or, else, with the text; null when there is none.
+    QQuickItem *find(const QString &name) const { return find(mWindow->contentItem(), name); }
+
+    /// Waits until the condition holds. Returns whether it came to that.
+    template <typename Condition>
+    static bool waitFor(Condition condition)
+    {
+        return QTest::qWaitFor(condition, patience);
+    }
+
+    bool waitForItem(const QString &name) const
+    {
+        return waitFor([&] { return find(name) != nullptr; });
+    }
+
+    /// Taps the middle of the item, once the pages have come to rest. Returns false when it does not appear.
+    bool tap(const QString &name) const
+    {
+        QQuickItem *item = nullptr;
+        if (!waitForRest() || !waitFor([&] {
+                item = find(name);
+                return item && item->isEnabled();
+            }))
+            return false;
+        waitForFrame(); // or a row may not have placed its children yet
+        QTest::mouseClick(mWindow, Qt::LeftButton, Qt::NoModifier,
+            item->mapToScene({item->width() / 2, item->height() / 2}).toPoint());
+        return true;
+    }
+
+    /// Waits until no page moves any more.
+    bool waitForRest() const
+    {
+        return waitFor([&] {
+            const QQuickItem *const stack = find(QStringLiteral("stackView"));
+            return stack && !stack->property("busy").toBool();
+        });
+    }
+
+    void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }
+
+private:
+    void waitForFrame() const
+    {
+        QSignalSpy frames(mWindow, &QQuickWindow::frameSwapped);
+        waitFor([&] {
+            mWindow->update();
+            return frames.count() > 1;
+        });
+    }
+
+    static QQuickItem *find(QQuickItem *item, const QString &name)
+    {
+        if (!item->isVisible())
+            return nullptr;
+        if (item->objectName() == name || item->property("text").toString() == name)
+            return item;
+        const QList<QQuickItem *> children = item->childItems();
+        for (QQuickItem *const child : children) {
+            if (QQuickItem *const found = find(child, name))
+                return found;
+        }
+        return nullptr;
+    }
+
+    QQuickWindow *const mWindow;
+};

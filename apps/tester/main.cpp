@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Tester.h"
+#include "TesterDirHelper.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QQuickWindow>
+
+#include <cstdio>
+
+namespace {
+constexpr int usageError = 64;
+
+struct Options
+{
+    QString folder = TesterDirHelper::defaultFolder();
+    QSize screenSize{800, 480};
+    QString language;
+};
+
+int fail(const QString &message)
+{
+    std::fprintf(stderr, "vantor-tester: %s\n", qPrintable(message));
+    return usageError;
+}
+
+/// 800x480 as a size; invalid for anything but the sizes that the user interface is made for.
+QSize sizeFromText(const QString &text)
+{
+    if (text == QLatin1String("800x480"))
+        return {800, 480};
+    return text == QLatin1String("1024x600") ? QSize(1024, 600) : QSize();
+}
+
+/// Works without an application object, which may exist only after the environment is prepared.
+/// Returns -1 to go on, else the exit code.
+int parse(int &argc, char *argv[], Options &options)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    QCommandLineParser parser;
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption folder(QStringLiteral("folder"),
+        QStringLiteral("The work directory (%1).").arg(options.folder), QStringLiteral("path"));
+    const QCommandLineOption size(QStringLiteral("size"),
+        QStringLiteral("The unit's screen: 800x480 (without the option) or 1024x600."), QStringLiteral("size"));
+    const QCommandLineOption language(QStringLiteral("language"),
+        QStringLiteral("en or de; without the option that of the system."), QStringLiteral("language"));
+    parser.addOptions({folder, size, language});
+    if (!parser.parse(arguments))
+        return fail(parser.errorText());
+    if (parser.isSet(help)) {
+        const QCoreApplication application(argc, argv); // the text begins with the name of the program
+        std::printf("Vantor Tester: inspects fibre end faces.\n\n%s", qPrintable(parser.helpText()));
+        return 0;
+    }
+    if (!parser.positionalArguments().isEmpty())
+        return fail(QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().constFirst()));
+
+    if (parser.isSet(folder))
+        options.folder = QFileInfo(parser.value(folder)).absoluteFilePath();
+    if (parser.isSet(size))
+        options.screenSize = sizeFromText(parser.value(size));
+    if (!options.screenSize.isValid())
+        return fail(QStringLiteral("no size that the user interface is made for: %1").arg(parser.value(size)));
+    options.language = parser.value(language);
+    if (!QStringList{QString(), QStringLiteral("en"), QStringLiteral("de")}.contains(options.language))
+        return fail(QStringLiteral("no such language: %1").arg(options.language));
+    return -1;
+}
+
+QString pluginFolder(const QString &program)
+{
+    return QFileInfo(program).absolutePath() + QStringLiteral("/../plugins/mediaservice");
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Options options;
+    const int exitCode = parse(argc, argv, options);
+    if (exitCode >= 0)
+        return exitCode;
+
+    const TesterDirHelper folders(options.folder); // before all that asks for a path
+    Tester::prepareProcess(pluginFolder(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()));
+
+    const QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationVersion(QStringLiteral(VANTORBASE_VERSION));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Vantor Tester"));
+    Tester tester(options.screenSize);
+    if (!tester.window())
+        return 1;
+    if (!options.language.isEmpty())
+        tester.language().setCurrent(options.language);
+    return QGuiApplication::exec();
+}

@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: Apache-2.0
+import OrvelPage 1.0
+import QtQuick 2.11
+import QtQuick.Controls 2.4
+import QtQuick.Controls.Material 2.4
+import "qrc:/Vantor/Style"
+import "shell"
+
+// The shell around the pages. Its ids are the names by which the pages know its parts.
+ApplicationWindow {
+    id: window
+
+    property int screenWidth: 800 // of the unit, pixels
+    property int screenHeight: 480
+
+    width: screenWidth + (scopePanel.visible ? scopePanel.width : 0)
+    height: screenHeight
+    visible: true
+    title: "Vantor Tester"
+    font.pixelSize: GlobalStyles.textSize
+    color: GlobalStyles.pageBackground
+
+    Material.accent: GlobalStyles.pendingBright
+    Material.primary: GlobalStyles.pending
+
+    Component.onCompleted: {
+        requestActivate(); // a unit has no window manager that would give it the keyboard
+        appController.navigateTo(OrvelPage.Home, "", {});
+    }
+
+    QtObject {
+        id: appController
+
+        // An empty title stands for that of the registry.
+        function navigateTo(pageId, title, properties) {
+            const entry = pageRegistry.find(pageId);
+            if (!entry) {
+                console.error("there is no page " + pageId);
+                return;
+            }
+            if (pageId === OrvelPage.FiberInspectionResult)
+                inspectionDetails.clear();
+            const page = stackView.push(entry.source, properties,
+                                        stackView.depth === 0 ? StackView.Immediate : StackView.PushTransition);
+            if (!page)
+                return;
+            page.pageId = pageId;
+            page.title = title;
+            screen.refresh();
+        }
+
+        function titleOf(page) {
+            const entry = page ? pageRegistry.find(page.pageId) : null;
+            return page && page.title ? page.title : entry ? entry.title : "";
+        }
+    }
+
+    PageRegistry {
+        id: pageRegistry
+    }
+
+    Connections {
+        target: hardwareManager
+
+        // The inspection page goes back one page, which is the wrong one while the result lies on top of it.
+        function onFiberMicroscopeDisconnected() {
+            Qt.callLater(stackView.leavePagesWithoutScope);
+        }
+
+        function onIsScopeConnectedChanged(isScopeConnected) {
+            notificationArea.post(isScopeConnected ? qsTr("Fibre scope connected") : qsTr("Fibre scope disconnected"));
+        }
+    }
+
+    Connections {
+        target: inspectionDetails
+
+        function onChanged() {
+            screen.refresh();
+        }
+    }
+
+    Item {
+        id: screen
+
+        // What the page on top brings with it. The visibility of an action is set, not bound: a locked page sets it too.
+        function refresh() {
+            const page = stackView.currentItem;
+            const actions = page && page.actions ? Array.from(page.actions) : [];
+            titleBar.actionBack.visible = stackView.depth > 1 && actions.indexOf(titleBar.actionBack) !== -1;
+            titleBar.actionLayers.visible = actions.indexOf(titleBar.actionLayers) !== -1;
+            titleBar.actionDetails.visible = !!page && page.pageId === OrvelPage.FiberInspectionResult
+                && inspectionDetails.isReady;
+        }
+
+        width: window.screenWidth
+        height: window.screenHeight
+        clip: true
+
+        StatusBar {
+            id: statusBar
+
+            anchors { left: parent.left; right: parent.right; top: parent.top }
+            onClicked: notificationArea.pull()
+        }
+
+        TitleBar {
+            id: titleBar
+
+            anchors { left: parent.left; right: parent.right; top: statusBar.bottom }
+            title: appController.titleOf(stackView.currentItem)
+            actionBack.onClicked: stackView.leavePage()
+            actionDetails.onClicked: detailsPanel.open()
+        }
+
+        StackView {
+            id: stackView
+
+            function leavePage() {
+                if (depth > 1 && titleBar.actionBack.visible && !busy)
+                    currentItem.back();
+            }
+
+            function leavePagesWithoutScope() {
+                if (busy)
+                    return; // asked again when the pages have come to rest
+                const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
+                if (entry && entry.needsScope && !hardwareManager.isScopeConnected)
+                    pop(null);
+            }
+
+            anchors {
+                left: parent.left
+                right: parent.right
+                top: titleBar.bottom
+                bottom: bottomToolBar.visible ? bottomToolBar.top : parent.bottom
+            }
+            objectName: "stackView"
+            clip: true
+            focus: true
+
+            Keys.onEscapePressed: leavePage()
+            Keys.onBackPressed: leavePage()
+
+            pushEnter: Transition {
+                PageMove { from: stackView.width }
+            }
+            pushExit: Transition {
+                PageMove { to: -stackView.width / 3 }
+            }
+            popEnter: Transition {
+                PageMove { from: -stackView.width / 3 }
+            }
+            popExit: Transition {
+                PageMove { to: stackView.width }
+            }
+
+            onBusyChanged: Qt.callLater(leavePagesWithoutScope)
+            onCurrentItemChanged: {
+                detailsPanel.close();
+                screen.refresh();
+                if (!currentItem)
+                    return;
+                if (currentItem.notifyPageOpened)
+                    currentItem.notifyPageOpened();
+                currentItem.forceActiveFocus(Qt.OtherFocusReason);
+            }
+        }
+
+        BottomToolBar {
+            id: bottomToolBar
+
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            visible: stackView.depth === 1
+        }
+
+        SnackBar {
+            id: snackBar
+
+            anchors { left: parent.left; right: parent.right; bottom: stackView.bottom } // the tool bar stays in reach
+            onShown: notificationArea.post(text)
+        }
+    }
+
+    NotificationArea {
+        id: notificationArea
+
+        width: window.screenWidth
+    }
+
+    DetailsPanel {
+        id: detailsPanel
+
+        x: window.screenWidth - width
+        y: GlobalStyles.statusBarHeight + GlobalStyles.titleBarHeight
+        width: window.screenWidth
+        height: window.screenHeight - y
+    }
+
+    MessageBox {
+        id: messageBoxManager
+
+        screenWidth: window.screenWidth
+        screenHeight: window.screenHeight
+    }
+
+    ScopePanel { // a hand at the scope: beside the unit's screen, not on it
+        id: scopePanel
+
+        x: window.screenWidth
+        height: window.height
+        visible: hardwareManager.isSimulated
+        scope: simulatedScope
+    }
+}

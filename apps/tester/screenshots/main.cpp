@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+// Goes through the application as a user would, and leaves a picture of each page: in the small size in English and in
+// the large one in German, or with --all in both sizes and languages.
+#include "ShellDriver.h"
+#include "SimulatedScope.h"
+#include "Tester.h"
+#include "TesterDirHelper.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <cstdio>
+
+namespace {
+constexpr int transitionTime = 350; // milliseconds
+
+class Photographer
+{
+public:
+    Photographer(Tester &tester, const QString &folder)
+        : mTester(tester)
+        , mDriver(tester.window())
+        , mFolder(folder)
+    {
+    }
+
+    bool photographAll(const QSize &screenSize, const QString &language)
+    {
+        QQuickWindow *const window = mTester.window();
+        const int panelWidth = window->width() - window->property("screenWidth").toInt();
+        window->setProperty("screenWidth", screenSize.width());
+        window->setProperty("screenHeight", screenSize.height());
+        window->resize(screenSize.width() + panelWidth, screenSize.height());
+        mTester.language().setCurrent(language);
+        mSuffix = QStringLiteral("-%1x%2-%3").arg(screenSize.width()).arg(screenSize.height()).arg(language);
+        SimulatedScope::instance()->setFace(QStringLiteral("clean"));
+        SimulatedScope::instance()->setFocus(0.7);
+        QTest::qWait(transitionTime);
+        return photograph("home") && photographAbout() && photographInspection();
+    }
+
+private:
+    bool photographAbout()
+    {
+        return mDriver.tap(QStringLiteral("tile_100")) && settle() && photograph("about") && leave();
+    }
+
+    bool photographInspection()
+    {
+        SimulatedScope *const scope = SimulatedScope::instance();
+        if (!mDriver.tap(QStringLiteral("tile_1")) || !settle() || !photograph("unfocused"))
+            return false;
+        if (!mDriver.tap(mTester.language().current() == QLatin1String("de") ? QStringLiteral("Prüfen")
+                                                                             : QStringLiteral("Analyse"))
+            || !settle() || !photograph("message") || !mDriver.tap(QStringLiteral("messageConfirm")) || !settle())
+            return false;
+        return photographVerdict("clean", "passed", false) && photographVerdict("pitted", "failed", true) && leave()
+            && (scope->setFocus(0.7), true);
+    }
+
+    bool photographVerdict(const char *face, const char *name, bool withDetails)
+    {
+        SimulatedScope *const scope = SimulatedScope::instance();
+        scope->setFace(QLatin1String(face));
+        scope->setFocus(0);
+        if (!ShellDriver::waitFor([scope] { return scope->isSettled(); }))
+            return false;
+        QTest::qWait(4 * transitionTime); // the live analysis has to see it
+        if (!withDetails && !photograph("focused"))
+            return false;
+        const bool isGerman = mTester.language().current() == QLatin1String("de");
+        if (!mDriver.tap(isGerman ? QStringLiteral("Prüfen") : QStringLiteral("Analyse"))
+            || !mDriver.waitForItem(QStringLiteral("actionDetails")) || !settle() || !photograph(name)
+            || !mDriver.tap(QStringLiteral("snackBar")))
+            return false;
+        if (withDetails
+            && (!mDriver.tap(QStringLiteral("actionDetails")) || !settle() || !photograph("details")
+                || !mDriver.tap(QStringLiteral("detailsClose")) || !settle()))
+            return false;
+        return leave();
+    }
+
+    bool leave() { return mDriver.tap(QStringLiteral("actionBack")) && settle(); }
+
+    static bool settle()
+    {
+        QTest::qWait(transitionTime);
+        return true;
+    }
+
+    bool photograph(const char *name)
+    {
+        const QString path =
+            QDir(mFolder).filePath(QStringLiteral("tester-%1%2.png").arg(QLatin1String(name), mSuffix));
+        if (QQuickItem *const clock = mDriver.find(QStringLiteral("clock")))
+            clock->setProperty("text", QStringLiteral("12:00")); // the same on every run
+        QTest::qWait(100);
+        return mTester.window()->grabWindow().save(path);
+    }
+
+    Tester &mTester;
+    const ShellDriver mDriver;
+    const QString mFolder;
+    QString mSuffix;
+};
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const bool makesAll = argc == 3 && QLatin1String(argv[1]) == QLatin1String("--all");
+    if (argc != 2 && !makesAll) {
+        std::fputs("usage: tester-screenshots [--all] FOLDER\n", stderr);
+        return 64;
+    }
+    const QString target = QString::fromLocal8Bit(argv[argc - 1]);
+    if (!QDir().mkpath(target)) {
+        std::fprintf(stderr, "cannot make %s\n", qPrintable(target));
+        return 1;
+    }
+    const QTemporaryDir workDir;
+    const TesterDirHelper folders(workDir.path());
+    const QString program = QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget();
+    Tester::prepareProcess(QFileInfo(program).absolutePath() + QStringLiteral("/../plugins/mediaservice"));
+    const QGuiApplication application(argc, argv);
+    QGuiApplication::setApplicationVersion(QStringLiteral(VANTORBASE_VERSION));
+    Tester tester(QSize(800, 480));
+    if (!tester.window() || !QTest::qWaitForWindowExposed(tester.window()))
+        return 1;
+
+    struct Look
+    {
+        QSize size;
+        const char *language;
+        bool isForDocuments;
+    };
+    constexpr Look looks[] = {
+        {{800, 480}, "en", true},
+        {{800, 480}, "de", false},
+        {{1024, 600}, "en", false},
+        {{1024, 600}, "de", true},
+    };
+    Photographer photographer(tester, target);
+    for (const Look &look : looks) {
+        if (!makesAll && !look.isForDocuments)
+            continue;
+        if (!photographer.photographAll(look.size, QLatin1String(look.language))) {
+            std::fprintf(stderr, "stuck at %dx%d, %s\n", look.size.width(), look.size.height(), look.language);
+            return 1;
+        }
+    }
+    return 0;
+}
