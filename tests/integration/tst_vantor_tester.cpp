@@ -141,7 +141,8 @@ void tst_VantorTester::theRoadFromHomeToTheVerdict()
         passes ? QStringLiteral("Passed") : QStringLiteral("Failed"));
 
     int violated = 0;
-    for (const QVariant &row : details.rules()) {
+    const auto rules = details.rules();
+    for (const QVariant &row : rules) {
         const QVariantMap rule = row.toMap();
         const int allowed = rule[QStringLiteral("allowed")].toInt();
         const bool isAbove = allowed >= 0 && rule[QStringLiteral("found")].toInt() > allowed;

@@ -85,7 +85,7 @@ inline QByteArray significantDigits(double value, int count, int *exponent)
     while (zeros < digits.text.size() && digits.text[zeros] == '0')
         ++zeros;
     if (zeros == digits.text.size())
-        return QByteArray(count, '0');
+        return {count, '0'};
     digits.text.remove(0, zeros);
     digits.pointAt -= zeros;
     digits = roundedTo(digits, count);

@@ -48,9 +48,9 @@ Disk &disk()
 } // namespace
 
 // Called in place of libc's.
-extern "C" int fsync(int descriptor)
+extern "C" int fsync(int fd)
 {
-    disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
+    disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(fd));
     errno = disk().error;
     return disk().error ? -1 : 0;
 }

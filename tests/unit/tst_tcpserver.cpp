@@ -76,7 +76,7 @@ private Q_SLOTS:
         QTest::newRow("IPv6") << QStringLiteral("::1");
     }
 
-    void itListensOnAllInterfaces()
+    void itListensOnAllInterfaces() const
     {
         QFETCH(const QString, address);
         const bool isThere = QTcpServer().listen(QHostAddress(address)); // a machine may be without IPv6
@@ -109,7 +109,7 @@ private Q_SLOTS:
         QVERIFY(server.start(0)); // it had not begun to listen
     }
 
-    void aPortInUseIsRefused()
+    void aPortInUseIsRefused() const
     {
         TcpServer other;
 

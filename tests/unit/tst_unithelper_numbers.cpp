@@ -160,7 +160,7 @@ QString plainNumericalValue(double value, int precision)
 #define COMPARE_TEXT(actual, expected, value)                                                                          \
     do {                                                                                                               \
         const QString actualText = (actual);                                                                           \
-        const QString expectedText = (expected);                                                                       \
+        const QString &expectedText = (expected);                                                                      \
         if (actualText != expectedText)                                                                                \
             QFAIL(qPrintable(QStringLiteral("%1 gives %2, expected %3")                                                \
                                  .arg(QString::number(value, 'g', 17), actualText, expectedText)));                    \

@@ -258,6 +258,7 @@ private Q_SLOTS:
         constexpr int rounds = 2000;
         std::atomic<int> torn{0};
         std::vector<std::thread> threads;
+        threads.reserve(writers);
         for (int writer = 0; writer < writers; ++writer) {
             threads.emplace_back([&, writer] {
                 const QString mine = QString(200, QLatin1Char(char('a' + writer)));
