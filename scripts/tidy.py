@@ -58,7 +58,8 @@ def main():
         if source not in wanted or source in keys or output not in deps:
             continue
         parts = [version, entry["command"].replace(root, ".")]
-        parts += [digests.of(folder / ".clang-tidy") for folder in pathlib.Path(source).parents]
+        folders = [folder for folder in pathlib.Path(source).parents if folder.is_relative_to(root)]
+        parts += [digests.of(folder / ".clang-tidy") for folder in folders]
         parts += [path.replace(root, ".") + digests.of(path) for path in sorted(deps[output])]
         keys[source] = hashlib.sha256("\n".join(parts).encode()).hexdigest()
 
