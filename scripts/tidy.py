@@ -60,7 +60,7 @@ def main():
         parts = [version, entry["command"].replace(root, ".")]
         folders = [folder for folder in pathlib.Path(source).parents if folder.is_relative_to(root)]
         parts += [digests.of(folder / ".clang-tidy") for folder in folders]
-        parts += [path.replace(root, ".") + digests.of(path) for path in sorted(deps[output])]
+        parts += sorted(path.replace(root, ".") + digests.of(path) for path in deps[output])
         keys[source] = hashlib.sha256("\n".join(parts).encode()).hexdigest()
 
     unknown = sorted(wanted - keys.keys())
