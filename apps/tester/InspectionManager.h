@@ -18,12 +18,7 @@ Q_SIGNALS:
     void resultReady(FiberInspection::TestResult result, FiberInspection::Standard::Id standardId);
 
 protected:
-    void handleAsyncStart() override;
-
-private:
-    void inspect(const QString &name, FiberInspection::Standard::Id standardId);
-
-    FiberInspection::Analyser mAnalyser;
+    void handleVerdict(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId) override;
 };
 
 Q_DECLARE_METATYPE(FiberInspection::TestResult)

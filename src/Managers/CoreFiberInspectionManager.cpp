@@ -36,6 +36,8 @@ void CoreFiberInspectionManager::handleAsyncStop()
     // Requests that are under way are still answered.
 }
 
+void CoreFiberInspectionManager::handleVerdict(const FiberInspection::TestResult &, FiberInspection::Standard::Id) {}
+
 void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId)
 {
     FiberInspection::TestResult result; // an error until there is a verdict
@@ -45,9 +47,10 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
         qWarning() << "inspection ended by an exception:" << exception.what();
     }
 
-    if (result.error())
+    if (result.error()) {
         Q_EMIT analyseFailed();
-    else
-        Q_EMIT analyseFinished(
-            result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
+        return;
+    }
+    handleVerdict(result, standardId);
+    Q_EMIT analyseFinished(result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
 }

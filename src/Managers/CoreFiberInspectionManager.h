@@ -37,6 +37,10 @@ protected:
     void handleAsyncStart() override;
     void handleAsyncStop() override;
 
+    /// Called in the manager's thread just before analyseFinished(), with all that stands behind the verdict. A
+    /// subclass may pass it on; this one does nothing.
+    virtual void handleVerdict(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId);
+
 private:
     void handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);
 

@@ -391,6 +391,38 @@ private Q_SLOTS:
                 true, filedPath(QStringLiteral("port 1/source.jpg")), filedPath(QStringLiteral("port 1/result.jpg"))}));
     }
 
+    void aSubclassHearsOfTheVerdictBeforeAnybodyElse()
+    {
+        class TellingManager : public CoreFiberInspectionManager
+        {
+        public:
+            QStringList verdicts;
+            int answersBefore = 0;
+            const QSignalSpy *answers = nullptr;
+
+        protected:
+            void handleVerdict(const FiberInspection::TestResult &result, Standard::Id standardId) override
+            {
+                verdicts << QStringLiteral("%1 %2").arg(result.passed()).arg(standardId);
+                answersBefore += answers->count();
+            }
+        };
+        TellingManager manager;
+        const QSignalSpy finished(&manager, &CoreFiberInspectionManager::analyseFinished);
+        const QSignalSpy failed(&manager, &CoreFiberInspectionManager::analyseFailed);
+        manager.answers = &finished;
+        Q_EMIT manager.requestStart();
+
+        Q_EMIT manager.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        QCOMPARE(manager.verdicts, QStringList{QStringLiteral("1 %1").arg(anyStandard)});
+        QCOMPARE(manager.answersBefore, 0);
+        QCOMPARE(finished.count(), 1);
+
+        Q_EMIT manager.requestAnalyse(QStringLiteral("port 1"), Standard::Manual); // no rules, no verdict
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(manager.verdicts.size(), 1);
+    }
+
     void requestsCanBeMadeByName()
     {
         CoreFiberInspectionManager manager;
