@@ -180,6 +180,7 @@ Item {
             fiberManager.analyseFinished(true, "", "");
 
             verify(verdict(page).visible);
+            compare(picture(page).status, Image.Null);
         }
     }
 }

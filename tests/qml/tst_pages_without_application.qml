@@ -65,6 +65,7 @@ Item {
             expectMissing(["snackBar"]);
             page.showResult(true, "");
             page.showResult(false, "");
+            compare(Items.byType(page, "QQuickImage").status, Image.Null);
         }
     }
 }

@@ -15,7 +15,8 @@ VantorComponents.Page {
         testPassed = passed;
         verdict.visible = true;
         resultImage.source = ""; // a later result may lie under the same name
-        resultImage.source = "file://" + resultFilePath;
+        if (resultFilePath !== "") // empty: it could not be filed
+            resultImage.source = "file://" + resultFilePath;
         tellVerdict();
     }
 
