@@ -4,6 +4,7 @@
 #include "SimulatedCamera.h"
 #include "SimulatedScope.h"
 
+#include <QBuffer>
 #include <QImageWriter>
 #include <QSaveFile>
 #include <QTimer>
@@ -12,17 +13,23 @@ namespace {
 constexpr int exposureMilliseconds = 40;
 constexpr int jpegQuality = 95;
 
-/// Empty when the whole picture is on the disk, else why not. Never leaves half of a picture.
-QString writeJpeg(const QImage &image, const QString &path)
+QByteArray jpeg(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setQuality(jpegQuality);
+    return writer.write(image) ? bytes : QByteArray();
+}
+
+/// Empty when the whole file is on the disk, else why not. Never leaves half of it.
+QString write(const QByteArray &bytes, const QString &path)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return file.errorString();
-    QImageWriter writer(&file, "jpeg");
-    writer.setQuality(jpegQuality);
-    if (!writer.write(image))
-        return writer.errorString();
-    return file.commit() ? QString() : file.errorString();
+    // commit() alone would rename what a failed flush has left behind.
+    const bool isWritten =
+        file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    return isWritten ? QString() : QStringLiteral("The picture could not be written: %1").arg(file.errorString());
 }
 } // namespace
 
@@ -62,7 +69,7 @@ void StillCapture::expose(int id, const QString &path)
     }
     Q_EMIT imageExposed(id);
     Q_EMIT imageCaptured(id, picture);
-    const QString problem = writeJpeg(picture.convertToFormat(QImage::Format_RGB32), path);
+    const QString problem = write(jpeg(picture.convertToFormat(QImage::Format_RGB32)), path);
     if (problem.isEmpty())
         Q_EMIT imageSaved(id, path);
     else
