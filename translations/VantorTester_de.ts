@@ -103,6 +103,14 @@
         <source>Fibre scope disconnected</source>
         <translation>Fasermikroskop getrennt</translation>
     </message>
+    <message>
+        <source>The end face could not be inspected</source>
+        <translation>Die Stirnfläche konnte nicht geprüft werden</translation>
+    </message>
+    <message>
+        <source>No picture came from the scope, please try again</source>
+        <translation>Vom Mikroskop kam kein Bild, bitte erneut versuchen</translation>
+    </message>
 </context>
 <context>
     <name>MessageBox</name>

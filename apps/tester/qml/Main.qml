@@ -38,14 +38,14 @@ ApplicationWindow {
                 console.error("there is no page " + pageId);
                 return;
             }
-            if (pageId === OrvelPage.FiberInspectionResult)
-                inspectionDetails.clear();
-            const page = stackView.push(entry.source, properties,
-                                        stackView.depth === 0 ? StackView.Immediate : StackView.PushTransition);
+            const page = stackView.push(entry.source, properties);
             if (!page)
                 return;
+            if (pageId === OrvelPage.FiberInspectionResult)
+                inspectionDetails.clear();
             page.pageId = pageId;
             page.title = title;
+            patience.running = screen.showsResultPage();
             screen.refresh();
         }
 
@@ -73,6 +73,27 @@ ApplicationWindow {
     }
 
     Connections {
+        target: fiberManager
+
+        function onAnalyseFinished() {
+            patience.stop();
+        }
+
+        function onAnalyseFailed() {
+            patience.stop();
+            if (screen.showsResultPage()) // else nobody waits any more
+                snackBar.showError(qsTr("The end face could not be inspected"));
+        }
+    }
+
+    Timer { // the result page itself would wait for ever
+        id: patience
+
+        interval: 10000 // milliseconds
+        onTriggered: snackBar.showError(qsTr("No picture came from the scope, please try again"))
+    }
+
+    Connections {
         target: inspectionDetails
 
         function onChanged() {
@@ -83,14 +104,20 @@ ApplicationWindow {
     Item {
         id: screen
 
+        function showsResultPage() {
+            const page = stackView.currentItem;
+            return !!page && page.pageId === OrvelPage.FiberInspectionResult;
+        }
+
         // What the page on top brings with it. The visibility of an action is set, not bound: a locked page sets it too.
         function refresh() {
             const page = stackView.currentItem;
+            if (page && page.isLocked)
+                return; // what it hides stays hidden
             const actions = page && page.actions ? Array.from(page.actions) : [];
             titleBar.actionBack.visible = stackView.depth > 1 && actions.indexOf(titleBar.actionBack) !== -1;
             titleBar.actionLayers.visible = actions.indexOf(titleBar.actionLayers) !== -1;
-            titleBar.actionDetails.visible = !!page && page.pageId === OrvelPage.FiberInspectionResult
-                && inspectionDetails.isReady;
+            titleBar.actionDetails.visible = showsResultPage() && inspectionDetails.isReady;
         }
 
         width: window.screenWidth
@@ -113,7 +140,7 @@ ApplicationWindow {
             actionDetails.onClicked: detailsPanel.open()
         }
 
-        StackView {
+        PageStack {
             id: stackView
 
             function leavePage() {
@@ -122,11 +149,9 @@ ApplicationWindow {
             }
 
             function leavePagesWithoutScope() {
-                if (busy)
-                    return; // asked again when the pages have come to rest
                 const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
-                if (entry && entry.needsScope && !hardwareManager.isScopeConnected)
-                    pop(null);
+                if (!busy && entry && entry.needsScope && !hardwareManager.isScopeConnected)
+                    popAll();
             }
 
             anchors {
@@ -136,31 +161,18 @@ ApplicationWindow {
                 bottom: bottomToolBar.visible ? bottomToolBar.top : parent.bottom
             }
             objectName: "stackView"
-            clip: true
             focus: true
 
             Keys.onEscapePressed: leavePage()
             Keys.onBackPressed: leavePage()
 
-            pushEnter: Transition {
-                PageMove { from: stackView.width }
-            }
-            pushExit: Transition {
-                PageMove { to: -stackView.width / 3 }
-            }
-            popEnter: Transition {
-                PageMove { from: -stackView.width / 3 }
-            }
-            popExit: Transition {
-                PageMove { to: stackView.width }
-            }
-
-            onBusyChanged: Qt.callLater(leavePagesWithoutScope)
+            onCameToRest: leavePagesWithoutScope()
             onCurrentItemChanged: {
                 detailsPanel.close();
                 screen.refresh();
                 if (!currentItem)
                     return;
+                patience.stop();
                 if (currentItem.notifyPageOpened)
                     currentItem.notifyPageOpened();
                 currentItem.forceActiveFocus(Qt.OtherFocusReason);

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+import QtQuick 2.11
+import QtQuick.Controls 2.4
+
+// The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages move
+// waits until they have come to rest, for a StackView that is asked in between may stay busy for ever.
+FocusScope {
+    id: root
+
+    readonly property alias depth: stack.depth
+    readonly property alias busy: stack.busy
+    readonly property alias currentItem: stack.currentItem
+    property int waitingPops: 0
+
+    signal cameToRest()
+
+    // Null while pages move: the second tap on a tile is not meant for another page.
+    function push(source, properties) {
+        if (busy)
+            return null;
+        return stack.push(source, properties, depth === 0 ? StackView.Immediate : StackView.PushTransition);
+    }
+
+    // The page on top goes. The way is one of StackView's, or that of popExit without one.
+    function pop(way) {
+        if (busy)
+            ++waitingPops;
+        else if (way === undefined)
+            stack.pop();
+        else
+            stack.pop(way);
+    }
+
+    // Only the lowest page stays.
+    function popAll() {
+        stack.pop(null);
+    }
+
+    function goOn() {
+        if (busy)
+            return;
+        if (waitingPops > 0) {
+            --waitingPops;
+            stack.pop();
+        } else {
+            cameToRest();
+        }
+    }
+
+    StackView {
+        id: stack
+
+        anchors.fill: parent
+        clip: true
+        focus: true
+
+        pushEnter: Transition {
+            PageMove { from: stack.width }
+        }
+        pushExit: Transition {
+            PageMove { to: -stack.width / 3 }
+        }
+        popEnter: Transition {
+            PageMove { from: -stack.width / 3 }
+        }
+        popExit: Transition {
+            PageMove { to: stack.width }
+        }
+
+        onBusyChanged: Qt.callLater(root.goOn)
+    }
+}
