@@ -44,19 +44,27 @@ public:
                 return item && item->isEnabled();
             }))
             return false;
+        tap(item);
+        return true;
+    }
+
+    void tap(const QQuickItem *item) const
+    {
         waitForFrame(); // or a row may not have placed its children yet
         QTest::mouseClick(mWindow, Qt::LeftButton, Qt::NoModifier,
             item->mapToScene({item->width() / 2, item->height() / 2}).toPoint());
-        return true;
     }
 
     /// Waits until no page moves any more.
     bool waitForRest() const
     {
-        return waitFor([&] {
-            const QQuickItem *const stack = find(QStringLiteral("stackView"));
-            return stack && !stack->property("busy").toBool();
-        });
+        return waitFor([this] { return isAtRest(); });
+    }
+
+    bool isAtRest() const
+    {
+        const QQuickItem *const stack = find(QStringLiteral("stackView"));
+        return stack && !stack->property("busy").toBool();
     }
 
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Goes through the application as a user would, and leaves a picture of each page: in the small size in English and in
-// the large one in German, or with --all in both sizes and languages.
+// Goes through the application as a user would, and leaves a picture of each page in both sizes and languages.
+#include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "ShellDriver.h"
 #include "SimulatedScope.h"
 #include "Tester.h"
@@ -68,7 +68,8 @@ private:
         scope->setFocus(0);
         if (!ShellDriver::waitFor([scope] { return scope->isSettled(); }))
             return false;
-        QTest::qWait(4 * transitionTime); // the live analysis has to see it
+        if (!seesSharpFrame())
+            return false;
         if (!withDetails && !photograph("focused"))
             return false;
         const bool isGerman = mTester.language().current() == QLatin1String("de");
@@ -81,6 +82,16 @@ private:
                 || !mDriver.tap(QStringLiteral("detailsClose")) || !settle()))
             return false;
         return leave();
+    }
+
+    /// Waits until the live analysis has seen a new frame that is sharp.
+    bool seesSharpFrame()
+    {
+        auto *const analyser = mTester.window()->findChild<FiberInspection::FiberRealtimeAnalyser *>();
+        if (!analyser)
+            return false;
+        analyser->set_focusValue(-1); // what an earlier frame left behind
+        return ShellDriver::waitFor([analyser] { return analyser->focusValue() > 2.5; });
     }
 
     bool leave() { return mDriver.tap(QStringLiteral("actionBack")) && settle(); }
@@ -110,12 +121,11 @@ private:
 
 int main(int argc, char *argv[])
 {
-    const bool makesAll = argc == 3 && QLatin1String(argv[1]) == QLatin1String("--all");
-    if (argc != 2 && !makesAll) {
-        std::fputs("usage: tester-screenshots [--all] FOLDER\n", stderr);
+    if (argc != 2) {
+        std::fputs("usage: tester-screenshots FOLDER\n", stderr);
         return 64;
     }
-    const QString target = QString::fromLocal8Bit(argv[argc - 1]);
+    const QString target = QString::fromLocal8Bit(argv[1]);
     if (!QDir().mkpath(target)) {
         std::fprintf(stderr, "cannot make %s\n", qPrintable(target));
         return 1;
@@ -134,18 +144,15 @@ int main(int argc, char *argv[])
     {
         QSize size;
         const char *language;
-        bool isForDocuments;
     };
     constexpr Look looks[] = {
-        {{800, 480}, "en", true},
-        {{800, 480}, "de", false},
-        {{1024, 600}, "en", false},
-        {{1024, 600}, "de", true},
+        {{800, 480}, "en"},
+        {{800, 480}, "de"},
+        {{1024, 600}, "en"},
+        {{1024, 600}, "de"},
     };
     Photographer photographer(tester, target);
     for (const Look &look : looks) {
-        if (!makesAll && !look.isForDocuments)
-            continue;
         if (!photographer.photographAll(look.size, QLatin1String(look.language))) {
             std::fprintf(stderr, "stuck at %dx%d, %s\n", look.size.width(), look.size.height(), look.language);
             return 1;

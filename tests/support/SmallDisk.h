@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+/// A disk of a few megabytes over a folder, which this process sees alone for as long as the object lives. To be
+/// constructed before there are threads.
+class SmallDisk
+{
+public:
+    SmallDisk(const QString &folder, int kibibytes)
+        : mFolder(QFile::encodeName(folder))
+    {
+        const QByteArray options = QByteArrayLiteral("size=") + QByteArray::number(kibibytes) + 'k';
+        mIsMounted = enterNamespace() && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+            && mount("tmpfs", mFolder.constData(), "tmpfs", 0, options.constData()) == 0;
+        if (!mIsMounted)
+            mProblem = QStringLiteral("no disk of its own: ") + QString::fromLocal8Bit(std::strerror(errno));
+    }
+    SmallDisk(const SmallDisk &) = delete;
+    SmallDisk &operator=(const SmallDisk &) = delete;
+    ~SmallDisk()
+    {
+        if (mIsMounted)
+            umount2(mFolder.constData(), MNT_DETACH);
+    }
+
+    /// Why there is none; empty when there is one.
+    QString problem() const { return mProblem; }
+
+private:
+    static bool writeLine(const char *path, const QByteArray &line)
+    {
+        QFile file(QString::fromUtf8(path));
+        return file.open(QIODevice::WriteOnly) && file.write(line) == line.size();
+    }
+
+    static QByteArray itself(quint32 id) { return QByteArray::number(id) + ' ' + QByteArray::number(id) + " 1"; }
+
+    /// Not root: enters a namespace of users, too.
+    static bool enterNamespace()
+    {
+        const uid_t user = geteuid();
+        const gid_t group = getegid();
+        if (user == 0)
+            return unshare(CLONE_NEWNS) == 0;
+        return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeLine("/proc/self/setgroups", "deny")
+            && writeLine("/proc/self/uid_map", itself(user)) && writeLine("/proc/self/gid_map", itself(group));
+    }
+
+    QByteArray mFolder;
+    QString mProblem;
+    bool mIsMounted = false;
+};
+
+/// A file that leaves only so much free on the disk of the folder.
+class DiskFilling
+{
+public:
+    DiskFilling(const QString &folder, int freeKibibytes)
+        : mFile(folder + QStringLiteral("/filling"))
+    {
+        struct statvfs disk
+        {
+        };
+        if (statvfs(QFile::encodeName(folder).constData(), &disk) != 0 || !mFile.open(QIODevice::WriteOnly))
+            return;
+        const auto free = static_cast<qint64>(disk.f_bavail * disk.f_frsize);
+        mFile.write(QByteArray(static_cast<int>(std::max<qint64>(0, free - freeKibibytes * 1024LL)), '\0'));
+        mFile.close();
+    }
+    DiskFilling(const DiskFilling &) = delete;
+    DiskFilling &operator=(const DiskFilling &) = delete;
+    ~DiskFilling() { remove(); }
+
+    void remove() { mFile.remove(); }
+
+private:
+    QFile mFile;
+};

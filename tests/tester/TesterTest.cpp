@@ -1,0 +1,137 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "TesterTest.h"
+
+#include "FiberInspection/FiberRealtimeAnalyser.h"
+#include "Managers/CoreFiberInspectionManager.h"
+
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QQmlExpression>
+
+using FiberInspection::FiberRealtimeAnalyser;
+
+TesterTest::TesterTest(Tester *tester)
+    : mTester(tester)
+    , mDriver(tester->window())
+{
+}
+
+void TesterTest::initTestCase()
+{
+    QVERIFY(QTest::qWaitForWindowActive(mDriver.window()));
+}
+
+void TesterTest::init()
+{
+    QVERIFY(goHome());
+    scope()->setPlugged(true);
+    scope()->setFace(QStringLiteral("clean"));
+    scope()->setFocus(0.4);
+    mTester->language().setCurrent(QStringLiteral("en"));
+}
+
+void TesterTest::cleanup()
+{
+    if (find("messageConfirm"))
+        tap("messageConfirm");
+}
+
+bool TesterTest::goHome() const
+{
+    constexpr int deepest = 3;
+    for (int i = 0; i < deepest && mDriver.waitForRest() && !isHome(); ++i)
+        tap("actionBack");
+    return mDriver.waitForRest() && isHome();
+}
+
+bool TesterTest::openInspection() const
+{
+    return tap("tile_1") && waitFor("Analyse") && mDriver.waitForRest()
+        && ShellDriver::waitFor([this] { return find("Analyse")->isEnabled(); });
+}
+
+QQuickItem *TesterTest::inspectionPage() const
+{
+    QQuickItem *page = find("Analyse");
+    while (page && !page->property("zonesVisible").isValid())
+        page = page->parentItem();
+    return page;
+}
+
+FiberRealtimeAnalyser *TesterTest::liveAnalyser() const
+{
+    const QQuickItem *const page = inspectionPage();
+    return page ? page->findChild<FiberRealtimeAnalyser *>() : nullptr;
+}
+
+bool TesterTest::focus() const
+{
+    scope()->setFocus(0);
+    return ShellDriver::waitFor([] { return scope()->isSettled(); }) && seesSharpFrame();
+}
+
+bool TesterTest::seesSharpFrame() const
+{
+    FiberRealtimeAnalyser *const analyser = liveAnalyser();
+    if (!analyser)
+        return false;
+    analyser->set_focusValue(-1); // what an earlier frame left behind
+    return ShellDriver::waitFor([analyser] { return analyser->focusValue() > 2.5; });
+}
+
+QVariant TesterTest::evaluate(const QString &script) const
+{
+    QQuickWindow *const window = mDriver.window();
+    QQmlExpression expression(QQmlEngine::contextForObject(window), window, script);
+    const QVariant value = expression.evaluate();
+    if (expression.hasError())
+        qWarning().noquote() << expression.error().toString();
+    return value;
+}
+
+HeldInspections::HeldInspections()
+{
+    QMetaObject::invokeMethod(
+        CoreFiberInspectionManager::instance(), [this] { mGate.acquire(); }, Qt::QueuedConnection);
+}
+
+HeldInspections::~HeldInspections()
+{
+    release();
+    // The gate is free only when the manager has gone through.
+    QMetaObject::invokeMethod(
+        CoreFiberInspectionManager::instance(), [] {}, Qt::BlockingQueuedConnection);
+}
+
+void HeldInspections::release()
+{
+    mGate.release();
+}
+
+namespace {
+int faultCount = 0;
+QtMessageHandler formerHandler = nullptr;
+
+void countFaults(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (type == QtWarningMsg || type == QtCriticalMsg)
+        ++faultCount;
+    formerHandler(type, context, text);
+}
+} // namespace
+
+LogFaults::LogFaults()
+{
+    faultCount = 0;
+    formerHandler = qInstallMessageHandler(&countFaults);
+}
+
+LogFaults::~LogFaults()
+{
+    qInstallMessageHandler(formerHandler);
+}
+
+int LogFaults::count() const
+{
+    return faultCount;
+}

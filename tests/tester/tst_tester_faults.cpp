@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+// The scope is pulled out at the worst moments, and the disk is full.
+#include "Helpers/BaseDirHelper.h"
+#include "SmallDisk.h"
+#include "TesterTest.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+
+#include <memory>
+
+namespace {
+QString diskProblem; // why there is no small disk; empty when there is one
+constexpr int diskSize = 4096; // kibibytes
+} // namespace
+
+class tst_TesterFaults : public TesterTest
+{
+    Q_OBJECT
+
+public:
+    using TesterTest::TesterTest;
+
+private Q_SLOTS:
+    void withoutScopeThereIsNoInspection();
+    void unpluggingLeavesTheInspectionPage();
+    void unpluggingDuringTheCaptureLeadsHome();
+    void unpluggingDuringTheAnalysisLeadsHome();
+    void unpluggingLeavesTheResultPageToo();
+    void aFullDiskIsSurvived_data();
+    void aFullDiskIsSurvived();
+};
+
+void tst_TesterFaults::withoutScopeThereIsNoInspection()
+{
+    scope()->setPlugged(false);
+
+    QVERIFY(waitFor("Please plug in the fibre scope"));
+    QVERIFY(!find("tile_1")->isEnabled());
+    QVERIFY(waitFor("No fibre scope"));
+
+    QVERIFY(tap("plug"));
+    QVERIFY(ShellDriver::waitFor([this] { return find("tile_1")->isEnabled(); }));
+}
+
+void tst_TesterFaults::unpluggingLeavesTheInspectionPage()
+{
+    QVERIFY(openInspection());
+
+    QVERIFY(tap("plug"));
+
+    QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
+}
+
+void tst_TesterFaults::unpluggingDuringTheCaptureLeadsHome()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QTest::ignoreMessage(QtWarningMsg, "QCameraImageCapture error: \"The camera is not active\""); // of the framework
+    QTest::ignoreMessage(QtDebugMsg, "Image capture failed: The camera is not active");
+
+    QVERIFY(tap("Analyse"));
+    scope()->setPlugged(false);
+
+    QVERIFY(waitFor("Please plug in the fibre scope"));
+    QVERIFY(driver().waitForRest());
+    QVERIFY(isHome());
+}
+
+void tst_TesterFaults::unpluggingDuringTheAnalysisLeadsHome()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    {
+        const HeldInspections held;
+        QVERIFY(tap("Analyse"));
+        QVERIFY(waitFor("actionBack"));
+        QVERIFY(driver().waitForRest());
+        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+
+        scope()->setPlugged(false);
+
+        QVERIFY(waitFor("Please plug in the fibre scope"));
+    }
+    QVERIFY(ShellDriver::waitFor([this] { return tester().details().isReady(); })); // the answer came
+    QVERIFY(driver().waitForRest());
+    QVERIFY(isHome());
+    QVERIFY(!find("actionDetails"));
+}
+
+void tst_TesterFaults::unpluggingLeavesTheResultPageToo()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("actionDetails"));
+    QVERIFY(driver().waitForRest());
+
+    QVERIFY(tap("plug"));
+
+    QVERIFY(waitFor("Please plug in the fibre scope"));
+    QVERIFY(driver().waitForRest());
+    QVERIFY(isHome());
+    QVERIFY(!find("actionDetails"));
+}
+
+void tst_TesterFaults::aFullDiskIsSurvived_data()
+{
+    QTest::addColumn<int>("freeKibibytes");
+    QTest::addColumn<bool>("pictureFits");
+
+    QTest::newRow("no space at all") << 0 << false;
+    QTest::newRow("half of the picture fits") << 64 << false;
+    QTest::newRow("the picture fits") << 160 << true;
+    QTest::newRow("so does the result") << 256 << true;
+}
+
+void tst_TesterFaults::aFullDiskIsSurvived()
+{
+    QFETCH(const int, freeKibibytes);
+    QFETCH(const bool, pictureFits);
+    if (!diskProblem.isEmpty()) {
+        QVERIFY2(!qEnvironmentVariableIsSet("CI"), qPrintable(diskProblem));
+        QSKIP(qPrintable(diskProblem));
+    }
+    const QString picture = BaseDirHelper::tmpFiberInspectionImagePath();
+    QFile::remove(picture);
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
+
+    DiskFilling filling(QDir::cleanPath(BaseDirHelper::workDir()), freeKibibytes);
+    if (!pictureFits) {
+        const QRegularExpression why(QStringLiteral("The picture could not be written"));
+        QTest::ignoreMessage(QtWarningMsg, why); // of the framework
+        QTest::ignoreMessage(QtDebugMsg, why);
+    }
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor(pictureFits ? "Connector test passed" : "No picture came from the scope, please try again"));
+    QCOMPARE(QFile::exists(picture), pictureFits); // never half of it
+    filling.remove();
+    QVERIFY(tap("actionBack"));
+    QVERIFY(driver().waitForRest());
+
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); }));
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("Connector test passed"));
+    QVERIFY(waitFor("✓"));
+}
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir workDir;
+    const SmallDisk disk(workDir.path(), diskSize); // before there are threads
+    diskProblem = disk.problem();
+    return runTesterTest<tst_TesterFaults>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+}
+
+#include "tst_tester_faults.moc"

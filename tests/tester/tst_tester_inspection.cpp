@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the home page to the verdict, on every way there is.
+#include "FiberInspection/Standard.h"
+#include "TesterTest.h"
+
+#include <algorithm>
+
+using FiberInspection::Standard;
+
+class tst_TesterInspection : public TesterTest
+{
+    Q_OBJECT
+
+public:
+    using TesterTest::TesterTest;
+
+private Q_SLOTS:
+    void theRoadFromHomeToTheVerdict_data();
+    void theRoadFromHomeToTheVerdict();
+    void everyStandardIsApplied_data();
+    void everyStandardIsApplied();
+    void theAutomaticModeCapturesInFocus();
+    void anImageOutOfFocusIsNotInspected();
+    void theSecondInspectionShowsItsOwnVerdict();
+    void leavingDuringTheAnalysisShowsNothingOfIt();
+
+private:
+    bool turnKnobToFocus() const;
+    bool turnThrough(double from, double to) const;
+    QQuickItem *standardBox() const;
+    bool chooseStandard(int row) const;
+};
+
+/// By its keys, as far as the middle.
+bool tst_TesterInspection::turnKnobToFocus() const
+{
+    constexpr int mostSteps = 100;
+    find("focusKnob")->forceActiveFocus(Qt::TabFocusReason);
+    for (int i = 0; i < mostSteps && scope()->focus() > 0.005; ++i)
+        driver().press(Qt::Key_Left);
+    return qAbs(scope()->focus()) < 0.02 && ShellDriver::waitFor([] { return scope()->isSettled(); });
+}
+
+/// As slowly as the page can follow; ends when the page is left.
+bool tst_TesterInspection::turnThrough(double from, double to) const
+{
+    constexpr int steps = 12;
+    for (int i = 0; i <= steps && inspectionPage(); ++i) {
+        scope()->setFocus(from + (to - from) * i / steps);
+        if (!ShellDriver::waitFor([] { return scope()->isSettled(); }))
+            return false;
+        QTest::qWait(4 * 1000 / SimulatedScope::framesPerSecond);
+    }
+    return true;
+}
+
+QQuickItem *tst_TesterInspection::standardBox() const
+{
+    const QList<QQuickItem *> items = inspectionPage()->findChildren<QQuickItem *>();
+    const auto box = std::find_if(items.begin(), items.end(),
+        [](const QQuickItem *item) { return item->property("valueRole").toString() == QLatin1String("id"); });
+    return box == items.end() ? nullptr : *box;
+}
+
+/// By taps.
+bool tst_TesterInspection::chooseStandard(int row) const
+{
+    const QQuickItem *const box = standardBox();
+    if (!box)
+        return false;
+    const auto isChosen = [=] { return box->property("currentIndex").toInt() == row; };
+    if (isChosen())
+        return true;
+    driver().tap(box);
+    const QObject *const popup = box->property("popup").value<QObject *>();
+    return ShellDriver::waitFor([=] { return popup->property("opened").toBool(); })
+        && driver().tap(Standard::name(Standard::allStandardIds()[row])) && ShellDriver::waitFor(isChosen)
+        && ShellDriver::waitFor([=] { return !popup->property("visible").toBool(); });
+}
+
+void tst_TesterInspection::theRoadFromHomeToTheVerdict_data()
+{
+    QTest::addColumn<QString>("face");
+    QTest::addColumn<bool>("passes");
+    QTest::addColumn<QString>("snackBarText");
+
+    QTest::newRow("clean") << QStringLiteral("clean") << true << QStringLiteral("Connector test passed");
+    QTest::newRow("pitted") << QStringLiteral("pitted") << false << QStringLiteral("Connector test failed");
+}
+
+void tst_TesterInspection::theRoadFromHomeToTheVerdict()
+{
+    QFETCH(const QString, face);
+    QFETCH(const bool, passes);
+    QFETCH(const QString, snackBarText);
+
+    scope()->setFace(face);
+    QVERIFY(openInspection());
+    QVERIFY(turnKnobToFocus());
+    QVERIFY(seesSharpFrame());
+
+    QVERIFY(tap("Analyse"));
+    QVERIFY(driver().waitForItem(snackBarText));
+    QVERIFY(driver().waitForItem(passes ? QStringLiteral("✓") : QStringLiteral("X")));
+
+    QVERIFY(tap("actionDetails"));
+    QVERIFY(waitFor("rules"));
+    const InspectionDetails &details = tester().details();
+    QCOMPARE(details.passed(), passes);
+    QCOMPARE(find("rules")->property("count").toInt(), details.rules().size());
+    QCOMPARE(find("detailsVerdict")->property("text").toString(),
+        passes ? QStringLiteral("Passed") : QStringLiteral("Failed"));
+
+    int violated = 0;
+    const auto rules = details.rules();
+    for (const QVariant &row : rules) {
+        const QVariantMap rule = row.toMap();
+        const int allowed = rule[QStringLiteral("allowed")].toInt();
+        const bool isAbove = allowed >= 0 && rule[QStringLiteral("found")].toInt() > allowed;
+        QCOMPARE(rule[QStringLiteral("violated")].toBool(), isAbove);
+        violated += isAbove ? 1 : 0;
+    }
+    QCOMPARE(violated == 0, passes);
+
+    // The picture is 272 pixels of 800 for 860 micrometres; the contact zone is 250 micrometres wide.
+    QCOMPARE(details.zones().size(), 4);
+    const double contact = details.zones().constLast().toMap()[QStringLiteral("diameter")].toDouble();
+    QCOMPARE(contact, 250.0 * 800 / 860);
+    QVERIFY(waitFor("zoneRing"));
+
+    QVERIFY(tap("detailsClose"));
+    QVERIFY(ShellDriver::waitFor([this] { return !find("rules"); }));
+}
+
+void tst_TesterInspection::everyStandardIsApplied_data()
+{
+    QTest::addColumn<int>("row");
+
+    const QVector<Standard::Id> standards = Standard::allStandardIds();
+    for (int row = 0; row < standards.size(); ++row)
+        QTest::newRow(qPrintable(Standard::name(standards[row]))) << row;
+}
+
+void tst_TesterInspection::everyStandardIsApplied()
+{
+    QFETCH(const int, row);
+    const Standard::Id standard = Standard::allStandardIds()[row];
+    QVERIFY(openInspection());
+    QVERIFY(chooseStandard(row));
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
+    const bool hasRules = standard != Standard::Manual;
+    if (!hasRules)
+        QTest::ignoreMessage(QtCriticalMsg, "analyse failed");
+
+    QVERIFY(tap("Analyse"));
+
+    if (!hasRules) {
+        QVERIFY(waitFor("The end face could not be inspected"));
+        QVERIFY(!find("actionDetails"));
+        return;
+    }
+    QVERIFY(waitFor("Connector test passed"));
+    QCOMPARE(tester().details().standardName(), Standard::name(standard));
+}
+
+void tst_TesterInspection::theAutomaticModeCapturesInFocus()
+{
+    constexpr double sharp = 0.3; // of the knob's way, on both sides
+    QVERIFY(openInspection());
+    QVERIFY(tap("Auto Analyse"));
+    QVERIFY(!find("Analyse")->isEnabled());
+    QVERIFY(waitFor("Turn focus knob slowly from left to right & left again"));
+
+    QVERIFY(turnThrough(0.8, sharp)); // there is nothing to capture on the way
+    QVERIFY(inspectionPage());
+    QVERIFY(turnThrough(sharp, -sharp));
+    QVERIFY(turnThrough(-sharp, sharp));
+
+    QVERIFY(waitFor("Connector test passed"));
+    QVERIFY(tester().details().passed());
+}
+
+void tst_TesterInspection::anImageOutOfFocusIsNotInspected()
+{
+    scope()->setFocus(1);
+    QVERIFY(openInspection());
+    QVERIFY(ShellDriver::waitFor([] { return scope()->isSettled(); }));
+
+    QVERIFY(tap("Analyse"));
+
+    QVERIFY(waitFor("Image out of Focus"));
+    QVERIFY(ShellDriver::waitFor([this] { return find("messageConfirm")->hasActiveFocus(); }));
+    driver().press(Qt::Key_Return);
+    QVERIFY(ShellDriver::waitFor([this] { return !find("messageConfirm"); }));
+    QVERIFY(find("Analyse")); // still the same page
+}
+
+void tst_TesterInspection::theSecondInspectionShowsItsOwnVerdict()
+{
+    scope()->setFace(QStringLiteral("pitted"));
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("X"));
+    QVERIFY(tap("actionBack"));
+    QVERIFY(driver().waitForRest());
+
+    scope()->setFace(QStringLiteral("clean"));
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+
+    QVERIFY(waitFor("✓"));
+    QVERIFY(!find("X"));
+    QVERIFY(tester().details().passed());
+}
+
+void tst_TesterInspection::leavingDuringTheAnalysisShowsNothingOfIt()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
+    {
+        const HeldInspections held;
+        QVERIFY(tap("Analyse"));
+        QVERIFY(waitFor("actionBack"));
+        QVERIFY(driver().waitForRest());
+        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+        driver().press(Qt::Key_Escape);
+        QVERIFY(ShellDriver::waitFor([this] { return find("Analyse") && driver().isAtRest(); }));
+    }
+
+    QVERIFY(ShellDriver::waitFor([this] { return tester().details().isReady(); })); // the answer came
+    QVERIFY(!find("snackBar"));
+    QVERIFY(!find("actionDetails"));
+
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("Connector test passed"));
+}
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir workDir;
+    return runTesterTest<tst_TesterInspection>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+}
+
+#include "tst_tester_inspection.moc"

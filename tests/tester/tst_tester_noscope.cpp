@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// A unit without any camera.
+#include "TesterTest.h"
+
+class tst_TesterNoScope : public TesterTest
+{
+    Q_OBJECT
+
+public:
+    using TesterTest::TesterTest;
+
+private Q_SLOTS:
+    void thereIsNoInspectionToStart();
+    void anInspectionPageWithoutCameraCanBeLeft();
+};
+
+void tst_TesterNoScope::thereIsNoInspectionToStart()
+{
+    QVERIFY(waitFor("Please plug in the fibre scope"));
+    QVERIFY(waitFor("No fibre scope"));
+    QVERIFY(!find("tile_1")->isEnabled());
+    QVERIFY(!find("focusKnob")); // nor a simulated one
+
+    QVERIFY(tap("tile_100"));
+    QVERIFY(waitFor("About this unit"));
+}
+
+void tst_TesterNoScope::anInspectionPageWithoutCameraCanBeLeft()
+{
+    QTest::ignoreMessage(
+        QtWarningMsg, "defaultServiceProvider::requestService(): no service found for - \"org.qt-project.qt.camera\"");
+    evaluate(QStringLiteral("appController.navigateTo(1, \"\", { deviceName: \"ODM Scope 2\" })"));
+
+    QVERIFY(waitFor("Analyse"));
+    QVERIFY(driver().waitForRest());
+    QVERIFY(!find("Analyse")->isEnabled());
+    QTest::qWait(300); // milliseconds
+
+    driver().press(Qt::Key_Escape);
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+}
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir workDir;
+    return runTesterTest<tst_TesterNoScope>(argc, argv, workDir.path(), QString());
+}
+
+#include "tst_tester_noscope.moc"

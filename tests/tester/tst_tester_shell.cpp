@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is around the pages: keys, language, title bar, notifications, locked pages.
+#include "TesterTest.h"
+
+class tst_TesterShell : public TesterTest
+{
+    Q_OBJECT
+
+public:
+    using TesterTest::TesterTest;
+
+private Q_SLOTS:
+    void theKeyboardAloneDoes();
+    void languageChangesWhatIsShown();
+    void theLayersActionHidesTheCircles();
+    void theStatusBarPullsTheNotifications();
+    void aLockedPageHoldsTheUser();
+    void theAboutPageNamesScopeAndStandards();
+    void aPageThatIsNotThereIsSaid();
+    void aPageThatGoesAsItComesIsGone();
+    void aDoubleTapOpensOnePage();
+};
+
+void tst_TesterShell::theKeyboardAloneDoes()
+{
+    constexpr int mostStops = 20;
+    QQuickItem *const tile = find("tile_1");
+    for (int i = 0; i < mostStops && !tile->hasActiveFocus(); ++i)
+        driver().press(Qt::Key_Tab);
+    QVERIFY(tile->hasActiveFocus());
+
+    driver().press(Qt::Key_Return);
+    QVERIFY(waitFor("Analyse"));
+    QVERIFY(driver().waitForRest());
+
+    driver().press(Qt::Key_Escape);
+    QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
+}
+
+void tst_TesterShell::languageChangesWhatIsShown()
+{
+    QVERIFY(tap("language_de"));
+    QVERIFY(waitFor("Faserprüfung"));
+    QVERIFY(tap("tile_1"));
+    QVERIFY(waitFor("Prüfnorm")); // a text of the library
+    QVERIFY(goHome());
+    QVERIFY(tap("language_en"));
+    QVERIFY(waitFor("Fibre inspection"));
+}
+
+void tst_TesterShell::theLayersActionHidesTheCircles()
+{
+    QVERIFY(!find("actionLayers"));
+    QVERIFY(openInspection());
+    QQuickItem *const page = inspectionPage();
+    QVERIFY(page);
+    QVERIFY(page->property("zonesVisible").toBool());
+
+    QVERIFY(tap("actionLayers"));
+
+    QVERIFY(!page->property("zonesVisible").toBool());
+}
+
+void tst_TesterShell::theStatusBarPullsTheNotifications()
+{
+    const QPoint statusBar(300, 10);
+    scope()->setPlugged(false);
+    scope()->setPlugged(true);
+
+    QTest::mouseClick(driver().window(), Qt::LeftButton, Qt::NoModifier, statusBar);
+
+    QVERIFY(ShellDriver::waitFor([this] { return evaluate(QStringLiteral("notificationArea.opened")).toBool(); }));
+    const auto newest =
+        QTime::currentTime().toString(QStringLiteral("hh:mm   ")) + QStringLiteral("Fibre scope connected");
+    QVERIFY(find("Fibre scope connected") || driver().find(newest));
+    driver().press(Qt::Key_Escape);
+    QVERIFY(ShellDriver::waitFor([this] { return !evaluate(QStringLiteral("notificationArea.visible")).toBool(); }));
+}
+
+void tst_TesterShell::aLockedPageHoldsTheUser()
+{
+    QVERIFY(openInspection());
+    QVERIFY(QMetaObject::invokeMethod(inspectionPage(), "lockPage"));
+
+    QVERIFY(!find("actionBack"));
+    QVERIFY(!find("actionLayers"));
+    driver().press(Qt::Key_Escape);
+    QTest::mouseClick(driver().window(), Qt::LeftButton, Qt::NoModifier, QPoint(300, 10));
+    QTest::qWait(100); // milliseconds; nothing comes of it
+    QVERIFY(inspectionPage());
+    QVERIFY(!evaluate(QStringLiteral("stackView.busy")).toBool());
+    QVERIFY(!evaluate(QStringLiteral("notificationArea.visible")).toBool());
+
+    QVERIFY(QMetaObject::invokeMethod(inspectionPage(), "unlockPage"));
+    QVERIFY(find("actionBack"));
+    QVERIFY(find("actionLayers"));
+    QVERIFY(!find("actionDetails"));
+    QVERIFY(evaluate(QStringLiteral("notificationArea.interactive")).toBool());
+}
+
+void tst_TesterShell::theAboutPageNamesScopeAndStandards()
+{
+    QVERIFY(tap("tile_100"));
+    QVERIFY(waitFor("ODM Scope 2"));
+    QVERIFY(waitFor("About this unit"));
+    QVERIFY(driver().waitForRest());
+    driver().press(Qt::Key_Escape);
+    QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
+}
+
+void tst_TesterShell::aPageThatIsNotThereIsSaid()
+{
+    QTest::ignoreMessage(QtCriticalMsg, "there is no page 99");
+
+    evaluate(QStringLiteral("appController.navigateTo(99, \"\", {})"));
+
+    QVERIFY(isHome());
+}
+
+void tst_TesterShell::aPageThatGoesAsItComesIsGone()
+{
+    constexpr int often = 20;
+    for (int i = 0; i < often; ++i) {
+        evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+        evaluate(QStringLiteral("stackView.currentItem.back()"));
+        QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+        QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 1);
+    }
+}
+
+void tst_TesterShell::aDoubleTapOpensOnePage()
+{
+    QVERIFY(driver().waitForRest());
+    const QQuickItem *const tile = find("tile_100");
+    const QPoint middle = tile->mapToScene({tile->width() / 2, tile->height() / 2}).toPoint();
+
+    QTest::mouseClick(driver().window(), Qt::LeftButton, Qt::NoModifier, middle);
+    QTest::mouseDClick(driver().window(), Qt::LeftButton, Qt::NoModifier, middle);
+
+    QVERIFY(driver().waitForRest());
+    QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
+}
+
+int main(int argc, char *argv[])
+{
+    const QTemporaryDir workDir;
+    return runTesterTest<tst_TesterShell>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+}
+
+#include "tst_tester_shell.moc"
