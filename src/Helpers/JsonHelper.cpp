@@ -51,7 +51,8 @@ void setProperty(const char *name, const QJsonValue &value, QObject *target)
     const int index = metaObject->indexOfProperty(name);
     const QMetaProperty property = metaObject->property(index);
     constexpr int noNumber = std::numeric_limits<int>::min();
-    const int number = property.userType() == QMetaType::Int ? value.toInt(noNumber) : noNumber;
+    const bool isInt = property.userType() == QMetaType::Int && !property.isEnumType(); // a JSON number sets no enum
+    const int number = isInt ? value.toInt(noNumber) : noNumber;
     if (number != noNumber)
         property.write(target, number); // spares a conversion
     else if (index < 0)

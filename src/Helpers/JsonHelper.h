@@ -27,7 +27,7 @@ public:
     static QByteArray toByteArray(const QJsonObject &json);
 
     /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
-    /// decides what is set: nothing is checked. Always true.
+    /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. Always true.
     static bool fromJson(const QJsonObject &json, QObject *target);
 
     /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else.

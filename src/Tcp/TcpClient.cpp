@@ -93,7 +93,7 @@ void TcpClient::onConnected()
 void TcpClient::onDisconnected()
 {
     qDebug() << "Disonnected from server";
-    while (mSocketBuffer->readFrom(*mSocket)) {}
+    while (mSocketBuffer->readFrom(*mSocket)) {} // what came while a receiver ran an event loop of its own
     mSocket->disconnect(this);
     renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
     const QPointer<TcpClient> self(this);
@@ -105,16 +105,13 @@ void TcpClient::onDisconnected()
 void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
-    bool hasRead = false;
-    do {
-        hasRead = mSocketBuffer->readFrom(*mSocket);
+    while (mSocketBuffer->readFrom(*mSocket)) { // more may come while a receiver runs an event loop of its own
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;
         }
-    } while (
-        hasRead && mSocket->bytesAvailable() > 0); // more may have come while a receiver ran an event loop of its own
+    }
 }
 
 void TcpClient::onSend(const AbstractTcpMessage &message)

@@ -15,8 +15,8 @@ class SocketBuffer;
 
 /// The end of the link that connects, and connects again whenever the link is lost, until it is destroyed.
 ///
-/// Belongs to one thread; emit send() there. Messages sent while there is no connection are lost. A receiver of any
-/// signal may start, stop or destroy the client.
+/// Belongs to the thread that creates it; emit send() there. Messages sent while there is no connection are lost. A
+/// receiver of any signal may start, stop or destroy the client.
 class VANTORBASE_EXPORT TcpClient : public QObject
 {
     Q_OBJECT

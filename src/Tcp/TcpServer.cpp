@@ -80,7 +80,7 @@ void TcpServer::onNewConnection()
 void TcpServer::onReadyRead(const QTcpSocket *socket)
 {
     const QPointer<TcpServer> self(this);
-    while (self && mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
+    while (mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
         for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -13,9 +13,9 @@ class SocketBuffer;
 
 /// The end of the link that listens. It talks to one client at a time: the newest.
 ///
-/// Belongs to one thread; emit send() there. Messages sent while there is no client are lost. Bytes that an old client
-/// left without completing a frame stay in front of what the new client sends. A receiver of any signal may stop or
-/// destroy the server.
+/// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. Bytes
+/// that an old client left without completing a frame stay in front of what the new client sends. A receiver of any
+/// signal may stop or destroy the server.
 class VANTORBASE_EXPORT TcpServer : public QObject
 {
     Q_OBJECT

@@ -44,6 +44,16 @@ class Place : public QObject
     VANTOR_PROPERTY(QPointF, point, QPointF(1, 2))
 };
 
+class Choice : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum Mode { Off, Slow, Fast };
+    Q_ENUM(Mode)
+    VANTOR_PROPERTY(Mode, mode, Off)
+};
+
 class ArrayHolder : public QObject
 {
     Q_OBJECT
@@ -270,6 +280,18 @@ private Q_SLOTS:
         QCOMPARE(settings.amount(), -3);
         QCOMPARE(settings.level(), 2.0);
         QCOMPARE(settings.property("zzz"), QVariant(1.0));
+    }
+
+    void anEnumerationIsSetByNameOnly()
+    {
+        Choice choice;
+
+        QVERIFY(JsonHelper::fromJson(QByteArray("{\"mode\": 1}"), &choice));
+        QCOMPARE(choice.mode(), Choice::Off);
+        QVERIFY(!choice.mode_dirty());
+        QVERIFY(JsonHelper::fromJson(QByteArray("{\"mode\": \"Fast\"}"), &choice));
+
+        QCOMPARE(choice.mode(), Choice::Fast);
     }
 
     void anArrayGoesWholeIntoItsProperty()
