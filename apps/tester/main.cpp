@@ -3,6 +3,7 @@
 #include "TesterDirHelper.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -72,9 +73,13 @@ int parse(int &argc, char *argv[], Options &options)
     return -1;
 }
 
+/// The folder of the simulated scope, installed or in the build tree.
 QString pluginFolder(const QString &program)
 {
-    return QFileInfo(program).absolutePath() + QStringLiteral("/../plugins/mediaservice");
+    const QDir programs = QFileInfo(program).absoluteDir();
+    const QString installed = programs.absoluteFilePath(QStringLiteral(VANTOR_SIMSCOPE_FROM_PROGRAMS));
+    return QFileInfo::exists(installed) ? installed
+                                        : programs.absoluteFilePath(QStringLiteral("../plugins/mediaservice"));
 }
 } // namespace
 

@@ -117,6 +117,18 @@ installed_programs_start() {
 }
 [[ ! -d $prefix/bin ]] || check "the installed programs start" installed_programs_start
 
+# The work directory links to what the tester found.
+installed_tester_offers_its_scope() {
+    local status=0 plugin
+    "$source_tree/tests/support/with-xvfb.sh" timeout 4 "$prefix/bin/vantor-tester" --folder "$work/tester" || status=$?
+    [[ $status -eq 124 ]] || return 1 # it was still running
+    plugin=$(readlink -f "$work/tester/lib/qt5/plugins/mediaservice/libsimscope.so")
+    echo "$plugin"
+    [[ $plugin == "$prefix"/* ]] && ! ldd "$plugin" | grep 'not found' && ldd "$plugin" | grep -F "$prefix"
+}
+[[ ! -x $prefix/bin/vantor-tester ]] || ! command -v Xvfb >/dev/null ||
+    check "the installed tester offers its simulated scope" installed_tester_offers_its_scope
+
 # Apart from the names that the toolchain makes, strong symbols belong to what a header marks as exported. Weak ones are
 # inline functions and templates, many of them of Qt and OpenCV, which cannot clash.
 strong_symbols() {
