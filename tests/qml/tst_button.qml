@@ -52,6 +52,29 @@ Item {
         name: "Button"
         when: windowShown
 
+        function test_theReturnKeyDoesWhatTheSpaceBarDoes_data() {
+            return [
+                { tag: "space bar", key: Qt.Key_Space },
+                { tag: "return", key: Qt.Key_Return },
+                { tag: "enter", key: Qt.Key_Enter },
+            ];
+        }
+        function test_theReturnKeyDoesWhatTheSpaceBarDoes(row) {
+            const button = createTemporaryObject(buttonComponent, scene, { checkable: true });
+            var clicks = 0;
+            button.clicked.connect(function() { ++clicks; });
+            button.forceActiveFocus();
+            tryCompare(button, "activeFocus", true);
+
+            keyClick(row.key);
+            compare(clicks, 1);
+            verify(button.checked);
+
+            keyClick(row.key);
+            compare(clicks, 2);
+            verify(!button.checked);
+        }
+
         function test_isOfTouchSizeAndInTheColoursOfTheHouse() {
             const button = createTemporaryObject(buttonComponent, scene, { text: "Go on" });
 

@@ -11,6 +11,7 @@ public:
 
 private Q_SLOTS:
     void theKeyboardAloneDoes();
+    void escapeLeavesThePageWhoeverHasTheKeyboard();
     void languageChangesWhatIsShown();
     void theLayersActionHidesTheCircles();
     void theStatusBarPullsTheNotifications();
@@ -33,7 +34,25 @@ void tst_TesterShell::theKeyboardAloneDoes()
     QVERIFY(waitFor("Analyse"));
     QVERIFY(driver().waitForRest());
 
+    QVERIFY(ShellDriver::waitFor([this] { return find("Analyse")->isEnabled(); }));
+    find("Analyse")->forceActiveFocus(Qt::TabFocusReason); // still out of focus
+    driver().press(Qt::Key_Return);
+    QVERIFY(waitFor("Image out of Focus"));
+    QVERIFY(ShellDriver::waitFor([this] { return find("messageConfirm")->hasActiveFocus(); }));
+    driver().press(Qt::Key_Return);
+    QVERIFY(ShellDriver::waitFor([this] { return !find("messageConfirm"); }));
+
     driver().press(Qt::Key_Escape);
+    QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
+}
+
+void tst_TesterShell::escapeLeavesThePageWhoeverHasTheKeyboard()
+{
+    QVERIFY(openInspection());
+    find("focusKnob")->forceActiveFocus(Qt::TabFocusReason);
+
+    driver().press(Qt::Key_Escape);
+
     QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
 }
 

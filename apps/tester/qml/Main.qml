@@ -124,6 +124,9 @@ ApplicationWindow {
         height: window.screenHeight
         clip: true
 
+        Keys.onEscapePressed: stackView.leavePage()
+        Keys.onBackPressed: stackView.leavePage()
+
         StatusBar {
             id: statusBar
 
@@ -162,9 +165,6 @@ ApplicationWindow {
             }
             objectName: "stackView"
             focus: true
-
-            Keys.onEscapePressed: leavePage()
-            Keys.onBackPressed: leavePage()
 
             onCameToRest: leavePagesWithoutScope()
             onCurrentItemChanged: {
@@ -223,5 +223,7 @@ ApplicationWindow {
         height: window.height
         visible: hardwareManager.isSimulated
         scope: simulatedScope
+
+        Keys.onEscapePressed: stackView.leavePage() // the knob keeps the keyboard
     }
 }

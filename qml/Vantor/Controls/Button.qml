@@ -34,6 +34,13 @@ Controls.Button {
         });
     }
 
+    // As the space bar does.
+    function pressByKey() {
+        if (checkable)
+            toggle();
+        clicked();
+    }
+
     implicitWidth: 155
     implicitHeight: 65
     font.pixelSize: GlobalStyles.textBigSize
@@ -41,6 +48,8 @@ Controls.Button {
     Material.background: GlobalStyles.pending
     Material.foreground: "white"
 
+    Keys.onReturnPressed: pressByKey()
+    Keys.onEnterPressed: pressByKey()
     onChildrenChanged: roundCorners()
     Component.onCompleted: roundCorners()
 }

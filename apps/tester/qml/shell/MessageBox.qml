@@ -45,8 +45,6 @@ Dialog {
             objectName: "messageConfirm"
             text: qsTr("OK")
             onClicked: root.close()
-            Keys.onReturnPressed: root.close()
-            Keys.onEnterPressed: root.close()
         }
     }
 }

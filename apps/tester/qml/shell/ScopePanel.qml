@@ -73,7 +73,6 @@ Rectangle {
             font.pixelSize: GlobalStyles.textHeadingSize
             text: root.scope && root.scope.isPlugged ? qsTr("Unplug") : qsTr("Plug in")
             onClicked: root.scope.isPlugged = !root.scope.isPlugged
-            Keys.onReturnPressed: clicked()
         }
     }
 }
