@@ -50,10 +50,10 @@ int inspectAll(const Options &options)
     const QVector<Task> tasks = makeTasks(listImages(options.operands), options);
 
     Tools::StopSignals signals;
-    const TemporaryFolder temporaryFolder;
+    const Tools::TemporaryFolder temporaryFolder(QCoreApplication::applicationName());
     if (!temporaryFolder.isValid()) {
         Tools::Terminal::tell(
-            QStringLiteral("cannot create a temporary folder in %1").arg(TemporaryFolder::parentPath()));
+            QStringLiteral("cannot create a temporary folder in %1").arg(Tools::TemporaryFolder::parentPath()));
         return SomeNotAnalysed;
     }
     const Tools::TextStyle style(options.isForPerson() && Tools::Terminal::hasColors(STDOUT_FILENO));
