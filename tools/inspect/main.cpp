@@ -72,18 +72,12 @@ int main(int argc, char *argv[])
     CommandLine commandLine;
     if (!commandLine.parse(QCoreApplication::arguments()))
         return refuse(commandLine.problem());
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return print(answer);
     const Options &options = commandLine.options();
     setUpLog(options.verbose);
 
-    switch (options.action) {
-    case Options::Action::ShowHelp:
-        return print(commandLine.helpText());
-    case Options::Action::ShowVersion:
-        return print(QStringLiteral("vantor-inspect " VANTORBASE_VERSION "\n"));
-    case Options::Action::ListStandards:
+    if (options.action == Options::Action::ListStandards)
         return print(standardsText(Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO))));
-    case Options::Action::Inspect:
-        break;
-    }
     return inspectAll(options);
 }
