@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 #include "Commands.h"
+#include "Terminal.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
-#include <Terminal.h>
 #include <cstdio>
 #include <unistd.h>
 
