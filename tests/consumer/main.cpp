@@ -1,15 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
-// Prints the acceptance standards as an application sees them, and checks some of them; 0 if all is as it must be.
+// Prints the acceptance standards as an application sees them, and asks something of every class that is installed; 0
+// if all is as it must be.
+#include <AbstractSettings.h>
+#include <FiberInspection/Analyser.h>
 #include <FiberInspection/Defect.h>
+#include <FiberInspection/FiberRealtimeAnalyser.h>
 #include <FiberInspection/Geometry.h>
 #include <FiberInspection/Rule.h>
 #include <FiberInspection/Standard.h>
 #include <FiberInspection/TestResult.h>
 #include <Helpers/BaseDirHelper.h>
+#include <Helpers/IPDetails.h>
+#include <Helpers/JsonHelper.h>
+#include <Helpers/NetworkHelper.h>
+#include <Helpers/OrvelStringValidator.h>
+#include <Helpers/QObjectHelper.h>
+#include <Helpers/SystemHelper.h>
+#include <Helpers/TestNameGenerator.h>
+#include <Helpers/TimeDelta.h>
+#include <Helpers/UnitHelper.h>
+#include <Managers/AbstractCoreManager.h>
+#include <Managers/CoreFiberInspectionManager.h>
+#include <OrvelApplication.h>
 #include <Property.h>
+#include <QmlResources.h>
+#include <Tcp/AbstractTcpMessage.h>
+#include <Tcp/TcpClient.h>
+#include <Tcp/TcpProtocolParser.h>
+#include <Tcp/TcpServer.h>
+#include <VantorBase.h>
 #include <VantorBase_export.h>
 
+#include <QCoreApplication>
+#include <QFile>
 #include <QObject>
+#include <QTemporaryDir>
 #include <QTextStream>
 
 using namespace FiberInspection;
@@ -20,6 +45,17 @@ class Directories : public BaseDirHelper
 {
 public:
     QString applicationDirName() override { return QStringLiteral("consumer"); }
+};
+
+class Settings : public AbstractSettings
+{
+public:
+    explicit Settings(const QString &path)
+        : AbstractSettings(path)
+    {
+    }
+
+    bool isNew() const { return hasBeenIniFileCreated(); }
 };
 
 class Checks
@@ -114,14 +150,87 @@ void checkDirectories(Checks &checks)
     checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/opt/consumer/tmp/"), "the folder of temporary files");
 }
 
+void checkInspection(Checks &checks)
+{
+    const FiberRealtimeAnalyser live;
+    checks.expect(live.focusValue() < 0, "the live filter has not measured yet");
+    const Analyser analyser;
+    checks.expect(analyser.lastResultImagePath().isEmpty(), "the analyser has not filed an image yet");
+    const CoreFiberInspectionManager manager;
+    const AbstractCoreManager &base = manager;
+    checks.expect(CoreFiberInspectionManager::instance() == &manager && !base.isRunning(), "the manager waits");
+}
+
+void checkValues(Checks &checks)
+{
+    const TimeDelta span = TimeDelta::FromHours(1) + TimeDelta::FromMinutes(30);
+    checks.expect(span.ToStringHrMinSec() == QStringLiteral("01:30:00"), "a span of time as text");
+    checks.expect(UnitHelper::toHexString(255) == QStringLiteral("0x00FF"), "a number as text");
+
+    QVector<QString> names;
+    TestNameGenerator::generateTestNames(QStringLiteral("A1"), QStringLiteral("B2"), names, 10);
+    const QVector<QString> expected{
+        QStringLiteral("A1"), QStringLiteral("A2"), QStringLiteral("B1"), QStringLiteral("B2")};
+    checks.expect(names == expected, "the names from A1 to B2");
+}
+
+void checkAddresses(Checks &checks)
+{
+    checks.expect(OrvelStringValidator::validateIpv4(QStringLiteral("192.0.2.7")), "an address that is valid");
+    checks.expect(!NetworkHelper::ipAddressIsValid(QStringLiteral("nowhere")), "an address that is not");
+
+    IPDetails details;
+    details.set_address(QStringLiteral("192.0.2.7"));
+    IPDetails copy;
+    checks.expect(JsonHelper::fromJson(JsonHelper::toByteArray(details), &copy), "an object comes back from JSON");
+    checks.expect(QObjectHelper::equal(&details, &copy) && copy == details, "it is the same");
+}
+
+void checkLink(Checks &checks)
+{
+    AbstractTcpMessage sent;
+    sent.set_type(7);
+    QByteArray stream = TcpProtocolParser::messageToData(sent);
+    AbstractTcpMessage received;
+    checks.expect(received.fromByteArray(TcpProtocolParser::retrieveMessageData(stream)), "a frame has a message");
+    checks.expect(received.type() == 7 && stream.isEmpty(), "it is the message that was sent");
+
+    TcpServer server;
+    TcpClient client;
+    checks.expect(server.bytesToWrite() == 0 && !client.isConnected(), "nobody is connected yet");
+
+    const VantorBase unit;
+    checks.expect(VantorBase::instance() == &unit && unit.isMain(), "the unit is the main one at first");
+}
+
+void checkFiles(Checks &checks)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("settings.ini"));
+    checks.expect(Settings(path).isNew(), "settings without a file are new");
+    checks.expect(SystemHelper::writeIntToFile(path, 42), "a file is written");
+    checks.expect(!Settings(path).isNew(), "settings with a file are not");
+
+    initVantorQmlResources();
+    checks.expect(QFile::exists(QStringLiteral(":/Vantor/Pages/FiberInspectionPage.qml")), "the pages are there");
+}
+
 } // namespace
 
-int main()
+int main(int argc, char *argv[])
 {
+    OrvelApplication::enableSoftwareRendering();
+    const QCoreApplication application(argc, argv);
     Checks checks;
+    checks.expect(qgetenv("QMLSCENE_DEVICE") == "softwarecontext", "the window will be drawn in software");
     checkStandards(checks);
     checkGrading(checks);
     checkGeometry(checks);
     checkDirectories(checks);
+    checkInspection(checks);
+    checkValues(checks);
+    checkAddresses(checks);
+    checkLink(checks);
+    checkFiles(checks);
     return checks.failed() == 0 ? 0 : 1;
 }

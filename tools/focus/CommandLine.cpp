@@ -15,21 +15,6 @@ constexpr qint64 maxStride = 65536; // bytes
 constexpr double maxNoise = 100; // grey levels
 constexpr double maxBlur = 60; // micrometres
 
-QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
-{
-    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
-}
-
-QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
-{
-    return option({QString::fromUtf8(name)}, description, valueName);
-}
-
-QString longName(const QCommandLineOption &option)
-{
-    return QStringLiteral("--") + option.names().constLast();
-}
-
 /// The parser knows no optional values: writes the default behind a --sweep without a number.
 QStringList withSweepSteps(const QStringList &arguments, int steps)
 {
@@ -50,9 +35,7 @@ QStringList withSweepSteps(const QStringList &arguments, int steps)
 } // namespace
 
 CommandLine::CommandLine()
-    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
-    , mVersion(option("version", "Show the version."))
-    , mSize(option("size", "Width and height of the frames in raw files.", "WxH"))
+    : mSize(option("size", "Width and height of the frames in raw files.", "WxH"))
     , mStride(option("stride", "Bytes from row to row in raw files (default: the width).", "N"))
     , mSweep(option("sweep",
           "Paint an end face that moves through the focus, in so many frames (default: 31), and measure these.",
@@ -83,18 +66,18 @@ CommandLine::CommandLine()
         QStringLiteral("Pictures, raw NV12 files (*.nv12, *.yuv, *.raw; several frames may follow each other), and "
                        "folders of these (their subfolders are not searched)."),
         QStringLiteral("FOLDER|FRAME..."));
-    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
     mParser.addOptions({mSize, mStride, mSweep, mSeed, mNoise, mIllumination, mMaxBlur, mCsv, mJson, mPlot, mStudy,
         mQuick, mVerbose, mVersion, mHelp});
 }
 
 bool CommandLine::parse(const QStringList &arguments)
 {
-    if (!mParser.parse(withSweepSteps(arguments, mOptions.sweep.steps)))
-        return refuse(mParser.errorText());
-    if (chooseAction())
-        return true;
+    return CommandLineBase::parse(withSweepSteps(arguments, mOptions.sweep.steps));
+}
 
+bool CommandLine::readOptions()
+{
+    chooseAction();
     mOptions.operands = mParser.positionalArguments();
     mOptions.quickStudy = mParser.isSet(mQuick);
     mOptions.verbose = mParser.isSet(mVerbose);
@@ -105,17 +88,12 @@ bool CommandLine::parse(const QStringList &arguments)
     return readNames() && readRawLayout() && readSweep() && checkCombinations();
 }
 
-bool CommandLine::chooseAction()
+void CommandLine::chooseAction()
 {
     if (mParser.isSet(mSweep))
         mOptions.action = Options::Action::MeasureSweep;
     else if (mParser.isSet(mStudy))
         mOptions.action = Options::Action::Study;
-    if (mParser.isSet(mVersion))
-        mOptions.action = Options::Action::ShowVersion;
-    if (mParser.isSet(mHelp))
-        mOptions.action = Options::Action::ShowHelp;
-    return mOptions.action == Options::Action::ShowHelp || mOptions.action == Options::Action::ShowVersion;
 }
 
 bool CommandLine::checkCombinations()
@@ -207,17 +185,6 @@ bool CommandLine::isAnySet(const QVector<const QCommandLineOption *> &options) c
 {
     return std::any_of(
         options.cbegin(), options.cend(), [this](const QCommandLineOption *option) { return mParser.isSet(*option); });
-}
-
-bool CommandLine::refuse(const QString &problem)
-{
-    mProblem = problem;
-    return false;
-}
-
-bool CommandLine::refuseValue(const QCommandLineOption &option, const QString &expectation)
-{
-    return refuse(QStringLiteral("%1 needs %2, not \"%3\"").arg(longName(option), expectation, mParser.value(option)));
 }
 
 } // namespace Focus

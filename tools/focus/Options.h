@@ -9,7 +9,7 @@ namespace Focus {
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { MeasureFiles, MeasureSweep, Study, ShowHelp, ShowVersion };
+    enum class Action : int { MeasureFiles, MeasureSweep, Study };
     enum class Format : int { Text, Csv, Json };
 
     Action action = Action::MeasureFiles;

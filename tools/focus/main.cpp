@@ -112,19 +112,10 @@ int main(int argc, char *argv[])
     CommandLine commandLine;
     if (!commandLine.parse(QCoreApplication::arguments()))
         return refuse(commandLine.problem());
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return print(answer.toUtf8()) ? Found : NotWritten;
     const Options &options = commandLine.options();
     FilterLog::install(options.verbose);
 
-    switch (options.action) {
-    case Options::Action::ShowHelp:
-        return print(commandLine.helpText().toUtf8()) ? Found : NotWritten;
-    case Options::Action::ShowVersion:
-        return print(QByteArrayLiteral("vantor-focus " VANTORBASE_VERSION "\n")) ? Found : NotWritten;
-    case Options::Action::Study:
-        return study(options);
-    case Options::Action::MeasureFiles:
-    case Options::Action::MeasureSweep:
-        break;
-    }
-    return measureAll(options);
+    return options.action == Options::Action::Study ? study(options) : measureAll(options);
 }

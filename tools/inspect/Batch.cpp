@@ -2,6 +2,7 @@
 #include "Batch.h"
 
 #include "ExitCode.h"
+#include "ReportText.h"
 #include "StopSignals.h"
 
 #include <cerrno>

@@ -34,7 +34,7 @@ private:
     Tools::StopSignals *mSignals;
     WorkerPool mWorkers;
     Tools::StandardOutput mStandardOutput;
-    ProgressBar mProgress;
+    Tools::ProgressBar mProgress;
     int mStarted = 0; ///< tasks
     int mPrinted = 0; ///< tasks
     QMap<int, Report> mWaiting; ///< reports that came before their turn

@@ -13,27 +13,10 @@ constexpr int maxRepeat = 100000;
 constexpr int maxFieldOfView = 100000; // micrometres
 constexpr float minScale = 0.01F;
 constexpr float maxScale = 100;
-
-QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
-{
-    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
-}
-
-QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
-{
-    return option({QString::fromUtf8(name)}, description, valueName);
-}
-
-QString longName(const QCommandLineOption &option)
-{
-    return QStringLiteral("--") + option.names().constLast();
-}
 } // namespace
 
 CommandLine::CommandLine()
-    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
-    , mVersion(option("version", "Show the version."))
-    , mListStandards(option("list-standards", "List the standards with their zones and criteria."))
+    : mListStandards(option("list-standards", "List the standards with their zones and criteria."))
     , mStandard(
           option("standard", "Grade by these standards, separated by commas, or by all (default: sm-rl45).", "NAME"))
     , mFieldOfView(option("fov", "Field of view of the whole image in micrometres (default: 860x645).", "WxH"))
@@ -59,17 +42,16 @@ CommandLine::CommandLine()
     mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
         QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
         QStringLiteral("IMAGE|FOLDER..."));
-    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
     mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mRepeat, mJson, mCsv,
         mQuiet, mVerbose, mVersion, mHelp});
 }
 
-bool CommandLine::parse(const QStringList &arguments)
+bool CommandLine::readOptions()
 {
-    if (!mParser.parse(arguments))
-        return refuse(mParser.errorText());
-    if (chooseAction())
+    if (mParser.isSet(mListStandards)) {
+        mOptions.action = Options::Action::ListStandards;
         return true;
+    }
 
     mOptions.operands = mParser.positionalArguments();
     mOptions.saveSteps = mParser.isSet(mSteps);
@@ -83,17 +65,6 @@ bool CommandLine::parse(const QStringList &arguments)
 
     return readStandards() && readFieldOfView() && readScale() && readCount(mJobs, maxJobs, &mOptions.jobs)
         && readCount(mRepeat, maxRepeat, &mOptions.repeat) && readOutput() && checkCombinations();
-}
-
-bool CommandLine::chooseAction()
-{
-    if (mParser.isSet(mHelp))
-        mOptions.action = Options::Action::ShowHelp;
-    else if (mParser.isSet(mVersion))
-        mOptions.action = Options::Action::ShowVersion;
-    else if (mParser.isSet(mListStandards))
-        mOptions.action = Options::Action::ListStandards;
-    return mOptions.action != Options::Action::Inspect;
 }
 
 bool CommandLine::checkCombinations()
@@ -163,17 +134,6 @@ bool CommandLine::readOutput()
     mOptions.outputFolder = mParser.value(mOut);
     return !mParser.isSet(mOut) || !mOptions.outputFolder.isEmpty()
         || refuseValue(mOut, QStringLiteral("the name of a folder"));
-}
-
-bool CommandLine::refuse(const QString &problem)
-{
-    mProblem = problem;
-    return false;
-}
-
-bool CommandLine::refuseValue(const QCommandLineOption &option, const QString &expectation)
-{
-    return refuse(QStringLiteral("%1 needs %2, not \"%3\"").arg(longName(option), expectation, mParser.value(option)));
 }
 
 } // namespace Inspect

@@ -4,7 +4,7 @@
 #include "FiberInspection/AnalyserPrivate.h"
 #include "Options.h"
 #include "OutputFolder.h"
-#include "TemporaryFolder.h"
+#include "WorkDir.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,7 +20,7 @@ using FiberInspection::TestResult;
 
 namespace {
 /// The name under which the image is analysed: its step images shall not land beside it.
-QString linkToImage(const Task &task, const WorkDir &workDir)
+QString linkToImage(const Task &task, const Tools::WorkDir &workDir)
 {
     const QString link = QDir(workDir.stepsFolder()).filePath(task.outputName);
     QFile::remove(link);
@@ -33,7 +33,7 @@ QString reasonOf(const FiberInspection::InspectionRecord &record)
     return record.detail.isEmpty() ? record.reason : QStringLiteral("%1: %2").arg(record.reason, record.detail);
 }
 
-Inspection analyseOnce(const Task &task, const Options &options, const WorkDir &workDir)
+Inspection analyseOnce(const Task &task, const Options &options, const Tools::WorkDir &workDir)
 {
     Inspection inspection;
     inspection.task = task;
@@ -49,7 +49,8 @@ Inspection analyseOnce(const Task &task, const Options &options, const WorkDir &
     return inspection;
 }
 
-void keepImages(Inspection *inspection, const Options &options, const WorkDir &workDir, const OutputFolder &output)
+void keepImages(
+    Inspection *inspection, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output)
 {
     const QString &name = inspection->task.outputName;
     if (options.saveSteps)
@@ -86,7 +87,7 @@ Verdict Inspection::verdict() const
     return result.passed() ? Verdict::Passed : Verdict::Failed;
 }
 
-Inspection inspect(const Task &task, const Options &options, const WorkDir &workDir, const OutputFolder &output)
+Inspection inspect(const Task &task, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output)
 {
     if (!task.image.problem.isEmpty())
         return notAnalysed(task, task.image.problem);

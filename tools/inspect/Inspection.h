@@ -5,10 +5,13 @@
 #include "FiberInspection/TestResult.h"
 #include "Task.h"
 
+namespace Tools {
+class WorkDir;
+}
+
 namespace Inspect {
 
 class OutputFolder;
-class WorkDir;
 struct Options;
 
 /// From the best to the worst.
@@ -38,7 +41,7 @@ struct Inspection
 };
 
 /// Analyses the image as often as asked for, and tells about the worst run. Never throws.
-Inspection inspect(const Task &task, const Options &options, const WorkDir &workDir, const OutputFolder &output);
+Inspection inspect(const Task &task, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output);
 
 /// A task that could not be done.
 Inspection notAnalysed(const Task &task, const QString &reason);

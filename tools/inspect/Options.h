@@ -12,7 +12,7 @@ namespace Inspect {
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { Inspect, ShowHelp, ShowVersion, ListStandards };
+    enum class Action : int { Inspect, ListStandards };
     enum class Format : int { Text, Json, Csv };
 
     Action action = Action::Inspect;

@@ -2,6 +2,9 @@
 #include "Report.h"
 
 #include "Options.h"
+#include "ReportCsv.h"
+#include "ReportJson.h"
+#include "ReportText.h"
 #include "Terminal.h"
 
 namespace Inspect {

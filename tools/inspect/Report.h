@@ -26,16 +26,4 @@ Report makeReport(const Inspection &inspection, const Options &options, const To
 /// What stands before all reports.
 QByteArray reportHeader(const Options &options);
 
-// --- the formats: ReportText.cpp, ReportJson.cpp, ReportCsv.cpp
-
-QString textReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style);
-QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextStyle &style);
-QString standardsText(const Tools::TextStyle &style);
-
-/// One line; docs/inspect.schema.json describes it.
-QByteArray jsonReport(const Inspection &inspection, const Options &options);
-
-QByteArray csvHeader(const Options &options);
-QByteArray csvReport(const Inspection &inspection, const Options &options);
-
 } // namespace Inspect

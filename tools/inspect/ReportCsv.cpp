@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Report.h"
+#include "ReportCsv.h"
 
 #include "Csv.h"
+#include "Inspection.h"
 #include "Options.h"
 #include "ShortestNumber.h"
 #include "StandardNames.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Report.h"
+#include "ReportJson.h"
 
+#include "Inspection.h"
 #include "JsonWriter.h"
 #include "Options.h"
 #include "StandardNames.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Report.h"
+#include "ReportText.h"
 
+#include "Inspection.h"
 #include "Options.h"
 #include "StandardNames.h"
 #include "Terminal.h"

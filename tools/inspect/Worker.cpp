@@ -2,7 +2,7 @@
 #include "Worker.h"
 
 #include "FiberInspection/AnalyserPrivate.h"
-#include "TemporaryFolder.h"
+#include "WorkDir.h"
 
 #include <QFile>
 
@@ -93,7 +93,7 @@ void keepFreedMemory()
 
 void work(const Session &session, const QString &name, int socket)
 {
-    const WorkDir workDir(workPath(session, name));
+    const Tools::WorkDir workDir(workPath(session, name));
     redirectStreams(session, name);
     cv::setNumThreads(1); // the images are what runs in parallel
     keepFreedMemory();

@@ -2,6 +2,7 @@
 #include "Batch.h"
 #include "CommandLine.h"
 #include "ExitCode.h"
+#include "ReportText.h"
 #include "StopSignals.h"
 #include "TemporaryFolder.h"
 
@@ -50,10 +51,10 @@ int inspectAll(const Options &options)
     const QVector<Task> tasks = makeTasks(listImages(options.operands), options);
 
     Tools::StopSignals signals;
-    const TemporaryFolder temporaryFolder;
+    const Tools::TemporaryFolder temporaryFolder(QCoreApplication::applicationName());
     if (!temporaryFolder.isValid()) {
         Tools::Terminal::tell(
-            QStringLiteral("cannot create a temporary folder in %1").arg(TemporaryFolder::parentPath()));
+            QStringLiteral("cannot create a temporary folder in %1").arg(Tools::TemporaryFolder::parentPath()));
         return SomeNotAnalysed;
     }
     const Tools::TextStyle style(options.isForPerson() && Tools::Terminal::hasColors(STDOUT_FILENO));
@@ -72,18 +73,12 @@ int main(int argc, char *argv[])
     CommandLine commandLine;
     if (!commandLine.parse(QCoreApplication::arguments()))
         return refuse(commandLine.problem());
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return print(answer);
     const Options &options = commandLine.options();
     setUpLog(options.verbose);
 
-    switch (options.action) {
-    case Options::Action::ShowHelp:
-        return print(commandLine.helpText());
-    case Options::Action::ShowVersion:
-        return print(QStringLiteral("vantor-inspect " VANTORBASE_VERSION "\n"));
-    case Options::Action::ListStandards:
+    if (options.action == Options::Action::ListStandards)
         return print(standardsText(Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO))));
-    case Options::Action::Inspect:
-        break;
-    }
     return inspectAll(options);
 }

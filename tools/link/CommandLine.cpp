@@ -14,22 +14,10 @@ constexpr double millisecondsPerSecond = 1000;
 
 const QString listenRole = QStringLiteral("listen");
 const QString connectRole = QStringLiteral("connect");
-
-QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
-{
-    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
-}
-
-QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
-{
-    return option({QString::fromUtf8(name)}, description, valueName);
-}
 } // namespace
 
 CommandLine::CommandLine()
-    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
-    , mVersion(option("version", "Show the version."))
-    , mPort(option({QStringLiteral("p"), QStringLiteral("port")}, "TCP port, 1 to 65535.", "N"))
+    : mPort(option({QStringLiteral("p"), QStringLiteral("port")}, "TCP port, 1 to 65535.", "N"))
     , mEcho(option("echo", "Answer every message with the same message."))
     , mStats(option("stats", "Show messages and bytes on stderr every second, and in all at the end."))
     , mNoInput(option("no-input", "Do not read stdin: receive, until a signal comes."))
@@ -52,19 +40,11 @@ CommandLine::CommandLine()
     mParser.addPositionalArgument(QStringLiteral("ADDRESS"),
         QStringLiteral("With connect: the IPv4 or IPv6 address of the unit; names are not looked up."),
         QStringLiteral("[ADDRESS]"));
-    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
     mParser.addOptions({mPort, mEcho, mStats, mNoInput, mLinger, mVerbose, mVersion, mHelp});
 }
 
-bool CommandLine::parse(const QStringList &arguments)
+bool CommandLine::readOptions()
 {
-    if (!mParser.parse(arguments))
-        return refuse(mParser.errorText());
-    if (mParser.isSet(mHelp) || mParser.isSet(mVersion)) {
-        mOptions.action = mParser.isSet(mHelp) ? Options::Action::ShowHelp : Options::Action::ShowVersion;
-        return true;
-    }
-
     mOptions.readsInput = !mParser.isSet(mNoInput);
     mOptions.echo = mParser.isSet(mEcho);
     mOptions.stats = mParser.isSet(mStats);
@@ -115,12 +95,6 @@ bool CommandLine::readLinger()
     }
     mOptions.linger = qRound(seconds * millisecondsPerSecond);
     return true;
-}
-
-bool CommandLine::refuse(const QString &problem)
-{
-    mProblem = problem;
-    return false;
 }
 
 } // namespace Link

@@ -8,7 +8,7 @@ namespace Link {
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { Listen, Connect, ShowHelp, ShowVersion };
+    enum class Action : int { Listen, Connect };
 
     Action action = Action::Listen;
     QString address; ///< of the unit to connect to

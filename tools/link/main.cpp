@@ -42,12 +42,10 @@ int main(int argc, char *argv[])
         Tools::Terminal::tell(commandLine.problem());
         return WrongUsage;
     }
-    const Options &options = commandLine.options();
-    if (options.action == Options::Action::ShowHelp)
-        return print(commandLine.helpText());
-    if (options.action == Options::Action::ShowVersion)
-        return print(QStringLiteral("vantor-link " VANTORBASE_VERSION "\n"));
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return print(answer);
 
+    const Options &options = commandLine.options();
     setUpLog(options.verbose);
     Tools::StopSignals signals;
     return Session(options, &signals).run();

@@ -4,14 +4,11 @@
 namespace Names {
 
 CommandLine::CommandLine()
-    : mHelp({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this text."))
-    , mVersion(QStringLiteral("version"), QStringLiteral("Show the version."))
-    , mPrefix(QStringLiteral("prefix"), QStringLiteral("Text to put in front of every name, as it is."),
-          QStringLiteral("P"))
+    : mPrefix(option("prefix", "Text to put in front of every name, as it is.", "P"))
     , mMax(QStringLiteral("max"),
           QStringLiteral("Most names to print (default: %1).").arg(TestNameGenerator::maxPermittedGeneration),
           QStringLiteral("N"))
-    , mJson(QStringLiteral("json"), QStringLiteral("Print one JSON object."))
+    , mJson(option("json", "Print one JSON object."))
 {
     mParser.setApplicationDescription(QStringLiteral(
         "Prints the run of test names between two names, column by column: A1 to B3 gives A1, A2, A3, B1, B2, B3.\n"
@@ -24,15 +21,8 @@ CommandLine::CommandLine()
     mParser.addOptions({mPrefix, mMax, mJson, mVersion, mHelp});
 }
 
-bool CommandLine::parse(const QStringList &arguments)
+bool CommandLine::readOptions()
 {
-    if (!mParser.parse(arguments))
-        return refuse(mParser.errorText());
-    if (mParser.isSet(mHelp) || mParser.isSet(mVersion)) {
-        mOptions.action = mParser.isSet(mHelp) ? Options::Action::ShowHelp : Options::Action::ShowVersion;
-        return true;
-    }
-
     const QStringList names = mParser.positionalArguments();
     if (names.size() != 2)
         return refuse(QStringLiteral("a first and a last name are needed; see --help"));
@@ -48,12 +38,6 @@ bool CommandLine::parse(const QStringList &arguments)
         return refuse(
             QStringLiteral("--max needs a whole number that is not negative, not \"%1\"").arg(mParser.value(mMax)));
     return true;
-}
-
-bool CommandLine::refuse(const QString &problem)
-{
-    mProblem = problem;
-    return false;
 }
 
 } // namespace Names

@@ -83,13 +83,7 @@ int main(int argc, char *argv[])
         tell(commandLine.problem());
         return WrongUsage;
     }
-    switch (commandLine.options().action) {
-    case Options::Action::ShowHelp:
-        return print(commandLine.helpText().toUtf8()) ? Printed : NotWritten;
-    case Options::Action::ShowVersion:
-        return print(QByteArrayLiteral("vantor-names " VANTORBASE_VERSION "\n")) ? Printed : NotWritten;
-    case Options::Action::Generate:
-        break;
-    }
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return print(answer.toUtf8()) ? Printed : NotWritten;
     return generate(commandLine.options());
 }

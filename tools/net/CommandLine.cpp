@@ -5,22 +5,8 @@
 
 namespace Net {
 
-namespace {
-QCommandLineOption option(const QStringList &names, const char *description, const char *valueName = "")
-{
-    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
-}
-
-QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
-{
-    return option({QString::fromUtf8(name)}, description, valueName);
-}
-} // namespace
-
 CommandLine::CommandLine()
-    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
-    , mVersion(option("version", "Show the version."))
-    , mJson(option("json", "With show and check: print one JSON object a line."))
+    : mJson(option("json", "With show and check: print one JSON object a line."))
     , mDomain(option("domain", "With dns add: a domain to add as well.", "DOMAIN"))
     , mApplication(option("application",
           "With configure: the application's folder under /opt, which has scripts/ipdetails (default: vantor).",
@@ -40,18 +26,11 @@ CommandLine::CommandLine()
         "written."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
-    mParser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
     mParser.addOptions({mJson, mDomain, mApplication, mYes, mVerbose, mVersion, mHelp});
 }
 
-bool CommandLine::parse(const QStringList &arguments)
+bool CommandLine::readOptions()
 {
-    if (!mParser.parse(arguments))
-        return refuse(mParser.errorText());
-    if (mParser.isSet(mHelp) || mParser.isSet(mVersion)) {
-        mOptions.action = mParser.isSet(mHelp) ? Options::Action::ShowHelp : Options::Action::ShowVersion;
-        return true;
-    }
     mOptions.json = mParser.isSet(mJson);
     mOptions.domain = mParser.value(mDomain);
     mOptions.confirmed = mParser.isSet(mYes);
@@ -127,12 +106,6 @@ bool CommandLine::checkCombinations()
     static const QRegularExpression folderName(QStringLiteral("\\A[A-Za-z0-9][A-Za-z0-9._-]*\\z"));
     return folderName.match(mOptions.application).hasMatch()
         || refuse(QStringLiteral("--application needs the name of a folder, not \"%1\"").arg(mOptions.application));
-}
-
-bool CommandLine::refuse(const QString &problem)
-{
-    mProblem = problem;
-    return false;
 }
 
 } // namespace Net

@@ -5,9 +5,9 @@
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
 #include "InterfaceFacts.h"
+#include "JsonWriter.h"
+#include "Terminal.h"
 
-#include <JsonWriter.h>
-#include <Terminal.h>
 #include <unistd.h>
 
 namespace Net {

@@ -3,11 +3,10 @@
 
 #include "Helpers/IPDetails.h"
 #include "Helpers/NetworkHelper.h"
+#include "JsonWriter.h"
 
 #include <QFile>
 #include <QNetworkInterface>
-
-#include <JsonWriter.h>
 
 namespace Net {
 

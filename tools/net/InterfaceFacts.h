@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Terminal.h"
+
 #include <QByteArray>
 #include <QStringList>
-
-#include <Terminal.h>
 
 namespace Net {
 

@@ -8,7 +8,7 @@ namespace Net {
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { Show, Check, RandomMac, ParseMac, AddServers, Configure, ShowHelp, ShowVersion };
+    enum class Action : int { Show, Check, RandomMac, ParseMac, AddServers, Configure };
 
     Action action = Action::Show;
     QString operand; ///< interface (empty: all), address, or MAC address

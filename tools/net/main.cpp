@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 #include "Commands.h"
+#include "Terminal.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
 
-#include <Terminal.h>
 #include <cstdio>
 #include <unistd.h>
 
@@ -27,6 +27,8 @@ bool print(const QByteArray &text)
 
 Outcome run(const CommandLine &commandLine)
 {
+    if (const QString answer = commandLine.answer(); !answer.isEmpty())
+        return {Done, answer.toUtf8(), {}};
     const Options &options = commandLine.options();
     switch (options.action) {
     case Options::Action::Show:
@@ -41,10 +43,6 @@ Outcome run(const CommandLine &commandLine)
         return addServers(options);
     case Options::Action::Configure:
         return configure(options);
-    case Options::Action::ShowHelp:
-        return {Done, commandLine.helpText().toUtf8(), {}};
-    case Options::Action::ShowVersion:
-        return {Done, QByteArrayLiteral("vantor-net " VANTORBASE_VERSION "\n"), {}};
     }
     return {WrongUsage, {}, {}};
 }

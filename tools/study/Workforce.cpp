@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Workforce.h"
 
-#include "../inspect/ProgressBar.h"
-#include "../inspect/TemporaryFolder.h"
 #include "Examiner.h"
+#include "ProgressBar.h"
 #include "StopSignals.h"
+#include "TemporaryFolder.h"
+#include "WorkDir.h"
 
+#include <QCoreApplication>
 #include <QFile>
 
 #include <opencv2/core.hpp>
@@ -107,7 +109,7 @@ void keepFreedMemory()
 
 bool work(const QVector<Face> &faces, SharedProgress::Counters *counters, const QString &folder)
 {
-    const Inspect::WorkDir workDir(folder);
+    const Tools::WorkDir workDir(folder);
     cv::setNumThreads(1); // the faces are what runs in parallel
     keepFreedMemory();
     QFile file(outcomesPath(folder));
@@ -158,7 +160,7 @@ std::optional<QVector<FaceOutcome>> examineAll(
 {
     constexpr int pollInterval = 50; // milliseconds
     Tools::StopSignals signals;
-    const Inspect::TemporaryFolder temporaryFolder;
+    const Tools::TemporaryFolder temporaryFolder(QCoreApplication::applicationName());
     const SharedProgress progress;
     if (!temporaryFolder.isValid() || !progress.counters()) {
         *problem = QStringLiteral("there is no temporary folder or no memory for the study");
@@ -175,7 +177,7 @@ std::optional<QVector<FaceOutcome>> examineAll(
             workers.add(pid);
     }
 
-    Inspect::ProgressBar bar(showsProgress ? faces.size() : 0);
+    Tools::ProgressBar bar(showsProgress ? faces.size() : 0);
     while (!workers.isEmpty()) {
         pollfd stop{signals.fileDescriptor(), POLLIN, 0};
         poll(&stop, 1, pollInterval);

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "../inspect/ExitCode.h"
 #include "Document.h"
 #include "Experiment.h"
 #include "Terminal.h"
@@ -19,7 +18,8 @@
 using namespace Study;
 
 namespace {
-constexpr int failure = 1;
+enum ExitCode : int { Measured = 0, Failed = 1, WrongUsage = 64 };
+
 constexpr int maxJobs = 256;
 constexpr int maxFaces = 1000000;
 
@@ -175,7 +175,7 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
     Options options;
     if (!readOptions(&options))
-        return Inspect::WrongUsage;
+        return WrongUsage;
 
     QElapsedTimer timer;
     timer.start();
@@ -186,7 +186,7 @@ int main(int argc, char *argv[])
     const auto outcomes = examineAll(plan.faces, options.jobs, showsProgress, &problem);
     if (!outcomes) {
         Tools::Terminal::tell(problem);
-        return failure;
+        return Failed;
     }
 
     const Findings findings = evaluate(experiments, plan, *outcomes);
@@ -194,5 +194,5 @@ int main(int argc, char *argv[])
         && (options.document.isEmpty() ? print(findings) : fillDocument(findings, options.document));
     if (!options.quiet)
         Tools::Terminal::tell(QStringLiteral("%1 faces in %2 s").arg(plan.faces.size()).arg(timer.elapsed() / 1000));
-    return written ? 0 : failure;
+    return written ? Measured : Failed;
 }

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Helpers/BaseDirHelper.h"
+#include <QString>
 
-namespace Inspect {
+namespace Tools {
 
 /// A folder of our own under the usual one for temporary files; gone with its owner.
 class TemporaryFolder
 {
 public:
-    TemporaryFolder();
+    /// @param program what the folder's name begins with
+    explicit TemporaryFolder(const QString &program);
     ~TemporaryFolder();
     TemporaryFolder(const TemporaryFolder &) = delete;
     TemporaryFolder &operator=(const TemporaryFolder &) = delete;
@@ -24,19 +25,4 @@ private:
     QString mPath;
 };
 
-/// The work directory of one process of the analysis, anywhere in the file system.
-class WorkDir : public BaseDirHelper
-{
-public:
-    /// Creates the folder, with what the analysis needs in it.
-    explicit WorkDir(const QString &path);
-
-    QString applicationDirName() override;
-
-    QString stepsFolder() const { return mPath + QStringLiteral("/steps"); }
-
-private:
-    QString mPath;
-};
-
-} // namespace Inspect
+} // namespace Tools

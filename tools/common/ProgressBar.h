@@ -4,7 +4,7 @@
 #include <QElapsedTimer>
 #include <QString>
 
-namespace Inspect {
+namespace Tools {
 
 /// One line on the terminal of stderr that shows how far the work has come.
 class ProgressBar
@@ -25,4 +25,4 @@ private:
     QElapsedTimer mLastDrawn;
 };
 
-} // namespace Inspect
+} // namespace Tools

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-namespace Inspect {
+namespace Tools {
 
 namespace {
 constexpr int longestBar = 40; // columns
@@ -25,19 +25,19 @@ void ProgressBar::show(int done)
     mLastDrawn.start();
 
     const QString numbers = QStringLiteral(" %1/%2").arg(done).arg(mTotal);
-    const int columns = qBound(0, Tools::Terminal::width(STDERR_FILENO) - numbers.size() - 1, longestBar);
+    const int columns = qBound(0, Terminal::width(STDERR_FILENO) - numbers.size() - 1, longestBar);
     const int filled = static_cast<int>(qint64(columns) * done / mTotal);
     const QString bar = QString(filled, QChar(0x2588)) + QString(columns - filled, QChar(0x2591));
-    Tools::Terminal::write(STDERR_FILENO, QStringLiteral("\r\033[K%1%2").arg(bar, numbers).toUtf8());
+    Terminal::write(STDERR_FILENO, QStringLiteral("\r\033[K%1%2").arg(bar, numbers).toUtf8());
     mVisible = true;
 }
 
 void ProgressBar::clear()
 {
     if (mVisible)
-        Tools::Terminal::write(STDERR_FILENO, "\r\033[K");
+        Terminal::write(STDERR_FILENO, "\r\033[K");
     mVisible = false;
     mLastDrawn.invalidate();
 }
 
-} // namespace Inspect
+} // namespace Tools

@@ -3,16 +3,15 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <cstdlib>
 
-namespace Inspect {
+namespace Tools {
 
 // QTemporaryDir would draw its name from Qt's random generator, and all processes forked later would share that state.
-TemporaryFolder::TemporaryFolder()
+TemporaryFolder::TemporaryFolder(const QString &program)
 {
-    QByteArray name = QFile::encodeName(parentPath() + QStringLiteral("/vantor-inspect-XXXXXX"));
+    QByteArray name = QFile::encodeName(QStringLiteral("%1/%2-XXXXXX").arg(parentPath(), program));
     if (mkdtemp(name.data()))
         mPath = QFile::decodeName(name);
 }
@@ -30,18 +29,4 @@ QString TemporaryFolder::parentPath()
     return chosen.isEmpty() ? QStringLiteral("/tmp") : QDir(chosen).absolutePath();
 }
 
-WorkDir::WorkDir(const QString &path)
-    : mPath(path)
-{
-    QDir().mkpath(tmpDir());
-    QDir().mkpath(stepsFolder());
-}
-
-QString WorkDir::applicationDirName()
-{
-    // The library puts the name behind "/opt/", which may be a link.
-    const QString parent = QFileInfo(QStringLiteral("/opt")).canonicalFilePath();
-    return QDir(parent).relativeFilePath(QDir(mPath).absolutePath());
-}
-
-} // namespace Inspect
+} // namespace Tools

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CommandLineBase.h"
+
+#include <QCoreApplication>
+
+namespace Tools {
+
+CommandLineBase::CommandLineBase()
+    : mHelp(option({QStringLiteral("h"), QStringLiteral("help")}, "Show this text."))
+    , mVersion(option("version", "Show the version."))
+{
+}
+
+bool CommandLineBase::parse(const QStringList &arguments)
+{
+    if (!mParser.parse(arguments))
+        return refuse(mParser.errorText());
+    return !answer().isEmpty() || readOptions();
+}
+
+QString CommandLineBase::answer() const
+{
+    if (mParser.isSet(mHelp))
+        return mParser.helpText();
+    if (mParser.isSet(mVersion))
+        return QCoreApplication::applicationName() + QStringLiteral(" " VANTORBASE_VERSION "\n");
+    return {};
+}
+
+QCommandLineOption CommandLineBase::option(const QStringList &names, const char *description, const char *valueName)
+{
+    return {names, QString::fromUtf8(description), QString::fromUtf8(valueName)};
+}
+
+QCommandLineOption CommandLineBase::option(const char *name, const char *description, const char *valueName)
+{
+    return option({QString::fromUtf8(name)}, description, valueName);
+}
+
+bool CommandLineBase::refuse(const QString &problem)
+{
+    mProblem = problem;
+    return false;
+}
+
+bool CommandLineBase::refuseValue(const QCommandLineOption &option, const QString &expectation)
+{
+    return refuse(QStringLiteral("--%1 needs %2, not \"%3\"")
+                      .arg(option.names().constLast(), expectation, mParser.value(option)));
+}
+
+} // namespace Tools
