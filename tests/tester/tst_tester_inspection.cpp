@@ -74,7 +74,7 @@ bool tst_TesterInspection::chooseStandard(int row) const
     driver().tap(box);
     const QObject *const popup = box->property("popup").value<QObject *>();
     return ShellDriver::waitFor([=] { return popup->property("opened").toBool(); })
-        && driver().tap(Standard::name(Standard::allStandardIds()[row])) && ShellDriver::waitFor(isChosen)
+        && driver().tap(Standard::name(Standard::allStandardIds().at(row))) && ShellDriver::waitFor(isChosen)
         && ShellDriver::waitFor([=] { return !popup->property("visible").toBool(); });
 }
 
@@ -144,7 +144,7 @@ void tst_TesterInspection::everyStandardIsApplied_data()
 void tst_TesterInspection::everyStandardIsApplied()
 {
     QFETCH(const int, row);
-    const Standard::Id standard = Standard::allStandardIds()[row];
+    const Standard::Id standard = Standard::allStandardIds().at(row);
     QVERIFY(openInspection());
     QVERIFY(chooseStandard(row));
     QVERIFY(focus());
