@@ -19,6 +19,7 @@ private Q_SLOTS:
     void theAboutPageNamesScopeAndStandards();
     void aPageThatIsNotThereIsSaid();
     void aPageThatGoesAsItComesIsGone();
+    void aPageThatGoesOftenTakesNoOtherAlong();
     void aDoubleTapOpensOnePage();
 };
 
@@ -145,6 +146,21 @@ void tst_TesterShell::aPageThatGoesAsItComesIsGone()
         QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
         QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 1);
     }
+}
+
+void tst_TesterShell::aPageThatGoesOftenTakesNoOtherAlong()
+{
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    constexpr int often = 3;
+    for (int i = 0; i < often; ++i)
+        evaluate(QStringLiteral("stackView.currentItem.back()"));
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+
+    QVERIFY(tap("tile_100"));
+
+    QVERIFY(driver().waitForRest());
+    QTest::qWait(100); // milliseconds; nothing comes of it
+    QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
 }
 
 void tst_TesterShell::aDoubleTapOpensOnePage()
