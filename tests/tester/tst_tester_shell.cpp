@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is around the pages: keys, language, title bar, notifications, locked pages.
+#include "FiberInspection/Standard.h"
 #include "TesterTest.h"
+
+using FiberInspection::Standard;
 
 class tst_TesterShell : public TesterTest
 {
@@ -125,6 +128,11 @@ void tst_TesterShell::theAboutPageNamesScopeAndStandards()
     QVERIFY(tap("tile_100"));
     QVERIFY(waitFor("ODM Scope 2"));
     QVERIFY(waitFor("About this unit"));
+    const QVector<Standard::Id> standards = Standard::allStandardIds();
+    QStringList names;
+    for (const Standard::Id standard : standards)
+        names.append(Standard::name(standard));
+    QVERIFY(driver().waitForItem(names.join(QLatin1Char('\n'))));
     QVERIFY(driver().waitForRest());
     driver().press(Qt::Key_Escape);
     QVERIFY(ShellDriver::waitFor([this] { return isHome(); }));
