@@ -28,6 +28,7 @@ void TesterTest::init()
     scope()->setFace(QStringLiteral("clean"));
     scope()->setFocus(0.4);
     mTester->language().setCurrent(QStringLiteral("en"));
+    QVERIFY(ShellDriver::waitFor([] { return scope()->isSettled(); })); // no page sees the sharp pictures from before
 }
 
 void TesterTest::cleanup()
