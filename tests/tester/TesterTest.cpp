@@ -98,15 +98,10 @@ HeldInspections::HeldInspections()
 
 HeldInspections::~HeldInspections()
 {
-    release();
+    mGate.release();
     // The gate is free only when the manager has gone through.
     QMetaObject::invokeMethod(
         CoreFiberInspectionManager::instance(), [] {}, Qt::BlockingQueuedConnection);
-}
-
-void HeldInspections::release()
-{
-    mGate.release();
 }
 
 namespace {

@@ -8,6 +8,7 @@
 
 #include <QGuiApplication>
 #include <QObject>
+#include <QSemaphore>
 #include <QTemporaryDir>
 
 namespace FiberInspection {
@@ -61,7 +62,7 @@ private:
     const ShellDriver mDriver;
 };
 
-/// Holds up the inspections, so that there is time to do something while one is under way.
+/// Holds up the inspections while it lives, so that there is time to do something meanwhile. Its end waits for theirs.
 class HeldInspections
 {
 public:
@@ -70,13 +71,11 @@ public:
     HeldInspections(const HeldInspections &) = delete;
     HeldInspections &operator=(const HeldInspections &) = delete;
 
-    void release();
-
 private:
     QSemaphore mGate;
 };
 
-/// Counts the warnings and worse that come while it lives; all of them are printed.
+/// Counts the warnings and worse that come while it lives, but for those that come while Qt Test has the log.
 class LogFaults
 {
 public:
