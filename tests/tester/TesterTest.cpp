@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TesterTest.h"
 
-#include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "Managers/CoreFiberInspectionManager.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlExpression>
-
-using FiberInspection::FiberRealtimeAnalyser;
 
 TesterTest::TesterTest(Tester *tester)
     : mTester(tester)
@@ -59,25 +56,10 @@ QQuickItem *TesterTest::inspectionPage() const
     return page;
 }
 
-FiberRealtimeAnalyser *TesterTest::liveAnalyser() const
-{
-    const QQuickItem *const page = inspectionPage();
-    return page ? page->findChild<FiberRealtimeAnalyser *>() : nullptr;
-}
-
 bool TesterTest::focus() const
 {
     scope()->setFocus(0);
-    return ShellDriver::waitFor([] { return scope()->isSettled(); }) && seesSharpFrame();
-}
-
-bool TesterTest::seesSharpFrame() const
-{
-    FiberRealtimeAnalyser *const analyser = liveAnalyser();
-    if (!analyser)
-        return false;
-    analyser->set_focusValue(-1); // what an earlier frame left behind
-    return ShellDriver::waitFor([analyser] { return analyser->focusValue() > 2.5; });
+    return ShellDriver::waitFor([] { return scope()->isSettled(); }) && mDriver.waitForSharpFrame();
 }
 
 QVariant TesterTest::evaluate(const QString &script) const

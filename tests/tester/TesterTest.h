@@ -11,10 +11,6 @@
 #include <QSemaphore>
 #include <QTemporaryDir>
 
-namespace FiberInspection {
-class FiberRealtimeAnalyser;
-}
-
 /// Base of the tests that meet the application as its user does: the real window, the real managers, the simulated
 /// scope; keys and taps. Each test function starts at the home page, in English, with a clean fibre out of focus.
 class TesterTest : public QObject
@@ -46,13 +42,9 @@ protected:
 
     /// Null when the page is not on top.
     QQuickItem *inspectionPage() const;
-    FiberInspection::FiberRealtimeAnalyser *liveAnalyser() const;
 
     /// Turns the knob to the best focus, by program, and waits until the page has seen a sharp frame.
     bool focus() const;
-
-    /// Waits until the live analysis has seen a new frame that is sharp.
-    bool seesSharpFrame() const;
 
     /// Runs a script where the shell's parts are known by their ids.
     QVariant evaluate(const QString &script) const;

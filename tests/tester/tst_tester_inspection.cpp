@@ -95,7 +95,7 @@ void tst_TesterInspection::theRoadFromHomeToTheVerdict()
     scope()->setFace(face);
     QVERIFY(openInspection());
     QVERIFY(turnKnobToFocus());
-    QVERIFY(seesSharpFrame());
+    QVERIFY(driver().waitForSharpFrame());
 
     QVERIFY(tap("Analyse"));
     QVERIFY(driver().waitForItem(snackBarText));
