@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/FiberRealtimeAnalyser.h"
+
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QSignalSpy>
@@ -12,6 +14,7 @@ class ShellDriver
 {
 public:
     static constexpr int patience = 20000; ///< milliseconds
+    static constexpr double sharpFocus = 2.5; ///< above it the page captures
 
     explicit ShellDriver(QQuickWindow *window)
         : mWindow(window)
@@ -65,6 +68,16 @@ public:
     {
         const QQuickItem *const stack = find(QStringLiteral("stackView"));
         return stack && !stack->property("busy").toBool();
+    }
+
+    /// Waits until the inspection page has seen a new frame that is sharp.
+    bool waitForSharpFrame() const
+    {
+        auto *const analyser = mWindow->findChild<FiberInspection::FiberRealtimeAnalyser *>();
+        if (!analyser)
+            return false;
+        analyser->set_focusValue(-1); // what an earlier frame left behind
+        return waitFor([analyser] { return analyser->focusValue() > sharpFocus; });
     }
 
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }

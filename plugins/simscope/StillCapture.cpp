@@ -13,6 +13,7 @@ namespace {
 constexpr int exposureMilliseconds = 40;
 constexpr int jpegQuality = 95;
 
+/// Empty when it cannot be encoded.
 QByteArray jpeg(const QImage &image)
 {
     QByteArray bytes;
@@ -25,6 +26,8 @@ QByteArray jpeg(const QImage &image)
 /// Empty when the whole file is on the disk, else why not. Never leaves half of it.
 QString write(const QByteArray &bytes, const QString &path)
 {
+    if (bytes.isEmpty())
+        return QStringLiteral("The picture could not be encoded");
     QSaveFile file(path);
     // commit() alone would rename what a failed flush has left behind.
     const bool isWritten =

@@ -62,7 +62,9 @@ Item {
         function test_theReturnKeyDoesWhatTheSpaceBarDoes(row) {
             const button = createTemporaryObject(buttonComponent, scene, { checkable: true });
             var clicks = 0;
+            var toggles = 0;
             button.clicked.connect(function() { ++clicks; });
+            button.toggled.connect(function() { ++toggles; });
             button.forceActiveFocus();
             tryCompare(button, "activeFocus", true);
 
@@ -72,6 +74,7 @@ Item {
 
             keyClick(row.key);
             compare(clicks, 2);
+            compare(toggles, 2);
             verify(!button.checked);
         }
 

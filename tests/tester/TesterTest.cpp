@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "TesterTest.h"
 
-#include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "Managers/CoreFiberInspectionManager.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQmlExpression>
-
-using FiberInspection::FiberRealtimeAnalyser;
 
 TesterTest::TesterTest(Tester *tester)
     : mTester(tester)
@@ -28,6 +25,7 @@ void TesterTest::init()
     scope()->setFace(QStringLiteral("clean"));
     scope()->setFocus(0.4);
     mTester->language().setCurrent(QStringLiteral("en"));
+    QVERIFY(ShellDriver::waitFor([] { return scope()->isSettled(); })); // no page sees the sharp pictures from before
 }
 
 void TesterTest::cleanup()
@@ -58,25 +56,10 @@ QQuickItem *TesterTest::inspectionPage() const
     return page;
 }
 
-FiberRealtimeAnalyser *TesterTest::liveAnalyser() const
-{
-    const QQuickItem *const page = inspectionPage();
-    return page ? page->findChild<FiberRealtimeAnalyser *>() : nullptr;
-}
-
 bool TesterTest::focus() const
 {
     scope()->setFocus(0);
-    return ShellDriver::waitFor([] { return scope()->isSettled(); }) && seesSharpFrame();
-}
-
-bool TesterTest::seesSharpFrame() const
-{
-    FiberRealtimeAnalyser *const analyser = liveAnalyser();
-    if (!analyser)
-        return false;
-    analyser->set_focusValue(-1); // what an earlier frame left behind
-    return ShellDriver::waitFor([analyser] { return analyser->focusValue() > 2.5; });
+    return ShellDriver::waitFor([] { return scope()->isSettled(); }) && mDriver.waitForSharpFrame();
 }
 
 QVariant TesterTest::evaluate(const QString &script) const
@@ -97,15 +80,10 @@ HeldInspections::HeldInspections()
 
 HeldInspections::~HeldInspections()
 {
-    release();
+    mGate.release();
     // The gate is free only when the manager has gone through.
     QMetaObject::invokeMethod(
         CoreFiberInspectionManager::instance(), [] {}, Qt::BlockingQueuedConnection);
-}
-
-void HeldInspections::release()
-{
-    mGate.release();
 }
 
 namespace {

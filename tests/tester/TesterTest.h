@@ -8,11 +8,8 @@
 
 #include <QGuiApplication>
 #include <QObject>
+#include <QSemaphore>
 #include <QTemporaryDir>
-
-namespace FiberInspection {
-class FiberRealtimeAnalyser;
-}
 
 /// Base of the tests that meet the application as its user does: the real window, the real managers, the simulated
 /// scope; keys and taps. Each test function starts at the home page, in English, with a clean fibre out of focus.
@@ -45,13 +42,9 @@ protected:
 
     /// Null when the page is not on top.
     QQuickItem *inspectionPage() const;
-    FiberInspection::FiberRealtimeAnalyser *liveAnalyser() const;
 
     /// Turns the knob to the best focus, by program, and waits until the page has seen a sharp frame.
     bool focus() const;
-
-    /// Waits until the live analysis has seen a new frame that is sharp.
-    bool seesSharpFrame() const;
 
     /// Runs a script where the shell's parts are known by their ids.
     QVariant evaluate(const QString &script) const;
@@ -61,7 +54,7 @@ private:
     const ShellDriver mDriver;
 };
 
-/// Holds up the inspections, so that there is time to do something while one is under way.
+/// Holds up the inspections while it lives, so that there is time to do something meanwhile. Its end waits for theirs.
 class HeldInspections
 {
 public:
@@ -70,13 +63,11 @@ public:
     HeldInspections(const HeldInspections &) = delete;
     HeldInspections &operator=(const HeldInspections &) = delete;
 
-    void release();
-
 private:
     QSemaphore mGate;
 };
 
-/// Counts the warnings and worse that come while it lives; all of them are printed.
+/// Counts the warnings and worse that come while it lives, but for those that come while Qt Test has the log.
 class LogFaults
 {
 public:

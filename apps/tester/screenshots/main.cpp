@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // Goes through the application as a user would, and leaves a picture of each page in both sizes and languages.
-#include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "ShellDriver.h"
 #include "SimulatedScope.h"
 #include "Tester.h"
@@ -51,11 +50,11 @@ private:
     bool photographInspection()
     {
         SimulatedScope *const scope = SimulatedScope::instance();
-        if (!mDriver.tap(QStringLiteral("tile_1")) || !settle() || !photograph("unfocused"))
+        if (!ShellDriver::waitFor([scope] { return scope->isSettled(); }) || !mDriver.tap(QStringLiteral("tile_1"))
+            || !waitForCamera() || !settle() || !photograph("unfocused"))
             return false;
-        if (!mDriver.tap(mTester.language().current() == QLatin1String("de") ? QStringLiteral("Prüfen")
-                                                                             : QStringLiteral("Analyse"))
-            || !settle() || !photograph("message") || !mDriver.tap(QStringLiteral("messageConfirm")) || !settle())
+        if (!mDriver.tap(analyseText()) || !settle() || !photograph("message")
+            || !mDriver.tap(QStringLiteral("messageConfirm")) || !settle())
             return false;
         return photographVerdict("clean", "passed", false) && photographVerdict("pitted", "failed", true) && leave()
             && (scope->setFocus(0.7), true);
@@ -68,14 +67,12 @@ private:
         scope->setFocus(0);
         if (!ShellDriver::waitFor([scope] { return scope->isSettled(); }))
             return false;
-        if (!seesSharpFrame())
+        if (!mDriver.waitForSharpFrame())
             return false;
         if (!withDetails && !photograph("focused"))
             return false;
-        const bool isGerman = mTester.language().current() == QLatin1String("de");
-        if (!mDriver.tap(isGerman ? QStringLiteral("Prüfen") : QStringLiteral("Analyse"))
-            || !mDriver.waitForItem(QStringLiteral("actionDetails")) || !settle() || !photograph(name)
-            || !mDriver.tap(QStringLiteral("snackBar")))
+        if (!mDriver.tap(analyseText()) || !mDriver.waitForItem(QStringLiteral("actionDetails")) || !settle()
+            || !photograph(name) || !mDriver.tap(QStringLiteral("snackBar")))
             return false;
         if (withDetails
             && (!mDriver.tap(QStringLiteral("actionDetails")) || !settle() || !photograph("details")
@@ -84,22 +81,26 @@ private:
         return leave();
     }
 
-    /// Waits until the live analysis has seen a new frame that is sharp.
-    bool seesSharpFrame()
+    QString analyseText() const
     {
-        auto *const analyser = mTester.window()->findChild<FiberInspection::FiberRealtimeAnalyser *>();
-        if (!analyser)
-            return false;
-        analyser->set_focusValue(-1); // what an earlier frame left behind
-        return ShellDriver::waitFor([analyser] { return analyser->focusValue() > 2.5; });
+        const bool isGerman = mTester.language().current() == QLatin1String("de");
+        return isGerman ? QStringLiteral("Prüfen") : QStringLiteral("Analyse");
+    }
+
+    bool waitForCamera() const
+    {
+        return ShellDriver::waitFor([this] {
+            const QQuickItem *const analyse = mDriver.find(analyseText());
+            return analyse && analyse->isEnabled();
+        });
     }
 
     bool leave() { return mDriver.tap(QStringLiteral("actionBack")) && settle(); }
 
-    static bool settle()
+    bool settle() const
     {
         QTest::qWait(transitionTime);
-        return true;
+        return mDriver.waitForRest();
     }
 
     bool photograph(const char *name)

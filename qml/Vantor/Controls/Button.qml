@@ -36,8 +36,10 @@ Controls.Button {
 
     // As the space bar does.
     function pressByKey() {
-        if (checkable)
+        if (checkable) {
             toggle();
+            toggled(); // toggle() alone is silent
+        }
         clicked();
     }
 

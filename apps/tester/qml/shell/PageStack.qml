@@ -2,13 +2,13 @@
 import QtQuick 2.11
 import QtQuick.Controls 2.4
 
-// The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages move
-// waits until they have come to rest, for a StackView that is asked in between may stay busy for ever.
+// The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages
+// move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever.
 FocusScope {
     id: root
 
     readonly property alias depth: stack.depth
-    readonly property alias busy: stack.busy
+    readonly property bool busy: stack.busy || waitingPops > 0
     readonly property alias currentItem: stack.currentItem
     property int waitingPops: 0
 
@@ -37,14 +37,15 @@ FocusScope {
     }
 
     function goOn() {
-        if (busy)
+        if (stack.busy)
             return;
-        if (waitingPops > 0) {
-            --waitingPops;
+        if (waitingPops > 0 && depth > 1) {
             stack.pop();
-        } else {
-            cameToRest();
+            --waitingPops;
+            return;
         }
+        waitingPops = 0; // or the next page would go as soon as it comes
+        cameToRest();
     }
 
     StackView {
