@@ -8,10 +8,9 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include <memory>
 
 namespace {
-QString diskProblem; // why there is no small disk; empty when there is one
+const SmallDisk *workDisk = nullptr; // of main()
 constexpr int diskSize = 4096; // kibibytes
 } // namespace
 
@@ -120,6 +119,7 @@ void tst_TesterFaults::aFullDiskIsSurvived()
 {
     QFETCH(const int, freeKibibytes);
     QFETCH(const bool, pictureFits);
+    const QString diskProblem = workDisk->problem();
     if (!diskProblem.isEmpty()) {
         QVERIFY2(!qEnvironmentVariableIsSet("CI"), qPrintable(diskProblem));
         QSKIP(qPrintable(diskProblem));
@@ -154,7 +154,7 @@ int main(int argc, char *argv[])
 {
     const QTemporaryDir workDir;
     const SmallDisk disk(workDir.path(), diskSize); // before there are threads
-    diskProblem = disk.problem();
+    workDisk = &disk;
     return runTesterTest<tst_TesterFaults>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
 }
 
