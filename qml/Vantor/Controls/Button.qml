@@ -34,8 +34,10 @@ Controls.Button {
         });
     }
 
-    // As the space bar does.
-    function pressByKey() {
+    // As the space bar does; a key that is held presses once.
+    function pressByKey(event) {
+        if (event.isAutoRepeat)
+            return;
         if (checkable) {
             toggle();
             toggled(); // toggle() alone is silent
@@ -50,8 +52,8 @@ Controls.Button {
     Material.background: GlobalStyles.pending
     Material.foreground: "white"
 
-    Keys.onReturnPressed: pressByKey()
-    Keys.onEnterPressed: pressByKey()
+    Keys.onReturnPressed: pressByKey(event)
+    Keys.onEnterPressed: pressByKey(event)
     onChildrenChanged: roundCorners()
     Component.onCompleted: roundCorners()
 }
