@@ -108,8 +108,8 @@
         <translation>Die Stirnfläche konnte nicht geprüft werden</translation>
     </message>
     <message>
-        <source>No picture came from the scope, please try again</source>
-        <translation>Vom Mikroskop kam kein Bild, bitte erneut versuchen</translation>
+        <source>There is no result yet, please try again</source>
+        <translation>Es gibt noch kein Ergebnis, bitte erneut versuchen</translation>
     </message>
 </context>
 <context>

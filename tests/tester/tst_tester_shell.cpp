@@ -19,6 +19,7 @@ private Q_SLOTS:
     void theLayersActionHidesTheCircles();
     void theStatusBarPullsTheNotifications();
     void aLockedPageHoldsTheUser();
+    void whatComesWhileAPageIsLockedIsShownAfterwards();
     void theAboutPageNamesScopeAndStandards();
     void aPageThatIsNotThereIsSaid();
     void aPageThatGoesAsItComesIsGone();
@@ -121,6 +122,26 @@ void tst_TesterShell::aLockedPageHoldsTheUser()
     QVERIFY(find("actionLayers"));
     QVERIFY(!find("actionDetails"));
     QVERIFY(evaluate(QStringLiteral("notificationArea.interactive")).toBool());
+}
+
+void tst_TesterShell::whatComesWhileAPageIsLockedIsShownAfterwards()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    {
+        const HeldInspections held;
+        QVERIFY(tap("Analyse"));
+        QVERIFY(waitFor("actionBack"));
+        QVERIFY(driver().waitForRest());
+        evaluate(QStringLiteral("stackView.currentItem.lockPage()"));
+    }
+    QVERIFY(ShellDriver::waitFor([this] { return tester().details().isReady(); }));
+    QVERIFY(!find("actionDetails"));
+
+    evaluate(QStringLiteral("stackView.currentItem.unlockPage()"));
+
+    QVERIFY(waitFor("actionDetails"));
+    QVERIFY(find("actionBack"));
 }
 
 void tst_TesterShell::theAboutPageNamesScopeAndStandards()

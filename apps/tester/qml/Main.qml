@@ -90,7 +90,16 @@ ApplicationWindow {
         id: patience
 
         interval: 10000 // milliseconds
-        onTriggered: snackBar.showError(qsTr("No picture came from the scope, please try again"))
+        onTriggered: snackBar.showError(qsTr("There is no result yet, please try again"))
+    }
+
+    Connections {
+        target: stackView.currentItem
+        ignoreUnknownSignals: true // not everything that can be pushed is a page
+
+        function onIsLockedChanged() {
+            Qt.callLater(screen.refresh); // what came meanwhile is shown now
+        }
     }
 
     Connections {
