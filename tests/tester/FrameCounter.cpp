@@ -3,6 +3,8 @@
 
 #include <QQmlListReference>
 
+#include <algorithm>
+
 namespace {
 class Counting : public QVideoFilterRunnable
 {
@@ -28,11 +30,7 @@ bool FrameCounter::watch(QQuickItem *item)
     if (item->inherits("QDeclarativeVideoOutput"))
         return QQmlListReference(item, "filters").append(this);
     const QList<QQuickItem *> children = item->childItems();
-    for (QQuickItem *const child : children) {
-        if (watch(child))
-            return true;
-    }
-    return false;
+    return std::any_of(children.begin(), children.end(), [this](QQuickItem *child) { return watch(child); });
 }
 
 QVideoFilterRunnable *FrameCounter::createFilterRunnable()
