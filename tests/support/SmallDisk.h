@@ -75,7 +75,7 @@ public:
         };
         if (statvfs(QFile::encodeName(folder).constData(), &disk) != 0 || !mFile.open(QIODevice::WriteOnly))
             return;
-        const auto free = static_cast<qint64>(disk.f_bavail * disk.f_frsize);
+        const auto free = static_cast<qint64>(disk.f_bavail) * static_cast<qint64>(disk.f_frsize);
         mFile.write(QByteArray(static_cast<int>(std::max<qint64>(0, free - freeKibibytes * 1024LL)), '\0'));
         mFile.close();
     }
