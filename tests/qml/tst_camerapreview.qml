@@ -165,7 +165,7 @@ Item {
         function test_aStillThatCannotBeSavedIsTold() {
             const preview = createReady();
             tryVerify(simulatedScope.isSettled);
-            expectCaptureFailure("No such file or directory");
+            expectCaptureFailure("The picture could not be written: No such file or directory");
 
             preview.captureImageToFile(files.path("no/such/folder.jpg"));
 
