@@ -52,8 +52,12 @@ Controls.Button {
     Material.background: GlobalStyles.pending
     Material.foreground: "white"
 
-    Keys.onReturnPressed: pressByKey(event)
-    Keys.onEnterPressed: pressByKey(event)
+    Keys.onReturnPressed: function(event) {
+        pressByKey(event);
+    }
+    Keys.onEnterPressed: function(event) {
+        pressByKey(event);
+    }
     onChildrenChanged: roundCorners()
     Component.onCompleted: roundCorners()
 }
