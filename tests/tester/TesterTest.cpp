@@ -48,6 +48,11 @@ bool TesterTest::openInspection() const
         && ShellDriver::waitFor([this] { return find("Analyse")->isEnabled(); });
 }
 
+bool TesterTest::openResult() const
+{
+    return tap("Analyse") && waitFor("actionBack") && mDriver.waitForRest();
+}
+
 QQuickItem *TesterTest::inspectionPage() const
 {
     QQuickItem *page = find("Analyse");

@@ -40,6 +40,9 @@ protected:
     /// Returns when the camera of the page is ready.
     bool openInspection() const;
 
+    /// Captures from the inspection page; returns when the result page has come to rest, with or without a result.
+    bool openResult() const;
+
     /// Null when the page is not on top.
     QQuickItem *inspectionPage() const;
 

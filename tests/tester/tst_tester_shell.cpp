@@ -130,9 +130,7 @@ void tst_TesterShell::whatComesWhileAPageIsLockedIsShownAfterwards()
     QVERIFY(focus());
     {
         const HeldInspections held;
-        QVERIFY(tap("Analyse"));
-        QVERIFY(waitFor("actionBack"));
-        QVERIFY(driver().waitForRest());
+        QVERIFY(openResult());
         evaluate(QStringLiteral("stackView.currentItem.lockPage()"));
     }
     QVERIFY(ShellDriver::waitFor([this] { return tester().details().isReady(); }));
