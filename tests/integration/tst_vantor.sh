@@ -131,5 +131,21 @@ verify "a program that is not there counts as a failure" same "$(
 )" "0 passed, 1 failed"
 verify "a failing ctest is never counted as good" same "$(counts 8 </dev/null)" "0 passed, 1 failed"
 
+# --- Reasons ----------------------------------------------------------------------------------------------------------
+
+reasons() { bash -c 'source "$1"; tell_failed' - "$root/vantor"; }
+verify "what passes needs no reason" same "$(test_log Passed "QWARN  : A::one() expected" | reasons)" ""
+verify "a failing function is told with its place, without the noise before it" same "$(
+    {
+        test_log Passed "QWARN  : A::one() expected"
+        test_log Failed "QDEBUG : A::one() noise" "FAIL!  : A::one() 'is()' returned FALSE. ()" "   Loc: [a.cpp(1)]"
+    } | reasons
+)" "failed: some: FAIL!  : A::one() 'is()' returned FALSE. ()
+failed: some:    Loc: [a.cpp(1)]"
+verify "a program that says nothing known is told by its last lines" same "$(
+    test_log Failed {1..60} | reasons | sed -n '1p;$p'
+)" "failed: some: 23
+failed: some: Test Failed."
+
 echo "$passed passed, $failed failed"
 [[ $failed -eq 0 ]]
