@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Tcp/FrameLength_p.h"
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
 #include <QIODevice>
 
+#include <cstring>
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr int pieceSize = 256 * 1024; // bytes; remains in the processor's cache
 constexpr int mostKept = 4 * pieceSize; // bytes of memory, when a large frame has passed
+constexpr int largeFrame = 16 * 1024; // bytes; below that a copy costs less than a look ahead
 constexpr int longestLength = std::numeric_limits<int>::digits10 + 1; // digits of a length without zeros before it
 
 bool isDigit(char byte)
@@ -22,6 +26,8 @@ bool SocketBuffer::readFrom(QIODevice &device)
     const auto available = static_cast<int>(qMin<qint64>(device.bytesAvailable(), pieceSize));
     if (available <= 0)
         return false;
+    if (readWholeFrame(device, available))
+        return true;
     if (mBytes.capacity() < pieceSize)
         mBytes.reserve(pieceSize); // stays, so that not every piece needs memory anew
     const int oldSize = mBytes.size();
@@ -31,20 +37,61 @@ bool SocketBuffer::readFrom(QIODevice &device)
     return size > 0;
 }
 
-QByteArray SocketBuffer::takePayload()
+bool SocketBuffer::readWholeFrame(QIODevice &device, int available)
 {
+    if (available < largeFrame || !mBytes.isEmpty() || !mWholePayload.isEmpty())
+        return false;
+    char head[longestLength + 1];
+    const qint64 headSize = device.peek(head, sizeof head);
+    const auto [start, length] = readPlainLength(head, head + headSize);
+    if (start < 0 || length < largeFrame || length > available - start)
+        return false;
+    device.skip(start);
+    mWholePayload = device.read(length);
+    return true;
+}
+
+bool SocketBuffer::takePayload(QByteArray *payload)
+{
+    if (!mWholePayload.isEmpty()) {
+        *payload = std::exchange(mWholePayload, {});
+        return true;
+    }
+    if (takePlainFrame(payload))
+        return true;
+
     const int oldPosition = mPosition;
-    const QByteArray payload = TcpProtocolParser::retrieveMessageData(mBytes, mPosition, mFolded);
+    *payload = TcpProtocolParser::retrieveMessageData(mBytes, mPosition, mFolded);
     if (mPosition != oldPosition || mBytes.isEmpty())
         mFolded = 0;
-    if (payload.isEmpty()) {
-        mBytes.remove(0, mPosition);
-        mPosition = 0;
-        if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
-            mBytes.squeeze();
-        foldLength();
+    if (!payload->isEmpty())
+        return true;
+
+    mBytes.remove(0, mPosition);
+    mPosition = 0;
+    if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
+        mBytes.squeeze();
+    foldLength();
+    return false;
+}
+
+bool SocketBuffer::takePlainFrame(QByteArray *payload)
+{
+    const char *const begin = mBytes.constData() + mPosition;
+    const auto available = mBytes.size() - mPosition;
+    const auto [start, size] = readPlainLength(begin, begin + available);
+    if (start < 0 || size == 0 || size > available - start)
+        return false;
+
+    if (payload->isDetached()) { // nobody kept the one before: its memory serves again
+        payload->resize(size);
+        std::memcpy(payload->data(), begin + start, static_cast<std::size_t>(size));
+    } else {
+        *payload = QByteArray(begin + start, size);
     }
-    return payload;
+    mPosition += start + size;
+    mFolded = 0;
+    return true;
 }
 
 void SocketBuffer::foldLength()

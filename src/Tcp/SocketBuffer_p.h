@@ -16,13 +16,21 @@ public:
     /// @return whether something was read
     bool readFrom(QIODevice &device);
 
-    /// The next payload; empty when there is no complete frame.
-    QByteArray takePayload();
+    /// Takes the next payload, into the memory of the one before unless somebody keeps that.
+    /// @return false when there is no complete frame
+    bool takePayload(QByteArray *payload);
 
 private:
+    /// Reads a large frame that is there as a whole straight into its payload, which saves a copy of it.
+    bool readWholeFrame(QIODevice &device, int available);
+
+    /// Takes the next payload if it is complete and its length nothing but digits, as with nearly every one.
+    bool takePlainFrame(QByteArray *payload);
+
     /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
     void foldLength();
 
+    QByteArray mWholePayload; ///< comes before all bytes
     QByteArray mBytes;
     int mPosition = 0; ///< of the first byte that was not taken
     int mFolded = 0; ///< bytes that were received for the length at the position, and dropped

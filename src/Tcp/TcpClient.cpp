@@ -105,8 +105,9 @@ void TcpClient::onDisconnected()
 void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
+    QByteArray data;
     while (mSocketBuffer->readFrom(*mSocket)) { // more may come while a receiver runs an event loop of its own
-        for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
+        while (mSocketBuffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;

@@ -80,8 +80,9 @@ void TcpServer::onNewConnection()
 void TcpServer::onReadyRead(const QTcpSocket *socket)
 {
     const QPointer<TcpServer> self(this);
+    QByteArray data;
     while (mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
-        for (QByteArray data = mSocketBuffer->takePayload(); !data.isEmpty(); data = mSocketBuffer->takePayload()) {
+        while (mSocketBuffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;

@@ -37,7 +37,8 @@ double processorTime()
 
 Bytes drained(SocketBuffer &buffer)
 {
-    return drain([&] { return buffer.takePayload(); });
+    QByteArray payload;
+    return drain([&] { return buffer.takePayload(&payload) ? payload : QByteArray(); });
 }
 
 /// Streams such as an honest, a confused and a hostile peer would send, each by its number.
@@ -58,10 +59,21 @@ public:
         return bytes;
     }
 
-    /// The same bytes in pieces of any length.
-    Bytes cut(const QByteArray &bytes)
+    /// Mostly frames that one read may bring as a whole; all of it is less than a read takes.
+    QByteArray streamOfLargeFrames()
     {
-        const int longest = between(1, 2) == 1 ? 3 : 1 + int(bytes.size());
+        QByteArray bytes;
+        for (int i = between(1, 3); i > 0; --i) {
+            const QByteArray payload = '{' + QByteArray(between(1, 80 * 1000), 'x');
+            bytes += between(1, 4) == 1 ? piece() : QByteArray::number(payload.size()) + payload;
+        }
+        return bytes;
+    }
+
+    /// The same bytes in pieces of any length.
+    Bytes cut(const QByteArray &bytes) { return cut(bytes, between(1, 2) == 1 ? 3 : 1 + int(bytes.size())); }
+    Bytes cut(const QByteArray &bytes, int longest)
+    {
         Bytes pieces;
         for (int start = 0; start < bytes.size();) {
             const int length = between(1, longest);
@@ -152,6 +164,120 @@ private Q_SLOTS:
         QCOMPARE(log.warnings(), QStringList());
     }
 
+    // What is there as a whole when it is read takes another road than pieces do.
+    void largeFramesAreReadInTheirOrder_data()
+    {
+        QTest::addColumn<Bytes>("reads");
+        QTest::addColumn<Bytes>("payloads");
+        QTest::addColumn<QStringList>("log");
+
+        const auto payload = [](int size) { return '{' + QByteArray(size - 2, 'x') + '}'; };
+        const QByteArray large = payload(64 * 1024);
+        const QByteArray other = payload(100 * 1000);
+        const QByteArray frame = Loopback::frame(large);
+        const QStringList waits{QStringLiteral("debug: Partial buffer, waiting for more data")};
+        QTest::newRow("one") << Bytes{frame} << Bytes{large} << QStringList();
+        QTest::newRow("two at once") << Bytes{frame + Loopback::frame(other)} << Bytes{large, other} << QStringList();
+        QTest::newRow("behind a small one") << Bytes{"2{}" + frame} << Bytes{"{}", large} << QStringList();
+        QTest::newRow("before a small one") << Bytes{frame + "2{}"} << Bytes{large, "{}"} << QStringList();
+        QTest::newRow("a byte is missing") << Bytes{frame.chopped(1), frame.right(1)} << Bytes{large} << waits;
+        QTest::newRow("the first byte came before") << Bytes{frame.left(1), frame.mid(1)} << Bytes{large} << waits;
+        QTest::newRow("leading zeros") << Bytes{"00" + frame} << Bytes{large} << QStringList();
+        QTest::newRow("too many leading zeros to look ahead")
+            << Bytes{QByteArray(20, '0') + frame} << Bytes{large} << QStringList();
+        QTest::newRow("a blank behind the length")
+            << Bytes{QByteArray::number(large.size()) + ' ' + large} << Bytes{large} << QStringList();
+        QTest::newRow("followed by what is no frame") << Bytes{frame + "junk",
+            "2{}"} << Bytes{large, "{}"} << QStringList{QStringLiteral("warning: Invalid data. Erasing buffer 4")};
+        QTest::newRow("no frame")
+            << Bytes{"x" + frame} << Bytes{}
+            << QStringList{QStringLiteral("warning: Invalid data. Erasing buffer %1").arg(frame.size() + 1)};
+    }
+
+    void largeFramesAreReadInTheirOrder()
+    {
+        QFETCH(const Bytes, reads);
+        QFETCH(const Bytes, payloads);
+        QFETCH(const QStringList, log);
+        const LogCapture capture;
+        SocketBuffer buffer;
+
+        Bytes taken;
+        for (QByteArray read : reads) {
+            QBuffer device(&read);
+            QVERIFY(device.open(QIODevice::ReadOnly));
+            while (buffer.readFrom(device))
+                taken += drained(buffer);
+            QCOMPARE(device.bytesAvailable(), 0);
+        }
+
+        QVERIFY(taken == payloads);
+        QCOMPARE(capture.asText(), log);
+    }
+
+    void anyReadsGiveWhatThePlainFormGives()
+    {
+        int largePayloads = 0;
+        for (unsigned number = 0; number < 300; ++number) {
+            StreamPainter painter(number);
+            SocketBuffer buffer;
+            QByteArray plainBuffer;
+            for (QByteArray read : painter.cut(painter.streamOfLargeFrames(), 120 * 1000)) {
+                LogCapture log;
+                plainBuffer += read;
+                const Bytes expected = drain([&] { return PlainFraming::retrieveMessageData(plainBuffer); });
+                const QStringList expectedLog = log.asText();
+
+                log.clear();
+                QBuffer device(&read);
+                QVERIFY(device.open(QIODevice::ReadOnly));
+                Bytes taken;
+                while (buffer.readFrom(device))
+                    taken += drained(buffer);
+
+                QVERIFY2(taken == expected, qPrintable(QStringLiteral("stream %1").arg(number)));
+                QCOMPARE(log.asText(), expectedLog);
+                for (const QByteArray &payload : taken)
+                    largePayloads += payload.size() > 16 * 1024 ? 1 : 0;
+            }
+        }
+        QVERIFY(largePayloads > 300);
+    }
+
+    // As when a connection ends while a receiver is busy.
+    void allMayBeReadBeforeAnythingIsTaken()
+    {
+        const QByteArray large = '{' + QByteArray(64 * 1024, 'x') + '}';
+        QByteArray stream = Loopback::frame(large).repeated(10) + "2{}";
+        QBuffer device(&stream);
+        QVERIFY(device.open(QIODevice::ReadOnly));
+        SocketBuffer buffer;
+
+        while (buffer.readFrom(device)) {}
+
+        QVERIFY(drained(buffer) == QVector<QByteArray>(10, large).toList() << "{}");
+    }
+
+    void aPayloadThatSomebodyKeepsStaysAsItIs()
+    {
+        SocketBuffer buffer;
+        buffer.append("3{1}5{333}4{22}5{444}");
+        QByteArray payload;
+
+        QVERIFY(buffer.takePayload(&payload));
+        const QByteArray kept = payload;
+        QVERIFY(buffer.takePayload(&payload));
+        const char *const memory = payload.constData();
+        QCOMPARE(payload, QByteArray("{333}"));
+        QVERIFY(buffer.takePayload(&payload));
+        QCOMPARE(payload, QByteArray("{22}"));
+        QVERIFY(buffer.takePayload(&payload));
+
+        QCOMPARE(payload, QByteArray("{444}"));
+        QCOMPARE(kept, QByteArray("{1}"));
+        QCOMPARE(static_cast<const void *>(payload.constData()), static_cast<const void *>(memory));
+    }
+
     void payloadsComeInTheirOrder()
     {
         const LogCapture log;
@@ -172,7 +298,9 @@ private Q_SLOTS:
         const LogCapture log;
         SocketBuffer buffer;
         buffer.append("2{}3{1");
-        QCOMPARE(buffer.takePayload(), QByteArray("{}"));
+        QByteArray payload;
+        QVERIFY(buffer.takePayload(&payload));
+        QCOMPARE(payload, QByteArray("{}"));
 
         buffer.append("}4{22}");
 
@@ -254,7 +382,8 @@ private Q_SLOTS:
         buffer.append(QByteArray("15{\"type\": 12345}").repeated(count));
 
         int taken = 0;
-        while (taken <= count && buffer.takePayload() == "{\"type\": 12345}")
+        QByteArray payload;
+        while (taken <= count && buffer.takePayload(&payload) && payload == "{\"type\": 12345}")
             ++taken;
 
         QCOMPARE(taken, count);
@@ -270,7 +399,8 @@ private Q_SLOTS:
                 buffer.append(frame.repeated(count));
                 const double start = processorTime();
                 int taken = 0;
-                for (QByteArray payload = buffer.takePayload(); !payload.isEmpty(); payload = buffer.takePayload())
+                QByteArray payload;
+                while (buffer.takePayload(&payload))
                     ++taken;
                 if (taken != count)
                     return -1.0;
@@ -315,7 +445,9 @@ private Q_SLOTS:
         for (; size <= TcpProtocolParser::maxBufferSize; size += readSize) {
             QCOMPARE(log.warnings(), QStringList());
             buffer.append(read);
-            QCOMPARE(buffer.takePayload(), QByteArray());
+            QByteArray payload;
+            QVERIFY(!buffer.takePayload(&payload));
+            QCOMPARE(payload, QByteArray());
         }
 
         QCOMPARE(log.warnings(), QStringList{QStringLiteral("Invalid data. Erasing buffer %1").arg(size)});
