@@ -283,6 +283,7 @@ void NetworkHelper::generateRandomMACAddress(QString &mac)
         {QStringLiteral("-c"), QStringLiteral("echo -n 02; od -t x1 -An -N 5 /dev/urandom | tr ' ' ':'")});
     process.waitForFinished(randomTimeout);
     mac = QString::fromLatin1(process.readAllStandardOutput()).trimmed();
+    process.kill(); // closing alone would first wait for it to start
     process.close();
 }
 

@@ -92,6 +92,7 @@ bool SystemHelper::runCommand(const QString &command, quint32 timeout, QByteArra
     startCommand(&process, command);
     if (!process.waitForStarted(startTimeout)) {
         qDebug().noquote() << "Failed to start command: " << command;
+        process.kill(); // closing alone would first wait for it to start
         process.close();
         storeExitCode(exitCode, notStarted);
         return false;
@@ -142,6 +143,7 @@ bool SystemHelper::isProcessRunning(const QString &appname)
     process.start(QStringLiteral("pgrep"), {appname});
     process.waitForReadyRead(processListTimeout);
     const bool isRunning = !process.readAllStandardOutput().isEmpty();
+    process.kill(); // closing alone would first wait for it to start
     process.close();
     return isRunning;
 }
