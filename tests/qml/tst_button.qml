@@ -4,6 +4,7 @@ import QtQuick.Controls 2.4 as Controls
 import QtQuick.Controls.Material 2.4
 import QtTest 1.12
 import VantorTest 1.0
+import "Patience.js" as Patience
 import "Pixels.js" as Pixels
 import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
@@ -70,7 +71,7 @@ Item {
         function create(properties) {
             const button = createTemporaryObject(buttonComponent, scene, properties || {});
             button.forceActiveFocus();
-            tryCompare(button, "activeFocus", true, 60000);
+            tryCompare(button, "activeFocus", true, Patience.longest);
             return button;
         }
 
@@ -182,7 +183,7 @@ Item {
             button.focus = false;
             compare(log, ["canceled"]);
             button.focus = true;
-            tryCompare(button, "activeFocus", true, 60000);
+            tryCompare(button, "activeFocus", true, Patience.longest);
             keyRelease(row.key);
 
             compare(log, ["canceled"]);

@@ -5,6 +5,7 @@ import QtQuick 2.11
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Patience.js" as Patience
 import "qrc:/Vantor/Components" as VantorComponents
 
 Item {
@@ -52,7 +53,7 @@ Item {
 
         function createReady() {
             const preview = create();
-            tryCompare(preview, "ready", true);
+            tryCompare(preview, "ready", true, Patience.longest);
             return preview;
         }
 
@@ -73,7 +74,7 @@ Item {
             verify(!preview.ready);
             verify(cover.visible);
 
-            tryCompare(preview, "ready", true);
+            tryCompare(preview, "ready", true, Patience.longest);
 
             verify(!cover.visible);
             compare(preview.failures, 0);
@@ -93,7 +94,7 @@ Item {
 
             compare(preview.failures, row.isFound ? 0 : 1);
             if (row.isFound) {
-                tryCompare(preview, "ready", true);
+                tryCompare(preview, "ready", true, Patience.longest);
             } else {
                 wait(300);
                 verify(!preview.ready);
@@ -147,24 +148,24 @@ Item {
             tryVerify(function() {
                 const image = grabImage(preview);
                 return image.red(20, 20) > 150 && image.red(206, 120) > 90 && image.red(206, 120) < 150;
-            });
+            }, Patience.longest);
         }
 
         function test_aStillIsSavedWhereItIsWanted() {
             const preview = createReady();
             const path = files.path("tmp/still one.jpg");
-            tryVerify(simulatedScope.isSettled);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
 
             preview.captureImageToFile(path);
 
-            tryCompare(preview, "saved", 1);
+            tryCompare(preview, "saved", 1, Patience.longest);
             compare(preview.previews.length, 1);
             compare(files.sizeOf(path), Qt.size(800, 600));
         }
 
         function test_aStillThatCannotBeSavedIsTold() {
             const preview = createReady();
-            tryVerify(simulatedScope.isSettled);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
             expectCaptureFailure("The picture could not be written: No such file or directory");
 
             preview.captureImageToFile(files.path("no/such/folder.jpg"));
@@ -177,18 +178,18 @@ Item {
             const preview = createTemporaryObject(filteredComponent, scene);
             compare(preview.focusValue, -1);
 
-            tryVerify(function() { return preview.focusValue > 2.5; });
+            tryVerify(function() { return preview.focusValue > 2.5; }, Patience.longest);
             simulatedScope.focus = 1;
-            tryVerify(function() { return preview.focusValue < 1; });
+            tryVerify(function() { return preview.focusValue < 1; }, Patience.longest);
         }
 
         function test_itStopsAndStarts() {
             const preview = createReady();
 
             preview.stop();
-            tryCompare(preview, "ready", false);
+            tryCompare(preview, "ready", false, Patience.longest);
             preview.start();
-            tryCompare(preview, "ready", true);
+            tryCompare(preview, "ready", true, Patience.longest);
         }
 
         function test_unpluggingEndsThePreviewAndPluggingInAllowsANewOne() {
@@ -200,12 +201,12 @@ Item {
 
             simulatedScope.isPlugged = true;
             preview.start();
-            tryCompare(preview, "ready", true);
+            tryCompare(preview, "ready", true, Patience.longest);
         }
 
         function test_unpluggingDuringACaptureEndsItWithoutAnImage() {
             const preview = createReady();
-            tryVerify(simulatedScope.isSettled);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
             const path = files.path("tmp/cut off.jpg");
             expectCaptureFailure("The camera is not active");
 

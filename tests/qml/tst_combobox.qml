@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtQuick.Controls.Material 2.4
 import QtTest 1.12
 import VantorTest 1.0
+import "Patience.js" as Patience
 import "qrc:/Vantor/Controls" as VantorControls
 
 Item {
@@ -106,7 +107,7 @@ Item {
 
         function open(combo) {
             mouseClick(combo);
-            tryCompare(combo.popup, "opened", true);
+            tryCompare(combo.popup, "opened", true, Patience.longest);
         }
 
         function test_theDefaults() {
@@ -195,7 +196,7 @@ Item {
 
             mouseClick(combo.popup.contentItem.itemAtIndex(1));
 
-            tryCompare(combo, "currentIndex", 1);
+            tryCompare(combo, "currentIndex", 1, Patience.longest);
             compare(combo.currentValue, 7);
             compare(combo.displayText, "seven");
         }

@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Patience.js" as Patience
 import "Pixels.js" as Pixels
 import "qrc:/Vantor/Pages"
 
@@ -63,7 +64,7 @@ Item {
 
         // The window follows a change of the scene's size a frame or two later.
         function verifyColour(page, x, y, colour) {
-            tryVerify(function() { return Pixels.hasColour(grabImage(page), x, y, colour); });
+            tryVerify(function() { return Pixels.hasColour(grabImage(page), x, y, colour); }, Patience.longest);
         }
 
         function finish(passed, path) {

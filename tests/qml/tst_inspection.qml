@@ -5,6 +5,7 @@ import QtQuick.Controls 2.4
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Patience.js" as Patience
 import "qrc:/Vantor/Pages"
 
 // The whole road of an inspection, with the real manager: focus, capture, analysis, verdict.
@@ -84,8 +85,8 @@ Item {
             snackBar.texts = [];
             stackView.clear(StackView.Immediate);
             stackView.push(inspectionComponent, {}, StackView.Immediate);
-            tryVerify(simulatedScope.isSettled);
-            tryCompare(preview(), "ready", true);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            tryCompare(preview(), "ready", true, Patience.longest);
         }
 
         function cleanup() {
@@ -98,10 +99,10 @@ Item {
 
         function look(face) {
             simulatedScope.face = face;
-            tryVerify(simulatedScope.isSettled);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
             const analyser = preview().videoOutput.filters[0];
             analyser.focusValue = -1; // what the former face left behind
-            tryVerify(function() { return analyser.focusValue > 2.5; });
+            tryVerify(function() { return analyser.focusValue > 2.5; }, Patience.longest);
         }
 
         function analyse() {
@@ -113,7 +114,7 @@ Item {
         function waitForVerdict() {
             const cover = Items.byType(stackView.currentItem, "LoadingComponent");
             verify(cover.visible);
-            tryCompare(cover, "visible", false, 20000);
+            tryCompare(cover, "visible", false, Patience.longest);
         }
 
         function test_aCleanFacePassesAndAPittedOneFails_data() {
@@ -194,7 +195,7 @@ Item {
             look("clean");
             files.remove(picture); // that of the test before
             analyse();
-            tryVerify(function() { return files.exists(picture); });
+            tryVerify(function() { return files.exists(picture); }, Patience.longest);
 
             simulatedScope.isPlugged = false;
 
