@@ -3,6 +3,7 @@
 
 #include "Expect.h"
 #include "FiberManager.h"
+#include "HeldManager.h"
 #include "Keyboard.h"
 #include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
@@ -40,6 +41,7 @@ struct Setup::Application
     }
     ~Application()
     {
+        heldManager.release();
         Q_EMIT manager->requestStop();
         manager->deleteLater();
         thread.quit();
@@ -52,6 +54,7 @@ struct Setup::Application
     QThread thread;
     CoreFiberInspectionManager *const manager = new CoreFiberInspectionManager;
     FiberManager fiberManager{manager};
+    HeldManager heldManager{manager};
     TestFiles files{workDir.path()};
 };
 
@@ -81,6 +84,7 @@ void Setup::qmlEngineAvailable(QQmlEngine *engine)
     qmlRegisterSingletonType<Keyboard>(
         "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
+    engine->rootContext()->setContextProperty(QStringLiteral("heldManager"), &mApplication->heldManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
     engine->rootContext()->setContextProperty(QStringLiteral("files"), &mApplication->files);
 }

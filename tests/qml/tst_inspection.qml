@@ -74,6 +74,13 @@ Item {
         FiberInspectionResultPage {}
     }
 
+    SignalSpy {
+        id: answerSpy
+
+        target: realFiberManager
+        signalName: "analyseFinished"
+    }
+
     TestCase {
         name: "Inspection"
         when: windowShown
@@ -83,6 +90,7 @@ Item {
             simulatedScope.face = "clean";
             simulatedScope.focus = 0;
             snackBar.texts = [];
+            files.remove(realFiberManager.tmpFiberInspectionImagePath()); // that of the test before
             stackView.clear(StackView.Immediate);
             stackView.push(inspectionComponent, {}, StackView.Immediate);
             tryVerify(simulatedScope.isSettled, Patience.longest);
@@ -90,6 +98,7 @@ Item {
         }
 
         function cleanup() {
+            heldManager.finish();
             stackView.clear(StackView.Immediate);
         }
 
@@ -105,15 +114,23 @@ Item {
             tryVerify(function() { return analyser.focusValue > 2.5; }, Patience.longest);
         }
 
+        // The analysis itself comes with waitForVerdict().
         function analyse() {
+            heldManager.hold();
             const button = Items.byText(inspectionPage(), "Analyse");
             mouseClick(button, button.width / 2, button.height / 2);
             compare(stackView.depth, 2);
         }
 
+        function waitForPicture() {
+            const picture = realFiberManager.tmpFiberInspectionImagePath();
+            tryVerify(function() { return files.exists(picture); }, Patience.longest);
+        }
+
         function waitForVerdict() {
             const cover = Items.byType(stackView.currentItem, "LoadingComponent");
             verify(cover.visible);
+            heldManager.release();
             tryCompare(cover, "visible", false, Patience.longest);
         }
 
@@ -191,11 +208,9 @@ Item {
         }
 
         function test_unpluggingDuringTheAnalysisChangesNothingAboutIt() {
-            const picture = realFiberManager.tmpFiberInspectionImagePath();
             look("clean");
-            files.remove(picture); // that of the test before
             analyse();
-            tryVerify(function() { return files.exists(picture); }, Patience.longest);
+            waitForPicture();
 
             simulatedScope.isPlugged = false;
 
@@ -219,10 +234,13 @@ Item {
         function test_leavingThePageDuringTheAnalysisIsFine() {
             look("clean");
             analyse();
+            waitForPicture();
+            answerSpy.clear();
 
             stackView.currentItem.backWithoutTransition();
             compare(stackView.depth, 1);
-            wait(1500); // the answer finds nobody
+            heldManager.release();
+            tryCompare(answerSpy, "count", 1, Patience.longest); // it finds nobody
 
             compare(snackBar.texts, []);
             look("clean");
