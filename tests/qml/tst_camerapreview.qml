@@ -62,6 +62,15 @@ Item {
             Expect.debug("Image capture failed: " + reason);
         }
 
+        // The preview itself has told of a failure before it is counted.
+        function countCaptureFailures(preview) {
+            const failures = [];
+            preview.videoOutput.source.imageCapture.captureFailed.connect(function(id, message) {
+                failures.push(message);
+            });
+            return failures;
+        }
+
         function init() {
             simulatedScope.isPlugged = true;
             simulatedScope.face = "clean";
@@ -168,9 +177,11 @@ Item {
             tryVerify(simulatedScope.isSettled, Patience.longest);
             expectCaptureFailure("The picture could not be written: No such file or directory");
 
+            const failures = countCaptureFailures(preview);
+
             preview.captureImageToFile(files.path("no/such/folder.jpg"));
 
-            wait(300);
+            tryCompare(failures, "length", 1, Patience.longest);
             compare(preview.saved, 0);
         }
 
@@ -209,11 +220,12 @@ Item {
             tryVerify(simulatedScope.isSettled, Patience.longest);
             const path = files.path("tmp/cut off.jpg");
             expectCaptureFailure("The camera is not active");
+            const failures = countCaptureFailures(preview);
 
             preview.captureImageToFile(path);
             simulatedScope.isPlugged = false;
 
-            wait(300);
+            tryCompare(failures, "length", 1, Patience.longest);
             compare(preview.saved, 0);
             verify(!files.exists(path));
         }
