@@ -8,6 +8,7 @@
 #include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
 #include "OrvelPage.h"
+#include "Processor.h"
 #include "QmlResources.h"
 #include "SimulatedScope.h"
 #include "TestFiles.h"
@@ -83,6 +84,8 @@ void Setup::qmlEngineAvailable(QQmlEngine *engine)
         "VantorTest", 1, 0, "Expect", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Expect; });
     qmlRegisterSingletonType<Keyboard>(
         "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
+    qmlRegisterSingletonType<Processor>(
+        "VantorTest", 1, 0, "Processor", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Processor; });
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
     engine->rootContext()->setContextProperty(QStringLiteral("heldManager"), &mApplication->heldManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
