@@ -5,6 +5,7 @@
 #include "FiberManager.h"
 #include "HeldManager.h"
 #include "Keyboard.h"
+#include "LiveAnalyses.h"
 #include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
 #include "OrvelPage.h"
@@ -29,6 +30,12 @@ void reportOutsideOfTests(QtMsgType type, const QMessageLogContext &, const QStr
     const bool isFault = type != QtDebugMsg && type != QtInfoMsg;
     std::fprintf(stdout, "%s: outside of a test: %s\n", isFault ? "QWARN  " : "QDEBUG ", qPrintable(text));
     std::fflush(stdout);
+}
+
+template <typename T>
+void registerSingleton(const char *name)
+{
+    qmlRegisterSingletonType<T>("VantorTest", 1, 0, name, [](QQmlEngine *, QJSEngine *) -> QObject * { return new T; });
 }
 } // namespace
 
@@ -80,12 +87,10 @@ void Setup::applicationAvailable()
 void Setup::qmlEngineAvailable(QQmlEngine *engine)
 {
     qmlRegisterType<NativeModel>("VantorTest", 1, 0, "NativeModel");
-    qmlRegisterSingletonType<Expect>(
-        "VantorTest", 1, 0, "Expect", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Expect; });
-    qmlRegisterSingletonType<Keyboard>(
-        "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
-    qmlRegisterSingletonType<Processor>(
-        "VantorTest", 1, 0, "Processor", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Processor; });
+    registerSingleton<Expect>("Expect");
+    registerSingleton<Keyboard>("Keyboard");
+    registerSingleton<LiveAnalyses>("LiveAnalyses");
+    registerSingleton<Processor>("Processor");
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
     engine->rootContext()->setContextProperty(QStringLiteral("heldManager"), &mApplication->heldManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
