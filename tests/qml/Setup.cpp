@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Setup.h"
 
+#include "Destruction.h"
 #include "Expect.h"
 #include "FiberManager.h"
 #include "HeldManager.h"
@@ -87,6 +88,7 @@ void Setup::applicationAvailable()
 void Setup::qmlEngineAvailable(QQmlEngine *engine)
 {
     qmlRegisterType<NativeModel>("VantorTest", 1, 0, "NativeModel");
+    registerSingleton<Destruction>("Destruction");
     registerSingleton<Expect>("Expect");
     registerSingleton<Keyboard>("Keyboard");
     registerSingleton<LiveAnalyses>("LiveAnalyses");

@@ -546,6 +546,8 @@ Item {
 
             page.analyse();
             page.destroy();
+            Destruction.carryOut(); // a slow wait() would take the picture first
+            verify(!Items.byType(scene, "FiberInspectionPage"));
             wait(300);
 
             compare(scene.callsOf("requestAnalyse").length, 0);

@@ -98,8 +98,9 @@ Item {
         }
 
         function cleanup() {
-            heldManager.finish();
             stackView.clear(StackView.Immediate);
+            Destruction.carryOut(); // nobody requests anything from here on
+            heldManager.finish();
         }
 
         function inspectionPage() { return stackView.get(0); }
