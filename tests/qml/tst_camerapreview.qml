@@ -130,7 +130,7 @@ Item {
             compare(found ? found.deviceId : null, row.id);
         }
 
-        function test_withoutACameraTheInitialisationFails() {
+        function test_withoutACameraThereIsNoPreview() {
             simulatedScope.isPlugged = false;
 
             const preview = create();

@@ -86,7 +86,7 @@ Item {
         function test_theVerdict_data() {
             return [
                 { tag: "passed", passed: true, colour: "green", sign: "✓", call: ["success", "Connector test passed"] },
-                { tag: "failed", passed: false, colour: "red", sign: "X", call: ["error", "Connector test failed"] },
+                { tag: "rejected", passed: false, colour: "red", sign: "X", call: ["error", "Connector test failed"] },
             ];
         }
         function test_theVerdict(row) {
@@ -137,7 +137,7 @@ Item {
             verify(!page.testPassed);
         }
 
-        function test_aFailedAnalysisShowsNothing() {
+        function test_anAnalysisWithoutAVerdictShowsNothing() {
             const page = createTemporaryObject(pageComponent, scene);
             Expect.error("analyse failed");
 
@@ -149,7 +149,7 @@ Item {
             compare(scene.calls, []);
         }
 
-        function test_anAnswerAfterAFailureIsShown() {
+        function test_aVerdictAfterAnAnalysisWithoutOneIsShown() {
             files.paint(files.path("result.png"), "blue");
             const page = createTemporaryObject(pageComponent, scene);
             Expect.error("analyse failed");

@@ -135,13 +135,13 @@ Item {
             tryCompare(cover, "visible", false, Patience.longest);
         }
 
-        function test_aCleanFacePassesAndAPittedOneFails_data() {
+        function test_aCleanFacePassesAndAPittedOneDoesNot_data() {
             return [
                 { tag: "clean", face: "clean", passes: true, text: "success: Connector test passed" },
                 { tag: "pitted", face: "pitted", passes: false, text: "error: Connector test failed" },
             ];
         }
-        function test_aCleanFacePassesAndAPittedOneFails(row) {
+        function test_aCleanFacePassesAndAPittedOneDoesNot(row) {
             look(row.face);
             analyse();
 
