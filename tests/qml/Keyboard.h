@@ -5,7 +5,7 @@
 #include <QObject>
 #include <QtTest>
 
-/// Keys that type nothing: TestCase.keyClick() does not know them.
+/// What TestCase.keyClick() does not know: keys that type nothing, and keys that repeat themselves.
 class Keyboard : public QObject
 {
     Q_OBJECT
@@ -18,5 +18,14 @@ public:
         QVERIFY(window);
         for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
             qt_handleKeyEvent(window, type, key, Qt::NoModifier); // QTest::keyClick() refuses such keys
+    }
+
+    /// Repeats a Qt::Key that is pressed already, as a keyboard does while it is held.
+    Q_INVOKABLE void repeat(int key) const
+    {
+        QWindow *const window = QGuiApplication::focusWindow();
+        QVERIFY(window);
+        for (const QEvent::Type type : {QEvent::KeyRelease, QEvent::KeyPress})
+            qt_handleKeyEvent(window, type, key, Qt::NoModifier, QString(), true);
     }
 };

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Setup.h"
 
+#include "Destruction.h"
 #include "Expect.h"
 #include "FiberManager.h"
+#include "HeldManager.h"
 #include "Keyboard.h"
+#include "LiveAnalyses.h"
 #include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
 #include "OrvelPage.h"
+#include "Processor.h"
 #include "QmlResources.h"
 #include "SimulatedScope.h"
 #include "TestFiles.h"
@@ -28,6 +32,12 @@ void reportOutsideOfTests(QtMsgType type, const QMessageLogContext &, const QStr
     std::fprintf(stdout, "%s: outside of a test: %s\n", isFault ? "QWARN  " : "QDEBUG ", qPrintable(text));
     std::fflush(stdout);
 }
+
+template <typename T>
+void registerSingleton(const char *name)
+{
+    qmlRegisterSingletonType<T>("VantorTest", 1, 0, name, [](QQmlEngine *, QJSEngine *) -> QObject * { return new T; });
+}
 } // namespace
 
 struct Setup::Application
@@ -40,6 +50,7 @@ struct Setup::Application
     }
     ~Application()
     {
+        heldManager.release();
         Q_EMIT manager->requestStop();
         manager->deleteLater();
         thread.quit();
@@ -52,6 +63,7 @@ struct Setup::Application
     QThread thread;
     CoreFiberInspectionManager *const manager = new CoreFiberInspectionManager;
     FiberManager fiberManager{manager};
+    HeldManager heldManager{manager};
     TestFiles files{workDir.path()};
 };
 
@@ -76,11 +88,13 @@ void Setup::applicationAvailable()
 void Setup::qmlEngineAvailable(QQmlEngine *engine)
 {
     qmlRegisterType<NativeModel>("VantorTest", 1, 0, "NativeModel");
-    qmlRegisterSingletonType<Expect>(
-        "VantorTest", 1, 0, "Expect", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Expect; });
-    qmlRegisterSingletonType<Keyboard>(
-        "VantorTest", 1, 0, "Keyboard", [](QQmlEngine *, QJSEngine *) -> QObject * { return new Keyboard; });
+    registerSingleton<Destruction>("Destruction");
+    registerSingleton<Expect>("Expect");
+    registerSingleton<Keyboard>("Keyboard");
+    registerSingleton<LiveAnalyses>("LiveAnalyses");
+    registerSingleton<Processor>("Processor");
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
+    engine->rootContext()->setContextProperty(QStringLiteral("heldManager"), &mApplication->heldManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());
     engine->rootContext()->setContextProperty(QStringLiteral("files"), &mApplication->files);
 }

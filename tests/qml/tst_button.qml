@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
+import QtQuick.Controls 2.4 as Controls
 import QtQuick.Controls.Material 2.4
 import QtTest 1.12
+import VantorTest 1.0
+import "Patience.js" as Patience
 import "Pixels.js" as Pixels
 import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
@@ -16,6 +19,19 @@ Item {
         id: buttonComponent
 
         VantorControls.Button {}
+    }
+    Component {
+        id: actionComponent
+
+        Controls.Action {}
+    }
+    Controls.ButtonGroup {
+        id: exclusiveGroup
+    }
+    Controls.ButtonGroup {
+        id: looseGroup
+
+        exclusive: false
     }
     Component {
         id: iconComponent
@@ -52,30 +68,152 @@ Item {
         name: "Button"
         when: windowShown
 
-        function test_theReturnKeyDoesWhatTheSpaceBarDoes_data() {
+        function create(properties) {
+            const button = createTemporaryObject(buttonComponent, scene, properties || {});
+            button.forceActiveFocus();
+            tryCompare(button, "activeFocus", true, Patience.longest);
+            return button;
+        }
+
+        // Notes what the button and its action say from now on. The signal pressed() hides behind the property.
+        function record(button) {
+            const log = [];
+            button.toggled.connect(function() { log.push("toggled " + button.checked); });
+            button.released.connect(function() { log.push("released"); });
+            button.clicked.connect(function() { log.push("clicked " + button.checked); });
+            button.canceled.connect(function() { log.push("canceled"); });
+            if (button.action) {
+                button.action.toggled.connect(function() { log.push("action toggled " + button.action.checked); });
+                button.action.triggered.connect(function() { log.push("action triggered"); });
+            }
+            return log;
+        }
+
+        function keys() {
             return [
                 { tag: "space bar", key: Qt.Key_Space },
                 { tag: "return", key: Qt.Key_Return },
                 { tag: "enter", key: Qt.Key_Enter },
             ];
         }
-        function test_theReturnKeyDoesWhatTheSpaceBarDoes(row) {
-            const button = createTemporaryObject(buttonComponent, scene, { checkable: true });
-            var clicks = 0;
-            var toggles = 0;
-            button.clicked.connect(function() { ++clicks; });
-            button.toggled.connect(function() { ++toggles; });
-            button.forceActiveFocus();
-            tryCompare(button, "activeFocus", true);
+
+        function test_theReturnKeyClicksAsTheSpaceBarDoes_data() { return keys(); }
+        function test_theReturnKeyClicksAsTheSpaceBarDoes(row) {
+            const log = record(create());
+
+            keyPress(row.key);
+            compare(log, []);
+            keyRelease(row.key);
+
+            compare(log, ["released", "clicked false"]);
+        }
+
+        function test_theReturnKeyTogglesAsTheSpaceBarDoes_data() { return keys(); }
+        function test_theReturnKeyTogglesAsTheSpaceBarDoes(row) {
+            const log = record(create({ checkable: true }));
 
             keyClick(row.key);
-            compare(clicks, 1);
-            verify(button.checked);
+            keyClick(row.key);
+
+            compare(log, ["toggled true", "released", "clicked true", "toggled false", "released", "clicked false"]);
+        }
+
+        function test_theReturnKeyChecksAndUnchecksInGroupsAsTheSpaceBarDoes_data() {
+            const buttons = [
+                { tag: "on its own", properties: { autoExclusive: true }, group: null, stays: true },
+                { tag: "in an exclusive group", properties: {}, group: exclusiveGroup, stays: true },
+                { tag: "in another group", properties: { autoExclusive: true }, group: looseGroup, stays: false },
+            ];
+            const rows = [];
+            keys().forEach(function(key) {
+                buttons.forEach(function(button) {
+                    rows.push({ tag: key.tag + ", " + button.tag, key: key.key, properties: button.properties,
+                                group: button.group, stays: button.stays });
+                });
+            });
+            return rows;
+        }
+        function test_theReturnKeyChecksAndUnchecksInGroupsAsTheSpaceBarDoes(row) {
+            const button = create(row.properties);
+            button.checkable = true;
+            button.Controls.ButtonGroup.group = row.group;
+            const log = record(button);
 
             keyClick(row.key);
-            compare(clicks, 2);
-            compare(toggles, 2);
-            verify(!button.checked);
+            compare(log, ["toggled true", "released", "clicked true"]);
+            log.length = 0;
+            keyClick(row.key);
+
+            compare(log, row.stays ? ["released", "clicked true"] : ["toggled false", "released", "clicked false"]);
+        }
+
+        function test_theReturnKeyTriggersTheActionAsTheSpaceBarDoes_data() { return keys(); }
+        function test_theReturnKeyTriggersTheActionAsTheSpaceBarDoes(row) {
+            const action = createTemporaryObject(actionComponent, scene);
+            const log = record(create({ action: action }));
+
+            keyClick(row.key);
+            compare(log, ["released", "clicked false", "action triggered"]);
+            log.length = 0;
+            action.checkable = true;
+            keyClick(row.key);
+
+            compare(log, ["toggled true", "released", "action toggled true", "clicked true", "action triggered"]);
+            verify(action.checked);
+        }
+
+        function test_theReturnKeyIsDeafWithADisabledAction_data() { return keys(); }
+        function test_theReturnKeyIsDeafWithADisabledAction(row) {
+            const button = create({ action: createTemporaryObject(actionComponent, scene) });
+            const log = record(button);
+
+            keyPress(row.key);
+            button.action.enabled = false;
+            keyRelease(row.key);
+
+            compare(log, ["canceled"]);
+        }
+
+        function test_aButtonThatLosesTheFocusIsNotClicked_data() { return keys(); }
+        function test_aButtonThatLosesTheFocusIsNotClicked(row) {
+            const button = create();
+            const log = record(button);
+
+            keyPress(row.key);
+            button.focus = false;
+            compare(log, ["canceled"]);
+            button.focus = true;
+            tryCompare(button, "activeFocus", true, Patience.longest);
+            keyRelease(row.key);
+
+            compare(log, ["canceled"]);
+        }
+
+        function test_onlyTheKeyThatPressesReleases() {
+            const log = record(create());
+
+            keyPress(Qt.Key_Return);
+            keyClick(Qt.Key_A);
+            keyRelease(Qt.Key_Enter);
+            compare(log, []);
+            keyRelease(Qt.Key_Return);
+
+            compare(log, ["released", "clicked false"]);
+        }
+
+        function test_aReturnKeyThatIsHeldPressesOnce_data() {
+            return keys().filter(function(row) { return row.key !== Qt.Key_Space; }); // that one repeats
+        }
+        function test_aReturnKeyThatIsHeldPressesOnce(row) {
+            const log = record(create({ checkable: true }));
+
+            keyPress(row.key);
+            Keyboard.repeat(row.key);
+            Keyboard.repeat(row.key);
+            compare(log, []);
+            keyRelease(row.key);
+
+            compare(log, ["toggled true", "released", "clicked true"]);
         }
 
         function test_isOfTouchSizeAndInTheColoursOfTheHouse() {

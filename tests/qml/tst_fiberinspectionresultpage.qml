@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Patience.js" as Patience
 import "Pixels.js" as Pixels
 import "qrc:/Vantor/Pages"
 
@@ -63,7 +64,7 @@ Item {
 
         // The window follows a change of the scene's size a frame or two later.
         function verifyColour(page, x, y, colour) {
-            tryVerify(function() { return Pixels.hasColour(grabImage(page), x, y, colour); });
+            tryVerify(function() { return Pixels.hasColour(grabImage(page), x, y, colour); }, Patience.longest);
         }
 
         function finish(passed, path) {
@@ -85,7 +86,7 @@ Item {
         function test_theVerdict_data() {
             return [
                 { tag: "passed", passed: true, colour: "green", sign: "✓", call: ["success", "Connector test passed"] },
-                { tag: "failed", passed: false, colour: "red", sign: "X", call: ["error", "Connector test failed"] },
+                { tag: "rejected", passed: false, colour: "red", sign: "X", call: ["error", "Connector test failed"] },
             ];
         }
         function test_theVerdict(row) {
@@ -136,7 +137,7 @@ Item {
             verify(!page.testPassed);
         }
 
-        function test_aFailedAnalysisShowsNothing() {
+        function test_anAnalysisWithoutAVerdictShowsNothing() {
             const page = createTemporaryObject(pageComponent, scene);
             Expect.error("analyse failed");
 
@@ -148,7 +149,7 @@ Item {
             compare(scene.calls, []);
         }
 
-        function test_anAnswerAfterAFailureIsShown() {
+        function test_aVerdictAfterAnAnalysisWithoutOneIsShown() {
             files.paint(files.path("result.png"), "blue");
             const page = createTemporaryObject(pageComponent, scene);
             Expect.error("analyse failed");

@@ -5,6 +5,7 @@ import QtQuick.Controls 2.4
 import QtTest 1.12
 import VantorTest 1.0
 import "Items.js" as Items
+import "Patience.js" as Patience
 import "qrc:/Vantor/Pages"
 
 // The whole road of an inspection, with the real manager: focus, capture, analysis, verdict.
@@ -73,6 +74,13 @@ Item {
         FiberInspectionResultPage {}
     }
 
+    SignalSpy {
+        id: answerSpy
+
+        target: realFiberManager
+        signalName: "analyseFinished"
+    }
+
     TestCase {
         name: "Inspection"
         when: windowShown
@@ -82,14 +90,17 @@ Item {
             simulatedScope.face = "clean";
             simulatedScope.focus = 0;
             snackBar.texts = [];
+            files.remove(realFiberManager.tmpFiberInspectionImagePath()); // that of the test before
             stackView.clear(StackView.Immediate);
             stackView.push(inspectionComponent, {}, StackView.Immediate);
-            tryVerify(simulatedScope.isSettled);
-            tryCompare(preview(), "ready", true);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            tryCompare(preview(), "ready", true, Patience.longest);
         }
 
         function cleanup() {
             stackView.clear(StackView.Immediate);
+            Destruction.carryOut(); // nobody requests anything from here on
+            heldManager.finish();
         }
 
         function inspectionPage() { return stackView.get(0); }
@@ -98,31 +109,39 @@ Item {
 
         function look(face) {
             simulatedScope.face = face;
-            tryVerify(simulatedScope.isSettled);
+            tryVerify(simulatedScope.isSettled, Patience.longest);
             const analyser = preview().videoOutput.filters[0];
             analyser.focusValue = -1; // what the former face left behind
-            tryVerify(function() { return analyser.focusValue > 2.5; });
+            tryVerify(function() { return analyser.focusValue > 2.5; }, Patience.longest);
         }
 
+        // The analysis itself comes with waitForVerdict().
         function analyse() {
+            heldManager.hold();
             const button = Items.byText(inspectionPage(), "Analyse");
             mouseClick(button, button.width / 2, button.height / 2);
             compare(stackView.depth, 2);
         }
 
+        function waitForPicture() {
+            const picture = realFiberManager.tmpFiberInspectionImagePath();
+            tryVerify(function() { return files.exists(picture); }, Patience.longest);
+        }
+
         function waitForVerdict() {
             const cover = Items.byType(stackView.currentItem, "LoadingComponent");
             verify(cover.visible);
-            tryCompare(cover, "visible", false, 20000);
+            heldManager.release();
+            tryCompare(cover, "visible", false, Patience.longest);
         }
 
-        function test_aCleanFacePassesAndAPittedOneFails_data() {
+        function test_aCleanFacePassesAndAPittedOneDoesNot_data() {
             return [
                 { tag: "clean", face: "clean", passes: true, text: "success: Connector test passed" },
                 { tag: "pitted", face: "pitted", passes: false, text: "error: Connector test failed" },
             ];
         }
-        function test_aCleanFacePassesAndAPittedOneFails(row) {
+        function test_aCleanFacePassesAndAPittedOneDoesNot(row) {
             look(row.face);
             analyse();
 
@@ -190,11 +209,9 @@ Item {
         }
 
         function test_unpluggingDuringTheAnalysisChangesNothingAboutIt() {
-            const picture = realFiberManager.tmpFiberInspectionImagePath();
             look("clean");
-            files.remove(picture); // that of the test before
             analyse();
-            tryVerify(function() { return files.exists(picture); });
+            waitForPicture();
 
             simulatedScope.isPlugged = false;
 
@@ -206,11 +223,16 @@ Item {
             look("clean");
             ignoreWarning("QCameraImageCapture error: \"The camera is not active\""); // of the framework
             Expect.debug("Image capture failed: The camera is not active");
+            var failures = 0;
+            preview().videoOutput.source.imageCapture.captureFailed.connect(function() { ++failures; });
             inspectionPage().analyse(); // after a click the picture might be taken by now
 
             simulatedScope.isPlugged = false;
 
-            wait(1500);
+            tryVerify(function() { return failures === 1; }, Patience.longest);
+            heldManager.finish();
+            wait(0); // an answer would come now
+            compare(stackView.depth, 2);
             verify(Items.byType(stackView.currentItem, "LoadingComponent").visible);
             compare(snackBar.texts, []);
         }
@@ -218,10 +240,13 @@ Item {
         function test_leavingThePageDuringTheAnalysisIsFine() {
             look("clean");
             analyse();
+            waitForPicture();
+            answerSpy.clear();
 
             stackView.currentItem.backWithoutTransition();
             compare(stackView.depth, 1);
-            wait(1500); // the answer finds nobody
+            heldManager.release();
+            tryCompare(answerSpy, "count", 1, Patience.longest); // it finds nobody
 
             compare(snackBar.texts, []);
             look("clean");

@@ -2,6 +2,7 @@
 import QtQuick 2.11
 import QtQuick.Controls 2.4
 import QtTest 1.12
+import "Patience.js" as Patience
 import "qrc:/Vantor/Components" as VantorComponents
 
 Item {
@@ -199,7 +200,7 @@ Item {
 
             page.destroy();
 
-            tryVerify(function() { return notificationArea.interactive; });
+            tryVerify(function() { return notificationArea.interactive; }, Patience.longest);
             compare(visibleActions(), ["back", "layers"]);
         }
 
