@@ -50,7 +50,8 @@ bool TesterTest::openInspection() const
 
 bool TesterTest::openResult() const
 {
-    return tap("Analyse") && waitFor("actionBack") && mDriver.waitForRest();
+    const auto isCovered = [this] { return mDriver.isAtRest() && !find("Analyse") && find("actionBack"); };
+    return tap("Analyse") && ShellDriver::waitFor(isCovered);
 }
 
 QQuickItem *TesterTest::inspectionPage() const
