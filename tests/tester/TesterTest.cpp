@@ -54,6 +54,12 @@ bool TesterTest::openResult() const
     return tap("Analyse") && ShellDriver::waitFor(isCovered);
 }
 
+bool TesterTest::openResultAfterRequest() const
+{
+    const QSignalSpy requests(CoreFiberInspectionManager::instance(), &CoreFiberInspectionManager::requestAnalyse);
+    return openResult() && ShellDriver::waitFor([&requests] { return requests.count() > 0; });
+}
+
 QQuickItem *TesterTest::inspectionPage() const
 {
     QQuickItem *page = find("Analyse");

@@ -78,8 +78,7 @@ void tst_TesterFaults::unpluggingDuringTheAnalysisLeadsHome()
     QVERIFY(focus());
     {
         const HeldInspections held;
-        QVERIFY(openResult());
-        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+        QVERIFY(openResultAfterRequest());
 
         scope()->setPlugged(false);
 

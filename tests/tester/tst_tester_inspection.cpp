@@ -223,8 +223,7 @@ void tst_TesterInspection::leavingDuringTheAnalysisShowsNothingOfIt()
     QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
     {
         const HeldInspections held;
-        QVERIFY(openResult());
-        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+        QVERIFY(openResultAfterRequest());
         driver().press(Qt::Key_Escape);
         QVERIFY(ShellDriver::waitFor([this] { return find("Analyse") && driver().isAtRest(); }));
     }
