@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 #include <QRegularExpression>
 
 namespace {
@@ -32,6 +33,7 @@ private Q_SLOTS:
     void unpluggingDuringTheCaptureLeadsHome();
     void unpluggingDuringTheAnalysisLeadsHome();
     void unpluggingLeavesTheResultPageToo();
+    void aLockedPageThatIsLeftHandsNoActionsToHome();
     void aFullDiskIsSurvived_data();
     void aFullDiskIsSurvived();
 };
@@ -104,6 +106,19 @@ void tst_TesterFaults::unpluggingLeavesTheResultPageToo()
     QVERIFY(driver().waitForRest());
     QVERIFY(isHome());
     QVERIFY(!find("actionDetails"));
+}
+
+void tst_TesterFaults::aLockedPageThatIsLeftHandsNoActionsToHome()
+{
+    QVERIFY(openInspection());
+    const QPointer<QQuickItem> page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+
+    QVERIFY(tap("plug"));
+
+    QVERIFY(ShellDriver::waitFor([&page] { return !page; }));
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && !find("actionLayers"); }));
+    QVERIFY(evaluate(QStringLiteral("notificationArea.interactive")).toBool());
 }
 
 void tst_TesterFaults::aFullDiskIsSurvived_data()

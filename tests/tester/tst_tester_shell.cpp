@@ -20,6 +20,8 @@ private Q_SLOTS:
     void theStatusBarPullsTheNotifications();
     void aLockedPageHoldsTheUser();
     void whatComesWhileAPageIsLockedIsShownAfterwards();
+    void aPageAboveALockedOneHasItsOwnActions();
+    void aLockedPageThatComesToTheTopAgainHoldsTheUser();
     void theAboutPageNamesScopeAndStandards();
     void aPageThatIsNotThereIsSaid();
     void aPageThatGoesAsItComesIsGone();
@@ -140,6 +142,43 @@ void tst_TesterShell::whatComesWhileAPageIsLockedIsShownAfterwards()
 
     QVERIFY(waitFor("actionDetails"));
     QVERIFY(find("actionBack"));
+}
+
+void tst_TesterShell::aPageAboveALockedOneHasItsOwnActions()
+{
+    QVERIFY(openInspection());
+    QQuickItem *const page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+    QVERIFY(find("actionBack"));
+    QVERIFY(!find("actionLayers"));
+
+    QVERIFY(QMetaObject::invokeMethod(page, "unlockPage"));
+
+    QVERIFY(ShellDriver::waitFor([this] { return !find("actionLayers"); }));
+    QVERIFY(find("actionBack"));
+    QVERIFY(tap("actionBack"));
+    QVERIFY(waitFor("actionLayers"));
+}
+
+void tst_TesterShell::aLockedPageThatComesToTheTopAgainHoldsTheUser()
+{
+    QVERIFY(openInspection());
+    QQuickItem *const page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+
+    QVERIFY(tap("actionBack"));
+
+    QVERIFY(driver().waitForRest());
+    QCOMPARE(inspectionPage(), page);
+    QVERIFY(!find("actionBack"));
+    QVERIFY(!find("actionLayers"));
+    QVERIFY(QMetaObject::invokeMethod(page, "unlockPage"));
+    QVERIFY(find("actionBack"));
+    QVERIFY(find("actionLayers"));
 }
 
 void tst_TesterShell::theAboutPageNamesScopeAndStandards()

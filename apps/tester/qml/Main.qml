@@ -94,11 +94,11 @@ ApplicationWindow {
     }
 
     Connections {
-        target: stackView.currentItem
-        ignoreUnknownSignals: true // not everything that can be pushed is a page
+        target: notificationArea
 
-        function onIsLockedChanged() {
-            Qt.callLater(screen.refresh); // what came meanwhile is shown now
+        // Any page was locked or unlocked, also one that is covered or gone: it has set what the one on top shows.
+        function onInteractiveChanged() {
+            Qt.callLater(screen.refresh);
         }
     }
 
@@ -121,12 +121,11 @@ ApplicationWindow {
         // What the page on top brings with it. The visibility of an action is set, not bound: a locked page sets it too.
         function refresh() {
             const page = stackView.currentItem;
-            if (page && page.isLocked)
-                return; // what it hides stays hidden
-            const actions = page && page.actions ? Array.from(page.actions) : [];
+            const isFree = !!page && !page.isLocked;
+            const actions = isFree && page.actions ? Array.from(page.actions) : [];
             titleBar.actionBack.visible = stackView.depth > 1 && actions.indexOf(titleBar.actionBack) !== -1;
             titleBar.actionLayers.visible = actions.indexOf(titleBar.actionLayers) !== -1;
-            titleBar.actionDetails.visible = showsResultPage() && inspectionDetails.isReady;
+            titleBar.actionDetails.visible = isFree && showsResultPage() && inspectionDetails.isReady;
         }
 
         width: window.screenWidth
