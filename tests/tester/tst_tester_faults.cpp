@@ -33,6 +33,7 @@ private Q_SLOTS:
     void unpluggingDuringTheCaptureLeadsHome();
     void unpluggingDuringTheAnalysisLeadsHome();
     void unpluggingLeavesTheResultPageToo();
+    void pluggingInAtOnceDoesNotKeepThePagesOfTheLostCamera();
     void aLockedPageThatIsLeftHandsNoActionsToHome();
     void aFullDiskIsSurvived_data();
     void aFullDiskIsSurvived();
@@ -106,6 +107,22 @@ void tst_TesterFaults::unpluggingLeavesTheResultPageToo()
     QVERIFY(driver().waitForRest());
     QVERIFY(isHome());
     QVERIFY(!find("actionDetails"));
+}
+
+void tst_TesterFaults::pluggingInAtOnceDoesNotKeepThePagesOfTheLostCamera()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("actionDetails"));
+    QVERIFY(driver().waitForRest());
+
+    scope()->setPlugged(false);
+    scope()->setPlugged(true);
+
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+    QVERIFY(openInspection()); // and stays
+    QVERIFY(inspectionPage());
 }
 
 void tst_TesterFaults::aLockedPageThatIsLeftHandsNoActionsToHome()

@@ -64,6 +64,7 @@ ApplicationWindow {
 
         // The inspection page goes back one page, which is the wrong one while the result lies on top of it.
         function onFiberMicroscopeDisconnected() {
+            stackView.scopeWasLost = true;
             Qt.callLater(stackView.leavePagesWithoutScope);
         }
 
@@ -154,14 +155,19 @@ ApplicationWindow {
         PageStack {
             id: stackView
 
+            property bool scopeWasLost: false // since the pages rested last; it may be back by now
+
             function leavePage() {
                 if (depth > 1 && titleBar.actionBack.visible && !busy)
                     currentItem.back();
             }
 
             function leavePagesWithoutScope() {
+                if (busy || !scopeWasLost)
+                    return;
+                scopeWasLost = false;
                 const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
-                if (!busy && entry && entry.needsScope && !hardwareManager.isScopeConnected)
+                if (entry && entry.needsScope)
                     popAll();
             }
 
