@@ -26,6 +26,7 @@ private Q_SLOTS:
     void aPageThatIsNotThereIsSaid();
     void aPageThatGoesAsItComesIsGone();
     void aPageThatGoesOftenTakesNoOtherAlong();
+    void aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace();
     void aDoubleTapOpensOnePage();
 };
 
@@ -229,6 +230,18 @@ void tst_TesterShell::aPageThatGoesOftenTakesNoOtherAlong()
     QVERIFY(driver().waitForRest());
     QTest::qWait(100); // milliseconds; nothing comes of it
     QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
+}
+
+void tst_TesterShell::aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace()
+{
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+
+    evaluate(QStringLiteral("stackView.currentItem.backWithoutTransition()"));
+
+    QVERIFY(driver().isAtRest());
+    QVERIFY(isHome());
+    QCOMPARE(evaluate(QStringLiteral("stackView.currentItem.x")).toInt(), 0);
 }
 
 void tst_TesterShell::aDoubleTapOpensOnePage()

@@ -29,6 +29,8 @@ FocusScope {
             stack.pop();
         else
             stack.pop(way);
+        if (!stack.busy && stack.currentItem)
+            stack.currentItem.x = 0; // it was moved aside when it was covered
     }
 
     // Only the lowest page stays.
