@@ -3,6 +3,8 @@
 #include "FiberInspection/Standard.h"
 #include "TesterTest.h"
 
+#include <algorithm>
+
 using FiberInspection::Standard;
 
 class tst_TesterShell : public TesterTest
@@ -27,7 +29,11 @@ private Q_SLOTS:
     void aPageThatGoesAsItComesIsGone();
     void aPageThatGoesOftenTakesNoOtherAlong();
     void aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace();
+    void aPageThatWaitsGoesTheWayItWasTold();
     void aDoubleTapOpensOnePage();
+
+private:
+    QQuickItem *viewOfPages() const;
 };
 
 void tst_TesterShell::theKeyboardAloneDoes()
@@ -244,6 +250,24 @@ void tst_TesterShell::aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace()
     QCOMPARE(evaluate(QStringLiteral("stackView.currentItem.x")).toInt(), 0);
 }
 
+void tst_TesterShell::aPageThatWaitsGoesTheWayItWasTold()
+{
+    for (int depth = 2; depth <= 3; ++depth) {
+        evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+        QVERIFY(driver().waitForRest());
+        QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), depth);
+    }
+    QSignalSpy moves(viewOfPages(), SIGNAL(busyChanged()));
+
+    evaluate(QStringLiteral("stackView.currentItem.back()"));
+    evaluate(QStringLiteral("stackView.currentItem.backWithoutTransition()"));
+
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+    QCOMPARE(moves.count(), 2); // the first page began to move, and ended
+    QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 1);
+    QCOMPARE(evaluate(QStringLiteral("stackView.currentItem.x")).toInt(), 0);
+}
+
 void tst_TesterShell::aDoubleTapOpensOnePage()
 {
     QVERIFY(driver().waitForRest());
@@ -255,6 +279,15 @@ void tst_TesterShell::aDoubleTapOpensOnePage()
 
     QVERIFY(driver().waitForRest());
     QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
+}
+
+/// The one that moves them.
+QQuickItem *tst_TesterShell::viewOfPages() const
+{
+    const QList<QQuickItem *> items = find("stackView")->childItems();
+    const auto view = std::find_if(
+        items.begin(), items.end(), [](const QQuickItem *item) { return item->property("popExit").isValid(); });
+    return view == items.end() ? nullptr : *view;
 }
 
 int main(int argc, char *argv[])

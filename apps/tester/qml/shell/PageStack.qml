@@ -8,9 +8,9 @@ FocusScope {
     id: root
 
     readonly property alias depth: stack.depth
-    readonly property bool busy: stack.busy || waitingPops > 0
+    readonly property bool busy: stack.busy || waitingPops.length > 0
     readonly property alias currentItem: stack.currentItem
-    property int waitingPops: 0
+    property var waitingPops: [] // the ways of the pages that wait
 
     signal cameToRest()
 
@@ -24,8 +24,13 @@ FocusScope {
     // The page on top goes. The way is one of StackView's, or that of popExit without one.
     function pop(way) {
         if (busy)
-            ++waitingPops;
-        else if (way === undefined)
+            waitingPops = waitingPops.concat([way]);
+        else
+            popNow(way);
+    }
+
+    function popNow(way) {
+        if (way === undefined)
             stack.pop();
         else
             stack.pop(way);
@@ -39,14 +44,13 @@ FocusScope {
     }
 
     function goOn() {
+        while (!stack.busy && waitingPops.length > 0 && depth > 1) {
+            popNow(waitingPops[0]);
+            waitingPops = waitingPops.slice(1);
+        }
         if (stack.busy)
             return;
-        if (waitingPops > 0 && depth > 1) {
-            stack.pop();
-            --waitingPops;
-            return;
-        }
-        waitingPops = 0; // or the next page would go as soon as it comes
+        waitingPops = []; // or the next page would go as soon as it comes
         cameToRest();
     }
 
