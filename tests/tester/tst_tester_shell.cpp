@@ -31,10 +31,34 @@ private Q_SLOTS:
     void aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace();
     void aPageThatWaitsGoesTheWayItWasTold();
     void aDoubleTapOpensOnePage();
+    void whileAPageGoesItTakesNoInput();
+    void whileAPageComesItTakesNoInput();
 
 private:
+    void pressKeyOfScope() const;
     QQuickItem *viewOfPages() const;
 };
+
+namespace {
+/// While it lives, pages move slowly enough to do something meanwhile.
+class SlowPages
+{
+public:
+    explicit SlowPages(QQuickItem *stack)
+        : mStack(stack)
+        , mMoveTime(stack->property("moveTime"))
+    {
+        stack->setProperty("moveTime", 5000); // milliseconds
+    }
+    ~SlowPages() { mStack->setProperty("moveTime", mMoveTime); }
+    SlowPages(const SlowPages &) = delete;
+    SlowPages &operator=(const SlowPages &) = delete;
+
+private:
+    QQuickItem *const mStack;
+    const QVariant mMoveTime;
+};
+} // namespace
 
 void tst_TesterShell::theKeyboardAloneDoes()
 {
@@ -288,6 +312,58 @@ QQuickItem *tst_TesterShell::viewOfPages() const
     const auto view = std::find_if(
         items.begin(), items.end(), [](const QQuickItem *item) { return item->property("popExit").isValid(); });
     return view == items.end() ? nullptr : *view;
+}
+
+/// As if the user captured there.
+void tst_TesterShell::pressKeyOfScope() const
+{
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
+        qt_handleKeyEvent(driver().window(), type, Qt::Key_WebCam, Qt::NoModifier); // QTest::keyClick() refuses it
+}
+
+/// A page out of focus answers with a message whenever it is asked to capture.
+void tst_TesterShell::whileAPageGoesItTakesNoInput()
+{
+    QVERIFY(openInspection());
+    const QQuickItem *const analyse = find("Analyse");
+    const SlowPages slow(find("stackView"));
+
+    driver().press(Qt::Key_Escape);
+    QVERIFY(!driver().isAtRest());
+    const QPoint middle = analyse->mapToScene({analyse->width() / 2, analyse->height() / 2}).toPoint();
+    QTest::mouseClick(driver().window(), Qt::LeftButton, Qt::NoModifier, middle);
+    pressKeyOfScope();
+
+    QVERIFY(!driver().isAtRest());
+    QVERIFY(!evaluate(QStringLiteral("messageBoxManager.visible")).toBool());
+    QVERIFY(driver().waitForRest());
+    QVERIFY(isHome());
+}
+
+void tst_TesterShell::whileAPageComesItTakesNoInput()
+{
+    constexpr int stops = 4; // as many as the page has, and more
+    QVERIFY(openInspection());
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+    {
+        const SlowPages slow(find("stackView"));
+        driver().press(Qt::Key_Escape);
+        QVERIFY(!driver().isAtRest());
+        pressKeyOfScope();
+        for (int i = 0; i < stops; ++i) {
+            driver().press(Qt::Key_Tab);
+            driver().press(Qt::Key_Return);
+        }
+        QVERIFY(!driver().isAtRest());
+        QVERIFY(!evaluate(QStringLiteral("messageBoxManager.visible")).toBool());
+    }
+    QVERIFY(driver().waitForRest());
+    QVERIFY(evaluate(QStringLiteral("stackView.currentItem.activeFocus")).toBool());
+
+    pressKeyOfScope();
+
+    QVERIFY(waitFor("Image out of Focus"));
 }
 
 int main(int argc, char *argv[])

@@ -189,7 +189,7 @@ ApplicationWindow {
                 patience.stop();
                 if (currentItem.notifyPageOpened)
                     currentItem.notifyPageOpened();
-                currentItem.forceActiveFocus(Qt.OtherFocusReason);
+                forceActiveFocus(Qt.OtherFocusReason); // the page has it within the stack
             }
         }
 

@@ -3,13 +3,15 @@ import QtQuick 2.11
 import QtQuick.Controls 2.4
 
 // The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages
-// move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever.
+// move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever. Meanwhile
+// they take no input.
 FocusScope {
     id: root
 
     readonly property alias depth: stack.depth
     readonly property bool busy: stack.busy || waitingPops.length > 0
     readonly property alias currentItem: stack.currentItem
+    property int moveTime: 180 // milliseconds
     property var waitingPops: [] // the ways of the pages that wait
 
     signal cameToRest()
@@ -54,6 +56,8 @@ FocusScope {
         cameToRest();
     }
 
+    onBusyChanged: (busy ? shield : stack).focus = true
+
     StackView {
         id: stack
 
@@ -62,18 +66,29 @@ FocusScope {
         focus: true
 
         pushEnter: Transition {
-            PageMove { from: stack.width }
+            PageMove { from: stack.width; duration: root.moveTime }
         }
         pushExit: Transition {
-            PageMove { to: -stack.width / 3 }
+            PageMove { to: -stack.width / 3; duration: root.moveTime }
         }
         popEnter: Transition {
-            PageMove { from: -stack.width / 3 }
+            PageMove { from: -stack.width / 3; duration: root.moveTime }
         }
         popExit: Transition {
-            PageMove { to: stack.width }
+            PageMove { to: stack.width; duration: root.moveTime }
         }
 
         onBusyChanged: Qt.callLater(root.goOn)
+    }
+
+    Item { // has the keyboard while pages move; a StackView itself only keeps taps from them
+        id: shield
+
+        Keys.onPressed: event.accepted = true
+
+        Shortcut { // of two that claim a key none is activated
+            sequence: "WebCam"
+            enabled: root.busy
+        }
     }
 }
