@@ -50,7 +50,14 @@ bool TesterTest::openInspection() const
 
 bool TesterTest::openResult() const
 {
-    return tap("Analyse") && waitFor("actionBack") && mDriver.waitForRest();
+    const auto isCovered = [this] { return mDriver.isAtRest() && !find("Analyse") && find("actionBack"); };
+    return tap("Analyse") && ShellDriver::waitFor(isCovered);
+}
+
+bool TesterTest::openResultAfterRequest() const
+{
+    const QSignalSpy requests(CoreFiberInspectionManager::instance(), &CoreFiberInspectionManager::requestAnalyse);
+    return openResult() && ShellDriver::waitFor([&requests] { return requests.count() > 0; });
 }
 
 QQuickItem *TesterTest::inspectionPage() const

@@ -43,6 +43,9 @@ protected:
     /// Captures from the inspection page; returns when the result page has come to rest, with or without a result.
     bool openResult() const;
 
+    /// As openResult(), and the picture is taken and its inspection requested.
+    bool openResultAfterRequest() const;
+
     /// Null when the page is not on top.
     QQuickItem *inspectionPage() const;
 

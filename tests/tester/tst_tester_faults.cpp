@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 #include <QRegularExpression>
 
 namespace {
@@ -32,6 +33,8 @@ private Q_SLOTS:
     void unpluggingDuringTheCaptureLeadsHome();
     void unpluggingDuringTheAnalysisLeadsHome();
     void unpluggingLeavesTheResultPageToo();
+    void pluggingInAtOnceDoesNotKeepThePagesOfTheLostCamera();
+    void aLockedPageThatIsLeftHandsNoActionsToHome();
     void aFullDiskIsSurvived_data();
     void aFullDiskIsSurvived();
 };
@@ -78,8 +81,7 @@ void tst_TesterFaults::unpluggingDuringTheAnalysisLeadsHome()
     QVERIFY(focus());
     {
         const HeldInspections held;
-        QVERIFY(openResult());
-        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+        QVERIFY(openResultAfterRequest());
 
         scope()->setPlugged(false);
 
@@ -105,6 +107,35 @@ void tst_TesterFaults::unpluggingLeavesTheResultPageToo()
     QVERIFY(driver().waitForRest());
     QVERIFY(isHome());
     QVERIFY(!find("actionDetails"));
+}
+
+void tst_TesterFaults::pluggingInAtOnceDoesNotKeepThePagesOfTheLostCamera()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(tap("Analyse"));
+    QVERIFY(waitFor("actionDetails"));
+    QVERIFY(driver().waitForRest());
+
+    scope()->setPlugged(false);
+    scope()->setPlugged(true);
+
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+    QVERIFY(openInspection()); // and stays
+    QVERIFY(inspectionPage());
+}
+
+void tst_TesterFaults::aLockedPageThatIsLeftHandsNoActionsToHome()
+{
+    QVERIFY(openInspection());
+    const QPointer<QQuickItem> page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+
+    QVERIFY(tap("plug"));
+
+    QVERIFY(ShellDriver::waitFor([&page] { return !page; }));
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && !find("actionLayers"); }));
+    QVERIFY(evaluate(QStringLiteral("notificationArea.interactive")).toBool());
 }
 
 void tst_TesterFaults::aFullDiskIsSurvived_data()

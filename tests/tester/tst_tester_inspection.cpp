@@ -3,8 +3,11 @@
 #include "FiberInspection/Standard.h"
 #include "TesterTest.h"
 
+#include <QPointer>
+
 #include <algorithm>
 
+using FiberInspection::FiberRealtimeAnalyser;
 using FiberInspection::Standard;
 
 class tst_TesterInspection : public TesterTest
@@ -27,6 +30,8 @@ private Q_SLOTS:
 private:
     bool turnKnobToFocus() const;
     bool turnThrough(double from, double to) const;
+    bool waitForNewFrame() const;
+    QObject *focusTracker() const;
     QQuickItem *standardBox() const;
     bool chooseStandard(int row) const;
 };
@@ -47,11 +52,37 @@ bool tst_TesterInspection::turnThrough(double from, double to) const
     constexpr int steps = 12;
     for (int i = 0; i <= steps && inspectionPage(); ++i) {
         scope()->setFocus(from + (to - from) * i / steps);
-        if (!ShellDriver::waitFor([] { return scope()->isSettled(); }))
+        if (!ShellDriver::waitFor([] { return scope()->isSettled(); }) || !waitForNewFrame())
             return false;
-        QTest::qWait(4 * 1000 / SimulatedScope::framesPerSecond);
     }
     return true;
+}
+
+/// Returns when the page knows how sharp the present picture is, or is left.
+bool tst_TesterInspection::waitForNewFrame() const
+{
+    constexpr int frames = 3; // an earlier one may be under analysis, and another one wait to be shown
+    const QPointer<FiberRealtimeAnalyser> analyser = driver().window()->findChild<FiberRealtimeAnalyser *>();
+    const QPointer<QObject> tracker = focusTracker();
+    const auto isTold = [&] { return tracker && tracker->property("currentFocus").toDouble() != -1; };
+    for (int i = 0; i < frames && inspectionPage(); ++i) {
+        if (!analyser || !tracker)
+            return false;
+        analyser->set_focusValue(-1); // the page does not count it
+        if (!ShellDriver::waitFor([&] { return !inspectionPage() || isTold(); }))
+            return false;
+    }
+    return true;
+}
+
+/// What follows the focus for the automatic mode.
+QObject *tst_TesterInspection::focusTracker() const
+{
+    const QList<QObject *> objects =
+        inspectionPage() ? inspectionPage()->findChildren<QObject *>() : QList<QObject *>();
+    const auto tracker = std::find_if(objects.begin(), objects.end(),
+        [](const QObject *object) { return object->property("currentFocus").isValid(); });
+    return tracker == objects.end() ? nullptr : *tracker;
 }
 
 QQuickItem *tst_TesterInspection::standardBox() const
@@ -223,8 +254,7 @@ void tst_TesterInspection::leavingDuringTheAnalysisShowsNothingOfIt()
     QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
     {
         const HeldInspections held;
-        QVERIFY(openResult());
-        QTest::qWait(200); // milliseconds; the picture is taken, the request waits
+        QVERIFY(openResultAfterRequest());
         driver().press(Qt::Key_Escape);
         QVERIFY(ShellDriver::waitFor([this] { return find("Analyse") && driver().isAtRest(); }));
     }

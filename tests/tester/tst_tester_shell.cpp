@@ -3,6 +3,8 @@
 #include "FiberInspection/Standard.h"
 #include "TesterTest.h"
 
+#include <algorithm>
+
 using FiberInspection::Standard;
 
 class tst_TesterShell : public TesterTest
@@ -20,12 +22,43 @@ private Q_SLOTS:
     void theStatusBarPullsTheNotifications();
     void aLockedPageHoldsTheUser();
     void whatComesWhileAPageIsLockedIsShownAfterwards();
+    void aPageAboveALockedOneHasItsOwnActions();
+    void aLockedPageThatComesToTheTopAgainHoldsTheUser();
     void theAboutPageNamesScopeAndStandards();
     void aPageThatIsNotThereIsSaid();
     void aPageThatGoesAsItComesIsGone();
     void aPageThatGoesOftenTakesNoOtherAlong();
+    void aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace();
+    void aPageThatWaitsGoesTheWayItWasTold();
     void aDoubleTapOpensOnePage();
+    void whileAPageGoesItTakesNoInput();
+    void whileAPageComesItTakesNoInput();
+
+private:
+    void pressKeyOfScope() const;
+    QQuickItem *viewOfPages() const;
 };
+
+namespace {
+/// While it lives, pages move slowly enough to do something meanwhile.
+class SlowPages
+{
+public:
+    explicit SlowPages(QQuickItem *stack)
+        : mStack(stack)
+        , mMoveTime(stack->property("moveTime"))
+    {
+        stack->setProperty("moveTime", 5000); // milliseconds
+    }
+    ~SlowPages() { mStack->setProperty("moveTime", mMoveTime); }
+    SlowPages(const SlowPages &) = delete;
+    SlowPages &operator=(const SlowPages &) = delete;
+
+private:
+    QQuickItem *const mStack;
+    const QVariant mMoveTime;
+};
+} // namespace
 
 void tst_TesterShell::theKeyboardAloneDoes()
 {
@@ -142,6 +175,43 @@ void tst_TesterShell::whatComesWhileAPageIsLockedIsShownAfterwards()
     QVERIFY(find("actionBack"));
 }
 
+void tst_TesterShell::aPageAboveALockedOneHasItsOwnActions()
+{
+    QVERIFY(openInspection());
+    QQuickItem *const page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+    QVERIFY(find("actionBack"));
+    QVERIFY(!find("actionLayers"));
+
+    QVERIFY(QMetaObject::invokeMethod(page, "unlockPage"));
+
+    QVERIFY(ShellDriver::waitFor([this] { return !find("actionLayers"); }));
+    QVERIFY(find("actionBack"));
+    QVERIFY(tap("actionBack"));
+    QVERIFY(waitFor("actionLayers"));
+}
+
+void tst_TesterShell::aLockedPageThatComesToTheTopAgainHoldsTheUser()
+{
+    QVERIFY(openInspection());
+    QQuickItem *const page = inspectionPage();
+    QVERIFY(QMetaObject::invokeMethod(page, "lockPage"));
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+
+    QVERIFY(tap("actionBack"));
+
+    QVERIFY(driver().waitForRest());
+    QCOMPARE(inspectionPage(), page);
+    QVERIFY(!find("actionBack"));
+    QVERIFY(!find("actionLayers"));
+    QVERIFY(QMetaObject::invokeMethod(page, "unlockPage"));
+    QVERIFY(find("actionBack"));
+    QVERIFY(find("actionLayers"));
+}
+
 void tst_TesterShell::theAboutPageNamesScopeAndStandards()
 {
     QVERIFY(tap("tile_100"));
@@ -192,6 +262,36 @@ void tst_TesterShell::aPageThatGoesOftenTakesNoOtherAlong()
     QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
 }
 
+void tst_TesterShell::aPageThatGoesWithoutTransitionLeavesTheOneBelowInPlace()
+{
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+
+    evaluate(QStringLiteral("stackView.currentItem.backWithoutTransition()"));
+
+    QVERIFY(driver().isAtRest());
+    QVERIFY(isHome());
+    QCOMPARE(evaluate(QStringLiteral("stackView.currentItem.x")).toInt(), 0);
+}
+
+void tst_TesterShell::aPageThatWaitsGoesTheWayItWasTold()
+{
+    for (int depth = 2; depth <= 3; ++depth) {
+        evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+        QVERIFY(driver().waitForRest());
+        QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), depth);
+    }
+    QSignalSpy moves(viewOfPages(), SIGNAL(busyChanged()));
+
+    evaluate(QStringLiteral("stackView.currentItem.back()"));
+    evaluate(QStringLiteral("stackView.currentItem.backWithoutTransition()"));
+
+    QVERIFY(ShellDriver::waitFor([this] { return isHome() && driver().isAtRest(); }));
+    QCOMPARE(moves.count(), 2); // the first page began to move, and ended
+    QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 1);
+    QCOMPARE(evaluate(QStringLiteral("stackView.currentItem.x")).toInt(), 0);
+}
+
 void tst_TesterShell::aDoubleTapOpensOnePage()
 {
     QVERIFY(driver().waitForRest());
@@ -203,6 +303,67 @@ void tst_TesterShell::aDoubleTapOpensOnePage()
 
     QVERIFY(driver().waitForRest());
     QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 2);
+}
+
+/// The one that moves them.
+QQuickItem *tst_TesterShell::viewOfPages() const
+{
+    const QList<QQuickItem *> items = find("stackView")->childItems();
+    const auto view = std::find_if(
+        items.begin(), items.end(), [](const QQuickItem *item) { return item->property("popExit").isValid(); });
+    return view == items.end() ? nullptr : *view;
+}
+
+/// As if the user captured there.
+void tst_TesterShell::pressKeyOfScope() const
+{
+    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
+        qt_handleKeyEvent(driver().window(), type, Qt::Key_WebCam, Qt::NoModifier); // QTest::keyClick() refuses it
+}
+
+/// A page out of focus answers with a message whenever it is asked to capture.
+void tst_TesterShell::whileAPageGoesItTakesNoInput()
+{
+    QVERIFY(openInspection());
+    const QQuickItem *const analyse = find("Analyse");
+    const SlowPages slow(find("stackView"));
+
+    driver().press(Qt::Key_Escape);
+    QVERIFY(!driver().isAtRest());
+    const QPoint middle = analyse->mapToScene({analyse->width() / 2, analyse->height() / 2}).toPoint();
+    QTest::mouseClick(driver().window(), Qt::LeftButton, Qt::NoModifier, middle);
+    pressKeyOfScope();
+
+    QVERIFY(!driver().isAtRest());
+    QVERIFY(!evaluate(QStringLiteral("messageBoxManager.visible")).toBool());
+    QVERIFY(driver().waitForRest());
+    QVERIFY(isHome());
+}
+
+void tst_TesterShell::whileAPageComesItTakesNoInput()
+{
+    constexpr int stops = 4; // as many as the page has, and more
+    QVERIFY(openInspection());
+    evaluate(QStringLiteral("appController.navigateTo(100, \"\", {})"));
+    QVERIFY(driver().waitForRest());
+    {
+        const SlowPages slow(find("stackView"));
+        driver().press(Qt::Key_Escape);
+        QVERIFY(!driver().isAtRest());
+        pressKeyOfScope();
+        for (int i = 0; i < stops; ++i) {
+            driver().press(Qt::Key_Tab);
+            driver().press(Qt::Key_Return);
+        }
+        QVERIFY(!driver().isAtRest());
+        QVERIFY(!evaluate(QStringLiteral("messageBoxManager.visible")).toBool());
+    }
+    QVERIFY(driver().waitForRest());
+    QVERIFY(evaluate(QStringLiteral("stackView.currentItem.activeFocus")).toBool());
+
+    pressKeyOfScope();
+
+    QVERIFY(waitFor("Image out of Focus"));
 }
 
 int main(int argc, char *argv[])

@@ -64,6 +64,7 @@ ApplicationWindow {
 
         // The inspection page goes back one page, which is the wrong one while the result lies on top of it.
         function onFiberMicroscopeDisconnected() {
+            stackView.scopeWasLost = true;
             Qt.callLater(stackView.leavePagesWithoutScope);
         }
 
@@ -94,11 +95,11 @@ ApplicationWindow {
     }
 
     Connections {
-        target: stackView.currentItem
-        ignoreUnknownSignals: true // not everything that can be pushed is a page
+        target: notificationArea
 
-        function onIsLockedChanged() {
-            Qt.callLater(screen.refresh); // what came meanwhile is shown now
+        // Any page was locked or unlocked, also one that is covered or gone: it has set what the one on top shows.
+        function onInteractiveChanged() {
+            Qt.callLater(screen.refresh);
         }
     }
 
@@ -121,12 +122,11 @@ ApplicationWindow {
         // What the page on top brings with it. The visibility of an action is set, not bound: a locked page sets it too.
         function refresh() {
             const page = stackView.currentItem;
-            if (page && page.isLocked)
-                return; // what it hides stays hidden
-            const actions = page && page.actions ? Array.from(page.actions) : [];
+            const isFree = !!page && !page.isLocked;
+            const actions = isFree && page.actions ? Array.from(page.actions) : [];
             titleBar.actionBack.visible = stackView.depth > 1 && actions.indexOf(titleBar.actionBack) !== -1;
             titleBar.actionLayers.visible = actions.indexOf(titleBar.actionLayers) !== -1;
-            titleBar.actionDetails.visible = showsResultPage() && inspectionDetails.isReady;
+            titleBar.actionDetails.visible = isFree && showsResultPage() && inspectionDetails.isReady;
         }
 
         width: window.screenWidth
@@ -155,14 +155,19 @@ ApplicationWindow {
         PageStack {
             id: stackView
 
+            property bool scopeWasLost: false // since the pages rested last; it may be back by now
+
             function leavePage() {
                 if (depth > 1 && titleBar.actionBack.visible && !busy)
                     currentItem.back();
             }
 
             function leavePagesWithoutScope() {
+                if (busy || !scopeWasLost)
+                    return;
+                scopeWasLost = false;
                 const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
-                if (!busy && entry && entry.needsScope && !hardwareManager.isScopeConnected)
+                if (entry && entry.needsScope)
                     popAll();
             }
 
@@ -184,7 +189,7 @@ ApplicationWindow {
                 patience.stop();
                 if (currentItem.notifyPageOpened)
                     currentItem.notifyPageOpened();
-                currentItem.forceActiveFocus(Qt.OtherFocusReason);
+                forceActiveFocus(Qt.OtherFocusReason); // the page has it within the stack
             }
         }
 

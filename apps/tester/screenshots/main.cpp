@@ -26,6 +26,14 @@ public:
     {
     }
 
+    /// The snack bar stays until it is tapped, however long a picture takes.
+    bool holdSnackBar()
+    {
+        constexpr int longTime = 10 * 60 * 1000; // milliseconds
+        QObject *const snackBar = mTester.window()->findChild<QObject *>(QStringLiteral("snackBar"));
+        return snackBar && snackBar->setProperty("showTime", longTime);
+    }
+
     bool photographAll(const QSize &screenSize, const QString &language)
     {
         QQuickWindow *const window = mTester.window();
@@ -153,6 +161,10 @@ int main(int argc, char *argv[])
         {{1024, 600}, "de"},
     };
     Photographer photographer(tester, target);
+    if (!photographer.holdSnackBar()) {
+        std::fputs("the snack bar cannot be held\n", stderr);
+        return 1;
+    }
     for (const Look &look : looks) {
         if (!photographer.photographAll(look.size, QLatin1String(look.language))) {
             std::fprintf(stderr, "stuck at %dx%d, %s\n", look.size.width(), look.size.height(), look.language);

@@ -6,6 +6,5 @@ NumberAnimation {
     property: "x"
     from: 0
     to: 0
-    duration: 180 // milliseconds
     easing.type: Easing.OutCubic
 }

@@ -3,14 +3,16 @@ import QtQuick 2.11
 import QtQuick.Controls 2.4
 
 // The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages
-// move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever.
+// move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever. Meanwhile
+// they take no input.
 FocusScope {
     id: root
 
     readonly property alias depth: stack.depth
-    readonly property bool busy: stack.busy || waitingPops > 0
+    readonly property bool busy: stack.busy || waitingPops.length > 0
     readonly property alias currentItem: stack.currentItem
-    property int waitingPops: 0
+    property int moveTime: 180 // milliseconds
+    property var waitingPops: [] // the ways of the pages that wait
 
     signal cameToRest()
 
@@ -24,11 +26,18 @@ FocusScope {
     // The page on top goes. The way is one of StackView's, or that of popExit without one.
     function pop(way) {
         if (busy)
-            ++waitingPops;
-        else if (way === undefined)
+            waitingPops = waitingPops.concat([way]);
+        else
+            popNow(way);
+    }
+
+    function popNow(way) {
+        if (way === undefined)
             stack.pop();
         else
             stack.pop(way);
+        if (!stack.busy && stack.currentItem)
+            stack.currentItem.x = 0; // it was moved aside when it was covered
     }
 
     // Only the lowest page stays.
@@ -37,16 +46,17 @@ FocusScope {
     }
 
     function goOn() {
+        while (!stack.busy && waitingPops.length > 0 && depth > 1) {
+            popNow(waitingPops[0]);
+            waitingPops = waitingPops.slice(1);
+        }
         if (stack.busy)
             return;
-        if (waitingPops > 0 && depth > 1) {
-            stack.pop();
-            --waitingPops;
-            return;
-        }
-        waitingPops = 0; // or the next page would go as soon as it comes
+        waitingPops = []; // or the next page would go as soon as it comes
         cameToRest();
     }
+
+    onBusyChanged: (busy ? shield : stack).focus = true
 
     StackView {
         id: stack
@@ -56,18 +66,29 @@ FocusScope {
         focus: true
 
         pushEnter: Transition {
-            PageMove { from: stack.width }
+            PageMove { from: stack.width; duration: root.moveTime }
         }
         pushExit: Transition {
-            PageMove { to: -stack.width / 3 }
+            PageMove { to: -stack.width / 3; duration: root.moveTime }
         }
         popEnter: Transition {
-            PageMove { from: -stack.width / 3 }
+            PageMove { from: -stack.width / 3; duration: root.moveTime }
         }
         popExit: Transition {
-            PageMove { to: stack.width }
+            PageMove { to: stack.width; duration: root.moveTime }
         }
 
         onBusyChanged: Qt.callLater(root.goOn)
+    }
+
+    Item { // has the keyboard while pages move; a StackView itself only keeps taps from them
+        id: shield
+
+        Keys.onPressed: event.accepted = true
+
+        Shortcut { // of two that claim a key none is activated
+            sequence: "WebCam"
+            enabled: root.busy
+        }
     }
 }

@@ -6,7 +6,7 @@ import "qrc:/Vantor/Style"
 Rectangle {
     id: root
 
-    readonly property int showTime: 3000 // milliseconds
+    property int showTime: 3000 // milliseconds
     property alias text: line.text
     property bool isShown: false
 
