@@ -110,7 +110,12 @@ counts() { bash -c 'source "$1"; count_tests "$2"' - "$root/vantor" "$1"; }
 # test_log VERDICT [LINE...]: one test's part of ctest's log
 test_log() {
     printf '1/9 Testing: some\n1/9 Test: some\nCommand: "/some"\nOutput:\n'
-    printf '%s\n' "${@:2}" "Test time =   0.01 sec" "Test $1."
+    printf '%s\n' "${@:2}" "Test time =   0.01 sec"
+    case $1 in
+    Matched) printf '%s\n' "Test Fail Reason:" "Error regular expression found in output. Regex=[QWARN  :]" ;;
+    *) printf '%s\n' "Test $1." ;;
+    esac
+    printf '"some" end time: Jan 01 00:00 UTC\n'
 }
 verify "a Qt Test program counts by its functions, without set-up and tear-down" same "$(
     test_log Passed "PASS   : A::initTestCase()" "PASS   : A::one()" "PASS   : A::two(row)" \
@@ -129,6 +134,9 @@ verify "a crash after the totals counts as a failure" same "$(
 verify "a program that is not there counts as a failure" same "$(
     test_log Passed | sed 's/^Command: .*/Command: ""/' | counts 8
 )" "0 passed, 1 failed"
+verify "a warning that nobody expected counts as a failure" same "$(
+    test_log Matched "PASS   : A::one()" "Totals: 1 passed, 0 failed, 0 skipped, 0 blacklisted, 0ms" | counts 8
+)" "1 passed, 1 failed"
 verify "a failing ctest is never counted as good" same "$(counts 8 </dev/null)" "0 passed, 1 failed"
 
 # --- Reasons ----------------------------------------------------------------------------------------------------------
@@ -143,9 +151,16 @@ verify "a failing function is told with its place, without the noise before it" 
 )" "failed: some: FAIL!  : A::one() 'is()' returned FALSE. ()
 failed: some:    Loc: [a.cpp(1)]"
 verify "a program that says nothing known is told by its last lines" same "$(
-    test_log Failed {1..60} | reasons | sed -n '1p;$p'
-)" "failed: some: 23
-failed: some: Test Failed."
+    test_log Failed "QWARN  : A::one() early" {1..60} | reasons | sed -n '1p;$p'
+)" "failed: some: 24
+failed: some: \"some\" end time: Jan 01 00:00 UTC"
+verify "a warning that nobody expected is told" same "$(
+    test_log Matched "QWARN  : A::one() dear me" "PASS   : A::one()" | reasons
+)" "failed: some: Error regular expression found in output. Regex=[QWARN  :]
+failed: some: QWARN  : A::one() dear me"
+verify "a program that is not there is told" same "$(
+    test_log Passed | sed 's/^Command: .*/Command: ""/' | reasons | sed -n 3p
+)" 'failed: some: Command: ""'
 
 echo "$passed passed, $failed failed"
 [[ $failed -eq 0 ]]
