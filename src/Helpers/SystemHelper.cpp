@@ -92,7 +92,8 @@ bool SystemHelper::runCommand(const QString &command, quint32 timeout, QByteArra
     startCommand(&process, command);
     if (!process.waitForStarted(startTimeout)) {
         qDebug().noquote() << "Failed to start command: " << command;
-        process.kill(); // closing alone would first wait for it to start
+        process.killGroup();
+        process.kill(); // it may have no group yet; closing alone would first wait for it to start
         process.close();
         storeExitCode(exitCode, notStarted);
         return false;

@@ -12,14 +12,24 @@
 namespace {
 constexpr int pieceSize = 256 * 1024; // bytes; remains in the processor's cache
 constexpr int mostKept = 4 * pieceSize; // bytes of memory, when a large frame has passed
-constexpr int largeFrame = 16 * 1024; // bytes; below that a copy costs less than a look ahead
 constexpr int longestLength = std::numeric_limits<int>::digits10 + 1; // digits of a length without zeros before it
 
 bool isDigit(char byte)
 {
     return byte >= '0' && byte <= '9';
 }
+
+/// Whether nobody kept it, so that its memory serves again. Acquires: another thread may have read it until now.
+bool isOurs(QByteArray *payload)
+{
+    return payload->data_ptr()->ref.atomic.loadAcquire() == 1;
+}
 } // namespace
+
+SocketBuffer::SocketBuffer(int largeFrame)
+    : mLargeFrame(largeFrame)
+{
+}
 
 bool SocketBuffer::readFrom(QIODevice &device)
 {
@@ -39,15 +49,16 @@ bool SocketBuffer::readFrom(QIODevice &device)
 
 bool SocketBuffer::readWholeFrame(QIODevice &device, int available)
 {
-    if (available < largeFrame || !mBytes.isEmpty() || !mWholePayload.isEmpty())
+    if (available < mLargeFrame || !mBytes.isEmpty() || !mWholePayload.isEmpty())
         return false;
     char head[longestLength + 1];
     const qint64 headSize = device.peek(head, sizeof head);
     const auto [start, length] = readPlainLength(head, head + headSize);
-    if (start < 0 || length < largeFrame || length > available - start)
+    if (start < 0 || length != available - start)
         return false;
     device.skip(start);
-    mWholePayload = device.read(length);
+    mWholePayload = QByteArray(length, Qt::Uninitialized); // of the device it would keep more alive than itself
+    mWholePayload.truncate(static_cast<int>(qMax<qint64>(device.read(mWholePayload.data(), length), 0)));
     return true;
 }
 
@@ -83,7 +94,7 @@ bool SocketBuffer::takePlainFrame(QByteArray *payload)
     if (start < 0 || size == 0 || size > available - start)
         return false;
 
-    if (payload->isDetached()) { // nobody kept the one before: its memory serves again
+    if (isOurs(payload)) {
         payload->resize(size);
         std::memcpy(payload->data(), begin + start, static_cast<std::size_t>(size));
     } else {

@@ -10,6 +10,9 @@ class QIODevice;
 class SocketBuffer
 {
 public:
+    /// @param largeFrame bytes from which on a frame that comes alone is read in place; below, a copy costs less
+    explicit SocketBuffer(int largeFrame = 16 * 1024);
+
     void append(const QByteArray &bytes) { mBytes.append(bytes); }
 
     /// Appends a piece of what can be read: to be called, and the payloads to be taken, until nothing is left.
@@ -21,7 +24,7 @@ public:
     bool takePayload(QByteArray *payload);
 
 private:
-    /// Reads a large frame that is there as a whole straight into its payload, which saves a copy of it.
+    /// Reads a large frame straight into its payload, which saves a copy of it, when just that is there.
     bool readWholeFrame(QIODevice &device, int available);
 
     /// Takes the next payload if it is complete and its length nothing but digits, as with nearly every one.
@@ -30,6 +33,7 @@ private:
     /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
     void foldLength();
 
+    const int mLargeFrame;
     QByteArray mWholePayload; ///< comes before all bytes
     QByteArray mBytes;
     int mPosition = 0; ///< of the first byte that was not taken

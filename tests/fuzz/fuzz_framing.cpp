@@ -5,6 +5,7 @@
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QBuffer>
 #include <QByteArrayList>
 #include <QString>
 
@@ -16,7 +17,7 @@
 
 namespace {
 
-constexpr int mostPieces = 32; // about so many: each is read three times
+constexpr int mostPieces = 32; // about so many: each is read four times
 
 QByteArray &logged()
 {
@@ -77,11 +78,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const int longestPiece = std::max(1 + data[0], stream.size() / mostPieces);
 
     SocketBuffer buffer;
+    SocketBuffer reader(1); // looks for a whole frame in every read
     QByteArray payload;
     QByteArray parsed;
     QByteArray plain;
     for (int start = 0; start < stream.size();) {
-        const QByteArray piece = stream.mid(start, 1 + static_cast<int>(random() % unsigned(longestPiece)));
+        QByteArray piece = stream.mid(start, 1 + static_cast<int>(random() % unsigned(longestPiece)));
         start += piece.size();
 
         plain += piece;
@@ -90,8 +92,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         mustAgree(
             "parser", drain(stream.size(), [&] { return TcpProtocolParser::retrieveMessageData(parsed); }), expected);
         buffer.append(piece);
-        const auto takeFromBuffer = [&] { return buffer.takePayload(&payload) ? payload : QByteArray(); };
-        mustAgree("buffer", drain(stream.size(), takeFromBuffer), expected);
+        const auto takeFrom = [&](SocketBuffer &from) { return from.takePayload(&payload) ? payload : QByteArray(); };
+        mustAgree("buffer", drain(stream.size(), [&] { return takeFrom(buffer); }), expected);
+        QBuffer device(&piece);
+        if (!device.open(QIODevice::ReadOnly) || !reader.readFrom(device) || !device.atEnd())
+            std::abort();
+        mustAgree("reader", drain(stream.size(), [&] { return takeFrom(reader); }), expected);
         if (parsed != plain)
             std::abort();
     }

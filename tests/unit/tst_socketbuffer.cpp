@@ -7,6 +7,8 @@
 
 #include <QBuffer>
 #include <QElapsedTimer>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QtTest>
 
 #include <algorithm>
@@ -14,6 +16,7 @@
 #include <random>
 
 namespace {
+constexpr int patience = 20000; // milliseconds
 constexpr int maxPayloads = 10000; // more than any stream here holds
 
 using Bytes = QList<QByteArray>;
@@ -177,6 +180,14 @@ private Q_SLOTS:
         const QByteArray frame = Loopback::frame(large);
         const QStringList waits{QStringLiteral("debug: Partial buffer, waiting for more data")};
         QTest::newRow("one") << Bytes{frame} << Bytes{large} << QStringList();
+        for (const int size : {16 * 1024 - 1, 16 * 1024, 16 * 1024 + 1, 256 * 1024 - 6}) {
+            const QByteArray bytes = payload(size);
+            QTest::addRow("%d bytes", size) << Bytes{Loopback::frame(bytes)} << Bytes{bytes} << QStringList();
+        }
+        QTest::newRow("a byte more than a read takes")
+            << Bytes{Loopback::frame(payload(256 * 1024 - 5))} << Bytes{payload(256 * 1024 - 5)} << waits;
+        for (const char *const length : {"000065536", "0000065536", "00000065536", "000000065536"})
+            QTest::addRow("length %s", length) << Bytes{length + large} << Bytes{large} << QStringList();
         QTest::newRow("two at once") << Bytes{frame + Loopback::frame(other)} << Bytes{large, other} << QStringList();
         QTest::newRow("behind a small one") << Bytes{"2{}" + frame} << Bytes{"{}", large} << QStringList();
         QTest::newRow("before a small one") << Bytes{frame + "2{}"} << Bytes{large, "{}"} << QStringList();
@@ -243,6 +254,31 @@ private Q_SLOTS:
             }
         }
         QVERIFY(largePayloads > 300);
+    }
+
+    // Qt hands out all that came at once when it is asked for the end of that.
+    void aLargePayloadKeepsNoMoreThanItself()
+    {
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        QTcpSocket near;
+        near.connectToHost(server.serverAddress(), server.serverPort());
+        QVERIFY(server.waitForNewConnection(patience));
+        QTcpSocket *const far = server.nextPendingConnection();
+        const QByteArray former = '{' + QByteArray(100 * 1000, 'x') + '}';
+        const QByteArray large = '{' + QByteArray(20 * 1000, 'x') + '}';
+        near.write(Loopback::frame(former) + Loopback::frame(large));
+        QTRY_COMPARE_WITH_TIMEOUT(
+            far->bytesAvailable(), qint64(Loopback::frame(former).size() + Loopback::frame(large).size()), patience);
+        far->skip(Loopback::frame(former).size());
+        SocketBuffer buffer;
+
+        QByteArray payload;
+        QVERIFY(buffer.readFrom(*far));
+        QVERIFY(buffer.takePayload(&payload));
+
+        QCOMPARE(payload, large);
+        QVERIFY2(payload.capacity() < 2 * large.size(), qPrintable(QString::number(payload.capacity())));
     }
 
     // As when a connection ends while a receiver is busy.

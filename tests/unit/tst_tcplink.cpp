@@ -5,8 +5,10 @@
 #include "Tcp/TcpServer.h"
 
 #include <QSignalSpy>
+#include <QThread>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
 #include <numeric>
 
@@ -96,6 +98,39 @@ private Q_SLOTS:
         QVERIFY(atServer.isGood() && atClient.isGood());
         QCOMPARE(atServer.notes().constLast(), QString(count - 1, QLatin1Char('{')));
         QCOMPARE(atClient.notes().constLast(), QString::number(count - 1));
+    }
+
+    // A payload's memory serves again, but not while another thread still reads it.
+    void aReceiverInAnotherThreadGetsEveryPayloadAsItWas()
+    {
+        constexpr int count = 2000;
+        QThread thread;
+        auto *const receiver = new QObject;
+        receiver->moveToThread(&thread);
+        connect(&thread, &QThread::finished, receiver, &QObject::deleteLater);
+        std::atomic<int> received = 0;
+        std::atomic<bool> isGood = true;
+        connect(mServer.get(), &TcpServer::dataReceived, receiver, [&](const QByteArray &data) {
+            NoteMessage message;
+            const bool isRead = message.fromByteArray(data);
+            if (!isRead || message.number() != received || message.note() != QString::number(message.number()))
+                isGood = false;
+            ++received;
+        });
+        thread.start();
+        TcpClient client;
+        QVERIFY(connectClient(client));
+
+        for (int i = 0; i < count; ++i) {
+            sendNote(client, i, QString::number(i));
+            if (i % 10 == 0)
+                QCoreApplication::processEvents(); // so that some are read while others are received
+        }
+
+        QTRY_COMPARE_WITH_TIMEOUT(received.load(), count, 20000);
+        thread.quit();
+        QVERIFY(thread.wait(20000));
+        QVERIFY(isGood);
     }
 
     void anEndpointMayAnswerAtOnce()
