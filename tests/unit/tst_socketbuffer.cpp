@@ -4,6 +4,7 @@
 #include "PlainFraming.h"
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
+#include "WorkTimer.h"
 
 #include <QBuffer>
 #include <QElapsedTimer>
@@ -12,7 +13,6 @@
 #include <QtTest>
 
 #include <algorithm>
-#include <ctime>
 #include <random>
 
 namespace {
@@ -28,14 +28,6 @@ Bytes drain(Take take)
     for (QByteArray payload = take(); !payload.isEmpty() && payloads.size() <= maxPayloads; payload = take())
         payloads << payload;
     return payloads;
-}
-
-/// Seconds that this thread has worked; others may keep the machine busy.
-double processorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
 }
 
 Bytes drained(SocketBuffer &buffer)
@@ -437,14 +429,14 @@ private Q_SLOTS:
             for (int round = 0; round < 3; ++round) {
                 SocketBuffer buffer;
                 buffer.append(frame.repeated(count));
-                const double start = processorTime();
+                const WorkTimer timer;
                 int taken = 0;
                 QByteArray payload;
                 while (buffer.takePayload(&payload))
                     ++taken;
                 if (taken != count)
                     return -1.0;
-                best = std::min(best, processorTime() - start);
+                best = std::min(best, timer.seconds());
             }
             return best;
         };
