@@ -51,3 +51,24 @@ function(vantor_add_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=${function_timeout};${leak_options}")
 endfunction()
+
+# vantor_memcheck(NAME [ARGUMENTS argument...]): the Qt Test program NAME once more, as NAME_memcheck, under valgrind,
+# which also sees what the libraries below us read after it was freed. Not beside another instrumentation.
+function(vantor_memcheck name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ARGUMENTS")
+    if(VANTORBASE_SANITIZE OR CMAKE_CXX_FLAGS MATCHES "-fsanitize")
+        return()
+    endif()
+    find_program(VANTORBASE_VALGRIND valgrind REQUIRED)
+    mark_as_advanced(VANTORBASE_VALGRIND)
+    get_test_property(${name} TIMEOUT timeout)
+    get_test_property(${name} ENVIRONMENT environment)
+    math(EXPR timeout "4 * ${timeout}")
+    math(EXPR function_timeout "1000 * ${timeout}") # milliseconds
+    add_test(NAME ${name}_memcheck
+        COMMAND ${VANTORBASE_VALGRIND} --quiet --error-exitcode=99 --num-callers=30
+            --suppressions=${PROJECT_SOURCE_DIR}/tests/support/memcheck.supp
+            $<TARGET_FILE:${name}> ${arg_ARGUMENTS})
+    set_tests_properties(${name}_memcheck PROPERTIES TIMEOUT ${timeout}
+        ENVIRONMENT "${environment};QTEST_FUNCTION_TIMEOUT=${function_timeout};QV4_FORCE_INTERPRETER=1;VANTOR_VALGRIND=1")
+endfunction()
