@@ -145,6 +145,33 @@ echo "       $(strong_symbols | wc -l) strong symbols," \
     "$(nm -D --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | wc -l) weak ones," \
     "$(nm -DC --defined-only "$library" | awk '$2 ~ /^[WVu]$/' | grep -c ' cv::' || true) of these of OpenCV"
 
+# --- Hardening --------------------------------------------------------------------------------------------------------
+
+# hardened BINARY: position independent, no writable tables of functions, no executable stack, guarded stack frames
+hardened() {
+    local header segments dynamic
+    header=$(readelf -hW "$1")
+    segments=$(readelf -lW "$1")
+    dynamic=$(readelf -dW "$1")
+    [[ $header == *'Type:'*' DYN '* ]] || { echo "$1: not position independent"; return 1; }
+    [[ $segments == *GNU_RELRO* && $dynamic == *NOW* ]] || { echo "$1: relocations stay writable"; return 1; }
+    [[ $segments =~ GNU_STACK[^$'\n']*' RW ' ]] || { echo "$1: the stack is executable"; return 1; }
+    nm -D --undefined-only "$1" | grep -q __stack_chk_fail || { echo "$1: stack frames are not guarded"; return 1; }
+}
+installed_binaries_are_hardened() {
+    local binary count=0 status=0
+    while IFS= read -r -d '' binary; do
+        [[ $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
+        hardened "$binary" || status=1
+        count=$((count + 1))
+    done < <(find "$prefix" -type f -print0)
+    echo "$count binaries"
+    [[ $status -eq 0 && $count -gt 1 ]]
+}
+fortified_calls_are_used() { nm -D --undefined-only "$library" | grep '__[a-z]*_chk@'; }
+check "every installed binary is hardened" installed_binaries_are_hardened
+[[ $(cached VANTORBASE_SANITIZE) == ON ]] || check "the library calls fortified functions" fortified_calls_are_used
+
 # --- A package that is not whole must not pass ------------------------------------------------------------------------
 
 # damaged WHAT FILE: a copy of the package without this file
