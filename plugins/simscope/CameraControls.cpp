@@ -3,6 +3,8 @@
 
 #include "SimulatedScope.h"
 
+#include <QPointer>
+
 QByteArray OneDevice::name()
 {
     return QByteArrayLiteral("simscope");
@@ -25,8 +27,10 @@ QString OneDevice::deviceDescription(int) const
 
 void OneDevice::setSelectedDevice(int index)
 {
+    const QPointer<OneDevice> self(this);
     Q_EMIT selectedDeviceChanged(index);
-    Q_EMIT selectedDeviceChanged(deviceName(index));
+    if (self) // a receiver may have destroyed the camera
+        Q_EMIT selectedDeviceChanged(deviceName(index));
 }
 
 QCamera::Position ScopeInfo::cameraPosition(const QString &) const

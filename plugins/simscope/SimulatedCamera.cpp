@@ -3,8 +3,24 @@
 
 #include "SimulatedScope.h"
 
+#include <QPointer>
+
 namespace {
 constexpr int startMilliseconds = 100;
+
+/// What the camera is in as soon as it is asked for the state.
+QCamera::Status statusOf(QCamera::State state)
+{
+    switch (state) {
+    case QCamera::UnloadedState:
+        break;
+    case QCamera::LoadedState:
+        return QCamera::LoadedStatus;
+    case QCamera::ActiveState:
+        return QCamera::StartingStatus;
+    }
+    return QCamera::UnloadedStatus;
+}
 } // namespace
 
 SimulatedCamera::SimulatedCamera(QObject *parent)
@@ -25,20 +41,14 @@ void SimulatedCamera::setState(QCamera::State state)
         return;
     }
     mState = state;
-    mStart.stop();
-    switch (state) {
-    case QCamera::UnloadedState:
-        setStatus(QCamera::UnloadedStatus);
-        break;
-    case QCamera::LoadedState:
-        setStatus(QCamera::LoadedStatus);
-        break;
-    case QCamera::ActiveState:
-        setStatus(QCamera::StartingStatus);
-        mStart.start();
-        break;
-    }
-    Q_EMIT stateChanged(mState);
+    if (state == QCamera::ActiveState)
+        mStart.start(); // before anyone hears of it, who may stop the camera again
+    else
+        mStart.stop();
+    const QPointer<SimulatedCamera> self(this);
+    setStatus(statusOf(state));
+    if (self && mState == state) // a receiver may have destroyed the camera, or told of another state
+        Q_EMIT stateChanged(state);
 }
 
 bool SimulatedCamera::isCaptureModeSupported(QCamera::CaptureModes mode) const
@@ -63,6 +73,8 @@ void SimulatedCamera::handlePlug(bool isPlugged)
 {
     if (isPlugged || mState == QCamera::UnloadedState)
         return;
+    const QPointer<SimulatedCamera> self(this);
     setState(QCamera::UnloadedState);
-    fail(QStringLiteral("The scope was unplugged"));
+    if (self) // the page may be gone with its camera
+        fail(QStringLiteral("The scope was unplugged"));
 }

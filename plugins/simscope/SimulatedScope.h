@@ -62,7 +62,7 @@ public:
 
 Q_SIGNALS:
     void focusChanged(double focus);
-    void faceChanged(const QString &face);
+    void faceChanged(QString face); // by value: a receiver may change the face again
     void isPluggedChanged(bool isPlugged);
 
 private:

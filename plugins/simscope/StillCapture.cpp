@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QImageWriter>
+#include <QPointer>
 #include <QSaveFile>
 #include <QTimer>
 
@@ -70,8 +71,15 @@ void StillCapture::expose(int id, const QString &path)
         Q_EMIT error(id, QCameraImageCapture::NotReadyError, QStringLiteral("The camera is not active"));
         return;
     }
+    // A receiver may cancel the capture, or destroy the camera and this with it.
+    const QPointer<StillCapture> self(this);
+    const auto isGivenUp = [&] { return !self || id <= mLastCancelledId; };
     Q_EMIT imageExposed(id);
+    if (isGivenUp())
+        return;
     Q_EMIT imageCaptured(id, picture);
+    if (isGivenUp())
+        return;
     const QString problem = write(jpeg(picture.convertToFormat(QImage::Format_RGB32)), path);
     if (problem.isEmpty())
         Q_EMIT imageSaved(id, path);

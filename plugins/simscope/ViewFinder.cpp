@@ -28,8 +28,12 @@ void ViewFinder::setSurface(QAbstractVideoSurface *surface)
 {
     if (surface == mSurface)
         return;
+    const QPointer<ViewFinder> self(this);
+    const QPointer<QAbstractVideoSurface> next(surface);
     stopSurface();
-    mSurface = surface;
+    if (!self) // a surface runs code of others, and the camera may go in it
+        return;
+    mSurface = next;
     followCamera();
 }
 
@@ -48,11 +52,14 @@ void ViewFinder::showFrame()
     const QVideoFrame frame = SimulatedScope::instance()->nextFrame();
     if (!frame.isValid() || !mSurface)
         return;
+    const QPointer<ViewFinder> self(this);
     if (!mSurface->isActive() && !mSurface->start(QVideoSurfaceFormat(frame.size(), frame.pixelFormat()))) {
-        mTimer.stop(); // it does not show frames of this kind
+        if (self)
+            mTimer.stop(); // it does not show frames of this kind
         return;
     }
-    mSurface->present(frame);
+    if (self && mSurface && mSurface->isActive()) // its start may have been the end of either
+        mSurface->present(frame);
 }
 
 void ViewFinder::stopSurface()

@@ -18,7 +18,8 @@ class LiveAnalysisLink;
 ///
 /// The properties keep their values while no fibre is found. They are written by a pool thread, and so are the signals
 /// emitted; they may be read in any thread. The filter may be destroyed at any time: that waits for the publication of
-/// an analysis, if one is under way.
+/// an analysis, if one is under way, but not for ever. A receiver in the pool thread that has not come back after a
+/// second, because it waits for the very thread that destroys the filter, is left behind, and the log says so.
 class VANTORBASE_EXPORT FiberRealtimeAnalyser : public QAbstractVideoFilter
 {
     Q_OBJECT

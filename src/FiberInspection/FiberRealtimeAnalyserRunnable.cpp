@@ -4,6 +4,8 @@
 #include "FiberInspection/LiveAnalysisLink_p.h"
 #include "FiberInspection/Log_p.h"
 
+#include <QSemaphore>
+#include <QThreadPool>
 #include <QVideoFrame>
 #include <QtConcurrentRun>
 
@@ -46,8 +48,28 @@ private:
     std::vector<uchar> mBytes;
 };
 
+/// What a runnable and its analysis have in common.
+struct FiberRealtimeAnalyserRunnable::Work
+{
+    Luminance luminance; ///< belongs to whoever set mProcessing
+    QSemaphore idle{1};
+};
+
 namespace {
 constexpr int maxThreads = 2;
+constexpr int pollInterval = 20; // milliseconds
+
+/// The threads of all live analyses. They are never waited for all together: a receiver that does not come back would
+/// hold up the end of its page, or of the program.
+QThreadPool &analysisThreads()
+{
+    static QThreadPool *const pool = [] {
+        auto *const threads = new QThreadPool; // for the life of the process
+        threads->setMaxThreadCount(maxThreads);
+        return threads;
+    }();
+    return *pool;
+}
 
 /// Whether the frame starts with a plane of luminance that is followed by half as much of colour.
 bool isPlanar420(QVideoFrame::PixelFormat format)
@@ -111,25 +133,29 @@ private:
     bool mIsMapped;
 };
 
-/// Says that an analysis is under way, until the last copy is gone: on whichever thread, and on whichever way out.
-std::shared_ptr<void> holdUntilReleased(std::atomic<bool> &flag)
+/// Calls the function when the last copy is gone: on whichever thread, and on whichever way out.
+template <typename Function>
+std::shared_ptr<void> callWhenReleased(Function function)
 {
-    return {&flag, [](std::atomic<bool> *held) { held->store(false); }};
+    return {nullptr, [function](void *) { function(); }};
 }
 } // namespace
 
 FiberRealtimeAnalyserRunnable::FiberRealtimeAnalyserRunnable(std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser)
     : mFiberRealtimeAnalyser(std::move(fiberRealtimeAnalyser))
-    , mLuminance(std::make_shared<Luminance>())
-    , mThreadPool(std::make_unique<QThreadPool>())
+    , mWork(std::make_shared<Work>())
 {
-    mThreadPool->setMaxThreadCount(maxThreads);
 }
 
 FiberRealtimeAnalyserRunnable::~FiberRealtimeAnalyserRunnable()
 {
     if (mFiberRealtimeAnalyser->isPublishedHere())
-        mThreadPool.release()->deleteLater(); // in its own thread it would wait for itself
+        return; // this very thread would have to end the analysis
+    while (!mWork->idle.tryAcquire(1, pollInterval)) {
+        if (!mFiberRealtimeAnalyser->waitForReceivers())
+            return;
+    }
+    mWork->idle.release(); // a frame may be about to be analysed: its mapping may have come to this
 }
 
 QVideoFrame FiberRealtimeAnalyserRunnable::run(
@@ -141,7 +167,7 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
         return {};
     if (frame->isValid() && !mProcessing) {
         try {
-            startAnalysis(*frame);
+            startAnalysis(*frame, mFiberRealtimeAnalyser, mWork);
         } catch (const std::exception &exception) { // out of memory or threads: this frame is dropped
             qCWarning(messageLog) << "frame not analysed:" << exception.what();
         }
@@ -149,19 +175,26 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
     return *frame;
 }
 
-void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame)
+// By value and without the object: to map a frame is to call code that we do not know, and it may destroy the runnable.
+void FiberRealtimeAnalyserRunnable::startAnalysis(
+    QVideoFrame &frame, std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser, std::shared_ptr<Work> work)
 {
     const MappedFrame mapped(frame);
     if (!mapped.isMapped() || mProcessing.exchange(true))
         return;
-    const std::shared_ptr<void> processing = holdUntilReleased(mProcessing);
+    work->idle.acquire(); // is free, or will be in a moment: the analysis before has ended
+    const std::shared_ptr<void> processing = callWhenReleased([work] {
+        mProcessing = false;
+        work->idle.release();
+    });
 
     logFormatOnce(frame);
-    if (!isAnalysable(frame) || !mFiberRealtimeAnalyser->isOpen())
+    if (!isAnalysable(frame) || !fiberRealtimeAnalyser->isOpen())
         return;
-    mLuminance->copyFrom(frame);
-    QtConcurrent::run(mThreadPool.get(), [link = mFiberRealtimeAnalyser, luminance = mLuminance, processing]() {
-        processImage(*link, luminance->bytes(), luminance->width(), luminance->width(), luminance->height());
+    work->luminance.copyFrom(frame);
+    QtConcurrent::run(&analysisThreads(), [link = std::move(fiberRealtimeAnalyser), work, processing]() {
+        Luminance &luminance = work->luminance;
+        processImage(*link, luminance.bytes(), luminance.width(), luminance.width(), luminance.height());
     });
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <QAbstractVideoFilter>
-#include <QThreadPool>
 
 #include <atomic>
 #include <memory>
@@ -21,20 +20,22 @@ public:
     /// Returns the frame as it came.
     QVideoFrame run(QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags) override;
 
-    /// Waits for the analysis, unless a receiver of its results is what destroys this.
+    /// Waits for the analysis; but for the receivers of its results no longer than
+    /// LiveAnalysisLink::publicationPatience, and not at all when one of them is what destroys this.
     ~FiberRealtimeAnalyserRunnable() override;
 
 private:
     class Luminance;
+    struct Work;
 
-    void startAnalysis(QVideoFrame &frame);
+    static void startAnalysis(
+        QVideoFrame &frame, std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser, std::shared_ptr<Work> work);
     static void processImage(
         LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height);
 
     std::shared_ptr<LiveAnalysisLink> mFiberRealtimeAnalyser;
     static std::atomic<bool> mProcessing; ///< set by the video thread, cleared by the pool thread
-    std::shared_ptr<Luminance> mLuminance; ///< belongs to whoever set mProcessing
-    std::unique_ptr<QThreadPool> mThreadPool; ///< the last member: its destructor waits for the analysis
+    std::shared_ptr<Work> mWork; ///< shared with the analysis under way, which may outlive this
 };
 
 } // namespace FiberInspection

@@ -23,8 +23,14 @@ public:
     /// Whether the caller is, directly, a receiver of what is being published.
     bool isPublishedHere() const;
 
-    /// From here on nothing is published. Waits for a publication in another thread to end.
+    /// Waits until no receiver in another thread is at work, but no longer than publicationPatience. Returns whether it
+    /// came to that: a receiver may be waiting for this thread, and both would wait for ever.
+    bool waitForReceivers();
+
+    /// From here on nothing is published. Waits for receivers as above.
     void close();
+
+    static constexpr int publicationPatience = 1000; ///< milliseconds
 
 private:
     FiberRealtimeAnalyser *openAnalyser() const;

@@ -1,6 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/IPDetails.h"
 
+#include <QPointer>
+
+#include <utility>
+
+namespace {
+using Setter = void (IPDetails::*)(const QString &);
+} // namespace
+
 IPDetails::IPDetails(QObject *parent)
     : QObject(parent)
 {
@@ -16,12 +24,20 @@ IPDetails &IPDetails::operator=(const IPDetails &other)
 {
     if (this == &other)
         return *this;
-    set_address(other.address());
-    set_netmask(other.netmask());
-    set_gateway(other.gateway());
-    set_primaryDNS(other.primaryDNS());
-    set_secondaryDNS(other.secondaryDNS());
-    set_domain(other.domain());
+    const std::pair<Setter, QString> values[] = {
+        {&IPDetails::set_address, other.address()},
+        {&IPDetails::set_netmask, other.netmask()},
+        {&IPDetails::set_gateway, other.gateway()},
+        {&IPDetails::set_primaryDNS, other.primaryDNS()},
+        {&IPDetails::set_secondaryDNS, other.secondaryDNS()},
+        {&IPDetails::set_domain, other.domain()},
+    };
+    const QPointer<IPDetails> self(this);
+    for (const auto &[set, value] : values) {
+        (this->*set)(value);
+        if (!self) // a receiver of the change has deleted it
+            break;
+    }
     return *this;
 }
 

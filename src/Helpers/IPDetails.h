@@ -19,7 +19,8 @@ public:
     explicit IPDetails(QObject *parent = nullptr);
 
     // Copies take the six values by the setters: signals tell of the changes, and all are dirty. Parents are not
-    // copied.
+    // copied. The values are those of the moment of the call, whatever the receivers of the changes do; one of them may
+    // delete either object, and the result is not to be used then.
     IPDetails(const IPDetails &other, QObject *parent = nullptr);
     IPDetails &operator=(const IPDetails &other);
 

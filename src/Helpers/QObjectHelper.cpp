@@ -3,6 +3,7 @@
 
 #include <QDebug>
 #include <QMetaProperty>
+#include <QPointer>
 #include <QQmlEngine>
 
 #include <cstring>
@@ -104,10 +105,18 @@ bool QObjectHelper::reassign(const QObject *source, QObject *target)
         qWarning() << noPair;
         return false;
     }
-    return forEachProperty(*source, [&](const QMetaProperty &property) {
-        counterpart(property, *target).write(target, property.read(source));
-        return true;
-    });
+    // The receivers of a change may delete either object.
+    const QPointer<const QObject> from(source);
+    const QPointer<QObject> to(target);
+    const QMetaObject *const metaObject = source->metaObject();
+    for (int i = 0, count = metaObject->propertyCount(); i < count; ++i) {
+        if (!from || !to)
+            return false;
+        const QMetaProperty property = metaObject->property(i);
+        if (!isObjectName(property))
+            counterpart(property, *target).write(target, property.read(source));
+    }
+    return true;
 }
 
 bool QObjectHelper::reassign(const QVector<QVariant> &values, QObject *target)
@@ -120,8 +129,10 @@ bool QObjectHelper::reassign(const QVector<QVariant> &values, QObject *target)
         qWarning() << "property count doesn't match" << values.size() << propertyCount(target);
         return false;
     }
-    for (int i = objectNameIndex + 1; i < target->metaObject()->propertyCount(); ++i) {
-        if (!target->metaObject()->property(i).write(target, values[i - 1]))
+    const QVector<QVariant> kept = values; // the receivers of a change may take them away, and the target
+    const QPointer<QObject> to(target);
+    for (int i = objectNameIndex + 1; i <= kept.size(); ++i) {
+        if (!to || !target->metaObject()->property(i).write(target, kept[i - 1]))
             return false;
     }
     return true;

@@ -24,10 +24,12 @@ public:
     static QVariant propertyValue(const QObject *object, int index);
 
     /// Copies every property. The target is of the source's class or derived from it; a property that differs there is
-    /// passed over, and so is one that cannot be written. False only without a source or a target.
+    /// passed over, and so is one that cannot be written. False only without a source or a target, also when a receiver
+    /// of a change deletes one of them before the last property.
     static bool reassign(const QObject *source, QObject *target);
 
     /// Writes the values in the order of declaration. Stops at the first that cannot be written: those before it stay.
+    /// It also stops, and returns false, when a receiver of a change has deleted the target.
     static bool reassign(const QVector<QVariant> &values, QObject *target);
 
     /// True if all properties of the source read equal on the target.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Managers/AbstractCoreManager.h"
 
+#include <QPointer>
+
 AbstractCoreManager::AbstractCoreManager(QObject *parent)
     : QObject(parent)
 {
@@ -12,12 +14,16 @@ AbstractCoreManager::~AbstractCoreManager() = default;
 
 void AbstractCoreManager::handleAsyncStart()
 {
+    const QPointer<AbstractCoreManager> self(this);
     set_isRunning(true);
-    Q_EMIT started();
+    if (self) // a receiver may have deleted this
+        Q_EMIT started();
 }
 
 void AbstractCoreManager::handleAsyncStop()
 {
+    const QPointer<AbstractCoreManager> self(this);
     set_isRunning(false);
-    Q_EMIT stopped();
+    if (self)
+        Q_EMIT stopped();
 }

@@ -11,7 +11,8 @@
 /// Nothing guards against a second start: the handler runs again.
 ///
 /// To end: connect the thread's finished() to deleteLater() when the manager is moved, emit requestStop(), quit the
-/// thread, and wait for it. A manager must not be deleted from another thread while it works.
+/// thread, and wait for it. A manager must not be deleted from another thread while it works. In its own thread a
+/// receiver of any of its signals may: the signals that would have followed are not emitted then.
 class VANTORBASE_EXPORT AbstractCoreManager : public QObject
 {
     Q_OBJECT

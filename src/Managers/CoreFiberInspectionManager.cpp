@@ -2,6 +2,7 @@
 #include "Managers/CoreFiberInspectionManager.h"
 
 #include <QDebug>
+#include <QPointer>
 
 #include <exception>
 
@@ -51,6 +52,11 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
         Q_EMIT analyseFailed();
         return;
     }
+    // Whoever hears of the verdict may delete this, or have the next image inspected in an event loop.
+    const QPointer<CoreFiberInspectionManager> self(this);
+    const QString sourcePath = mFiberAnalyser.lastSourceImagePath();
+    const QString resultPath = mFiberAnalyser.lastResultImagePath();
     handleVerdict(result, standardId);
-    Q_EMIT analyseFinished(result.passed(), mFiberAnalyser.lastSourceImagePath(), mFiberAnalyser.lastResultImagePath());
+    if (self)
+        Q_EMIT analyseFinished(result.passed(), sourcePath, resultPath);
 }

@@ -38,7 +38,7 @@ protected:
     void handleAsyncStop() override;
 
     /// Called in the manager's thread just before analyseFinished(), with all that stands behind the verdict. A
-    /// subclass may pass it on; this one does nothing.
+    /// subclass may pass it on; this one does nothing. It may delete the manager, which is the end of that inspection.
     virtual void handleVerdict(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId);
 
 private:
