@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tcp/TcpServer.h"
 
+#include "Tcp/HeldSocket_p.h"
 #include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
 
 #include <QDebug>
 #include <QPointer>
-#include <QTcpSocket>
 
 #include <limits>
 #include <utility>
@@ -21,15 +21,7 @@ TcpServer::TcpServer(QObject *parent)
 
 TcpServer::~TcpServer()
 {
-    // Closing them must not reach members that are gone already. They die later: this may come from one of their
-    // signals.
-    const auto sockets = mServer.findChildren<QTcpSocket *>();
-    for (QTcpSocket *const socket : sockets) {
-        socket->disconnect(this);
-        socket->setParent(nullptr);
-        socket->abort();
-        socket->deleteLater();
-    }
+    dropSocket(mSocket, this); // closing it must not reach members that are gone already
 }
 
 bool TcpServer::start(int port)
@@ -55,33 +47,33 @@ qint64 TcpServer::bytesToWrite() const
 void TcpServer::onNewConnection()
 {
     qDebug() << "Client connected";
-    QTcpSocket *const socket = mServer.nextPendingConnection();
-    if (!socket) // taken by an event loop within a receiver
+    QTcpSocket *const newcomer = mServer.nextPendingConnection();
+    if (!newcomer) // taken by an event loop within a receiver
         return;
+    const HeldSocket socket = holdSocket(newcomer);
     const QPointer<TcpServer> self(this);
-    if (QTcpSocket *const oldSocket = std::exchange(mSocket, nullptr)) {
-        oldSocket->deleteLater();
+    if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
         oldSocket->abort(); // clientDisconnected() comes from here
         if (!self)
             return;
     }
     if (mSocket) { // a receiver ran an event loop in which a newer client came
         socket->abort();
-        socket->deleteLater();
         return;
     }
 
     mSocket = socket;
-    connect(socket, &QTcpSocket::readyRead, this, [this, socket]() { onReadyRead(socket); });
-    connect(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
+    connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead);
+    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
     Q_EMIT clientConnected();
 }
 
-void TcpServer::onReadyRead(const QTcpSocket *socket)
+void TcpServer::onReadyRead()
 {
     const QPointer<TcpServer> self(this);
+    const HeldSocket socket = mSocket;
     QByteArray data;
-    while (mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
+    while (mSocket == socket && mSocketBuffer->readFrom(*socket)) { // an old client's bytes stay unread
         while (mSocketBuffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -15,7 +15,7 @@ class SocketBuffer;
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. Bytes
 /// that an old client left without completing a frame stay in front of what the new client sends. A receiver of any
-/// signal may stop or destroy the server.
+/// signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs one.
 class VANTORBASE_EXPORT TcpServer : public QObject
 {
     Q_OBJECT
@@ -42,10 +42,10 @@ Q_SIGNALS:
 
 private:
     void onNewConnection();
-    void onReadyRead(const QTcpSocket *socket);
+    void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
 
     QTcpServer mServer;
     std::unique_ptr<SocketBuffer> mSocketBuffer;
-    QTcpSocket *mSocket = nullptr; ///< the client; owned by mServer
+    std::shared_ptr<QTcpSocket> mSocket; ///< the client, if ever there was one; calls that stand on it hold it, too
 };
