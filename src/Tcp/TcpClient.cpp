@@ -76,6 +76,26 @@ qint64 TcpClient::bytesToWrite() const
     return mSocket->bytesToWrite();
 }
 
+void TcpClient::setMaximumFrameSize(int bytes)
+{
+    mSocketBuffer->setLargestFrame(bytes);
+}
+
+int TcpClient::maximumFrameSize() const
+{
+    return mSocketBuffer->largestFrame();
+}
+
+void TcpClient::setDropsLeftovers(bool drops)
+{
+    mSocketBuffer->setDropsLeftovers(drops);
+}
+
+bool TcpClient::dropsLeftovers() const
+{
+    return mSocketBuffer->dropsLeftovers();
+}
+
 void TcpClient::renewSocket()
 {
     dropSocket(mSocket, this);
@@ -88,6 +108,7 @@ void TcpClient::renewSocket()
 void TcpClient::onConnected()
 {
     mRetryTimer.stop();
+    mSocketBuffer->beginConnection();
     set_isConnected(true);
     qDebug() << "Connected to server";
 }

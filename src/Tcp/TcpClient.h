@@ -37,6 +37,17 @@ public:
     /// Bytes that wait until the peer has read what went before.
     qint64 bytesToWrite() const;
 
+    /// The largest frame that is received, length and payload, in bytes: 1 to TcpProtocolParser::maxBufferSize, which
+    /// is the default. A larger one erases what was received, as bytes do that are no frame. Receiving takes twice its
+    /// size.
+    void setMaximumFrameSize(int bytes);
+    int maximumFrameSize() const;
+
+    /// Whether bytes that a lost connection left without completing a frame are dropped when the next one begins, and
+    /// do not stand before what that brings. Either is told in the log. Not by default.
+    void setDropsLeftovers(bool drops);
+    bool dropsLeftovers() const;
+
 Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 

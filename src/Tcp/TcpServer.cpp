@@ -11,10 +11,21 @@
 #include <limits>
 #include <utility>
 
+namespace {
+constexpr int acceptRetryDelay = 1000; // milliseconds
+constexpr int mostPending = 8; // connections; each is taken as soon as it is there
+} // namespace
+
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
     , mSocketBuffer(std::make_unique<SocketBuffer>())
 {
+    mServer.setMaxPendingConnections(mostPending);
+    mAcceptTimer.setSingleShot(true);
+    mAcceptTimer.setInterval(acceptRetryDelay);
+    connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptAgain);
+    connect(&mServer, &QTcpServer::acceptError, this, &TcpServer::onAcceptError);
+
     connect(&mServer, &QTcpServer::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
     connect(this, &TcpServer::send, this, &TcpServer::onSend, Qt::AutoConnection);
 }
@@ -26,11 +37,21 @@ TcpServer::~TcpServer()
 
 bool TcpServer::start(int port)
 {
+    return start(QHostAddress(QHostAddress::Any), port);
+}
+
+bool TcpServer::start(const QHostAddress &address, int port)
+{
     if (port < 0 || port > std::numeric_limits<quint16>::max()) {
         qWarning() << "invalid port" << port;
         return false;
     }
-    return mServer.listen(QHostAddress::Any, static_cast<quint16>(port));
+    if (address.isNull()) {
+        qWarning() << "invalid address";
+        return false;
+    }
+    mIsDeaf = false;
+    return mServer.listen(address, static_cast<quint16>(port));
 }
 
 void TcpServer::stop()
@@ -44,8 +65,42 @@ qint64 TcpServer::bytesToWrite() const
     return mSocket ? mSocket->bytesToWrite() : 0;
 }
 
+void TcpServer::setMaximumFrameSize(int bytes)
+{
+    mSocketBuffer->setLargestFrame(bytes);
+}
+
+int TcpServer::maximumFrameSize() const
+{
+    return mSocketBuffer->largestFrame();
+}
+
+void TcpServer::setDropsLeftovers(bool drops)
+{
+    mSocketBuffer->setDropsLeftovers(drops);
+}
+
+bool TcpServer::dropsLeftovers() const
+{
+    return mSocketBuffer->dropsLeftovers();
+}
+
+void TcpServer::onAcceptError()
+{
+    if (!std::exchange(mIsDeaf, true))
+        qWarning().noquote() << "cannot accept connections, trying again every second:" << mServer.errorString();
+    mAcceptTimer.start();
+}
+
+void TcpServer::acceptAgain()
+{
+    if (mServer.isListening()) // Qt does not ask
+        mServer.resumeAccepting();
+}
+
 void TcpServer::onNewConnection()
 {
+    mIsDeaf = false;
     qDebug() << "Client connected";
     QTcpSocket *const newcomer = mServer.nextPendingConnection();
     if (!newcomer) // taken by an event loop within a receiver
@@ -65,6 +120,7 @@ void TcpServer::onNewConnection()
     mSocket = socket;
     connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead);
     connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
+    mSocketBuffer->beginConnection();
     Q_EMIT clientConnected();
 }
 
