@@ -3,11 +3,11 @@
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QDebug>
 #include <QIODevice>
 
 #include <cstring>
 #include <limits>
-#include <utility>
 
 namespace {
 constexpr int pieceSize = 256 * 1024; // bytes; remains in the processor's cache
@@ -28,7 +28,33 @@ bool isOurs(QByteArray *payload)
 
 SocketBuffer::SocketBuffer(int largeFrame)
     : mLargeFrame(largeFrame)
+    , mLargestFrame(TcpProtocolParser::maxBufferSize)
 {
+}
+
+void SocketBuffer::setLargestFrame(int bytes)
+{
+    mLargestFrame = qBound(1, bytes, TcpProtocolParser::maxBufferSize);
+}
+
+void SocketBuffer::beginConnection()
+{
+    if (mDropsLeftovers) {
+        QByteArrayList payloads; // a receiver that is busy still wants those that came whole
+        for (QByteArray payload; takePayload(&payload);)
+            payloads << payload;
+        mWholePayloads = payloads;
+    }
+    const int leftovers = mBytes.size() - mPosition + mFolded;
+    if (leftovers == 0)
+        return;
+    if (mDropsLeftovers) {
+        qWarning() << "bytes of a former connection are dropped:" << leftovers;
+        mBytes.clear();
+        mFolded = 0;
+    } else {
+        qWarning() << "bytes of a former connection stand before the new one's:" << leftovers;
+    }
 }
 
 bool SocketBuffer::readFrom(QIODevice &device)
@@ -49,7 +75,7 @@ bool SocketBuffer::readFrom(QIODevice &device)
 
 bool SocketBuffer::readWholeFrame(QIODevice &device, int available)
 {
-    if (available < mLargeFrame || !mBytes.isEmpty() || !mWholePayload.isEmpty())
+    if (available < mLargeFrame || available > mLargestFrame || !mBytes.isEmpty() || !mWholePayloads.isEmpty())
         return false;
     char head[longestLength + 1];
     const qint64 headSize = device.peek(head, sizeof head);
@@ -57,22 +83,23 @@ bool SocketBuffer::readWholeFrame(QIODevice &device, int available)
     if (start < 0 || length != available - start)
         return false;
     device.skip(start);
-    mWholePayload = QByteArray(length, Qt::Uninitialized); // of the device it would keep more alive than itself
-    mWholePayload.truncate(static_cast<int>(qMax<qint64>(device.read(mWholePayload.data(), length), 0)));
+    QByteArray payload(length, Qt::Uninitialized); // of the device it would keep more alive than itself
+    payload.truncate(static_cast<int>(qMax<qint64>(device.read(payload.data(), length), 0)));
+    mWholePayloads << payload;
     return true;
 }
 
 bool SocketBuffer::takePayload(QByteArray *payload)
 {
-    if (!mWholePayload.isEmpty()) {
-        *payload = std::exchange(mWholePayload, {});
+    if (!mWholePayloads.isEmpty()) {
+        *payload = mWholePayloads.takeFirst();
         return true;
     }
     if (takePlainFrame(payload))
         return true;
 
     const int oldPosition = mPosition;
-    *payload = TcpProtocolParser::retrieveMessageData(mBytes, mPosition, mFolded);
+    *payload = TcpProtocolParser::retrieveMessageData(mBytes, mPosition, mFolded, mLargestFrame);
     if (mPosition != oldPosition || mBytes.isEmpty())
         mFolded = 0;
     if (!payload->isEmpty())
@@ -91,7 +118,7 @@ bool SocketBuffer::takePlainFrame(QByteArray *payload)
     const char *const begin = mBytes.constData() + mPosition;
     const auto available = mBytes.size() - mPosition;
     const auto [start, size] = readPlainLength(begin, begin + available);
-    if (start < 0 || size == 0 || size > available - start)
+    if (start < 0 || size == 0 || size > available - start || start + mFolded > mLargestFrame - size)
         return false;
 
     if (isOurs(payload)) {

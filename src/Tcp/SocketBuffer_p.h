@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayList>
 
 class QIODevice;
 
@@ -12,6 +12,17 @@ class SocketBuffer
 public:
     /// @param largeFrame bytes from which on a frame that comes alone is read in place; below, a copy costs less
     explicit SocketBuffer(int largeFrame = 16 * 1024);
+
+    /// @param bytes of a whole frame; one that is larger erases what is held, as what is no frame does
+    void setLargestFrame(int bytes);
+    int largestFrame() const { return mLargestFrame; }
+
+    void setDropsLeftovers(bool drops) { mDropsLeftovers = drops; }
+    bool dropsLeftovers() const { return mDropsLeftovers; }
+
+    /// What is appended from now on comes from a new connection. Bytes of the former one that are no complete frame
+    /// stand before that, or are dropped; either is told.
+    void beginConnection();
 
     void append(const QByteArray &bytes) { mBytes.append(bytes); }
 
@@ -34,7 +45,9 @@ private:
     void foldLength();
 
     const int mLargeFrame;
-    QByteArray mWholePayload; ///< comes before all bytes
+    int mLargestFrame; ///< bytes
+    bool mDropsLeftovers = false;
+    QByteArrayList mWholePayloads; ///< come before all bytes
     QByteArray mBytes;
     int mPosition = 0; ///< of the first byte that was not taken
     int mFolded = 0; ///< bytes that were received for the length at the position, and dropped

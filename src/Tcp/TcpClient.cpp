@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tcp/TcpClient.h"
 
+#include "Tcp/HeldSocket_p.h"
 #include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
 
 #include <QDebug>
 #include <QPointer>
-#include <QTcpSocket>
 
 #include <limits>
 
@@ -35,8 +35,7 @@ TcpClient::TcpClient(QObject *parent)
 
 TcpClient::~TcpClient()
 {
-    mSocket->disconnect(this); // closing it must not reach members that are gone already
-    mSocket->abort();
+    dropSocket(mSocket, this); // closing it must not reach members that are gone already
 }
 
 bool TcpClient::start(const QString &ip, int port)
@@ -52,10 +51,11 @@ bool TcpClient::start(const QString &ip, int port)
 
     mServerIP = ip;
     mServerPort = port;
-    mSocket->abort(); // it may still be connecting to the former address
+    renewSocket(); // the old one may still be connecting to the former address
     const QPointer<TcpClient> self(this);
-    mSocket->connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
-    const bool isStarted = mSocket->waitForConnected(connectTimeout);
+    const HeldSocket socket = mSocket;
+    socket->connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
+    const bool isStarted = socket->waitForConnected(connectTimeout);
     if (self && !isStarted && !isConnected())
         retryLater(false);
     return isStarted;
@@ -64,10 +64,11 @@ bool TcpClient::start(const QString &ip, int port)
 void TcpClient::stop()
 {
     // Stopping does not end the retries: the link has to come back by itself.
-    if (mSocket->isOpen() && isConnected())
-        mSocket->disconnectFromHost();
+    const HeldSocket socket = mSocket;
+    if (socket->isOpen() && isConnected())
+        socket->disconnectFromHost();
     else
-        mSocket->abort();
+        socket->abort();
 }
 
 qint64 TcpClient::bytesToWrite() const
@@ -75,17 +76,39 @@ qint64 TcpClient::bytesToWrite() const
     return mSocket->bytesToWrite();
 }
 
+void TcpClient::setMaximumFrameSize(int bytes)
+{
+    mSocketBuffer->setLargestFrame(bytes);
+}
+
+int TcpClient::maximumFrameSize() const
+{
+    return mSocketBuffer->largestFrame();
+}
+
+void TcpClient::setDropsLeftovers(bool drops)
+{
+    mSocketBuffer->setDropsLeftovers(drops);
+}
+
+bool TcpClient::dropsLeftovers() const
+{
+    return mSocketBuffer->dropsLeftovers();
+}
+
 void TcpClient::renewSocket()
 {
-    mSocket.reset(new QTcpSocket);
-    connect(mSocket.data(), &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, Qt::AutoConnection);
-    connect(mSocket.data(), &QTcpSocket::connected, this, &TcpClient::onConnected, Qt::AutoConnection);
-    connect(mSocket.data(), &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, Qt::AutoConnection);
+    dropSocket(mSocket, this);
+    mSocket = holdSocket(new QTcpSocket);
+    connectHeld(mSocket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected);
+    connectHeld(mSocket, &QTcpSocket::connected, this, &TcpClient::onConnected);
+    connectHeld(mSocket, &QTcpSocket::readyRead, this, &TcpClient::onReadyRead);
 }
 
 void TcpClient::onConnected()
 {
     mRetryTimer.stop();
+    mSocketBuffer->beginConnection();
     set_isConnected(true);
     qDebug() << "Connected to server";
 }
@@ -94,7 +117,6 @@ void TcpClient::onDisconnected()
 {
     qDebug() << "Disonnected from server";
     while (mSocketBuffer->readFrom(*mSocket)) {} // what came while a receiver ran an event loop of its own
-    mSocket->disconnect(this);
     renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
     const QPointer<TcpClient> self(this);
     set_isConnected(false);

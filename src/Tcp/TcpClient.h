@@ -5,7 +5,6 @@
 #include "Tcp/AbstractTcpMessage.h"
 #include "VantorBase_export.h"
 
-#include <QScopedPointer>
 #include <QTimer>
 
 #include <memory>
@@ -16,7 +15,8 @@ class SocketBuffer;
 /// The end of the link that connects, and connects again whenever the link is lost, until it is destroyed.
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no connection are lost. A
-/// receiver of any signal may start, stop or destroy the client.
+/// receiver of any signal may start, stop or destroy the client, also from an event loop of its own, as a dialog runs
+/// one.
 class VANTORBASE_EXPORT TcpClient : public QObject
 {
     Q_OBJECT
@@ -37,6 +37,17 @@ public:
     /// Bytes that wait until the peer has read what went before.
     qint64 bytesToWrite() const;
 
+    /// The largest frame that is received, length and payload, in bytes: 1 to TcpProtocolParser::maxBufferSize, which
+    /// is the default. A larger one erases what was received, as bytes do that are no frame. Receiving takes twice its
+    /// size.
+    void setMaximumFrameSize(int bytes);
+    int maximumFrameSize() const;
+
+    /// Whether bytes that a lost connection left without completing a frame are dropped when the next one begins, and
+    /// do not stand before what that brings. Either is told in the log. Not by default.
+    void setDropsLeftovers(bool drops);
+    bool dropsLeftovers() const;
+
 Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 
@@ -55,7 +66,7 @@ private:
     void retryLater(bool afterDrop);
     void retry();
 
-    QScopedPointer<QTcpSocket, QScopedPointerDeleteLater> mSocket; ///< its own signals may destroy the client
+    std::shared_ptr<QTcpSocket> mSocket; ///< never null; calls that stand on it hold it, too
     std::unique_ptr<SocketBuffer> mSocketBuffer;
     QString mServerIP;
     int mServerPort = 0;

@@ -5,6 +5,7 @@
 
 #include <QDebug>
 
+#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <limits>
@@ -47,7 +48,7 @@ QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer)
     return payload;
 }
 
-QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded)
+QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded, int largestFrame)
 {
     if (position >= buffer.size())
         return {};
@@ -61,9 +62,11 @@ QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &posit
         return eraseInvalid(buffer, position, size);
 
     const bool isComplete = start >= 0 && length <= buffer.size() - start;
+    const bool isTooLarge =
+        isComplete ? start - position + folded > largestFrame - length : size > std::min(largestFrame, maxBufferSize);
+    if (isTooLarge)
+        return eraseInvalid(buffer, position, size);
     if (!isComplete) {
-        if (size > maxBufferSize)
-            return eraseInvalid(buffer, position, size);
         qDebug().noquote() << "Partial buffer, waiting for more data";
         return {};
     }

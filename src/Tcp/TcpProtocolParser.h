@@ -5,6 +5,8 @@
 
 #include <QByteArray>
 
+#include <limits>
+
 class AbstractTcpMessage;
 
 /// The frames of the link: the size of the payload in ASCII digits, then the payload, a JSON object.
@@ -25,5 +27,8 @@ public:
     /// The same from a position on, which moves behind the payload while the buffer stays as it is: many frames are
     /// taken in linear time. An erased buffer is empty, and the position 0.
     /// @param folded so many bytes more were received for the length at the position; they count as held back
-    static QByteArray retrieveMessageData(QByteArray &buffer, int &position, int folded = 0);
+    /// @param largestFrame bytes, length and payload; a larger frame is no number either, and of an incomplete one no
+    ///     more is held back
+    static QByteArray retrieveMessageData(
+        QByteArray &buffer, int &position, int folded = 0, int largestFrame = std::numeric_limits<int>::max());
 };

@@ -1,44 +1,57 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tcp/TcpServer.h"
 
+#include "Tcp/HeldSocket_p.h"
 #include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
 
 #include <QDebug>
 #include <QPointer>
-#include <QTcpSocket>
 
 #include <limits>
 #include <utility>
+
+namespace {
+constexpr int acceptRetryDelay = 1000; // milliseconds
+constexpr int mostPending = 8; // connections; each is taken as soon as it is there
+} // namespace
 
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
     , mSocketBuffer(std::make_unique<SocketBuffer>())
 {
+    mServer.setMaxPendingConnections(mostPending);
+    mAcceptTimer.setSingleShot(true);
+    mAcceptTimer.setInterval(acceptRetryDelay);
+    connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptAgain);
+    connect(&mServer, &QTcpServer::acceptError, this, &TcpServer::onAcceptError);
+
     connect(&mServer, &QTcpServer::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
     connect(this, &TcpServer::send, this, &TcpServer::onSend, Qt::AutoConnection);
 }
 
 TcpServer::~TcpServer()
 {
-    // Closing them must not reach members that are gone already. They die later: this may come from one of their
-    // signals.
-    const auto sockets = mServer.findChildren<QTcpSocket *>();
-    for (QTcpSocket *const socket : sockets) {
-        socket->disconnect(this);
-        socket->setParent(nullptr);
-        socket->abort();
-        socket->deleteLater();
-    }
+    dropSocket(mSocket, this); // closing it must not reach members that are gone already
 }
 
 bool TcpServer::start(int port)
+{
+    return start(QHostAddress(QHostAddress::Any), port);
+}
+
+bool TcpServer::start(const QHostAddress &address, int port)
 {
     if (port < 0 || port > std::numeric_limits<quint16>::max()) {
         qWarning() << "invalid port" << port;
         return false;
     }
-    return mServer.listen(QHostAddress::Any, static_cast<quint16>(port));
+    if (address.isNull()) {
+        qWarning() << "invalid address";
+        return false;
+    }
+    mIsDeaf = false;
+    return mServer.listen(address, static_cast<quint16>(port));
 }
 
 void TcpServer::stop()
@@ -52,36 +65,71 @@ qint64 TcpServer::bytesToWrite() const
     return mSocket ? mSocket->bytesToWrite() : 0;
 }
 
+void TcpServer::setMaximumFrameSize(int bytes)
+{
+    mSocketBuffer->setLargestFrame(bytes);
+}
+
+int TcpServer::maximumFrameSize() const
+{
+    return mSocketBuffer->largestFrame();
+}
+
+void TcpServer::setDropsLeftovers(bool drops)
+{
+    mSocketBuffer->setDropsLeftovers(drops);
+}
+
+bool TcpServer::dropsLeftovers() const
+{
+    return mSocketBuffer->dropsLeftovers();
+}
+
+void TcpServer::onAcceptError()
+{
+    if (!std::exchange(mIsDeaf, true))
+        qWarning().noquote() << "cannot accept connections, trying again every second:" << mServer.errorString();
+    mAcceptTimer.start();
+}
+
+void TcpServer::acceptAgain()
+{
+    if (mServer.isListening()) // Qt does not ask
+        mServer.resumeAccepting();
+}
+
 void TcpServer::onNewConnection()
 {
+    mIsDeaf = false;
     qDebug() << "Client connected";
-    QTcpSocket *const socket = mServer.nextPendingConnection();
-    if (!socket) // taken by an event loop within a receiver
+    QTcpSocket *const newcomer = mServer.nextPendingConnection();
+    if (!newcomer) // taken by an event loop within a receiver
         return;
+    const HeldSocket socket = holdSocket(newcomer);
     const QPointer<TcpServer> self(this);
-    if (QTcpSocket *const oldSocket = std::exchange(mSocket, nullptr)) {
-        oldSocket->deleteLater();
+    if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
         oldSocket->abort(); // clientDisconnected() comes from here
         if (!self)
             return;
     }
     if (mSocket) { // a receiver ran an event loop in which a newer client came
         socket->abort();
-        socket->deleteLater();
         return;
     }
 
     mSocket = socket;
-    connect(socket, &QTcpSocket::readyRead, this, [this, socket]() { onReadyRead(socket); });
-    connect(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
+    connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead);
+    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
+    mSocketBuffer->beginConnection();
     Q_EMIT clientConnected();
 }
 
-void TcpServer::onReadyRead(const QTcpSocket *socket)
+void TcpServer::onReadyRead()
 {
     const QPointer<TcpServer> self(this);
+    const HeldSocket socket = mSocket;
     QByteArray data;
-    while (mSocket == socket && mSocketBuffer->readFrom(*mSocket)) { // an old client's bytes stay unread
+    while (mSocket == socket && mSocketBuffer->readFrom(*socket)) { // an old client's bytes stay unread
         while (mSocketBuffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)

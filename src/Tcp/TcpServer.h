@@ -5,6 +5,7 @@
 #include "VantorBase_export.h"
 
 #include <QTcpServer>
+#include <QTimer>
 
 #include <memory>
 
@@ -13,9 +14,9 @@ class SocketBuffer;
 
 /// The end of the link that listens. It talks to one client at a time: the newest.
 ///
-/// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. Bytes
-/// that an old client left without completing a frame stay in front of what the new client sends. A receiver of any
-/// signal may stop or destroy the server.
+/// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. A
+/// receiver of any signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs
+/// one.
 class VANTORBASE_EXPORT TcpServer : public QObject
 {
     Q_OBJECT
@@ -27,11 +28,25 @@ public:
     /// Listens on all interfaces, IPv4 and IPv6. @param port 0 to 65535; 0 takes a free one
     bool start(int port);
 
+    /// Listens on one address only, as on 127.0.0.1 behind a tunnel.
+    bool start(const QHostAddress &address, int port);
+
     /// Stops listening. A client stays connected.
     void stop();
 
     /// Bytes that wait until the peer has read what went before.
     qint64 bytesToWrite() const;
+
+    /// The largest frame that is received, length and payload, in bytes: 1 to TcpProtocolParser::maxBufferSize, which
+    /// is the default. A larger one erases what was received, as bytes do that are no frame. Receiving takes twice its
+    /// size.
+    void setMaximumFrameSize(int bytes);
+    int maximumFrameSize() const;
+
+    /// Whether bytes that an old client left without completing a frame are dropped when the next one comes, and do not
+    /// stand before what that sends. Either is told in the log. Not by default.
+    void setDropsLeftovers(bool drops);
+    bool dropsLeftovers() const;
 
 Q_SIGNALS:
     /// @param data the payload of one frame
@@ -41,11 +56,15 @@ Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 
 private:
+    void onAcceptError();
+    void acceptAgain();
     void onNewConnection();
-    void onReadyRead(const QTcpSocket *socket);
+    void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
 
     QTcpServer mServer;
+    QTimer mAcceptTimer; ///< runs while connections cannot be accepted
+    bool mIsDeaf = false; ///< and that was told
     std::unique_ptr<SocketBuffer> mSocketBuffer;
-    QTcpSocket *mSocket = nullptr; ///< the client; owned by mServer
+    std::shared_ptr<QTcpSocket> mSocket; ///< the client, if ever there was one; calls that stand on it hold it, too
 };

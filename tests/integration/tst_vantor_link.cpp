@@ -123,7 +123,10 @@ private Q_SLOTS:
         row("listen --port 0", "--port needs a number from 1 to 65535, not \"0\"");
         row("listen --port 65536", "--port needs a number from 1 to 65535, not \"65536\"");
         row("listen --port x", "--port needs a number from 1 to 65535, not \"x\"");
-        row("listen 127.0.0.1 --port 1", "listen takes no address: it listens on all of them");
+        row("listen 127.0.0.1 --port 1", "listen takes no address but that of --address");
+        row("listen --address localhost --port 1",
+            "\"localhost\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up");
+        row("connect 127.0.0.1 --address ::1 --port 1", "--address is for listen");
         row("connect --port 1", "connect needs one address, such as 192.0.2.7");
         row("connect 127.0.0.1 ::1 --port 1", "connect needs one address, such as 192.0.2.7");
         row("connect localhost --port 1",
@@ -173,6 +176,20 @@ private Q_SLOTS:
         QVERIFY(program.waitForEnd());
         QCOMPARE(program.endCode(), 69);
         QVERIFY(program.says("cannot listen on port"));
+    }
+
+    void itListensOnTheGivenAddressOnly() const
+    {
+        LinkProgram program;
+        program.listen(mPort, {QStringLiteral("--address"), QStringLiteral("127.0.0.2"), noInputOption});
+        QTcpSocket client;
+
+        client.connectToHost(Loopback::address(), quint16(mPort));
+        QVERIFY(!client.waitForConnected());
+        client.connectToHost(QStringLiteral("127.0.0.2"), quint16(mPort));
+
+        QVERIFY(client.waitForConnected());
+        QVERIFY(program.waitForMessage("a unit has connected"));
     }
 
     // --- Lines and payloads ---

@@ -407,6 +407,87 @@ private Q_SLOTS:
         QVERIFY(erasuresInAll > 1000);
     }
 
+    void noFrameAboveTheLargestIsTaken_data()
+    {
+        QTest::addColumn<QByteArray>("frame");
+        QTest::addColumn<bool>("isTaken");
+
+        QTest::newRow("as large as may be") << "97{" + QByteArray(96, 'x') << true;
+        QTest::newRow("a byte more") << "98{" + QByteArray(97, 'x') << false;
+        QTest::newRow("twice as large") << "197{" + QByteArray(196, 'x') << false;
+        QTest::newRow("with zeros, as large as may be") << QByteArray(19, '0') + "80{" + QByteArray(79, 'x') << false;
+        QTest::newRow("with zeros, a byte less") << QByteArray(18, '0') + "80{" + QByteArray(79, 'x') << false;
+        QTest::newRow("with zeros, small") << QByteArray(17, '0') + "80{" + QByteArray(79, 'x') << true;
+    }
+
+    // However it comes: at once, byte by byte, in one read of a device.
+    void noFrameAboveTheLargestIsTaken()
+    {
+        QFETCH(QByteArray, frame);
+        QFETCH(const bool, isTaken);
+        const LogCapture log;
+        const auto prepared = [] {
+            auto buffer = std::make_unique<SocketBuffer>(1);
+            buffer->setLargestFrame(99);
+            return buffer;
+        };
+        const Bytes expected = isTaken ? Bytes{frame.mid(frame.indexOf('{'))} : Bytes();
+
+        const auto whole = prepared();
+        whole->append(frame);
+        QCOMPARE(drained(*whole), expected);
+        const auto pieces = prepared();
+        Bytes taken;
+        for (const char byte : qAsConst(frame)) {
+            pieces->append(QByteArray(1, byte));
+            taken += drained(*pieces);
+        }
+        QCOMPARE(taken, expected);
+        const auto read = prepared();
+        QBuffer device(&frame);
+        QVERIFY(device.open(QIODevice::ReadOnly) && read->readFrom(device));
+        QCOMPARE(drained(*read), expected);
+
+        QCOMPARE(log.warnings().isEmpty(), isTaken);
+        for (SocketBuffer *const buffer : {whole.get(), pieces.get(), read.get()}) {
+            drained(*buffer);
+            buffer->append(isTaken ? "2{}" : "x2{}"); // whatever is left of it is erased by that
+            buffer->append("2{}");
+            QCOMPARE(drained(*buffer), isTaken ? (Bytes{"{}", "{}"}) : Bytes());
+            buffer->append("3{1}");
+            QCOMPARE(drained(*buffer), Bytes{"{1}"});
+        }
+    }
+
+    void whatCameWholeOutlivesItsConnection()
+    {
+        const LogCapture log;
+        SocketBuffer buffer(1);
+        buffer.setDropsLeftovers(true);
+        buffer.append("2{}3{1}4{");
+
+        buffer.beginConnection();
+        buffer.append("4{22}");
+
+        QCOMPARE(drained(buffer), (Bytes{"{}", "{1}", "{22}"}));
+        QCOMPARE(log.warnings(), QStringList{QStringLiteral("bytes of a former connection are dropped: 2")});
+    }
+
+    void leftoversAreCountedAsTheyWereReceived()
+    {
+        LogCapture log;
+        SocketBuffer buffer;
+        buffer.beginConnection();
+        QCOMPARE(log.asText(), QStringList());
+        buffer.append("2{}" + QByteArray(1000, '0'));
+        QCOMPARE(drained(buffer), Bytes{"{}"});
+
+        buffer.beginConnection();
+
+        QCOMPARE(log.warnings(),
+            QStringList{QStringLiteral("bytes of a former connection stand before the new one's: 1000")});
+    }
+
     void manySmallFramesAreTaken()
     {
         constexpr int count = 160000;

@@ -116,6 +116,43 @@ private Q_SLOTS:
         QVERIFY(!other.start(mPort));
     }
 
+    void itListensOnTheGivenAddressOnly_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("other");
+
+        QTest::newRow("127.0.0.2") << QStringLiteral("127.0.0.2") << QStringLiteral("127.0.0.1");
+        QTest::newRow("127.0.0.1") << QStringLiteral("127.0.0.1") << QStringLiteral("127.0.0.2");
+    }
+
+    void itListensOnTheGivenAddressOnly()
+    {
+        QFETCH(const QString, address);
+        QFETCH(const QString, other);
+        const int port = Loopback::freePort();
+        TcpServer server;
+
+        QVERIFY(server.start(QHostAddress(address), port));
+
+        QTcpSocket client;
+        client.connectToHost(other, quint16(port));
+        QVERIFY(!client.waitForConnected());
+        QCOMPARE(client.error(), QAbstractSocket::ConnectionRefusedError);
+        client.connectToHost(address, quint16(port));
+        QVERIFY(client.waitForConnected());
+    }
+
+    void anAddressThatIsNoneIsRefused()
+    {
+        const LogCapture log;
+        TcpServer server;
+
+        QVERIFY(!server.start(QHostAddress(QStringLiteral("nowhere")), 0));
+        QCOMPARE(log.asText(), QStringList{QStringLiteral("warning: invalid address")});
+        QVERIFY(!server.start(QHostAddress(QHostAddress::LocalHost), -1));
+        QVERIFY(server.start(QHostAddress(QHostAddress::LocalHost), 0)); // it had not begun to listen
+    }
+
     void aListeningServerDoesNotStartAgain()
     {
         const LogCapture log;
@@ -248,7 +285,9 @@ private Q_SLOTS:
 
         mSecond->write("2{}");
         QTRY_COMPARE(received(data), QByteArrayList{"{2"});
-        QTRY_COMPARE(log.warnings(), QStringList{QStringLiteral("Invalid data. Erasing buffer 2")});
+        QTRY_COMPARE(log.warnings(),
+            (QStringList{QStringLiteral("bytes of a former connection stand before the new one's: 2"),
+                QStringLiteral("Invalid data. Erasing buffer 2")}));
         mSecond->write(frame(7));
 
         QTRY_COMPARE(received(data), (QByteArrayList{"{2", payload(7)}));

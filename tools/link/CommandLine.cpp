@@ -18,6 +18,7 @@ const QString connectRole = QStringLiteral("connect");
 
 CommandLine::CommandLine()
     : mPort(option({QStringLiteral("p"), QStringLiteral("port")}, "TCP port, 1 to 65535.", "N"))
+    , mAddress(option("address", "With listen: on this address only, such as 127.0.0.1 (default: on all).", "ADDRESS"))
     , mEcho(option("echo", "Answer every message with the same message."))
     , mStats(option("stats", "Show messages and bytes on stderr every second, and in all at the end."))
     , mNoInput(option("no-input", "Do not read stdin: receive, until a signal comes."))
@@ -40,7 +41,7 @@ CommandLine::CommandLine()
     mParser.addPositionalArgument(QStringLiteral("ADDRESS"),
         QStringLiteral("With connect: the IPv4 or IPv6 address of the unit; names are not looked up."),
         QStringLiteral("[ADDRESS]"));
-    mParser.addOptions({mPort, mEcho, mStats, mNoInput, mLinger, mVerbose, mVersion, mHelp});
+    mParser.addOptions({mPort, mAddress, mEcho, mStats, mNoInput, mLinger, mVerbose, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
@@ -49,7 +50,7 @@ bool CommandLine::readOptions()
     mOptions.echo = mParser.isSet(mEcho);
     mOptions.stats = mParser.isSet(mStats);
     mOptions.verbose = mParser.isSet(mVerbose);
-    return readRole() && readPort() && readLinger();
+    return readRole() && readAddress() && readPort() && readLinger();
 }
 
 bool CommandLine::readRole()
@@ -63,14 +64,20 @@ bool CommandLine::readRole()
     mOptions.action = connects ? Options::Action::Connect : Options::Action::Listen;
     if (operands.size() != (connects ? 2 : 1)) {
         return refuse(connects ? QStringLiteral("connect needs one address, such as 192.0.2.7")
-                               : QStringLiteral("listen takes no address: it listens on all of them"));
+                               : QStringLiteral("listen takes no address but that of --address"));
     }
-    mOptions.address = operands.value(1);
-    if (connects && QHostAddress(mOptions.address).isNull()) {
-        return refuse(QStringLiteral("\"%1\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up")
-                          .arg(mOptions.address));
-    }
+    if (connects && mParser.isSet(mAddress))
+        return refuse(QStringLiteral("--address is for listen"));
+    mOptions.address = connects ? operands.value(1) : mParser.value(mAddress);
     return true;
+}
+
+bool CommandLine::readAddress()
+{
+    const bool listensOnAll = mOptions.action == Options::Action::Listen && !mParser.isSet(mAddress);
+    return listensOnAll || !QHostAddress(mOptions.address).isNull()
+        || refuse(QStringLiteral("\"%1\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up")
+                      .arg(mOptions.address));
 }
 
 bool CommandLine::readPort()

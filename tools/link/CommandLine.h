@@ -17,11 +17,13 @@ public:
 private:
     bool readOptions() override;
     bool readRole();
+    bool readAddress();
     bool readPort();
     bool readLinger();
 
     Options mOptions;
     const QCommandLineOption mPort;
+    const QCommandLineOption mAddress;
     const QCommandLineOption mEcho;
     const QCommandLineOption mStats;
     const QCommandLineOption mNoInput;

@@ -27,7 +27,8 @@ class ListeningEnd : public Endpoint
 {
 public:
     explicit ListeningEnd(const Options &options)
-        : mPort(options.port)
+        : mAddress(options.address.isEmpty() ? QHostAddress(QHostAddress::Any) : QHostAddress(options.address))
+        , mPort(options.port)
     {
         connect(&mServer, &TcpServer::dataReceived, this, &ListeningEnd::received);
         connect(&mServer, &TcpServer::clientConnected, this, [this] { note(true, "a unit has connected"); });
@@ -36,7 +37,7 @@ public:
 
     bool open() override
     {
-        const bool listens = mServer.start(mPort);
+        const bool listens = mServer.start(mAddress, mPort);
         tell((listens ? QStringLiteral("listening on port %1")
                       : QStringLiteral("cannot listen on port %1: it is taken, or not allowed"))
                  .arg(mPort));
@@ -58,6 +59,7 @@ private:
     }
 
     TcpServer mServer;
+    const QHostAddress mAddress;
     const int mPort;
     bool mIsConnected = false;
 };

@@ -11,7 +11,7 @@ struct Options
     enum class Action : int { Listen, Connect };
 
     Action action = Action::Listen;
-    QString address; ///< of the unit to connect to
+    QString address; ///< of the unit to connect to, or to listen on; empty: on all of them
     int port = 0;
     bool readsInput = true;
     bool echo = false;

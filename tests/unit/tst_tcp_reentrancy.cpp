@@ -1,0 +1,475 @@
+// SPDX-License-Identifier: Apache-2.0
+// A receiver of a signal of the link may run an event loop of its own, as a dialog does, in which the peer hangs up, a
+// newcomer connects, or the endpoint is stopped, started or destroyed. Also run under valgrind: what goes wrong there
+// is mostly read by Qt after it was freed, and goes unnoticed otherwise.
+#include "LogCapture.h"
+#include "Loopback.h"
+#include "Tcp/TcpClient.h"
+#include "Tcp/TcpServer.h"
+
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <QPointer>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTimer>
+#include <QtTest>
+
+#include <functional>
+#include <malloc.h>
+#include <memory>
+#include <utility>
+#include <vector>
+
+using Loopback::frame;
+using Loopback::payload;
+
+namespace {
+enum class Event { PeerCloses, NewcomerConnects, Stop, Start, Restart, Delete };
+enum class LoopEnds { BeforeIt, AfterIt, WhenTheLinkIsBack };
+
+constexpr int patience = 20000; // milliseconds
+
+/// Runs an event loop within whatever calls it: until the condition holds, and some turns more, in which everything is
+/// deleted that waits for that.
+bool runLoopUntil(const std::function<bool()> &condition)
+{
+    constexpr int turnsBehind = 5;
+    const QDeadlineTimer deadline(patience);
+    QEventLoop loop;
+    QTimer timer;
+    bool holds = false;
+    int turns = 0;
+    QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
+        holds = holds || condition();
+        if ((holds && ++turns > turnsBehind) || deadline.hasExpired())
+            loop.quit();
+    });
+    timer.start(0);
+    loop.exec();
+    return holds;
+}
+
+bool always()
+{
+    return true;
+}
+
+const char *name(Event event)
+{
+    switch (event) {
+    case Event::PeerCloses:
+        return "peer closes";
+    case Event::NewcomerConnects:
+        return "newcomer connects";
+    case Event::Stop:
+        return "stop";
+    case Event::Start:
+        return "start";
+    case Event::Restart:
+        return "stop and start";
+    case Event::Delete:
+        return "delete";
+    }
+    return "";
+}
+
+const char *name(LoopEnds ends)
+{
+    switch (ends) {
+    case LoopEnds::BeforeIt:
+        return "loop ends before";
+    case LoopEnds::AfterIt:
+        return "loop ends after";
+    case LoopEnds::WhenTheLinkIsBack:
+        return "loop ends when the link is back";
+    }
+    return "";
+}
+
+/// What a server talks to: one socket after the other, each kept until the end.
+class Clients
+{
+public:
+    QTcpSocket *connectOne(int port)
+    {
+        mSockets.push_back(std::make_unique<QTcpSocket>());
+        mSockets.back()->connectToHost(Loopback::address(), quint16(port));
+        return mSockets.back().get();
+    }
+    QTcpSocket *newest() const { return mSockets.empty() ? nullptr : mSockets.back().get(); }
+
+private:
+    std::vector<std::unique_ptr<QTcpSocket>> mSockets;
+};
+} // namespace
+
+Q_DECLARE_METATYPE(Event)
+Q_DECLARE_METATYPE(LoopEnds)
+
+class TestTcpReentrancy : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        mWasCalled = false;
+        mHasReturned = false;
+        mCame = 0;
+        mLeft = 0;
+        mPayloads.clear();
+        mPeerSocket = nullptr;
+        mClients = std::make_unique<Clients>();
+    }
+
+    void cleanup()
+    {
+        delete mClient;
+        delete mServer;
+        mPeer.reset();
+        mClients.reset();
+    }
+
+    void aReceiverOfTheClientMayRunAnEventLoop_data()
+    {
+        addColumns();
+        const std::pair<const char *, const char *> theSignals[] = {
+            {"isConnected_changed()", SIGNAL(isConnected_changed(bool))},
+            {"connected()", SIGNAL(connected())},
+            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
+            {"disconnected()", SIGNAL(disconnected())},
+        };
+        for (const auto &[text, signal] : theSignals) {
+            for (const Event event : {Event::PeerCloses, Event::Stop, Event::Start, Event::Restart, Event::Delete}) {
+                addRow(text, signal, event, LoopEnds::BeforeIt);
+                addRow(text, signal, event, LoopEnds::AfterIt);
+                if (event == Event::PeerCloses || event == Event::Stop)
+                    addRow(text, signal, event, LoopEnds::WhenTheLinkIsBack);
+            }
+        }
+    }
+
+    void aReceiverOfTheClientMayRunAnEventLoop()
+    {
+        QFETCH(const QByteArray, signal);
+        const LogCapture log;
+        startPeer();
+        mClient = new TcpClient;
+        QVERIFY(connect(mClient, signal.constData(), this, SLOT(receiveOfClient())));
+        connect(mClient, &TcpClient::connected, this, [this] { ++mCame; });
+        connect(mClient, &TcpClient::disconnected, this, [this] { ++mLeft; });
+        connect(mClient, &TcpClient::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+
+        mClient->start(Loopback::address(), mPeer->serverPort());
+        if (signal == SIGNAL(dataReceived(QByteArray)) || signal == SIGNAL(disconnected())) {
+            QTRY_VERIFY_WITH_TIMEOUT(mPeerSocket, patience);
+            mPeerSocket->write(frame(7) + frame(8));
+            if (signal == SIGNAL(disconnected())) {
+                QTRY_COMPARE_WITH_TIMEOUT(mPayloads.size(), 2, patience);
+                mPeerSocket->disconnectFromHost();
+            }
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(mHasReturned, patience);
+        QVERIFY(runLoopUntil(always));
+
+        QFETCH(const Event, event);
+        if (event == Event::Delete) {
+            QVERIFY(!mClient);
+            return;
+        }
+        if (signal == SIGNAL(dataReceived(QByteArray)))
+            QCOMPARE(mPayloads, (QByteArrayList{payload(7), payload(8)}));
+        theClientWorks();
+    }
+
+    void aReceiverOfTheServerMayRunAnEventLoop_data()
+    {
+        addColumns();
+        const std::pair<const char *, const char *> theSignals[] = {
+            {"clientConnected()", SIGNAL(clientConnected())},
+            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
+            {"clientDisconnected()", SIGNAL(clientDisconnected())},
+        };
+        for (const auto &[text, signal] : theSignals) {
+            for (const Event event : {Event::PeerCloses, Event::NewcomerConnects, Event::Stop, Event::Start,
+                     Event::Restart, Event::Delete}) {
+                addRow(text, signal, event, LoopEnds::BeforeIt);
+                addRow(text, signal, event, LoopEnds::AfterIt);
+            }
+        }
+    }
+
+    void aReceiverOfTheServerMayRunAnEventLoop()
+    {
+        QFETCH(const QByteArray, signal);
+        startServer(signal);
+
+        QTcpSocket *const client = mClients->connectOne(mPort);
+        QVERIFY(client->waitForConnected());
+        client->write(frame(7) + frame(8));
+        if (signal == SIGNAL(clientDisconnected())) {
+            QTRY_COMPARE_WITH_TIMEOUT(mPayloads.size(), 2, patience);
+            client->disconnectFromHost();
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(mHasReturned, patience);
+        QVERIFY(runLoopUntil(always));
+
+        QFETCH(const Event, event);
+        if (event == Event::Delete) {
+            QVERIFY(!mServer);
+            return;
+        }
+        if (signal == SIGNAL(dataReceived(QByteArray)))
+            QCOMPARE(mPayloads, (QByteArrayList{payload(7), payload(8)}));
+        theServerWorks();
+    }
+
+    // clientDisconnected() then comes from the arrival of the next one.
+    void aReceiverOfAReplacementMayRunAnEventLoop_data()
+    {
+        addColumns();
+        for (const Event event :
+            {Event::PeerCloses, Event::NewcomerConnects, Event::Stop, Event::Start, Event::Restart, Event::Delete}) {
+            addRow("clientDisconnected()", SIGNAL(clientDisconnected()), event, LoopEnds::BeforeIt);
+            addRow("clientDisconnected()", SIGNAL(clientDisconnected()), event, LoopEnds::AfterIt);
+        }
+    }
+
+    void aReceiverOfAReplacementMayRunAnEventLoop()
+    {
+        QFETCH(const QByteArray, signal);
+        startServer(signal);
+        mClients->connectOne(mPort);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
+
+        mClients->connectOne(mPort);
+        QTRY_VERIFY_WITH_TIMEOUT(mHasReturned, patience);
+        QVERIFY(runLoopUntil(always));
+
+        QFETCH(const Event, event);
+        if (event == Event::Delete) {
+            QVERIFY(!mServer);
+            return;
+        }
+        theServerWorks();
+    }
+
+    // The oldest of them still stands on the stack; those that came and went meanwhile do not.
+    void newcomersDuringAnEventLoopOfAReceiverLeaveNothingBehind()
+    {
+        constexpr int count = 300;
+        constexpr std::size_t mostPerNewcomer = 256; // bytes; a socket has thousands
+        const LogCapture log;
+        mServer = new TcpServer;
+        QVERIFY(mServer->start(mPort = Loopback::freePort()));
+        std::size_t grownBy = 0;
+        connect(mServer, &TcpServer::clientConnected, this, [this] { ++mCame; });
+        connect(mServer, &TcpServer::dataReceived, this, [&] {
+            const auto connectSome = [&](int some) {
+                for (int i = 0; i < some; ++i) {
+                    QTcpSocket client;
+                    const int before = mCame;
+                    client.connectToHost(Loopback::address(), quint16(mPort));
+                    QVERIFY(runLoopUntil([&] { return mCame > before; }));
+                }
+            };
+            connectSome(50); // after which nothing has to grow any more
+            const std::size_t before = mallinfo2().uordblks;
+            connectSome(count);
+            const std::size_t after = mallinfo2().uordblks;
+            grownBy = after > before ? after - before : 0;
+            mHasReturned = true;
+        });
+
+        mClients->connectOne(mPort)->write(frame(7));
+
+        QTRY_VERIFY_WITH_TIMEOUT(mHasReturned, patience);
+        QVERIFY2(grownBy < count * mostPerNewcomer, qPrintable(QString::number(grownBy)));
+    }
+
+protected Q_SLOTS: // private ones would be tests
+    void receiveOfClient()
+    {
+        QFETCH(const Event, event);
+        QFETCH(const LoopEnds, ends);
+        // The first time only, but of isConnected_changed() and connected() that is on the stack of start().
+        if (std::exchange(mWasCalled, true))
+            return;
+        const auto finish = qScopeGuard([this] { mHasReturned = true; });
+        const bool needsConnection = event == Event::PeerCloses || event == Event::Stop;
+        if (needsConnection && !mClient->isConnected())
+            QVERIFY(mClient->start(Loopback::address(), mPeer->serverPort()));
+        const auto canComeAbout = [this, event] {
+            return event != Event::PeerCloses
+                || (mPeerSocket && mPeerSocket->state() == QAbstractSocket::ConnectedState && mClient->isConnected());
+        };
+        if (ends == LoopEnds::BeforeIt) {
+            QVERIFY(runLoopUntil(canComeAbout));
+            bringAboutAtClient(event);
+            return;
+        }
+        bool isDone = false;
+        int came = 0;
+        QVERIFY(runLoopUntil([&] {
+            if (!isDone && canComeAbout()) {
+                came = mCame;
+                bringAboutAtClient(event);
+                isDone = true;
+            }
+            if (!isDone || event == Event::Delete || event == Event::Start || event == Event::Restart)
+                return isDone;
+            return ends == LoopEnds::AfterIt ? !mClient->isConnected() : mCame > came && mClient->isConnected();
+        }));
+    }
+
+    void receiveOfServer()
+    {
+        QFETCH(const Event, event);
+        QFETCH(const LoopEnds, ends);
+        if (std::exchange(mWasCalled, true))
+            return;
+        const auto finish = qScopeGuard([this] { mHasReturned = true; });
+        if (ends == LoopEnds::BeforeIt) {
+            QVERIFY(runLoopUntil(always));
+            bringAboutAtServer(event);
+            return;
+        }
+        const int came = mCame;
+        bool isDone = false;
+        QVERIFY(runLoopUntil([&] {
+            if (!std::exchange(isDone, true))
+                bringAboutAtServer(event);
+            return event != Event::NewcomerConnects || mCame > came;
+        }));
+    }
+
+private:
+    static void addColumns()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<Event>("event");
+        QTest::addColumn<LoopEnds>("ends");
+    }
+
+    static void addRow(const char *text, const char *signal, Event event, LoopEnds ends)
+    {
+        QTest::addRow("%s, %s, %s", text, name(event), name(ends)) << QByteArray(signal) << event << ends;
+    }
+
+    // --- The client ---
+
+    void startPeer()
+    {
+        mPeer = std::make_unique<QTcpServer>();
+        QVERIFY(mPeer->listen(QHostAddress::LocalHost));
+        connect(
+            mPeer.get(), &QTcpServer::newConnection, this, [this] { mPeerSocket = mPeer->nextPendingConnection(); });
+    }
+
+    void bringAboutAtClient(Event event)
+    {
+        switch (event) {
+        case Event::PeerCloses:
+            if (mPeerSocket)
+                mPeerSocket->disconnectFromHost();
+            break;
+        case Event::Stop:
+            mClient->stop();
+            break;
+        case Event::Restart:
+            mClient->stop();
+            Q_FALLTHROUGH();
+        case Event::Start:
+            mClient->start(Loopback::address(), mPeer->serverPort());
+            break;
+        case Event::Delete:
+            delete mClient;
+            break;
+        case Event::NewcomerConnects:
+            QFAIL("a client has none");
+        }
+    }
+
+    /// Whatever has happened to it.
+    void theClientWorks()
+    {
+        QVERIFY(mClient);
+        const bool isUp = runLoopUntil(
+            [this] { return mClient->isConnected() || mClient->start(Loopback::address(), mPeer->serverPort()); });
+        QVERIFY(isUp && mClient->isConnected());
+        // The peer's newest connection is the one that lives.
+        QTRY_VERIFY_WITH_TIMEOUT(
+            mPeerSocket && mPeerSocket->state() == QAbstractSocket::ConnectedState && !mPeer->hasPendingConnections(),
+            patience);
+        mPeerSocket->write(frame(9));
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
+        Q_EMIT mClient->send(AbstractTcpMessage());
+        QTRY_COMPARE_WITH_TIMEOUT(mPeerSocket->peek(100), frame(0), patience);
+    }
+
+    // --- The server ---
+
+    void startServer(const QByteArray &signal)
+    {
+        mServer = new TcpServer;
+        QVERIFY(connect(mServer, signal.constData(), this, SLOT(receiveOfServer())));
+        connect(mServer, &TcpServer::clientConnected, this, [this] { ++mCame; });
+        connect(mServer, &TcpServer::clientDisconnected, this, [this] { ++mLeft; });
+        connect(mServer, &TcpServer::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+        QVERIFY(mServer->start(mPort = Loopback::freePort()));
+    }
+
+    void bringAboutAtServer(Event event)
+    {
+        switch (event) {
+        case Event::PeerCloses:
+            mClients->newest()->abort();
+            break;
+        case Event::NewcomerConnects:
+            mClients->connectOne(mPort);
+            break;
+        case Event::Stop:
+            mServer->stop();
+            break;
+        case Event::Restart:
+            mServer->stop();
+            Q_FALLTHROUGH();
+        case Event::Start:
+            mServer->start(mPort);
+            break;
+        case Event::Delete:
+            delete mServer;
+            break;
+        }
+    }
+
+    void theServerWorks()
+    {
+        QVERIFY(mServer);
+        mServer->stop();
+        QVERIFY(mServer->start(mPort));
+        const int before = mCame;
+        QTcpSocket *const client = mClients->connectOne(mPort);
+        QTRY_VERIFY_WITH_TIMEOUT(mCame > before, patience);
+        client->write(frame(9));
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
+        Q_EMIT mServer->send(AbstractTcpMessage());
+        QTRY_COMPARE_WITH_TIMEOUT(client->peek(100), frame(0), patience);
+    }
+
+    QPointer<TcpClient> mClient;
+    QPointer<TcpServer> mServer;
+    std::unique_ptr<QTcpServer> mPeer; ///< of the client
+    QPointer<QTcpSocket> mPeerSocket; ///< its newest; owned by mPeer
+    std::unique_ptr<Clients> mClients; ///< of the server
+    int mPort = 0;
+    bool mWasCalled = false;
+    bool mHasReturned = false;
+    int mCame = 0; ///< connections that the endpoint told of
+    int mLeft = 0;
+    QByteArrayList mPayloads;
+};
+
+QTEST_GUILESS_MAIN(TestTcpReentrancy)
+#include "tst_tcp_reentrancy.moc"
