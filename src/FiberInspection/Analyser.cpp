@@ -2,6 +2,7 @@
 #include "FiberInspection/Analyser.h"
 
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
 
@@ -97,6 +98,16 @@ Circle Analyser::approximateFindCladdingCircle(uchar *data, int bytesPerLine, in
 double Analyser::getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle)
 {
     return AnalyserPrivate::getBlurLevel(data, bytesPerLine, width, height, claddingCircle);
+}
+
+qint64 Analyser::maxImagePixels()
+{
+    return ImageFile::maxPixels();
+}
+
+void Analyser::setMaxImagePixels(qint64 pixels)
+{
+    ImageFile::setMaxPixels(pixels);
 }
 
 QString Analyser::fiberSourceImageName()
