@@ -2,6 +2,7 @@
 #include "FiberInspection/Analyser.h"
 
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
 
@@ -9,6 +10,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace FiberInspection {
 
@@ -23,7 +27,17 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// Copies in pieces. The target is written under another name, flushed to the disk, and renamed.
+/// After a power failure the folder has either the former picture or the new one.
+void syncFolderOf(const QString &path)
+{
+    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    fsync(folder);
+    close(folder);
+}
+
+/// Copies in pieces. The target is written under another name, forced to the disk, and renamed.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
@@ -37,7 +51,11 @@ bool copyWhole(const QString &from, const QString &to)
             return false;
     }
     // commit() alone would rename what a failed flush has left behind.
-    return source.error() == QFileDevice::NoError && target.flush() && target.commit();
+    const bool isOnDisk = source.error() == QFileDevice::NoError && target.flush() && fsync(target.handle()) == 0;
+    if (!isOnDisk || !target.commit())
+        return false;
+    syncFolderOf(to);
+    return true;
 }
 
 /// Replaces the target. When the copy fails the former picture stays; without a source there is none in the end.
@@ -97,6 +115,16 @@ Circle Analyser::approximateFindCladdingCircle(uchar *data, int bytesPerLine, in
 double Analyser::getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle)
 {
     return AnalyserPrivate::getBlurLevel(data, bytesPerLine, width, height, claddingCircle);
+}
+
+qint64 Analyser::maxImagePixels()
+{
+    return ImageFile::maxPixels();
+}
+
+void Analyser::setMaxImagePixels(qint64 pixels)
+{
+    ImageFile::setMaxPixels(pixels);
 }
 
 QString Analyser::fiberSourceImageName()

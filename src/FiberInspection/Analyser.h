@@ -26,6 +26,11 @@ public:
     static Circle approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height);
     static double getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle);
 
+    /// The most pixels of a photograph that is decoded, of all analyses in the process: 16 * 1024 * 1024 at first. A
+    /// pixel may take 24 bytes while it is decoded. All threads may call.
+    static qint64 maxImagePixels();
+    static void setMaxImagePixels(qint64 pixels);
+
     static QString fiberSourceImageName();
     static QString fiberResultImageName();
     static QString tmpFiberInspectionImagePath();

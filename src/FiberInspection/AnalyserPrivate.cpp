@@ -55,7 +55,7 @@ bool scaleDown(cv::Mat &grayImage, cv::Mat &colorImage, float scale)
     const float width = static_cast<float>(grayImage.cols) / scale;
     const float height = static_cast<float>(grayImage.rows) / scale;
     const bool isUsable = std::isfinite(scale) && width >= 1 && height >= 1
-        && static_cast<double>(width) * static_cast<double>(height) <= static_cast<double>(ImageFile::maxPixels)
+        && static_cast<double>(width) * static_cast<double>(height) <= static_cast<double>(ImageFile::maxPixels())
         && std::max(width, height) < static_cast<float>(std::numeric_limits<int>::max());
     if (!isUsable)
         return false;
@@ -165,12 +165,9 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
         return finish();
     };
 
-    cv::Mat matImage = loadImage(fileName);
-    if (matImage.empty()) {
-        const QString problem = ImageFile::read(fileName).problem;
-        measured.detail = problem.isEmpty() ? QStringLiteral("the image data is damaged") : problem;
+    cv::Mat matImage = loadImage(fileName, &measured.detail);
+    if (matImage.empty())
         return fail("Failed to load image");
-    }
     log.finish("image loaded");
 
     cv::Mat grayMatImage = convertImageToGray(matImage);

@@ -43,8 +43,9 @@ public:
     static QSize imageSize(const cv::Mat &mat);
 
     /// Decodes an image file (JPEG, PNG, BMP, PNM, TIFF, WebP) to BGR; orientation tags are applied, alpha is dropped.
-    /// Empty for a file that is missing, incomplete, of unreasonable size, or none of these.
-    static cv::Mat loadImage(const QString &path);
+    /// Empty for a file that is missing, damaged, incomplete, of unreasonable size, or none of these.
+    /// @param problem if given, receives why the image is empty
+    static cv::Mat loadImage(const QString &path, QString *problem = nullptr);
 
     /// Encodes by the extension of the path. The file appears whole or not at all. Returns whether it was written.
     static bool saveImage(const cv::Mat &mat, const QString &path);

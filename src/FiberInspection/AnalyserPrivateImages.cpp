@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 
+#include "FiberInspection/ImageDecoder_p.h"
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
@@ -72,21 +73,16 @@ QSize AnalyserPrivate::imageSize(const cv::Mat &mat)
     return {mat.cols, mat.rows};
 }
 
-cv::Mat AnalyserPrivate::loadImage(const QString &path)
+cv::Mat AnalyserPrivate::loadImage(const QString &path, QString *problem)
 {
     const ImageFile file = ImageFile::read(path);
-    if (!file.problem.isEmpty()) {
-        qCDebug(messageLog) << "image refused:" << path << file.problem;
-        return {};
-    }
-    try {
-        // The very bytes that were checked are decoded: a camera may be writing to the file meanwhile.
-        const cv::Mat view(1, file.bytes.size(), CV_8UC1, const_cast<char *>(file.bytes.constData()));
-        return cv::imdecode(view, cv::IMREAD_COLOR);
-    } catch (const cv::Exception &exception) {
-        qCDebug(messageLog) << "image refused:" << path << exception.what();
-        return {};
-    }
+    const DecodedImage image = file.problem.isEmpty() ? ImageDecoder::decode(file.bytes, ImageFile::maxPixels())
+                                                      : DecodedImage{{}, file.problem};
+    if (!image.problem.isEmpty())
+        qCDebug(messageLog) << "image refused:" << path << image.problem;
+    if (problem)
+        *problem = image.problem;
+    return image.pixels;
 }
 
 bool AnalyserPrivate::saveImage(const cv::Mat &mat, const QString &path)

@@ -6,16 +6,21 @@
 
 namespace FiberInspection {
 
-/// An image file as read from disk, checked before any of it is decoded.
+/// An image file as read from disk; what ImageDecoder makes of it is another matter.
 struct ImageFile
 {
-    static constexpr qint64 maxPixels = 64LL * 1024 * 1024; ///< what is decoded in reasonable time and memory
+    static constexpr qint64 defaultMaxPixels = 16LL * 1024 * 1024;
+    static constexpr qint64 largestMaxPixels = 1024LL * 1024 * 1024; ///< what OpenCV can hold
 
     QByteArray bytes; ///< the whole file; empty when there is a problem
-    QString problem; ///< why the file cannot be decoded; empty when it can
+    QString problem; ///< why the file cannot be read; empty when it can
 
-    /// Refuses what is no regular file, no known image, not complete, or too large to decode in reasonable time.
+    /// Refuses what is no regular file, empty, or larger than 256 MiB.
     static ImageFile read(const QString &path);
+
+    /// The most pixels of an image that is decoded, for the whole process; all threads may call.
+    static qint64 maxPixels();
+    static void setMaxPixels(qint64 pixels);
 
     /// Writes the bytes beside the path and renames them over it, so that no half-written file is ever seen there.
     static bool write(const QString &path, const char *data, qint64 size);

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/ImageDecoder_p.h"
+#include "FiberInspection/ImageFormats_p.h"
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <algorithm>
+#include <exception>
+
+namespace FiberInspection {
+
+namespace {
+constexpr qint64 longestSide = 1 << 20; // pixels; OpenCV goes no further
+
+struct Format
+{
+    bool (*matches)(const QByteArray &bytes);
+    DecodedImage (*decode)(const QByteArray &bytes, qint64 maxPixels);
+};
+
+constexpr Format formats[] = {
+    {ImageFormats::isJpeg, ImageFormats::decodeJpeg},
+    {ImageFormats::isPng, ImageFormats::decodePng},
+    {ImageFormats::isTiff, ImageFormats::decodeTiff},
+    {ImageFormats::isWebp, ImageFormats::decodeWebp},
+    {ImageFormats::isBmp, ImageFormats::decodeBmp},
+    {ImageFormats::isPnm, ImageFormats::decodePnm},
+};
+} // namespace
+
+DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
+{
+    const auto *const format = std::find_if(
+        std::begin(formats), std::end(formats), [&bytes](const Format &candidate) { return candidate.matches(bytes); });
+    if (format == std::end(formats))
+        return ImageFormats::refused(QStringLiteral("not an image of a known format"));
+    try {
+        return format->decode(bytes, maxPixels);
+    } catch (const std::exception &exception) {
+        return ImageFormats::damaged(exception.what());
+    }
+}
+
+namespace ImageFormats {
+
+DecodedImage refused(const QString &problem)
+{
+    return {{}, problem};
+}
+
+DecodedImage incomplete()
+{
+    return refused(QStringLiteral("the image is incomplete"));
+}
+
+DecodedImage damaged(const char *message)
+{
+    return refused(QStringLiteral("the image data is damaged: ") + QString::fromUtf8(message).simplified());
+}
+
+QString problemOfSize(qint64 width, qint64 height, qint64 maxPixels)
+{
+    if (width <= 0 || height <= 0)
+        return QStringLiteral("the image has no size");
+    if (std::max(width, height) > longestSide || width * height > maxPixels)
+        return QStringLiteral("%1 x %2 pixels are too many").arg(width).arg(height);
+    return {};
+}
+
+DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize)
+{
+    const cv::Mat view(1, bytes.size(), CV_8UC1, const_cast<char *>(bytes.constData()));
+    const cv::Mat pixels = cv::imdecode(view, cv::IMREAD_COLOR);
+    if (pixels.empty())
+        return refused(QStringLiteral("the image data is damaged"));
+    const QSize size(pixels.cols, pixels.rows);
+    if (size != declaredSize && size != declaredSize.transposed())
+        return refused(QStringLiteral("the image is not of the size that it declares"));
+    return {pixels, {}};
+}
+
+int exifOrientation(const uchar *tiff, qsizetype size)
+{
+    constexpr int upright = 1;
+    constexpr int orientationTag = 0x0112;
+    constexpr qint64 entrySize = 12;
+    constexpr qint64 valueOffset = 8; // of an entry
+    if (size < 8 || tiff[0] != tiff[1] || (tiff[0] != 'I' && tiff[0] != 'M'))
+        return upright;
+
+    const bool isBigEndian = tiff[0] == 'M';
+    const auto number16 = [=](qint64 at) { return isBigEndian ? bigEndian16(tiff + at) : littleEndian16(tiff + at); };
+    const qint64 entries = isBigEndian ? bigEndian32(tiff + 4) : littleEndian32(tiff + 4);
+    if (number16(2) != 42 || entries + 2 > size)
+        return upright;
+    const int count = number16(entries);
+    for (int i = 0; i < count; ++i) {
+        const qint64 entry = entries + 2 + i * entrySize;
+        if (entry + entrySize > size)
+            return upright;
+        if (number16(entry) == orientationTag)
+            return number16(entry + valueOffset);
+    }
+    return upright;
+}
+
+cv::Mat upright(const cv::Mat &pixels, int exifOrientation)
+{
+    enum Flip { aroundX = 0, aroundY = 1, aroundBoth = -1 };
+    const auto flipped = [](const cv::Mat &mat, Flip axis) {
+        cv::Mat result;
+        cv::flip(mat, result, axis);
+        return result;
+    };
+    const auto transposed = [&pixels]() {
+        cv::Mat result;
+        cv::transpose(pixels, result);
+        return result;
+    };
+
+    switch (exifOrientation) {
+    case 2:
+        return flipped(pixels, aroundY);
+    case 3:
+        return flipped(pixels, aroundBoth);
+    case 4:
+        return flipped(pixels, aroundX);
+    case 5:
+        return transposed();
+    case 6:
+        return flipped(transposed(), aroundY);
+    case 7:
+        return flipped(transposed(), aroundBoth);
+    case 8:
+        return flipped(transposed(), aroundX);
+    default:
+        return pixels;
+    }
+}
+
+} // namespace ImageFormats
+} // namespace FiberInspection

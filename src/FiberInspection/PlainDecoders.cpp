@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: Apache-2.0
+// Formats that store pixels as they are. Nothing but their size can be wrong, and that is checked here.
+#include "FiberInspection/ImageFormats_p.h"
+
+#include <cctype>
+#include <cstdlib>
+
+namespace FiberInspection {
+namespace ImageFormats {
+
+namespace {
+constexpr qint64 bitsPerByte = 8;
+
+struct Header
+{
+    QString problem;
+    qint64 width = 0;
+    qint64 height = 0;
+    qint64 begin = 0; ///< of the pixels, in bytes
+    qint64 bytesPerLine = 0;
+};
+
+DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 maxPixels)
+{
+    const QString problem =
+        header.problem.isEmpty() ? problemOfSize(header.width, header.height, maxPixels) : header.problem;
+    if (!problem.isEmpty())
+        return refused(problem);
+    if (header.begin + header.bytesPerLine * header.height > bytes.size())
+        return incomplete();
+    return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
+}
+
+Header readBmpHeader(const QByteArray &bytes)
+{
+    constexpr int fileHeaderSize = 14;
+    constexpr quint32 oldHeaderSize = 12;
+    constexpr quint32 headerSize = 40;
+    enum Compression : quint32 { None = 0, BitFields = 3 };
+    constexpr qint64 lineAlignment = 32; // bits
+
+    Header header;
+    const uchar *const data = dataOf(bytes);
+    const quint32 size = bytes.size() >= fileHeaderSize + 4 ? littleEndian32(data + fileHeaderSize) : 0;
+    if (size < oldHeaderSize || bytes.size() < fileHeaderSize + qint64(size)) {
+        header.problem = QStringLiteral("the image is incomplete");
+        return header;
+    }
+
+    qint64 bitsPerPixel = 0;
+    quint32 compression = None;
+    if (size >= headerSize) {
+        header.width = static_cast<qint32>(littleEndian32(data + 18));
+        header.height = std::llabs(qint64(static_cast<qint32>(littleEndian32(data + 22)))); // below 0: from the top
+        bitsPerPixel = littleEndian16(data + 28);
+        compression = littleEndian32(data + 30);
+    } else if (size == oldHeaderSize) {
+        header.width = littleEndian16(data + 18);
+        header.height = littleEndian16(data + 20);
+        bitsPerPixel = littleEndian16(data + 24);
+    }
+    header.begin = littleEndian32(data + 10);
+    header.bytesPerLine =
+        (header.width * bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
+    // Run-length coding may skip pixels, and nothing tells it from a loss.
+    if (compression != None && compression != BitFields)
+        header.problem = QStringLiteral("BMP compression %1 is not supported").arg(compression);
+    else if (header.begin < fileHeaderSize + qint64(size))
+        header.problem = QStringLiteral("the image header is damaged");
+    return header;
+}
+
+/// Takes numbers off a text in which "#" begins a comment.
+class NumberReader
+{
+public:
+    NumberReader(const QByteArray &bytes, int at)
+        : mBytes(bytes)
+        , mAt(at)
+    {
+    }
+
+    int position() const { return mAt; }
+
+    /// @return false without a number that is followed by white space: the end may be missing
+    bool next(qint64 *number, int maxDigits = 9)
+    {
+        skipSpace();
+        const int begin = mAt;
+        *number = 0;
+        for (; mAt < mBytes.size() && mAt - begin < maxDigits && isDigit(mBytes[mAt]); ++mAt)
+            *number = *number * 10 + (mBytes[mAt] - '0');
+        return mAt > begin && mAt < mBytes.size() && (isSpace(mBytes[mAt]) || maxDigits == 1);
+    }
+
+private:
+    static bool isDigit(char character) { return character >= '0' && character <= '9'; }
+    static bool isSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
+
+    void skipSpace()
+    {
+        for (; mAt < mBytes.size() && (isSpace(mBytes[mAt]) || mBytes[mAt] == '#'); ++mAt) {
+            if (mBytes[mAt] == '#')
+                mAt = mBytes.indexOf('\n', mAt) < 0 ? mBytes.size() - 1 : mBytes.indexOf('\n', mAt);
+        }
+    }
+
+    const QByteArray &mBytes;
+    int mAt;
+};
+} // namespace
+
+bool isBmp(const QByteArray &bytes)
+{
+    return bytes.startsWith("BM");
+}
+
+DecodedImage decodeBmp(const QByteArray &bytes, qint64 maxPixels)
+{
+    return decodePlain(bytes, readBmpHeader(bytes), maxPixels);
+}
+
+bool isPnm(const QByteArray &bytes)
+{
+    return bytes.size() > 2 && bytes[0] == 'P' && bytes[1] >= '1' && bytes[1] <= '6'
+        && std::isspace(static_cast<uchar>(bytes[2])) != 0;
+}
+
+DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
+{
+    const int kind = bytes[1] - '0'; // bits, grey and colour as text, then the same as bytes
+    constexpr int firstBinary = 4;
+    const bool isText = kind < firstBinary;
+    const int channels = kind % 3 == 0 ? 3 : 1;
+    const bool isBits = kind % 3 == 1;
+
+    NumberReader numbers(bytes, 2);
+    Header header;
+    qint64 highest = 1;
+    if (!numbers.next(&header.width) || !numbers.next(&header.height) || (!isBits && !numbers.next(&highest)))
+        return incomplete();
+    header.begin = numbers.position() + 1;
+    const qint64 bitsPerSample = isBits ? 1 : highest > 255 ? 16 : 8;
+    header.bytesPerLine = (header.width * channels * bitsPerSample + bitsPerByte - 1) / bitsPerByte;
+    if (!isText)
+        return decodePlain(bytes, header, maxPixels);
+
+    header.problem = problemOfSize(header.width, header.height, maxPixels);
+    header.bytesPerLine = 0;
+    for (qint64 left = header.problem.isEmpty() ? header.width * header.height * channels : 0; left > 0; --left) {
+        qint64 sample = 0;
+        if (!numbers.next(&sample, isBits ? 1 : 9))
+            return incomplete();
+    }
+    return decodePlain(bytes, header, maxPixels);
+}
+
+} // namespace ImageFormats
+} // namespace FiberInspection

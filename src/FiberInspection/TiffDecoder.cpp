@@ -1,0 +1,201 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/ImageFormats_p.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <tiffio.h>
+#include <vector>
+
+namespace FiberInspection {
+namespace ImageFormats {
+
+namespace {
+constexpr int maxBitsPerSample = 16;
+constexpr int maxSamplesPerPixel = 4;
+constexpr tmsize_t memoryPerPixel = 16; // bytes: for each single piece of memory
+constexpr tmsize_t leastMemory = 16L * 1024 * 1024; // bytes
+constexpr uint16_t compressions[] = {
+    COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_DEFLATE, COMPRESSION_PACKBITS};
+
+/// Warnings that say nothing about the pixels, by their beginning: tags that a camera made up, and how a fourth sample
+/// is to be taken, which is dropped.
+constexpr const char *harmlessWarnings[] = {"Unknown field with tag", "Sum of Photometric type-related color channels"};
+
+/// libtiff on bytes in memory, silent; whatever it complains about is kept.
+class Tiff
+{
+public:
+    Tiff(const QByteArray &bytes, qint64 maxPixels)
+        : mBytes(bytes)
+    {
+        const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
+            TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
+        if (!options)
+            return;
+        TIFFOpenOptionsSetMaxSingleMemAlloc(
+            options.get(), std::max(leastMemory, static_cast<tmsize_t>(maxPixels) * memoryPerPixel));
+        TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Tiff::onError, this);
+        TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &Tiff::onWarning, this);
+        mTiff = TIFFClientOpenExt("image", "r", this, &Tiff::read, &Tiff::write, &Tiff::seek, &Tiff::close, &Tiff::size,
+            &Tiff::map, &Tiff::unmap, options.get());
+    }
+    ~Tiff()
+    {
+        if (mTiff)
+            TIFFClose(mTiff);
+    }
+    Q_DISABLE_COPY(Tiff)
+
+    TIFF *get() const { return mTiff; }
+    bool hasComplained() const { return mMessage[0] != '\0'; }
+    const char *message() const { return mMessage; }
+
+    template <typename Number>
+    Number number(uint32_t tag) const
+    {
+        Number value = 0;
+        TIFFGetFieldDefaulted(mTiff, tag, &value);
+        return value;
+    }
+
+private:
+    static int onError(TIFF * /*tiff*/, void *self, const char * /*module*/, const char *format, va_list arguments)
+    {
+        static_cast<Tiff *>(self)->keep(format, arguments);
+        return 1;
+    }
+
+    static int onWarning(TIFF * /*tiff*/, void *self, const char * /*module*/, const char *format, va_list arguments)
+    {
+        const bool isHarmless = std::any_of(std::begin(harmlessWarnings), std::end(harmlessWarnings),
+            [format](const char *begin) { return std::strncmp(format, begin, std::strlen(begin)) == 0; });
+        if (!isHarmless)
+            static_cast<Tiff *>(self)->keep(format, arguments);
+        return 1;
+    }
+
+    void keep(const char *format, va_list arguments)
+    {
+        if (hasComplained()) // the first one tells most
+            return;
+        std::vsnprintf(mMessage, sizeof mMessage, format, arguments);
+        if (!hasComplained())
+            std::snprintf(mMessage, sizeof mMessage, "unknown error");
+    }
+
+    static Tiff *of(thandle_t handle) { return static_cast<Tiff *>(handle); }
+
+    static tmsize_t read(thandle_t handle, void *data, tmsize_t size)
+    {
+        Tiff *const self = of(handle);
+        const qint64 count = qBound<qint64>(0, self->mBytes.size() - self->mAt, size);
+        if (count > 0)
+            std::memcpy(data, self->mBytes.constData() + self->mAt, static_cast<std::size_t>(count));
+        self->mAt += count;
+        return count;
+    }
+
+    static tmsize_t write(thandle_t /*handle*/, void * /*data*/, tmsize_t /*size*/) { return -1; }
+
+    static toff_t seek(thandle_t handle, toff_t offset, int whence)
+    {
+        Tiff *const self = of(handle);
+        const qint64 base = whence == SEEK_END ? self->mBytes.size() : whence == SEEK_CUR ? self->mAt : 0;
+        self->mAt = qMax<qint64>(0, base + static_cast<qint64>(qMin<toff_t>(offset, INT32_MAX)));
+        return static_cast<toff_t>(self->mAt);
+    }
+
+    static int close(thandle_t /*handle*/) { return 0; }
+
+    static toff_t size(thandle_t handle) { return static_cast<toff_t>(of(handle)->mBytes.size()); }
+
+    static int map(thandle_t handle, void **data, toff_t *dataSize)
+    {
+        *data = const_cast<char *>(of(handle)->mBytes.constData());
+        *dataSize = size(handle);
+        return 1;
+    }
+
+    static void unmap(thandle_t /*handle*/, void * /*data*/, toff_t /*size*/) {}
+
+    const QByteArray &mBytes;
+    qint64 mAt = 0;
+    TIFF *mTiff = nullptr;
+    char mMessage[256] = "";
+};
+
+/// Whether the kind of pixels and the pieces they come in are bearable; tiles may be far larger than the image.
+QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
+{
+    const int bits = tiff.number<uint16_t>(TIFFTAG_BITSPERSAMPLE);
+    const int samples = tiff.number<uint16_t>(TIFFTAG_SAMPLESPERPIXEL);
+    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
+    if (bits < 1 || bits > maxBitsPerSample || samples < 1 || samples > maxSamplesPerPixel)
+        return QStringLiteral("%1 samples of %2 bits are not supported").arg(samples).arg(bits);
+    if (std::find(std::begin(compressions), std::end(compressions), compression) == std::end(compressions))
+        return QStringLiteral("TIFF compression %1 is not supported").arg(compression);
+    if (TIFFIsTiled(tiff.get()) == 0)
+        return {};
+
+    const qint64 tileWidth = tiff.number<uint32_t>(TIFFTAG_TILEWIDTH);
+    const qint64 tileHeight = tiff.number<uint32_t>(TIFFTAG_TILELENGTH);
+    const auto padded = [](qint64 length, qint64 tile) { return (length + tile - 1) / tile * tile; };
+    if (tileWidth < 1 || tileHeight < 1)
+        return QStringLiteral("the tiles have no size");
+    if (!problemOfSize(tileWidth, tileHeight, maxPixels).isEmpty()
+        || !problemOfSize(padded(size.width(), tileWidth), padded(size.height(), tileHeight), maxPixels).isEmpty())
+        return QStringLiteral("tiles of %1 x %2 pixels are too large").arg(tileWidth).arg(tileHeight);
+    return {};
+}
+
+/// Decodes all strips or tiles for what the decoder has to say about them.
+bool readsWithoutComplaint(const Tiff &tiff)
+{
+    const bool isTiled = TIFFIsTiled(tiff.get()) != 0;
+    const tmsize_t pieceSize = isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
+    const uint32_t pieces = isTiled ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get());
+    if (pieceSize <= 0)
+        return false;
+    std::vector<uchar> buffer(static_cast<std::size_t>(pieceSize));
+    for (uint32_t piece = 0; piece < pieces; ++piece) {
+        const tmsize_t read = isTiled ? TIFFReadEncodedTile(tiff.get(), piece, buffer.data(), pieceSize)
+                                      : TIFFReadEncodedStrip(tiff.get(), piece, buffer.data(), pieceSize);
+        if (read <= 0 || tiff.hasComplained())
+            return false;
+    }
+    return true;
+}
+} // namespace
+
+bool isTiff(const QByteArray &bytes)
+{
+    return bytes.startsWith(QByteArray("II\x2A\0", 4)) || bytes.startsWith(QByteArray("MM\0\x2A", 4))
+        || bytes.startsWith(QByteArray("II\x2B\0", 4)) || bytes.startsWith(QByteArray("MM\0\x2B", 4));
+}
+
+DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
+{
+    const Tiff tiff(bytes, maxPixels);
+    if (!tiff.get() || tiff.hasComplained())
+        return damaged(tiff.message());
+    const qint64 width = tiff.number<uint32_t>(TIFFTAG_IMAGEWIDTH);
+    const qint64 height = tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH);
+    const QString problemOfHeader = problemOfSize(width, height, maxPixels);
+    if (!problemOfHeader.isEmpty())
+        return refused(problemOfHeader);
+    const QSize size(static_cast<int>(width), static_cast<int>(height));
+    const QString problem = problemOfLayout(tiff, size, maxPixels);
+    if (!problem.isEmpty())
+        return refused(problem);
+    if (TIFFLastDirectory(tiff.get()) == 0)
+        return refused(QStringLiteral("the file holds more than one page"));
+    if (!readsWithoutComplaint(tiff))
+        return damaged(tiff.message());
+    return decodeByOpenCv(bytes, size);
+}
+
+} // namespace ImageFormats
+} // namespace FiberInspection

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/ImageFormats_p.h"
+
+#include <webp/decode.h>
+
+#include <cstring>
+#include <memory>
+
+namespace FiberInspection {
+namespace ImageFormats {
+
+namespace {
+constexpr qint64 riffHeaderSize = 12; // "RIFF", the size of the rest, "WEBP"
+constexpr qint64 chunkHeaderSize = 8;
+constexpr qint64 unneeded = 8; // bytes at the end of coded data that a decoder may not have to look at
+
+struct Structure
+{
+    QString problem;
+    qint64 end = 0; ///< of the file as it declares itself
+    qint64 endOfPixels = 0; ///< of the chunk with the coded pixels
+};
+
+bool isOfType(const uchar *chunk, const char *type)
+{
+    return std::memcmp(chunk, type, 4) == 0;
+}
+
+/// Follows the chunks of the RIFF container.
+Structure walk(const QByteArray &bytes)
+{
+    Structure structure;
+    const auto fail = [&structure](const QString &problem) {
+        structure.problem = problem;
+        return structure;
+    };
+
+    structure.end = chunkHeaderSize + qint64(littleEndian32(dataOf(bytes) + 4));
+    if (structure.end > bytes.size())
+        return fail(QStringLiteral("the image is incomplete"));
+    for (qint64 at = riffHeaderSize; at < structure.end;) {
+        const uchar *const chunk = dataOf(bytes) + at;
+        if (structure.end - at < chunkHeaderSize)
+            return fail(QStringLiteral("the image is incomplete"));
+        const qint64 length = littleEndian32(chunk + 4);
+        at += chunkHeaderSize + length;
+        if (at > structure.end)
+            return fail(QStringLiteral("the image is incomplete"));
+        if (isOfType(chunk, "ANIM") || isOfType(chunk, "ANMF"))
+            return fail(QStringLiteral("the file holds an animation"));
+        if (isOfType(chunk, "VP8 ") || isOfType(chunk, "VP8L")) {
+            if (structure.endOfPixels != 0)
+                return fail(QStringLiteral("the file holds more than one image"));
+            structure.endOfPixels = at;
+        }
+        at += length % 2; // a chunk begins at an even place
+    }
+    if (structure.endOfPixels == 0)
+        return fail(QStringLiteral("the image is incomplete"));
+    return structure;
+}
+
+const char *message(VP8StatusCode status)
+{
+    switch (status) {
+    case VP8_STATUS_OUT_OF_MEMORY:
+        return "out of memory";
+    case VP8_STATUS_UNSUPPORTED_FEATURE:
+        return "unsupported feature";
+    case VP8_STATUS_SUSPENDED:
+    case VP8_STATUS_NOT_ENOUGH_DATA:
+        return "more data are missing";
+    default:
+        return "bitstream error";
+    }
+}
+} // namespace
+
+bool isWebp(const QByteArray &bytes)
+{
+    return bytes.size() >= riffHeaderSize && bytes.startsWith("RIFF") && isOfType(dataOf(bytes) + 8, "WEBP");
+}
+
+DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
+{
+    constexpr std::size_t bgrChannels = 3;
+    WebPBitstreamFeatures features{};
+    const VP8StatusCode status = WebPGetFeatures(dataOf(bytes), static_cast<std::size_t>(bytes.size()), &features);
+    if (status == VP8_STATUS_NOT_ENOUGH_DATA)
+        return incomplete();
+    if (status != VP8_STATUS_OK)
+        return damaged(message(status));
+    const QString problem = problemOfSize(features.width, features.height, maxPixels);
+    if (!problem.isEmpty())
+        return refused(problem);
+    const Structure structure = walk(bytes);
+    if (!structure.problem.isEmpty())
+        return refused(structure.problem);
+
+    cv::Mat pixels(features.height, features.width, CV_8UC3);
+    const std::unique_ptr<WebPIDecoder, decltype(&WebPIDelete)> decoder(
+        WebPINewRGB(MODE_BGR, pixels.data, pixels.total() * bgrChannels, static_cast<int>(pixels.step)), &WebPIDelete);
+    if (!decoder)
+        return damaged(message(VP8_STATUS_OUT_OF_MEMORY));
+    // The coding has neither checksums nor an end: zeros decode to some pixels as well. But it has to come to the last
+    // pixel with the last bytes.
+    const auto feed = [&](qint64 end) {
+        return WebPIUpdate(decoder.get(), dataOf(bytes), static_cast<std::size_t>(end));
+    };
+    const VP8StatusCode early = feed(structure.endOfPixels - unneeded);
+    if (early == VP8_STATUS_OK)
+        return damaged("data are left over");
+    const VP8StatusCode final = early == VP8_STATUS_SUSPENDED ? feed(structure.end) : early;
+    if (final != VP8_STATUS_OK)
+        return damaged(message(final));
+    return {pixels, {}};
+}
+
+} // namespace ImageFormats
+} // namespace FiberInspection

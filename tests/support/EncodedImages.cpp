@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "EncodedImages.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+#include <png.h>
+#include <random>
+#include <tiffio.h>
+#include <zlib.h>
+
+namespace EncodedImages {
+
+namespace {
+constexpr int bitsPerByte = 8;
+
+QByteArray randomBytes(int size, unsigned seed = 42)
+{
+    std::mt19937 random(seed);
+    QByteArray bytes(size, '\0');
+    for (char &byte : bytes)
+        byte = char(random());
+    return bytes;
+}
+
+void describe(jpeg_compress_struct *info, const Jpeg &kind)
+{
+    static constexpr J_COLOR_SPACE inFile[] = {JCS_GRAYSCALE, JCS_YCbCr, JCS_RGB, JCS_CMYK, JCS_YCCK};
+    const bool hasBlack = kind.colors >= Jpeg::Cmyk;
+    info->input_components = kind.colors == Jpeg::Gray ? 1 : hasBlack ? 4 : 3;
+    info->in_color_space = kind.colors == Jpeg::Gray ? JCS_GRAYSCALE : hasBlack ? JCS_CMYK : JCS_EXT_BGR;
+    jpeg_set_defaults(info);
+    jpeg_set_colorspace(info, inFile[kind.colors]);
+    jpeg_set_quality(info, kind.quality, TRUE);
+    for (int i = 0; i < info->num_components; ++i) {
+        info->comp_info[i].h_samp_factor = 1;
+        info->comp_info[i].v_samp_factor = 1;
+    }
+    info->comp_info[0].h_samp_factor = kind.horizontalSampling;
+    info->comp_info[0].v_samp_factor = kind.verticalSampling;
+    info->restart_interval = unsigned(kind.restartInterval);
+    info->arith_code = kind.isArithmetic ? TRUE : FALSE;
+    if (kind.isProgressive)
+        jpeg_simple_progression(info);
+}
+
+cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
+{
+    if (kind.colors == Jpeg::Gray) {
+        cv::Mat gray;
+        cv::extractChannel(bgr, gray, 1);
+        return gray;
+    }
+    if (kind.colors < Jpeg::Cmyk)
+        return bgr;
+    cv::Mat cmyk(bgr.rows, bgr.cols, CV_8UC4);
+    for (int row = 0; row < bgr.rows; ++row) {
+        for (int col = 0; col < bgr.cols; ++col) {
+            const auto pixel = bgr.at<cv::Vec3b>(row, col);
+            cmyk.at<cv::Vec4b>(row, col) = cv::Vec4b(pixel[2], pixel[1], pixel[0], uchar(200 + (row + col) % 56));
+        }
+    }
+    return cmyk;
+}
+} // namespace
+
+QByteArray jpeg(const cv::Mat &bgr, const Jpeg &kind)
+{
+    const cv::Mat samples = samplesOf(bgr, kind);
+    jpeg_compress_struct info{};
+    jpeg_error_mgr errors{};
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&info);
+    uchar *buffer = nullptr;
+    unsigned long size = 0;
+    jpeg_mem_dest(&info, &buffer, &size);
+    info.image_width = JDIMENSION(samples.cols);
+    info.image_height = JDIMENSION(samples.rows);
+    describe(&info, kind);
+    std::vector<jpeg_scan_info> scans(std::size_t(info.num_components));
+    for (int i = 0; i < info.num_components; ++i)
+        scans[std::size_t(i)] = {1, {i}, 0, DCTSIZE2 - 1, 0, 0};
+    if (kind.hasSeparateScans) {
+        info.scan_info = scans.data();
+        info.num_scans = info.num_components;
+    }
+
+    jpeg_start_compress(&info, TRUE);
+    for (int row = 0; row < samples.rows; ++row) {
+        auto *line = const_cast<uchar *>(samples.ptr(row));
+        jpeg_write_scanlines(&info, &line, 1);
+    }
+    jpeg_finish_compress(&info);
+    const QByteArray bytes(reinterpret_cast<const char *>(buffer), int(size));
+    jpeg_destroy_compress(&info);
+    std::free(buffer);
+    return bytes;
+}
+
+QByteArray png(int width, int height, const Png &kind)
+{
+    QByteArray bytes;
+    png_structp writer = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(writer);
+    png_set_write_fn(
+        writer, &bytes,
+        [](png_structp self, png_bytep data, std::size_t size) {
+            static_cast<QByteArray *>(png_get_io_ptr(self))->append(reinterpret_cast<const char *>(data), int(size));
+        },
+        nullptr);
+    png_set_IHDR(writer, info, png_uint_32(width), png_uint_32(height), kind.bits, kind.colorType,
+        kind.isInterlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+        PNG_FILTER_TYPE_DEFAULT);
+    std::mt19937 random(7);
+    std::vector<png_color> palette(std::size_t(1) << qMin(kind.bits, bitsPerByte));
+    for (png_color &color : palette)
+        color = {png_byte(random()), png_byte(random()), png_byte(random())};
+    if (kind.colorType == PNG_COLOR_TYPE_PALETTE)
+        png_set_PLTE(writer, info, palette.data(), int(palette.size()));
+    png_byte alpha[] = {0, 100};
+    png_color_16 transparent{1, 1, 1, 1, 1};
+    if (kind.hasTransparency)
+        png_set_tRNS(writer, info, alpha, 2, &transparent);
+    png_write_info(writer, info);
+    const auto lineSize = int(png_get_rowbytes(writer, info));
+    QByteArray samples = randomBytes(lineSize * height);
+    std::vector<png_bytep> lines;
+    for (int row = 0; row < height; ++row)
+        lines.push_back(reinterpret_cast<png_bytep>(samples.data()) + row * lineSize);
+    png_write_image(writer, lines.data());
+    png_write_end(writer, info);
+    png_destroy_write_struct(&writer, &info);
+    return bytes;
+}
+
+QByteArray tiff(int width, int height, const Tiff &kind)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("image.tiff"));
+    TIFF *const file = TIFFOpen(QFile::encodeName(path).constData(), kind.isBig ? "w8" : "w");
+    for (int page = 0; page < kind.pages; ++page) {
+        TIFFSetField(file, TIFFTAG_IMAGEWIDTH, width);
+        TIFFSetField(file, TIFFTAG_IMAGELENGTH, height);
+        TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, kind.bits);
+        TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
+        TIFFSetField(file, TIFFTAG_PHOTOMETRIC, kind.photometric);
+        TIFFSetField(file, TIFFTAG_COMPRESSION, kind.compression);
+        TIFFSetField(file, TIFFTAG_ORIENTATION, kind.orientation);
+        TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+        if (kind.samples == 4) {
+            const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
+            TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &extra);
+        }
+        if (kind.photometric == PHOTOMETRIC_PALETTE) {
+            std::vector<uint16_t> colors(std::size_t(1) << kind.bits);
+            for (std::size_t i = 0; i < colors.size(); ++i)
+                colors[i] = uint16_t(i * 40503U);
+            TIFFSetField(file, TIFFTAG_COLORMAP, colors.data(), colors.data(), colors.data());
+        }
+        if (kind.tileSide > 0) {
+            TIFFSetField(file, TIFFTAG_TILEWIDTH, kind.tileSide);
+            TIFFSetField(file, TIFFTAG_TILELENGTH, kind.tileSide);
+        } else {
+            TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
+        }
+        const bool isTiled = kind.tileSide > 0;
+        const uint32_t pieces = isTiled ? TIFFNumberOfTiles(file) : TIFFNumberOfStrips(file);
+        QByteArray samples = randomBytes(int(isTiled ? TIFFTileSize(file) : TIFFStripSize(file)));
+        const uint32_t stripsOfPlane = kind.isPlanar ? pieces / uint32_t(kind.samples) : pieces;
+        for (uint32_t piece = 0; piece < pieces; ++piece) {
+            if (isTiled) {
+                TIFFWriteEncodedTile(file, piece, samples.data(), samples.size());
+            } else {
+                const bool isLast = piece % stripsOfPlane == stripsOfPlane - 1;
+                const int rows = isLast ? height - int(stripsOfPlane - 1) * kind.rowsPerStrip : kind.rowsPerStrip;
+                TIFFWriteEncodedStrip(file, piece, samples.data(), TIFFVStripSize(file, uint32_t(rows)));
+            }
+        }
+        TIFFWriteDirectory(file);
+    }
+    TIFFClose(file);
+    QFile result(path);
+    return result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
+}
+
+QByteArray bmp(int width, int height, int bits, bool isFromTop)
+{
+    constexpr int headers = 14 + 40;
+    const int colors = bits <= bitsPerByte ? 1 << bits : 0;
+    const int lineSize = (width * bits + 31) / 32 * 4;
+    return "BM" + littleEndian(quint32(headers + 4 * colors + lineSize * height), 4) + littleEndian(0, 4)
+        + littleEndian(quint32(headers + 4 * colors), 4) + littleEndian(40, 4) + littleEndian(quint32(width), 4)
+        + littleEndian(quint32(isFromTop ? -height : height), 4) + littleEndian(1, 2) + littleEndian(quint32(bits), 2)
+        + littleEndian(0, 4) + littleEndian(quint32(lineSize * height), 4) + littleEndian(2835, 4)
+        + littleEndian(2835, 4) + littleEndian(quint32(colors), 4) + littleEndian(0, 4) + randomBytes(4 * colors, 1)
+        + randomBytes(lineSize * height);
+}
+
+QByteArray encoded(const char *extension, const cv::Mat &mat, const std::vector<int> &parameters)
+{
+    std::vector<uchar> bytes;
+    cv::imencode(extension, mat, bytes, parameters);
+    return {reinterpret_cast<const char *>(bytes.data()), int(bytes.size())};
+}
+
+QByteArray bigEndian(quint32 value, int bytes)
+{
+    QByteArray result;
+    for (int shift = bitsPerByte * (bytes - 1); shift >= 0; shift -= bitsPerByte)
+        result.append(char(value >> shift));
+    return result;
+}
+
+QByteArray littleEndian(quint32 value, int bytes)
+{
+    QByteArray result;
+    for (int shift = 0; shift < bitsPerByte * bytes; shift += bitsPerByte)
+        result.append(char(value >> shift));
+    return result;
+}
+
+QByteArray pngChunk(const QByteArray &type, const QByteArray &payload)
+{
+    const QByteArray checked = type + payload;
+    const auto checksum = crc32(0, reinterpret_cast<const Bytef *>(checked.constData()), uInt(checked.size()));
+    return bigEndian(quint32(payload.size()), 4) + checked + bigEndian(quint32(checksum), 4);
+}
+
+std::vector<JpegPiece> jpegPieces(const QByteArray &jpeg)
+{
+    const auto byteAt = [&jpeg](int at) { return at < jpeg.size() ? int(uchar(jpeg[at])) : 0; };
+    const auto isMarker = [&](int at) { return byteAt(at) == 0xFF && byteAt(at + 1) != 0 && byteAt(at + 1) != 0xFF; };
+    std::vector<JpegPiece> pieces;
+    for (int at = 0; at < jpeg.size();) {
+        int end = at + 2;
+        if (!isMarker(at)) {
+            for (end = at + 1; end < jpeg.size() && !isMarker(end);)
+                ++end;
+            pieces.push_back({0, jpeg.mid(at, end - at)});
+        } else {
+            const int marker = byteAt(at + 1);
+            if (marker < 0xD0 || marker > 0xD9)
+                end += byteAt(at + 2) * 256 + byteAt(at + 3);
+            pieces.push_back({marker, jpeg.mid(at, end - at)});
+        }
+        at = end;
+    }
+    return pieces;
+}
+
+QByteArray joined(const std::vector<JpegPiece> &pieces)
+{
+    QByteArray bytes;
+    for (const JpegPiece &piece : pieces)
+        bytes += piece.bytes;
+    return bytes;
+}
+
+} // namespace EncodedImages

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+
+#include <opencv2/core.hpp>
+
+#include <vector>
+
+/// Image files of the kinds that OpenCV does not write, and their pieces.
+namespace EncodedImages {
+
+/// A JPEG as a camera might make it.
+struct Jpeg
+{
+    enum Colors { Gray, YCbCr, Rgb, Cmyk, Ycck };
+
+    Colors colors = YCbCr;
+    int horizontalSampling = 1; ///< of the first component; the others have 1
+    int verticalSampling = 1;
+    int quality = 92;
+    int restartInterval = 0; ///< in units of coding; 0 for none
+    bool isProgressive = false;
+    bool hasSeparateScans = false; ///< one for each component
+    bool isArithmetic = false;
+};
+QByteArray jpeg(const cv::Mat &bgr, const Jpeg &kind = {});
+
+/// A PNG of random samples, so that each is seen.
+struct Png
+{
+    int colorType = 2; ///< as in the file
+    int bits = 8; ///< of a sample
+    bool isInterlaced = false;
+    bool hasTransparency = false; ///< in a chunk of its own
+};
+QByteArray png(int width, int height, const Png &kind);
+
+struct Tiff
+{
+    int compression = 1; ///< as in the file
+    int bits = 8; ///< of a sample
+    int samples = 3;
+    int photometric = 2; ///< as in the file
+    int rowsPerStrip = 16;
+    int tileSide = 0; ///< 0 for strips
+    bool isPlanar = false;
+    int orientation = 1;
+    int pages = 1;
+    bool isBig = false; ///< 64-bit offsets
+};
+QByteArray tiff(int width, int height, const Tiff &kind);
+
+/// A BMP of random pixels.
+QByteArray bmp(int width, int height, int bits, bool isFromTop = false);
+
+/// By OpenCV, by the extension.
+QByteArray encoded(const char *extension, const cv::Mat &mat, const std::vector<int> &parameters = {});
+
+// --- pieces
+
+QByteArray bigEndian(quint32 value, int bytes);
+QByteArray littleEndian(quint32 value, int bytes);
+QByteArray pngChunk(const QByteArray &type, const QByteArray &payload);
+
+/// A piece of a JPEG file: a marker with its segment, or coded data.
+struct JpegPiece
+{
+    int marker = 0; ///< 0 for coded data
+    QByteArray bytes; ///< with the marker
+};
+std::vector<JpegPiece> jpegPieces(const QByteArray &jpeg);
+QByteArray joined(const std::vector<JpegPiece> &pieces);
+
+} // namespace EncodedImages

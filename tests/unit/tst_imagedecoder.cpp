@@ -1,0 +1,360 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "EncodedImages.h"
+#include "FiberInspection/AnalyserPrivate.h"
+#include "LogCapture.h"
+
+#include <QtTest>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <random>
+
+using namespace FiberInspection;
+using namespace EncodedImages;
+
+namespace {
+bool areEqual(const cv::Mat &a, const cv::Mat &b)
+{
+    return a.size() == b.size() && a.type() == b.type() && (a.empty() || cv::norm(a, b, cv::NORM_INF) == 0);
+}
+
+/// A photograph-like picture: smooth in its large parts, noisy in its small ones.
+cv::Mat photograph(int rows = 93, int cols = 131)
+{
+    std::mt19937 random(5);
+    cv::Mat mat(rows, cols, CV_8UC3);
+    for (int row = 0; row < rows; ++row) {
+        for (int col = 0; col < cols; ++col) {
+            mat.at<cv::Vec3b>(row, col) = cv::Vec3b(uchar((unsigned(row) * 3 + random() % 30) % 256),
+                uchar((unsigned(col) * 2 + random() % 30) % 256), uchar((unsigned(row + col) + random() % 30) % 256));
+        }
+    }
+    return mat;
+}
+
+int silentErrorHandler(int, const char *, const char *, const char *, int, void *)
+{
+    return 0;
+}
+} // namespace
+
+class TestImageDecoder : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir mDir;
+    QScopedPointer<LogCapture> mUnreadLog;
+
+    QString stored(const QByteArray &bytes) const
+    {
+        const QString path = mDir.filePath(QStringLiteral("image"));
+        QFile::remove(path);
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
+    }
+
+    cv::Mat loaded(const QByteArray &bytes) const { return AnalyserPrivate::loadImage(stored(bytes)); }
+
+    QString problemOf(const QByteArray &bytes) const
+    {
+        QString problem;
+        AnalyserPrivate::loadImage(stored(bytes), &problem);
+        return problem;
+    }
+
+    cv::Mat reference(const QByteArray &bytes) const
+    {
+        return cv::imread(stored(bytes).toStdString(), cv::IMREAD_COLOR);
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(mDir.isValid());
+        cv::redirectError(silentErrorHandler);
+    }
+    void init() { mUnreadLog.reset(new LogCapture); }
+    void cleanup() { mUnreadLog.reset(); }
+
+    void jpegPixelsAreThoseOfOpenCv_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const cv::Mat picture = photograph();
+        const std::pair<const char *, Jpeg::Colors> colors[] = {{"grey", Jpeg::Gray}, {"colour", Jpeg::YCbCr},
+            {"RGB", Jpeg::Rgb}, {"CMYK", Jpeg::Cmyk}, {"YCCK", Jpeg::Ycck}};
+        const std::pair<int, int> samplings[] = {{1, 1}, {2, 1}, {1, 2}, {2, 2}, {4, 1}, {4, 2}};
+        for (const auto &[name, color] : colors) {
+            for (const auto &[horizontal, vertical] : samplings) {
+                if (color >= Jpeg::Cmyk && horizontal * vertical > 4) // more than ten blocks in a unit of coding
+                    continue;
+                for (const int restartInterval : {0, 1, 5}) {
+                    Jpeg kind;
+                    kind.colors = color;
+                    kind.horizontalSampling = horizontal;
+                    kind.verticalSampling = vertical;
+                    kind.restartInterval = restartInterval;
+                    const auto add = [&, name = name, horizontal = horizontal, vertical = vertical](const char *scans) {
+                        QTest::addRow("%s %dx%d %s, restarts %d", name, horizontal, vertical, scans, restartInterval)
+                            << jpeg(picture, kind);
+                    };
+                    add("one scan");
+                    kind.hasSeparateScans = true;
+                    add("separate scans");
+                    kind.hasSeparateScans = false;
+                    kind.isProgressive = true;
+                    add("progressive");
+                }
+            }
+        }
+        Jpeg coarse;
+        coarse.quality = 3;
+        QTest::newRow("lowest quality") << jpeg(picture, coarse);
+        coarse.quality = 100;
+        QTest::newRow("highest quality") << jpeg(picture, coarse);
+        for (int side = 1; side <= 17; ++side)
+            QTest::addRow("%d pixels wide and high", side) << jpeg(photograph(side, side));
+
+        // Cameras leave out the tables that everybody knows.
+        std::vector<JpegPiece> pieces = jpegPieces(jpeg(picture));
+        pieces.erase(
+            std::remove_if(pieces.begin(), pieces.end(), [](const JpegPiece &piece) { return piece.marker == 0xC4; }),
+            pieces.end());
+        QTest::newRow("without Huffman tables") << joined(pieces);
+    }
+    void jpegPixelsAreThoseOfOpenCv()
+    {
+        QFETCH(QByteArray, bytes);
+        const cv::Mat expected = reference(bytes);
+
+        QVERIFY(!expected.empty());
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+        QCOMPARE(problemOf(bytes), QString());
+    }
+
+    void pngPixelsAreThoseOfOpenCv_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const std::pair<int, std::vector<int>> types[] = {
+            {0, {1, 2, 4, 8, 16}}, {2, {8, 16}}, {3, {1, 2, 4, 8}}, {4, {8, 16}}, {6, {8, 16}}};
+        for (const auto &[colorType, depths] : types) {
+            for (const int bits : depths) {
+                for (const bool isInterlaced : {false, true}) {
+                    for (const bool hasTransparency : {false, true}) {
+                        if (hasTransparency && colorType >= 4) // has an alpha channel
+                            continue;
+                        QTest::addRow("type %d, %d bits%s%s", colorType, bits, isInterlaced ? ", interlaced" : "",
+                            hasTransparency ? ", transparent" : "")
+                            << png(37, 29, {colorType, bits, isInterlaced, hasTransparency});
+                    }
+                }
+            }
+        }
+    }
+    void pngPixelsAreThoseOfOpenCv()
+    {
+        QFETCH(QByteArray, bytes);
+        const cv::Mat expected = reference(bytes);
+
+        QVERIFY(!expected.empty());
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void tiffPixelsAreThoseOfOpenCv_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        for (const int compression : {1, 5, 8, 32773}) {
+            for (const int bits : {8, 16}) {
+                for (const int samples : {1, 3, 4}) {
+                    for (const int tileSide : {0, 32}) {
+                        Tiff kind;
+                        kind.compression = compression;
+                        kind.bits = bits;
+                        kind.samples = samples;
+                        kind.photometric = samples == 1 ? 1 : 2;
+                        kind.tileSide = tileSide;
+                        QTest::addRow(
+                            "compression %d, %d x %d bits%s", compression, samples, bits, tileSide > 0 ? ", tiles" : "")
+                            << tiff(75, 50, kind);
+                    }
+                }
+            }
+        }
+        Tiff kind;
+        kind.samples = 1;
+        kind.photometric = 0;
+        QTest::newRow("white is 0") << tiff(75, 50, kind);
+        kind.photometric = 3;
+        QTest::newRow("palette") << tiff(75, 50, kind);
+        kind.bits = 1;
+        kind.photometric = 1;
+        QTest::newRow("bilevel") << tiff(75, 50, kind);
+        kind = {};
+        kind.rowsPerStrip = 1000;
+        QTest::newRow("one strip") << tiff(75, 50, kind);
+        kind = {};
+        kind.isPlanar = true;
+        QTest::newRow("planes") << tiff(75, 50, kind);
+        kind = {};
+        kind.isBig = true;
+        QTest::newRow("64-bit offsets") << tiff(75, 50, kind);
+        for (int orientation = 2; orientation <= 8; ++orientation) {
+            kind = {};
+            kind.orientation = orientation;
+            QTest::addRow("orientation %d", orientation) << tiff(75, 50, kind);
+        }
+    }
+    void tiffPixelsAreThoseOfOpenCv()
+    {
+        QFETCH(QByteArray, bytes);
+
+        QVERIFY2(areEqual(loaded(bytes), reference(bytes)), qPrintable(problemOf(bytes)));
+    }
+
+    void plainPixelsAreThoseOfOpenCv_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        for (const int bits : {1, 4, 8, 16, 24, 32}) {
+            QTest::addRow("BMP of %d bits", bits) << bmp(37, 29, bits);
+            QTest::addRow("BMP of %d bits, from the top", bits) << bmp(37, 29, bits, true);
+        }
+        QTest::newRow("P1") << QByteArray("P1\n# bits\n5 2\n10110\n0 1 1 0 1\n");
+        QTest::newRow("P2") << QByteArray("P2 3 2 15\n0 1 2\n# grey\n13 14 15\n");
+        QTest::newRow("P3") << QByteArray("P3\n2 1\n255\n1 2 3 250 251 252\n");
+        QTest::newRow("P4") << QByteArray("P4\n12 2\n\xA5\xF0\x5A\x0F", 13);
+        QTest::newRow("P5") << QByteArray("P5\n3 2\n255\nabcdef");
+        QTest::newRow("P5 of 16 bits") << QByteArray("P5\n3 1\n65535\nabcdef");
+        QTest::newRow("P6") << QByteArray("P6\n# a comment\n2 1\n255\nabcdef");
+    }
+    void plainPixelsAreThoseOfOpenCv()
+    {
+        QFETCH(QByteArray, bytes);
+        const cv::Mat expected = reference(bytes);
+
+        QVERIFY(!expected.empty());
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void webpPixelsAreThoseOfOpenCv()
+    {
+        std::mt19937 random(9);
+        const cv::Mat picture = photograph(160, 200);
+        for (int i = 0; i < 600; ++i) {
+            const auto below = [&](int limit) { return int(random() % unsigned(limit)); };
+            const cv::Rect part(below(80), below(80), 1 + below(100), 1 + below(70));
+            cv::Mat mat = i % 10 == 0 ? cv::Mat(part.size(), CV_8UC3, cv::Scalar::all(i % 256)) : picture(part).clone();
+            if (i % 4 == 0) {
+                cv::cvtColor(mat, mat, cv::COLOR_BGR2BGRA);
+                cv::Mat alpha(mat.size(), CV_8UC1);
+                cv::randu(alpha, 0, 256);
+                cv::insertChannel(alpha, mat, 3);
+            }
+            const QByteArray bytes = encoded(".webp", mat, {cv::IMWRITE_WEBP_QUALITY, 1 + below(101)});
+
+            QVERIFY2(areEqual(loaded(bytes), reference(bytes)), qPrintable(problemOf(bytes)));
+        }
+    }
+
+    void refusalsHaveAReason_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        const auto row = [](const char *name, const QByteArray &bytes, const char *reason) {
+            QTest::newRow(name) << bytes << QString::fromUtf8(reason);
+        };
+        const cv::Mat picture = photograph();
+        const QByteArray plain = jpeg(picture);
+        const int half = plain.size() / 2;
+        row("half a JPEG with an end", plain.left(half) + "\xFF\xD9",
+            "the image data is damaged: Corrupt JPEG data: premature end of data segment");
+        row("left-over JPEG data", plain.left(plain.size() - 2) + "more than enough of it\xFF\xD9",
+            "the image data is damaged: Corrupt JPEG data: ");
+
+        Jpeg kind;
+        kind.isArithmetic = true;
+        row("arithmetic coding", jpeg(picture, kind), "this kind of JPEG is not supported");
+
+        std::vector<JpegPiece> pieces = jpegPieces(plain);
+        const auto frame =
+            std::find_if(pieces.begin(), pieces.end(), [](const JpegPiece &piece) { return piece.marker == 0xC0; });
+        pieces.insert(frame, *frame);
+        row("two frame headers", joined(pieces), "the file has more than one frame header");
+        pieces = jpegPieces(plain);
+        pieces.insert(pieces.end() - 1, {0xDC, QByteArray("\xFF\xDC\0\4\0\x5D", 6)});
+        row("number of lines", joined(pieces), "the file tells its number of lines behind the image");
+
+        row("two pages",
+            tiff(20, 20,
+                [] {
+                    Tiff two;
+                    two.pages = 2;
+                    return two;
+                }()),
+            "the file holds more than one page");
+        row("fax",
+            tiff(20, 20,
+                [] {
+                    Tiff fax;
+                    fax.compression = 4;
+                    fax.bits = 1;
+                    fax.samples = 1;
+                    fax.photometric = 0;
+                    return fax;
+                }()),
+            "TIFF compression 4 is not supported");
+        row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
+            "BMP compression 1 is not supported");
+
+        const QByteArray whole = png(20, 20, {});
+        const int end = whole.size() - 12;
+        row("animated PNG", whole.left(33) + pngChunk("acTL", bigEndian(2, 4) + bigEndian(0, 4)) + whole.mid(33),
+            "the file holds an animation");
+        row("PNG with two headers", whole.left(33) + whole.mid(8, 25) + whole.mid(33),
+            "the file does not begin with its one header");
+        row("PNG with more pixels than lines", whole.left(16) + bigEndian(20, 4) + bigEndian(19, 4) + whole.mid(24),
+            "the image data is damaged: IHDR: CRC error");
+        row("PNG without its end", whole.left(end), "the image is incomplete");
+
+        const QByteArray still = encoded(".webp", picture);
+        const QByteArray frames = "ANMF" + littleEndian(16, 4) + QByteArray(16, '\0');
+        const QByteArray canvas =
+            "VP8X" + littleEndian(10, 4) + littleEndian(2, 4) + littleEndian(130, 3) + littleEndian(92, 3);
+        row("animated WebP",
+            "RIFF" + littleEndian(quint32(4 + canvas.size() + frames.size()), 4) + "WEBP" + canvas + frames,
+            "the file holds an animation");
+        row("two images in a WebP",
+            "RIFF" + littleEndian(quint32(4 + 2 * (still.size() - 12)), 4) + "WEBP" + still.mid(12) + still.mid(12),
+            "the file holds more than one image");
+        row("GIF", "GIF89a", "not an image of a known format");
+        row("SVG", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>",
+            "not an image of a known format");
+        row("PAM", "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nMAXVAL 255\nENDHDR\nx", "not an image of a known format");
+        row("HDR", "#?RADIANCE\n", "not an image of a known format");
+        row("JPEG 2000", QByteArray("\0\0\0\x0CjP  \r\n\x87\n", 12), "not an image of a known format");
+    }
+    void refusalsHaveAReason()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+
+        const QString problem = problemOf(bytes);
+
+        QVERIFY2(problem.startsWith(reason), qPrintable(problem));
+    }
+
+    void theReasonComesToTheRecord()
+    {
+        const QByteArray whole = jpeg(photograph());
+        InspectionRecord record;
+
+        AnalyserPrivate::analyse(Standard::IEC61300_3_35_MM, stored(whole.left(whole.size() / 2) + "\xFF\xD9"),
+            Device::ks20(), 1.0F, false, &record);
+
+        QCOMPARE(record.reason, QStringLiteral("Failed to load image"));
+        QCOMPARE(record.detail,
+            QStringLiteral("the image data is damaged: Corrupt JPEG data: premature end of data segment"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestImageDecoder)
+#include "tst_imagedecoder.moc"

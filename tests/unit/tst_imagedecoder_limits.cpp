@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "EncodedImages.h"
+#include "FiberInspection/Analyser.h"
+#include "FiberInspection/AnalyserPrivate.h"
+#include "ForkedChild.h"
+#include "LogCapture.h"
+#include "WorkTimer.h"
+
+#include <QtTest>
+
+#include <opencv2/imgcodecs.hpp>
+
+#include <limits>
+#include <malloc.h>
+
+using namespace FiberInspection;
+using namespace EncodedImages;
+
+namespace {
+constexpr qint64 mebibyte = 1024 * 1024;
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr qint64 instrumentation = 512; // mebibytes that are kept after they were freed
+constexpr double slowness = 8;
+#else
+constexpr qint64 instrumentation = 0;
+constexpr double slowness = 1;
+#endif
+
+/// A value of /proc/self/status, in bytes.
+qint64 memory(const char *name)
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return -1;
+    const QByteArray content = status.readAll();
+    const int at = content.indexOf(name);
+    return at < 0 ? -1 : content.mid(at).simplified().split(' ').value(1).toLongLong() * 1024;
+}
+
+bool forgetPeak()
+{
+    QFile control(QStringLiteral("/proc/self/clear_refs"));
+    return control.open(QIODevice::WriteOnly) && control.write("5") == 1 && control.flush();
+}
+
+QByteArray replaced(QByteArray bytes, int at, const QByteArray &piece)
+{
+    return bytes.replace(at, piece.size(), piece);
+}
+
+cv::Mat plainPicture(int rows, int cols)
+{
+    return {rows, cols, CV_8UC3, cv::Scalar(90, 120, 150)};
+}
+
+/// A JPEG that declares another size than its data have.
+QByteArray jpegOfSize(const QByteArray &jpeg, int marker, quint32 width, quint32 height)
+{
+    const QByteArray frame = QByteArray("\xFF") + char(marker);
+    return replaced(jpeg, jpeg.indexOf(frame) + 5, bigEndian(height, 2) + bigEndian(width, 2));
+}
+
+QByteArray withoutData(const QByteArray &jpeg)
+{
+    std::vector<JpegPiece> pieces = jpegPieces(jpeg);
+    pieces.erase(std::remove_if(pieces.begin(), pieces.end(), [](const JpegPiece &piece) { return piece.marker == 0; }),
+        pieces.end());
+    return joined(pieces);
+}
+
+QByteArray withSecondFrameHeader()
+{
+    std::vector<JpegPiece> pieces = jpegPieces(jpeg(plainPicture(16, 16)));
+    const auto isFrame = [](const JpegPiece &piece) { return piece.marker == 0xC0; };
+    const JpegPiece small = *std::find_if(pieces.begin(), pieces.end(), isFrame);
+    pieces.insert(pieces.end() - 1, small);
+    return jpegOfSize(joined(pieces), 0xC0, 32000, 32000);
+}
+
+/// Scans that are allowed and bring nothing new: coefficients of the luminance, once more.
+QByteArray withScans(int rows, int cols, int scans)
+{
+    Jpeg kind;
+    kind.isProgressive = true;
+    std::vector<JpegPiece> pieces = jpegPieces(jpeg(plainPicture(rows, cols), kind));
+    const auto isScan = [](const JpegPiece &piece) { return piece.marker == 0xDA; };
+    const int present = int(std::count_if(pieces.begin(), pieces.end(), isScan));
+    const auto scan = std::find_if(pieces.begin(), pieces.end(),
+        [&](const JpegPiece &piece) { return isScan(piece) && piece.bytes.size() == 10 && piece.bytes[5] == 1; });
+    JpegPiece again = *scan;
+    again.bytes.replace(7, 3, QByteArray("\1\x3F\0", 3)); // all frequencies, all bits
+    const QByteArray data = (scan + 1)->bytes;
+    const JpegPiece end = pieces.back();
+    pieces.pop_back();
+    for (int i = present; i < scans; ++i) {
+        pieces.push_back(again);
+        pieces.push_back({0, data});
+    }
+    pieces.push_back(end);
+    return joined(pieces);
+}
+
+QByteArray pngOfSize(quint32 width, quint32 height, const QByteArray &chunks)
+{
+    return "\x89PNG\r\n\x1A\n"
+        + pngChunk("IHDR", bigEndian(width, 4) + bigEndian(height, 4) + QByteArray("\x8\0\0\0\0", 5)) + chunks
+        + pngChunk("IEND", {});
+}
+
+/// Zlib's form, without Qt's length before it.
+QByteArray deflated(const QByteArray &bytes, int level = 1)
+{
+    return qCompress(bytes, level).mid(4);
+}
+
+QByteArray pngWithTexts(int count)
+{
+    const QByteArray text = pngChunk("zTXt", QByteArray("a\0\0", 3) + deflated(QByteArray(7000000, 'x'), 9));
+    return pngOfSize(8, 8, text.repeated(count) + pngChunk("IDAT", deflated(QByteArray(8 * 9, '\0'))));
+}
+
+QByteArray tiffTag(int tag, quint32 value)
+{
+    return bigEndian(quint32(tag), 2) + bigEndian(4, 2) + bigEndian(1, 4) + bigEndian(value, 4);
+}
+
+/// An image of 64 x 64 grey pixels in one deflated tile.
+QByteArray tiffWithTile(quint32 side, int dataSize = 4000000)
+{
+    const QByteArray data = deflated(QByteArray(dataSize, '\0'));
+    const QByteArray header = QByteArray("MM\0\x2A", 4) + bigEndian(8, 4);
+    const QByteArray tags = tiffTag(256, 64) + tiffTag(257, 64) + tiffTag(258, 8) + tiffTag(259, 8) + tiffTag(262, 1)
+        + tiffTag(277, 1) + tiffTag(322, side) + tiffTag(323, side) + tiffTag(324, 200)
+        + tiffTag(325, quint32(data.size()));
+    return (header + bigEndian(10, 2) + tags + bigEndian(0, 4)).leftJustified(200, '\0') + data;
+}
+} // namespace
+
+class TestImageDecoderLimits : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir mDir;
+    QScopedPointer<LogCapture> mUnreadLog;
+
+    QString stored(const QByteArray &bytes) const
+    {
+        const QString path = mDir.filePath(QStringLiteral("image"));
+        QFile::remove(path);
+        QFile file(path);
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() ? path : QString();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        constexpr int large = 64 * 1024; // bytes
+        QVERIFY(mDir.isValid());
+        QVERIFY(mallopt(M_MMAP_THRESHOLD, large) != 0); // what was freed is gone, and not there to be used again
+    }
+    void init() { mUnreadLog.reset(new LogCapture); }
+    void cleanup() { mUnreadLog.reset(); }
+
+    void maliciousFilesCostLittle_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("memoryLimit"); // mebibytes
+        QTest::newRow("JPEG with a second frame header") << withSecondFrameHeader() << 16;
+        QTest::newRow("JPEG of 8190 x 8190 without data")
+            << jpegOfSize(withoutData(jpeg(plainPicture(16, 16))), 0xC0, 8190, 8190) << 16;
+        QTest::newRow("JPEG of 4000 x 4000 without data")
+            << jpegOfSize(withoutData(jpeg(plainPicture(16, 16))), 0xC0, 4000, 4000) << 16;
+        Jpeg progressive;
+        progressive.isProgressive = true;
+        QTest::newRow("progressive JPEG of 4000 x 4000 without data")
+            << jpegOfSize(withoutData(jpeg(plainPicture(16, 16), progressive)), 0xC2, 4000, 4000) << 16;
+        QTest::newRow("JPEG with 10,000 scans") << withScans(1024, 1024, 10000) << 16;
+        constexpr int large = 8000;
+        QTest::newRow("PNG with a second header") << pngOfSize(large, large,
+            pngChunk("IDAT", deflated(QByteArray(large * (large + 1), '\0')))
+                + pngChunk("IHDR", bigEndian(8, 4) + bigEndian(8, 4) + QByteArray("\x8\0\0\0\0", 5)))
+                                                  << 16;
+        QTest::newRow("PNG with 2,000 compressed texts") << pngWithTexts(2000) << 64; // 14 MiB are the file itself
+        QTest::newRow("PNG with 100,000 chunks") << pngOfSize(8, 8, pngChunk("IDAT", {}).repeated(100000)) << 16;
+        QTest::newRow("TIFF with a tile of 32752 x 32752") << tiffWithTile(32752) << 16;
+    }
+    void maliciousFilesCostLittle()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, memoryLimit);
+
+        const Cost cost = costOfLoading(bytes);
+
+        QVERIFY2(cost.peak <= (memoryLimit + instrumentation) * mebibyte, cost.text.constData());
+        QVERIFY2(cost.seconds <= 1 * slowness, cost.text.constData());
+        QVERIFY2(cost.pixels <= 64, cost.text.constData());
+    }
+
+    void theLargestImagesStayInTheirBudget_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        constexpr int side = 4096;
+        const cv::Mat large = plainPicture(side, side);
+        Jpeg kind;
+        QTest::newRow("JPEG") << jpeg(large, kind);
+        kind.isProgressive = true;
+        QTest::newRow("progressive JPEG") << jpeg(large, kind);
+        QTest::newRow("progressive JPEG with as many scans as there may be") << withScans(side, side, 100);
+        kind.colors = Jpeg::Cmyk;
+        QTest::newRow("progressive JPEG of four components") << jpeg(large, kind);
+        const auto deepPng = [](bool isInterlaced) {
+            const int lines = isInterlaced ? side / 8 * 15 : side; // of all seven passes
+            const QByteArray data = deflated(QByteArray(side * 8 * side + lines, '\0'));
+            return "\x89PNG\r\n\x1A\n"
+                + pngChunk("IHDR",
+                    bigEndian(side, 4) + bigEndian(side, 4) + QByteArray("\x10\x6\0\0", 4) + char(isInterlaced ? 1 : 0))
+                + pngChunk("IDAT", data) + pngChunk("IEND", {});
+        };
+        QTest::newRow("PNG of 64 bits") << deepPng(false);
+        QTest::newRow("interlaced PNG of 64 bits") << deepPng(true);
+        QTest::newRow("WebP") << encoded(".webp", large, {cv::IMWRITE_WEBP_QUALITY, 50});
+        QTest::newRow("lossless WebP") << encoded(
+            ".webp", large(cv::Rect(0, 0, side, side / 4)), {cv::IMWRITE_WEBP_QUALITY, 101});
+        QTest::newRow("TIFF of one tile") << tiffWithTile(side, side * side);
+    }
+    void theLargestImagesStayInTheirBudget()
+    {
+        QFETCH(QByteArray, bytes);
+
+        const Cost cost = costOfLoading(bytes);
+
+        QVERIFY2(cost.peak <= (400 + instrumentation) * mebibyte, cost.text.constData());
+        QVERIFY2(cost.seconds <= 8 * slowness, cost.text.constData());
+        QVERIFY(cost.pixels > 0);
+    }
+
+    void theLimitOfPixelsIsSettable()
+    {
+        const QByteArray bytes = jpeg(plainPicture(100, 100));
+        const qint64 before = Analyser::maxImagePixels();
+        QCOMPARE(before, qint64(4096 * 4096));
+
+        Analyser::setMaxImagePixels(9999);
+        const bool isRefused = AnalyserPrivate::loadImage(stored(bytes)).empty();
+        Analyser::setMaxImagePixels(10000);
+        const bool isRead = !AnalyserPrivate::loadImage(stored(bytes)).empty();
+        Analyser::setMaxImagePixels(before);
+
+        QVERIFY(isRefused);
+        QVERIFY(isRead);
+    }
+
+private:
+    struct Cost
+    {
+        qint64 peak = std::numeric_limits<qint64>::max(); ///< bytes above what was there before
+        double seconds = 0;
+        qint64 pixels = 0;
+        QByteArray text;
+    };
+
+    /// Of a process that does nothing else.
+    Cost costOfLoading(const QByteArray &bytes)
+    {
+        const QString path = stored(bytes);
+        const ForkedChild child = ForkedChild::run(
+            [&path]() {
+                const LogCapture log;
+                const bool isReset = forgetPeak();
+                const qint64 before = memory("VmRSS:");
+                const WorkTimer timer;
+                const cv::Mat mat = AnalyserPrivate::loadImage(path);
+                std::fprintf(stderr, "\n%lld %.3f %lld", static_cast<long long>(memory("VmHWM:") - before),
+                    timer.seconds(), static_cast<long long>(mat.total()));
+                return isReset ? 0 : 1;
+            },
+            120);
+        mUnreadLog.reset();
+        Cost cost;
+        const QList<QByteArray> figures = child.standardError.split('\n').last().split(' ');
+        if (child.exitCode == 0 && figures.size() == 3)
+            cost = {figures[0].toLongLong(), figures[1].toDouble(), figures[2].toLongLong(), {}};
+        cost.text = QByteArray::number(bytes.size()) + " bytes: " + QByteArray::number(cost.peak / mebibyte) + " MiB, "
+            + QByteArray::number(cost.seconds) + " s";
+        qInfo("%s", cost.text.constData());
+        return cost;
+    }
+};
+
+QTEST_GUILESS_MAIN(TestImageDecoderLimits)
+#include "tst_imagedecoder_limits.moc"
