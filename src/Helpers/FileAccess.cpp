@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/FileAccess_p.h"
 
+#include <QDebug>
 #include <QFile>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -11,13 +16,21 @@ namespace FileAccess {
 
 namespace {
 constexpr mode_t defaultMode = 0666; // the umask takes its part
-constexpr mode_t readableForAll = 0644;
-constexpr mode_t permissionBits = 0777;
+constexpr mode_t permissionBits = 07777;
+constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
+constexpr char uniqueSuffix[] = ".XXXXXX"; // nobody can guess what takes its place
 
-mode_t modeOf(int descriptor)
+struct stat statusOf(int descriptor)
 {
     struct stat status = {};
-    return fstat(descriptor, &status) == 0 ? status.st_mode : 0;
+    if (fstat(descriptor, &status) != 0)
+        status = {};
+    return status;
+}
+
+bool isOwn(const struct stat &status)
+{
+    return status.st_uid == 0 || status.st_uid == geteuid();
 }
 
 int openPath(const QString &path, int flags, mode_t mode = 0)
@@ -38,19 +51,90 @@ bool handOver(int descriptor, QFile *file, QIODevice::OpenMode mode)
 
 int regularOrClosed(int descriptor)
 {
-    if (descriptor < 0 || S_ISREG(modeOf(descriptor)))
+    if (descriptor < 0 || S_ISREG(statusOf(descriptor).st_mode))
         return descriptor;
     ::close(descriptor);
     return -1;
 }
 
-bool createWithMode(const QString &path, mode_t mode, QFile *file)
+Found classify(const struct stat &status)
 {
-    ::unlink(QFile::encodeName(path).constData());
-    const int descriptor = openPath(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
-    if (descriptor >= 0)
-        fchmod(descriptor, mode);
-    return handOver(descriptor, file, QIODevice::WriteOnly);
+    const bool isRegular = S_ISREG(status.st_mode);
+    if (!isOwn(status) || S_ISLNK(status.st_mode) || (status.st_mode & writableByOthers) != 0
+        || (isRegular && status.st_nlink != 1))
+        return Found::Planted;
+    return isRegular ? Found::Ours : Found::Unusable;
+}
+
+Found classifyUnopened(const QByteArray &path)
+{
+    struct stat status = {};
+    if (lstat(path.constData(), &status) != 0)
+        return errno == ENOENT ? Found::Nothing : Found::Unusable;
+    return classify(status) == Found::Planted ? Found::Planted : Found::Unusable;
+}
+
+/// A folder cannot be replaced by a file. One of another user goes to a name of its own, with all that it holds.
+bool moveFolderAside(const QByteArray &path)
+{
+    struct stat status = {};
+    if (lstat(path.constData(), &status) != 0 || !S_ISDIR(status.st_mode) || isOwn(status))
+        return false;
+    QByteArray aside = path + uniqueSuffix;
+    if (!mkdtemp(aside.data()))
+        return false;
+    if (::rename(path.constData(), aside.constData()) != 0) {
+        ::rmdir(aside.constData());
+        return false;
+    }
+    qWarning().noquote() << "Moved a folder of another user aside:" << QFile::decodeName(path);
+    return true;
+}
+
+/// What is renamed takes the place of all but a folder.
+bool renameOver(const QByteArray &from, const QByteArray &to)
+{
+    if (::rename(from.constData(), to.constData()) == 0)
+        return true;
+    return errno == EISDIR && moveFolderAside(to) && ::rename(from.constData(), to.constData()) == 0;
+}
+
+bool syncFolderOf(const QByteArray &path)
+{
+    const QByteArray folder = path.left(path.lastIndexOf('/') + 1);
+    const int descriptor = ::open(folder.isEmpty() ? "." : folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool isSynced = fsync(descriptor) == 0 || errno == EINVAL; // not every file system can
+    ::close(descriptor);
+    return isSynced;
+}
+
+bool isAlready(const QString &path, const QByteArray &bytes, mode_t mode)
+{
+    QFile file;
+    if (!handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW)), &file, QIODevice::ReadOnly))
+        return false;
+    file.setTextModeEnabled(false); // every byte counts
+    const struct stat status = statusOf(file.handle());
+    QByteArray present;
+    const bool isWritable = access(QFile::encodeName(path).constData(), W_OK) == 0; // not on a read-only disk
+    return isWritable && classify(status) == Found::Ours && (status.st_mode & permissionBits) == mode
+        && readAll(&file, bytes.size(), &present) && present == bytes;
+}
+
+bool writeAside(int descriptor, const QByteArray &bytes, mode_t mode)
+{
+    QFile file;
+    return handOver(descriptor, &file, QIODevice::WriteOnly) && fchmod(file.handle(), mode) == 0
+        && writeThrough(&file, bytes);
+}
+
+bool failed(const QString &path, int error)
+{
+    qWarning().noquote()
+        << QStringLiteral("Failed to replace %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)));
+    return false;
 }
 } // namespace
 
@@ -59,45 +143,79 @@ bool openRegular(const QString &path, QFile *file)
     return handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
 }
 
+Found openOurs(const QString &path, QFile *file)
+{
+    // What was opened is what is looked at: a name may mean something else at any time.
+    const int descriptor = openPath(path, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
+    const Found found = descriptor < 0 ? classifyUnopened(QFile::encodeName(path)) : classify(statusOf(descriptor));
+    if (found == Found::Planted)
+        qWarning().noquote() << "Others could have written" << path;
+    if (found == Found::Ours)
+        return handOver(descriptor, file, QIODevice::ReadOnly) ? Found::Ours : Found::Unusable;
+    if (descriptor >= 0)
+        ::close(descriptor);
+    return found;
+}
+
+bool isNothing(const QString &path)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) != 0 && errno == ENOENT;
+}
+
+bool isOwnFile(const QString &path)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode) && isOwn(status);
+}
+
 bool openForWriting(const QString &path, Existing existing, QFile *file)
 {
     const bool appends = existing == Existing::Append;
     const int descriptor =
         openPath(path, O_WRONLY | O_CREAT | O_NONBLOCK | (appends ? O_APPEND : O_TRUNC), defaultMode);
-    if (descriptor >= 0 && !S_ISFIFO(modeOf(descriptor)))
+    if (descriptor >= 0 && !S_ISFIFO(statusOf(descriptor).st_mode))
         fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
     return handOver(descriptor, file, appends ? QIODevice::WriteOnly | QIODevice::Append : QIODevice::WriteOnly);
 }
 
-bool createNew(const QString &path, QFile *file)
+bool createNew(const QString &path, QFile *file, mode_t mode)
 {
-    return createWithMode(path, readableForAll, file);
+    const QByteArray name = QFile::encodeName(path);
+    if (::unlink(name.constData()) != 0 && errno != ENOENT)
+        moveFolderAside(name);
+    const int descriptor = openPath(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+    if (descriptor >= 0)
+        fchmod(descriptor, mode);
+    return handOver(descriptor, file, QIODevice::WriteOnly);
 }
 
-bool copyToNew(QFile *source, const QString &path)
+bool replace(const QString &path, const QByteArray &bytes, mode_t mode)
 {
-    constexpr qint64 pieceSize = 65536;
-    QFile copy;
-    if (!createWithMode(path, modeOf(source->handle()) & permissionBits, &copy))
-        return false;
-    for (;;) {
-        const QByteArray piece = source->read(pieceSize);
-        if (piece.isEmpty())
-            return source->error() == QFileDevice::NoError && writeThrough(&copy, {});
-        if (copy.write(piece) != piece.size())
-            return false;
+    if (isAlready(path, bytes, mode))
+        return true;
+    const QByteArray name = QFile::encodeName(path);
+    QByteArray aside = name + uniqueSuffix;
+    const int descriptor = mkostemp(aside.data(), O_CLOEXEC);
+    if (descriptor < 0)
+        return failed(path, errno);
+    if (!writeAside(descriptor, bytes, mode) || !renameOver(aside, name)) {
+        const int error = errno;
+        ::unlink(aside.constData());
+        return failed(path, error);
     }
-}
-
-bool openForUpdate(const QString &path, QFile *file)
-{
-    const int descriptor = openPath(path, O_RDWR | O_NONBLOCK | O_NOFOLLOW);
-    return handOver(regularOrClosed(descriptor), file, QIODevice::ReadWrite);
+    return syncFolderOf(name) || failed(path, errno);
 }
 
 bool writeThrough(QFile *file, const QByteArray &bytes)
 {
     return file->write(bytes) == bytes.size() && file->flush() && fsync(file->handle()) == 0;
+}
+
+bool readAll(QFile *file, qint64 limit, QByteArray *bytes)
+{
+    *bytes = file->read(limit + 1);
+    return bytes->size() <= limit && file->error() == QFileDevice::NoError;
 }
 
 } // namespace FileAccess

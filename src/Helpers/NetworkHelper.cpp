@@ -79,7 +79,7 @@ bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord 
     const bool isIPv6 = family == DhcpRecord::Family::IPv6;
     const QString fileName = NetworkHelper::getInterfaceIPDetailsFileName(interface, isIPv6);
     QFile file;
-    if (!FileAccess::openRegular(fileName, &file)) {
+    if (FileAccess::openOurs(fileName, &file) != FileAccess::Found::Ours) {
         qWarning() << "Failed to open " << fileName << " for reading";
         return false;
     }

@@ -17,6 +17,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -24,6 +25,8 @@ constexpr quint32 commandTimeout = 3000; // milliseconds, as the following
 constexpr int lockTimeout = 3000;
 constexpr unsigned long lockPoll = 10;
 constexpr qint64 maxServersSize = 1048576; // bytes of a list of name servers
+constexpr mode_t ownPermissions = 0755;
+constexpr mode_t forRootAlone = 0600;
 
 /// The files have fixed names, so there is one writer at a time: of our threads, of all programs, and of the DHCP
 /// client's hook. A writer that does not end, or no right to lock, is no reason to leave the unit without a network.
@@ -32,8 +35,9 @@ class FilesLock
 public:
     FilesLock()
         : mThreads(&mutex())
-        , mDescriptor(::open("/run/ipdetails.lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644))
+        , mDescriptor(::open("/run/ipdetails.lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, forRootAlone))
     {
+        fchmod(mDescriptor, forRootAlone); // whoever may open it may hold it
         const QDeadlineTimer deadline(lockTimeout);
         while (mDescriptor >= 0 && flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && !deadline.hasExpired())
             QThread::msleep(lockPoll);
@@ -87,44 +91,73 @@ void linkExitHook()
         qWarning() << "Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to " << target;
 }
 
-/// Writes /tmp/NAME and moves it to /etc/NAME.
+/// Writes /tmp/NAME, and /etc/NAME in its place: a move between two disks would be neither whole nor durable.
 /// @return false if the file under /tmp could not even be opened
 bool replaceInEtc(const QString &name, const QByteArray &text)
 {
+    const QString source = QStringLiteral("/tmp/") + name;
+    const QString target = QStringLiteral("/etc/") + name;
     QFile file;
-    if (!FileAccess::createNew(QStringLiteral("/tmp/") + name, &file)) {
-        qWarning().noquote() << QStringLiteral("Failed to open /tmp/%1 for writing").arg(name);
+    if (!FileAccess::createNew(source, &file)) {
+        qWarning().noquote() << QStringLiteral("Failed to open %1 for writing").arg(source);
         return false;
     }
-    const bool isWritten = FileAccess::writeThrough(&file, text);
+    const bool isWritten = file.write(text) == text.size() && file.flush();
     file.close();
-    if (!isWritten || !run(QStringLiteral("mv -f /tmp/%1 /etc/%1").arg(name)))
-        qWarning().noquote() << QStringLiteral("Failed to create /etc/%1").arg(name);
+    if (isWritten && FileAccess::replace(target, text))
+        QFile::remove(source);
+    else
+        qWarning().noquote() << QStringLiteral("Failed to create %1").arg(target);
     return true;
 }
 
-/// Copies the present servers; without any the copy is empty.
-bool copyServers(const QString &path)
+struct Servers
 {
-    const QString servers = QStringLiteral("/etc/resolv.dmasq");
+    QByteArray text;
+    mode_t mode = FileAccess::readableForAll;
+};
+
+/// Reads the present servers: none if there is no file, and none if others could have written it.
+bool readServers(Servers *servers)
+{
+    const QString known = QStringLiteral("/etc/resolv.dmasq");
+    const QFileInfo info(known); // in a folder that is root's: a link there is one that we or the hook have made
+    const QString path = info.isSymLink() ? info.symLinkTarget() : known;
     QFile file;
-    if (!QFile::exists(servers))
-        return FileAccess::createNew(path, &file);
-    return FileAccess::openRegular(servers, &file) && file.size() <= maxServersSize
-        && FileAccess::copyToNew(&file, path);
+    const FileAccess::Found found = FileAccess::openOurs(path, &file);
+    if (found == FileAccess::Found::Planted)
+        qWarning().noquote() << "The list of name servers begins anew:" << path;
+    if (found != FileAccess::Found::Ours)
+        return found != FileAccess::Found::Unusable;
+    struct stat status = {};
+    if (fstat(file.handle(), &status) == 0)
+        servers->mode = status.st_mode & ownPermissions;
+    return FileAccess::readAll(&file, maxServersSize, &servers->text);
 }
 
-bool appendServers(const QString &path, const ResolverFile::Entries &wanted)
+/// Writes the present servers and those that are missing among them.
+bool writeServers(const QString &path, const ResolverFile::Entries &wanted, Servers *servers)
 {
     QFile file;
-    if (!copyServers(path) || !FileAccess::openForUpdate(path, &file)) {
+    if (!readServers(servers) || !FileAccess::createNew(path, &file, servers->mode)
+        || !FileAccess::writeThrough(&file, servers->text)) {
         qWarning().noquote() << QStringLiteral("Failed to open %1 for reading").arg(path);
         return false;
     }
-    const QByteArray missing = ResolverFile::missingLines(file.readAll(), wanted);
+    const QByteArray missing = ResolverFile::missingLines(servers->text, wanted);
+    servers->text += missing;
     if (FileAccess::writeThrough(&file, missing))
         return true;
     qWarning().noquote() << QStringLiteral("Failed to write %1").arg(path);
+    return false;
+}
+
+/// A move would go into a folder, also through a link. Where a file of ours is already, nobody else can put one.
+bool preparePlace(const QString &path, const Servers &servers)
+{
+    if (FileAccess::isOwnFile(path) || FileAccess::replace(path, servers.text, servers.mode))
+        return true;
+    qWarning().noquote() << QStringLiteral("Failed to create %1").arg(path);
     return false;
 }
 } // namespace
@@ -133,8 +166,7 @@ bool NetworkHelper::createDhcpClientConfig(quint32 timeout, bool ipv6, QString &
 {
     fileName = ipv6 ? QStringLiteral("/tmp/dhclient6.conf") : QStringLiteral("/tmp/dhclient.conf");
     const FilesLock lock;
-    QFile file;
-    return FileAccess::createNew(fileName, &file) && FileAccess::writeThrough(&file, dhcpClientConfig(timeout, ipv6));
+    return FileAccess::replace(fileName, dhcpClientConfig(timeout, ipv6));
 }
 
 void NetworkHelper::configureSystem()
@@ -166,16 +198,11 @@ bool NetworkHelper::updateSystemDNSServers(const QString &primary, const QString
     }
 
     const FilesLock lock;
-    if (!appendServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted))
+    Servers servers;
+    if (!writeServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted, &servers))
         return false;
-
-    const QFileInfo target(QStringLiteral("/tmp/resolv.dmasq")); // mv would go into a folder, also through a link
-    if (target.isSymLink())
-        QFile::remove(target.filePath());
-    else if (target.isDir()) {
-        qWarning().noquote() << QStringLiteral("Failed to create %1").arg(target.filePath());
+    if (!preparePlace(QStringLiteral("/tmp/resolv.dmasq"), servers))
         return false;
-    }
     if (!run(QStringLiteral("mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq")))
         return false;
     return mIsHardwareSimulation

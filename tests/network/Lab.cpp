@@ -8,6 +8,10 @@
 
 namespace Lab {
 
+namespace {
+const QString asAnother = QStringLiteral("setpriv --reuid=65534 --regid=65534 --clear-groups");
+} // namespace
+
 bool isHere()
 {
     return qEnvironmentVariableIsSet("VANTOR_LAB") && QFileInfo(QStringLiteral("/run/checkout/vantor")).isFile();
@@ -30,6 +34,19 @@ bool succeeds(const QString &line)
     if (run.exitCode != 0)
         qWarning("%s: %d\n%s", qPrintable(line), run.exitCode, run.output.constData());
     return run.exitCode == 0;
+}
+
+bool hasAnotherUser()
+{
+    static const bool hasOne = shell(QStringLiteral("%1 true").arg(asAnother)).exitCode == 0;
+    return hasOne;
+}
+
+bool succeedsAsAnother(const QString &line)
+{
+    QString quoted = line;
+    quoted.replace(QLatin1Char('\''), QLatin1String("'\\''"));
+    return succeeds(QStringLiteral("%1 sh -c '%2'").arg(asAnother, quoted));
 }
 
 QByteArray read(const QString &path)

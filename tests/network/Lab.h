@@ -27,6 +27,12 @@ Run shell(const QString &line);
 /// Whether a line of shell ends with 0; its output is printed if not.
 bool succeeds(const QString &line);
 
+/// Whether there is a second user here: nobody's own namespace has none.
+bool hasAnotherUser();
+
+/// The same as that user, who may do what anybody may.
+bool succeedsAsAnother(const QString &line);
+
 QByteArray read(const QString &path); ///< empty when it cannot be read
 bool write(const QString &path, const QByteArray &bytes);
 

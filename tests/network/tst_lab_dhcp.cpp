@@ -443,6 +443,130 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(QStringLiteral("/tmp/resolv.dmasq")).isSymLink());
     }
 
+    void serversThatOthersCouldHaveWrittenAreNotKept_data()
+    {
+        QTest::addColumn<bool>("byAnother");
+        QTest::addColumn<QString>("command");
+        const auto row = [](const char *name, bool byAnother, const char *command) {
+            QTest::newRow(name) << byAnother << QString::fromUtf8(command);
+        };
+        row("a file of another user", true, "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq");
+        row("what the hook would write", true,
+            "printf 'nameserver %s # dhclient d0 IPv4;\\n' 10.20.0.1 10.20.0.3 >/tmp/resolv.dmasq");
+        row("a file of ours that all may write", false,
+            "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 666 /tmp/resolv.dmasq");
+        row("a second name of a file of ours", false,
+            "echo nameserver 6.6.6.6 >/tmp/other; ln /tmp/other /tmp/resolv.dmasq");
+        row("a link to a file of ours", true, "ln -s /etc/precious /tmp/resolv.dmasq");
+        row("a pipe", true, "mkfifo -m 666 /tmp/resolv.dmasq");
+        row("a folder", true, "mkdir -p /tmp/resolv.dmasq/resolv.dmasq");
+    }
+
+    void serversThatOthersCouldHaveWrittenAreNotKept()
+    {
+        QFETCH(bool, byAnother);
+        QFETCH(QString, command);
+        if (byAnother && !Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::write(QStringLiteral("/etc/precious"), "nameserver 6.6.6.6\n"));
+        QVERIFY(QFile::link(QStringLiteral("/tmp/resolv.dmasq"), servers));
+        QVERIFY(byAnother ? Lab::succeedsAsAnother(command) : Lab::succeeds(command));
+
+        const Lab::Run run = dhclientScript(bound);
+
+        QCOMPARE(Lab::read(servers),
+            QByteArray("nameserver 10.20.0.1 # dhclient d0 IPv4;\nnameserver 10.20.0.3 # dhclient d0 IPv4;\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("find /tmp/resolv.dmasq -type f -uid 0 -perm 644 | grep -q .")));
+        QVERIFY2(run.output.contains("ipdetails: "), run.output.constData());
+    }
+
+    void aFolderOfAnotherUserIsNoRecord()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("mkdir /tmp/ipDetails.d0 && touch /tmp/ipDetails.d0/file")));
+
+        dhclientScript(bound);
+
+        QVERIFY(Lab::read(recordV4).startsWith("ip_address=10.20.0.5\n"));
+        QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1 "));
+    }
+
+    void aRecordOfAnotherUserIsNotRead()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("echo ip_address=6.6.6.6 >/tmp/ipDetails.d0")));
+        IPDetails details;
+        const LogCapture log;
+
+        QVERIFY(!NetworkHelper::getInterfaceIPv4Details(QStringLiteral("d0"), details));
+
+        QVERIFY(!details.address_dirty());
+        QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to open  \"/tmp/ipDetails.d0\"  for reading"));
+    }
+
+    void theConfigurationOfTheClientIsWrittenWholeAndOnce()
+    {
+        QString fileName;
+        QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
+        QVERIFY(Lab::succeeds(QStringLiteral("ln /tmp/dhclient6.conf /tmp/former")));
+        const QDateTime before = QFileInfo(fileName).metadataChangeTime();
+
+        QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
+        QCOMPARE(QFileInfo(fileName).metadataChangeTime(), before);
+
+        QVERIFY(NetworkHelper::createDhcpClientConfig(7, true, fileName));
+        QVERIFY(Lab::read(fileName).endsWith("timeout 7;\n"));
+        QVERIFY(Lab::read(QStringLiteral("/tmp/former")).endsWith("timeout 20;\n")); // who reads it goes on reading it
+    }
+
+    void aFolderOfAnotherUserIsNoConfiguration()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("mkdir /tmp/dhclient7.conf")));
+        QVERIFY(Lab::succeeds(QStringLiteral("rm /tmp/dhclient.conf; mv /tmp/dhclient7.conf /tmp/dhclient.conf")));
+        const LogCapture log;
+        QString fileName;
+
+        QVERIFY(NetworkHelper::createDhcpClientConfig(20, false, fileName));
+
+        QCOMPARE(Lab::read(fileName), QByteArray(configV4));
+        QVERIFY(!log.warnings().filter(fileName).isEmpty());
+    }
+
+    void aServerIsAnAddressAndNothingElse_data()
+    {
+        QTest::addColumn<QString>("named");
+        QTest::newRow("a pattern of files") << QStringLiteral("10.20.0.1 * /etc/pass*");
+        QTest::newRow("a comment") << QStringLiteral("10.20.0.1 #1");
+        QTest::newRow("a port") << QStringLiteral("10.20.0.1 10.20.0.3#5353");
+        QTest::newRow("a name") << QStringLiteral("10.20.0.1 evil.example");
+        QTest::newRow("a second line") << QStringLiteral("'10.20.0.1 10.20.0.3\nnameserver'").remove(QLatin1Char('\''));
+    }
+
+    void aServerIsAnAddressAndNothingElse()
+    {
+        QFETCH(QString, named);
+
+        Lab::shell(QStringLiteral("cd /etc; env interface=d0 reason=BOUND new_ip_address=10.20.0.5 "
+                                  "new_domain_name_servers=$'%1' /sbin/dhclient-script")
+                       .arg(named));
+
+        QCOMPARE(Lab::read(servers).replace("nameserver 10.20.0.3 # dhclient d0 IPv4;\n", ""),
+            QByteArray("nameserver 10.20.0.1 # dhclient d0 IPv4;\n"));
+    }
+
+    void theHookLetsNobodyElseHoldTheLock()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f /run/ipdetails.lock")));
+
+        dhclientScript(bound);
+
+        QVERIFY(Lab::succeeds(QStringLiteral("find /run/ipdetails.lock -perm 600 | grep -q .")));
+    }
+
     void ratherNoRecordThanAnOldOne()
     {
         const LogCapture log;

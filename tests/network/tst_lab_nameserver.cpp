@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <QtTest>
 
+#include <atomic>
+#include <cstdio>
 #include <sys/stat.h>
 #include <thread>
 
@@ -228,9 +230,7 @@ private Q_SLOTS:
 
         NetworkHelper::configureSystem();
 
-        QVERIFY(log.warnings().contains(QStringLiteral("mv -f /tmp/dnsmasq.conf /etc/dnsmasq.conf")));
         QVERIFY(log.warnings().contains(QStringLiteral("Failed to create /etc/dnsmasq.conf")));
-        QVERIFY(log.warnings().contains(QStringLiteral("mv -f /tmp/resolv.conf /etc/resolv.conf")));
         QVERIFY(log.warnings().contains(QStringLiteral("Failed to create /etc/resolv.conf")));
         QCOMPARE(restarts(), 1);
     }
@@ -389,7 +389,9 @@ private Q_SLOTS:
 
         QVERIFY(!update(peer));
 
-        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to create /tmp/resolv.dmasq")));
+        QCOMPARE(log.warnings(),
+            (QStringList{QStringLiteral("Failed to replace /tmp/resolv.dmasq: Is a directory"),
+                QStringLiteral("Failed to create /tmp/resolv.dmasq")}));
         QVERIFY(QDir(QStringLiteral("/tmp/resolv.dmasq")).isEmpty());
         QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.9.9.9\n"));
         QCOMPARE(restarts(), 0);
@@ -420,6 +422,161 @@ private Q_SLOTS:
         QCOMPARE(log.warnings(), (QStringList{command, QStringLiteral("\"no\\n\"")}));
         QCOMPARE(restarts(), 0);
         QCOMPARE(QFileInfo(servers).isSymLink(), program == QLatin1String("systemctl"));
+    }
+
+    void serversThatOthersCouldHaveWrittenAreNotAdopted_data()
+    {
+        QTest::addColumn<bool>("byAnother");
+        QTest::addColumn<QString>("command");
+        const auto row = [](const char *name, bool byAnother, const char *command) {
+            QTest::newRow(name) << byAnother << QString::fromUtf8(command);
+        };
+        row("a file of another user", true, "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq");
+        row("one that all may write", true, "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 666 /tmp/resolv.dmasq");
+        row("a file of ours that all may write", false,
+            "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 666 /tmp/resolv.dmasq");
+        row("a file of ours that the group may write", false,
+            "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 664 /tmp/resolv.dmasq");
+        row("a second name of a file of ours", false,
+            "echo nameserver 6.6.6.6 >/tmp/other; ln /tmp/other /tmp/resolv.dmasq");
+        row("a link to a file of ours", true, "ln -s /etc/precious /tmp/resolv.dmasq");
+        row("a link to nothing", true, "ln -s /etc/new /tmp/resolv.dmasq");
+        row("a pipe", true, "mkfifo -m 666 /tmp/resolv.dmasq");
+        row("a folder", true, "mkdir /tmp/resolv.dmasq");
+        row("a folder that holds something", true, "mkdir -p /tmp/resolv.dmasq/resolv.dmasq.bkp");
+    }
+
+    void serversThatOthersCouldHaveWrittenAreNotAdopted()
+    {
+        QFETCH(bool, byAnother);
+        QFETCH(QString, command);
+        if (byAnother && !Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("systemctl"), "true"));
+        QVERIFY(Lab::write(QStringLiteral("/etc/precious"), "nameserver 6.6.6.6\n"));
+        QVERIFY(QFile::link(QStringLiteral("/tmp/resolv.dmasq"), servers));
+        QVERIFY(byAnother ? Lab::succeedsAsAnother(command) : Lab::succeeds(command));
+        const LogCapture log;
+
+        QVERIFY2(update(peer), qPrintable(log.asText().join(QLatin1Char('\n'))));
+
+        QVERIFY(!log.warnings().filter(QStringLiteral("/tmp/resolv.dmasq")).isEmpty());
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+        QCOMPARE(QFile::symLinkTarget(servers), QStringLiteral("/tmp/resolv.dmasq"));
+        QVERIFY(Lab::succeeds(QStringLiteral("find /tmp/resolv.dmasq -type f -uid 0 -perm 644 | grep -q .")));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/precious")), QByteArray("nameserver 6.6.6.6\n"));
+        QVERIFY(!QFile::exists(QStringLiteral("/etc/new")));
+    }
+
+    void aFolderOfAnotherUserIsNotInTheWay_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const char *path : {"/tmp/dnsmasq.conf", "/tmp/resolv.conf", "/tmp/resolv.dmasq", "/tmp/resolv.dmasq.bkp"})
+            QTest::newRow(path) << QString::fromUtf8(path);
+    }
+
+    void aFolderOfAnotherUserIsNotInTheWay()
+    {
+        QFETCH(QString, path);
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("systemctl"), "true"));
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("mkdir %1 && echo theirs >%1/file").arg(path)));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+        QVERIFY(update(peer));
+
+        QVERIFY(!log.warnings().filter(path).isEmpty());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray(serverConfig));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
+        QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("grep -q theirs %1.*/file").arg(path))); // nothing of theirs is destroyed
+    }
+
+    void whatIsRightIsNotWrittenAgain()
+    {
+        const LogCapture log;
+        NetworkHelper::configureSystem();
+        const QStringList paths{QStringLiteral("/etc/resolv.conf"), QStringLiteral("/etc/dnsmasq.conf")};
+        QVector<QDateTime> changed;
+        for (const QString &path : paths)
+            changed << QFileInfo(path).metadataChangeTime();
+
+        NetworkHelper::configureSystem();
+
+        for (int i = 0; i < paths.size(); ++i)
+            QCOMPARE(QFileInfo(paths.at(i)).metadataChangeTime(), changed.at(i));
+        QCOMPARE(QDir(QStringLiteral("/tmp")).entryList(QDir::Files), QStringList());
+        QCOMPARE(restarts(), 2);
+    }
+
+    void whatIsRightButMayBeWrittenByAllIsReplaced()
+    {
+        QVERIFY(Lab::write(QStringLiteral("/etc/resolv.conf"), resolverConfig));
+        QVERIFY(Lab::succeeds(QStringLiteral("chmod 666 /etc/resolv.conf")));
+        const LogCapture log;
+
+        NetworkHelper::configureSystem();
+
+        QCOMPARE(modeOf(QStringLiteral("/etc/resolv.conf")), mode_t(0644));
+    }
+
+    void programsSeeTheOldResolverOrTheNewOne()
+    {
+        constexpr int turns = 20;
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("systemctl"), "true"));
+        const LogCapture log;
+        const QByteArray old(100000, '#');
+        std::atomic<bool> isOver{false};
+        std::atomic<int> others{0};
+        QVERIFY(Lab::write(QStringLiteral("/etc/resolv.conf"), old));
+        std::thread reader([&] {
+            while (!isOver) {
+                const QByteArray text = Lab::read(QStringLiteral("/etc/resolv.conf"));
+                others += text != old && text != resolverConfig;
+                others += modeOf(QStringLiteral("/etc/resolv.conf")) != 0644;
+            }
+        });
+        bool isPrepared = true;
+        for (int i = 0; i < turns; ++i) {
+            isPrepared = isPrepared && Lab::write(QStringLiteral("/etc/next"), old)
+                && ::rename("/etc/next", "/etc/resolv.conf") == 0;
+            NetworkHelper::configureSystem();
+        }
+        isOver = true;
+        reader.join();
+
+        QVERIFY(isPrepared);
+        QCOMPARE(others.load(), 0);
+        QCOMPARE(QDir(QStringLiteral("/etc")).entryList({QStringLiteral("resolv.conf*")}, QDir::Files | QDir::Hidden),
+            QStringList(QStringLiteral("resolv.conf")));
+    }
+
+    void nobodyElseMayHoldTheLock()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f /run/ipdetails.lock; touch /run/ipdetails.lock")));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(modeOf(QStringLiteral("/run/ipdetails.lock")), mode_t(0600));
+    }
+
+    void aFileOfTheKernelIsNoListOfServers() // its size is 0, and it has megabytes
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("root of the kernel is another user here");
+        QVERIFY(QFile::link(QStringLiteral("/proc/kallsyms"), servers));
+        const LogCapture log;
+
+        QVERIFY(!update(peer));
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to open /tmp/resolv.dmasq.bkp for reading")));
+        QCOMPARE(restarts(), 0);
     }
 
     void serversThatCannotBeReadAreNotReplaced_data()

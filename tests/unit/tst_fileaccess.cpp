@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
 #include "Helpers/FileAccess_p.h"
+#include "LogCapture.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,10 +34,19 @@ mode_t modeOf(const QString &path)
     return lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
+ino_t inodeOf(const QString &path)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
+}
+
 /// What arrives where the disk would be.
 struct Disk
 {
     QByteArray written; ///< what the file held when it was flushed
+    QList<QByteArray> texts; ///< the same of every time
+    QString watched;
+    QList<QByteArray> namedTexts; ///< what was at the watched path then
     int error = 0;
 };
 
@@ -51,9 +61,14 @@ Disk &disk()
 extern "C" int fsync(int fd)
 {
     disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(fd));
+    disk().texts << disk().written;
+    if (!disk().watched.isEmpty())
+        disk().namedTexts << read(disk().watched);
     errno = disk().error;
     return disk().error ? -1 : 0;
 }
+
+Q_DECLARE_METATYPE(FileAccess::Found)
 
 class TestFileAccess : public QObject
 {
@@ -66,6 +81,7 @@ private Q_SLOTS:
         mPath = mDir->filePath(QStringLiteral("file"));
         mElsewhere = mDir->filePath(QStringLiteral("elsewhere"));
         QVERIFY(write(mElsewhere, "precious"));
+        QCOMPARE(chmod(QFile::encodeName(mElsewhere).constData(), 0644), 0);
         disk() = {};
     }
 
@@ -100,7 +116,12 @@ private Q_SLOTS:
         QVERIFY(!FileAccess::createNew(mPath, &file));
         QVERIFY(!FileAccess::openForWriting(mPath, FileAccess::Existing::Overwrite, &file));
         QVERIFY(!FileAccess::openRegular(mPath, &file));
-        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
+        QCOMPARE(FileAccess::openOurs(mPath, &file), FileAccess::Found::Unusable);
+        QVERIFY(!FileAccess::isOwnFile(mPath));
+        const LogCapture log;
+        QVERIFY(!FileAccess::replace(mPath, "text"));
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to replace %1: Is a directory").arg(mPath)));
+        QCOMPARE(QDir(mDir->path()).entryList(QDir::Files), QStringList(QStringLiteral("elsewhere")));
     }
 
     void allMayReadANewFileWhateverTheUmask()
@@ -114,47 +135,188 @@ private Q_SLOTS:
         QCOMPARE(modeOf(mPath), mode_t(0644));
     }
 
-    void aCopyHasTheModeOfItsSource()
+    void onlyAFileOfOursAloneIsOpenedAsOurs_data()
     {
-        QVERIFY(write(mElsewhere, QByteArray(200000, 'x')));
-        QVERIFY(QFile::setPermissions(mElsewhere, QFile::ReadOwner | QFile::ReadOther));
-        QVERIFY(QFile::link(mElsewhere, mPath));
-        QFile source;
-
-        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
-        QVERIFY(FileAccess::copyToNew(&source, mPath));
-
-        QVERIFY(!QFileInfo(mPath).isSymLink());
-        QCOMPARE(read(mPath).size(), 200000);
-        QCOMPARE(modeOf(mPath), mode_t(0404));
+        QTest::addColumn<mode_t>("mode");
+        QTest::addColumn<FileAccess::Found>("found");
+        for (const mode_t mode : {0600U, 0644U, 0444U, 0755U})
+            QTest::newRow(qPrintable(QString::number(mode, 8))) << mode << FileAccess::Found::Ours;
+        for (const mode_t mode : {0666U, 0664U, 0622U, 0602U, 0620U})
+            QTest::newRow(qPrintable(QString::number(mode, 8))) << mode << FileAccess::Found::Planted;
     }
 
-    void aCopyThatDoesNotFitIsNone()
+    void onlyAFileOfOursAloneIsOpenedAsOurs()
     {
-        QVERIFY(write(mElsewhere, QByteArray(200000, 'x')));
-        QFile source;
-        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
+        QFETCH(mode_t, mode);
+        QFETCH(FileAccess::Found, found);
+        QCOMPARE(chmod(QFile::encodeName(mElsewhere).constData(), mode), 0);
+        const LogCapture log;
+        QFile file;
+
+        QCOMPARE(FileAccess::openOurs(mElsewhere, &file), found);
+
+        const bool isOurs = found == FileAccess::Found::Ours;
+        QCOMPARE(file.isOpen(), isOurs);
+        QCOMPARE(log.warnings(),
+            isOurs ? QStringList() : QStringList(QStringLiteral("Others could have written ") + mElsewhere));
+        QVERIFY(FileAccess::isOwnFile(mElsewhere));
+    }
+
+    void aLinkOrASecondNameIsNotOursAlone()
+    {
+        const LogCapture log;
+        QFile file;
+
+        QCOMPARE(FileAccess::openOurs(mPath, &file), FileAccess::Found::Nothing);
+        QVERIFY(FileAccess::isNothing(mPath));
+        QVERIFY(QFile::link(mElsewhere, mPath));
+        QCOMPARE(FileAccess::openOurs(mPath, &file), FileAccess::Found::Planted);
+        QVERIFY(!FileAccess::isNothing(mPath) && !FileAccess::isOwnFile(mPath));
+        QVERIFY(QFile::remove(mPath));
+        QCOMPARE(link(QFile::encodeName(mElsewhere).constData(), QFile::encodeName(mPath).constData()), 0);
+        QCOMPARE(FileAccess::openOurs(mPath, &file), FileAccess::Found::Planted);
+        QCOMPARE(FileAccess::openOurs(mElsewhere, &file), FileAccess::Found::Planted);
+        QVERIFY(!file.isOpen());
+    }
+
+    void whatIsReplacedIsReplacedWhole()
+    {
+        QVERIFY(write(mPath, "old"));
+        QFile reader(mPath);
+        QVERIFY(reader.open(QIODevice::ReadOnly));
+        const mode_t former = umask(077);
+        const bool ok = FileAccess::replace(mPath, "new\r\n");
+        umask(former);
+
+        QVERIFY(ok);
+        QCOMPARE(reader.readAll(), QByteArray("old")); // who has it open goes on reading it
+        QCOMPARE(read(mPath), QByteArray("new\r\n"));
+        QCOMPARE(modeOf(mPath), mode_t(0644));
+        QCOMPARE(QDir(mDir->path()).entryList(QDir::Files).size(), 2);
+    }
+
+    void linksPipesAndSecondNamesAreReplacedThemselves_data()
+    {
+        QTest::addColumn<QString>("what");
+        for (const char *what : {"link", "dangling link", "pipe", "second name"})
+            QTest::newRow(what) << QString::fromUtf8(what);
+    }
+
+    void linksPipesAndSecondNamesAreReplacedThemselves()
+    {
+        QFETCH(QString, what);
+        const QByteArray path = QFile::encodeName(mPath);
+        const QByteArray target =
+            what.startsWith(QLatin1String("dangling")) ? path + "-none" : QFile::encodeName(mElsewhere);
+        QCOMPARE(what == QLatin1String("pipe")         ? mkfifo(path.constData(), 0644)
+                : what == QLatin1String("second name") ? link(target.constData(), path.constData())
+                                                       : symlink(target.constData(), path.constData()),
+            0);
+
+        QVERIFY(FileAccess::replace(mPath, "precious"));
+
+        struct stat status = {};
+        QCOMPARE(lstat(path.constData(), &status), 0);
+        QVERIFY(S_ISREG(status.st_mode) && status.st_nlink == 1);
+        QCOMPARE(read(mPath), QByteArray("precious"));
+        QCOMPARE(read(mElsewhere), QByteArray("precious"));
+        QVERIFY(!QFile::exists(QFile::decodeName(path + "-none")));
+    }
+
+    void whatIsTheSameIsLeftAlone_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<mode_t>("mode");
+        QTest::addColumn<bool>("isLeft");
+        QTest::newRow("the same") << QByteArray("precious") << mode_t(0644) << true;
+        QTest::newRow("another mode") << QByteArray("precious") << mode_t(0600) << false;
+        QTest::newRow("more") << QByteArray("precious!") << mode_t(0644) << false;
+        QTest::newRow("less") << QByteArray("precio") << mode_t(0644) << false;
+        QTest::newRow("nothing") << QByteArray() << mode_t(0644) << false;
+        QTest::newRow("another line end") << QByteArray("precious\r\n") << mode_t(0644) << false;
+    }
+
+    void whatIsTheSameIsLeftAlone()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(mode_t, mode);
+        QFETCH(bool, isLeft);
+        QCOMPARE(chmod(QFile::encodeName(mElsewhere).constData(), 0644), 0);
+        QFile open(mElsewhere); // keeps the number of the old file from being given to the new one
+        QVERIFY(open.open(QIODevice::ReadOnly));
+        const ino_t before = inodeOf(mElsewhere);
+
+        QVERIFY(FileAccess::replace(mElsewhere, bytes, mode));
+
+        QCOMPARE(inodeOf(mElsewhere) == before, isLeft);
+        QCOMPARE(read(mElsewhere), bytes);
+        QCOMPARE(modeOf(mElsewhere), mode);
+    }
+
+    void aReplacementThatDoesNotFitLeavesTheOldFile()
+    {
+        const LogCapture log;
         const Faults::FileSizeLimit limit(100000);
 
-        QVERIFY(!FileAccess::copyToNew(&source, mPath));
+        QVERIFY(!FileAccess::replace(mElsewhere, QByteArray(200000, 'x')));
+
+        QCOMPARE(read(mElsewhere), QByteArray("precious"));
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Failed to replace %1: File too large").arg(mElsewhere)));
+        QCOMPARE(QDir(mDir->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
-    void anUpdateFollowsNoLinkAndCreatesNothing()
+    void aReplacementReachesTheDiskAndThenItsName()
     {
+        disk().watched = mElsewhere;
+
+        QVERIFY(FileAccess::replace(mElsewhere, "text\n"));
+
+        QCOMPARE(disk().texts, (QList<QByteArray>{"text\n", "no such file"})); // the second is the folder
+        QCOMPARE(disk().namedTexts, (QList<QByteArray>{"precious", "text\n"}));
+    }
+
+    void aReplacementThatDoesNotReachTheDiskIsNone()
+    {
+        disk().error = EIO;
+        const LogCapture log;
+
+        QVERIFY(!FileAccess::replace(mElsewhere, "text\n"));
+
+        QCOMPARE(read(mElsewhere), QByteArray("precious"));
+        QCOMPARE(QDir(mDir->path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void nothingIsReplacedInAFolderThatIsMissing()
+    {
+        const LogCapture log;
+
+        QVERIFY(!FileAccess::replace(mPath + QStringLiteral("/file"), "text"));
+        QCOMPARE(log.warnings().size(), 1);
+    }
+
+    void noMoreIsReadThanTheLimit_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<qint64>("limit");
+        QTest::addColumn<bool>("ok");
+        QTest::newRow("as much as the limit") << QString() << qint64(8) << true;
+        QTest::newRow("one more") << QString() << qint64(7) << false;
+        QTest::newRow("of the kernel, its size is 0") << QStringLiteral("/proc/version") << qint64(4096) << true;
+        QTest::newRow("megabytes of the kernel") << QStringLiteral("/proc/kallsyms") << qint64(4096) << false;
+    }
+
+    void noMoreIsReadThanTheLimit()
+    {
+        QFETCH(QString, path);
+        QFETCH(qint64, limit);
+        QFETCH(bool, ok);
         QFile file;
-        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
-        QVERIFY(!QFile::exists(mPath));
+        QByteArray bytes;
+        QVERIFY(FileAccess::openRegular(path.isEmpty() ? mElsewhere : path, &file));
 
-        QVERIFY(QFile::link(mElsewhere, mPath));
-        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
-
-        QVERIFY(QFile::remove(mPath));
-        QVERIFY(write(mPath, "one\n"));
-        QVERIFY(FileAccess::openForUpdate(mPath, &file));
-        QCOMPARE(file.readAll(), QByteArray("one\n"));
-        QVERIFY(FileAccess::writeThrough(&file, "two\n"));
-        file.close();
-        QCOMPARE(read(mPath), QByteArray("one\ntwo\n"));
+        QCOMPARE(FileAccess::readAll(&file, limit, &bytes), ok);
+        QVERIFY(bytes.size() <= limit + 1);
+        QVERIFY(!bytes.isEmpty());
     }
 
     void aPipeDoesNotBlock()
@@ -163,7 +325,7 @@ private Q_SLOTS:
         QFile file;
 
         QVERIFY(!FileAccess::openRegular(mPath, &file));
-        QVERIFY(!FileAccess::openForUpdate(mPath, &file));
+        QCOMPARE(FileAccess::openOurs(mPath, &file), FileAccess::Found::Unusable);
         QVERIFY(!FileAccess::openForWriting(mPath, FileAccess::Existing::Overwrite, &file));
     }
 
@@ -201,11 +363,6 @@ private Q_SLOTS:
         QVERIFY(FileAccess::createNew(mPath, &file));
         QVERIFY(FileAccess::writeThrough(&file, "text\n"));
         QCOMPARE(disk().written, QByteArray("text\n"));
-
-        QFile source;
-        QVERIFY(FileAccess::openRegular(mElsewhere, &source));
-        QVERIFY(FileAccess::copyToNew(&source, mDir->filePath(QStringLiteral("copy"))));
-        QCOMPARE(disk().written, QByteArray("precious"));
     }
 
     void aDiskThatFailsIsNoticed()

@@ -29,7 +29,8 @@ private:
     QString mName;
 };
 
-/// configureSystem() tells of its failures in the log alone, where it also warns of a hook that it has linked.
+/// configureSystem() tells of its failures in the log alone, where it also warns of a hook that it has linked, and of
+/// what another user had put in its way.
 class FailureWatch
 {
 public:
@@ -48,7 +49,8 @@ private:
     static void watch(QtMsgType level, const QMessageLogContext &context, const QString &text)
     {
         const bool isOfSuccess =
-            text.startsWith(QLatin1String("Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to "));
+            text.startsWith(QLatin1String("Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to "))
+            || text.startsWith(QLatin1String("Moved a folder of another user aside: "));
         sHasFailed = sHasFailed || (level == QtWarningMsg && !isOfSuccess);
         sFormer(level, context, text);
     }
