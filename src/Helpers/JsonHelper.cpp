@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/JsonHelper.h"
 
+#include "Helpers/JsonCheck_p.h"
+
 #include <QDebug>
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QMetaProperty>
 #include <QVarLengthArray>
 
@@ -33,15 +34,21 @@ using Name = QVarLengthArray<char, 64>;
 /// The key as UTF-8. Nearly all are ASCII and short, for which no memory is needed.
 Name nameOf(const QString &key)
 {
-    Name name;
-    if (std::all_of(key.cbegin(), key.cend(), [](QChar character) { return character < 0x80; })) {
-        name.resize(key.size());
-        std::transform(key.cbegin(), key.cend(), name.begin(), [](QChar character) { return character.toLatin1(); });
-    } else {
-        const QByteArray utf8 = key.toUtf8();
-        name.append(utf8.constData(), utf8.size());
+    const int size = key.size();
+    const ushort *const letters = key.utf16();
+    Name name(size + 1);
+    char *const bytes = name.data();
+    ushort allBits = 0;
+    for (int i = 0; i < size; ++i) {
+        allBits |= letters[i];
+        bytes[i] = static_cast<char>(letters[i]);
     }
-    name.append('\0');
+    bytes[size] = '\0';
+    if (allBits < 0x80)
+        return name;
+    const QByteArray utf8 = key.toUtf8();
+    name.resize(utf8.size() + 1);
+    std::copy_n(utf8.constData(), utf8.size() + 1, name.data());
     return name;
 }
 
@@ -104,6 +111,20 @@ QByteArray JsonHelper::toByteArray(const QJsonObject &json)
     return QJsonDocument(json).toJson();
 }
 
+QJsonDocument JsonHelper::parse(const QByteArray &data, QJsonParseError *error)
+{
+    const auto [fault, offset] = findJsonFault(data);
+    if (fault == JsonFault::None)
+        return QJsonDocument::fromJson(data, error);
+    if (fault == JsonFault::KeyTwice)
+        qWarning() << "JSON with a key that stands twice in its object, at byte" << offset;
+    if (error) {
+        error->error = fault == JsonFault::TooDeep ? QJsonParseError::DeepNesting : QJsonParseError::IllegalValue;
+        error->offset = offset;
+    }
+    return {};
+}
+
 bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
 {
     if (!isObject(target))
@@ -117,7 +138,7 @@ bool JsonHelper::fromJson(const QByteArray &data, QObject *target)
 {
     if (!isObject(target))
         return false;
-    const QJsonDocument document = QJsonDocument::fromJson(data);
+    const QJsonDocument document = parse(data);
     if (document.isArray()) {
         setArray(document.array(), target);
         return true;

@@ -4,6 +4,7 @@
 #include "VantorBase_export.h"
 
 #include <QByteArray>
+#include <QJsonDocument>
 #include <QJsonObject>
 
 class QObject;
@@ -26,10 +27,15 @@ public:
     static QByteArray toByteArray(const QObject *object); ///< the object must not be null
     static QByteArray toByteArray(const QJsonObject &json);
 
+    /// Reads JSON of whomever. As QJsonDocument::fromJson(), but refuses an object that names a key twice, whose values
+    /// Qt would lose, before Qt sees it; a warning tells.
+    static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr);
+
     /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
     /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. Always true.
     static bool fromJson(const QJsonObject &json, QObject *target);
 
-    /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else.
+    /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else,
+    /// and for what parse() refuses.
     static bool fromJson(const QByteArray &data, QObject *target);
 };

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whatever bytes are read into an object: what is written of it afterwards must read back as the same object.
+// Whatever bytes are read into an object: what is written of it afterwards must read back as the same object, and no
+// memory is lost. Qt 5.15 loses that of values whose key stands twice; it must not get to see them.
 #include "Helpers/JsonHelper.h"
 #include "Helpers/QObjectHelper.h"
+#include "PlainJson.h"
 #include "Property.h"
 
 #include <QJsonDocument>
@@ -41,12 +43,6 @@ void must(bool holds, const char *what)
 
 } // namespace
 
-// Qt 5.15 loses memory where two arrays or objects stand under one key.
-extern "C" const char *__asan_default_options()
-{
-    return "detect_leaks=0";
-}
-
 extern "C" int LLVMFuzzerInitialize(int * /*argc*/, char *** /*argv*/)
 {
     qInstallMessageHandler(&keepSilent);
@@ -59,7 +55,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     Record record;
 
     const bool isRead = JsonHelper::fromJson(bytes, &record);
-    must(isRead == !QJsonDocument::fromJson(bytes).isNull(), "an object or an array is read, nothing else");
+    const bool isRefused = !isRead && PlainJson::namesAKeyTwice(bytes); // then Qt would lose memory here, too
+    must(isRefused || isRead == !QJsonDocument::fromJson(bytes).isNull(),
+        "an object or an array is read if no key stands twice, nothing else");
 
     const QByteArray written = JsonHelper::toByteArray(record);
     Record copy;

@@ -5,14 +5,12 @@
 #include "JsonWriter.h"
 #include "Tcp/TcpProtocolParser.h"
 
-#include <QJsonDocument>
-
 namespace Link {
 
 QByteArray payloadOf(const QByteArray &line, QString *problem)
 {
     QJsonParseError error{};
-    const QJsonDocument document = QJsonDocument::fromJson(line, &error);
+    const QJsonDocument document = JsonHelper::parse(line, &error);
     if (document.isArray()) {
         *problem = QStringLiteral("an array cannot be sent, only an object");
         return {};
@@ -30,7 +28,7 @@ QByteArray payloadOf(const QByteArray &line, QString *problem)
 
 QByteArray lineOf(const QByteArray &payload)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(payload);
+    const QJsonDocument document = JsonHelper::parse(payload);
     if (document.isObject())
         return document.toJson(QJsonDocument::Compact) + '\n';
     return Tools::JsonWriter().value(QString::fromUtf8(payload)).bytes() + '\n';
