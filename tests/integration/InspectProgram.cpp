@@ -91,18 +91,19 @@ bool InspectProgram::waitForEnd(int milliseconds)
     return state() == NotRunning || waitForFinished(milliseconds);
 }
 
-std::vector<qint64> InspectProgram::workers(std::size_t count) const
+std::vector<qint64> InspectProgram::children(const QByteArray &name, std::size_t count) const
 {
     std::vector<qint64> pids;
     QElapsedTimer timer;
     for (timer.start(); pids.size() < count && timer.elapsed() < patience; QThread::msleep(pauseBetweenLooks)) {
         pids.clear();
-        QFile children(QStringLiteral("/proc/%1/task/%1/children").arg(processId()));
-        if (!children.open(QIODevice::ReadOnly))
+        QFile list(QStringLiteral("/proc/%1/task/%1/children").arg(processId()));
+        if (!list.open(QIODevice::ReadOnly))
             return {};
-        const QList<QByteArray> listed = children.readAll().simplified().split(' ');
+        const QList<QByteArray> listed = list.readAll().simplified().split(' ');
         for (const QByteArray &pid : listed) {
-            if (!pid.isEmpty())
+            QFile comm(QStringLiteral("/proc/%1/comm").arg(QString::fromLatin1(pid)));
+            if (comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == name)
                 pids.push_back(pid.toLongLong());
         }
     }

@@ -27,12 +27,15 @@ public:
     bool waitForEnd(int milliseconds = 120000); ///< whether the program ended by itself
 
     /// Waits until there are so many worker processes. Fewer are returned when that takes too long.
-    std::vector<qint64> workers(std::size_t count) const;
+    std::vector<qint64> workers(std::size_t count) const { return children("inspect-worker", count); }
+    std::vector<qint64> fetchers(std::size_t count) const { return children("inspect-fetch", count); }
 
     QStringList temporaryFiles() const; ///< what is there now, subfolders included
     QString temporaryFolder() const { return mTemporaryFolder.path(); }
 
 private:
+    std::vector<qint64> children(const QByteArray &name, std::size_t count) const;
+
     QTemporaryDir mTemporaryFolder;
 };
 

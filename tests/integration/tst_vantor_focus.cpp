@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EndfaceScenes.h"
+#include "FileNameCodec.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
 
@@ -268,8 +269,8 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(jsonLines(result.output).size(), std::size_t(2));
         const QStringList messages = result.messageLines();
-        QCOMPARE(messages.size(), 5);
-        const QStringList bad = words("2.png 3.jpg 4.png 5.nv12 6.png");
+        QCOMPARE(messages.size(), 6);
+        const QStringList bad = words("2.png 3.jpg 4.png 5.nv12 6.png notes.txt");
         for (int i = 0; i < bad.size(); ++i)
             QVERIFY2(messages[i].startsWith(QStringLiteral("vantor-focus: %1: ").arg(mFolder->filePath(bad[i]))),
                 qPrintable(messages[i]));
@@ -472,6 +473,29 @@ private Q_SLOTS:
         QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write the report\n"));
     }
 
+    void everyEntryOfAFolderIsMeasuredOrTold()
+    {
+        const QString latin1 = mFolder->path() + QFile::decodeName("/Sch\xE4rfe.png");
+        QVERIFY(goodFace().save(latin1));
+        QVERIFY(write(".hidden.png", "x"));
+        QVERIFY(write("notes\033[2J.txt", "x"));
+        QVERIFY(QFile::link(path("nowhere"), path("dangling.png")));
+
+        const Run result = run({QStringLiteral("--json"), mFolder->path()});
+
+        QCOMPARE(result.exitCode, 0);
+        const std::vector<QJsonObject> objects = jsonLines(result.output);
+        QCOMPARE(objects.size(), std::size_t(1));
+        QCOMPARE(QByteArray::fromPercentEncoding(objects[0][QLatin1String("frameBytes")].toString().toLatin1()),
+            QFile::encodeName(latin1));
+        const QString start = QStringLiteral("vantor-focus: %1/").arg(mFolder->path());
+        QCOMPARE(result.messageLines(),
+            (QStringList{start + QStringLiteral(".hidden.png: left out: a hidden file"),
+                start + QStringLiteral("dangling.png: left out: a link that leads nowhere"),
+                start + QStringLiteral("notes\\x1b[2J.txt: left out: no known image suffix")}));
+        QCOMPARE(run({QStringLiteral("--json"), latin1}).exitCode, 0);
+    }
+
     void aStudyFillsItsTablesIntoTheTextAndIsTheSameEachTime()
     {
         const QTemporaryDir other;
@@ -515,5 +539,11 @@ private:
     std::optional<QTemporaryDir> mFolder;
 };
 
-QTEST_GUILESS_MAIN(TestVantorFocus)
+int main(int argc, char **argv)
+{
+    Tools::FileNameCodec::install();
+    QCoreApplication application(argc, argv);
+    TestVantorFocus test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_vantor_focus.moc"

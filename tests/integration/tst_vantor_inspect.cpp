@@ -129,6 +129,8 @@ private Q_SLOTS:
         row("half a job", "--jobs 1.5 x.png", "--jobs");
         row("too many jobs", "--jobs 257 x.png", "--jobs");
         row("jobs beyond int", "-j 99999999999 x.png", "--jobs");
+        row("no time", "--timeout 0 x.png", "--timeout");
+        row("more than an hour", "--timeout 3601 x.png", "--timeout");
         row("no repetition", "--repeat 0 x.png", "--repeat");
         row("repeat in words", "--repeat often x.png", "--repeat");
         row("json and csv", "--json --csv x.png", "--csv");
@@ -163,7 +165,7 @@ private Q_SLOTS:
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.messages, QByteArray());
         for (const char *const option : {"--standard", "--list-standards", "--fov", "--scale", "--steps", "--out",
-                 "--jobs", "--repeat", "--json", "--csv", "--quiet", "--verbose", "--version", "--help"})
+                 "--jobs", "--timeout", "--repeat", "--json", "--csv", "--quiet", "--verbose", "--version", "--help"})
             QVERIFY2(run.output.contains(option), option);
     }
 
@@ -763,7 +765,8 @@ private Q_SLOTS:
 
         const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--out"), out, mGood});
 
-        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.exitCode, 74);
+        QCOMPARE(jsonLines(run.output).at(0)[QStringLiteral("passed")].toBool(), true);
         QCOMPARE(jsonLines(run.output).at(0)[QStringLiteral("resultImage")].toString(), QString());
         QCOMPARE(run.messageLines().size(), 1);
         QVERIFY2(run.messages.contains("good_result.jpg"), run.messages.constData());
@@ -819,7 +822,11 @@ private Q_SLOTS:
                 QCOMPARE(jsonLines(output)[0][QStringLiteral("image")].toString(), name);
                 QVERIFY(QFileInfo(jsonLines(output)[0][QStringLiteral("resultImage")].toString()).isFile());
             } else {
-                QCOMPARE(csvRecords(QString::fromUtf8(output)).value(1).value(0), name);
+                QString printed = name;
+                printed.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
+                    .replace(QLatin1Char('\n'), QStringLiteral("\\x0a"))
+                    .replace(QLatin1Char('\t'), QStringLiteral("\\x09"));
+                QCOMPARE(csvRecords(QString::fromUtf8(output)).value(1).value(0), printed);
             }
         }
     }

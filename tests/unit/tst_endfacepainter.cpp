@@ -858,6 +858,11 @@ private Q_SLOTS:
         QVERIFY(wrong.waitForFinished());
         QCOMPARE(wrong.exitCode(), 64);
         QVERIFY(wrong.readAllStandardError().startsWith("vantor-endface: "));
+        QProcess full;
+        full.setStandardOutputFile(QStringLiteral("/dev/full"));
+        full.start(program, {QStringLiteral("--list-presets")});
+        QVERIFY(full.waitForFinished());
+        QCOMPARE(full.exitCode(), 74);
     }
 
 private:

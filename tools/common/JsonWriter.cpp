@@ -6,26 +6,28 @@
 namespace Tools {
 
 namespace {
-void appendEscaped(QByteArray &bytes, char character)
+/// What JSON itself asks for, and what would control a terminal or reorder the text on it.
+bool needsNumber(QChar character)
 {
-    switch (character) {
+    return character.category() == QChar::Other_Control || character.category() == QChar::Other_Format
+        || character.category() == QChar::Separator_Line || character.category() == QChar::Separator_Paragraph;
+}
+
+QString escaped(QChar character)
+{
+    switch (character.unicode()) {
     case '"':
-        bytes += "\\\"";
-        break;
+        return QStringLiteral("\\\"");
     case '\\':
-        bytes += "\\\\";
-        break;
+        return QStringLiteral("\\\\");
     case '\n':
-        bytes += "\\n";
-        break;
+        return QStringLiteral("\\n");
     case '\t':
-        bytes += "\\t";
-        break;
+        return QStringLiteral("\\t");
     default:
-        if (static_cast<unsigned char>(character) < 0x20)
-            bytes += "\\u00" + QByteArray(1, character).toHex();
-        else
-            bytes += character;
+        return needsNumber(character)
+            ? QStringLiteral("\\u%1").arg(static_cast<uint>(character.unicode()), 4, 16, QLatin1Char('0'))
+            : QString(character);
     }
 }
 } // namespace
@@ -40,11 +42,15 @@ JsonWriter &JsonWriter::key(const char *name)
 
 JsonWriter &JsonWriter::value(const QString &text)
 {
-    QByteArray quoted("\"");
-    const QByteArray utf8 = text.toUtf8();
-    for (const char character : utf8)
-        appendEscaped(quoted, character);
-    return scalar(quoted + '"');
+    QString quoted(QLatin1Char('"'));
+    for (int i = 0; i < text.size(); ++i) {
+        const bool isPair = text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
+        if (isPair)
+            quoted += text.mid(i++, 2);
+        else
+            quoted += text.at(i).isSurrogate() ? QString(QChar(QChar::ReplacementCharacter)) : escaped(text.at(i));
+    }
+    return scalar(quoted.toUtf8() + '"');
 }
 
 JsonWriter &JsonWriter::value(bool flag)

@@ -16,7 +16,7 @@ public:
     JsonWriter &endArray() { return close(']'); }
     JsonWriter &key(const char *name);
 
-    JsonWriter &value(const QString &text);
+    JsonWriter &value(const QString &text); ///< U+FFFD for a lone surrogate
     JsonWriter &value(const char *) = delete;
     JsonWriter &value(bool flag);
     JsonWriter &value(int number);

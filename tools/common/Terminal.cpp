@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Terminal.h"
 
+#include "FileNameCodec.h"
+
 #include <QCoreApplication>
 
 #include <cerrno>
@@ -10,6 +12,36 @@
 #include <unistd.h>
 
 namespace Tools {
+
+namespace {
+/// What would move the cursor, hide or reorder text, or is none. The joiners are left: emoji and scripts need them.
+bool isHarmful(QChar character)
+{
+    constexpr ushort zeroWidthNonJoiner = 0x200C;
+    constexpr ushort zeroWidthJoiner = 0x200D;
+    switch (character.category()) {
+    case QChar::Other_Control:
+    case QChar::Other_Surrogate:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+        return true;
+    case QChar::Other_Format:
+        return character != QChar(zeroWidthNonJoiner) && character != QChar(zeroWidthJoiner);
+    default:
+        return false;
+    }
+}
+
+QString asBytes(QChar character)
+{
+    const uchar byte = FileNameCodec::byteOf(character);
+    const QByteArray bytes = byte != 0 ? QByteArray(1, static_cast<char>(byte)) : QString(character).toUtf8();
+    QString text;
+    for (const char each : bytes)
+        text += QStringLiteral("\\x%1").arg(static_cast<uchar>(each), 2, 16, QLatin1Char('0'));
+    return text;
+}
+} // namespace
 
 void Terminal::reserveStandardStreams()
 {
@@ -39,12 +71,25 @@ int Terminal::width(int fileDescriptor)
 
 QString Terminal::printable(const QString &text)
 {
-    QString result = text;
-    for (QChar &character : result) {
-        if (character.category() == QChar::Other_Control)
-            character = QChar(QChar::ReplacementCharacter);
+    QString result;
+    result.reserve(text.size());
+    for (int i = 0; i < text.size(); ++i) {
+        const QChar character = text.at(i);
+        const bool isPair = character.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
+        if (isPair)
+            result += text.at(i++);
+        if (isPair || !isHarmful(character))
+            result += text.at(i);
+        else
+            result += asBytes(character);
     }
     return result;
+}
+
+QString Terminal::printableName(const QString &name)
+{
+    QString doubled = name;
+    return printable(doubled.replace(QLatin1Char('\\'), QLatin1String("\\\\")));
 }
 
 QString Terminal::message(const QString &text)

@@ -17,8 +17,11 @@ bool hasColors(int fileDescriptor);
 
 int width(int fileDescriptor); ///< columns; 80 where that is unknown
 
-/// Text from outside, such as a file name, without what would control the terminal.
+/// Text from outside without what would control the terminal or reorder what is read: its bytes stand there as \xHH.
 QString printable(const QString &text);
+
+/// The name of a file likewise. Its backslashes are doubled, so that the name can be told from what is printed.
+QString printableName(const QString &name);
 
 /// One message of the program as a line for stderr; begins with the application's name.
 QString message(const QString &text);

@@ -11,5 +11,6 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("vantor-endface"));
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return runEndfaceCommand(QCoreApplication::arguments(), out, err);
+    const int code = runEndfaceCommand(QCoreApplication::arguments(), out, err);
+    return code == EndfaceOk && out.status() != QTextStream::Ok ? EndfaceWriteError : code;
 }

@@ -2,10 +2,10 @@
 #include "FileFrames.h"
 
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FolderListing.h"
 #include "VideoFrames.h"
 
 #include <QCollator>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -33,15 +33,6 @@ QStringList pictureSuffixes()
 bool isRaw(const QString &path)
 {
     return rawSuffixes().contains(QFileInfo(path).suffix().toLower());
-}
-
-QStringList frameFilters()
-{
-    QStringList filters;
-    const QStringList suffixes = pictureSuffixes() + rawSuffixes();
-    for (const QString &suffix : suffixes)
-        filters.append(QStringLiteral("*.") + suffix);
-    return filters;
 }
 
 /// Why the file cannot be opened; empty when it can. Opening a pipe would wait for a writer.
@@ -96,20 +87,17 @@ FileFrames::FileFrames(const QStringList &operands, const RawLayout &rawLayout)
 
 void FileFrames::listFolder(const QString &path)
 {
-    const QFileInfo folder(path);
-    if (!folder.isReadable() || !folder.isExecutable()) {
-        mEntries.append({path, QStringLiteral("the folder cannot be read")});
-        return;
-    }
-
-    const QDir dir(path);
-    QStringList names = dir.entryList(frameFilters(), QDir::Files, QDir::Name);
+    Tools::FolderListing folder = Tools::FolderListing::of(path, pictureSuffixes() + rawSuffixes());
     QCollator order{QLocale(QLocale::English)};
     order.setNumericMode(true);
-    std::stable_sort(names.begin(), names.end(), order);
-    for (const QString &name : qAsConst(names))
-        mEntries.append({dir.filePath(name), {}});
-    if (names.isEmpty())
+    std::stable_sort(folder.files.begin(), folder.files.end(), order);
+    for (const QString &file : qAsConst(folder.files))
+        mEntries.append({file, {}});
+    for (const Tools::FolderListing::LeftOut &entry : qAsConst(folder.leftOut))
+        mEntries.append({entry.path, QStringLiteral("left out: ") + entry.reason});
+    if (!folder.problem.isEmpty())
+        mEntries.append({path, folder.problem});
+    else if (folder.files.isEmpty())
         mEntries.append({path, QStringLiteral("there is no frame in the folder")});
 }
 

@@ -2,6 +2,7 @@
 #include "Report.h"
 
 #include "Csv.h"
+#include "FileNameCodec.h"
 #include "JsonWriter.h"
 #include "ShortestNumber.h"
 #include "Thresholds.h"
@@ -81,7 +82,7 @@ QByteArray Report::line(const Reading &reading) const
 QByteArray Report::textLine(const Reading &reading) const
 {
     const Measurement &measured = reading.measurement;
-    QString text = Tools::Terminal::printable(reading.name).leftJustified(mNameWidth);
+    QString text = Tools::Terminal::printableName(reading.name).leftJustified(mNameWidth);
     if (mHasBlur)
         text += QLatin1Char(' ') + fixed(reading.blur.value_or(0), 2);
     const QString focus = fixed(measured.focus, 1, measured.found);
@@ -101,7 +102,7 @@ QByteArray Report::textLine(const Reading &reading) const
 QByteArray Report::csvLine(const Reading &reading) const
 {
     const Measurement &measured = reading.measurement;
-    QStringList fields{reading.name, shortest(measured.focus, measured.found),
+    QStringList fields{Tools::Terminal::printableName(reading.name), shortest(measured.focus, measured.found),
         measured.found ? QStringLiteral("true") : QStringLiteral("false"),
         shortest(measured.position.x(), measured.found), shortest(measured.position.y(), measured.found),
         shortest(measured.milliseconds), measured.remark};
@@ -115,6 +116,8 @@ QByteArray Report::jsonLine(const Reading &reading)
     const Measurement &measured = reading.measurement;
     Tools::JsonWriter json;
     json.beginObject().member("frame", reading.name);
+    if (!Tools::FileNameCodec::isText(reading.name))
+        json.member("frameBytes", Tools::FileNameCodec::percentEncoded(reading.name));
     if (reading.blur)
         json.member("blur", *reading.blur);
     json.member("found", measured.found);
@@ -141,7 +144,7 @@ QByteArray Report::summary(const QVector<Reading> &readings) const
         QStringLiteral("\n%1 frames, the fibre found in %2 (%3)").arg(frames).arg(found).arg(percent(found, frames));
     if (const Reading *const best = sharpest(readings)) {
         text += QStringLiteral("; sharpest: %1 with %2\n")
-                    .arg(mStyle.bold(Tools::Terminal::printable(best->name)))
+                    .arg(mStyle.bold(Tools::Terminal::printableName(best->name)))
                     .arg(best->measurement.focus, 0, 'f', 1);
         text += QStringLiteral("%1 can be captured (focus above %2), %3 are out of focus (not above %4)")
                     .arg(countAbove(captureFocus))

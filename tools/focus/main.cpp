@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 #include "ExitCode.h"
+#include "FileNameCodec.h"
 #include "FilterLog.h"
 #include "FocusPlot.h"
 #include "FocusStudy.h"
@@ -9,7 +10,6 @@
 #include "StudyExperiments.h"
 
 #include <QCoreApplication>
-#include <QTextCodec>
 
 #include <cstdio>
 #include <memory>
@@ -59,7 +59,7 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
     const Plot::LineChart chart = focusPlot(readings, plotSubtitle(options));
     if (options.plotFile.isEmpty() || Plot::save(Plot::svg(chart), options.plotFile, &problem))
         return true;
-    tell(QStringLiteral("%1: %2").arg(options.plotFile, problem));
+    tell(QStringLiteral("%1: %2").arg(Tools::Terminal::printableName(options.plotFile), problem));
     return false;
 }
 
@@ -77,7 +77,7 @@ int measureAll(const Options &options)
     for (Frame frame; source->next(&frame);) {
         if (!frame.picture.isValid()) {
             allReadable = false;
-            tell(QStringLiteral("%1: %2").arg(frame.name, frame.problem));
+            tell(QStringLiteral("%1: %2").arg(Tools::Terminal::printableName(frame.name), frame.problem));
             continue;
         }
         readings.append({frame.name, frame.blur, measure(frame.picture)});
@@ -105,7 +105,7 @@ int study(const Options &options)
 int main(int argc, char *argv[])
 {
     Tools::Terminal::reserveStandardStreams();
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // file names, whatever the locale is
+    Tools::FileNameCodec::install();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantor-focus"));
 

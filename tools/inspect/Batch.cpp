@@ -2,6 +2,7 @@
 #include "Batch.h"
 
 #include "ExitCode.h"
+#include "Pictures.h"
 #include "ReportText.h"
 #include "StopSignals.h"
 
@@ -23,8 +24,9 @@ int lengthOfProgressBar(const Session &session)
 }
 } // namespace
 
-Batch::Batch(const Session &session, Tools::StopSignals *signals)
+Batch::Batch(const Session &session, int leftOut, Tools::StopSignals *signals)
     : mSession(session)
+    , mLeftOut(leftOut)
     , mSignals(signals)
     , mWorkers(session, qMin(session.options.jobs, session.tasks.size()))
     , mStandardOutput(signals)
@@ -40,16 +42,18 @@ int Batch::run()
     while (mPrinted < mSession.tasks.size()) {
         startTasks();
         mProgress.show(mPrinted);
-        for (WorkerPool::Outcome &outcome : mWorkers.wait(mSignals->fileDescriptor()))
-            mWaiting.insert(outcome.task, reportOf(outcome));
+        if (!mWaiting.contains(mPrinted)) {
+            for (WorkerPool::Outcome &outcome : mWorkers.wait(mSignals->fileDescriptor()))
+                mWaiting.insert(outcome.task, reportOf(outcome));
+        }
         if (mSignals->received() != 0 || !printReports())
             return stop();
     }
     mProgress.clear();
 
     const Options &options = mSession.options;
-    if (mSession.tasks.size() > 1 && options.isForPerson() && !options.quiet) {
-        const QString summary = textSummary(mCounts[0], mCounts[1], mCounts[2], mSession.style);
+    if (mSession.tasks.size() + mLeftOut > 1 && options.isForPerson() && !options.quiet) {
+        const QString summary = textSummary(mCounts[0], mCounts[1], mCounts[2], mLeftOut, mSession.style);
         if (!mStandardOutput.write(summary.toUtf8()))
             return stop();
     }
@@ -59,20 +63,31 @@ int Batch::run()
 void Batch::startTasks()
 {
     const int last = qMin(mSession.tasks.size(), mPrinted + mSession.options.jobs * mostReportsPerWorkerAhead);
-    while (mStarted < last && mWorkers.hasIdle())
-        mWorkers.start(mStarted++);
+    for (; mStarted < last && mWorkers.hasIdle(); ++mStarted) {
+        const Task &task = mSession.tasks[mStarted];
+        if (task.image.problem.isEmpty())
+            mWorkers.start(mStarted);
+        else
+            mWaiting.insert(mStarted, reportOf(notAnalysed(task, task.image.problem)));
+    }
 }
 
-Report Batch::reportOf(WorkerPool::Outcome &outcome) const
+Report Batch::reportOf(WorkerPool::Outcome &outcome)
 {
-    if (outcome.report)
-        return *std::move(outcome.report);
+    Inspection inspection =
+        outcome.inspection ? *std::move(outcome.inspection) : notAnalysed(mSession.tasks[outcome.task], outcome.reason);
+    if (outcome.inspection && mSession.output.keepsImages())
+        Pictures(outcome.folder).take(mSession.output, &inspection);
+    mLacksPictures = mLacksPictures || !inspection.problem.isEmpty();
 
-    const Task &task = mSession.tasks[outcome.task];
-    mSession.output.removePartsOf(task.outputName);
-    Report report = makeReport(notAnalysed(task, outcome.reason), mSession.options, mSession.style);
+    Report report = reportOf(inspection);
     report.messages += outcome.lastWords;
     return report;
+}
+
+Report Batch::reportOf(const Inspection &inspection) const
+{
+    return makeReport(inspection, mSession.options, mSession.style);
 }
 
 bool Batch::printReports()
@@ -106,10 +121,7 @@ bool Batch::printReport(const Report &report)
 int Batch::stop()
 {
     mProgress.clear();
-    const std::vector<int> tasks = mWorkers.tasksAtWork();
     mWorkers.endAll();
-    for (const int task : tasks)
-        mSession.output.removePartsOf(mSession.tasks[task].outputName);
 
     if (mSignals->received() != 0)
         return StoppedBySignal + mSignals->received();
@@ -117,12 +129,14 @@ int Batch::stop()
         return StoppedBySignal + SIGPIPE;
     Tools::Terminal::tell(QStringLiteral("cannot write the report: %1")
                               .arg(QString::fromLocal8Bit(std::strerror(mStandardOutput.error()))));
-    return SomeNotAnalysed;
+    return NotWritten;
 }
 
 int Batch::exitCode() const
 {
-    if (mCounts[static_cast<int>(Verdict::NotAnalysed)] > 0)
+    if (mLacksPictures)
+        return NotWritten;
+    if (mCounts[static_cast<int>(Verdict::NotAnalysed)] > 0 || mLeftOut > 0)
         return SomeNotAnalysed;
     return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? SomeFailed : AllPassed;
 }

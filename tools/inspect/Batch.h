@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ProgressBar.h"
+#include "Report.h"
 #include "StandardOutput.h"
 #include "WorkerPool.h"
 
@@ -18,19 +19,22 @@ namespace Inspect {
 class Batch
 {
 public:
-    Batch(const Session &session, Tools::StopSignals *signals);
+    /// @param leftOut how many entries of the folders are no tasks
+    Batch(const Session &session, int leftOut, Tools::StopSignals *signals);
 
     int run(); ///< @return the exit code of the program
 
 private:
     void startTasks();
-    Report reportOf(WorkerPool::Outcome &outcome) const;
+    Report reportOf(WorkerPool::Outcome &outcome);
+    Report reportOf(const Inspection &inspection) const;
     bool printReports(); ///< false when there is no use in going on
     bool printReport(const Report &report);
     int stop();
     int exitCode() const;
 
     const Session &mSession;
+    int mLeftOut;
     Tools::StopSignals *mSignals;
     WorkerPool mWorkers;
     Tools::StandardOutput mStandardOutput;
@@ -39,6 +43,7 @@ private:
     int mPrinted = 0; ///< tasks
     QMap<int, Report> mWaiting; ///< reports that came before their turn
     int mCounts[3] = {0, 0, 0}; ///< by verdict
+    bool mLacksPictures = false; ///< some that were asked for could not be written
     QString mLastImage;
     QByteArray mLastMessages;
 };

@@ -10,6 +10,7 @@ namespace Inspect {
 namespace {
 constexpr int maxJobs = 256;
 constexpr int maxRepeat = 100000;
+constexpr int maxTimeout = 3600; // seconds
 constexpr int maxFieldOfView = 100000; // micrometres
 constexpr float minScale = 0.01F;
 constexpr float maxScale = 100;
@@ -26,6 +27,9 @@ CommandLine::CommandLine()
     , mSteps(option("steps", "Keep images of the steps of the analysis too; needs --out."))
     , mJobs(
           option({QStringLiteral("j"), QStringLiteral("jobs")}, "Analyse with this many processes (default: 1).", "N"))
+    , mTimeout(option("timeout",
+          "Give an image up when its analysis takes longer (default: 30); with --repeat, this times the repetitions.",
+          "SECONDS"))
     , mRepeat(option("repeat",
           "Analyse each image so often and count the verdicts; the worst one is reported. End faces at the margin show "
           "themselves.",
@@ -38,12 +42,16 @@ CommandLine::CommandLine()
 {
     mParser.setApplicationDescription(
         QStringLiteral("Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
-                       "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed, 64 wrong usage."));
+                       "What lies in a folder and is no image is told on stderr. Each image is analysed in a process\n"
+                       "that can neither open files nor reach a network, and that is ended when it takes too long.\n\n"
+                       "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed or were left out of a\n"
+                       "folder, 64 wrong usage, 69 there is no place for temporary files, 74 a report or a picture\n"
+                       "could not be written. Of several, 64, 69 and 74 come first, then the highest."));
     mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
         QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
         QStringLiteral("IMAGE|FOLDER..."));
-    mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mRepeat, mJson, mCsv,
-        mQuiet, mVerbose, mVersion, mHelp});
+    mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mTimeout, mRepeat, mJson,
+        mCsv, mQuiet, mVerbose, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
@@ -64,7 +72,8 @@ bool CommandLine::readOptions()
         mOptions.format = Options::Format::Csv;
 
     return readStandards() && readFieldOfView() && readScale() && readCount(mJobs, maxJobs, &mOptions.jobs)
-        && readCount(mRepeat, maxRepeat, &mOptions.repeat) && readOutput() && checkCombinations();
+        && readCount(mTimeout, maxTimeout, &mOptions.timeout) && readCount(mRepeat, maxRepeat, &mOptions.repeat)
+        && readOutput() && checkCombinations();
 }
 
 bool CommandLine::checkCombinations()

@@ -1,43 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ImageList.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 namespace Inspect {
 
 namespace {
-QVector<InputImage> listFolder(const QString &path)
+void listFolder(const QString &path, ImageList *list)
 {
-    static const QStringList imageFiles{QStringLiteral("*.bmp"), QStringLiteral("*.jpeg"), QStringLiteral("*.jpg"),
-        QStringLiteral("*.pgm"), QStringLiteral("*.png"), QStringLiteral("*.ppm"), QStringLiteral("*.tif"),
-        QStringLiteral("*.tiff"), QStringLiteral("*.webp")};
+    static const QStringList suffixes{QStringLiteral("bmp"), QStringLiteral("jpeg"), QStringLiteral("jpg"),
+        QStringLiteral("pgm"), QStringLiteral("png"), QStringLiteral("ppm"), QStringLiteral("tif"),
+        QStringLiteral("tiff"), QStringLiteral("webp")};
 
-    const QFileInfo folder(path);
-    if (!folder.isReadable() || !folder.isExecutable())
-        return {{path, QStringLiteral("the folder cannot be read")}};
-
-    const QDir dir(path);
-    QVector<InputImage> images;
-    const QStringList names = dir.entryList(imageFiles, QDir::Files, QDir::Name);
-    for (const QString &name : names)
-        images.append({dir.filePath(name), {}});
-    if (images.isEmpty())
-        return {{path, QStringLiteral("there is no image in the folder")}};
-    return images;
+    const Tools::FolderListing folder = Tools::FolderListing::of(path, suffixes);
+    for (const QString &file : folder.files)
+        list->images.append({file, {}});
+    list->leftOut += folder.leftOut;
+    if (!folder.problem.isEmpty())
+        list->images.append({path, folder.problem});
+    else if (folder.files.isEmpty())
+        list->images.append({path, QStringLiteral("there is no image in the folder")});
 }
 } // namespace
 
-QVector<InputImage> listImages(const QStringList &operands)
+ImageList ImageList::of(const QStringList &operands)
 {
-    QVector<InputImage> images;
+    ImageList list;
     for (const QString &operand : operands) {
         if (QFileInfo(operand).isDir())
-            images += listFolder(operand);
+            listFolder(operand, &list);
         else
-            images.append({operand, {}});
+            list.images.append({operand, {}});
     }
-    return images;
+    return list;
 }
 
 } // namespace Inspect

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QStringList>
-#include <QVector>
+#include "FolderListing.h"
 
 namespace Inspect {
 
@@ -12,7 +11,13 @@ struct InputImage
     QString problem; ///< why there is nothing to analyse; empty otherwise
 };
 
-/// Files stay as they are, folders become the image files in them, sorted by name. Every operand yields something.
-QVector<InputImage> listImages(const QStringList &operands);
+struct ImageList
+{
+    QVector<InputImage> images;
+    QVector<Tools::FolderListing::LeftOut> leftOut; ///< all else that lies in the folders
+
+    /// Files stay as they are, folders become the image files in them, sorted by name. Every operand yields an image.
+    static ImageList of(const QStringList &operands);
+};
 
 } // namespace Inspect

@@ -3,12 +3,7 @@
 
 #include "FiberInspection/AnalyserPrivate.h"
 #include "Options.h"
-#include "OutputFolder.h"
-#include "WorkDir.h"
-
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
+#include "Pictures.h"
 
 #include <exception>
 
@@ -19,48 +14,37 @@ using FiberInspection::Standard;
 using FiberInspection::TestResult;
 
 namespace {
-/// The name under which the image is analysed: its step images shall not land beside it.
-QString linkToImage(const Task &task, const Tools::WorkDir &workDir)
-{
-    const QString link = QDir(workDir.stepsFolder()).filePath(task.outputName);
-    QFile::remove(link);
-    QFile::link(QFileInfo(task.image.path).absoluteFilePath(), link);
-    return link;
-}
-
 QString reasonOf(const FiberInspection::InspectionRecord &record)
 {
     return record.detail.isEmpty() ? record.reason : QStringLiteral("%1: %2").arg(record.reason, record.detail);
 }
 
-Inspection analyseOnce(const Task &task, const Options &options, const Tools::WorkDir &workDir)
+QVector<int> pixelCounts(const QVector<FiberInspection::Defect> &defects)
+{
+    QVector<int> counts;
+    counts.reserve(defects.size());
+    for (const FiberInspection::Defect &defect : defects)
+        counts.append(defect.pixels.size());
+    return counts;
+}
+
+Inspection analyseOnce(const Task &task, const Options &options, const Pictures &pictures)
 {
     Inspection inspection;
     inspection.task = task;
-    const QString fileName = options.saveSteps ? linkToImage(task, workDir) : task.image.path;
     try {
-        inspection.result = AnalyserPrivate::analyse(
-            task.standardId, fileName, options.device, options.scale, options.saveSteps, &inspection.record);
+        inspection.result = AnalyserPrivate::analyse(task.standardId, pictures.imagePath(), options.device,
+            options.scale, options.saveSteps, &inspection.record);
         inspection.reason = reasonOf(inspection.record);
     } catch (const std::exception &exception) {
         inspection.result = TestResult(Standard(task.standardId));
         inspection.reason = QString::fromUtf8(exception.what()).simplified();
     }
+    if (inspection.result.error() && inspection.reason.isEmpty())
+        inspection.reason = QStringLiteral("the analysis came to no end");
+    inspection.corePixels = pixelCounts(inspection.result.coreDefects());
+    inspection.claddingPixels = pixelCounts(inspection.result.claddingDefects());
     return inspection;
-}
-
-void keepImages(
-    Inspection *inspection, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output)
-{
-    const QString &name = inspection->task.outputName;
-    if (options.saveSteps)
-        output.takeStepImages(workDir.stepsFolder(), name, &inspection->problem);
-    if (inspection->record.resultImageWritten) {
-        inspection->resultImage =
-            output.takeResultImage(BaseDirHelper::tmpFiberInspectionResultImagePath(), name, &inspection->problem);
-    } else if (inspection->verdict() != Verdict::NotAnalysed) {
-        inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
-    }
 }
 
 void count(Verdict verdict, Repetition *repetition)
@@ -87,20 +71,21 @@ Verdict Inspection::verdict() const
     return result.passed() ? Verdict::Passed : Verdict::Failed;
 }
 
-Inspection inspect(const Task &task, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output)
+Inspection inspect(const Task &task, const Options &options, const Pictures &pictures)
 {
-    if (!task.image.problem.isEmpty())
-        return notAnalysed(task, task.image.problem);
+    const bool keepsImages = !options.outputFolder.isEmpty();
+    if (keepsImages)
+        pictures.forget();
 
     Inspection worst;
     Repetition repetition;
     for (int run = 0; run < options.repeat; ++run) {
-        Inspection inspection = analyseOnce(task, options, workDir);
+        const Inspection inspection = analyseOnce(task, options, pictures);
         count(inspection.verdict(), &repetition);
         if (run > 0 && inspection.verdict() <= worst.verdict())
             continue;
-        if (output.keepsImages())
-            keepImages(&inspection, options, workDir, output);
+        if (keepsImages)
+            pictures.keep();
         worst = inspection;
     }
     worst.repetition = repetition;

@@ -5,13 +5,9 @@
 #include "FiberInspection/TestResult.h"
 #include "Task.h"
 
-namespace Tools {
-class WorkDir;
-}
-
 namespace Inspect {
 
-class OutputFolder;
+class Pictures;
 struct Options;
 
 /// From the best to the worst.
@@ -33,6 +29,8 @@ struct Inspection
     FiberInspection::TestResult result;
     FiberInspection::InspectionRecord record;
     QString reason; ///< why there is no verdict; empty when there is one
+    QVector<int> corePixels; ///< of each core defect; the pixels themselves stay with the worker
+    QVector<int> claddingPixels; ///< of each cladding defect
     QString resultImage; ///< path of the annotated image that was kept; empty when there is none
     QString problem; ///< what went wrong beside the analysis, with the images to keep
     Repetition repetition;
@@ -40,8 +38,8 @@ struct Inspection
     Verdict verdict() const;
 };
 
-/// Analyses the image as often as asked for, and tells about the worst run. Never throws.
-Inspection inspect(const Task &task, const Options &options, const Tools::WorkDir &workDir, const OutputFolder &output);
+/// Analyses the image that the worker sees now as often as asked for, and tells about the worst run. Never throws.
+Inspection inspect(const Task &task, const Options &options, const Pictures &pictures);
 
 /// A task that could not be done.
 Inspection notAnalysed(const Task &task, const QString &reason);

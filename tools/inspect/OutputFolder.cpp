@@ -1,51 +1,92 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "OutputFolder.h"
 
+#include "Process.h"
+#include "Terminal.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Inspect {
 
 namespace {
-QString partSuffix()
+constexpr std::size_t blockSize = 64 * 1024; // bytes
+constexpr mode_t ordinaryMode = 0666; // before the user's mask
+
+mode_t maskOfUser()
 {
-    return QStringLiteral(".vantor-inspect.part");
+    const mode_t mask = umask(0);
+    umask(mask);
+    return mask;
 }
 
-std::filesystem::path nativePath(const QString &path)
+/// A file that goes away with its owner unless it was renamed to what it is to be.
+class PartFile
 {
-    return QFile::encodeName(path).toStdString();
+public:
+    explicit PartFile(const QByteArray &target)
+        : mName(target + ".XXXXXX.vantor-inspect.part")
+        , mFile(mkostemps(mName.data(), static_cast<int>(std::strlen(".vantor-inspect.part")), O_CLOEXEC))
+    {
+    }
+    ~PartFile()
+    {
+        if (mFile >= 0 && ::close(mFile) == 0 && !mName.isEmpty())
+            unlink(mName.constData());
+    }
+    PartFile(const PartFile &) = delete;
+    PartFile &operator=(const PartFile &) = delete;
+
+    bool isOpen() const { return mFile >= 0; }
+
+    bool copyFrom(int source)
+    {
+        char block[blockSize];
+        for (;;) {
+            const ssize_t size = Process::read(source, block, sizeof block);
+            if (size <= 0)
+                return size == 0;
+            if (!Process::writeAll(mFile, block, static_cast<std::size_t>(size)))
+                return false;
+        }
+    }
+
+    bool becomes(const QByteArray &target)
+    {
+        const bool isThere = fchmod(mFile, ordinaryMode & ~maskOfUser()) == 0 && fdatasync(mFile) == 0
+            && std::rename(mName.constData(), target.constData()) == 0;
+        if (isThere)
+            mName.clear();
+        return isThere;
+    }
+
+private:
+    QByteArray mName;
+    int mFile;
+};
+
+/// A link would be replaced without a word, and what it leads to be lost to whoever set it.
+bool canBeReplaced(const QByteArray &target)
+{
+    struct stat status
+    {
+    };
+    return lstat(target.constData(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
-/// Renames the file, or copies it where the target is on another device.
-std::error_code moveFile(const QString &from, const QString &to)
+bool copy(int source, const QByteArray &target)
 {
-    std::error_code error;
-    std::filesystem::rename(nativePath(from), nativePath(to), error);
-    if (error != std::errc::cross_device_link)
-        return error;
-
-    const std::filesystem::path part = nativePath(to + partSuffix());
-    std::filesystem::remove(part, error); // a link planted there must not be followed
-    std::filesystem::copy_file(nativePath(from), part, error);
-    if (!error)
-        std::filesystem::rename(part, nativePath(to), error);
-    std::error_code ignored;
-    std::filesystem::remove(error ? part : nativePath(from), ignored);
-    return error;
-}
-
-bool move(const QString &from, const QString &to, QString *problem)
-{
-    const std::error_code error = moveFile(from, to);
-    if (error)
-        *problem = QStringLiteral("cannot write %1: %2").arg(to, QString::fromStdString(error.message()));
-    return !error;
+    PartFile part(target);
+    return part.isOpen() && part.copyFrom(source) && part.becomes(target);
 }
 } // namespace
 
@@ -57,41 +98,35 @@ OutputFolder::OutputFolder(const QString &path)
 bool OutputFolder::prepare(QString *problem) const
 {
     const QFileInfo folder(mPath);
+    const QString name = Tools::Terminal::printableName(mPath);
     if (folder.exists() && !folder.isDir())
-        *problem = QStringLiteral("%1 is not a folder").arg(mPath);
+        *problem = QStringLiteral("%1 is not a folder").arg(name);
     else if (!QDir().mkpath(mPath))
-        *problem = QStringLiteral("cannot create the folder %1").arg(mPath);
+        *problem = QStringLiteral("cannot create the folder %1").arg(name);
     else if (!QFileInfo(mPath).isWritable() || !QFileInfo(mPath).isExecutable())
-        *problem = QStringLiteral("cannot write into the folder %1").arg(mPath);
+        *problem = QStringLiteral("cannot write into the folder %1").arg(name);
     return problem->isEmpty();
 }
 
-QString OutputFolder::takeResultImage(const QString &file, const QString &outputName, QString *problem) const
+QString OutputFolder::take(const QString &file, const QString &name, QString *problem) const
 {
-    const QString target = QDir(mPath).filePath(outputName + resultSuffix());
-    return move(file, target, problem) ? target : QString();
-}
+    const QString path = QDir(mPath).filePath(name);
+    const QByteArray target = QFile::encodeName(path);
+    const auto refuse = [&](const QString &reason) {
+        *problem = QStringLiteral("cannot write %1: %2").arg(Tools::Terminal::printableName(path), reason);
+        return QString();
+    };
+    if (!canBeReplaced(target))
+        return refuse(QStringLiteral("what is there is not a file"));
 
-bool OutputFolder::takeStepImages(const QString &folder, const QString &outputName, QString *problem) const
-{
-    const QDir steps(folder);
-    const QStringList names = steps.entryList(QDir::Files | QDir::Hidden);
-    return std::all_of(names.cbegin(), names.cend(), [&](const QString &name) {
-        return !name.startsWith(outputName + QLatin1Char('_'))
-            || move(steps.filePath(name), QDir(mPath).filePath(name), problem);
-    });
-}
-
-void OutputFolder::removePartsOf(const QString &outputName) const
-{
-    if (!keepsImages())
-        return;
-    QDir folder(mPath);
-    const QStringList names = folder.entryList(QDir::Files | QDir::Hidden);
-    for (const QString &name : names) {
-        if (name.startsWith(outputName + QLatin1Char('_')) && name.endsWith(partSuffix()))
-            folder.remove(name);
-    }
+    const QByteArray sourceName = QFile::encodeName(file);
+    const int source = open(sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const bool isCopied = source >= 0 && copy(source, target);
+    const int error = errno;
+    if (source >= 0)
+        close(source);
+    unlink(sourceName.constData());
+    return isCopied ? path : refuse(QString::fromLocal8Bit(std::strerror(error)));
 }
 
 QString OutputFolder::resultSuffix()

@@ -5,7 +5,8 @@
 
 namespace Inspect {
 
-/// The folder that keeps the annotated images. A file appears in it whole or not at all.
+/// The folder that keeps the annotated images. A file appears in it whole or not at all, also for another run that
+/// writes there at the same time.
 class OutputFolder
 {
 public:
@@ -17,14 +18,9 @@ public:
 
     bool keepsImages() const { return !mPath.isEmpty(); }
 
-    /// @return the path of the file now, empty if it could not be moved
-    QString takeResultImage(const QString &file, const QString &outputName, QString *problem) const;
-
-    /// Moves all step images of that name out of the folder.
-    bool takeStepImages(const QString &folder, const QString &outputName, QString *problem) const;
-
-    /// Removes what a process that was killed meanwhile has left behind half-written.
-    void removePartsOf(const QString &outputName) const;
+    /// Copies the file, which may take the place of a regular file, but of nothing else, and removes it.
+    /// @return the path of the copy; empty if there is none, and then the problem says why
+    QString take(const QString &file, const QString &name, QString *problem) const;
 
     static QString resultSuffix(); ///< what follows the output name
 

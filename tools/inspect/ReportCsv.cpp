@@ -6,6 +6,7 @@
 #include "Options.h"
 #include "ShortestNumber.h"
 #include "StandardNames.h"
+#include "Terminal.h"
 
 #include <QStringList>
 
@@ -43,13 +44,13 @@ QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
     const FiberInspection::TestResult &result = inspection.result;
     const FiberInspection::InspectionRecord &record = inspection.record;
     QVector<Column> columns{
-        {QStringLiteral("image"), inspection.task.image.path},
+        {QStringLiteral("image"), Tools::Terminal::printableName(inspection.task.image.path)},
         {QStringLiteral("standard"), standardEnumerator(inspection.task.standardId)},
         {QStringLiteral("standardName"), FiberInspection::Standard::name(inspection.task.standardId)},
         {QStringLiteral("error"), text(result.error())},
         {QStringLiteral("reason"), inspection.reason},
         {QStringLiteral("passed"), text(result.passed())},
-        {QStringLiteral("resultImage"), inspection.resultImage},
+        {QStringLiteral("resultImage"), Tools::Terminal::printableName(inspection.resultImage)},
         {QStringLiteral("elapsedMs"), text(record.elapsedMs)},
         {QStringLiteral("pixelSize"), text(record.pixelSize)},
         {QStringLiteral("claddingX"), text(record.cladding.center.x())},

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ReportJson.h"
 
+#include "FileNameCodec.h"
 #include "Inspection.h"
 #include "JsonWriter.h"
 #include "Options.h"
@@ -14,6 +15,14 @@ using FiberInspection::Standard;
 using FiberInspection::ZoneResult;
 
 namespace {
+/// A path that is no text comes a second time, in a form that leads back to the file.
+void writePath(Tools::JsonWriter &json, const char *name, const char *nameOfBytes, const QString &path)
+{
+    json.member(name, path);
+    if (!Tools::FileNameCodec::isText(path))
+        json.member(nameOfBytes, Tools::FileNameCodec::percentEncoded(path));
+}
+
 void writePoint(Tools::JsonWriter &json, const QPointF &point)
 {
     json.beginObject().member("x", point.x()).member("y", point.y()).endObject();
@@ -33,27 +42,25 @@ void writeRule(Tools::JsonWriter &json, const RuleResult &rule)
         .endObject();
 }
 
-void writeDefect(Tools::JsonWriter &json, const Defect &defect)
+void writeDefect(Tools::JsonWriter &json, const Defect &defect, int pixelCount)
 {
     json.beginObject().member("type", defectTypeName(defect.type)).member("size", defect.size);
     writePoint(json.key("center"), defect.enclosingCircle.center);
     json.member("radius", defect.enclosingCircle.radius).key("boundingRect").beginArray();
     for (const QPointF &corner : defect.boundingRectPoints)
         writePoint(json, corner);
-    json.endArray()
-        .member("pixelCount", defect.pixels.size())
-        .member("causesFailure", defect.causesFailure)
-        .endObject();
+    json.endArray().member("pixelCount", pixelCount).member("causesFailure", defect.causesFailure).endObject();
 }
 
-void writeZone(Tools::JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects)
+void writeZone(
+    Tools::JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects, const QVector<int> &pixelCounts)
 {
     json.beginObject().member("violations", zone.violations).key("rules").beginArray();
     for (const RuleResult &rule : zone.rules)
         writeRule(json, rule);
     json.endArray().key("defects").beginArray();
-    for (const Defect &defect : defects)
-        writeDefect(json, defect);
+    for (int i = 0; i < defects.size(); ++i)
+        writeDefect(json, defects.at(i), pixelCounts.at(i));
     json.endArray().endObject();
 }
 
@@ -87,18 +94,18 @@ QByteArray jsonReport(const Inspection &inspection, const Options &options)
 {
     const FiberInspection::TestResult &result = inspection.result;
     Tools::JsonWriter json;
-    json.beginObject()
-        .member("image", inspection.task.image.path)
-        .member("standard", standardEnumerator(inspection.task.standardId))
+    json.beginObject();
+    writePath(json, "image", "imageBytes", inspection.task.image.path);
+    json.member("standard", standardEnumerator(inspection.task.standardId))
         .member("standardName", Standard::name(inspection.task.standardId))
         .member("error", result.error())
         .member("reason", inspection.reason)
-        .member("passed", result.passed())
-        .member("resultImage", inspection.resultImage);
+        .member("passed", result.passed());
+    writePath(json, "resultImage", "resultImageBytes", inspection.resultImage);
     writeMeasurements(json, inspection.record);
     json.key("zones").beginObject();
-    writeZone(json.key("Core"), result.core(), result.coreDefects());
-    writeZone(json.key("Cladding"), result.cladding(), result.claddingDefects());
+    writeZone(json.key("Core"), result.core(), result.coreDefects(), inspection.corePixels);
+    writeZone(json.key("Cladding"), result.cladding(), result.claddingDefects(), inspection.claddingPixels);
     json.endObject();
     if (options.reportsRuns) {
         json.key("repeat")

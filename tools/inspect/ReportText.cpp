@@ -163,28 +163,29 @@ QString textReport(const Inspection &inspection, const Options &options, const T
     QStringList lines = rulesTable(inspection.result, style) + defectsTable(inspection, style);
     lines.append(QString());
     if (!inspection.resultImage.isEmpty())
-        lines.append(QStringLiteral("Annotated image: ") + Tools::Terminal::printable(inspection.resultImage));
+        lines.append(QStringLiteral("Annotated image: ") + Tools::Terminal::printableName(inspection.resultImage));
     if (options.reportsRuns)
         lines.append(repetitionLine(inspection.repetition));
     lines.append(verdictLine(inspection.result, style));
 
-    QString text = style.bold(Tools::Terminal::printable(inspection.task.image.path)) + QStringLiteral("  ")
+    QString text = style.bold(Tools::Terminal::printableName(inspection.task.image.path)) + QStringLiteral("  ")
         + Standard::name(inspection.task.standardId) + QLatin1Char('\n');
     for (const QString &line : lines)
         text += line.isEmpty() ? QStringLiteral("\n") : QStringLiteral("  %1\n").arg(line);
     return text + QLatin1Char('\n');
 }
 
-QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextStyle &style)
+QString textSummary(int passed, int failed, int notAnalysed, int leftOut, const Tools::TextStyle &style)
 {
     const auto count = [](int number, const char *what) {
         return QStringLiteral("%1 %2").arg(number).arg(QLatin1String(what));
     };
     const QString failures = count(failed, "failed");
     const QString errors = count(notAnalysed, "not analysed");
-    return QStringLiteral("%1: %2, %3, %4\n")
+    const QString rest = leftOut > 0 ? QStringLiteral(", ") + style.bad(count(leftOut, "left out")) : QString();
+    return QStringLiteral("%1: %2, %3, %4%5\n")
         .arg(count(passed + failed + notAnalysed, "inspections"), style.good(count(passed, "passed")),
-            failed > 0 ? style.bad(failures) : failures, notAnalysed > 0 ? style.bad(errors) : errors);
+            failed > 0 ? style.bad(failures) : failures, notAnalysed > 0 ? style.bad(errors) : errors, rest);
 }
 
 QString standardsText(const Tools::TextStyle &style)

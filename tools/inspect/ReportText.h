@@ -16,7 +16,7 @@ struct Options;
 QString textReport(const Inspection &inspection, const Options &options, const Tools::TextStyle &style);
 
 /// The line behind all reports.
-QString textSummary(int passed, int failed, int notAnalysed, const Tools::TextStyle &style);
+QString textSummary(int passed, int failed, int notAnalysed, int leftOut, const Tools::TextStyle &style);
 
 /// All standards with their zones and criteria.
 QString standardsText(const Tools::TextStyle &style);

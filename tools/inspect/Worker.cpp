@@ -1,85 +1,43 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Worker.h"
 
-#include "FiberInspection/AnalyserPrivate.h"
+#include "Fetcher.h"
+#include "Inspection.h"
+#include "InspectionMessage.h"
+#include "Pictures.h"
+#include "Process.h"
 #include "WorkDir.h"
 
 #include <QFile>
+#include <QImageReader>
+#include <QLoggingCategory>
 
-#include <cerrno>
-#include <csignal>
+#include <opencv2/core.hpp>
+
+#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <malloc.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Inspect {
 
 namespace {
-constexpr mode_t ownerOnly = 0600;
+constexpr qint64 smallImage = 1024 * 1024; // bytes of the file
+constexpr quint64 memoryForSmallImage = 400ULL * 1024 * 1024; // bytes
 
-QString workPath(const Session &session, const QString &name)
+QString lastWordsPath(const QString &folder)
 {
-    return session.temporaryFolder + QLatin1Char('/') + name;
+    return folder + QStringLiteral("/stderr");
 }
 
-QString lastWordsPath(const Session &session, const QString &name)
+/// Nothing that a codec prints may get between the reports, or to the terminal as it is.
+void redirectMessages(const QString &folder)
 {
-    return workPath(session, name) + QStringLiteral("/stderr");
-}
-
-bool redirect(int stream, const char *path, int flags)
-{
-    const int file = open(path, flags | O_CLOEXEC, ownerOnly);
-    const bool redirected = file >= 0 && dup2(file, stream) >= 0;
-    if (file >= 0)
-        close(file);
-    return redirected;
-}
-
-/// Nothing that a codec prints may get between the reports, and nothing of the parent's may be kept open.
-void redirectStreams(const Session &session, const QString &name)
-{
-    redirect(STDIN_FILENO, "/dev/null", O_RDONLY);
-    redirect(STDOUT_FILENO, "/dev/null", O_WRONLY);
-    if (session.options.verbose)
-        return;
-    const QByteArray lastWords = QFile::encodeName(lastWordsPath(session, name));
-    if (!redirect(STDERR_FILENO, lastWords.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND))
-        redirect(STDERR_FILENO, "/dev/null", O_WRONLY);
-}
-
-bool receive(int socket, void *data, std::size_t size)
-{
-    ssize_t received = -1;
-    do {
-        received = recv(socket, data, size, MSG_WAITALL);
-    } while (received < 0 && errno == EINTR);
-    return received == static_cast<ssize_t>(size);
-}
-
-bool send(int socket, const char *data, std::size_t size)
-{
-    while (size > 0) {
-        const ssize_t sent = ::send(socket, data, size, MSG_NOSIGNAL);
-        if (sent < 0 && errno != EINTR)
-            return false;
-        data += qMax<ssize_t>(sent, 0);
-        size -= static_cast<std::size_t>(qMax<ssize_t>(sent, 0));
-    }
-    return true;
-}
-
-bool send(int socket, const Report &report)
-{
-    const ReportHeader header{static_cast<quint32>(report.output.size()), static_cast<quint32>(report.messages.size()),
-        static_cast<quint32>(report.verdict)};
-    QByteArray bytes(reinterpret_cast<const char *>(&header), sizeof header);
-    bytes += report.output;
-    bytes += report.messages;
-    return send(socket, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    const QByteArray lastWords = QFile::encodeName(lastWordsPath(folder));
+    if (!Process::redirect(STDERR_FILENO, lastWords.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND))
+        Process::redirect(STDERR_FILENO, "/dev/null", O_WRONLY);
 }
 
 /// Keeps the memory of one image for the next one: giving it back and asking again costs a fifth of an analysis.
@@ -91,41 +49,79 @@ void keepFreedMemory()
     mallopt(M_TRIM_THRESHOLD, mostKeptMemory);
 }
 
-void work(const Session &session, const QString &name, int socket)
+Sandbox::Budget budgetFor(int image, const Options &options)
 {
-    const Tools::WorkDir workDir(workPath(session, name));
-    redirectStreams(session, name);
+    struct stat status
+    {
+    };
+    const bool isSmall = fstat(image, &status) == 0 && status.st_size <= smallImage;
+    return {isSmall ? memoryForSmallImage : Sandbox::mostMemory,
+        static_cast<quint64>(options.timeout) * static_cast<quint64>(options.repeat)};
+}
+
+void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
+{
+    const Tools::WorkDir workDir(folder);
+    redirectMessages(folder);
+    const Pictures pictures(folder);
     cv::setNumThreads(1); // the images are what runs in parallel
     keepFreedMemory();
+    if (session.options.verbose)
+        QLoggingCategory::setFilterRules({});
 
-    for (quint32 number = 0; receive(socket, &number, sizeof number);) {
-        if (!session.options.verbose)
-            static_cast<void>(ftruncate(STDERR_FILENO, 0));
-        const Task &task = session.tasks[static_cast<int>(number)];
-        const Inspection inspection = inspect(task, session.options, workDir, session.output);
-        if (!send(socket, makeReport(inspection, session.options, session.style)))
+    const char *problem = pictures.prepare(image) ? nullptr : "the link to the image";
+    Sandbox sandbox;
+    if (!problem)
+        problem = sandbox.enter(QFile::encodeName(folder));
+    if (problem) {
+        Tools::Terminal::tell(QStringLiteral("the analysis cannot be shut in: %1").arg(QLatin1String(problem)));
+        return;
+    }
+
+    for (Fetched fetch; Process::readAll(fetched, &fetch, sizeof fetch);) {
+        static_cast<void>(ftruncate(STDERR_FILENO, 0));
+        sandbox.setBudget(budgetFor(image, session.options));
+        const Task &task = session.tasks[static_cast<int>(fetch.task)];
+        const Inspection inspection = fetch.problem == Fetched::None
+            ? inspect(task, session.options, pictures)
+            : notAnalysed(task, QStringLiteral("Failed to load image: ") + fetch.text());
+        const QByteArray message = InspectionMessage::toBytes(inspection);
+        if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))
             return;
     }
 }
 } // namespace
 
-void runWorker(const Session &session, const QString &name, int socket)
+void prepareForWorkers()
 {
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    try {
-        work(session, name, socket);
-    } catch (const std::exception &exception) {
-        Tools::Terminal::tell(QString::fromUtf8(exception.what()));
-        _exit(EXIT_FAILURE);
-    }
-    _exit(EXIT_SUCCESS); // what was inherited, such as the temporary folder, is the parent's to clean up
+    QImageReader::supportedImageFormats(); // loads the plug-ins
 }
 
-QByteArray lastWordsOfWorker(const Session &session, const QString &name)
+void runWorker(const Session &session, const QString &folder, int fetched, int inspections, int image)
 {
-    constexpr qint64 most = 16384; // bytes
-    QFile file(lastWordsPath(session, name));
-    return file.open(QIODevice::ReadOnly) ? file.read(most) : QByteArray();
+    Process::begin("inspect-worker", {fetched, inspections, image});
+    try {
+        work(session, folder, fetched, inspections, image);
+    } catch (const std::exception &exception) {
+        Tools::Terminal::tell(QString::fromUtf8(exception.what()));
+    }
+    _exit(EXIT_FAILURE); // what was inherited, such as the temporary folder, is the parent's to clean up
+}
+
+QByteArray lastWordsOfWorker(const QString &folder)
+{
+    constexpr qint64 most = 256 * 1024; // bytes
+    const int words = open(QFile::encodeName(lastWordsPath(folder)).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    QFile file;
+    if (words < 0 || !file.open(words, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return {};
+    QByteArray printable;
+    const QList<QByteArray> lines = file.read(most).split('\n');
+    for (const QByteArray &line : lines) {
+        if (!line.isEmpty())
+            printable += Tools::Terminal::printable(QString::fromLocal8Bit(line)).toUtf8() + '\n';
+    }
+    return printable;
 }
 
 } // namespace Inspect

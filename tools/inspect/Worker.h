@@ -3,7 +3,7 @@
 
 #include "Options.h"
 #include "OutputFolder.h"
-#include "Report.h"
+#include "Sandbox.h"
 #include "Task.h"
 #include "Terminal.h"
 
@@ -19,19 +19,17 @@ struct Session
     const QString temporaryFolder;
 };
 
-/// Before the report of a task comes this, in the byte order of the machine.
-struct ReportHeader
-{
-    quint32 outputSize = 0;
-    quint32 messagesSize = 0;
-    quint32 verdict = 0;
-};
+/// Loads what a worker cannot load any more once it is shut in; once, before the first is forked.
+void prepareForWorkers();
 
-/// The life of a worker process: numbers of tasks come in through the socket, reports go out, until it is closed.
-/// @param name of its own folder within the temporary one
-[[noreturn]] void runWorker(const Session &session, const QString &name, int socket);
+/// The life of a worker process: what the fetcher says comes in, inspections go out, until the fetcher is gone. The
+/// process is shut into a sandbox before it sees the first image.
+/// @param folder of its own
+/// @param image file descriptor of the bytes of the image at hand
+[[noreturn]] void runWorker(const Session &session, const QString &folder, int fetched, int inspections, int image);
 
-/// What a worker has written to stderr during its last task; codecs and sanitizers do.
-QByteArray lastWordsOfWorker(const Session &session, const QString &name);
+/// What a worker has written to stderr during its last task; codecs and sanitizers do, and the log under --verbose.
+/// Fit for the terminal.
+QByteArray lastWordsOfWorker(const QString &folder);
 
 } // namespace Inspect

@@ -1,12 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "WorkerPool.h"
 
+#include "Fetcher.h"
+#include "InspectionMessage.h"
+#include "Process.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <poll.h>
-#include <sys/socket.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +22,10 @@ namespace Inspect {
 
 namespace {
 constexpr int idle = -1;
+
+/// The longest that is waited, and counted against a task, at once: a run that was stopped for a while, or that waits
+/// for the reader of its report, shall not take its workers for slow.
+constexpr int longestWait = 500; // milliseconds
 
 QString describeEnd(int status)
 {
@@ -25,33 +37,51 @@ QString describeEnd(int status)
     return QStringLiteral("the analysis ended unexpectedly with code %1").arg(WEXITSTATUS(status));
 }
 
-int endProcess(pid_t pid)
+/// One end that reads and one that writes; both are closed with their owner unless they were taken.
+class Pipe
 {
-    int status = 0;
-    kill(pid, SIGKILL); // without effect on one that has ended already
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {}
-    return status;
-}
+public:
+    Pipe() { static_cast<void>(pipe2(mEnds, O_CLOEXEC)); }
+    ~Pipe()
+    {
+        for (const int end : mEnds) {
+            if (end >= 0)
+                close(end);
+        }
+    }
+    Pipe(const Pipe &) = delete;
+    Pipe &operator=(const Pipe &) = delete;
 
-/// Takes one report off the front of the bytes, once it is there as a whole.
-std::optional<Report> takeReport(QByteArray *bytes)
+    bool isOpen() const { return mEnds[0] >= 0; }
+    int reading() const { return mEnds[0]; }
+    int writing() const { return mEnds[1]; }
+    int takeReading() { return std::exchange(mEnds[0], -1); }
+    int takeWriting() { return std::exchange(mEnds[1], -1); }
+
+private:
+    int mEnds[2] = {-1, -1};
+};
+
+class Memory
 {
-    ReportHeader header;
-    if (bytes->size() < static_cast<int>(sizeof header))
-        return std::nullopt;
-    std::memcpy(&header, bytes->constData(), sizeof header);
-    const qint64 size = qint64(sizeof header) + header.outputSize + header.messagesSize;
-    if (bytes->size() < size)
-        return std::nullopt;
+public:
+    Memory()
+        : mFile(memfd_create("image", MFD_CLOEXEC))
+    {
+    }
+    ~Memory()
+    {
+        if (mFile >= 0)
+            close(mFile);
+    }
+    Memory(const Memory &) = delete;
+    Memory &operator=(const Memory &) = delete;
 
-    Report report;
-    report.verdict = static_cast<Verdict>(header.verdict);
-    report.output = bytes->mid(sizeof header, static_cast<int>(header.outputSize));
-    report.messages =
-        bytes->mid(static_cast<int>(sizeof header + header.outputSize), static_cast<int>(header.messagesSize));
-    bytes->clear(); // a worker has one task at a time
-    return report;
-}
+    int file() const { return mFile; }
+
+private:
+    int mFile;
+};
 } // namespace
 
 WorkerPool::WorkerPool(const Session &session, int size)
@@ -59,17 +89,17 @@ WorkerPool::WorkerPool(const Session &session, int size)
     , mSize(static_cast<std::size_t>(size))
 {
     mWorkers.reserve(mSize);
+    prepareForWorkers();
 }
 
 void WorkerPool::endAll()
 {
-    for (const Worker &worker : mWorkers)
-        kill(worker.pid, SIGKILL); // first all, then wait
-    for (const Worker &worker : mWorkers) {
-        endProcess(worker.pid);
-        close(worker.socket);
+    for (const Worker &worker : mWorkers) { // first all, then wait
+        kill(worker.pid, SIGKILL);
+        kill(worker.fetcher, SIGKILL);
     }
-    mWorkers.clear();
+    while (!mWorkers.empty())
+        bury(mWorkers.back());
 }
 
 bool WorkerPool::hasIdle() const
@@ -84,13 +114,14 @@ void WorkerPool::start(int task)
     if (!worker)
         worker = forkWorker();
     if (!worker) {
-        mOutcomes.push_back({task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}});
+        mOutcomes.push_back(
+            {task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}, {}});
         return;
     }
     worker->task = task;
+    worker->timeLeft = qint64(mSession.options.timeout) * mSession.options.repeat * 1000;
     const auto number = static_cast<quint32>(task);
-    // Should it be dead already, reading from it tells.
-    static_cast<void>(::send(worker->socket, &number, sizeof number, MSG_NOSIGNAL));
+    Process::writeAll(worker->requests, &number, sizeof number); // should it be dead already, reading from it tells
 }
 
 std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
@@ -102,25 +133,44 @@ std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
 
     std::vector<pollfd> watched{{fileDescriptor, POLLIN, 0}};
     for (const Worker &worker : mWorkers)
-        watched.push_back({worker.socket, POLLIN, 0});
-    if (poll(watched.data(), watched.size(), -1) < 0)
+        watched.push_back({worker.inspections, POLLIN, 0});
+    const int longest = timeUntilNextLook();
+    QElapsedTimer timer;
+    timer.start();
+    if (poll(watched.data(), watched.size(), longest) < 0)
         return {};
+    const qint64 elapsed = qMin<qint64>(timer.elapsed(), longest);
 
     for (std::size_t i = watched.size() - 1; i > 0; --i) { // backwards: a dead worker is taken out
         if (watched[i].revents != 0)
             readFrom(mWorkers[i - 1], &outcomes);
     }
+    endOverdue(elapsed, &outcomes);
     return outcomes;
 }
 
-std::vector<int> WorkerPool::tasksAtWork() const
+int WorkerPool::timeUntilNextLook() const
 {
-    std::vector<int> tasks;
+    qint64 time = longestWait;
     for (const Worker &worker : mWorkers) {
         if (worker.task != idle)
-            tasks.push_back(worker.task);
+            time = qMin(time, qMax<qint64>(worker.timeLeft, 1));
     }
-    return tasks;
+    return static_cast<int>(time);
+}
+
+void WorkerPool::endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes)
+{
+    for (std::size_t i = mWorkers.size(); i-- > 0;) {
+        Worker &worker = mWorkers[i];
+        if (worker.task == idle)
+            continue;
+        worker.timeLeft -= elapsed;
+        if (worker.timeLeft > 0)
+            continue;
+        const int seconds = mSession.options.timeout * mSession.options.repeat;
+        outcomes->push_back(bury(worker, QStringLiteral("timed out after %1 s").arg(seconds)));
+    }
 }
 
 WorkerPool::Worker *WorkerPool::idleWorker()
@@ -132,33 +182,34 @@ WorkerPool::Worker *WorkerPool::idleWorker()
 
 WorkerPool::Worker *WorkerPool::forkWorker()
 {
-    int sockets[2] = {-1, -1};
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets) != 0)
+    Pipe requests;
+    Pipe fetched;
+    Pipe inspections;
+    const Memory image;
+    const QString folder = mSession.temporaryFolder + QLatin1Char('/') + QString::number(++mForked);
+    if (!requests.isOpen() || !fetched.isOpen() || !inspections.isOpen() || image.file() < 0)
         return nullptr;
 
-    const QString name = QString::number(++mForked);
+    const pid_t fetcher = fork();
+    if (fetcher == 0)
+        runFetcher(mSession, requests.reading(), fetched.writing(), image.file());
+    if (fetcher < 0)
+        return nullptr;
     const pid_t pid = fork();
-    if (pid == 0) {
-        for (const Worker &other : mWorkers)
-            close(other.socket); // or the others would not notice that the parent is gone
-        close(sockets[0]);
-        runWorker(mSession, name, sockets[1]);
-    }
-    close(sockets[1]);
+    if (pid == 0)
+        runWorker(mSession, folder, fetched.reading(), inspections.writing(), image.file());
     if (pid < 0) {
-        close(sockets[0]);
+        Process::end(fetcher);
         return nullptr;
     }
-    mWorkers.push_back({pid, sockets[0], name, idle, {}});
+    mWorkers.push_back({pid, fetcher, requests.takeWriting(), inspections.takeReading(), folder, idle, 0, {}});
     return &mWorkers.back();
 }
 
 void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
 {
     char buffer[64 * 1024];
-    const ssize_t size = recv(worker.socket, buffer, sizeof buffer, MSG_DONTWAIT);
-    if (size < 0 && (errno == EAGAIN || errno == EINTR))
-        return;
+    const ssize_t size = Process::read(worker.inspections, buffer, sizeof buffer);
     if (size <= 0) {
         Outcome outcome = bury(worker);
         if (outcome.task != idle)
@@ -167,17 +218,30 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     }
 
     worker.received.append(buffer, static_cast<int>(size));
-    if (std::optional<Report> report = takeReport(&worker.received)) {
-        outcomes->push_back({worker.task, std::move(report), {}, {}});
+    bool isDamaged = worker.task == idle; // nobody asked
+    std::optional<Inspection> inspection;
+    if (!isDamaged)
+        inspection = InspectionMessage::take(&worker.received, mSession.tasks[worker.task], &isDamaged);
+    if (isDamaged) {
+        Outcome outcome = bury(worker, QStringLiteral("the analysis sent what is no report"));
+        if (outcome.task != idle)
+            outcomes->push_back(std::move(outcome));
+    } else if (inspection) {
+        const QByteArray log = mSession.options.verbose ? lastWordsOfWorker(worker.folder) : QByteArray();
+        outcomes->push_back({worker.task, std::move(inspection), {}, worker.folder, log});
         worker.task = idle;
     }
 }
 
-WorkerPool::Outcome WorkerPool::bury(Worker &worker)
+WorkerPool::Outcome WorkerPool::bury(Worker &worker, const QString &reason)
 {
-    const int status = endProcess(worker.pid);
-    close(worker.socket);
-    Outcome outcome{worker.task, std::nullopt, describeEnd(status), lastWordsOfWorker(mSession, worker.name)};
+    Process::end(worker.fetcher);
+    const int status = Process::end(worker.pid);
+    close(worker.requests);
+    close(worker.inspections);
+    Outcome outcome{worker.task, std::nullopt, reason.isEmpty() ? describeEnd(status) : reason, {},
+        lastWordsOfWorker(worker.folder)};
+    QDir(worker.folder).removeRecursively();
     mWorkers.erase(mWorkers.begin() + (&worker - mWorkers.data()));
     return outcome;
 }

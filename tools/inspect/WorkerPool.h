@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Inspection.h"
 #include "Worker.h"
 
 #include <optional>
@@ -10,17 +11,18 @@
 namespace Inspect {
 
 /// Processes that analyse, forked from this one as they are needed: starting a program anew would cost several times an
-/// analysis, because of the many libraries behind the image codecs. A process that dies costs only its task.
-/// The owner must not have threads.
+/// analysis, because of the many libraries behind the image codecs. Each has a fetcher at its side. Two that die, or
+/// take too long, cost only their task. The owner must not have threads.
 class WorkerPool
 {
 public:
     struct Outcome
     {
         int task = -1;
-        std::optional<Report> report;
-        QString reason; ///< why there is no report
-        QByteArray lastWords; ///< what the process wrote to stderr before it died
+        std::optional<Inspection> inspection;
+        QString reason; ///< why there is no inspection
+        QString folder; ///< of the worker, with the pictures that it kept until it gets its next task
+        QByteArray lastWords; ///< what the process wrote to stderr, when it died or the log is wanted
     };
 
     WorkerPool(const Session &session, int size);
@@ -33,27 +35,30 @@ public:
     /// Gives the task to an idle process, or to a new one.
     void start(int task);
 
-    /// Waits until something is done, or until the file descriptor can be read.
+    /// Waits until something is done, or until the file descriptor can be read, or a moment is over.
     std::vector<Outcome> wait(int fileDescriptor);
 
     void endAll(); ///< whatever the processes are doing
-
-    std::vector<int> tasksAtWork() const;
 
 private:
     struct Worker
     {
         pid_t pid = 0;
-        int socket = -1;
-        QString name;
+        pid_t fetcher = 0;
+        int requests = -1; ///< to the fetcher
+        int inspections = -1; ///< from the worker
+        QString folder;
         int task = -1; ///< -1 when idle
+        qint64 timeLeft = 0; ///< milliseconds for the task
         QByteArray received;
     };
 
     Worker *idleWorker();
     Worker *forkWorker();
+    int timeUntilNextLook() const;
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
-    Outcome bury(Worker &worker); ///< of a process that does not go on
+    void endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes);
+    Outcome bury(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
 
     const Session &mSession;
     std::size_t mSize;

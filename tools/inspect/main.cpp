@@ -2,13 +2,13 @@
 #include "Batch.h"
 #include "CommandLine.h"
 #include "ExitCode.h"
+#include "FileNameCodec.h"
 #include "ReportText.h"
 #include "StopSignals.h"
 #include "TemporaryFolder.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
-#include <QTextCodec>
 
 #include <unistd.h>
 
@@ -21,24 +21,33 @@ void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
     Tools::Terminal::write(STDERR_FILENO, (Tools::Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
 }
 
-void setUpLog(bool verbose)
+/// Only the workers have something to log, and they ask for it.
+void setUpLog()
 {
     qInstallMessageHandler(logToStderr);
-    if (!verbose)
-        QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
 }
 
 int print(const QString &text)
 {
     Tools::StopSignals signals;
     Tools::StandardOutput output(&signals);
-    return output.write(text.toUtf8()) ? AllPassed : SomeNotAnalysed;
+    return output.write(text.toUtf8()) ? AllPassed : NotWritten;
 }
 
 int refuse(const QString &problem)
 {
     Tools::Terminal::tell(problem);
     return WrongUsage;
+}
+
+/// A kernel may lack what the workers are shut in with.
+void tellWhatIsOpen(const Sandbox::Support &support)
+{
+    if (!support.filtersFiles)
+        Tools::Terminal::tell(QStringLiteral("this kernel has no Landlock: the analysis can open files"));
+    if (!support.filtersCalls)
+        Tools::Terminal::tell(QStringLiteral("this kernel has no seccomp: the analysis can make any system call"));
 }
 
 int inspectAll(const Options &options)
@@ -48,25 +57,31 @@ int inspectAll(const Options &options)
     if (output.keepsImages() && !output.prepare(&problem))
         return refuse(problem);
 
-    const QVector<Task> tasks = makeTasks(listImages(options.operands), options);
+    const ImageList list = ImageList::of(options.operands);
+    for (const Tools::FolderListing::LeftOut &entry : list.leftOut)
+        Tools::Terminal::tell(
+            QStringLiteral("%1: left out: %2").arg(Tools::Terminal::printableName(entry.path), entry.reason));
+    if (options.verbose)
+        tellWhatIsOpen(Sandbox::support());
+    const QVector<Task> tasks = makeTasks(list.images, options);
 
     Tools::StopSignals signals;
     const Tools::TemporaryFolder temporaryFolder(QCoreApplication::applicationName());
     if (!temporaryFolder.isValid()) {
         Tools::Terminal::tell(
             QStringLiteral("cannot create a temporary folder in %1").arg(Tools::TemporaryFolder::parentPath()));
-        return SomeNotAnalysed;
+        return NoMeans;
     }
     const Tools::TextStyle style(options.isForPerson() && Tools::Terminal::hasColors(STDOUT_FILENO));
     const Session session{options, output, tasks, style, temporaryFolder.path()};
-    return Batch(session, &signals).run();
+    return Batch(session, list.leftOut.size(), &signals).run();
 }
 } // namespace
 
 int main(int argc, char *argv[])
 {
     Tools::Terminal::reserveStandardStreams();
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8")); // file names, whatever the locale is
+    Tools::FileNameCodec::install();
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantor-inspect"));
 
@@ -76,7 +91,7 @@ int main(int argc, char *argv[])
     if (const QString answer = commandLine.answer(); !answer.isEmpty())
         return print(answer);
     const Options &options = commandLine.options();
-    setUpLog(options.verbose);
+    setUpLog();
 
     if (options.action == Options::Action::ListStandards)
         return print(standardsText(Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO))));

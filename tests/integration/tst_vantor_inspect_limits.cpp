@@ -1,0 +1,319 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "InspectProgram.h"
+#include "JsonOutput.h"
+#include "PaintedFaces.h"
+#include "SmallDisk.h"
+
+#include <QtTest>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+constexpr int images = 40; // of a batch
+constexpr qint64 kibibyte = 1024;
+constexpr qint64 mebibyte = 1024 * kibibyte;
+constexpr qint64 mostMemoryForSmallFile = 512 * mebibyte;
+constexpr int patience = 30000; // milliseconds
+
+const QString timedOut = QStringLiteral("timed out after 1 s");
+
+QStringList reasonsIn(const std::vector<QJsonObject> &objects)
+{
+    QStringList reasons;
+    for (const QJsonObject &object : objects) {
+        if (object[QStringLiteral("error")].toBool())
+            reasons.append(object[QStringLiteral("reason")].toString());
+    }
+    return reasons;
+}
+
+/// Bytes; of the largest process that this one has waited for, and of theirs.
+qint64 largestProcess()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return usage.ru_maxrss * kibibyte;
+}
+
+QByteArray bigEndian(int value)
+{
+    return QByteArray(1, static_cast<char>(value >> 8)) + static_cast<char>(value & 0xFF);
+}
+
+QByteArray frameHeader(int side)
+{
+    return QByteArray::fromHex("FFC0000B08") + bigEndian(side) + bigEndian(side) + QByteArray::fromHex("01011100");
+}
+
+/// A grey JPEG that says how large it is, and ends there.
+QByteArray jpegWithoutData(int side)
+{
+    return QByteArray::fromHex("FFD8FFDB004300") + QByteArray(64, 1) + frameHeader(side)
+        + QByteArray::fromHex(
+            "FFC40014000100000000000000000000000000000000FFC4001410010000000000000000000000000000000000"
+            "FFDA0008010100003F00FFD9");
+}
+} // namespace
+
+class TestVantorInspectLimits : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir mFolder;
+    QString mGood;
+    QString mBad;
+
+    QString in(const QString &name) const { return mFolder.filePath(name); }
+
+    QStringList batch(int timeout) const
+    {
+        QStringList arguments{
+            QStringLiteral("--json"), QStringLiteral("--jobs=2"), QStringLiteral("--timeout=%1").arg(timeout)};
+        for (int i = 0; i < images; ++i)
+            arguments.append(mGood);
+        return arguments;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        mGood = in(QStringLiteral("good.png"));
+        mBad = in(QStringLiteral("bad.png"));
+        QVERIFY(goodFace().save(mGood));
+        QVERIFY(badFace().save(mBad));
+    }
+
+    // --- time
+
+    void aStoppedProcessIsGivenUpAndTheOthersGoOn_data()
+    {
+        QTest::addColumn<bool>("fetcher");
+        QTest::newRow("the worker") << false;
+        QTest::newRow("its fetcher") << true;
+    }
+
+    void aStoppedProcessIsGivenUpAndTheOthersGoOn()
+    {
+        QFETCH(bool, fetcher);
+        InspectProgram program;
+        program.begin(batch(1));
+        const std::vector<qint64> workers = program.workers(2);
+        const std::vector<qint64> fetchers = program.fetchers(2);
+        QCOMPARE(workers.size(), std::size_t(2));
+        const qint64 stopped = fetcher ? fetchers.at(0) : workers.at(0);
+        QCOMPARE(kill(static_cast<pid_t>(stopped), SIGSTOP), 0);
+
+        QVERIFY(program.waitForEnd(patience));
+
+        QCOMPARE(program.exitCode(), 2);
+        const std::vector<QJsonObject> objects = jsonLines(program.readAllStandardOutput());
+        QCOMPARE(objects.size(), std::size_t(images));
+        QCOMPARE(reasonsIn(objects), QStringList{timedOut});
+        QVERIFY(!processExists(stopped));
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    // Opening a file that somebody holds a lease on waits until that is given back.
+    void aFileThatBlocksIsGivenUp()
+    {
+        const QString path = in(QStringLiteral("leased.png"));
+        QVERIFY(QFile::copy(mGood, path));
+        const int lease = open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
+        std::signal(SIGIO, SIG_IGN); // asks to give it back
+        if (fcntl(lease, F_SETLEASE, F_WRLCK) != 0)
+            QSKIP("this file system has no leases");
+
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--timeout=1"), mGood, path, mGood});
+        const bool hasEnded = program.waitForEnd(patience);
+        close(lease);
+
+        QVERIFY(hasEnded);
+        QCOMPARE(program.exitCode(), 2);
+        const std::vector<QJsonObject> objects = jsonLines(program.readAllStandardOutput());
+        QCOMPARE(objects.size(), std::size_t(3));
+        QCOMPARE(reasonsIn(objects), QStringList{timedOut});
+        QCOMPARE(objects[1][QStringLiteral("error")].toBool(), true);
+    }
+
+    void aRunThatIsStoppedForAWhileTakesNoImageForSlow()
+    {
+        InspectProgram program;
+        program.begin(batch(1));
+        std::vector<qint64> all = program.workers(2);
+        QCOMPARE(all.size(), std::size_t(2));
+        for (const qint64 fetcher : program.fetchers(2))
+            all.push_back(fetcher);
+        all.push_back(program.processId());
+        for (const int signal : {SIGSTOP, SIGCONT}) {
+            for (const qint64 process : all)
+                kill(static_cast<pid_t>(process), signal);
+            if (signal == SIGSTOP)
+                QTest::qWait(1500); // longer than an image may take
+        }
+
+        QVERIFY(program.waitForEnd(patience));
+
+        QCOMPARE(program.exitCode(), 0);
+    }
+
+    // --- memory
+
+    void aFewBytesTakeLittleMemory_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("legal size, no data") << jpegWithoutData(8190);
+        QTest::newRow("two frame headers") << jpegWithoutData(32000) + frameHeader(64) + QByteArray::fromHex("FFD9");
+        QTest::newRow("frame headers before the data")
+            << jpegWithoutData(32000).insert(2, frameHeader(64)) + QByteArray::fromHex("FFD9");
+    }
+
+    void aFewBytesTakeLittleMemory()
+    {
+#if defined(__SANITIZE_ADDRESS__)
+        QSKIP("the sanitizer takes terabytes of address space");
+#endif
+        QFETCH(QByteArray, bytes);
+        QFile file(in(QStringLiteral("bomb.jpg")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+        file.close();
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), file.fileName(), mGood});
+
+        QCOMPARE(run.exitCode, 2);
+        const std::vector<QJsonObject> objects = jsonLines(run.output);
+        QCOMPARE(objects.size(), std::size_t(2));
+        QCOMPARE(objects[0][QStringLiteral("error")].toBool(), true);
+        QCOMPARE(objects[1][QStringLiteral("passed")].toBool(), true);
+        QVERIFY2(largestProcess() < mostMemoryForSmallFile, qPrintable(QString::number(largestProcess() / mebibyte)));
+    }
+
+    void aFileThatIsTooLongIsNotRead()
+    {
+        const QString path = in(QStringLiteral("long.jpg"));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(300 * mebibyte)); // without blocks
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), path});
+
+        QCOMPARE(run.exitCode, 2);
+        QCOMPARE(jsonLines(run.output).at(0)[QStringLiteral("reason")].toString(),
+            QStringLiteral("Failed to load image: 314572800 bytes are too many"));
+    }
+
+    // --- what is written
+
+    void aFullDiskBehindTheOutputFolderIsAnError()
+    {
+        QTemporaryDir out;
+        const SmallDisk disk(out.path(), 256);
+        if (!disk.problem().isEmpty())
+            QSKIP(qPrintable(disk.problem()));
+        const DiskFilling filling(out.path(), 0);
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--out"), out.path(), mGood, mBad});
+
+        QCOMPARE(run.exitCode, 74);
+        const std::vector<QJsonObject> objects = jsonLines(run.output);
+        QCOMPARE(objects.size(), std::size_t(2));
+        QCOMPARE(objects[0][QStringLiteral("passed")].toBool(), true);
+        QCOMPARE(objects[0][QStringLiteral("resultImage")].toString(), QString());
+        QCOMPARE(run.messageLines().size(), 2);
+        QCOMPARE(run.messageLines().at(0),
+            QStringLiteral("vantor-inspect: cannot write %1/good_result.jpg: No space left on device").arg(out.path()));
+        QCOMPARE(QDir(out.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+            QStringList{QStringLiteral("filling")});
+    }
+
+    void aLinkInTheOutputFolderIsNotReplacedAndNotFollowed()
+    {
+        QTemporaryDir out;
+        const QString precious = in(QStringLiteral("precious"));
+        QFile file(precious);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("precious") == 8);
+        file.close();
+        const QString link = out.filePath(QStringLiteral("good_result.jpg"));
+        QVERIFY(QFile::link(precious, link));
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--out"), out.path(), mGood});
+
+        QCOMPARE(run.exitCode, 74);
+        QCOMPARE(run.messageLines(),
+            QStringList{QStringLiteral("vantor-inspect: cannot write %1: what is there is not a file").arg(link)});
+        QCOMPARE(QFileInfo(link).symLinkTarget(), precious);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("precious"));
+    }
+
+    void theHalfFileOfAnotherRunIsLeftAlone()
+    {
+        QTemporaryDir out(QStringLiteral("/dev/shm/vantor-test-XXXXXX"));
+        QFile part(out.filePath(QStringLiteral("good_result.jpg.vantor-inspect.part")));
+        QVERIFY(part.open(QIODevice::WriteOnly) && part.write("half") == 4);
+        part.close();
+
+        const InspectRun run = runInspect({QStringLiteral("--out"), out.path(), mGood});
+
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(part.open(QIODevice::ReadOnly));
+        QCOMPARE(part.readAll(), QByteArray("half"));
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    }
+
+    void runsIntoOneFolderDoNotDisturbEachOther()
+    {
+        QTemporaryDir out(QStringLiteral("/dev/shm/vantor-test-XXXXXX"));
+        const QStringList arguments{QStringLiteral("--json"), QStringLiteral("--standard=all"),
+            QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), mGood, mBad};
+        InspectProgram one;
+        InspectProgram other;
+        one.begin(arguments);
+        other.begin(arguments);
+        QVERIFY(one.waitForEnd());
+        QVERIFY(other.waitForEnd());
+
+        for (InspectProgram *const program : {&one, &other}) {
+            QCOMPARE(program->readAllStandardError(), QByteArray());
+            QCOMPARE(program->exitCode(), 1);
+        }
+        const QStringList files = QDir(out.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+        QCOMPARE(files.size(), 10 * 15);
+        for (const QString &file : files)
+            QVERIFY2(!QImage(out.filePath(file)).isNull(), qPrintable(file));
+    }
+
+    void picturesGetTheModeThatTheUserWants()
+    {
+        QTemporaryDir out;
+        InspectProgram program;
+        program.beginThrough(
+            {QStringLiteral("sh"), QStringLiteral("-c"), QStringLiteral("umask 027; exec \"$0\" \"$@\"")},
+            {QStringLiteral("--out"), out.path(), mGood});
+        QVERIFY(program.waitForEnd());
+
+        struct stat status
+        {
+        };
+        QCOMPARE(stat(QFile::encodeName(out.filePath(QStringLiteral("good_result.jpg"))).constData(), &status), 0);
+        QCOMPARE(int(status.st_mode & 0777), 0640);
+    }
+
+    void helpTellsEveryExitCode()
+    {
+        const QString help = QString::fromUtf8(runInspect({QStringLiteral("--help")}).output).simplified();
+
+        QVERIFY(help.contains(QStringLiteral("--timeout")));
+        for (const char *const code :
+            {"0 all passed", "1 some failed", "2 some could not be analysed", "64 wrong usage",
+                "69 there is no place for temporary files", "74 a report or a picture could not be written"})
+            QVERIFY2(help.contains(QLatin1String(code)), code);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestVantorInspectLimits)
+#include "tst_vantor_inspect_limits.moc"

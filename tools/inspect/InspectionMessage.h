@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Inspection.h"
+
+#include <QByteArray>
+
+#include <optional>
+
+namespace Inspect {
+
+/// How a worker hands an inspection to the parent: a length, and so many bytes. The parent trusts none of it: whoever
+/// took a worker over can send what he likes. Grading is not sent; the parent grades the defects itself.
+namespace InspectionMessage {
+
+constexpr int mostBytes = 64 * 1024 * 1024; ///< of one message, without its length
+
+QByteArray toBytes(const Inspection &inspection);
+
+/// Takes the message off the bytes once it is there as a whole.
+/// @param isDamaged set when no message can begin so
+std::optional<Inspection> take(QByteArray *bytes, const Task &task, bool *isDamaged);
+
+} // namespace InspectionMessage
+
+} // namespace Inspect

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+
+namespace Inspect {
+
+/// Shuts the calling process, which decodes what strangers made, off from the rest of the machine for good. It keeps
+/// its open files, its memory, and one folder. It can open nothing else, reach no network, start, signal or trace no
+/// process, gain no privilege, and make no memory executable.
+class Sandbox
+{
+public:
+    /// What the kernel at hand can do.
+    struct Support
+    {
+        bool filtersFiles = false; ///< Landlock; without it every file of the user can still be opened
+        bool filtersCalls = false; ///< seccomp
+    };
+    static Support support();
+
+    /// What one image may take.
+    struct Budget
+    {
+        quint64 memory = 0; ///< bytes of address space, beside what the process had when it was shut in
+        quint64 processorTime = 0; ///< seconds from now on
+    };
+
+    /// Uses whatever the kernel supports. @param folder where files may be read, written and removed
+    /// @return nullptr, or which step failed: the process must not go on then
+    const char *enter(const QByteArray &folder);
+
+    /// Before each image. What goes beyond gets no memory, or is ended by the kernel.
+    void setBudget(const Budget &budget) const;
+
+    static constexpr quint64 mostMemory = 900ULL * 1024 * 1024; ///< bytes of address space, whatever the budgets
+    static constexpr quint64 largestFile = 320ULL * 1024 * 1024; ///< bytes of each file that is written
+
+private:
+    quint64 mMemoryAtStart = 0; ///< bytes of address space
+};
+
+} // namespace Inspect
