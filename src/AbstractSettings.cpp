@@ -64,15 +64,14 @@ protected:
 
 private:
     /// Looked at each time. The lock is waited for, and a folder of its name for ever.
-    bool isWritable() const
+    bool isWritable() const { return mayWrite(mPath) && mayWrite(mPath + QStringLiteral(".lock")); }
+
+    static bool mayWrite(const QString &path)
     {
-        for (const QString &path : {mPath, mPath + QStringLiteral(".lock")}) {
-            if (isUsable(path))
-                continue;
-            qWarning().noquote() << "Failed to store settings, this is no file of ours:" << path;
-            return false;
-        }
-        return true;
+        if (isUsable(path))
+            return true;
+        qWarning().noquote() << "Failed to store settings, this is no file of ours:" << path;
+        return false;
     }
 
     bool isStored() const
@@ -97,10 +96,8 @@ AbstractSettings::~AbstractSettings() = default; // the store stays, on purpose
 
 bool AbstractSettings::sync()
 {
-    if (auto *const store = dynamic_cast<Store *>(m_settings))
-        return store->store();
-    m_settings->sync();
-    return m_settings->status() != QSettings::AccessError;
+    auto *const store = dynamic_cast<Store *>(m_settings); // who brings another one cares for it
+    return store && store->store();
 }
 
 bool AbstractSettings::hasBeenIniFileCreated() const
