@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/SystemHelper.h"
 
+#include "Helpers/CommandProcess_p.h"
 #include "Helpers/FileAccess_p.h"
 
 #include <QCryptographicHash>
@@ -10,51 +11,101 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QRegularExpression>
 #include <QStorageInfo>
 #include <QTextStream>
 
+#include <atomic>
 #include <climits>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 constexpr int startTimeout = 500; // milliseconds, as the following
+constexpr int endTimeout = 1000;
 constexpr quint32 defaultTimeout = 3000;
 constexpr int processListTimeout = 3000;
 constexpr quint32 priorityTimeout = 3000;
 constexpr quint32 packingTimeout = 300000;
 
 constexpr qint64 longestNumber = 1024; // bytes of a line
+constexpr int archiveWord = 2; // of the command line: tar -zcf ARCHIVE
+constexpr mode_t permissionBits = 0777;
+
 constexpr int dropAllCaches = 3; // pages, directory entries and inodes
 constexpr int compactNow = 1;
 
-/// A command in a process group of its own: what it starts can be ended with it.
-class CommandProcess : public QProcess
-{
-public:
-    void killGroup() const
-    {
-        const qint64 pid = processId();
-        if (pid > 0)
-            ::kill(static_cast<pid_t>(-pid), SIGKILL);
-    }
+constexpr qint64 maximumPseudoFile = 67108864; // bytes of a file whose size is 0, as those of the kernel are
+constexpr qint64 pieceSize = 65536; // bytes
 
-protected:
-    void setupChildProcess() override { setpgid(0, 0); }
-};
-
-void startCommand(QProcess *process, const QString &command)
+std::atomic<qint64> &maximumOutputSize()
 {
-    QStringList words = QProcess::splitCommand(command);
-    const QString program = words.isEmpty() ? QString() : words.takeFirst();
-    process->start(program, words);
+    static std::atomic<qint64> bytes{SystemHelper::defaultMaximumOutput};
+    return bytes;
 }
 
 void storeExitCode(int *exitCode, int value)
 {
     if (exitCode)
         *exitCode = value;
+}
+
+bool run(CommandProcess &process, const QString &command, quint32 timeout, QByteArray *output, int *exitCode)
+{
+    const qint64 limit = SystemHelper::maximumOutput();
+    bool isTooMuch = false;
+    QObject::connect(&process, &QProcess::readyRead, [&] {
+        if (isTooMuch || process.bytesAvailable() <= limit)
+            return;
+        isTooMuch = true;
+        process.killAll();
+    });
+    process.startCommand(command);
+    if (!process.waitForStarted(startTimeout)) {
+        qDebug().noquote() << "Failed to start command: " << command;
+        process.killUnstarted();
+        storeExitCode(exitCode, SystemHelper::notStarted);
+        return false;
+    }
+
+    const bool isFinished = process.waitForFinished(static_cast<int>(qMin<quint32>(timeout, INT_MAX)));
+    if (isTooMuch) {
+        qWarning().noquote() << "Command printed more than" << limit << "bytes: " << command;
+        if (output)
+            *output = process.read(limit);
+        storeExitCode(exitCode, SIGKILL);
+        process.close();
+        return false;
+    }
+    if (!isFinished) {
+        qWarning() << "Command didn't finish: " << command;
+        process.killAll();
+        process.waitForFinished(endTimeout);
+        process.close();
+        storeExitCode(exitCode, SystemHelper::timedOut);
+        return false;
+    }
+
+    if (output)
+        *output = process.readAll();
+    storeExitCode(exitCode, process.exitCode());
+    const bool isSuccess = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    if (!isSuccess) {
+        qWarning().noquote() << command;
+        qWarning() << (output ? *output : process.readAll());
+    }
+    process.close();
+    return isSuccess;
+}
+
+void tellUnwritten(const QString &filename)
+{
+    qWarning().noquote() << "Failed to write" << filename;
 }
 
 FileAccess::Existing existing(bool overwrite)
@@ -83,40 +134,132 @@ bool hasOurOptionsOnly(const QStringList &tarWords, int fileCount)
     }
     return folders == fileCount;
 }
+/// Where tar will write: behind a link, what it leads to.
+QString targetOf(const QString &path)
+{
+    const QFileInfo info(path);
+    if (!info.isSymLink())
+        return path;
+    return info.exists() ? info.canonicalFilePath() : info.symLinkTarget();
+}
+
+/// The archive that had the name before: set aside while tar writes, and put back if that fails.
+class FormerArchive
+{
+public:
+    explicit FormerArchive(const QString &path)
+        : mPath(QFile::encodeName(targetOf(path)))
+    {
+        struct stat status = {};
+        const bool isThere = lstat(mPath.constData(), &status) == 0;
+        mIsFile = !isThere || S_ISREG(status.st_mode);
+        mIsSafe = !isThere || !mIsFile || setAside(status);
+    }
+
+    bool isSafe() const { return mIsSafe; }
+
+    void discard() const
+    {
+        if (!mAside.isEmpty())
+            ::unlink(mAside.constData());
+    }
+
+    void putBack() const
+    {
+        if (mIsFile)
+            ::unlink(mPath.constData());
+        if (!mAside.isEmpty() && ::rename(mAside.constData(), mPath.constData()) != 0)
+            qWarning().noquote() << "The former archive is now" << QFile::decodeName(mAside);
+    }
+
+private:
+    bool setAside(const struct stat &status)
+    {
+        QByteArray aside = mPath.left(mPath.lastIndexOf('/') + 1) + ".archive.XXXXXX";
+        const int name = mkostemp(aside.data(), O_CLOEXEC);
+        if (name < 0)
+            return false;
+        ::close(name);
+        if (::rename(mPath.constData(), aside.constData()) != 0) {
+            ::unlink(aside.constData());
+            return false;
+        }
+        mAside = aside;
+        // The new one shall be readable for nobody who could not read the former one.
+        const int file =
+            ::open(mPath.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        if (file >= 0) {
+            fchmod(file, status.st_mode & permissionBits);
+            ::close(file);
+        }
+        return true;
+    }
+
+    const QByteArray mPath;
+    QByteArray mAside;
+    bool mIsFile = false;
+    bool mIsSafe = false;
+};
+
+/// No name is a host to tar, whatever colons it has. The command line is the one that is logged.
+QProcessEnvironment environmentOfTar()
+{
+    const QString name = QStringLiteral("TAR_OPTIONS");
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    const QString options = environment.value(name) + QStringLiteral(" --force-local");
+    environment.insert(name, options.trimmed());
+    return environment;
+}
+
+/// Removes a file below an open folder. A folder that has become a link since it was listed is not followed.
+void removeBelow(int root, const QByteArray &path)
+{
+    const QList<QByteArray> names = path.split('/');
+    int folder = root;
+    for (int i = 0; i + 1 < names.size() && folder >= 0; ++i) {
+        const int next = ::openat(folder, names.at(i).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (folder != root)
+            ::close(folder);
+        folder = next;
+    }
+    if (folder < 0)
+        return;
+    ::unlinkat(folder, names.last().constData(), 0);
+    if (folder != root)
+        ::close(folder);
+}
+
+/// The log tells if the text was not written, unless nobody needs to know.
+bool writeText(const QString &filename, const QString &text, bool overwrite, bool isTold)
+{
+    QFile file;
+    if (!FileAccess::openForWriting(filename, existing(overwrite), &file))
+        return false;
+    QTextStream stream(&file);
+    stream << text;
+    stream.flush();
+    const bool isWritten = stream.status() == QTextStream::Ok && file.flush();
+    if (!isWritten && isTold)
+        tellUnwritten(filename);
+    file.close();
+    return true;
+}
 } // namespace
 
 bool SystemHelper::runCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode)
 {
     CommandProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    startCommand(&process, command);
-    if (!process.waitForStarted(startTimeout)) {
-        qDebug().noquote() << "Failed to start command: " << command;
-        process.killGroup();
-        process.kill(); // it may have no group yet; closing alone would first wait for it to start
-        process.close();
-        storeExitCode(exitCode, notStarted);
-        return false;
-    }
+    return run(process, command, timeout, output, exitCode);
+}
 
-    if (!process.waitForFinished(static_cast<int>(qMin<quint32>(timeout, INT_MAX)))) {
-        qWarning() << "Command didn't finish: " << command;
-        process.killGroup();
-        process.close();
-        storeExitCode(exitCode, timedOut);
-        return false;
-    }
+void SystemHelper::setMaximumOutput(qint64 bytes)
+{
+    maximumOutputSize() = qBound<qint64>(0, bytes, largestMaximumOutput);
+}
 
-    if (output)
-        *output = process.readAll();
-    storeExitCode(exitCode, process.exitCode());
-    const bool isSuccess = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    if (!isSuccess) {
-        qWarning().noquote() << command;
-        qWarning() << (output ? *output : process.readAll());
-    }
-    process.close();
-    return isSuccess;
+qint64 SystemHelper::maximumOutput()
+{
+    return maximumOutputSize();
 }
 
 bool SystemHelper::runCommand(const QString &command, QByteArray *output)
@@ -188,12 +331,7 @@ bool SystemHelper::writeIntToFile(const QString &filename, int value)
 
 bool SystemHelper::writeStringToFile(const QString &filename, const QString &stringToWrite, bool overwrite)
 {
-    QFile file;
-    if (!FileAccess::openForWriting(filename, existing(overwrite), &file))
-        return false;
-    QTextStream(&file) << stringToWrite;
-    file.close();
-    return true;
+    return writeText(filename, stringToWrite, overwrite, true);
 }
 
 bool SystemHelper::writeBytesToFile(const QString &filename, const QByteArray &bytesToWrite, bool overwrite)
@@ -203,6 +341,8 @@ bool SystemHelper::writeBytesToFile(const QString &filename, const QByteArray &b
         return false;
     const bool isWritten = file.write(bytesToWrite) == bytesToWrite.size() && file.flush();
     file.close();
+    if (!isWritten)
+        tellUnwritten(filename);
     return isWritten;
 }
 
@@ -226,11 +366,24 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
     qDebug().noquote() << "command: " << command;
 
     // Blanks and quotes in a path make other words of it, a quote even across two paths.
-    if (!hasOurOptionsOnly(QProcess::splitCommand(command), sourceFiles.size())) {
+    const QStringList words = QProcess::splitCommand(command);
+    if (!hasOurOptionsOnly(words, sourceFiles.size())) {
         qWarning().noquote() << "tar would take a name for an option: " << command;
         return false;
     }
-    return runCommand(command, packingTimeout, nullptr, nullptr);
+    const FormerArchive former(words.at(archiveWord));
+    if (!former.isSafe()) {
+        qWarning().noquote() << "Failed to set the former archive aside: " << targetFilePath;
+        return false;
+    }
+    CommandProcess process;
+    process.setProcessEnvironment(environmentOfTar());
+    const bool isPacked = run(process, command, packingTimeout, nullptr, nullptr);
+    if (isPacked)
+        former.discard();
+    else
+        former.putBack();
+    return isPacked;
 }
 
 QByteArray SystemHelper::fileChecksum(const QString &fileName)
@@ -239,15 +392,24 @@ QByteArray SystemHelper::fileChecksum(const QString &fileName)
     if (!FileAccess::openRegular(fileName, &file))
         return {};
     file.setTextModeEnabled(false); // every byte counts
+    const qint64 limit = file.size() > 0 ? maximumChecksummed : maximumPseudoFile;
     QCryptographicHash hash(QCryptographicHash::Md5);
-    return hash.addData(&file) ? hash.result() : QByteArray();
+    qint64 count = file.size() > limit ? file.size() : 0;
+    for (QByteArray piece; count <= limit; count += piece.size()) { // it may grow
+        piece = file.read(pieceSize);
+        if (piece.isEmpty())
+            return file.error() == QFileDevice::NoError ? hash.result() : QByteArray();
+        hash.addData(piece);
+    }
+    qWarning().noquote() << "Too large for a checksum:" << fileName;
+    return {};
 }
 
 void SystemHelper::compactMemory(bool dropCaches)
 {
     if (dropCaches)
-        writeIntToFile(QStringLiteral("/proc/sys/vm/drop_caches"), dropAllCaches);
-    writeIntToFile(QStringLiteral("/proc/sys/vm/compact_memory"), compactNow);
+        writeText(QStringLiteral("/proc/sys/vm/drop_caches"), QString::number(dropAllCaches), true, false);
+    writeText(QStringLiteral("/proc/sys/vm/compact_memory"), QString::number(compactNow), true, false);
 }
 
 qint64 SystemHelper::getFreeDiskSpace(const QString &path)
@@ -264,11 +426,15 @@ void SystemHelper::removeFilesFromDir(const QString &dirPath, const QString &ext
 {
     if (dirPath.isEmpty()) // would be the working directory
         return;
-    QDir dir(dirPath);
+    const QDir dir(dirPath);
+    const int root = ::open(QFile::encodeName(dir.absolutePath()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (root < 0)
+        return;
     QDirIterator entry(dir.absolutePath(), QDirIterator::Subdirectories);
     while (entry.hasNext()) {
         const QString path = entry.next();
         if (path.endsWith(extension, Qt::CaseSensitive))
-            dir.remove(path);
+            removeBelow(root, QFile::encodeName(dir.relativeFilePath(path)));
     }
+    ::close(root);
 }

@@ -10,7 +10,8 @@
 /// The doorway to the operating system: commands, small files, archives, processes.
 ///
 /// Every function blocks its caller: a command for at most 500 ms until it has started and then for its time-out.
-/// Outputs given as pointers may be null. A command line is cut at blanks, double quotes group words.
+/// Outputs given as pointers may be null. Any thread may call any of them. A command line is cut at blanks, double
+/// quotes group words.
 class VANTORBASE_EXPORT SystemHelper
 {
 public:
@@ -19,18 +20,28 @@ public:
     static constexpr int notStarted = -1; ///< exit code of a command that did not start
     static constexpr int timedOut = -2; ///< exit code of a command that did not end in time
 
-    /// Runs a command to its end. Its input stays open and empty. A command that is not ready in time is killed with
-    /// all it has started; a process that the kernel does not let go is waited for.
-    /// @param timeout milliseconds
-    /// @param output all that was printed on both channels, however much that is; untouched if the command timed out
-    /// @param exitCode the command's own, the signal's number after a crash, or one of the constants above
+    static constexpr qint64 defaultMaximumOutput = 67108864; ///< bytes
+    static constexpr qint64 largestMaximumOutput = 1073741824; ///< bytes
+    static constexpr qint64 maximumChecksummed = 17179869184; ///< bytes of the largest file that has a checksum
+
+    /// Runs a command to its end. Its input stays open and empty. A command that is not ready in time, or prints more
+    /// than maximumOutput(), is killed with all it has started, whatever group, session or parent that has by then.
+    /// What a command that ends by itself has left in the background goes on.
+    /// @param timeout milliseconds; the killing may take another second
+    /// @param output what was printed on both channels, up to the maximum; untouched if the command timed out
+    /// @param exitCode the command's own, the signal's number after a crash (that of SIGKILL after too much output), or
+    /// one of the constants above
     /// @return whether the command ended in time, by itself, and with 0
     static bool runCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
 
-    /// The same with three seconds.
+    /// How much a command may print; from the next command on, of all threads.
+    static void setMaximumOutput(qint64 bytes); ///< taken into the bounds of 0 and largestMaximumOutput
+    static qint64 maximumOutput();
+
+    /// As above, with three seconds.
     static bool runCommand(const QString &command, QByteArray *output);
 
-    /// The same in a shell. The command must not contain a double quote.
+    /// As runCommand(), in a shell. The command must not contain a double quote.
     static bool runBashCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
 
     /// The same in a shell on the measurement board. Both shells read the command, the unit's first.
@@ -47,7 +58,8 @@ public:
     /// @param value 0 for a line that is no such number; untouched without a line
     static bool readIntFromFile(const QString &filename, int &value);
 
-    // These two tell whether the file was opened, not whether all was written. Text is encoded as the locale says.
+    // These two tell whether the file was opened; the log tells if not all was written. Text is encoded as the locale
+    // says.
     static bool writeIntToFile(const QString &filename, int value);
     static bool writeStringToFile(const QString &filename, const QString &stringToWrite, bool overwrite);
 
@@ -57,9 +69,12 @@ public:
     static bool createDirIfNotExist(const QString &path);
 
     /// Packs files under their bare names. Paths must not contain blanks; names that tar takes for options are refused.
+    /// A run that fails leaves no half archive, and the former one of that name as it was: until tar has ended it
+    /// stands beside the new one, as .archive.XXXXXX with a random end.
     static bool compressFile(const QStringList &sourceFiles, const QString &targetFilePath);
 
-    /// @return the 16 bytes of the MD5 sum; empty for what is no readable regular file
+    /// @return the 16 bytes of the MD5 sum; empty for what is no readable regular file, or beyond maximumChecksummed;
+    /// of a file whose size is 0, as the kernel's are, 64 MiB are read at most
     static QByteArray fileChecksum(const QString &fileName);
 
     /// Lets the kernel join its free memory. As root only.

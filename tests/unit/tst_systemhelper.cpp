@@ -10,15 +10,25 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <limits>
 #include <memory>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 constexpr quint32 patience = 20000; // milliseconds
@@ -39,6 +49,18 @@ QByteArray read(const QString &path)
 bool makeFifo(const QString &path)
 {
     return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
+}
+
+ino_t inodeOf(const QString &path)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
+}
+
+/// Who adopts a process may not have reaped it yet.
+bool isAlive(pid_t process)
+{
+    return kill(process, 0) == 0 && !read(QStringLiteral("/proc/%1/stat").arg(process)).contains(") Z ");
 }
 
 /// How a command ended.
@@ -184,19 +206,191 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
     }
 
+    void aTimeoutEndsWhatTheCommandHasStarted_data()
+    {
+        QTest::addColumn<QString>("command"); // writes the number of a process that would go on for a minute
+        const auto row = [](const char *name, const char *command) {
+            QTest::newRow(name) << QString::fromUtf8(command);
+        };
+        row("a child", "sleep 60 & echo $! >%1; wait");
+        row("a group of its own", "set -m; sleep 60 & echo $! >%1; wait");
+        row("a session of its own", "setsid sh -c 'echo $$ >%1; exec sleep 60' & wait");
+        row("an orphan", "(sleep 60 & echo $! >%1); sleep 60");
+        row("an orphan with a session of its own",
+            "(setsid sh -c 'trap : TERM HUP INT; echo $$ >%1; sleep 60; sleep 60' &); sleep 60");
+        row("a daemon of a daemon", "(setsid sh -c '(setsid sh -c \\'echo $$ >%1; exec sleep 60\\' &) &' &); sleep 60");
+        row("a stopped one", "(setsid sh -c 'echo $$ >%1; kill -STOP $$; exec sleep 60' &); sleep 60");
+    }
+
     void aTimeoutEndsWhatTheCommandHasStarted()
     {
+        QFETCH(QString, command);
         const LogCapture log;
         const QTemporaryDir dir;
         const QString pidFile = dir.filePath(QStringLiteral("pid"));
+        const QString script = dir.filePath(QStringLiteral("script"));
+        QVERIFY(write(script, command.arg(pidFile).replace(QLatin1String("\\'"), QLatin1String("'\\''")).toUtf8()));
 
-        const Run result = runBash(QStringLiteral("sleep 60 & echo $! >%1; wait").arg(pidFile), 1000);
+        pid_t child = 0;
+        for (quint32 timeout = 100; timeout < patience && child <= 0; timeout *= 2) { // until it has come that far
+            QCOMPARE(run(QStringLiteral("/bin/bash ") + script, timeout).exitCode, -2);
+            child = QFile::exists(pidFile) ? read(pidFile).trimmed().toInt() : 0;
+        }
 
-        QCOMPARE(result.exitCode, -2);
-        const pid_t child = read(pidFile).trimmed().toInt();
         QVERIFY(child > 0);
-        const QString status = QStringLiteral("/proc/%1/stat").arg(child); // who adopts it may not have reaped it yet
-        QTRY_VERIFY(kill(child, 0) != 0 || read(status).contains(") Z "));
+        QVERIFY(!isAlive(child));
+    }
+
+    void aTimeoutEndsManyGenerations()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString script = dir.filePath(QStringLiteral("script"));
+        QVERIFY(write(script,
+            "echo $$ >>" + QFile::encodeName(dir.filePath(QStringLiteral("pids")))
+                + "; [ $1 -gt 0 ] && (setsid /bin/sh $0 $(($1 - 1)) &); sleep 60"));
+
+        QCOMPARE(run(QStringLiteral("/bin/sh %1 20").arg(script), 1500).exitCode, -2);
+
+        const QList<QByteArray> pids = read(dir.filePath(QStringLiteral("pids"))).trimmed().split('\n');
+        QCOMPARE(pids.size(), 21);
+        for (const QByteArray &pid : pids)
+            QVERIFY2(!isAlive(pid.toInt()), pid.constData());
+    }
+
+    void whatACommandLeavesBehindGoesOnUnlessItsTimeIsUp_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("success") << QStringLiteral("(setsid sleep 60 >/dev/null 2>&1 & echo $!)") << 0;
+        QTest::newRow("in its group") << QStringLiteral("sleep 60 >/dev/null 2>&1 & echo $!") << 0;
+        QTest::newRow("failure") << QStringLiteral("(setsid sleep 60 >/dev/null 2>&1 & echo $!); exit 3") << 3;
+        QTest::newRow("crash") << QStringLiteral("(setsid sleep 60 >/dev/null 2>&1 & echo $!); kill -9 $$") << 9;
+    }
+
+    void whatACommandLeavesBehindGoesOnUnlessItsTimeIsUp()
+    {
+        QFETCH(QString, command);
+        QFETCH(int, exitCode);
+        const LogCapture log;
+
+        const Run result = runBash(command);
+
+        QCOMPARE(result.exitCode, exitCode);
+        const pid_t child = result.output.trimmed().toInt();
+        QVERIFY(child > 0);
+        QVERIFY(isAlive(child));
+        QCOMPARE(kill(child, SIGKILL), 0);
+    }
+
+    void aCommandLeadsAGroupOfItsOwn()
+    {
+        const Run result = runBash(QStringLiteral("ps -o pgid= -p $$; echo $$; ps -o pgid= -p $PPID"));
+
+        const QList<QByteArray> numbers = result.output.simplified().split(' ');
+        QCOMPARE(numbers.size(), 3);
+        QCOMPARE(numbers.at(0), numbers.at(1));
+        QVERIFY(numbers.at(2) != numbers.at(0));
+        QVERIFY(numbers.at(2).toInt() != getpgrp());
+    }
+
+    void aCommandThatKillsItsParentHarmsNobody()
+    {
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("kill -9 $PPID; sleep 60"));
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, SIGKILL);
+    }
+
+    void noProcessIsLeftOfACommand()
+    {
+        const LogCapture log;
+        for (const char *command : {"true", "false", "/no/such/program", "sleep 60"})
+            run(QString::fromUtf8(command), 50);
+
+        QCOMPARE(waitpid(-1, nullptr, WNOHANG), -1);
+        QCOMPARE(errno, ECHILD);
+    }
+
+    void commandsOfManyThreadsDoNotDisturbEachOther()
+    {
+        constexpr int count = 8;
+        const LogCapture log;
+        std::atomic<int> right{0};
+        std::vector<std::thread> threads;
+        threads.reserve(count);
+        for (int i = 0; i < count; ++i) {
+            threads.emplace_back([i, &right] {
+                for (int turn = 0; turn < 5; ++turn) {
+                    const Run slow = run(QStringLiteral("sleep 30"), 20);
+                    const Run quick = runBash(QStringLiteral("sleep 0.05; echo %1; exit %1").arg(i));
+                    right += slow.exitCode == -2 && quick.exitCode == i && quick.output.trimmed().toInt() == i;
+                }
+            });
+        }
+        for (std::thread &thread : threads)
+            thread.join();
+
+        QCOMPARE(right.load(), count * 5);
+    }
+
+    void aCommandThatPrintsTooMuchIsKilled()
+    {
+        constexpr int limit = 1000000;
+        SystemHelper::setMaximumOutput(limit);
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+        const QTemporaryDir dir;
+        const QString pidFile = dir.filePath(QStringLiteral("pid"));
+        const QString command = QStringLiteral("/bin/bash -c \"(setsid yes & echo $! >%1); sleep 60\"").arg(pidFile);
+        const LogCapture log;
+
+        const Run result = run(command);
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, SIGKILL);
+        QCOMPARE(result.output.size(), limit);
+        QVERIFY(!isAlive(read(pidFile).trimmed().toInt()));
+        QCOMPARE(
+            log.asText(), QStringList(QStringLiteral("warning: Command printed more than 1000000 bytes:  ") + command));
+    }
+
+    void aCommandMayPrintAsMuchAsTheLimit()
+    {
+        SystemHelper::setMaximumOutput(1000000);
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+
+        const Run result = runBash(QStringLiteral("head -c 1000000 /dev/zero"));
+
+        QVERIFY(result.ok);
+        QCOMPARE(result.output.size(), 1000000);
+    }
+
+    void oneByteMoreThanTheLimitIsTooMuch()
+    {
+        SystemHelper::setMaximumOutput(3);
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+        const LogCapture log;
+
+        QVERIFY(run(QStringLiteral("printf abc")).ok);
+        const Run result = run(QStringLiteral("printf abcd")); // may have ended before it is killed
+
+        QVERIFY(!result.ok);
+        QCOMPARE(result.exitCode, SIGKILL);
+        QCOMPARE(result.output, QByteArray("abc"));
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Command printed more than 3 bytes:  printf abcd")));
+    }
+
+    void theLimitOfTheOutputHasADefaultAndBounds()
+    {
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+
+        QCOMPARE(SystemHelper::maximumOutput(), qint64(64) * 1024 * 1024);
+        SystemHelper::setMaximumOutput(-1);
+        QCOMPARE(SystemHelper::maximumOutput(), qint64(0));
+        SystemHelper::setMaximumOutput(std::numeric_limits<qint64>::max());
+        QCOMPARE(SystemHelper::maximumOutput(), qint64(1) << 30); // what a QByteArray holds beside its copy
     }
 
     void aLargeTimeoutIsNoNegativeOne_data()
@@ -774,6 +968,134 @@ private Q_SLOTS:
         QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
     }
 
+    void aColonInTheNameOfAnArchiveIsNoHost()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("ssh")) && programs.addRecorder(QStringLiteral("rsh")));
+        QVERIFY(write(dir.filePath(QStringLiteral("x:y.txt")), "text"));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("x:y.txt")}, QStringLiteral("host:o.tar.gz")));
+
+        QVERIFY(QFileInfo(dir.filePath(QStringLiteral("host:o.tar.gz"))).size() > 0);
+        QCOMPARE(programs.arguments(QStringLiteral("ssh")), QByteArray("not run"));
+        QCOMPARE(programs.arguments(QStringLiteral("rsh")), QByteArray("not run"));
+    }
+
+    void theOptionsOfTheEnvironmentReachTar()
+    {
+        StandInPrograms programs;
+        const QTemporaryDir dir;
+        QVERIFY(programs.add(QStringLiteral("tar"), "echo \"$TAR_OPTIONS\" >\"$2\""));
+        qputenv("TAR_OPTIONS", "--exclude=x");
+        const auto restored = qScopeGuard([] { qunsetenv("TAR_OPTIONS"); });
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("o"))));
+
+        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("--exclude=x --force-local\n"));
+        QCOMPARE(qgetenv("TAR_OPTIONS"), QByteArray("--exclude=x"));
+    }
+
+    void aFailedRunLeavesTheFormerArchiveAndNoHalfOne_data()
+    {
+        QTest::addColumn<QByteArray>("tar"); // in its place
+        QTest::newRow("tar fails at the end") << QByteArray("echo half >\"$2\"; exit 2");
+        QTest::newRow("tar crashes") << QByteArray("echo half >\"$2\"; kill -9 $$");
+        QTest::newRow("tar removes it") << QByteArray("rm -f \"$2\"; exit 2");
+        QTest::newRow("tar writes nothing") << QByteArray("exit 2");
+    }
+
+    void aFailedRunLeavesTheFormerArchiveAndNoHalfOne()
+    {
+        QFETCH(QByteArray, tar);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"), tar));
+        const QString former = dir.filePath(QStringLiteral("former.tar.gz"));
+        QVERIFY(write(former, "good"));
+        QVERIFY(QFile::setPermissions(former, QFile::ReadOwner | QFile::WriteOwner));
+        const ino_t inode = inodeOf(former);
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, former));
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("new.tar.gz"))));
+
+        QCOMPARE(read(former), QByteArray("good"));
+        QCOMPARE(inodeOf(former), inode);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("former.tar.gz")));
+    }
+
+    void aFileThatIsMissingLeavesTheFormerArchive()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString source = dir.filePath(QStringLiteral("x.txt"));
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(source, "text"));
+        const QString other = dir.filePath(QStringLiteral("y.txt"));
+        QVERIFY(write(other, "other"));
+        QVERIFY(SystemHelper::compressFile({source}, archive));
+        const QByteArray good = read(archive);
+
+        QVERIFY(!SystemHelper::compressFile({other, dir.filePath(QStringLiteral("missing"))}, archive));
+
+        QCOMPARE(read(archive), good);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 3);
+    }
+
+    void aNewArchiveTakesThePlaceOfTheFormerOne()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString source = dir.filePath(QStringLiteral("x.txt"));
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(source, "text"));
+        QVERIFY(write(archive, "former"));
+        QVERIFY(QFile::setPermissions(archive, QFile::ReadOwner | QFile::WriteOwner));
+
+        QVERIFY(SystemHelper::compressFile({source}, archive));
+
+        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+        QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void anArchiveIsWrittenThroughALink()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString source = dir.filePath(QStringLiteral("x.txt"));
+        QVERIFY(write(source, "text"));
+        QVERIFY(write(dir.filePath(QStringLiteral("target")), "former"));
+        const QString link = dir.filePath(QStringLiteral("link"));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("target")), link));
+
+        QVERIFY(!SystemHelper::compressFile({dir.filePath(QStringLiteral("missing"))}, link));
+        QCOMPARE(read(dir.filePath(QStringLiteral("target"))), QByteArray("former"));
+        QVERIFY(SystemHelper::compressFile({source}, link));
+
+        QVERIFY(QFileInfo(link).isSymLink());
+        QVERIFY(read(dir.filePath(QStringLiteral("target"))).startsWith("\x1f\x8b"));
+    }
+
+    void aDeviceStaysWhatItIs()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString pipe = dir.filePath(QStringLiteral("pipe"));
+        QVERIFY(makeFifo(pipe));
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"), "exit 2"));
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, pipe));
+
+        QVERIFY(!QFileInfo(pipe).isFile() && QFileInfo::exists(pipe));
+    }
+
     void packingNothingFails()
     {
         const LogCapture log;
@@ -814,6 +1136,48 @@ private Q_SLOTS:
         QVERIFY(SystemHelper::fileChecksum(dir.filePath(QStringLiteral("pipe"))).isEmpty());
         QVERIFY(SystemHelper::fileChecksum(dir.filePath(QStringLiteral("missing"))).isEmpty());
         QVERIFY(SystemHelper::fileChecksum(QStringLiteral("/dev/zero")).isEmpty());
+    }
+
+    void aFileOfTheKernelHasAChecksumUpToALimit()
+    {
+        const LogCapture log;
+        const QByteArray version = read(QStringLiteral("/proc/version"));
+
+        QCOMPARE(SystemHelper::fileChecksum(QStringLiteral("/proc/version")),
+            QCryptographicHash::hash(version, QCryptographicHash::Md5));
+        QCOMPARE(log.asText(), QStringList());
+        QVERIFY(SystemHelper::fileChecksum(QStringLiteral("/proc/self/pagemap")).isEmpty()); // 256 GiB
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Too large for a checksum: /proc/self/pagemap")));
+    }
+
+    void aHugeFileHasNoChecksum()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("huge"));
+        QVERIFY(write(path, "x"));
+        if (!QFile::resize(path, SystemHelper::maximumChecksummed + 1)) // no byte of it is on the disk
+            QSKIP("the file system has no files that large");
+        const LogCapture log;
+
+        QVERIFY(SystemHelper::fileChecksum(path).isEmpty());
+
+        QCOMPARE(log.warnings(), QStringList(QStringLiteral("Too large for a checksum: ") + path));
+    }
+
+    void textThatDoesNotFitIsTold()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        const Faults::FileSizeLimit limit(4);
+        const LogCapture log;
+
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("12345"), true));
+        QVERIFY(SystemHelper::writeIntToFile(path, 12345));
+        QVERIFY(!SystemHelper::writeBytesToFile(path, "12345", true));
+        QVERIFY(SystemHelper::writeStringToFile(path, QStringLiteral("1234"), true));
+
+        const QString told = QStringLiteral("Failed to write ") + path;
+        QCOMPARE(log.warnings(), (QStringList{told, told, told}));
     }
 
     void freeSpaceIsThatOfTheFileSystem()
@@ -898,6 +1262,36 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("x.jpg"))));
         QCOMPARE(
             QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList(QStringLiteral("folder")));
+    }
+
+    void aFolderThatBecomesALinkMeanwhileIsNotFollowed()
+    {
+        const QTemporaryDir dir;
+        const QTemporaryDir elsewhere;
+        const QString precious = elsewhere.filePath(QStringLiteral("x.jpg"));
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("folder")));
+        const QByteArray link = QFile::encodeName(dir.filePath(QStringLiteral("link")));
+        QVERIFY(write(precious, "x"));
+        QVERIFY(QDir().mkdir(QFile::decodeName(folder)));
+        QCOMPARE(symlink(QFile::encodeName(elsewhere.path()).constData(), link.constData()), 0);
+        const int inside = open(folder.constData(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
+        QVERIFY(inside >= 0);
+        std::atomic<bool> isOver{false};
+        std::thread exchanger([&] {
+            while (!isOver)
+                renameat2(AT_FDCWD, folder.constData(), AT_FDCWD, link.constData(), RENAME_EXCHANGE);
+        });
+
+        for (int turn = 0; turn < 3000 && QFile::exists(precious); ++turn) {
+            const int file = openat(inside, "x.jpg", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+            close(file);
+            SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+        }
+        isOver = true;
+        exchanger.join();
+        close(inside);
+
+        QVERIFY(QFile::exists(precious));
     }
 
     void thousandsOfFilesAreRemovedInOneWalk()

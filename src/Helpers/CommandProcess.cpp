@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Helpers/CommandProcess_p.h"
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QStandardPaths>
+#include <QStringList>
+#include <QThread>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sched.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+constexpr int killTimeout = 1000; // milliseconds, as the following
+constexpr unsigned long killPoll = 1;
+constexpr int notExecuted = 255; // exit code
+constexpr int mostFiles = 65536;
+
+// Between fork and exec of a process that had threads: nothing here may take memory or a lock.
+
+void closeAllFiles()
+{
+    if (close_range(0, ~0U, 0) == 0)
+        return;
+    for (int descriptor = 0; descriptor < mostFiles; ++descriptor) // a kernel before 5.9
+        close(descriptor);
+}
+
+[[noreturn]] void endBySignal(int signal)
+{
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
+    prctl(PR_SET_DUMPABLE, 0); // the core would be one of the program that we are a copy of
+    std::signal(signal, SIG_DFL);
+    sigset_t one;
+    sigemptyset(&one);
+    sigaddset(&one, signal);
+    kill(getpid(), signal);
+    sigprocmask(SIG_UNBLOCK, &one, nullptr);
+    _exit(128 + signal);
+}
+
+/// Waits for the command and its orphans, and ends as the command did.
+[[noreturn]] void watch(pid_t command)
+{
+    prctl(PR_SET_NAME, "command-watcher");
+    closeAllFiles(); // whoever waits for the end of a pipe waits for the command, not for us
+    int status = 0;
+    for (pid_t ended = 0; ended != command;) {
+        ended = waitpid(-1, &status, 0);
+        if (ended < 0 && errno != EINTR)
+            _exit(notExecuted);
+    }
+    while (waitpid(-1, nullptr, WNOHANG) > 0) {}
+    if (WIFSIGNALED(status))
+        endBySignal(WTERMSIG(status));
+    _exit(WEXITSTATUS(status));
+}
+
+/// What the command's side needs, which has the memory of the watcher until it executes.
+struct Execution
+{
+    char *const *arguments = nullptr; ///< the program's path first
+    char *const *environment = nullptr;
+    const sigset_t *signals = nullptr;
+    pid_t watcher = 0;
+    bool hasFailed = false;
+};
+
+int execute(void *argument)
+{
+    auto *const execution = static_cast<Execution *>(argument);
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // the command does not outlive its watcher
+    if (getppid() == execution->watcher) {
+        setpgid(0, 0);
+        sigprocmask(SIG_SETMASK, execution->signals, nullptr);
+        execve(execution->arguments[0], execution->arguments, execution->environment);
+    }
+    execution->hasFailed = true;
+    _exit(notExecuted);
+}
+
+/// A second copy of the memory would double the time of a start: the command gets none, and we wait until it executes.
+/// @return the command, or none if it cannot be executed
+pid_t executeBeside(Execution *execution)
+{
+    constexpr std::size_t stackSize = 32768; // bytes
+    alignas(16) char stack[stackSize];
+    const pid_t command = clone(&execute, stack + stackSize, CLONE_VM | CLONE_VFORK | SIGCHLD, execution);
+    if (command > 0 && execution->hasFailed)
+        waitpid(command, nullptr, 0);
+    return execution->hasFailed ? -1 : command;
+}
+
+// From here on as usual.
+
+struct Process
+{
+    pid_t id = 0;
+    pid_t parent = 0;
+    char state = 0;
+
+    bool isDead() const { return state == 'Z' || state == 'X'; }
+};
+
+/// What the kernel tells of a process; one without a parent if it is gone.
+Process lookAt(pid_t id)
+{
+    char text[512] = {};
+    char path[32] = {};
+    std::snprintf(path, sizeof path, "/proc/%d/stat", id);
+    const int descriptor = open(path, O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return {};
+    const ssize_t size = read(descriptor, text, sizeof text - 1);
+    close(descriptor);
+    const char *const nameEnd = size > 0 ? std::strrchr(text, ')') : nullptr; // the name may hold anything
+    Process process;
+    process.id = id;
+    if (!nameEnd || std::sscanf(nameEnd, ") %c %d", &process.state, &process.parent) != 2)
+        return {};
+    return process;
+}
+
+/// Kills the living children of a stopped process. It cannot reap them, so no number comes to mean another process.
+/// @return how many they were
+int killChildren(pid_t parent)
+{
+    const std::unique_ptr<DIR, int (*)(DIR *)> processes(opendir("/proc"), &closedir);
+    int count = 0;
+    while (const dirent *const entry = processes ? readdir(processes.get()) : nullptr) {
+        const Process process = lookAt(std::atoi(entry->d_name));
+        if (process.parent != parent || process.isDead())
+            continue;
+        ++count;
+        kill(process.id, SIGKILL);
+    }
+    return count;
+}
+
+/// @return whether the process is there and stands still
+bool stop(pid_t process)
+{
+    if (kill(process, SIGSTOP) != 0)
+        return false;
+    siginfo_t how{};
+    while (waitid(P_PID, static_cast<id_t>(process), &how, WSTOPPED | WEXITED | WNOWAIT) != 0) {
+        if (errno != EINTR)
+            return false;
+    }
+    return how.si_code == CLD_STOPPED;
+}
+} // namespace
+
+void CommandProcess::startCommand(const QString &command)
+{
+    QStringList words = QProcess::splitCommand(command);
+    const QString program = words.isEmpty() ? QString() : words.takeFirst();
+    const QString path = program.contains(QLatin1Char('/')) ? program : QStandardPaths::findExecutable(program);
+    mArguments.assign(path.isEmpty() ? program : path, words);
+    mEnvironment.assign({}, processEnvironment().toStringList());
+    start(program, words);
+}
+
+void CommandProcess::killAll() const
+{
+    const auto watcher = static_cast<pid_t>(processId());
+    if (watcher <= 0 || !stop(watcher))
+        return;
+    // Whoever loses its parent becomes a child of the watcher, so all come up in turn.
+    const QDeadlineTimer deadline(killTimeout);
+    while (killChildren(watcher) > 0 && !deadline.hasExpired())
+        QThread::msleep(killPoll);
+    ::kill(watcher, SIGCONT);
+}
+
+void CommandProcess::killUnstarted()
+{
+    kill(); // closing alone would first wait for it to start
+    close();
+}
+
+void CommandProcess::setupChildProcess()
+{
+    sigset_t all;
+    sigset_t former;
+    sigfillset(&all);
+    sigprocmask(SIG_SETMASK, &all, &former); // no handler of ours may run in the watcher, nothing but SIGKILL end it
+    setpgid(0, 0);
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    std::signal(SIGCHLD, SIG_DFL);
+
+    Execution execution;
+    execution.arguments = mArguments.pointers();
+    execution.environment = mEnvironment.isEmpty() ? environ : mEnvironment.pointers();
+    execution.signals = &former;
+    execution.watcher = getpid();
+    const pid_t command = executeBeside(&execution);
+    if (command > 0)
+        watch(command);
+    // QProcess tries once more, and tells why it fails. Should it not fail, the command watches over itself.
+    sigprocmask(SIG_SETMASK, &former, nullptr);
+}
+
+void CommandProcess::Texts::assign(const QString &first, const QStringList &others)
+{
+    mTexts.clear();
+    if (!first.isEmpty())
+        mTexts.append(QFile::encodeName(first));
+    for (const QString &text : others)
+        mTexts.append(QFile::encodeName(text));
+    mPointers.clear();
+    for (QByteArray &text : mTexts)
+        mPointers.append(text.data());
+    mPointers.append(nullptr);
+}

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QVector>
+
+/// A command that can be ended with all that it has started, also what has left its group, its session or its parent.
+///
+/// A watcher stands between us and the command: a copy of this process that does nothing but wait, and to whom the
+/// kernel gives the orphans of the command. It ends as the command ends; what goes on in the background is nobody's
+/// then, and goes on. The command leads a process group of its own.
+class CommandProcess : public QProcess
+{
+public:
+    CommandProcess() { setProcessChannelMode(QProcess::MergedChannels); }
+
+    /// Starts a command line, cut at blanks; double quotes group words.
+    void startCommand(const QString &command);
+
+    /// Kills the command and all that has come of it. Waits until they are dead, one second at most for what the kernel
+    /// does not let go or what multiplies faster; the watcher ends by itself then, as the command did.
+    void killAll() const;
+
+    /// Ends a command that has not started yet.
+    void killUnstarted();
+
+protected:
+    void setupChildProcess() override;
+
+private:
+    /// Texts as execve() takes them, made before the fork: after it nothing may take memory.
+    class Texts
+    {
+    public:
+        void assign(const QString &first, const QStringList &others); ///< an empty first one is left out
+        bool isEmpty() const { return mTexts.isEmpty(); }
+        char *const *pointers() const { return mPointers.constData(); }
+
+    private:
+        QVector<QByteArray> mTexts;
+        QVector<char *> mPointers;
+    };
+
+    Texts mArguments;
+    Texts mEnvironment; ///< empty: as ours
+};
