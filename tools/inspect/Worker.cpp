@@ -79,7 +79,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     }
 
     for (Fetched fetch; Process::readAll(fetched, &fetch, sizeof fetch);) {
-        static_cast<void>(ftruncate(STDERR_FILENO, 0));
+        [[maybe_unused]] const int forgotten = ftruncate(STDERR_FILENO, 0); // /dev/null refuses
         sandbox.setBudget(budgetFor(image, session.options));
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
         const Inspection inspection = fetch.problem == Fetched::None
