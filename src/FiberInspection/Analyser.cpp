@@ -11,6 +11,9 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 namespace FiberInspection {
 
 namespace {
@@ -24,7 +27,17 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// Copies in pieces. The target is written under another name, flushed to the disk, and renamed.
+/// After a power failure the folder has either the former picture or the new one.
+void syncFolderOf(const QString &path)
+{
+    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0)
+        return;
+    fsync(folder);
+    close(folder);
+}
+
+/// Copies in pieces. The target is written under another name, forced to the disk, and renamed.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
@@ -38,7 +51,11 @@ bool copyWhole(const QString &from, const QString &to)
             return false;
     }
     // commit() alone would rename what a failed flush has left behind.
-    return source.error() == QFileDevice::NoError && target.flush() && target.commit();
+    const bool isOnDisk = source.error() == QFileDevice::NoError && target.flush() && fsync(target.handle()) == 0;
+    if (!isOnDisk || !target.commit())
+        return false;
+    syncFolderOf(to);
+    return true;
 }
 
 /// Replaces the target. When the copy fails the former picture stays; without a source there is none in the end.

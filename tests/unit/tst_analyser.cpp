@@ -14,6 +14,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <dlfcn.h>
 #include <memory>
 #include <stdexcept>
 
@@ -38,6 +39,25 @@ QStringList filesBelow(const QString &folder)
     return result;
 }
 
+QStringList &diskLog()
+{
+    static QStringList log;
+    return log;
+}
+} // namespace
+
+// Stands before the one of the C library, also for the library under test.
+extern "C" int fsync(int file)
+{
+    const QFileInfo synced(QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file)).symLinkTarget());
+    const QDir folder(synced.isDir() ? synced.filePath() : synced.path());
+    const QString pictures = folder.entryList({QStringLiteral("*.jpg")}, QDir::Files).join(QLatin1Char(' '));
+    diskLog() << QStringLiteral("%1 [%2]").arg(QLatin1String(synced.isDir() ? "folder" : "file in"), pictures);
+    static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
+    return real(file);
+}
+
+namespace {
 class ThrowingDirectories : public BaseDirHelper
 {
 public:
@@ -112,6 +132,18 @@ private Q_SLOTS:
         QCOMPARE(circle, AnalyserPrivate::approximateFindCladdingCircle(gray));
         QVERIFY(focus > 0);
         QCOMPARE(focus, AnalyserPrivate::getBlurLevel(gray, circle));
+    }
+
+    void filedPicturesOutliveAPowerFailure()
+    {
+        Analyser analyser;
+        diskLog().clear();
+
+        analyser.analyse(anyStandard, QStringLiteral("durable"));
+
+        const QStringList order{QStringLiteral("file in []"), QStringLiteral("folder [source.jpg]"),
+            QStringLiteral("file in [source.jpg]"), QStringLiteral("folder [result.jpg source.jpg]")};
+        QCOMPARE(diskLog(), order);
     }
 
     void theVerdictIsThatOfTheFixedCameraImage_data()
