@@ -2,15 +2,16 @@
 #include "FiberInspection/ImageFormats_p.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <tiffio.h>
 #include <vector>
+#include <zlib.h>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr int maxBitsPerSample = 16;
@@ -151,8 +152,41 @@ QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
     return {};
 }
 
+/// Whether packed data end where they should, with the checksum that they should have. The decoder stops as soon as it
+/// has its pixels, and does not look.
+bool isWholeStream(const uchar *packed, qint64 packedSize, qint64 size)
+{
+    z_stream stream{};
+    if (inflateInit(&stream) != Z_OK)
+        return false;
+    std::array<uchar, 32768> piece{};
+    stream.next_in = const_cast<uchar *>(packed);
+    stream.avail_in = static_cast<uInt>(packedSize);
+    int status = Z_OK;
+    while (status == Z_OK && static_cast<qint64>(stream.total_out) <= size) {
+        stream.next_out = piece.data();
+        stream.avail_out = static_cast<uInt>(piece.size());
+        status = inflate(&stream, Z_NO_FLUSH);
+    }
+    const bool isWhole = status == Z_STREAM_END && static_cast<qint64>(stream.total_out) == size;
+    inflateEnd(&stream);
+    return isWhole;
+}
+
+bool isWholePiece(const Tiff &tiff, const QByteArray &bytes, uint32_t piece, tmsize_t size)
+{
+    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
+    if (compression != COMPRESSION_ADOBE_DEFLATE && compression != COMPRESSION_DEFLATE)
+        return true;
+    const uint64_t offset = TIFFGetStrileOffset(tiff.get(), piece);
+    const uint64_t packedSize = TIFFGetStrileByteCount(tiff.get(), piece);
+    const auto fileSize = static_cast<uint64_t>(bytes.size());
+    return offset <= fileSize && packedSize <= fileSize - offset
+        && isWholeStream(dataOf(bytes) + offset, static_cast<qint64>(packedSize), size);
+}
+
 /// Decodes all strips or tiles for what the decoder has to say about them.
-bool readsWithoutComplaint(const Tiff &tiff)
+bool readsWithoutComplaint(const Tiff &tiff, const QByteArray &bytes)
 {
     const bool isTiled = TIFFIsTiled(tiff.get()) != 0;
     const tmsize_t pieceSize = isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
@@ -163,7 +197,7 @@ bool readsWithoutComplaint(const Tiff &tiff)
     for (uint32_t piece = 0; piece < pieces; ++piece) {
         const tmsize_t read = isTiled ? TIFFReadEncodedTile(tiff.get(), piece, buffer.data(), pieceSize)
                                       : TIFFReadEncodedStrip(tiff.get(), piece, buffer.data(), pieceSize);
-        if (read <= 0 || tiff.hasComplained())
+        if (read <= 0 || tiff.hasComplained() || !isWholePiece(tiff, bytes, piece, read))
             return false;
     }
     return true;
@@ -192,10 +226,9 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
         return refused(problem);
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
-    if (!readsWithoutComplaint(tiff))
-        return damaged(tiff.message());
+    if (!readsWithoutComplaint(tiff, bytes))
+        return damaged(tiff.hasComplained() ? tiff.message() : "packed data are not whole");
     return decodeByOpenCv(bytes, size);
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

@@ -6,19 +6,23 @@
 #include <cstring>
 #include <memory>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr qint64 riffHeaderSize = 12; // "RIFF", the size of the rest, "WEBP"
 constexpr qint64 chunkHeaderSize = 8;
-constexpr qint64 unneeded = 8; // bytes at the end of coded data that a decoder may not have to look at
+
+// Bytes at the end of coded data that a decoder may not have to look at: what flushes the arithmetic coder, or the last
+// bits of a byte.
+constexpr qint64 unneededLossy = 6; // libwebp leaves 2 to 4
+constexpr qint64 unneededLossless = 1;
 
 struct Structure
 {
     QString problem;
     qint64 end = 0; ///< of the file as it declares itself
     qint64 endOfPixels = 0; ///< of the chunk with the coded pixels
+    bool isLossless = false;
 };
 
 bool isOfType(const uchar *chunk, const char *type)
@@ -52,6 +56,7 @@ Structure walk(const QByteArray &bytes)
             if (structure.endOfPixels != 0)
                 return fail(QStringLiteral("the file holds more than one image"));
             structure.endOfPixels = at;
+            structure.isLossless = isOfType(chunk, "VP8L");
         }
         at += length % 2; // a chunk begins at an even place
     }
@@ -107,7 +112,7 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     const auto feed = [&](qint64 end) {
         return WebPIUpdate(decoder.get(), dataOf(bytes), static_cast<std::size_t>(end));
     };
-    const VP8StatusCode early = feed(structure.endOfPixels - unneeded);
+    const VP8StatusCode early = feed(structure.endOfPixels - (structure.isLossless ? unneededLossless : unneededLossy));
     if (early == VP8_STATUS_OK)
         return damaged("data are left over");
     const VP8StatusCode final = early == VP8_STATUS_SUSPENDED ? feed(structure.end) : early;
@@ -116,5 +121,4 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     return {pixels, {}};
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats
