@@ -6,11 +6,9 @@
 #include <QSize>
 #include <QtEndian>
 
-namespace FiberInspection {
-
 /// The decoders, one a format. Each is told bytes of its format, decides by the first header whether the size is
 /// bearable, and throws what OpenCV and the allocation of memory throw.
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 bool isJpeg(const QByteArray &bytes);
 DecodedImage decodeJpeg(const QByteArray &bytes, qint64 maxPixels);
@@ -75,5 +73,4 @@ inline quint32 littleEndian32(const uchar *bytes)
     return qFromLittleEndian<quint32>(bytes);
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

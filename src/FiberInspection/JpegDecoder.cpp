@@ -6,8 +6,7 @@
 #include <cstring>
 #include <jpeglib.h>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr int maxScans = 100; // encoders that search for the best split need a fifth of it
@@ -89,17 +88,19 @@ void readFrameHeader(const uchar *segment, int length, uchar marker, Structure *
 
     structure->isProgressive = marker == Progressive;
     structure->size = QSize(bigEndian16(segment + 5), bigEndian16(segment + 3));
-    const uchar *const components = segment + fixedSize;
+    const QByteArray components(reinterpret_cast<const char *>(segment) + fixedSize, count * componentSize);
+    const auto samplingOf = [&components](
+                                int component) { return int(uchar(components[component * componentSize + 1])); };
     int mostHorizontal = 1;
     int mostVertical = 1;
     for (int i = 0; i < count; ++i) {
-        structure->components.append(char(components[componentSize * i]));
-        mostHorizontal = qMax(mostHorizontal, components[componentSize * i + 1] >> 4);
-        mostVertical = qMax(mostVertical, components[componentSize * i + 1] & 0xF);
+        structure->components.append(components[i * componentSize]);
+        mostHorizontal = qMax(mostHorizontal, samplingOf(i) >> 4);
+        mostVertical = qMax(mostVertical, samplingOf(i) & 0xF);
     }
     for (int i = 0; i < count; ++i) {
-        const int sampling = components[componentSize * i + 1];
-        structure->blocks += blocksOf(structure->size, sampling >> 4, sampling & 0xF, mostHorizontal, mostVertical);
+        structure->blocks +=
+            blocksOf(structure->size, samplingOf(i) >> 4, samplingOf(i) & 0xF, mostHorizontal, mostVertical);
     }
 }
 
@@ -317,5 +318,4 @@ DecodedImage decodeJpeg(const QByteArray &bytes, qint64 maxPixels)
     return {upright(pixels, structure.orientation), {}};
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

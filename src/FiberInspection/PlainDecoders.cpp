@@ -5,8 +5,7 @@
 #include <cctype>
 #include <cstdlib>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr qint64 bitsPerByte = 8;
@@ -155,5 +154,4 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
     return decodePlain(bytes, header, maxPixels);
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

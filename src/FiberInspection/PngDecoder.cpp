@@ -6,8 +6,7 @@
 #include <cstring>
 #include <png.h>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr int signatureSize = 8;
@@ -196,5 +195,4 @@ DecodedImage decodePng(const QByteArray &bytes, qint64 maxPixels)
     return {upright(pixels, reading.orientation()), {}};
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

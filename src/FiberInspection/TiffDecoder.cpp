@@ -11,8 +11,7 @@
 #include <vector>
 #include <zlib.h>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr int maxBitsPerSample = 16;
@@ -232,5 +231,4 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
     return decodeByOpenCv(bytes, size);
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

@@ -6,8 +6,7 @@
 #include <cstring>
 #include <memory>
 
-namespace FiberInspection {
-namespace ImageFormats {
+namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr qint64 riffHeaderSize = 12; // "RIFF", the size of the rest, "WEBP"
@@ -122,5 +121,4 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     return {pixels, {}};
 }
 
-} // namespace ImageFormats
-} // namespace FiberInspection
+} // namespace FiberInspection::ImageFormats

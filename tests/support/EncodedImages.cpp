@@ -61,7 +61,7 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
     cv::Mat cmyk(bgr.rows, bgr.cols, CV_8UC4);
     for (int row = 0; row < bgr.rows; ++row) {
         for (int col = 0; col < bgr.cols; ++col) {
-            const auto pixel = bgr.at<cv::Vec3b>(row, col);
+            const auto &pixel = bgr.at<cv::Vec3b>(row, col);
             cmyk.at<cv::Vec4b>(row, col) = cv::Vec4b(pixel[2], pixel[1], pixel[0], uchar(200 + (row + col) % 56));
         }
     }
@@ -129,9 +129,9 @@ QByteArray png(int width, int height, const Png &kind)
     png_write_info(writer, info);
     const auto lineSize = int(png_get_rowbytes(writer, info));
     QByteArray samples = randomBytes(lineSize * height);
-    std::vector<png_bytep> lines;
-    for (int row = 0; row < height; ++row)
-        lines.push_back(reinterpret_cast<png_bytep>(samples.data()) + row * lineSize);
+    std::vector<png_bytep> lines(std::size_t(height), reinterpret_cast<png_bytep>(samples.data()));
+    for (std::size_t row = 0; row < lines.size(); ++row)
+        lines[row] += row * std::size_t(lineSize);
     png_write_image(writer, lines.data());
     png_write_end(writer, info);
     png_destroy_write_struct(&writer, &info);
