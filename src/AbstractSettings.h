@@ -13,8 +13,11 @@ class QSettings;
 /// its defaults.
 ///
 /// The store outlives this object and is never destroyed, so it does not write at the end of the process by itself: a
-/// subclass that has stored a value and wants it on the disk now calls m_settings->sync(). Nothing is written before a
-/// value is stored. Like QSettings, an object may be used in one thread at a time.
+/// subclass that has stored a value and wants it on the disk now calls sync(). Nothing is written before a value is
+/// stored. Like QSettings, an object may be used in one thread at a time.
+///
+/// The file is a regular one that belongs to root or to us, or there is none yet. Anything else, as a link or a device,
+/// is neither read nor touched: the log tells, and the values stay in memory.
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {
 public:
@@ -27,6 +30,10 @@ public:
 
 protected:
     explicit AbstractSettings(const QString &filePath);
+
+    /// Writes the values to the disk now. A failure is told in the log, as it is when the event loop writes.
+    /// @return whether they are there; once that has failed it stays false, as the store's status does
+    bool sync();
 
     bool hasBeenIniFileCreated() const; ///< the file did not exist when this object was made
 

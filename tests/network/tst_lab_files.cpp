@@ -1,15 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
-// SystemHelper where it would harm this machine: kernel files, full and read-only disks.
+// Files where a test would harm this machine: of the kernel, on full and read-only disks, in place of devices.
+#include "AbstractSettings.h"
 #include "Helpers/SystemHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
 
 #include <QFile>
+#include <QFileInfo>
+#include <QSettings>
 #include <QtTest>
 
 namespace {
 const QString dropCaches = QStringLiteral("/proc/sys/vm/drop_caches");
 const QString compactMemory = QStringLiteral("/proc/sys/vm/compact_memory");
+
+class Settings : public AbstractSettings
+{
+public:
+    explicit Settings(const QString &path)
+        : AbstractSettings(path)
+    {
+    }
+
+    using AbstractSettings::sync;
+
+    void set(const QString &key, const QVariant &content) { m_settings->setValue(key, content); }
+};
 } // namespace
 
 class TestLabFiles : public QObject
@@ -77,6 +93,37 @@ private Q_SLOTS:
         QVERIFY(!SystemHelper::createDirIfNotExist(QStringLiteral("/tmp/a/b")));
         SystemHelper::removeFilesFromDir(QStringLiteral("/tmp"), QString());
         QCOMPARE(Lab::read(QStringLiteral("/tmp/file")), QByteArray("before"));
+    }
+
+    void settingsBehindALinkToADeviceLeaveTheDevice()
+    {
+        if (!Lab::succeeds(QStringLiteral("rm -f /opt/null; mknod /opt/null c 1 3 2>/dev/null || true; "
+                                          "ln -sf /opt/null /opt/settings.ini"))
+            || !QFileInfo::exists(QStringLiteral("/opt/null")))
+            QSKIP("there are no devices here");
+        const LogCapture log;
+
+        Settings settings(QStringLiteral("/opt/settings.ini"));
+        settings.set(QStringLiteral("key"), 5);
+        QVERIFY(!settings.sync());
+
+        QVERIFY(Lab::succeeds(QStringLiteral("test -c /opt/null -a -L /opt/settings.ini")));
+        QCOMPARE(settings.value(QStringLiteral("key")).toInt(), 5);
+    }
+
+    void settingsOfAnotherUserAreNotRead()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("echo key=6 >/tmp/settings.ini")));
+        const LogCapture log;
+
+        Settings settings(QStringLiteral("/tmp/settings.ini"));
+        settings.set(QStringLiteral("other"), 5);
+        QVERIFY(!settings.sync());
+
+        QVERIFY(!settings.contains(QStringLiteral("key")));
+        QCOMPARE(Lab::read(QStringLiteral("/tmp/settings.ini")), QByteArray("key=6\n"));
     }
 
     void aStartedProcessIsFoundAndItsPriorityAltered()

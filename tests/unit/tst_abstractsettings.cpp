@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AbstractSettings.h"
+#include "Faults.h"
 #include "ForkedChild.h"
+#include "LogCapture.h"
 
+#include <QDir>
 #include <QFile>
 #include <QPointer>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
 #include <type_traits>
+#include <unistd.h>
 
 class Settings : public AbstractSettings
 {
@@ -20,6 +25,7 @@ public:
 
     using AbstractSettings::hasBeenIniFileCreated;
     using AbstractSettings::init; // declared only; a call would not link
+    using AbstractSettings::sync;
 
     QSettings *store() const { return m_settings; }
     void setAndSync(const QString &key, const QVariant &content)
@@ -51,7 +57,176 @@ private:
         QCOMPARE(file.write(bytes), qint64(bytes.size()));
     }
 
+    static void plant(const QString &what, const QString &path)
+    {
+        const QByteArray name = QFile::encodeName(path);
+        const QByteArray target = name + ".target";
+        if (what.endsWith(QLatin1String("to a file")))
+            write(QFile::decodeName(target), "key=theirs\n");
+        if (what.endsWith(QLatin1String("to a folder")))
+            QVERIFY(QDir().mkdir(QFile::decodeName(target)));
+        if (what.endsWith(QLatin1String("to a pipe")))
+            QCOMPARE(mkfifo(target.constData(), 0600), 0);
+        if (what.startsWith(QLatin1String("a link")))
+            QCOMPARE(symlink(target.constData(), name.constData()), 0);
+        else if (what == QLatin1String("a pipe"))
+            QCOMPARE(mkfifo(name.constData(), 0600), 0);
+        else
+            QVERIFY(QDir().mkdir(path));
+    }
+
+    /// Everything in the folder, with the kind, number and size of each.
+    QStringList inventory() const
+    {
+        QStringList lines;
+        const QStringList names = QDir(mDir.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System);
+        for (const QString &name : names) {
+            struct stat status = {};
+            lstat(QFile::encodeName(mDir.filePath(name)).constData(), &status);
+            lines << QStringLiteral("%1 %2 %3 %4").arg(name).arg(status.st_mode).arg(status.st_ino).arg(status.st_size);
+        }
+        return lines;
+    }
+
 private Q_SLOTS:
+    void whatIsNoFileOfOursIsLeftAlone_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<bool>("isNew");
+        QTest::newRow("link") << QStringLiteral("a link to a file") << false;
+        QTest::newRow("dangling link") << QStringLiteral("a link to nothing") << true;
+        QTest::newRow("link to a folder") << QStringLiteral("a link to a folder") << false;
+        QTest::newRow("link to a pipe") << QStringLiteral("a link to a pipe") << false;
+        QTest::newRow("pipe") << QStringLiteral("a pipe") << false;
+        QTest::newRow("folder") << QStringLiteral("a folder") << false;
+    }
+
+    void whatIsNoFileOfOursIsLeftAlone()
+    {
+        QFETCH(const QString, what);
+        QFETCH(const bool, isNew);
+        const QString path = newPath();
+        plant(what, path);
+        const QStringList before = inventory();
+        const LogCapture log;
+
+        Settings settings(path);
+        QCOMPARE(
+            log.warnings(), QStringList(QStringLiteral("Settings stay in memory, this is no file of ours: ") + path));
+        QVERIFY(!settings.contains(QStringLiteral("key")));
+        settings.setAndSync(QStringLiteral("key"), 5);
+        QVERIFY(!settings.sync());
+        settings.store()->setValue(QStringLiteral("other"), 6);
+        QCoreApplication::sendPostedEvents();
+
+        QCOMPARE(settings.hasBeenIniFileCreated(), isNew);
+        QCOMPARE(settings.value(QStringLiteral("key")).toInt(), 5);
+        QCOMPARE(settings.value(QStringLiteral("other")).toInt(), 6);
+        QCOMPARE(inventory(), before);
+    }
+
+    void refusedFilesShareNothing()
+    {
+        const QString one = newPath();
+        const QString two = newPath();
+        plant(QStringLiteral("a link to nothing"), one);
+        plant(QStringLiteral("a link to nothing"), two);
+        const LogCapture log;
+        Settings first(one);
+        const Settings second(two);
+
+        first.setAndSync(QStringLiteral("key"), 5);
+
+        QVERIFY(!second.contains(QStringLiteral("key")));
+    }
+
+    void aLockThatIsNoneIsNotWaitedFor_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::newRow("folder") << QStringLiteral("a folder");
+        QTest::newRow("pipe") << QStringLiteral("a pipe");
+        QTest::newRow("link") << QStringLiteral("a link to a file");
+    }
+
+    void aLockThatIsNoneIsNotWaitedFor()
+    {
+        QFETCH(const QString, what);
+        const QString path = newPath();
+        plant(what, path + QStringLiteral(".lock"));
+        const LogCapture log;
+
+        const ForkedChild child = ForkedChild::run(
+            [&] {
+                Settings settings(path);
+                settings.store()->setValue(QStringLiteral("key"), 1);
+                QCoreApplication::sendPostedEvents();
+                return settings.sync() || settings.value(QStringLiteral("key")).toInt() != 1 ? 1 : 0;
+            },
+            10);
+
+        QCOMPARE(child.exitCode, 0);
+        QVERIFY(!QFile::exists(path));
+    }
+
+    void aFileThatBecomesALinkIsNotReplaced()
+    {
+        const QString path = newPath();
+        Settings settings(path);
+        settings.setAndSync(QStringLiteral("key"), 1);
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(QFile::remove(path));
+        plant(QStringLiteral("a link to a file"), path);
+        const QStringList before = inventory();
+        const LogCapture log;
+
+        settings.store()->setValue(QStringLiteral("key"), 2);
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(!settings.sync());
+
+        const QString told = QStringLiteral("Failed to store settings, this is no file of ours: ") + path;
+        QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // stores of other tests may write as well
+        QCOMPARE(inventory(), before);
+        QCOMPARE(settings.value(QStringLiteral("key")).toInt(), 2);
+    }
+
+    void settingsThatAreStoredAreNotTold()
+    {
+        const QString path = newPath();
+        Settings settings(path);
+        const LogCapture log;
+
+        settings.store()->setValue(QStringLiteral("key"), 1);
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(QFile::exists(path));
+        settings.store()->setValue(QStringLiteral("key"), 2);
+        QVERIFY(settings.sync());
+
+        QCOMPARE(log.asText(), QStringList());
+        QVERIFY(!QFile::exists(path + QStringLiteral(".lock")));
+    }
+
+    void settingsThatAreNotStoredAreTold()
+    {
+        const QString path = newPath();
+        Settings settings(path);
+        settings.setAndSync(QStringLiteral("key"), 1);
+        QCoreApplication::sendPostedEvents();
+        const Faults::FileSizeLimit limit(10);
+        const LogCapture log;
+
+        settings.store()->setValue(QStringLiteral("key"), QString(100, QLatin1Char('x')));
+        QCoreApplication::sendPostedEvents();
+        const QString told = QStringLiteral("Failed to store settings in ") + path;
+        QCOMPARE(log.warnings().filter(path), QStringList(told));
+        QVERIFY(!settings.sync());
+
+        QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // stores of other tests may write as well
+        QCOMPARE(settings.value(QStringLiteral("key")).toString().size(), 100);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("[General]\nkey=1\n")); // as it was
+    }
+
     void onlyASubclassCanBeConstructed()
     {
         QVERIFY(!(std::is_constructible_v<AbstractSettings, QString>));
@@ -124,6 +299,7 @@ private Q_SLOTS:
 
     void aFolderIsNotANewFile()
     {
+        const LogCapture log;
         const Settings settings(mDir.path());
 
         QVERIFY(!settings.hasBeenIniFileCreated());
