@@ -211,6 +211,24 @@ QProcessEnvironment environmentOfTar()
     return environment;
 }
 
+/// Removes a file below an open folder. A folder that has become a link since it was listed is not followed.
+void removeBelow(int root, const QByteArray &path)
+{
+    const QList<QByteArray> names = path.split('/');
+    int folder = root;
+    for (int i = 0; i + 1 < names.size() && folder >= 0; ++i) {
+        const int next = ::openat(folder, names.at(i).constData(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (folder != root)
+            ::close(folder);
+        folder = next;
+    }
+    if (folder < 0)
+        return;
+    ::unlinkat(folder, names.last().constData(), 0);
+    if (folder != root)
+        ::close(folder);
+}
+
 /// The log tells if the text was not written, unless nobody needs to know.
 bool writeText(const QString &filename, const QString &text, bool overwrite, bool isTold)
 {
@@ -408,11 +426,15 @@ void SystemHelper::removeFilesFromDir(const QString &dirPath, const QString &ext
 {
     if (dirPath.isEmpty()) // would be the working directory
         return;
-    QDir dir(dirPath);
+    const QDir dir(dirPath);
+    const int root = ::open(QFile::encodeName(dir.absolutePath()).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    if (root < 0)
+        return;
     QDirIterator entry(dir.absolutePath(), QDirIterator::Subdirectories);
     while (entry.hasNext()) {
         const QString path = entry.next();
         if (path.endsWith(extension, Qt::CaseSensitive))
-            dir.remove(path);
+            removeBelow(root, QFile::encodeName(dir.relativeFilePath(path)));
     }
+    ::close(root);
 }

@@ -19,6 +19,8 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <limits>
 #include <memory>
 #include <sys/resource.h>
@@ -1260,6 +1262,36 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(elsewhere.filePath(QStringLiteral("x.jpg"))));
         QCOMPARE(
             QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList(QStringLiteral("folder")));
+    }
+
+    void aFolderThatBecomesALinkMeanwhileIsNotFollowed()
+    {
+        const QTemporaryDir dir;
+        const QTemporaryDir elsewhere;
+        const QString precious = elsewhere.filePath(QStringLiteral("x.jpg"));
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("folder")));
+        const QByteArray link = QFile::encodeName(dir.filePath(QStringLiteral("link")));
+        QVERIFY(write(precious, "x"));
+        QVERIFY(QDir().mkdir(QFile::decodeName(folder)));
+        QCOMPARE(symlink(QFile::encodeName(elsewhere.path()).constData(), link.constData()), 0);
+        const int inside = open(folder.constData(), O_DIRECTORY | O_RDONLY | O_CLOEXEC);
+        QVERIFY(inside >= 0);
+        std::atomic<bool> isOver{false};
+        std::thread exchanger([&] {
+            while (!isOver)
+                renameat2(AT_FDCWD, folder.constData(), AT_FDCWD, link.constData(), RENAME_EXCHANGE);
+        });
+
+        for (int turn = 0; turn < 3000 && QFile::exists(precious); ++turn) {
+            const int file = openat(inside, "x.jpg", O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+            close(file);
+            SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+        }
+        isOver = true;
+        exchanger.join();
+        close(inside);
+
+        QVERIFY(QFile::exists(precious));
     }
 
     void thousandsOfFilesAreRemovedInOneWalk()
