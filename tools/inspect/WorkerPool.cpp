@@ -41,7 +41,10 @@ QString describeEnd(int status)
 class Pipe
 {
 public:
-    Pipe() { static_cast<void>(pipe2(mEnds, O_CLOEXEC)); }
+    Pipe()
+        : mIsOpen(pipe2(mEnds, O_CLOEXEC) == 0)
+    {
+    }
     ~Pipe()
     {
         for (const int end : mEnds) {
@@ -52,7 +55,7 @@ public:
     Pipe(const Pipe &) = delete;
     Pipe &operator=(const Pipe &) = delete;
 
-    bool isOpen() const { return mEnds[0] >= 0; }
+    bool isOpen() const { return mIsOpen; }
     int reading() const { return mEnds[0]; }
     int writing() const { return mEnds[1]; }
     int takeReading() { return std::exchange(mEnds[0], -1); }
@@ -60,6 +63,7 @@ public:
 
 private:
     int mEnds[2] = {-1, -1};
+    bool mIsOpen;
 };
 
 class Memory
