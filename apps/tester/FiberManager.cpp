@@ -2,24 +2,47 @@
 #include "FiberManager.h"
 
 #include "FiberInspection/Analyser.h"
-#include "FiberInspection/Standard.h"
 #include "Helpers/QObjectHelper.h"
 #include "Managers/CoreFiberInspectionManager.h"
 
 FiberManager::FiberManager(CoreFiberInspectionManager *manager, QObject *parent)
     : QObject(parent)
-    , mManager(manager)
 {
     QObjectHelper::ownByCpp(&mStandards); // or the script that asks for it would delete it one day
-    connect(manager, &CoreFiberInspectionManager::analyseFinished, this, &FiberManager::analyseFinished);
-    connect(manager, &CoreFiberInspectionManager::analyseFailed, this, &FiberManager::analyseFailed);
+    // Requests take the manager's queue: behind its start, and nowhere when it is gone, in whichever thread that was.
+    connect(this, &FiberManager::requested, manager, &CoreFiberInspectionManager::requestAnalyse);
+    connect(manager, &CoreFiberInspectionManager::analyseFinished, this,
+        [this](bool passed, const QString &sourceFilePath, const QString &resultFilePath) {
+            if (takeAnswer())
+                Q_EMIT analyseFinished(passed, sourceFilePath, resultFilePath);
+        });
+    connect(manager, &CoreFiberInspectionManager::analyseFailed, this, [this] {
+        if (takeAnswer())
+            Q_EMIT analyseFailed();
+    });
 }
 
 FiberManager::~FiberManager() = default;
 
 void FiberManager::requestAnalyse(const QString &name, int standardId)
 {
-    Q_EMIT mManager->requestAnalyse(name, static_cast<FiberInspection::Standard::Id>(standardId));
+    ++mAwaited;
+    Q_EMIT requested(name, static_cast<FiberInspection::Standard::Id>(standardId));
+}
+
+void FiberManager::forgetRequests()
+{
+    mForgotten = mAwaited;
+}
+
+/// Whether somebody waits for the answer that is here.
+bool FiberManager::takeAnswer()
+{
+    mAwaited = qMax(0, mAwaited - 1); // others may ask the manager, too
+    if (mForgotten == 0)
+        return true;
+    --mForgotten;
+    return false;
 }
 
 QString FiberManager::tmpFiberInspectionImagePath() const

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/Standard.h"
 #include "StandardModel.h"
 
 #include <QObject>
@@ -9,19 +10,23 @@
 class CoreFiberInspectionManager;
 
 /// What the inspection pages see of the inspection manager. Lives in the user interface's thread, the manager may live
-/// in another one.
+/// in another one. Receivers of the answers may destroy it.
 class FiberManager : public QObject
 {
     Q_OBJECT
 
 public:
-    /// @param manager not owned; has to live as long as this object is asked
+    /// @param manager not owned; when it is gone, requests have no answer
     explicit FiberManager(CoreFiberInspectionManager *manager, QObject *parent = nullptr);
     ~FiberManager() override;
 
     /// Inspects the image at tmpFiberInspectionImagePath(); answered by analyseFinished() or analyseFailed().
     /// @param standardId a FiberInspection::Standard::Id
     Q_INVOKABLE void requestAnalyse(const QString &name, int standardId);
+
+    /// What was requested so far is not answered any more: its page is left, and the next one would take the verdict on
+    /// another face for its own.
+    Q_INVOKABLE void forgetRequests();
 
     /// Where a captured image belongs.
     Q_INVOKABLE QString tmpFiberInspectionImagePath() const;
@@ -33,7 +38,13 @@ Q_SIGNALS:
     void analyseFinished(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
     void analyseFailed();
 
+    /// To the manager.
+    void requested(QString name, FiberInspection::Standard::Id standardId);
+
 private:
-    CoreFiberInspectionManager *const mManager;
+    bool takeAnswer();
+
     StandardModel mStandards;
+    int mAwaited = 0; ///< answers that the manager owes; it gives one to each request, in their order
+    int mForgotten = 0; ///< the first so many of them
 };

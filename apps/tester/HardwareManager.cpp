@@ -8,6 +8,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QPointer>
 
 namespace {
 constexpr int pollInterval = 500; // milliseconds
@@ -69,7 +70,8 @@ void HardwareManager::setScopeConnected(bool isScopeConnected)
     if (isScopeConnected == mIsScopeConnected)
         return;
     mIsScopeConnected = isScopeConnected;
+    const QPointer<HardwareManager> self(this);
     Q_EMIT isScopeConnectedChanged(isScopeConnected);
-    if (!isScopeConnected)
+    if (self && !isScopeConnected) // also when it is back by now: what was opened with it is lost
         Q_EMIT fiberMicroscopeDisconnected();
 }

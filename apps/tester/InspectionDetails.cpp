@@ -2,6 +2,7 @@
 #include "InspectionDetails.h"
 
 #include "FiberInspection/Geometry.h"
+#include "FiberManager.h"
 #include "InspectionManager.h"
 
 #include <QImageReader>
@@ -60,12 +61,12 @@ QVariantMap ring(const Zone &zone, double pixelsPerMicron)
 }
 } // namespace
 
-InspectionDetails::InspectionDetails(InspectionManager *manager, QObject *parent)
+InspectionDetails::InspectionDetails(InspectionManager *manager, FiberManager *answers, QObject *parent)
     : QObject(parent)
 {
     connect(manager, &InspectionManager::resultReady, this, &InspectionDetails::keep);
-    connect(manager, &InspectionManager::analyseFinished, this, &InspectionDetails::finish);
-    connect(manager, &InspectionManager::analyseFailed, this, &InspectionDetails::clear);
+    connect(answers, &FiberManager::analyseFinished, this, &InspectionDetails::finish);
+    connect(answers, &FiberManager::analyseFailed, this, &InspectionDetails::clear);
 }
 
 void InspectionDetails::clear()

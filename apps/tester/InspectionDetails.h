@@ -8,6 +8,7 @@
 #include <QUrl>
 #include <QVariantList>
 
+class FiberManager;
 class InspectionManager;
 
 /// What stands behind the last verdict, for the panel beside the result page. Lives in the user interface's thread.
@@ -22,7 +23,9 @@ class InspectionDetails : public QObject
     Q_PROPERTY(QVariantList zones READ zones NOTIFY changed)
 
 public:
-    explicit InspectionDetails(InspectionManager *manager, QObject *parent = nullptr);
+    /// @param manager tells what stands behind a verdict
+    /// @param answers tells which verdicts count
+    InspectionDetails(InspectionManager *manager, FiberManager *answers, QObject *parent = nullptr);
 
     bool isReady() const { return mIsReady; }
     bool passed() const { return mPassed; }

@@ -6,6 +6,8 @@
 #include <QLocale>
 #include <QQmlEngine>
 
+#include <functional>
+
 namespace {
 constexpr char german[] = "de";
 constexpr char folder[] = ":/tester/translations";
@@ -24,22 +26,50 @@ Language::~Language()
     QCoreApplication::removeTranslator(&mLibrary);
 }
 
+void Language::setEngine(QQmlEngine *engine)
+{
+    mEngine = engine;
+}
+
 void Language::setCurrent(const QString &language)
 {
     if (language == mCurrent)
         return;
-    QCoreApplication::removeTranslator(&mTester);
-    QCoreApplication::removeTranslator(&mLibrary);
     mCurrent = language == QLatin1String(german) ? language : QStringLiteral("en"); // the texts of the sources
-    if (mCurrent == QLatin1String(german)) {
-        const QString path = QLatin1String(folder);
-        if (!mLibrary.load(QStringLiteral("VantorBase_de"), path)
-            || !mTester.load(QStringLiteral("VantorTester_de"), path))
-            qWarning() << "the German texts are missing";
-        QCoreApplication::installTranslator(&mLibrary);
-        QCoreApplication::installTranslator(&mTester);
+    const bool hasTexts = mCurrent == QLatin1String(german);
+    const std::function<void()> steps[] = {
+        [this] { QCoreApplication::removeTranslator(&mTester); },
+        [this] { QCoreApplication::removeTranslator(&mLibrary); },
+        [this, hasTexts] {
+            if (hasTexts)
+                loadTexts();
+        },
+        [this, hasTexts] {
+            if (hasTexts)
+                QCoreApplication::installTranslator(&mLibrary);
+        },
+        [this, hasTexts] {
+            if (hasTexts)
+                QCoreApplication::installTranslator(&mTester);
+        },
+        [this] {
+            if (mEngine)
+                mEngine->retranslate();
+        },
+    };
+    const QPointer<Language> self(this);
+    const int change = ++mChanges;
+    for (const std::function<void()> &step : steps) {
+        step();
+        if (!self || mChanges != change) // the application is told of each, and may choose again, or end all this
+            return;
     }
-    if (mEngine)
-        mEngine->retranslate();
     Q_EMIT currentChanged(mCurrent);
+}
+
+void Language::loadTexts()
+{
+    const QString path = QLatin1String(folder);
+    if (!mLibrary.load(QStringLiteral("VantorBase_de"), path) || !mTester.load(QStringLiteral("VantorTester_de"), path))
+        qWarning() << "the German texts are missing";
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QTranslator>
 
@@ -22,13 +23,16 @@ public:
     void setCurrent(const QString &language);
 
     /// @param engine not owned
-    void setEngine(QQmlEngine *engine) { mEngine = engine; }
+    void setEngine(QQmlEngine *engine);
 
 Q_SIGNALS:
-    void currentChanged(const QString &language);
+    void currentChanged(QString language); // by value: a receiver may choose again, or destroy this
 
 private:
-    QQmlEngine *mEngine = nullptr;
+    void loadTexts();
+
+    QPointer<QQmlEngine> mEngine;
+    int mChanges = 0;
     QString mCurrent = QStringLiteral("en");
     QTranslator mLibrary;
     QTranslator mTester;

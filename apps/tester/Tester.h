@@ -50,13 +50,14 @@ public:
 
     Language &language() { return mLanguage; }
     InspectionDetails &details() { return mDetails; }
+    FiberManager &fiberManager() { return mFiberManager; }
 
 private:
     VantorBase mBase;
     InspectionThread mInspection;
     HardwareManager mHardware;
     FiberManager mFiberManager{mInspection.manager()};
-    InspectionDetails mDetails{mInspection.manager()};
+    InspectionDetails mDetails{mInspection.manager(), &mFiberManager};
     Language mLanguage;
     QQmlApplicationEngine mEngine;
 };

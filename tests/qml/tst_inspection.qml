@@ -120,7 +120,7 @@ Item {
             heldManager.hold();
             const button = Items.byText(inspectionPage(), "Analyse");
             mouseClick(button, button.width / 2, button.height / 2);
-            compare(stackView.depth, 2);
+            tryCompare(stackView, "depth", 2, Patience.longest);
         }
 
         function waitForPicture() {
@@ -150,7 +150,7 @@ Item {
             const page = stackView.currentItem;
             compare(page.standardId, 0);
             compare(page.testPassed, row.passes);
-            compare(snackBar.texts, [row.text]);
+            tryCompare(snackBar, "texts", [row.text], Patience.longest);
             const image = Items.byType(page, "QQuickImage");
             compare(image.status, Image.Ready);
             verify(image.source.toString().indexOf("/analyse_test/result.jpg") > 0);
@@ -198,6 +198,7 @@ Item {
             analyse();
             waitForVerdict();
             verify(!stackView.currentItem.testPassed);
+            tryVerify(function() { return snackBar.texts.length === 1; }, Patience.longest);
 
             stackView.pop(StackView.Immediate);
             look("clean");
@@ -205,7 +206,7 @@ Item {
             waitForVerdict();
 
             verify(stackView.currentItem.testPassed);
-            compare(snackBar.texts.length, 2);
+            tryVerify(function() { return snackBar.texts.length === 2; }, Patience.longest);
         }
 
         function test_unpluggingDuringTheAnalysisChangesNothingAboutIt() {

@@ -59,6 +59,7 @@ Item {
             expectMissing(["appController"]);
             page.analyse();
             page.analyse();
+            wait(0); // the application is called later
             expectMissing(["stackView"]);
             page.back();
         }
@@ -70,6 +71,7 @@ Item {
             expectMissing(["snackBar"]);
             page.showResult(true, "");
             page.showResult(false, "");
+            wait(0);
             compare(Items.byType(page, "QQuickImage").status, Image.Null);
         }
     }

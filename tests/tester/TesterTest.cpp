@@ -56,7 +56,7 @@ bool TesterTest::openResult() const
 
 bool TesterTest::openResultAfterRequest() const
 {
-    const QSignalSpy requests(CoreFiberInspectionManager::instance(), &CoreFiberInspectionManager::requestAnalyse);
+    const QSignalSpy requests(&mTester->fiberManager(), &FiberManager::requested);
     return openResult() && ShellDriver::waitFor([&requests] { return requests.count() > 0; });
 }
 

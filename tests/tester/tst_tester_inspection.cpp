@@ -26,6 +26,7 @@ private Q_SLOTS:
     void anImageOutOfFocusIsNotInspected();
     void theSecondInspectionShowsItsOwnVerdict();
     void leavingDuringTheAnalysisShowsNothingOfIt();
+    void theVerdictForAPageThatWasLeftIsNotThatOfTheNextOne();
 
 private:
     bool turnKnobToFocus() const;
@@ -266,6 +267,26 @@ void tst_TesterInspection::leavingDuringTheAnalysisShowsNothingOfIt()
     QVERIFY(focus());
     QVERIFY(tap("Analyse"));
     QVERIFY(waitFor("Connector test passed"));
+}
+
+void tst_TesterInspection::theVerdictForAPageThatWasLeftIsNotThatOfTheNextOne()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
+    const QSignalSpy answers(&tester().fiberManager(), &FiberManager::analyseFinished);
+    {
+        const HeldInspections held;
+        QVERIFY(openResultAfterRequest());
+        QVERIFY(tap("actionBack"));
+        QVERIFY(driver().waitForRest());
+        QVERIFY(focus());
+
+        QVERIFY(openResultAfterRequest());
+    }
+
+    QVERIFY(waitFor("Connector test passed"));
+    QCOMPARE(answers.count(), 1);
 }
 
 int main(int argc, char *argv[])

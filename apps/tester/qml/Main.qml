@@ -41,8 +41,10 @@ ApplicationWindow {
             const page = stackView.push(entry.source, properties);
             if (!page)
                 return;
-            if (pageId === OrvelPage.FiberInspectionResult)
+            if (pageId === OrvelPage.FiberInspectionResult) { // nothing of an earlier face is shown on it
+                fiberManager.forgetRequests();
                 inspectionDetails.clear();
+            }
             page.pageId = pageId;
             page.title = title;
             patience.running = screen.showsResultPage();
@@ -62,7 +64,7 @@ ApplicationWindow {
     Connections {
         target: hardwareManager
 
-        // The inspection page goes back one page, which is the wrong one while the result lies on top of it.
+        // The inspection page itself goes back only one page, and not at once.
         function onFiberMicroscopeDisconnected() {
             stackView.scopeWasLost = true;
             Qt.callLater(stackView.leavePagesWithoutScope);
@@ -166,9 +168,13 @@ ApplicationWindow {
                 if (busy || !scopeWasLost)
                     return;
                 scopeWasLost = false;
-                const entry = currentItem ? pageRegistry.find(currentItem.pageId) : null;
-                if (entry && entry.needsScope)
+                if (hasPage(needsScope))
                     popAll();
+            }
+
+            function needsScope(page) {
+                const entry = pageRegistry.find(page.pageId);
+                return !!entry && !!entry.needsScope;
             }
 
             anchors {

@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtQuick.Templates 2.4 as Templates
 import "qrc:/Vantor/Style"
 import "../Utils/ContextObjects.js" as ContextObjects
+import "../Utils/Later.js" as Later
 
 // The base of every page on the application's stack.
 Rectangle {
@@ -16,6 +17,7 @@ Rectangle {
     property bool wasOpened: false
     property var actionsHiddenByLock: []
     property bool notificationAreaWasInteractive: true
+    readonly property var tasks: Later.queue()
 
     signal becameCurrentPage()
     signal pageOpened()
@@ -45,6 +47,12 @@ Rectangle {
         const stackView = ContextObjects.find("stackView");
         if (stackView)
             stackView.pop(Templates.StackView.Immediate);
+    }
+
+    // For what the application offers: it may run an event loop, a dialog, in which the page goes, and no signal handler
+    // of the page may be under way then. The task is dropped when the page is gone before.
+    function later(task) {
+        tasks.add(task);
     }
 
     // Nobody leaves the page, and nothing else is started, until it is unlocked.
@@ -90,7 +98,10 @@ Rectangle {
     actions: defaultActions()
     color: GlobalStyles.pageBackground
 
-    Component.onDestruction: unlockPage()
+    Component.onDestruction: {
+        tasks.isOver = true;
+        unlockPage();
+    }
 
     MouseArea { // keeps clicks from the pages underneath
         anchors.fill: parent

@@ -38,13 +38,20 @@ VantorComponents.Page {
 
     function analyse() {
         if (!isSharpEnough()) {
-            showOutOfFocus();
+            later(showOutOfFocus);
             return;
         }
         capture();
+        const standardId = standardBox.currentValue;
+        later(function() {
+            root.showResult(standardId);
+        });
+    }
+
+    function showResult(standardId) {
         const appController = ContextObjects.find("appController");
         if (appController)
-            appController.navigateTo(OrvelPage.FiberInspectionResult, "", { standardId: standardBox.currentValue });
+            appController.navigateTo(OrvelPage.FiberInspectionResult, "", { standardId: standardId });
     }
 
     function showOutOfFocus() {
@@ -99,7 +106,7 @@ VantorComponents.Page {
         target: ContextObjects.find("hardwareManager")
 
         function onFiberMicroscopeDisconnected() {
-            root.back();
+            root.later(root.back);
         }
     }
 
@@ -145,7 +152,7 @@ VantorComponents.Page {
         height: root.isLandscape ? (besideForm + cutOff) * 3 / 4 : inputForm.y
         clip: true
         videoOutput.filters: ready ? [fiberRealtimeAnalyser] : []
-        onImageSaved: root.requestAnalysis()
+        onImageSaved: root.later(root.requestAnalysis)
 
         Rectangle {
             id: claddingCircle

@@ -17,7 +17,15 @@ VantorComponents.Page {
         resultImage.source = ""; // a later result may lie under the same name
         if (resultFilePath !== "") // empty: it could not be filed
             resultImage.source = "file://" + resultFilePath;
-        tellVerdict();
+        later(tellVerdict);
+    }
+
+    // There is no verdict, and one on an earlier image does not count.
+    function showFailure() {
+        waiting.hide();
+        verdict.visible = false;
+        resultImage.source = "";
+        console.error("analyse failed");
     }
 
     function tellVerdict() {
@@ -38,8 +46,7 @@ VantorComponents.Page {
         }
 
         function onAnalyseFailed() {
-            waiting.hide();
-            console.error("analyse failed");
+            root.showFailure();
         }
     }
 

@@ -23,6 +23,10 @@ FocusScope {
         return stack.push(source, properties, depth === 0 ? StackView.Immediate : StackView.PushTransition);
     }
 
+    function hasPage(condition) {
+        return stack.find(condition) !== null;
+    }
+
     // The page on top goes. The way is one of StackView's, or that of popExit without one.
     function pop(way) {
         if (busy)

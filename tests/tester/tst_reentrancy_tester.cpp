@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the tester offers to its pages, without the pages: receivers destroy it, ask it again, or come when it is gone.
+#include "DrawnFibre.h"
+#include "FiberManager.h"
+#include "HardwareManager.h"
+#include "InspectionDetails.h"
+#include "InspectionManager.h"
+#include "Language.h"
+#include "LogCapture.h"
+#include "NestedLoop.h"
+#include "SimulatedScope.h"
+#include "TesterDirHelper.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QtTest>
+
+#include <functional>
+#include <memory>
+
+using FiberInspection::Standard;
+
+static void initTesterResources() // Q_INIT_RESOURCE does not work in a namespace
+{
+    Q_INIT_RESOURCE(tester);
+}
+
+namespace {
+constexpr int anyStandard = Standard::IEC61300_3_35_SM_RL45;
+
+enum class Deed {
+    Delete,
+    DeleteInLoop,
+    DoAgainInLoop,
+};
+
+bool deletes(Deed deed)
+{
+    return deed != Deed::DoAgainInLoop;
+}
+
+void carryOut(Deed deed, QObject *object, const std::function<void()> &doAgain)
+{
+    if (deed == Deed::Delete)
+        delete object;
+    else if (deed == Deed::DeleteInLoop)
+        QVERIFY(NestedLoop::runAndDelete(object));
+    else
+        QVERIFY(NestedLoop::runWith(doAgain));
+}
+
+/// Calls a function when the application is told of another language.
+class LanguageListener : public QObject
+{
+public:
+    explicit LanguageListener(std::function<void()> receiver)
+        : mReceiver(std::move(receiver))
+    {
+        QCoreApplication::instance()->installEventFilter(this);
+    }
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::LanguageChange)
+            mReceiver();
+        return false;
+    }
+
+private:
+    const std::function<void()> mReceiver;
+};
+} // namespace
+
+Q_DECLARE_METATYPE(Deed)
+
+class TestReentrancyTester : public QObject
+{
+    Q_OBJECT
+
+private:
+    QTemporaryDir mFolder;
+    std::unique_ptr<TesterDirHelper> mDirs;
+    std::unique_ptr<LogCapture> mLog;
+
+    static void addDeedRows(const QStringList &moments, const char *again)
+    {
+        QTest::addColumn<QString>("moment");
+        QTest::addColumn<Deed>("deed");
+        for (const QString &moment : moments) {
+            QTest::addRow("%s: deleted", qPrintable(moment)) << moment << Deed::Delete;
+            QTest::addRow("%s: deleted in a loop", qPrintable(moment)) << moment << Deed::DeleteInLoop;
+            QTest::addRow("%s: %s in a loop", qPrintable(moment), again) << moment << Deed::DoAgainInLoop;
+        }
+    }
+
+    static bool setFace(bool isThere)
+    {
+        const QString path = BaseDirHelper::tmpFiberInspectionImagePath();
+        QFile::remove(path);
+        DrawnFibre fibre;
+        fibre.size = QSize(400, 300);
+        fibre.center = QPointF(200, 150);
+        return !isThere || writeFile(path, fibre.jpeg());
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(mFolder.isValid());
+        initTesterResources();
+        mDirs = std::make_unique<TesterDirHelper>(mFolder.path());
+        TesterDirHelper::createFolders();
+        HardwareManager::prepare(QStringLiteral(VANTOR_PLUGINS));
+    }
+    void cleanupTestCase() { mDirs.reset(); }
+
+    void init()
+    {
+        mLog = std::make_unique<LogCapture>();
+        SimulatedScope::instance()->setPlugged(true);
+    }
+    void cleanup() { mLog.reset(); }
+
+    void aReceiverOfTheLossOfTheScopeMayDoAnything_data()
+    {
+        addDeedRows({QStringLiteral("change"), QStringLiteral("loss")}, "plugged in again");
+    }
+    void aReceiverOfTheLossOfTheScopeMayDoAnything()
+    {
+        QFETCH(QString, moment);
+        QFETCH(Deed, deed);
+        const QPointer<HardwareManager> hardware = new HardwareManager;
+        QVERIFY(hardware->isSimulated());
+        int losses = 0;
+        bool isDone = false;
+        const auto hear = [&](const char *heard) {
+            if (moment != QLatin1String(heard) || isDone)
+                return;
+            isDone = true;
+            carryOut(deed, hardware, [] { SimulatedScope::instance()->setPlugged(true); });
+        };
+        connect(hardware, &HardwareManager::isScopeConnectedChanged, this, [&] { hear("change"); });
+        connect(hardware, &HardwareManager::fiberMicroscopeDisconnected, this, [&] {
+            ++losses;
+            hear("loss");
+        });
+
+        SimulatedScope::instance()->setPlugged(false);
+
+        QVERIFY(isDone);
+        QCOMPARE(hardware.isNull(), deletes(deed));
+        QCOMPARE(
+            losses, deletes(deed) && moment == QStringLiteral("change") ? 0 : 1); // it was out, if only for a moment
+        if (hardware)
+            QVERIFY(hardware->isScopeConnected());
+        delete hardware;
+    }
+
+    void aReceiverOfALanguageMayDoAnything_data()
+    {
+        addDeedRows({QStringLiteral("change"), QStringLiteral("event")}, "changed back");
+    }
+    void aReceiverOfALanguageMayDoAnything()
+    {
+        QFETCH(QString, moment);
+        QFETCH(Deed, deed);
+        const QPointer<Language> language = new Language;
+        language->setCurrent(QStringLiteral("en"));
+        QStringList told;
+        bool isDone = false;
+        const auto hear = [&](const char *heard) {
+            if (moment != QLatin1String(heard) || isDone)
+                return;
+            isDone = true;
+            carryOut(deed, language, [&] { language->setCurrent(QStringLiteral("en")); });
+        };
+        connect(language, &Language::currentChanged, this, [&](const QString &text) {
+            hear("change");
+            told << text;
+        });
+        const LanguageListener listener([&] { hear("event"); });
+
+        language->setCurrent(QStringLiteral("de"));
+
+        QVERIFY(isDone);
+        QCOMPARE(language.isNull(), deletes(deed));
+        const bool isEvent = moment == QStringLiteral("event");
+        const QStringList german{QStringLiteral("de")};
+        const QStringList english{QStringLiteral("en")};
+        QCOMPARE(told, deletes(deed) ? (isEvent ? QStringList() : german) : (isEvent ? english : english + german));
+        QCOMPARE(QCoreApplication::translate("StatusBar", "No fibre scope"), QStringLiteral("No fibre scope"));
+        delete language;
+    }
+
+    void aReceiverOfAnAnswerMayDoAnything_data()
+    {
+        addDeedRows({QStringLiteral("finished"), QStringLiteral("failed"), QStringLiteral("details")}, "requested");
+    }
+    void aReceiverOfAnAnswerMayDoAnything()
+    {
+        QFETCH(QString, moment);
+        QFETCH(Deed, deed);
+        QVERIFY(setFace(moment != QStringLiteral("failed")));
+        InspectionManager inspections; // in this thread: the answer comes while the request is on the stack
+        Q_EMIT inspections.requestStart();
+        const QPointer<FiberManager> fibers = new FiberManager(&inspections);
+        const QPointer<InspectionDetails> details = new InspectionDetails(&inspections, fibers);
+        bool isDone = false;
+        int answers = 0;
+        const auto request = [&] { fibers->requestAnalyse(QStringLiteral("port 1"), anyStandard); };
+        const auto hear = [&](const char *heard, QObject *sender) {
+            if (moment != QLatin1String(heard) || isDone)
+                return;
+            isDone = true;
+            carryOut(deed, sender, request);
+        };
+        connect(fibers, &FiberManager::analyseFinished, this, [&] {
+            ++answers;
+            hear("finished", fibers);
+        });
+        connect(fibers, &FiberManager::analyseFailed, this, [&] {
+            ++answers;
+            hear("failed", fibers);
+        });
+        connect(details, &InspectionDetails::changed, this, [&] { hear("details", details); });
+
+        request();
+
+        QVERIFY(isDone);
+        QCOMPARE(answers, deletes(deed) ? 1 : 2);
+        delete details;
+        delete fibers;
+    }
+
+    void aRequestAfterTheManagersEndIsHarmless()
+    {
+        QThread thread;
+        auto *const inspections = new InspectionManager;
+        FiberManager fibers(inspections);
+        inspections->moveToThread(&thread);
+        connect(&thread, &QThread::finished, inspections, &QObject::deleteLater);
+        thread.start();
+        thread.quit();
+        QVERIFY(thread.wait(NestedLoop::patience));
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QVERIFY(!CoreFiberInspectionManager::instance());
+    }
+
+    void anAnswerThatNobodyWaitsForIsNotTakenForTheNextOne()
+    {
+        QVERIFY(setFace(true));
+        QThread thread;
+        auto *const inspections = new InspectionManager;
+        FiberManager fibers(inspections);
+        const InspectionDetails details(inspections, &fibers);
+        QSignalSpy finished(&fibers, &FiberManager::analyseFinished);
+        QSignalSpy failed(&fibers, &FiberManager::analyseFailed);
+        inspections->moveToThread(&thread);
+        connect(&thread, &QThread::finished, inspections, &QObject::deleteLater);
+        thread.start();
+        Q_EMIT inspections->requestStart();
+        QMetaObject::invokeMethod(
+            inspections, [] {}, Qt::BlockingQueuedConnection);
+
+        fibers.requestAnalyse(QStringLiteral("face before"), anyStandard); // its page is left
+        fibers.forgetRequests();
+        fibers.requestAnalyse(QStringLiteral("face before"), Standard::Manual); // for which there is no verdict
+
+        QVERIFY(NestedLoop::runUntil([&] { return failed.count() > 0; }));
+        QCOMPARE(finished.count(), 0);
+        QVERIFY(!details.isReady());
+        fibers.requestAnalyse(QStringLiteral("next face"), anyStandard);
+        QVERIFY(NestedLoop::runUntil([&] { return finished.count() > 0; }));
+        QVERIFY(details.isReady() && !details.rules().isEmpty());
+        thread.quit();
+        QVERIFY(thread.wait(NestedLoop::patience));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestReentrancyTester)
+#include "tst_reentrancy_tester.moc"
