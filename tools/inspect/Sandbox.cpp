@@ -124,6 +124,10 @@ bool restrictCalls()
     CallFilter filter;
     for (const char *const name : allowedCalls)
         filter.allow(name);
+    if (hasShadowMemory) {
+        for (const char *const name : {"pipe", "pipe2"}) // sanitizers ask so whether memory can be read
+            filter.allow(name);
+    }
     for (const char *const name : {"mmap", "mmap2", "mprotect"})
         filter.allow(name, {SCMP_A2(SCMP_CMP_MASKED_EQ, executable, 0)});
     filter.allow("ioctl", {SCMP_A1(SCMP_CMP_EQ, TCGETS)}); // whether a stream is a terminal
