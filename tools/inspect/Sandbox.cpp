@@ -86,8 +86,8 @@ constexpr const char *allowedCalls[] = {"_llseek", "access", "brk", "clock_getre
     "getrusage", "gettid", "gettimeofday", "getuid", "lseek", "lstat", "lstat64", "madvise", "mremap", "munmap",
     "nanosleep", "newfstatat", "open", "openat", "poll", "ppoll", "pread64", "preadv", "pwrite64", "pwritev", "read",
     "readlink", "readlinkat", "readv", "rename", "renameat", "renameat2", "restart_syscall", "rt_sigaction",
-    "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "set_robust_list", "sigreturn", "stat",
-    "stat64", "statx", "sysinfo", "time", "ugetrlimit", "uname", "unlink", "unlinkat", "write", "writev"};
+    "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "set_robust_list", "sigaltstack", "sigreturn",
+    "stat", "stat64", "statx", "sysinfo", "time", "ugetrlimit", "uname", "unlink", "unlinkat", "write", "writev"};
 
 class CallFilter
 {
@@ -124,6 +124,10 @@ bool restrictCalls()
     CallFilter filter;
     for (const char *const name : allowedCalls)
         filter.allow(name);
+    if (hasShadowMemory) {
+        for (const char *const name : {"pipe", "pipe2"}) // sanitizers ask so whether memory can be read
+            filter.allow(name);
+    }
     for (const char *const name : {"mmap", "mmap2", "mprotect"})
         filter.allow(name, {SCMP_A2(SCMP_CMP_MASKED_EQ, executable, 0)});
     filter.allow("ioctl", {SCMP_A1(SCMP_CMP_EQ, TCGETS)}); // whether a stream is a terminal
