@@ -206,6 +206,19 @@ private Q_SLOTS:
             QStringLiteral("Failed to load image: 314572800 bytes are too many"));
     }
 
+    void theMostPixelsAreTheUsersChoice()
+    {
+        const QString large = in(QStringLiteral("large.png"));
+        QVERIFY(goodFace().scaled(1600, 1200).save(large)); // 1.8 times 1024 * 1024
+
+        const InspectRun one = runInspect({QStringLiteral("--json"), QStringLiteral("--max-megapixels=1"), large});
+        const InspectRun two = runInspect({QStringLiteral("--json"), QStringLiteral("--max-megapixels=2"), large});
+
+        QCOMPARE(jsonLines(one.output).at(0)[QStringLiteral("reason")].toString(),
+            QStringLiteral("Failed to load image: 1600 x 1200 pixels are too many"));
+        QVERIFY(!two.output.contains("too many"));
+    }
+
     // --- what is written
 
     void aFullDiskBehindTheOutputFolderIsAnError()

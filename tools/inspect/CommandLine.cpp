@@ -10,6 +10,7 @@ namespace Inspect {
 namespace {
 constexpr int maxJobs = 256;
 constexpr int maxRepeat = 100000;
+constexpr int mostMegapixels = 256;
 constexpr int maxTimeout = 3600; // seconds
 constexpr int maxFieldOfView = 100000; // micrometres
 constexpr float minScale = 0.01F;
@@ -27,6 +28,10 @@ CommandLine::CommandLine()
     , mSteps(option("steps", "Keep images of the steps of the analysis too; needs --out."))
     , mJobs(
           option({QStringLiteral("j"), QStringLiteral("jobs")}, "Analyse with this many processes (default: 1).", "N"))
+    , mMaxMegapixels(option("max-megapixels",
+          "Do not decode images of more than so many times 1024 * 1024 pixels (default: 16); the memory that an image "
+          "may take grows with it.",
+          "N"))
     , mTimeout(option("timeout",
           "Give an image up when its analysis takes longer (default: 30); with --repeat, this times the repetitions.",
           "SECONDS"))
@@ -50,8 +55,8 @@ CommandLine::CommandLine()
     mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
         QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
         QStringLiteral("IMAGE|FOLDER..."));
-    mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mTimeout, mRepeat, mJson,
-        mCsv, mQuiet, mVerbose, mVersion, mHelp});
+    mParser.addOptions({mStandard, mListStandards, mFieldOfView, mScale, mOut, mSteps, mJobs, mMaxMegapixels, mTimeout,
+        mRepeat, mJson, mCsv, mQuiet, mVerbose, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
@@ -72,6 +77,7 @@ bool CommandLine::readOptions()
         mOptions.format = Options::Format::Csv;
 
     return readStandards() && readFieldOfView() && readScale() && readCount(mJobs, maxJobs, &mOptions.jobs)
+        && readCount(mMaxMegapixels, mostMegapixels, &mOptions.maxMegapixels)
         && readCount(mTimeout, maxTimeout, &mOptions.timeout) && readCount(mRepeat, maxRepeat, &mOptions.repeat)
         && readOutput() && checkCombinations();
 }

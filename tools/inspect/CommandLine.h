@@ -31,6 +31,7 @@ private:
     const QCommandLineOption mOut;
     const QCommandLineOption mSteps;
     const QCommandLineOption mJobs;
+    const QCommandLineOption mMaxMegapixels;
     const QCommandLineOption mTimeout;
     const QCommandLineOption mRepeat;
     const QCommandLineOption mJson;

@@ -23,6 +23,7 @@ struct Options
     QString outputFolder; ///< empty: nothing is kept
     bool saveSteps = false;
     int jobs = 1;
+    int maxMegapixels = 16; ///< 1024 * 1024 pixels each; larger images are not decoded
     int timeout = 30; ///< seconds for each run of an image
     int repeat = 1; ///< runs per image and standard
     bool reportsRuns = false; ///< --repeat was given

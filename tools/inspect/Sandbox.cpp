@@ -178,7 +178,7 @@ Sandbox::Support Sandbox::support()
     return support;
 }
 
-const char *Sandbox::enter(const QByteArray &folder)
+const char *Sandbox::enter(const QByteArray &folder, quint64 memory)
 {
     mMemoryAtStart = usedAddressSpace();
     limit(RLIMIT_CORE, 0);
@@ -186,7 +186,7 @@ const char *Sandbox::enter(const QByteArray &folder)
     limit(RLIMIT_NOFILE, mostOpenFiles);
     limit(RLIMIT_NPROC, 0); // says nothing to root
     if (mMemoryAtStart > 0 && !hasShadowMemory)
-        limit(RLIMIT_AS, mMemoryAtStart + mostMemory);
+        limit(RLIMIT_AS, mMemoryAtStart + memory);
 
     const Support supported = support();
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)

@@ -27,13 +27,14 @@ public:
     };
 
     /// Uses whatever the kernel supports. @param folder where files may be read, written and removed
+    /// @param memory bytes of address space that no budget exceeds
     /// @return nullptr, or which step failed: the process must not go on then
-    const char *enter(const QByteArray &folder);
+    const char *enter(const QByteArray &folder, quint64 memory = mostMemory);
 
     /// Before each image. What goes beyond gets no memory, or is ended by the kernel.
     void setBudget(const Budget &budget) const;
 
-    static constexpr quint64 mostMemory = 900ULL * 1024 * 1024; ///< bytes of address space, whatever the budgets
+    static constexpr quint64 mostMemory = 900ULL * 1024 * 1024; ///< bytes of address space, unless more is asked for
     static constexpr quint64 largestFile = 320ULL * 1024 * 1024; ///< bytes of each file that is written
 
 private:

@@ -2,6 +2,7 @@
 #include "Worker.h"
 
 #include "Fetcher.h"
+#include "FiberInspection/Analyser.h"
 #include "Inspection.h"
 #include "InspectionMessage.h"
 #include "Pictures.h"
@@ -24,6 +25,7 @@
 namespace Inspect {
 
 namespace {
+constexpr int usualMegapixels = 16;
 constexpr qint64 smallImage = 1024 * 1024; // bytes of the file
 constexpr quint64 memoryForSmallImage = 400ULL * 1024 * 1024; // bytes
 
@@ -49,13 +51,18 @@ void keepFreedMemory()
     mallopt(M_TRIM_THRESHOLD, mostKeptMemory);
 }
 
+quint64 timesTheUsualPixels(const Options &options)
+{
+    return static_cast<quint64>(qMax(1, (options.maxMegapixels + usualMegapixels - 1) / usualMegapixels));
+}
+
 Sandbox::Budget budgetFor(int image, const Options &options)
 {
     struct stat status
     {
     };
     const bool isSmall = fstat(image, &status) == 0 && status.st_size <= smallImage;
-    return {isSmall ? memoryForSmallImage : Sandbox::mostMemory,
+    return {(isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options),
         static_cast<quint64>(options.timeout) * static_cast<quint64>(options.repeat)};
 }
 
@@ -64,6 +71,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     const Tools::WorkDir workDir(folder);
     redirectMessages(folder);
     const Pictures pictures(folder);
+    FiberInspection::Analyser::setMaxImagePixels(qint64(session.options.maxMegapixels) * 1024 * 1024);
     cv::setNumThreads(1); // the images are what runs in parallel
     keepFreedMemory();
     if (session.options.verbose)
@@ -72,7 +80,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     const char *problem = pictures.prepare(image) ? nullptr : "the link to the image";
     Sandbox sandbox;
     if (!problem)
-        problem = sandbox.enter(QFile::encodeName(folder));
+        problem = sandbox.enter(QFile::encodeName(folder), Sandbox::mostMemory * timesTheUsualPixels(session.options));
     if (problem) {
         Tools::Terminal::tell(QStringLiteral("the analysis cannot be shut in: %1").arg(QLatin1String(problem)));
         return;
