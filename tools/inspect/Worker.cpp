@@ -10,7 +10,6 @@
 #include "WorkDir.h"
 
 #include <QFile>
-#include <QImageReader>
 #include <QLoggingCategory>
 
 #include <opencv2/core.hpp>
@@ -99,11 +98,6 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     }
 }
 } // namespace
-
-void prepareForWorkers()
-{
-    QImageReader::supportedImageFormats(); // loads the plug-ins
-}
 
 void runWorker(const Session &session, const QString &folder, int fetched, int inspections, int image)
 {

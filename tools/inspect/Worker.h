@@ -19,9 +19,6 @@ struct Session
     const QString temporaryFolder;
 };
 
-/// Loads what a worker cannot load any more once it is shut in; once, before the first is forked.
-void prepareForWorkers();
-
 /// The life of a worker process: what the fetcher says comes in, inspections go out, until the fetcher is gone. The
 /// process is shut into a sandbox before it sees the first image.
 /// @param folder of its own

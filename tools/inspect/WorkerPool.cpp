@@ -93,7 +93,6 @@ WorkerPool::WorkerPool(const Session &session, int size)
     , mSize(static_cast<std::size_t>(size))
 {
     mWorkers.reserve(mSize);
-    prepareForWorkers();
 }
 
 void WorkerPool::endAll()
