@@ -62,9 +62,9 @@ bool LiveAnalysisLink::waitForReceivers()
 }
 
 // A signal must not lose its sender while its receivers are being looked up in another thread, which takes
-// microseconds; that is what the wait is for. While a receiver is at work the sender may go: Qt's emit does not touch it
-// any more then. Waiting for the receiver on and on would be a deadlock where it waits for this thread: for a blocking
-// call into it that is still queued, or whose slot is what destroys the filter.
+// microseconds; that is what the wait is for. While a receiver is at work the sender may go: Qt's emit does not touch
+// it any more then. Waiting for the receiver on and on would be a deadlock where it waits for this thread: for a
+// blocking call into it that is still queued, or whose slot is what destroys the filter.
 void LiveAnalysisLink::close()
 {
     {
