@@ -46,7 +46,7 @@ JsonWriter &JsonWriter::value(const QString &text)
     for (int i = 0; i < text.size(); ++i) {
         const bool isPair = text.at(i).isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
         if (isPair)
-            quoted += text.mid(i++, 2);
+            quoted += text.midRef(i++, 2);
         else
             quoted += text.at(i).isSurrogate() ? QString(QChar(QChar::ReplacementCharacter)) : escaped(text.at(i));
     }

@@ -89,6 +89,17 @@ constexpr const char *allowedCalls[] = {"_llseek", "access", "brk", "clock_getre
     "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "set_robust_list", "sigaltstack", "sigreturn",
     "stat", "stat64", "statx", "sysinfo", "time", "ugetrlimit", "uname", "unlink", "unlinkat", "write", "writev"};
 
+// The macros of the library are compound literals, which C++ does not have.
+scmp_arg_cmp argumentIs(unsigned index, scmp_datum_t value)
+{
+    return {index, SCMP_CMP_EQ, value, 0};
+}
+
+scmp_arg_cmp argumentWithout(unsigned index, scmp_datum_t bits)
+{
+    return {index, SCMP_CMP_MASKED_EQ, bits, 0};
+}
+
 class CallFilter
 {
 public:
@@ -129,10 +140,10 @@ bool restrictCalls()
             filter.allow(name);
     }
     for (const char *const name : {"mmap", "mmap2", "mprotect"})
-        filter.allow(name, {SCMP_A2(SCMP_CMP_MASKED_EQ, executable, 0)});
-    filter.allow("ioctl", {SCMP_A1(SCMP_CMP_EQ, TCGETS)}); // whether a stream is a terminal
-    filter.allow("prlimit64", {SCMP_A0(SCMP_CMP_EQ, 0)});
-    filter.allow("tgkill", {SCMP_A0(SCMP_CMP_EQ, itself)}); // abort()
+        filter.allow(name, {argumentWithout(2, executable)});
+    filter.allow("ioctl", {argumentIs(1, TCGETS)}); // whether a stream is a terminal
+    filter.allow("prlimit64", {argumentIs(0, 0)});
+    filter.allow("tgkill", {argumentIs(0, itself)}); // abort()
     return filter.load();
 }
 
