@@ -166,8 +166,11 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
     if (!frame)
         return {};
     if (frame->isValid() && !mProcessing) {
+        // To map a frame is to call code that we do not know, and it may destroy this.
+        const std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser = mFiberRealtimeAnalyser;
+        const std::shared_ptr<Work> work = mWork;
         try {
-            startAnalysis(*frame, mFiberRealtimeAnalyser, mWork);
+            startAnalysis(*frame, fiberRealtimeAnalyser, work);
         } catch (const std::exception &exception) { // out of memory or threads: this frame is dropped
             qCWarning(messageLog) << "frame not analysed:" << exception.what();
         }
@@ -175,12 +178,14 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
     return *frame;
 }
 
-// By value and without the object: to map a frame is to call code that we do not know, and it may destroy the runnable.
-void FiberRealtimeAnalyserRunnable::startAnalysis(
-    QVideoFrame &frame, std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser, std::shared_ptr<Work> work)
+void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame,
+    const std::shared_ptr<LiveAnalysisLink> &fiberRealtimeAnalyser, const std::shared_ptr<Work> &work)
 {
     const MappedFrame mapped(frame);
-    if (!mapped.isMapped() || mProcessing.exchange(true))
+    if (!mapped.isMapped() || mProcessing)
+        return;
+    logFormatOnce(frame); // a log may run an event loop, too: nothing is held yet that an end of this would wait for
+    if (mProcessing.exchange(true))
         return;
     work->idle.acquire(); // is free, or will be in a moment: the analysis before has ended
     const std::shared_ptr<void> processing = callWhenReleased([work] {
@@ -188,11 +193,10 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(
         work->idle.release();
     });
 
-    logFormatOnce(frame);
     if (!isAnalysable(frame) || !fiberRealtimeAnalyser->isOpen())
         return;
     work->luminance.copyFrom(frame);
-    QtConcurrent::run(&analysisThreads(), [link = std::move(fiberRealtimeAnalyser), work, processing]() {
+    QtConcurrent::run(&analysisThreads(), [link = fiberRealtimeAnalyser, work, processing]() {
         Luminance &luminance = work->luminance;
         processImage(*link, luminance.bytes(), luminance.width(), luminance.width(), luminance.height());
     });

@@ -28,8 +28,8 @@ private:
     class Luminance;
     struct Work;
 
-    static void startAnalysis(
-        QVideoFrame &frame, std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser, std::shared_ptr<Work> work);
+    static void startAnalysis(QVideoFrame &frame, const std::shared_ptr<LiveAnalysisLink> &fiberRealtimeAnalyser,
+        const std::shared_ptr<Work> &work);
     static void processImage(
         LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height);
 

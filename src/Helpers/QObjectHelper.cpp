@@ -129,7 +129,8 @@ bool QObjectHelper::reassign(const QVector<QVariant> &values, QObject *target)
         qWarning() << "property count doesn't match" << values.size() << propertyCount(target);
         return false;
     }
-    const QVector<QVariant> kept = values; // the receivers of a change may take them away, and the target
+    // The receivers of a change may take the values away, and the target.
+    const QVector<QVariant> kept = values; // NOLINT(performance-unnecessary-copy-initialization)
     const QPointer<QObject> to(target);
     for (int i = objectNameIndex + 1; i <= kept.size(); ++i) {
         if (!to || !target->metaObject()->property(i).write(target, kept[i - 1]))

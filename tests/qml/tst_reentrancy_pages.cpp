@@ -57,6 +57,8 @@ public:
     Q_INVOKABLE QObject *fiberInspectionStandardModel() { return &mStandards; }
 
 Q_SIGNALS:
+    // Named: Qt's engine reads freed memory where the parameters of a signal have no names.
+    // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): moc has names of its own
     void analyseFinished(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
     void analyseFailed();
     void fiberMicroscopeDisconnected();

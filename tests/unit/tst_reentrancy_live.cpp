@@ -96,7 +96,8 @@ struct LiveView
     LiveView &operator=(const LiveView &) = delete;
 
     /// Calls the receiver on the signal with the name. Direct ones are called in the pool thread.
-    void on(const QString &signalName, QObject *context, const std::function<void()> &hear, Qt::ConnectionType type)
+    void on(
+        const QString &signalName, QObject *context, const std::function<void()> &hear, Qt::ConnectionType type) const
     {
         if (signalName == QStringLiteral("focus"))
             QObject::connect(

@@ -259,9 +259,12 @@ private Q_SLOTS:
             void handleAsyncStart() override
             {
                 CoreFiberInspectionManager::handleAsyncStart();
-                AbstractCoreManager::handleAsyncStart();
+                AbstractCoreManager::handleAsyncStart(); // NOLINT(bugprone-parent-virtual-call)
             }
-            void handleAsyncStop() override { AbstractCoreManager::handleAsyncStop(); }
+            void handleAsyncStop() override
+            {
+                AbstractCoreManager::handleAsyncStop(); // NOLINT(bugprone-parent-virtual-call)
+            }
         };
         QThread thread;
         const QPointer<StartedManager> manager = new StartedManager;

@@ -64,11 +64,11 @@ public:
     int frames = 0;
 
 private:
-    /// By value: the surface may go in the call.
-    static void call(std::function<void()> function)
+    /// By a copy: the surface may go in the call.
+    static void call(const std::function<void()> &function)
     {
-        if (function)
-            function();
+        if (const auto copy = function)
+            copy();
     }
 };
 
