@@ -6,6 +6,7 @@
 #include <QDebug>
 #include <QJsonArray>
 #include <QMetaProperty>
+#include <QPointer>
 #include <QVarLengthArray>
 
 #include <algorithm>
@@ -70,9 +71,9 @@ void setProperty(const char *name, const QJsonValue &value, QObject *target)
 
 void setArray(const QJsonArray &array, QObject *target)
 {
-    const QMetaObject *const metaObject = target->metaObject();
-    for (int i = 0; i < metaObject->propertyCount(); ++i) {
-        const char *const name = metaObject->property(i).name();
+    const QPointer<QObject> guard(target); // a receiver of the change may delete it
+    for (int i = 0; guard && i < target->metaObject()->propertyCount(); ++i) {
+        const char *const name = target->metaObject()->property(i).name();
         if (std::strcmp(name, jsonArrayProperty) == 0)
             target->setProperty(name, QVariant(array));
     }
@@ -129,8 +130,13 @@ bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
 {
     if (!isObject(target))
         return false;
-    for (auto value = json.constBegin(); value != json.constEnd(); ++value)
+    const QJsonObject values = json; // the receivers of a change may take it away, and the target
+    const QPointer<QObject> guard(target);
+    for (auto value = values.constBegin(); value != values.constEnd(); ++value) {
+        if (!guard)
+            return false;
         setProperty(nameOf(value.key()).constData(), value.value(), target);
+    }
     return true;
 }
 

@@ -32,7 +32,8 @@ public:
     static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr);
 
     /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
-    /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. Always true.
+    /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. True,
+    /// unless a receiver of a change deletes the target before the last one.
     static bool fromJson(const QJsonObject &json, QObject *target);
 
     /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else,

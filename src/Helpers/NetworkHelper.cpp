@@ -89,12 +89,14 @@ bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord 
 
 void store(const DhcpRecord &record, IPDetails *details)
 {
-    details->set_address(record.values[NetworkHelper::Address]);
-    details->set_netmask(record.values[NetworkHelper::Netmask]);
-    details->set_gateway(record.values[NetworkHelper::Gateway]);
-    details->set_primaryDNS(record.values[NetworkHelper::PrimaryDNS]);
-    details->set_secondaryDNS(record.values[NetworkHelper::SecondaryDNS]);
-    details->set_domain(record.values[NetworkHelper::Domain]);
+    IPDetails values;
+    values.set_address(record.values[NetworkHelper::Address]);
+    values.set_netmask(record.values[NetworkHelper::Netmask]);
+    values.set_gateway(record.values[NetworkHelper::Gateway]);
+    values.set_primaryDNS(record.values[NetworkHelper::PrimaryDNS]);
+    values.set_secondaryDNS(record.values[NetworkHelper::SecondaryDNS]);
+    values.set_domain(record.values[NetworkHelper::Domain]);
+    *details = values; // also where a receiver of one change deletes what tells of it
 }
 
 QString hexText(const QVector<unsigned char> &bytes)

@@ -3,6 +3,7 @@
 #include "FiberInspection/TestResult.h"
 #include "ForkedChild.h"
 #include "Helpers/IPDetails.h"
+#include "Helpers/JsonHelper.h"
 #include "Helpers/QObjectHelper.h"
 #include "NestedLoop.h"
 #include "VantorBase.h"
@@ -36,6 +37,12 @@ class LockedRecord : public QObject
     Q_OBJECT
     VANTOR_LOCKED_PROPERTY(QString, first, {})
     VANTOR_LOCKED_PROPERTY(QString, second, {})
+};
+
+class ArrayRecord : public QObject
+{
+    Q_OBJECT
+    VANTOR_PROPERTY(QVariant, jsonarray, {})
 };
 
 namespace {
@@ -263,6 +270,28 @@ private Q_SLOTS:
         });
         QFETCH(bool, sourceGoes);
         QCOMPARE(isComplete, sourceGoes || name == QLatin1String("domain"));
+    }
+
+    void whatIsReadFromJsonMayLoseItsTarget_data() { addRecordRows(); }
+    void whatIsReadFromJsonMayLoseItsTarget()
+    {
+        QFETCH(QString, name);
+        bool isComplete = false;
+        checkCopy([&](const IPDetails *source, IPDetails *target) {
+            isComplete = JsonHelper::fromJson(JsonHelper::toJsonObject(*source), target);
+        });
+        QFETCH(bool, sourceGoes);
+        QCOMPARE(isComplete, sourceGoes || name == QLatin1String("secondaryDNS")); // the last one by name
+    }
+
+    void aJsonArrayMayLoseItsTarget()
+    {
+        const QPointer<ArrayRecord> target = new ArrayRecord;
+        const Listener listener(target, "jsonarray", [&] { delete target; });
+
+        QVERIFY(JsonHelper::fromJson("[1]", target));
+
+        QVERIFY(!target);
     }
 
     void theValuesOfAReassignmentMayGo()
