@@ -259,11 +259,13 @@ private Q_SLOTS:
             void handleAsyncStart() override
             {
                 CoreFiberInspectionManager::handleAsyncStart();
-                AbstractCoreManager::handleAsyncStart(); // NOLINT(bugprone-parent-virtual-call)
+                // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+                AbstractCoreManager::handleAsyncStart(); // clazy:exclude=skipped-base-method
             }
             void handleAsyncStop() override
             {
-                AbstractCoreManager::handleAsyncStop(); // NOLINT(bugprone-parent-virtual-call)
+                // NOLINTNEXTLINE(bugprone-parent-virtual-call)
+                AbstractCoreManager::handleAsyncStop(); // clazy:exclude=skipped-base-method
             }
         };
         QThread thread;

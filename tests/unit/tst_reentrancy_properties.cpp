@@ -141,7 +141,8 @@ private:
         const QVector<std::pair<const char *, Setter>> setters{{"by the setter", Setter::Function},
             {"by the meta-property", Setter::MetaProperty}, {"by name", Setter::ByName},
             {"by an event", Setter::ByEvent}};
-        for (const auto &deed : deeds()) {
+        const auto all = deeds();
+        for (const auto &deed : all) {
             for (const auto &setter : setters)
                 QTest::addRow("%s, %s", deed.first, setter.first) << deed.second << setter.second;
         }
@@ -188,7 +189,8 @@ private:
         QTest::addColumn<Deed>("deed");
         for (const char *name : addressNames) {
             for (const bool sourceGoes : {false, true}) {
-                for (const auto &deed : deeds()) {
+                const auto all = deeds();
+                for (const auto &deed : all) {
                     if (deletes(deed.second))
                         QTest::addRow("%s: the %s is %s", name, sourceGoes ? "source" : "target", deed.first)
                             << QString::fromUtf8(name) << sourceGoes << deed.second;
@@ -311,7 +313,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("name");
         QTest::addColumn<Deed>("deed");
         for (const char *name : {"isMain", "mainIp", "unitIp"}) {
-            for (const auto &deed : deeds()) {
+            const auto all = deeds();
+            for (const auto &deed : all) {
                 if (deletes(deed.second))
                     QTest::addRow("%s on %s", deed.first, name) << QString::fromUtf8(name) << deed.second;
             }
