@@ -76,8 +76,8 @@ uint readEscape(const char *&at, const char *end)
     return value;
 }
 
-/// Writes UTF-16 as UTF-8. A lone surrogate, which has no UTF-8, is written as if it had: every key keeps a form of its
-/// own.
+/// Writes UTF-16 as UTF-8. A lone surrogate, which has none, becomes the replacement character: Qt takes a key with the
+/// one for a key with the other where it has stored them in different ways.
 class Utf8Writer
 {
 public:
@@ -120,6 +120,8 @@ private:
     {
         if (unit < 0x80)
             mBytes->append(static_cast<char>(unit));
+        else if (QChar::isSurrogate(unit))
+            append(QChar::ReplacementCharacter, 2);
         else
             append(unit, unit < 0x800 ? 1 : 2);
     }

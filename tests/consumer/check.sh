@@ -156,7 +156,7 @@ hardened() {
     [[ $header == *'Type:'*' DYN '* ]] || { echo "$1: not position independent"; return 1; }
     [[ $segments == *GNU_RELRO* && $dynamic == *NOW* ]] || { echo "$1: relocations stay writable"; return 1; }
     [[ $segments =~ GNU_STACK[^$'\n']*' RW ' ]] || { echo "$1: the stack is executable"; return 1; }
-    nm -D --undefined-only "$1" | grep -q __stack_chk_fail || { echo "$1: stack frames are not guarded"; return 1; }
+    [[ $(nm -D --undefined-only "$1") == *__stack_chk_fail* ]] || { echo "$1: stack frames are not guarded"; return 1; }
 }
 installed_binaries_are_hardened() {
     local binary count=0 status=0

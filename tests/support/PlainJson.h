@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 #include <QSet>
 #include <QString>
+#include <QVector>
 
 /// The plain way to see whether an object of a JSON text names a key twice: go down into every value, let Qt read the
 /// keys one by one, and remember them.
@@ -64,11 +65,12 @@ private:
 
     void passObject()
     {
-        QSet<QString> keys;
+        QSet<QVector<uint>> keys; // in UCS-4 a lone surrogate is the replacement character, for which Qt may take it
         bool isTwice = false;
         ++mAt;
         while (next() == '"') {
-            const QString key = QJsonDocument::fromJson('[' + passString() + ']').array().at(0).toString();
+            const QString text = QJsonDocument::fromJson('[' + passString() + ']').array().at(0).toString();
+            const QVector<uint> key = text.toUcs4();
             isTwice = isTwice || keys.contains(key);
             keys.insert(key);
             if (next() == ':')
