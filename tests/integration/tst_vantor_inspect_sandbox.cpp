@@ -132,6 +132,11 @@ private Q_SLOTS:
             return pid > 0;
         });
         row("signal the parent", [] { return kill(getppid(), 0) == 0; });
+        row("own the signals of a file", [] { return fcntl(STDERR_FILENO, F_SETOWN, getppid()) == 0; });
+        row("choose the signal of a file", [] { return fcntl(STDERR_FILENO, F_SETSIG, SIGUSR1) == 0; });
+        row("signal by a file that can be read",
+            [] { return fcntl(STDERR_FILENO, F_SETFL, fcntl(STDERR_FILENO, F_GETFL) | O_ASYNC) == 0; });
+        row("change the mode of an open file", [] { return fchmod(STDERR_FILENO, 0600) == 0; });
         row("signal all", [] { return kill(-1, 0) == 0; });
         row("change one's identity", [] { return setuid(getuid()) == 0; });
         row("leave the namespace", [] { return unshare(CLONE_FILES) == 0; });

@@ -80,14 +80,14 @@ bool restrictFiles(const QByteArray &folder, int version)
 
 /// What an analysis calls, its memory, its one folder, and how it ends. All else is refused with EPERM.
 constexpr const char *allowedCalls[] = {"_llseek", "access", "brk", "clock_getres", "clock_gettime", "clock_gettime64",
-    "clock_nanosleep", "close", "dup", "exit", "exit_group", "faccessat", "faccessat2", "fchmod", "fcntl", "fcntl64",
-    "fdatasync", "fstat", "fstat64", "fstatat64", "fstatfs", "fsync", "ftruncate", "ftruncate64", "futex",
-    "futex_time64", "getcwd", "getdents", "getdents64", "getegid", "geteuid", "getgid", "getpid", "getrandom",
-    "getrusage", "gettid", "gettimeofday", "getuid", "lseek", "lstat", "lstat64", "madvise", "mremap", "munmap",
-    "nanosleep", "newfstatat", "open", "openat", "poll", "ppoll", "pread64", "preadv", "pwrite64", "pwritev", "read",
-    "readlink", "readlinkat", "readv", "rename", "renameat", "renameat2", "restart_syscall", "rt_sigaction",
-    "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity", "sched_yield", "set_robust_list", "sigaltstack", "sigreturn",
-    "stat", "stat64", "statx", "sysinfo", "time", "ugetrlimit", "uname", "unlink", "unlinkat", "write", "writev"};
+    "clock_nanosleep", "close", "dup", "exit", "exit_group", "faccessat", "faccessat2", "fdatasync", "fstat", "fstat64",
+    "fstatat64", "fstatfs", "fsync", "ftruncate", "ftruncate64", "futex", "futex_time64", "getcwd", "getdents",
+    "getdents64", "getegid", "geteuid", "getgid", "getpid", "getrandom", "getrusage", "gettid", "gettimeofday",
+    "getuid", "lseek", "lstat", "lstat64", "madvise", "mremap", "munmap", "nanosleep", "newfstatat", "open", "openat",
+    "poll", "ppoll", "pread64", "preadv", "pwrite64", "pwritev", "read", "readlink", "readlinkat", "readv", "rename",
+    "renameat", "renameat2", "restart_syscall", "rt_sigaction", "rt_sigprocmask", "rt_sigreturn", "sched_getaffinity",
+    "sched_yield", "set_robust_list", "sigaltstack", "sigreturn", "stat", "stat64", "statx", "sysinfo", "time",
+    "ugetrlimit", "uname", "unlink", "unlinkat", "write", "writev"};
 
 // The macros of the library are compound literals, which C++ does not have.
 scmp_arg_cmp argumentIs(unsigned index, scmp_datum_t value)
@@ -141,6 +141,11 @@ bool restrictCalls()
     }
     for (const char *const name : {"mmap", "mmap2", "mprotect"})
         filter.allow(name, {argumentWithout(2, executable)});
+    // The other commands make the kernel signal whomever they name.
+    for (const char *const name : {"fcntl", "fcntl64"}) {
+        for (const int command : {F_DUPFD, F_DUPFD_CLOEXEC, F_GETFD, F_SETFD, F_GETFL})
+            filter.allow(name, {argumentIs(1, static_cast<scmp_datum_t>(command))});
+    }
     filter.allow("ioctl", {argumentIs(1, TCGETS)}); // whether a stream is a terminal
     filter.allow("prlimit64", {argumentIs(0, 0)});
     filter.allow("tgkill", {argumentIs(0, itself)}); // abort()
