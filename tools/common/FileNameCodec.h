@@ -10,7 +10,7 @@ namespace Tools {
 /// Names of files are bytes, and only mostly UTF-8. This codec reads UTF-8 and turns every byte that is not part of it
 /// into a lone surrogate (U+DC80 to U+DCFF), from which it comes back unchanged: any name survives the way through
 /// QString, QFile and the arguments of the program, whatever the locale is.
-class FileNameCodec : public QTextCodec
+class FileNameCodec : public QTextCodec // NOLINT(cppcoreguidelines-virtual-class-destructor): Qt destroys codecs
 {
 public:
     /// Makes it the codec of the locale. To be called before the application object is made.

@@ -18,7 +18,7 @@ namespace Inspect {
 
 namespace {
 constexpr qint64 largestImage = 256LL * 1024 * 1024; // bytes
-constexpr std::size_t blockSize = 256 * 1024; // bytes
+constexpr std::size_t blockSize = 262144; // bytes
 
 Fetched copy(int image, int memory, std::vector<char> &block)
 {

@@ -71,7 +71,7 @@ bool read(QDataStream &stream, QString *text)
     return stream.status() == QDataStream::Ok && text->size() <= longestText;
 }
 
-bool read(QDataStream &stream, Defect *defect, int *pixelCount)
+bool read(QDataStream &stream, Defect *defect, int *pixelCount) // NOLINT(readability-non-const-parameter)
 {
     qint32 type = -1;
     stream >> type >> *pixelCount >> defect->size;

@@ -19,7 +19,7 @@
 namespace Inspect {
 
 namespace {
-constexpr std::size_t blockSize = 64 * 1024; // bytes
+constexpr std::size_t blockSize = 65536; // bytes
 constexpr mode_t ordinaryMode = 0666; // before the user's mask
 
 mode_t maskOfUser()
@@ -48,7 +48,7 @@ public:
 
     bool isOpen() const { return mFile >= 0; }
 
-    bool copyFrom(int source)
+    bool copyFrom(int source) const
     {
         char block[blockSize];
         for (;;) {

@@ -7,10 +7,8 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace Inspect {
-
 /// What the processes of a run have in common.
-namespace Process {
+namespace Inspect::Process {
 
 /// The first that a child does: it takes a name, ends with its parent, and keeps no files open but the standard streams
 /// and those given. Its stdin and stdout lead nowhere.
@@ -29,6 +27,4 @@ bool writeAll(int file, const void *data, std::size_t size);
 /// @return what waitpid() tells; nothing is known of a process that the kernel does not let go of, and that is 0
 int end(pid_t pid);
 
-} // namespace Process
-
-} // namespace Inspect
+} // namespace Inspect::Process

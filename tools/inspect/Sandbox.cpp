@@ -182,7 +182,7 @@ quint64 usedProcessorTime()
 {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    return static_cast<quint64>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
+    return static_cast<quint64>(usage.ru_utime.tv_sec) + static_cast<quint64>(usage.ru_stime.tv_sec);
 }
 } // namespace
 

@@ -25,7 +25,7 @@ namespace Inspect {
 
 namespace {
 constexpr int usualMegapixels = 16;
-constexpr qint64 smallImage = 1024 * 1024; // bytes of the file
+constexpr qint64 smallImage = 1024LL * 1024; // bytes of the file
 constexpr quint64 memoryForSmallImage = 400ULL * 1024 * 1024; // bytes
 
 QString lastWordsPath(const QString &folder)
@@ -112,7 +112,7 @@ void runWorker(const Session &session, const QString &folder, int fetched, int i
 
 QByteArray lastWordsOfWorker(const QString &folder)
 {
-    constexpr qint64 most = 256 * 1024; // bytes
+    constexpr qint64 most = 256LL * 1024; // bytes
     const int words = open(QFile::encodeName(lastWordsPath(folder)).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     QFile file;
     if (words < 0 || !file.open(words, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
