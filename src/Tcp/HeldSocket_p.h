@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Tcp/NestedCalls_p.h"
+
 #include <QTcpSocket>
 
 #include <memory>
@@ -18,13 +20,17 @@ HeldSocket holdSocket(QTcpSocket *socket);
 /// Closes the connection without a word to the endpoint, and lets go of the socket.
 void dropSocket(HeldSocket &socket, const QObject *endpoint);
 
-/// Connects a signal of the socket to a function of the endpoint, during which the socket is held.
+/// Connects a signal of the socket to a function of the endpoint, during which the socket is held, and which counts
+/// as one of the endpoint's nested calls.
 template <typename Signal, typename Endpoint>
-void connectHeld(const HeldSocket &socket, Signal signal, Endpoint *endpoint, void (Endpoint::*function)())
+void connectHeld(const HeldSocket &socket, Signal signal, Endpoint *endpoint, void (Endpoint::*function)(),
+    const std::weak_ptr<NestedCalls> &calls)
 {
     const std::weak_ptr<QTcpSocket> weakSocket = socket; // its own connection must not keep it alive
     QObject::connect(socket.get(), signal, endpoint, [=] {
-        if (const HeldSocket held = weakSocket.lock())
+        if (const HeldSocket held = weakSocket.lock()) {
+            const NestedCall call(calls);
             (endpoint->*function)();
+        }
     });
 }

@@ -23,6 +23,7 @@ bool isPort(int port)
 TcpClient::TcpClient(QObject *parent)
     : QObject(parent)
     , mSocketBuffer(std::make_unique<SocketBuffer>())
+    , mCalls(std::make_shared<NestedCalls>())
 {
     mRetryTimer.setSingleShot(true);
     mRetryTimer.setInterval(retryDelay);
@@ -100,9 +101,9 @@ void TcpClient::renewSocket()
 {
     dropSocket(mSocket, this);
     mSocket = holdSocket(new QTcpSocket);
-    connectHeld(mSocket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected);
-    connectHeld(mSocket, &QTcpSocket::connected, this, &TcpClient::onConnected);
-    connectHeld(mSocket, &QTcpSocket::readyRead, this, &TcpClient::onReadyRead);
+    connectHeld(mSocket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, mCalls);
+    connectHeld(mSocket, &QTcpSocket::connected, this, &TcpClient::onConnected, mCalls);
+    connectHeld(mSocket, &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, mCalls);
 }
 
 void TcpClient::onConnected()
@@ -160,6 +161,10 @@ void TcpClient::retryLater(bool afterDrop)
 
 void TcpClient::retry()
 {
+    if (mCalls->areMost()) {
+        mRetryTimer.start();
+        return;
+    }
     if (mRetriesAfterDrop)
         qDebug() << "";
     start(mServerIP, mServerPort);

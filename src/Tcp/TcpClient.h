@@ -9,6 +9,7 @@
 
 #include <memory>
 
+class NestedCalls;
 class QTcpSocket;
 class SocketBuffer;
 
@@ -16,7 +17,7 @@ class SocketBuffer;
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no connection are lost. A
 /// receiver of any signal may start, stop or destroy the client, also from an event loop of its own, as a dialog runs
-/// one.
+/// one. While 8 calls nest in such loops, it does not connect again by itself.
 class VANTORBASE_EXPORT TcpClient : public QObject
 {
     Q_OBJECT
@@ -68,6 +69,7 @@ private:
 
     std::shared_ptr<QTcpSocket> mSocket; ///< never null; calls that stand on it hold it, too
     std::unique_ptr<SocketBuffer> mSocketBuffer;
+    std::shared_ptr<NestedCalls> mCalls; ///< from sockets
     QString mServerIP;
     int mServerPort = 0;
     QTimer mRetryTimer; ///< a single one: starts that fail do not pile up retries

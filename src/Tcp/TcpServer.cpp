@@ -19,11 +19,12 @@ constexpr int mostPending = 8; // connections; each is taken as soon as it is th
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
     , mSocketBuffer(std::make_unique<SocketBuffer>())
+    , mCalls(std::make_shared<NestedCalls>([this] { acceptOrPause(); }))
 {
     mServer.setMaxPendingConnections(mostPending);
     mAcceptTimer.setSingleShot(true);
     mAcceptTimer.setInterval(acceptRetryDelay);
-    connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptAgain);
+    connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptOrPause);
     connect(&mServer, &QTcpServer::acceptError, this, &TcpServer::onAcceptError);
 
     connect(&mServer, &QTcpServer::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
@@ -51,7 +52,10 @@ bool TcpServer::start(const QHostAddress &address, int port)
         return false;
     }
     mIsDeaf = false;
-    return mServer.listen(address, static_cast<quint16>(port));
+    if (!mServer.listen(address, static_cast<quint16>(port)))
+        return false;
+    acceptOrPause();
+    return true;
 }
 
 void TcpServer::stop()
@@ -92,9 +96,13 @@ void TcpServer::onAcceptError()
     mAcceptTimer.start();
 }
 
-void TcpServer::acceptAgain()
+void TcpServer::acceptOrPause()
 {
-    if (mServer.isListening()) // Qt does not ask
+    if (!mServer.isListening()) // Qt does not ask
+        return;
+    if (mCalls->areMost())
+        mServer.pauseAccepting();
+    else if (!mAcceptTimer.isActive())
         mServer.resumeAccepting();
 }
 
@@ -118,9 +126,10 @@ void TcpServer::onNewConnection()
     }
 
     mSocket = socket;
-    connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead);
-    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected);
+    connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead, mCalls);
+    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
     mSocketBuffer->beginConnection();
+    const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
     Q_EMIT clientConnected();
 }
 

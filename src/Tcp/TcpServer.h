@@ -9,6 +9,7 @@
 
 #include <memory>
 
+class NestedCalls;
 class QTcpSocket;
 class SocketBuffer;
 
@@ -16,7 +17,7 @@ class SocketBuffer;
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. A
 /// receiver of any signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs
-/// one.
+/// one. While 8 calls nest in such loops, newcomers wait.
 class VANTORBASE_EXPORT TcpServer : public QObject
 {
     Q_OBJECT
@@ -57,7 +58,7 @@ Q_SIGNALS:
 
 private:
     void onAcceptError();
-    void acceptAgain();
+    void acceptOrPause();
     void onNewConnection();
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
@@ -66,5 +67,6 @@ private:
     QTimer mAcceptTimer; ///< runs while connections cannot be accepted
     bool mIsDeaf = false; ///< and that was told
     std::unique_ptr<SocketBuffer> mSocketBuffer;
+    std::shared_ptr<NestedCalls> mCalls; ///< from sockets
     std::shared_ptr<QTcpSocket> mSocket; ///< the client, if ever there was one; calls that stand on it hold it, too
 };

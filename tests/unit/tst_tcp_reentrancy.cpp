@@ -15,6 +15,7 @@
 #include <QTimer>
 #include <QtTest>
 
+#include <algorithm>
 #include <functional>
 #include <malloc.h>
 #include <memory>
@@ -29,6 +30,8 @@ enum class Event { PeerCloses, NewcomerConnects, Stop, Start, Restart, Delete };
 enum class LoopEnds { BeforeIt, AfterIt, WhenTheLinkIsBack };
 
 constexpr int patience = 20000; // milliseconds
+constexpr int mostNested = 8; // calls from sockets of an endpoint
+constexpr int newcomers = 40; // fewer than the system lets wait
 
 /// Runs an event loop within whatever calls it: until the condition holds, and some turns more, in which everything is
 /// deleted that waits for that.
@@ -98,6 +101,12 @@ public:
         return mSockets.back().get();
     }
     QTcpSocket *newest() const { return mSockets.empty() ? nullptr : mSockets.back().get(); }
+    int count() const { return int(mSockets.size()); }
+    int countOf(QAbstractSocket::SocketState state) const
+    {
+        return int(std::count_if(
+            mSockets.begin(), mSockets.end(), [state](const auto &socket) { return socket->state() == state; }));
+    }
 
 private:
     std::vector<std::unique_ptr<QTcpSocket>> mSockets;
@@ -118,6 +127,10 @@ private Q_SLOTS:
         mHasReturned = false;
         mCame = 0;
         mLeft = 0;
+        mCalls = 0;
+        mDepth = 0;
+        mDeepest = 0;
+        mIsFull = false;
         mPayloads.clear();
         mPeerSocket = nullptr;
         mClients = std::make_unique<Clients>();
@@ -288,6 +301,87 @@ private Q_SLOTS:
         QVERIFY2(grownBy < count * mostPerNewcomer, qPrintable(QString::number(grownBy)));
     }
 
+    // Else the peer decides how deep the stack becomes.
+    void newcomersNestReceiversOfTheServerOnlySoDeep_data()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::addColumn<Event>("event");
+        const std::pair<const char *, const char *> theSignals[] = {
+            {"clientConnected()", SIGNAL(clientConnected())},
+            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
+            {"clientDisconnected()", SIGNAL(clientDisconnected())},
+        };
+        for (const auto &[text, signal] : theSignals) {
+            for (const Event event : {Event::NewcomerConnects, Event::Restart, Event::Stop, Event::Delete})
+                QTest::addRow("%s, %s", text, name(event)) << QByteArray(signal) << event;
+        }
+    }
+
+    void newcomersNestReceiversOfTheServerOnlySoDeep()
+    {
+        QFETCH(const QByteArray, signal);
+        QFETCH(const Event, event);
+        mServer = new TcpServer;
+        QVERIFY(connect(mServer, signal.constData(), this, SLOT(nestAtServer())));
+        connect(mServer, &TcpServer::clientConnected, this, [this] { ++mCame; });
+        connect(mServer, &TcpServer::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+        QVERIFY(mServer->start(mPort = Loopback::freePort()));
+
+        connectNestingClient();
+        QTRY_VERIFY_WITH_TIMEOUT(mCalls > 0 && mDepth == 0, patience);
+
+        QCOMPARE(mDeepest, mostNested);
+        if (event == Event::Delete) {
+            QVERIFY(!mServer);
+            return;
+        }
+        if (event == Event::Stop) {
+            theServerWorks();
+            return;
+        }
+        // All that waited were taken, one after the other.
+        QCOMPARE(mClients->count(), mostNested + newcomers);
+        QTRY_COMPARE_WITH_TIMEOUT(mClients->countOf(QAbstractSocket::ConnectedState), 1, patience);
+        if (signal == SIGNAL(clientConnected()))
+            QCOMPARE(mCame, mostNested + newcomers);
+        QTcpSocket *const newest = mClients->newest();
+        newest->write(frame(9));
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
+        Q_EMIT mServer->send(AbstractTcpMessage());
+        QTRY_COMPARE_WITH_TIMEOUT(newest->peek(100), frame(0), patience);
+    }
+
+    void aPeerThatHangsUpNestsReceiversOfTheClientOnlySoDeep_data()
+    {
+        QTest::addColumn<QByteArray>("signal");
+        QTest::newRow("connected()") << QByteArray(SIGNAL(connected()));
+        QTest::newRow("dataReceived()") << QByteArray(SIGNAL(dataReceived(QByteArray)));
+    }
+
+    void aPeerThatHangsUpNestsReceiversOfTheClientOnlySoDeep()
+    {
+        QFETCH(const QByteArray, signal);
+        startPeer();
+        connect(mPeer.get(), &QTcpServer::newConnection, this, [this] {
+            if (mIsFull)
+                return;
+            mPeerSocket->write(frame(7));
+            mPeerSocket->disconnectFromHost();
+        });
+        mClient = new TcpClient;
+        QVERIFY(connect(mClient, signal.constData(), this, SLOT(nestAtClient())));
+        connect(mClient, &TcpClient::connected, this, [this] { ++mCame; });
+        connect(mClient, &TcpClient::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+
+        mClient->start(Loopback::address(), mPeer->serverPort());
+        QTRY_VERIFY_WITH_TIMEOUT(mCalls > 0 && mDepth == 0, patience);
+
+        QCOMPARE(mDeepest, mostNested);
+        QCOMPARE(mCame, mostNested);
+        QTRY_VERIFY_WITH_TIMEOUT(mClient->isConnected(), patience); // by itself
+        theClientWorks();
+    }
+
 protected Q_SLOTS: // private ones would be tests
     void receiveOfClient()
     {
@@ -344,7 +438,68 @@ protected Q_SLOTS: // private ones would be tests
         }));
     }
 
+    /// Ends with all others that it stands on, when newcomers had the opportunity to nest it deeper than they may.
+    void nestAtServer()
+    {
+        constexpr int someTurns = 20;
+        int turns = 0;
+        nestUntil([&] {
+            if (mIsFull)
+                return mClients->countOf(QAbstractSocket::ConnectingState) == 0 && ++turns > someTurns;
+            if (mDepth < mostNested && mCalls == mClients->count()) // the last one has brought its call about
+                connectNestingClient();
+            else if (mDepth == mostNested)
+                goOnAtTheLimit();
+            return false;
+        });
+    }
+
+    void nestAtClient()
+    {
+        constexpr int twoRetries = 2500; // milliseconds
+        QDeadlineTimer deadline(QDeadlineTimer::Forever);
+        nestUntil([&] {
+            if (mIsFull || mClient->isConnected())
+                return mIsFull;
+            if (mDepth < mostNested) // as the retry does, sooner
+                mClient->start(Loopback::address(), mPeer->serverPort());
+            else if (deadline.isForever())
+                deadline.setRemainingTime(twoRetries);
+            mIsFull = mIsFull || mDepth > mostNested || deadline.hasExpired();
+            return mIsFull;
+        });
+    }
+
 private:
+    void nestUntil(const std::function<bool()> &condition)
+    {
+        ++mCalls;
+        mDeepest = qMax(mDeepest, ++mDepth);
+        QVERIFY(runLoopUntil(condition));
+        --mDepth;
+    }
+
+    void connectNestingClient()
+    {
+        QFETCH(const QByteArray, signal);
+        QTcpSocket *const client = mClients->connectOne(mPort);
+        client->write(frame(7));
+        if (signal == SIGNAL(clientDisconnected()))
+            client->disconnectFromHost();
+    }
+
+    void goOnAtTheLimit()
+    {
+        QFETCH(const Event, event);
+        mIsFull = true;
+        if (event != Event::NewcomerConnects)
+            bringAboutAtServer(event);
+        if (event == Event::NewcomerConnects || event == Event::Restart) {
+            for (int i = 0; i < newcomers; ++i)
+                mClients->connectOne(mPort)->write(frame(7));
+        }
+    }
+
     static void addColumns()
     {
         QTest::addColumn<QByteArray>("signal");
@@ -468,6 +623,10 @@ private:
     bool mHasReturned = false;
     int mCame = 0; ///< connections that the endpoint told of
     int mLeft = 0;
+    int mCalls = 0; ///< of receivers that nest
+    int mDepth = 0;
+    int mDeepest = 0;
+    bool mIsFull = false; ///< as many are on the stack as may be
     QByteArrayList mPayloads;
 };
 
