@@ -483,7 +483,8 @@ private:
     {
         QFETCH(const QByteArray, signal);
         QTcpSocket *const client = mClients->connectOne(mPort);
-        client->write(frame(7));
+        if (signal == SIGNAL(dataReceived(QByteArray)))
+            client->write(frame(7));
         if (signal == SIGNAL(clientDisconnected()))
             client->disconnectFromHost();
     }
