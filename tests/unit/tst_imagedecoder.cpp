@@ -290,6 +290,22 @@ private Q_SLOTS:
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
     }
 
+    /// Where the codes become a bit longer, and where the table is full, the end is easily missed.
+    void lzwEndsAnywhere()
+    {
+        Tiff kind;
+        kind.compression = 5;
+        kind.samples = 1;
+        kind.photometric = 1;
+        kind.rowsPerStrip = 1;
+        for (const int codes : {1, 254, 510, 1022, 2046, 3836, 4092}) { // of nearly a byte each, as samples are random
+            for (int width = qMax(1, codes - 10); width < codes + 30; ++width) {
+                const QByteArray bytes = tiff(width, 1, kind);
+                QVERIFY2(!loaded(bytes).empty(), qPrintable(QString::number(width) + problemOf(bytes)));
+            }
+        }
+    }
+
     void plainPixelsAreThoseOfOpenCv_data()
     {
         QTest::addColumn<QByteArray>("bytes");
