@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Formats that store pixels as they are. Nothing but their size can be wrong, and that is checked here.
+// Formats that store pixels as they are. Nothing but their sizes and the range of samples can be wrong; both are
+// checked here.
 #include "FiberInspection/ImageFormats_p.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdlib>
 
@@ -9,6 +11,13 @@ namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr qint64 bitsPerByte = 8;
+constexpr qint64 longestLineEnd = 2; // bytes
+constexpr qint64 highestSample = 65535;
+
+bool isSpace(char character)
+{
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
 
 struct Header
 {
@@ -17,6 +26,7 @@ struct Header
     qint64 height = 0;
     qint64 begin = 0; ///< of the pixels, in bytes
     qint64 bytesPerLine = 0;
+    qint64 fileSize = 0; ///< as the file declares it; 0 when it does not
 };
 
 DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 maxPixels)
@@ -25,9 +35,28 @@ DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 m
         header.problem.isEmpty() ? problemOfSize(header.width, header.height, maxPixels) : header.problem;
     if (!problem.isEmpty())
         return refused(problem);
-    if (header.begin + header.bytesPerLine * header.height > bytes.size())
+    const qint64 end = header.begin + header.bytesPerLine * header.height;
+    if (std::max(end, header.fileSize) > bytes.size())
         return incomplete();
+    if (header.fileSize > 0 && end > header.fileSize)
+        return refused(QStringLiteral("the image header is damaged"));
     return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
+}
+
+/// Where the pixels of a BMP may begin: behind its headers, its masks and its palette.
+qint64 leastBegin(
+    const uchar *data, quint32 fileHeaderSize, quint32 size, bool isOld, qint64 bitsPerPixel, bool hasMasks)
+{
+    constexpr quint32 masksSize = 12; // bytes; larger headers hold them
+    constexpr quint32 headerWithoutMasks = 40;
+    const qint64 begin = qint64(fileHeaderSize) + size + (hasMasks && size == headerWithoutMasks ? masksSize : 0);
+    if (bitsPerPixel < 1 || bitsPerPixel > bitsPerByte)
+        return begin;
+    const qint64 mostColors = qint64(1) << bitsPerPixel;
+    if (isOld)
+        return begin + 3 * mostColors;
+    const qint64 colors = littleEndian32(data + 46);
+    return begin + 4 * (colors == 0 ? mostColors : colors);
 }
 
 Header readBmpHeader(const QByteArray &bytes)
@@ -58,13 +87,15 @@ Header readBmpHeader(const QByteArray &bytes)
         header.height = littleEndian16(data + 20);
         bitsPerPixel = littleEndian16(data + 24);
     }
+    header.fileSize = littleEndian32(data + 2); // 0 where the writer did not know
     header.begin = littleEndian32(data + 10);
     header.bytesPerLine =
         (header.width * bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
     // Run-length coding may skip pixels, and nothing tells it from a loss.
     if (compression != None && compression != BitFields)
         header.problem = QStringLiteral("BMP compression %1 is not supported").arg(compression);
-    else if (header.begin < fileHeaderSize + qint64(size))
+    else if (header.begin
+        < leastBegin(data, fileHeaderSize, size, size == oldHeaderSize, bitsPerPixel, compression == BitFields))
         header.problem = QStringLiteral("the image header is damaged");
     return header;
 }
@@ -94,7 +125,6 @@ public:
 
 private:
     static bool isDigit(char character) { return character >= '0' && character <= '9'; }
-    static bool isSpace(char character) { return character == ' ' || (character >= '\t' && character <= '\r'); }
 
     void skipSpace()
     {
@@ -107,6 +137,52 @@ private:
     const QByteArray &mBytes;
     int mAt;
 };
+QString tooHigh()
+{
+    return QStringLiteral("a sample is higher than the highest that the image declares");
+}
+
+/// Nothing marks the end of a PNM: what stands behind it was part of it, or what stands in it was not.
+bool endsAt(const QByteArray &bytes, qint64 end)
+{
+    return std::all_of(bytes.begin() + end, bytes.end(), isSpace);
+}
+
+QString leftOver()
+{
+    return QStringLiteral("data are left over behind the image");
+}
+
+QString problemOfText(const QByteArray &bytes, NumberReader *numbers, qint64 samples, qint64 highest, bool isBits)
+{
+    for (qint64 left = samples; left > 0; --left) {
+        qint64 sample = 0;
+        if (!numbers->next(&sample, isBits ? 1 : 9))
+            return incomplete().problem;
+        if (sample > highest)
+            return tooHigh();
+    }
+    return endsAt(bytes, numbers->position()) ? QString() : leftOver();
+}
+
+QString problemOfBinary(const QByteArray &bytes, const Header &header, qint64 bitsPerSample, qint64 highest)
+{
+    const qint64 end = header.begin + header.bytesPerLine * header.height;
+    if (end > bytes.size())
+        return incomplete().problem;
+    if (bytes.size() - end > longestLineEnd || !endsAt(bytes, end))
+        return leftOver();
+    const uchar *const last = dataOf(bytes) + end;
+    if (bitsPerSample == bitsPerByte) {
+        const auto isHigher = [highest](uchar sample) { return sample > highest; };
+        return std::any_of(dataOf(bytes) + header.begin, last, isHigher) ? tooHigh() : QString();
+    }
+    for (const uchar *sample = dataOf(bytes) + header.begin; sample < last; sample += 2) {
+        if (bigEndian16(sample) > highest)
+            return tooHigh();
+    }
+    return {};
+}
 } // namespace
 
 bool isBmp(const QByteArray &bytes)
@@ -138,19 +214,19 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
     qint64 highest = 1;
     if (!numbers.next(&header.width) || !numbers.next(&header.height) || (!isBits && !numbers.next(&highest)))
         return incomplete();
+    header.problem = highest < 1 || highest > highestSample ? QStringLiteral("the image header is damaged")
+                                                            : problemOfSize(header.width, header.height, maxPixels);
+    if (!header.problem.isEmpty())
+        return refused(header.problem);
+    const qint64 samplesPerLine = header.width * channels;
+    if (isText) {
+        header.problem = problemOfText(bytes, &numbers, samplesPerLine * header.height, highest, isBits);
+        return decodePlain(bytes, header, maxPixels);
+    }
     header.begin = numbers.position() + 1;
     const qint64 bitsPerSample = isBits ? 1 : highest > 255 ? 16 : 8;
-    header.bytesPerLine = (header.width * channels * bitsPerSample + bitsPerByte - 1) / bitsPerByte;
-    if (!isText)
-        return decodePlain(bytes, header, maxPixels);
-
-    header.problem = problemOfSize(header.width, header.height, maxPixels);
-    header.bytesPerLine = 0;
-    for (qint64 left = header.problem.isEmpty() ? header.width * header.height * channels : 0; left > 0; --left) {
-        qint64 sample = 0;
-        if (!numbers.next(&sample, isBits ? 1 : 9))
-            return incomplete();
-    }
+    header.bytesPerLine = (samplesPerLine * bitsPerSample + bitsPerByte - 1) / bitsPerByte;
+    header.problem = problemOfBinary(bytes, header, isBits ? bitsPerByte : bitsPerSample, isBits ? 255 : highest);
     return decodePlain(bytes, header, maxPixels);
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFormats_p.h"
+#include "FiberInspection/TiffStructure_p.h"
 
 #include <algorithm>
 #include <array>
@@ -40,8 +41,9 @@ public:
             options.get(), std::max(leastMemory, static_cast<tmsize_t>(maxPixels) * memoryPerPixel));
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Tiff::onError, this);
         TIFFOpenOptionsSetWarningHandlerExtR(options.get(), &Tiff::onWarning, this);
-        mTiff = TIFFClientOpenExt("image", "r", this, &Tiff::read, &Tiff::write, &Tiff::seek, &Tiff::close, &Tiff::size,
-            &Tiff::map, &Tiff::unmap, options.get());
+        // "c": strips as they are in the file, and not cut into smaller ones
+        mTiff = TIFFClientOpenExt("image", "rc", this, &Tiff::read, &Tiff::write, &Tiff::seek, &Tiff::close,
+            &Tiff::size, &Tiff::map, &Tiff::unmap, options.get());
     }
     ~Tiff()
     {
@@ -138,6 +140,9 @@ QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
         return QStringLiteral("%1 samples of %2 bits are not supported").arg(samples).arg(bits);
     if (std::find(std::begin(compressions), std::end(compressions), compression) == std::end(compressions))
         return QStringLiteral("TIFF compression %1 is not supported").arg(compression);
+    const int fillOrder = tiff.number<uint16_t>(TIFFTAG_FILLORDER);
+    if (compression != COMPRESSION_NONE && fillOrder != FILLORDER_MSB2LSB)
+        return QStringLiteral("packed data of fill order %1 are not supported").arg(fillOrder);
     if (TIFFIsTiled(tiff.get()) == 0)
         return {};
 
@@ -154,12 +159,12 @@ QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
 
 /// Whether packed data end where they should, with the checksum that they should have. The decoder stops as soon as it
 /// has its pixels, and does not look.
-bool isWholeStream(const uchar *packed, qint64 packedSize, qint64 size)
+bool isWholeDeflate(const uchar *packed, qint64 packedSize, qint64 size)
 {
     z_stream stream{};
     if (inflateInit(&stream) != Z_OK)
         return false;
-    std::array<uchar, 32768> piece{};
+    std::array<uchar, 32768> piece; // NOLINT(cppcoreguidelines-pro-type-member-init): is written only
     stream.next_in = const_cast<uchar *>(packed);
     stream.avail_in = static_cast<uInt>(packedSize);
     int status = Z_OK;
@@ -168,39 +173,85 @@ bool isWholeStream(const uchar *packed, qint64 packedSize, qint64 size)
         stream.avail_out = static_cast<uInt>(piece.size());
         status = inflate(&stream, Z_NO_FLUSH);
     }
-    const bool isWhole = status == Z_STREAM_END && static_cast<qint64>(stream.total_out) == size;
+    const bool isWhole =
+        status == Z_STREAM_END && stream.avail_in == 0 && static_cast<qint64>(stream.total_out) == size;
     inflateEnd(&stream);
     return isWhole;
 }
 
-bool isWholePiece(const Tiff &tiff, const QByteArray &bytes, uint32_t piece, tmsize_t size)
+/// @pre the place lies in the file
+bool isWholePiece(uint16_t compression, const QByteArray &bytes, const TiffPlace &place, qint64 size)
 {
-    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
-    if (compression != COMPRESSION_ADOBE_DEFLATE && compression != COMPRESSION_DEFLATE)
-        return true;
-    const uint64_t offset = TIFFGetStrileOffset(tiff.get(), piece);
-    const uint64_t packedSize = TIFFGetStrileByteCount(tiff.get(), piece);
+    const uchar *const packed = dataOf(bytes) + place.begin;
+    const auto packedSize = static_cast<qint64>(place.end - place.begin);
+    switch (compression) {
+    case COMPRESSION_LZW:
+        return isWholeLzw(packed, packedSize, size);
+    case COMPRESSION_PACKBITS:
+        return isWholePackBits(packed, packedSize, size);
+    case COMPRESSION_NONE:
+        return packedSize == size;
+    default:
+        return isWholeDeflate(packed, packedSize, size);
+    }
+}
+
+uint32_t numberOfPieces(const Tiff &tiff)
+{
+    return TIFFIsTiled(tiff.get()) != 0 ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get());
+}
+
+/// Where the strips or tiles are; fewer of them when one is not in the file.
+std::vector<TiffPlace> placesOfPieces(const Tiff &tiff, const QByteArray &bytes)
+{
     const auto fileSize = static_cast<uint64_t>(bytes.size());
-    return offset <= fileSize && packedSize <= fileSize - offset
-        && isWholeStream(dataOf(bytes) + offset, static_cast<qint64>(packedSize), size);
+    const uint32_t pieces = numberOfPieces(tiff);
+    std::vector<TiffPlace> places;
+    places.reserve(pieces);
+    for (uint32_t piece = 0; piece < pieces; ++piece) {
+        const uint64_t begin = TIFFGetStrileOffset(tiff.get(), piece);
+        const uint64_t size = TIFFGetStrileByteCount(tiff.get(), piece);
+        if (begin > fileSize || size > fileSize - begin)
+            break;
+        places.push_back({begin, begin + size});
+    }
+    return places;
 }
 
 /// Decodes all strips or tiles for what the decoder has to say about them.
-bool readsWithoutComplaint(const Tiff &tiff, const QByteArray &bytes)
+bool readsWithoutComplaint(const Tiff &tiff, const QByteArray &bytes, const std::vector<TiffPlace> &places)
 {
     const bool isTiled = TIFFIsTiled(tiff.get()) != 0;
+    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
     const tmsize_t pieceSize = isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
-    const uint32_t pieces = isTiled ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get());
     if (pieceSize <= 0)
         return false;
     std::vector<uchar> buffer(static_cast<std::size_t>(pieceSize));
-    for (uint32_t piece = 0; piece < pieces; ++piece) {
+    for (uint32_t piece = 0; piece < places.size(); ++piece) {
+        if (places[piece].begin == places[piece].end)
+            return false;
         const tmsize_t read = isTiled ? TIFFReadEncodedTile(tiff.get(), piece, buffer.data(), pieceSize)
                                       : TIFFReadEncodedStrip(tiff.get(), piece, buffer.data(), pieceSize);
-        if (read <= 0 || tiff.hasComplained() || !isWholePiece(tiff, bytes, piece, read))
+        if (read <= 0 || tiff.hasComplained() || !isWholePiece(compression, bytes, places[piece], read))
             return false;
     }
     return true;
+}
+
+/// Checks and decodes what the structure found: each byte of the file is unpacked once at most.
+QString problemOfPieces(const Tiff &tiff, const QByteArray &bytes, const TiffStructure &structure)
+{
+    const uint32_t pieces = numberOfPieces(tiff);
+    if (structure.offsets != pieces)
+        return QStringLiteral("the file has %1 strips or tiles instead of %2").arg(structure.offsets).arg(pieces);
+    const std::vector<TiffPlace> places = placesOfPieces(tiff, bytes);
+    if (places.size() != pieces)
+        return incomplete().problem;
+    if (!areApart(places, structure.places))
+        return QStringLiteral("strips or tiles overlap");
+    if (!readsWithoutComplaint(tiff, bytes, places))
+        return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
+    return {};
 }
 } // namespace
 
@@ -212,6 +263,9 @@ bool isTiff(const QByteArray &bytes)
 
 DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
 {
+    const TiffStructure structure = readTiffStructure(bytes);
+    if (!structure.problem.isEmpty())
+        return refused(structure.problem);
     const Tiff tiff(bytes, maxPixels);
     if (!tiff.get() || tiff.hasComplained())
         return damaged(tiff.message());
@@ -226,8 +280,9 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
         return refused(problem);
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
-    if (!readsWithoutComplaint(tiff, bytes))
-        return damaged(tiff.hasComplained() ? tiff.message() : "packed data are not whole");
+    const QString problemOfData = problemOfPieces(tiff, bytes, structure);
+    if (!problemOfData.isEmpty())
+        return refused(problemOfData);
     return decodeByOpenCv(bytes, size);
 }
 

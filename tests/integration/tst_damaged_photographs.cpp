@@ -315,6 +315,37 @@ std::vector<Damage> losses(const Photograph &photograph)
     return files;
 }
 
+/// What the table of strips becomes when some of its entries are lost and others stand in for them.
+std::vector<QByteArray> withRepeatedStrips(const QByteArray &tiff, int count)
+{
+    constexpr int entrySize = 12;
+    const auto number = [&tiff](int at) { return qFromLittleEndian<qint32>(tiff.constData() + at); };
+    const auto shortNumber = [&tiff](int at) { return qFromLittleEndian<quint16>(tiff.constData() + at); };
+    const auto entryOf = [&](quint16 tag) {
+        int entry = number(4) + 2;
+        while (shortNumber(entry) != tag)
+            entry += entrySize;
+        return entry;
+    };
+    const int offsets = entryOf(273);
+    const int sizes = entryOf(279);
+    const auto tableOf = [&](int entry) {
+        const int width = shortNumber(entry + 2) == 3 ? 2 : 4;
+        return std::make_pair(number(entry + 8), width);
+    };
+    std::vector<QByteArray> files;
+    for (int lost = count; lost + count <= number(offsets + 4); ++lost) {
+        QByteArray file = tiff;
+        for (const int entry : {offsets, sizes}) {
+            const auto [table, width] = tableOf(entry);
+            const QByteArray others = tiff.mid(table + (lost - count) * width, count * width);
+            file.replace(table + lost * width, others.size(), others);
+        }
+        files.push_back(file);
+    }
+    return files;
+}
+
 bool areEqual(const cv::Mat &a, const cv::Mat &b)
 {
     return a.size() == b.size() && !a.empty() && cv::norm(a, b, cv::NORM_INF) == 0;
@@ -373,6 +404,30 @@ private Q_SLOTS:
         QVERIFY(files - unharmed >= 2000);
         QVERIFY(unharmed < files / 50);
         QVERIFY2(wrong.isEmpty(), wrong.mid(0, 60).join('\n').constData());
+    }
+
+    void noTiffThatRepeatsItsStripsIsRead_data()
+    {
+        QTest::addColumn<int>("compression");
+        QTest::newRow("plain") << 1;
+        QTest::newRow("LZW") << 5;
+        QTest::newRow("deflate") << 8;
+        QTest::newRow("PackBits") << 32773;
+    }
+    void noTiffThatRepeatsItsStripsIsRead()
+    {
+        QFETCH(int, compression);
+        cv::Mat large; // of many strips
+        cv::resize(face(), large, {}, 4, 4, cv::INTER_NEAREST);
+        const QByteArray whole = encoded(".tiff", large, {cv::IMWRITE_TIFF_COMPRESSION, compression});
+
+        QVERIFY(!loaded(whole).empty());
+        for (const int count : {1, 5, 12}) {
+            const std::vector<QByteArray> files = withRepeatedStrips(whole, count);
+            QVERIFY(!files.empty());
+            for (const QByteArray &file : files)
+                QVERIFY2(loaded(file).empty(), QByteArray::number(count).constData());
+        }
     }
 
     /// Published in docs/security.md: no decoder can know of all of these.

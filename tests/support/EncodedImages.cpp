@@ -188,6 +188,35 @@ QByteArray tiff(int width, int height, const Tiff &kind)
     return result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
 }
 
+QByteArray tiff(const TiffStrips &strips)
+{
+    enum Type { Short = 3, Long = 4 };
+    constexpr int entries = 9;
+    constexpr int headerSize = 8;
+    const quint32 tables = headerSize + quint32(strips.data.size());
+    const auto table = [](const std::vector<quint32> &values) {
+        QByteArray bytes;
+        for (const quint32 value : values)
+            bytes += littleEndian(value, 4);
+        return bytes;
+    };
+    const auto tag = [](int number, Type type, quint32 count, quint32 value) {
+        return littleEndian(quint32(number), 2) + littleEndian(type, 2) + littleEndian(count, 4)
+            + littleEndian(value, 4);
+    };
+    const auto tagOfTable = [&tag](int number, const std::vector<quint32> &values, quint32 place) {
+        return tag(number, Long, quint32(values.size()), values.size() == 1 ? values[0] : place);
+    };
+    const quint32 sizes = tables + quint32(4 * strips.offsets.size());
+    const quint32 directory = sizes + quint32(4 * strips.sizes.size());
+    return QByteArray("II\x2A\0", 4) + littleEndian(directory, 4) + strips.data + table(strips.offsets)
+        + table(strips.sizes) + littleEndian(entries, 2) + tag(256, Long, 1, quint32(strips.width))
+        + tag(257, Long, 1, quint32(strips.height)) + tag(258, Short, 1, 8)
+        + tag(259, Short, 1, quint32(strips.compression)) + tag(262, Short, 1, 1)
+        + tagOfTable(273, strips.offsets, tables) + tag(277, Short, 1, 1)
+        + tag(278, Long, 1, quint32(strips.rowsPerStrip)) + tagOfTable(279, strips.sizes, sizes) + littleEndian(0, 4);
+}
+
 QByteArray bmp(int width, int height, int bits, bool isFromTop)
 {
     constexpr int headers = 14 + 40;

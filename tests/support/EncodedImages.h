@@ -51,6 +51,20 @@ struct Tiff
 };
 QByteArray tiff(int width, int height, const Tiff &kind);
 
+/// A grey TIFF written by hand, so that its strips may lie anywhere. The data begin behind the header, at 8; the
+/// directory stands behind them.
+struct TiffStrips
+{
+    int width = 0;
+    int height = 0;
+    int rowsPerStrip = 1;
+    int compression = 1; ///< as in the file
+    std::vector<quint32> offsets;
+    std::vector<quint32> sizes; ///< in bytes
+    QByteArray data;
+};
+QByteArray tiff(const TiffStrips &strips);
+
 /// A BMP of random pixels.
 QByteArray bmp(int width, int height, int bits, bool isFromTop = false);
 

@@ -8,6 +8,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <functional>
 #include <random>
 
 using namespace FiberInspection;
@@ -31,6 +32,71 @@ cv::Mat photograph(int rows = 93, int cols = 131)
         }
     }
     return mat;
+}
+
+/// Eight strips of eight lines, one behind the other, of 64 x 64 pixels.
+TiffStrips tiffStrips(const QByteArray &data, const std::vector<int> &sizes, int compression = 1)
+{
+    TiffStrips strips{64, 64, 8, compression, {}, {}, data};
+    quint32 at = 8;
+    for (const int size : sizes) {
+        strips.offsets.push_back(at);
+        strips.sizes.push_back(quint32(size));
+        at += quint32(size);
+    }
+    return strips;
+}
+
+TiffStrips plainStrips()
+{
+    QByteArray data;
+    for (int i = 0; i < 64 * 64; ++i)
+        data += char(i * 7 % 251);
+    return tiffStrips(data, std::vector<int>(8, 512));
+}
+
+/// Each of the strips is this one, in a place of its own.
+TiffStrips packedStrips(const QByteArray &strip, int compression)
+{
+    return tiffStrips(strip.repeated(8), std::vector<int>(8, strip.size()), compression);
+}
+
+QByteArray changed(TiffStrips strips, const std::function<void(TiffStrips *)> &change)
+{
+    change(&strips);
+    return tiff(strips);
+}
+
+/// 512 zeros: four runs.
+const QByteArray packBits("\x81\0\x81\0\x81\0\x81\0", 8);
+
+/// Codes of 9 bits, the first bit being the highest one; the last byte is filled up with zeros.
+QByteArray lzw(const std::vector<int> &codes)
+{
+    QByteArray bytes((9 * int(codes.size()) + 7) / 8, '\0');
+    int at = 0;
+    for (const int code : codes) {
+        for (int bit = 8; bit >= 0; --bit, ++at)
+            bytes[at / 8] = char(bytes[at / 8] | ((code >> bit & 1) << (7 - at % 8)));
+    }
+    return bytes;
+}
+
+/// As 1 + 2 + ... + 31 zeros and 16 more, the last ones being a code that is known.
+std::vector<int> lzwCodes()
+{
+    std::vector<int> codes{256, 0};
+    for (int code = 258; code < 258 + 30; ++code)
+        codes.push_back(code);
+    codes.push_back(258 + 14);
+    return codes;
+}
+
+QByteArray lzwWithEnd()
+{
+    std::vector<int> codes = lzwCodes();
+    codes.push_back(257);
+    return lzw(codes);
 }
 
 int silentErrorHandler(int, const char *, const char *, const char *, int, void *)
@@ -198,6 +264,17 @@ private Q_SLOTS:
         kind = {};
         kind.isBig = true;
         QTest::newRow("64-bit offsets") << tiff(75, 50, kind);
+        kind.tileSide = 32;
+        QTest::newRow("64-bit offsets, tiles") << tiff(75, 50, kind);
+        kind = {};
+        kind.compression = 5;
+        kind.rowsPerStrip = 1000;
+        QTest::newRow("LZW, all widths of codes and a full table") << tiff(300, 200, kind);
+        QTest::newRow("strips written by hand") << tiff(plainStrips());
+        QTest::newRow("strips in another order") << changed(
+            plainStrips(), [](TiffStrips *strips) { std::reverse(strips->offsets.begin(), strips->offsets.end()); });
+        QTest::newRow("PackBits written by hand") << tiff(packedStrips(packBits, 32773));
+        QTest::newRow("LZW written by hand") << tiff(packedStrips(lzwWithEnd(), 5));
         for (int orientation = 2; orientation <= 8; ++orientation) {
             kind = {};
             kind.orientation = orientation;
@@ -207,8 +284,26 @@ private Q_SLOTS:
     void tiffPixelsAreThoseOfOpenCv()
     {
         QFETCH(QByteArray, bytes);
+        const cv::Mat expected = reference(bytes);
 
-        QVERIFY2(areEqual(loaded(bytes), reference(bytes)), qPrintable(problemOf(bytes)));
+        QVERIFY(!expected.empty());
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    /// Where the codes become a bit longer, and where the table is full, the end is easily missed.
+    void lzwEndsAnywhere()
+    {
+        Tiff kind;
+        kind.compression = 5;
+        kind.samples = 1;
+        kind.photometric = 1;
+        kind.rowsPerStrip = 1;
+        for (const int codes : {1, 254, 510, 1022, 2046, 3836, 4092}) { // of nearly a byte each, as samples are random
+            for (int width = qMax(1, codes - 10); width < codes + 30; ++width) {
+                const QByteArray bytes = tiff(width, 1, kind);
+                QVERIFY2(!loaded(bytes).empty(), qPrintable(QString::number(width) + problemOf(bytes)));
+            }
+        }
     }
 
     void plainPixelsAreThoseOfOpenCv_data()
@@ -221,10 +316,15 @@ private Q_SLOTS:
         QTest::newRow("P1") << QByteArray("P1\n# bits\n5 2\n10110\n0 1 1 0 1\n");
         QTest::newRow("P2") << QByteArray("P2 3 2 15\n0 1 2\n# grey\n13 14 15\n");
         QTest::newRow("P3") << QByteArray("P3\n2 1\n255\n1 2 3 250 251 252\n");
-        QTest::newRow("P4") << QByteArray("P4\n12 2\n\xA5\xF0\x5A\x0F", 13);
+        QTest::newRow("P4") << QByteArray("P4\n12 2\n\xA5\xF0\x5A\x0F", 12);
         QTest::newRow("P5") << QByteArray("P5\n3 2\n255\nabcdef");
         QTest::newRow("P5 of 16 bits") << QByteArray("P5\n3 1\n65535\nabcdef");
         QTest::newRow("P6") << QByteArray("P6\n# a comment\n2 1\n255\nabcdef");
+        QTest::newRow("P5 with an end of line") << QByteArray("P5\n3 2\n255\nabcdef\r\n");
+        QTest::newRow("P5 of 10 bits") << QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18);
+        QTest::newRow("P2 with empty lines") << QByteArray("P2 2 1 15\n0 15\n \n\n");
+        QTest::newRow("BMP with more behind it") << bmp(37, 29, 8) + "more";
+        QTest::newRow("BMP without the size of the file") << bmp(37, 29, 8).replace(2, 4, littleEndian(0, 4));
     }
     void plainPixelsAreThoseOfOpenCv()
     {
@@ -302,6 +402,70 @@ private Q_SLOTS:
                     return fax;
                 }()),
             "TIFF compression 4 is not supported");
+
+        const char *const overlap = "strips or tiles overlap";
+        const char *const notWhole = "the image data is damaged: a strip or tile is not whole";
+        row("half of the strips are others",
+            changed(plainStrips(),
+                [](TiffStrips *strips) { std::copy_n(strips->offsets.begin(), 4, strips->offsets.begin() + 4); }),
+            overlap);
+        row("all strips are one",
+            changed(plainStrips(),
+                [](TiffStrips *strips) { strips->offsets.assign(strips->offsets.size(), strips->offsets[0]); }),
+            overlap);
+        row("strips overlap by one byte", changed(plainStrips(), [](TiffStrips *strips) { --strips->offsets[3]; }),
+            overlap);
+        row("a strip in the header", changed(plainStrips(), [](TiffStrips *strips) { strips->offsets[0] = 7; }),
+            overlap);
+        row("a strip in the table of strips",
+            changed(plainStrips(), [](TiffStrips *strips) { ++strips->offsets.back(); }), overlap);
+        row("a strip in the directory",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->offsets[7] = 8 + 64 * 64 + 2 * 8 * 4;
+                    strips->height = 57; // the last strip has one line, which fits into the directory
+                    strips->sizes[7] = 64;
+                }),
+            overlap);
+        row("half of the lines", changed(plainStrips(), [](TiffStrips *strips) { strips->height = 32; }),
+            "the file has 8 strips or tiles instead of 4");
+        row("half of the offsets", changed(plainStrips(), [](TiffStrips *strips) { strips->offsets.resize(4); }),
+            "the image header is damaged");
+        row("half of the sizes", changed(plainStrips(), [](TiffStrips *strips) { strips->sizes.resize(4); }),
+            "the image header is damaged");
+        row("strips of twice the size", tiff(tiffStrips(plainStrips().data.repeated(2), std::vector<int>(8, 1024))),
+            notWhole);
+        row("an empty strip", changed(plainStrips(), [](TiffStrips *strips) { strips->sizes[2] = 0; }), notWhole);
+        row("left-over PackBits data", tiff(packedStrips(packBits + packBits, 32773)), notWhole);
+        row("left-over deflated data", tiff(packedStrips(qCompress(QByteArray(512, 'x')).mid(4) + "more", 8)),
+            notWhole);
+        row("LZW without its end", tiff(packedStrips(lzw(lzwCodes()), 5)), notWhole);
+        row("left-over LZW data", tiff(packedStrips(lzwWithEnd() + lzwWithEnd(), 5)), notWhole);
+
+        const char *const more = "data are left over behind the image";
+        const char *const tooHigh = "a sample is higher than the highest";
+        row("two PGM", "P5\n3 2\n255\nabcdefP5\n3 2\n255\nabcdef", more);
+        row("bytes inserted into a PGM", "P5\n3 2\n255\nabc123def", more);
+        row("many spaces behind a PGM", "P5\n3 2\n255\nabcdef   ", more);
+        row("one sample too many", "P2\n3 1\n255\n1 2 3 4\n", more);
+        row("one bit too many", "P1\n3 1\n1010\n", more);
+        row("a text sample above the highest", "P2\n3 1\n15\n1 16 3\n", tooHigh);
+        row("a bit of 2", "P1\n3 1\n1 2 0\n", tooHigh);
+        row("a byte above the highest", QByteArray("P5\n3 1\n15\n\1\x10\3"), tooHigh);
+        row("two bytes above the highest", QByteArray("P5\n3 1\n1023\n\3\xFF\4\0\0\1", 18), tooHigh);
+        row("highest sample 0", QByteArray("P5\n3 1\n0\n\0\0\0", 12), "the image header is damaged");
+        row("highest sample 70000", "P5\n3 1\n70000\nabcdef", "the image header is damaged");
+
+        const QByteArray gray = bmp(8, 8, 8);
+        row("BMP larger than its file", QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) + 1, 4)),
+            "the image is incomplete");
+        row("BMP that ends before its pixels",
+            QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) - 1, 4)), "the image header is damaged");
+        row("BMP with pixels in its palette", QByteArray(gray).replace(10, 4, littleEndian(54, 4)),
+            "the image header is damaged");
+        row("BMP with pixels in its masks",
+            QByteArray(bmp(8, 8, 32)).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)),
+            "the image header is damaged");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 

@@ -135,6 +135,26 @@ QByteArray tiffWithTile(quint32 side, int dataSize = 4000000)
         + tiffTag(325, quint32(data.size()));
     return (header + bigEndian(10, 2) + tags + bigEndian(0, 4)).leftJustified(200, '\0') + data;
 }
+/// One-row strips that are all the same bytes: none to look at, but some to unpack.
+QByteArray tiffWithOneStripForAll(int count, const QByteArray &strip, int compression)
+{
+    const auto strips = std::size_t(count);
+    return tiff(TiffStrips{16, count, 1, compression, std::vector<quint32>(strips, 8),
+        std::vector<quint32>(strips, quint32(strip.size())), strip});
+}
+
+/// As many strips as there may be.
+QByteArray tiffWithStrips(int count)
+{
+    constexpr int width = 256;
+    const QByteArray strip = deflated(QByteArray(width, '\x55'));
+    TiffStrips strips{width, count, 1, 8, {}, {}, strip.repeated(count)};
+    for (int i = 0; i < count; ++i) {
+        strips.offsets.push_back(quint32(8 + i * strip.size()));
+        strips.sizes.push_back(quint32(strip.size()));
+    }
+    return tiff(strips);
+}
 } // namespace
 
 class TestImageDecoderLimits : public QObject
@@ -184,6 +204,11 @@ private Q_SLOTS:
         QTest::newRow("PNG with 2,000 compressed texts") << pngWithTexts(2000) << 64; // 14 MiB are the file itself
         QTest::newRow("PNG with 100,000 chunks") << pngOfSize(8, 8, pngChunk("IDAT", {}).repeated(100000)) << 16;
         QTest::newRow("TIFF with a tile of 32752 x 32752") << tiffWithTile(32752) << 16;
+        const QByteArray idle = QByteArray(65000, '\x80') + "\xF1x"; // instructions to do nothing, and a run of 16
+        QTest::newRow("TIFF with 65,536 strips that are the same") << tiffWithOneStripForAll(65536, idle, 32773) << 16;
+        QTest::newRow("TIFF with 120,000 strips that are the same")
+            << tiffWithOneStripForAll(120000, idle, 32773) << 16;
+        QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
     }
     void maliciousFilesCostLittle()
     {
@@ -223,6 +248,7 @@ private Q_SLOTS:
         QTest::newRow("lossless WebP") << encoded(
             ".webp", large(cv::Rect(0, 0, side, side / 4)), {cv::IMWRITE_WEBP_QUALITY, 101});
         QTest::newRow("TIFF of one tile") << tiffWithTile(side, side * side);
+        QTest::newRow("TIFF of as many strips as there may be") << tiffWithStrips(65536);
     }
     void theLargestImagesStayInTheirBudget()
     {
