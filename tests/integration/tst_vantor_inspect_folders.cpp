@@ -13,8 +13,8 @@
 #include <unistd.h>
 
 namespace {
-const QByteArray latin1Name("St\xF6rung.jpg");
-const QByteArray evilName("a\033[2J\xE2\x80\xAEgnp\xC2\x9B\n.png");
+constexpr char latin1Name[] = "St\xF6rung.jpg";
+constexpr char evilName[] = "a\033[2J\xE2\x80\xAEgnp\xC2\x9B\n.png";
 
 bool makeSocket(const QByteArray &path)
 {
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QVERIFY(makeSocket(in("socket.png")));
         newFolder("mixed/sub");
         QVERIFY(save(badFace(), folder, "sub/bad.png"));
-        QVERIFY(save(goodFace(), folder, evilName + ".txt"));
+        QVERIFY(save(goodFace(), folder, QByteArray(evilName) + ".txt"));
 
         for (const char *const option : {"--json", "--csv", "--quiet", "--jobs=2"}) {
             const InspectRun run = runInspect({QLatin1String(option), QStringLiteral("mixed")}, mFolder.path());
@@ -161,7 +161,8 @@ private Q_SLOTS:
         QFETCH(QString, option);
         const QString folder = newFolder("evil");
         QVERIFY(save(badFace(), folder, evilName));
-        QVERIFY(QFile(folder + QLatin1Char('/') + QFile::decodeName(evilName + "2.png")).open(QIODevice::WriteOnly));
+        QVERIFY(QFile(folder + QLatin1Char('/') + QFile::decodeName(QByteArray(evilName) + "2.png"))
+                    .open(QIODevice::WriteOnly));
         QTemporaryDir out;
 
         const InspectRun run = runInspect({option, QStringLiteral("--out"), out.path(), folder});
