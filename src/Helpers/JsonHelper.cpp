@@ -130,7 +130,8 @@ bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
 {
     if (!isObject(target))
         return false;
-    const QJsonObject values = json; // the receivers of a change may take it away, and the target
+    // The receivers of a change may take it away, and the target.
+    const QJsonObject values = json; // NOLINT(performance-unnecessary-copy-initialization)
     const QPointer<QObject> guard(target);
     for (auto value = values.constBegin(); value != values.constEnd(); ++value) {
         if (!guard)

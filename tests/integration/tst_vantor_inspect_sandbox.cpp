@@ -27,7 +27,7 @@ Q_DECLARE_METATYPE(Attempt)
 namespace {
 enum Result : int { CameThrough = 0, Refused = 1, NotShutIn = 2 };
 
-constexpr quint64 mebibyte = 1024 * 1024;
+constexpr quint64 mebibyte = 1048576;
 
 bool opens(const QByteArray &path, int flags)
 {

@@ -47,6 +47,7 @@ QStringList &diskLog()
 } // namespace
 
 // Stands before the one of the C library, also for the library under test.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int file)
 {
     const QFileInfo synced(QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file)).symLinkTarget());

@@ -27,8 +27,8 @@ cv::Mat photograph(int rows = 93, int cols = 131)
     cv::Mat mat(rows, cols, CV_8UC3);
     for (int row = 0; row < rows; ++row) {
         for (int col = 0; col < cols; ++col) {
-            mat.at<cv::Vec3b>(row, col) = cv::Vec3b(uchar((unsigned(row) * 3 + random() % 30) % 256),
-                uchar((unsigned(col) * 2 + random() % 30) % 256), uchar((unsigned(row + col) + random() % 30) % 256));
+            mat.at<cv::Vec3b>(row, col) = cv::Vec3b(uchar((3UL * unsigned(row) + random() % 30) % 256),
+                uchar((2UL * unsigned(col) + random() % 30) % 256), uchar((unsigned(row + col) + random() % 30) % 256));
         }
     }
     return mat;
