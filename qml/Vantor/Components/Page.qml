@@ -52,7 +52,7 @@ Rectangle {
     // For what the application offers: it may run an event loop, a dialog, in which the page goes, and no signal handler
     // of the page may be under way then. The task is dropped when the page is gone before.
     function later(task) {
-        tasks.add(task);
+        Later.add(tasks, task);
     }
 
     // Nobody leaves the page, and nothing else is started, until it is unlocked.
@@ -99,7 +99,7 @@ Rectangle {
     color: GlobalStyles.pageBackground
 
     Component.onDestruction: {
-        tasks.isOver = true;
+        Later.end(tasks);
         unlockPage();
     }
 

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 .pragma library
 
-// The tasks of one object, each done when no signal handler is under way any more; none when isOver is set by then. Only
-// a script without an owner can tell: those of an object that is gone cannot be called.
+// The tasks of one object, each done when no signal handler is under way any more; none when they have been ended by
+// then. Only a script without an owner can tell: functions of an object that is gone cannot be called.
 function queue() {
-    const tasks = {
-        isOver: false,
-        add: function(task) {
-            Qt.callLater(function() {
-                if (!tasks.isOver)
-                    task();
-            });
-        }
-    };
-    return tasks;
+    return { isOver: false };
+}
+
+function add(tasks, task) {
+    Qt.callLater(function() {
+        if (!tasks.isOver)
+            task();
+    });
+}
+
+function end(tasks) {
+    tasks.isOver = true;
 }
