@@ -3,11 +3,10 @@
 
 #include "Helpers/JsonHelper.h"
 #include "JsonWriter.h"
-#include "Tcp/TcpProtocolParser.h"
 
 namespace Link {
 
-QByteArray payloadOf(const QByteArray &line, QString *problem)
+QByteArray payloadOf(const QByteArray &line, int maxFrame, QString *problem)
 {
     QJsonParseError error{};
     const QJsonDocument document = JsonHelper::parse(line, &error);
@@ -20,9 +19,10 @@ QByteArray payloadOf(const QByteArray &line, QString *problem)
         return {};
     }
     const QByteArray payload = JsonHelper::toByteArray(document.object());
-    if (frameSize(payload.size()) <= TcpProtocolParser::maxBufferSize)
+    const qint64 size = frameSize(payload.size());
+    if (size <= maxFrame)
         return payload;
-    *problem = QStringLiteral("too large: the other end would drop %1 bytes").arg(payload.size());
+    *problem = QStringLiteral("a frame of %1 bytes, more than --max-frame allows").arg(size);
     return {};
 }
 
