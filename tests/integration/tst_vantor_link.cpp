@@ -215,8 +215,8 @@ private Q_SLOTS:
         LinkProgram sender;
         sender.connectTo(Loopback::address(), mPort);
 
-        sender.write(
-            "{\"a\": 1}\nabc\n\n   \r\n[1, 2]\n{\"a\": 2}\r\n{\"a\": \n\xff\xfe\n{\"\xc3\xa9\": [true, null]}");
+        sender.write("{\"a\": 1}\nabc\n\n   \r\n[1, 2]\n{\"a\": 2}\r\n{\"a\": \n\xff\xfe\n{\"a\": 1, \"a\": "
+                     "2}\n{\"\xc3\xa9\": [true, null]}");
         sender.closeWriteChannel();
 
         QVERIFY(sender.waitForEnd());
@@ -225,9 +225,10 @@ private Q_SLOTS:
         QCOMPARE(listener.output(), QByteArray("{\"a\":1}\n{\"a\":2}\n{\"\xc3\xa9\":[true,null]}\n"));
         for (const char *const line : {"line 2 is not sent: no JSON object: illegal value, at byte 1\n",
                  "line 5 is not sent: an array cannot be sent, only an object\n", "line 7 is not sent: no JSON object",
-                 "line 8 is not sent: no JSON object"})
+                 "line 8 is not sent: no JSON object",
+                 "line 9 is not sent: no JSON object: duplicate key, at byte 15\n"})
             QVERIFY2(sender.says(line), sender.messages().constData());
-        QCOMPARE(sender.messages().count("is not sent"), 4);
+        QCOMPARE(sender.messages().count("is not sent"), 5);
     }
 
     void aLineThatIsTooLongIsToldAndTheNextOneSent() const

@@ -9,13 +9,14 @@ namespace Link {
 QByteArray payloadOf(const QByteArray &line, int maxFrame, QString *problem)
 {
     QJsonParseError error{};
-    const QJsonDocument document = JsonHelper::parse(line, &error);
+    QString reason;
+    const QJsonDocument document = JsonHelper::parse(line, &error, &reason);
     if (document.isArray()) {
         *problem = QStringLiteral("an array cannot be sent, only an object");
         return {};
     }
     if (!document.isObject()) {
-        *problem = QStringLiteral("no JSON object: %1, at byte %2").arg(error.errorString()).arg(error.offset);
+        *problem = QStringLiteral("no JSON object: %1, at byte %2").arg(reason).arg(error.offset);
         return {};
     }
     const QByteArray payload = JsonHelper::toByteArray(document.object());
