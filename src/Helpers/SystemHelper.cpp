@@ -5,6 +5,7 @@
 #include "Helpers/FileAccess_p.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QDir>
 #include <QDirIterator>
@@ -55,38 +56,48 @@ void storeExitCode(int *exitCode, int value)
         *exitCode = value;
 }
 
+/// Waits until the command has ended, its time is up, or it has printed more than the limit. Returns whether it has
+/// ended.
+bool waitForEnd(CommandProcess &process, quint32 timeout, qint64 limit)
+{
+    const QDeadlineTimer deadline(timeout);
+    const auto rest = [&deadline] { return static_cast<int>(qMin<qint64>(deadline.remainingTime(), INT_MAX)); };
+    while (process.bytesAvailable() <= limit && process.waitForReadyRead(rest()) && !deadline.hasExpired()) {}
+    if (process.bytesAvailable() > limit)
+        return false;
+    return process.state() == QProcess::NotRunning || process.waitForFinished(rest()); // may have closed its output
+}
+
+void killAndClose(CommandProcess &process)
+{
+    process.killAll();
+    process.waitForFinished(endTimeout);
+    process.close();
+}
+
 bool run(CommandProcess &process, const QString &command, quint32 timeout, QByteArray *output, int *exitCode)
 {
     const qint64 limit = SystemHelper::maximumOutput();
-    bool isTooMuch = false;
-    QObject::connect(&process, &QProcess::readyRead, [&] {
-        if (isTooMuch || process.bytesAvailable() <= limit)
-            return;
-        isTooMuch = true;
-        process.killAll();
-    });
     process.startCommand(command);
-    if (!process.waitForStarted(startTimeout)) {
+    if (!process.waitForCommand(startTimeout)) {
         qDebug().noquote() << "Failed to start command: " << command;
         process.killUnstarted();
         storeExitCode(exitCode, SystemHelper::notStarted);
         return false;
     }
 
-    const bool isFinished = process.waitForFinished(static_cast<int>(qMin<quint32>(timeout, INT_MAX)));
-    if (isTooMuch) {
+    const bool isFinished = waitForEnd(process, timeout, limit);
+    if (process.bytesAvailable() > limit) {
         qWarning().noquote() << "Command printed more than" << limit << "bytes: " << command;
         if (output)
             *output = process.read(limit);
+        killAndClose(process);
         storeExitCode(exitCode, SIGKILL);
-        process.close();
         return false;
     }
     if (!isFinished) {
         qWarning() << "Command didn't finish: " << command;
-        process.killAll();
-        process.waitForFinished(endTimeout);
-        process.close();
+        killAndClose(process);
         storeExitCode(exitCode, SystemHelper::timedOut);
         return false;
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "ForkedChild.h"
 #include "Helpers/SystemHelper.h"
 #include "LogCapture.h"
 #include "StandInPrograms.h"
@@ -191,6 +192,33 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), QStringList(QStringLiteral("debug: Failed to start command:  ") + command));
     }
 
+    // There is room for one process more: the watcher, but not the command.
+    void withoutRoomForItACommandDoesNotStart()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can become a user who has no other processes");
+        const QTemporaryDir dir;
+        const QString trace = dir.filePath(QStringLiteral("trace"));
+        QVERIFY(chmod(QFile::encodeName(dir.path()).constData(), 0777) == 0);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            constexpr uid_t nobodysUser = 54321;
+            const rlimit one{2, 2};
+            if (setuid(nobodysUser) != 0 || setrlimit(RLIMIT_NPROC, &one) != 0)
+                return 1;
+            const LogCapture log;
+            const QString command = QStringLiteral("/bin/sh -c \"echo >%1\"").arg(trace);
+            const Run result = run(command);
+            std::fprintf(
+                stderr, "%d, %d: %s\n", result.ok, result.exitCode, qPrintable(log.asText().join(QLatin1Char('|'))));
+            const QStringList expected{QStringLiteral("debug: Failed to start command:  ") + command};
+            return !result.ok && result.exitCode == SystemHelper::notStarted && log.asText() == expected ? 0 : 2;
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+        QVERIFY(!QFile::exists(trace));
+    }
+
     void aCommandThatOutlivesItsTimeIsKilled()
     {
         const LogCapture log;
@@ -204,6 +232,27 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, -2);
         QCOMPARE(result.output, QByteArray("untouched"));
         QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
+    }
+
+    void aCommandThatPrintsAllTheTimeIsKilledWhenItsTimeIsUp()
+    {
+        const LogCapture log;
+        QElapsedTimer elapsed;
+        elapsed.start();
+
+        const Run result = runBash(QStringLiteral("while :; do echo; done & while :; do echo; done"), 100);
+
+        QCOMPARE(result.exitCode, SystemHelper::timedOut);
+        QCOMPARE(result.output, QByteArray("untouched"));
+        QVERIFY2(elapsed.elapsed() < 5000, qPrintable(QString::number(elapsed.elapsed())));
+    }
+
+    void aCommandThatHasClosedItsOutputIsWaitedFor()
+    {
+        const Run result = runBash(QStringLiteral("echo before; exec >&- 2>&-; sleep 0.3; exit 7"));
+
+        QCOMPARE(result.exitCode, 7);
+        QCOMPARE(result.output, QByteArray("before\n"));
     }
 
     void aTimeoutEndsWhatTheCommandHasStarted_data()
@@ -354,6 +403,38 @@ private Q_SLOTS:
         QVERIFY(!isAlive(read(pidFile).trimmed().toInt()));
         QCOMPARE(
             log.asText(), QStringList(QStringLiteral("warning: Command printed more than 1000000 bytes:  ") + command));
+    }
+
+    // The rest of the time-out may be long, and what the kernel does not let go may keep the command from ending.
+    void tooMuchOutputIsNotWaitedForUntilTheTimeIsUp()
+    {
+        constexpr quint32 timeout = 20000; // milliseconds
+        SystemHelper::setMaximumOutput(1000000);
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+        const QTemporaryDir dir;
+        const QString pidFile = dir.filePath(QStringLiteral("pid"));
+        const LogCapture log;
+        std::atomic<bool> isOver{false};
+        std::thread stopper([&] { // holds the watcher, so that the command never seems to have ended
+            pid_t watcher = 0;
+            while (!isOver) {
+                if (watcher > 0)
+                    kill(watcher, SIGSTOP);
+                else
+                    watcher = read(pidFile).trimmed().toInt();
+            }
+        });
+
+        QElapsedTimer elapsed;
+        elapsed.start();
+        const Run result = runBash(QStringLiteral("echo $PPID >%1; sleep 0.2; yes").arg(pidFile), timeout);
+        const qint64 time = elapsed.elapsed();
+        isOver = true;
+        stopper.join();
+
+        QCOMPARE(result.exitCode, SIGKILL);
+        QCOMPARE(result.output.size(), 1000000);
+        QVERIFY2(time < timeout / 2, qPrintable(QString::number(time)));
     }
 
     void aCommandMayPrintAsMuchAsTheLimit()
