@@ -37,6 +37,7 @@ constexpr quint32 packingTimeout = 300000;
 constexpr qint64 longestNumber = 1024; // bytes of a line
 constexpr int archiveWord = 2; // of the command line: tar -zcf ARCHIVE
 constexpr mode_t permissionBits = 0777;
+constexpr mode_t plainFileBits = 0666; // less what the umask takes
 
 constexpr int dropAllCaches = 3; // pages, directory entries and inodes
 constexpr int compactNow = 1;
@@ -169,6 +170,17 @@ public:
 
     bool isSafe() const { return mIsSafe; }
 
+    QString name() const { return nameOf(mPath); }
+    QString nameAside() const { return nameOf(mAside); } ///< its own meanwhile; empty if there was none
+
+    /// Creates the file for the new one, unless there is something.
+    void beginNewOne() const
+    {
+        const int file = ::open(mPath.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, plainFileBits);
+        if (file >= 0)
+            ::close(file);
+    }
+
     void discard() const
     {
         if (!mAside.isEmpty())
@@ -184,6 +196,8 @@ public:
     }
 
 private:
+    static QString nameOf(const QByteArray &path) { return QFile::decodeName(path.mid(path.lastIndexOf('/') + 1)); }
+
     bool setAside(const struct stat &status)
     {
         QByteArray aside = mPath.left(mPath.lastIndexOf('/') + 1) + ".archive.XXXXXX";
@@ -212,12 +226,47 @@ private:
     bool mIsSafe = false;
 };
 
-/// No name is a host to tar, whatever colons it has. The command line is the one that is logged.
-QProcessEnvironment environmentOfTar()
+/// The names that tar gives to files of the archive's folder, as far as it comes by them: below each of the folders
+/// that it packs, up to the slash before the name.
+QStringList placesOfArchive(const QStringList &tarWords, const QString &archive)
+{
+    const QString folder = QFileInfo(targetOf(archive)).absoluteDir().canonicalPath() + QLatin1Char('/');
+    QStringList places;
+    QDir from = QDir::current();
+    for (int i = archiveWord + 1; i < tarWords.size(); ++i) {
+        if (tarWords.at(i) == QLatin1String("-C")) {
+            from.setPath(from.absoluteFilePath(tarWords.value(++i)));
+            continue;
+        }
+        const QFileInfo packed(from.absoluteFilePath(tarWords.at(i)));
+        const QString root = packed.canonicalFilePath() + QLatin1Char('/');
+        if (!packed.isSymLink() && packed.isDir() && folder.startsWith(root))
+            places << tarWords.at(i) + QLatin1Char('/') + folder.mid(root.size());
+    }
+    return places;
+}
+
+/// As a word of TAR_OPTIONS.
+QString quoted(const QString &text)
+{
+    QString result;
+    for (const QChar letter : text) {
+        if (letter.unicode() < 0x80 && !letter.isLetterOrNumber())
+            result += QLatin1Char('\\');
+        result += letter;
+    }
+    return result;
+}
+
+/// No name is a host to tar, whatever colons it has, and these are left out. The command line is the one that is
+/// logged.
+QProcessEnvironment environmentOfTar(const QStringList &excluded)
 {
     const QString name = QStringLiteral("TAR_OPTIONS");
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    const QString options = environment.value(name) + QStringLiteral(" --force-local");
+    QString options = environment.value(name) + QStringLiteral(" --force-local");
+    for (const QString &member : excluded)
+        options += QStringLiteral(" --anchored --no-wildcards --exclude=") + quoted(member);
     environment.insert(name, options.trimmed());
     return environment;
 }
@@ -382,13 +431,19 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
         qWarning().noquote() << "tar would take a name for an option: " << command;
         return false;
     }
+    const QStringList places = placesOfArchive(words, words.at(archiveWord));
     const FormerArchive former(words.at(archiveWord));
     if (!former.isSafe()) {
         qWarning().noquote() << "Failed to set the former archive aside: " << targetFilePath;
         return false;
     }
+    if (!places.isEmpty())
+        former.beginNewOne(); // a folder that changes while it is packed is a failure to tar
+    QStringList excluded;
+    for (const QString &place : places)
+        excluded << place + former.name() << place + former.nameAside();
     CommandProcess process;
-    process.setProcessEnvironment(environmentOfTar());
+    process.setProcessEnvironment(environmentOfTar(excluded));
     const bool isPacked = run(process, command, packingTimeout, nullptr, nullptr);
     if (isPacked)
         former.discard();

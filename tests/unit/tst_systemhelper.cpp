@@ -13,6 +13,7 @@
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <algorithm>
@@ -417,17 +418,16 @@ private Q_SLOTS:
         std::atomic<bool> isOver{false};
         std::thread stopper([&] { // holds the watcher, so that the command never seems to have ended
             pid_t watcher = 0;
-            while (!isOver) {
-                if (watcher > 0)
-                    kill(watcher, SIGSTOP);
-                else
-                    watcher = read(pidFile).trimmed().toInt();
-            }
+            while (watcher == 0 && !isOver)
+                watcher = read(pidFile).trimmed().toInt();
+            QThread::msleep(100); // it has to say first that the command has started
+            while (!isOver)
+                kill(watcher, SIGSTOP);
         });
 
         QElapsedTimer elapsed;
         elapsed.start();
-        const Run result = runBash(QStringLiteral("echo $PPID >%1; sleep 0.2; yes").arg(pidFile), timeout);
+        const Run result = runBash(QStringLiteral("echo $PPID >%1; sleep 0.3; yes").arg(pidFile), timeout);
         const qint64 time = elapsed.elapsed();
         isOver = true;
         stopper.join();
@@ -1143,6 +1143,83 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
         QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void anArchiveInTheFolderThatIsPackedIsNotPacked_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("archive");
+        QTest::addColumn<QString>("root");
+        const auto row = [](const char *name, const char *source, const char *archive, const char *root) {
+            QTest::newRow(name) << QString::fromUtf8(source) << QString::fromUtf8(archive) << QString::fromUtf8(root);
+        };
+        row("in it", "logs", "logs/o.tar.gz", "logs");
+        row("below it", "logs", "logs/sub/o.tar.gz", "logs");
+        row("of a name that is a pattern", "logs", "logs/[ab]*?.tar.gz", "logs");
+        row("of a name with signs of a shell", "logs", "logs/$HOME'\\n\\#~;&.tar.gz", "logs");
+        row("of a name beyond ASCII", "logs", "logs/\xc3\xa4.tar.gz", "logs");
+        row("by a dot", "logs/.", "logs/o.tar.gz", ".");
+        row("by a detour", "logs", "logs/sub/../o.tar.gz", "logs");
+        row("by a link to it", "logs", "link/o.tar.gz", "logs");
+        row("through a link", "logs", "link-to-archive", "logs");
+    }
+
+    void anArchiveInTheFolderThatIsPackedIsNotPacked()
+    {
+        QFETCH(const QString, source);
+        QFETCH(const QString, archive);
+        QFETCH(const QString, root);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("logs/sub")));
+        QVERIFY(QFile::link(QStringLiteral("logs"), dir.filePath(QStringLiteral("link"))));
+        QVERIFY(QFile::link(
+            dir.filePath(QStringLiteral("logs/real.tar.gz")), dir.filePath(QStringLiteral("link-to-archive"))));
+        const QStringList files{QStringLiteral(".archive.mine12"), QStringLiteral("sub/o.tar.gz.old"),
+            QStringLiteral("sub/o.tar.gz2"), QStringLiteral("x")};
+        QStringList expected;
+        for (const QString &file : files) {
+            QVERIFY(write(dir.filePath(QStringLiteral("logs/") + file), "text"));
+            expected << root + QLatin1Char('/') + file;
+        }
+
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(SystemHelper::compressFile({dir.filePath(source)}, dir.filePath(archive)));
+
+            QProcess tar;
+            tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), dir.filePath(archive)});
+            QVERIFY(tar.waitForFinished());
+            QStringList names = QString::fromUtf8(tar.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            names.erase(std::remove_if(names.begin(), names.end(),
+                            [](const QString &name) { return name.endsWith(QLatin1Char('/')); }),
+                names.end());
+            names.sort();
+            QCOMPARE(names, expected);
+        }
+        QCOMPARE(QFile::permissions(dir.filePath(archive)), QFile::permissions(dir.filePath(QStringLiteral("logs/x"))));
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("logs")))
+                     .entryList({QStringLiteral(".archive.*")}, QDir::Hidden | QDir::Files),
+            QStringList(QStringLiteral(".archive.mine12")));
+    }
+
+    void relativeFoldersLeadTarFromOneToTheNext()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b/logs")));
+        QVERIFY(write(dir.filePath(QStringLiteral("a/x")), "text"));
+        QVERIFY(write(dir.filePath(QStringLiteral("a/b/logs/y")), "text"));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
+
+        QVERIFY(SystemHelper::compressFile(
+            {QStringLiteral("a/x"), QStringLiteral("b/logs")}, QStringLiteral("a/b/logs/o.tar.gz")));
+
+        QProcess tar;
+        tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), QStringLiteral("a/b/logs/o.tar.gz")});
+        QVERIFY(tar.waitForFinished());
+        QCOMPARE(tar.readAll(), QByteArray("x\nlogs/\nlogs/y\n"));
     }
 
     void anArchiveIsWrittenThroughALink()
