@@ -83,7 +83,12 @@ bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord 
         qWarning() << "Failed to open " << fileName << " for reading";
         return false;
     }
-    *record = DhcpRecord::read(&file, family);
+    const std::optional<DhcpRecord> found = DhcpRecord::read(&file, family);
+    if (!found) {
+        qWarning() << "Too large for a record: " << fileName;
+        return false;
+    }
+    *record = *found;
     return true;
 }
 

@@ -646,6 +646,18 @@ private Q_SLOTS:
                 QStringLiteral("warning: Failed to open  \"/tmp/ip6Details.d0\"  for reading")}));
     }
 
+    void aRecordThatIsTooLargeIsRefusedAndTold()
+    {
+        QVERIFY(Lab::write(recordV4, "ip_address=10.0.0.5\n" + QByteArray(4 * 1024 * 1024, 'x')));
+        IPDetails details;
+        const LogCapture log;
+
+        QVERIFY(!NetworkHelper::getInterfaceIPv4Details(QStringLiteral("d0"), details));
+
+        QVERIFY(!details.address_dirty());
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Too large for a record:  \"/tmp/ipDetails.d0\"")));
+    }
+
     void aRecordWithoutAnAddressStillGivesTheOtherValues()
     {
         QVERIFY(Lab::write(recordV4, "subnet_mask=255.0.0.0\ndomain_name=lab\n"));
