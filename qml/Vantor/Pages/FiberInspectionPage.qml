@@ -95,8 +95,8 @@ VantorComponents.Page {
 
     // A page that was taken off the stack lives on for a transition, in which the camera may still save.
     Templates.StackView.onDeactivating: {
-        const stack = Templates.StackView.view;
-        if (stack.get(Templates.StackView.index) !== root)
+        const place = Templates.StackView; // attached to the page
+        if (place.view.get(place.index) !== root)
             cameraPreview.forgetCapture();
     }
     Component.onDestruction: cameraPreview.stop()
