@@ -46,7 +46,7 @@ int Batch::run()
             for (WorkerPool::Outcome &outcome : mWorkers.wait(mSignals->fileDescriptor()))
                 mWaiting.insert(outcome.task, reportOf(outcome));
         }
-        if (mSignals->received() != 0 || !printReports())
+        if (!printReports() || mSignals->received() != 0) // which cuts the messages off, too
             return stop();
     }
     mProgress.clear();
