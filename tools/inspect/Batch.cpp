@@ -77,7 +77,7 @@ Report Batch::reportOf(WorkerPool::Outcome &outcome)
     Inspection inspection =
         outcome.inspection ? *std::move(outcome.inspection) : notAnalysed(mSession.tasks[outcome.task], outcome.reason);
     if (outcome.inspection && mSession.output.keepsImages())
-        Pictures(outcome.folder).take(mSession.output, &inspection);
+        Pictures(outcome.folder).take(mSession.output, mSession.options, &inspection);
     mLacksPictures = mLacksPictures || !inspection.problem.isEmpty();
 
     Report report = reportOf(inspection);
