@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import "qrc:/Vantor/Components" as VantorComponents
+import "qrc:/Vantor/Style"
 import "../Utils/ContextObjects.js" as ContextObjects
 
 // Waits for the analysis, then shows its verdict and its picture.
@@ -57,6 +58,22 @@ VantorComponents.Page {
         height: Math.min(width, parent.height) // in landscape the square does not fit
         fillMode: Image.PreserveAspectFit
         cache: false
+    }
+
+    Text { // why there is none to be seen
+        objectName: "missingPicture"
+        anchors.centerIn: resultImage
+        width: resultImage.width * 0.8
+        visible: verdict.visible && text !== ""
+        text: {
+            if (resultImage.status === Image.Error)
+                return qsTr("There is no picture: it could not be saved. The disk may be full.");
+            return resultImage.status === Image.Null ? qsTr("There is no picture: it could not be filed.") : "";
+        }
+        textFormat: Text.PlainText
+        font.pixelSize: GlobalStyles.textSize
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.WordWrap
     }
 
     Rectangle {
