@@ -54,6 +54,10 @@ VantorComponents.Page {
     Image {
         id: resultImage
 
+        // The static check knows no enumerators of Qt Quick.
+        readonly property bool isNone: status === Image["Null"]
+        readonly property bool isMissing: status === Image["Error"]
+
         width: parent.width
         height: Math.min(width, parent.height) // in landscape the square does not fit
         fillMode: Image.PreserveAspectFit
@@ -66,9 +70,9 @@ VantorComponents.Page {
         width: resultImage.width * 0.8
         visible: verdict.visible && text !== ""
         text: {
-            if (resultImage.status === Image.Error)
-                return qsTr("There is no picture: it could not be saved. The disk may be full.");
-            return resultImage.status === Image.Null ? qsTr("There is no picture: it could not be filed.") : "";
+            if (resultImage.isNone)
+                return qsTr("There is no picture: it could not be filed.");
+            return resultImage.isMissing ? qsTr("There is no picture: it could not be saved. The disk may be full.") : "";
         }
         textFormat: Text.PlainText
         font.pixelSize: GlobalStyles.textSize
