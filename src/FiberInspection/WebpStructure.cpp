@@ -262,14 +262,15 @@ private:
     {
         const quint32 more = mBits.read(1);
         const int sizeOfFirst = mBits.read(1) != 0 ? 8 : 1;
-        for (const int size : {sizeOfFirst, more != 0 ? 8 : 0}) {
-            const std::size_t symbol = mBits.read(size);
-            if (size == 0)
-                continue;
-            if (symbol >= lengths->size())
-                return false;
-            (*lengths)[symbol] = 1;
-        }
+        return readOneLength(sizeOfFirst, lengths) && (more == 0 || readOneLength(8, lengths));
+    }
+
+    bool readOneLength(int size, std::vector<int> *lengths)
+    {
+        const std::size_t symbol = mBits.read(size);
+        if (symbol >= lengths->size())
+            return false;
+        (*lengths)[symbol] = 1;
         return true;
     }
 
