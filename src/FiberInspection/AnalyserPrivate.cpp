@@ -7,6 +7,7 @@
 #include "FiberInspection/StepLog_p.h"
 #include "Helpers/BaseDirHelper.h"
 
+#include <QFile>
 #include <QMutex>
 
 #include <opencv2/imgproc.hpp>
@@ -273,8 +274,10 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
 
     const QString resultImagePath = BaseDirHelper::tmpFiberInspectionResultImagePath();
     measured.resultImageWritten = saveImage(annotatedImage(croppedColorMatImage, mergedDefects), resultImagePath);
-    if (!measured.resultImageWritten)
+    if (!measured.resultImageWritten) {
+        QFile::remove(resultImagePath); // nothing is better than the picture of another fibre
         qCWarning(messageLog) << "result image not written:" << resultImagePath;
+    }
 
     qCDebug(messageLog) << "TOOK" << log.totalNanoseconds() / 1000000;
     qCDebug(messageLog) << (testResult.passed() ? "TEST PASSED" : "TEST FAILED");

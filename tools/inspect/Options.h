@@ -31,6 +31,13 @@ struct Options
     bool quiet = false;
     bool verbose = false;
 
+    /// How many times more pixels than usual an image may have.
+    int timesTheUsualPixels() const
+    {
+        constexpr int usualMegapixels = 16;
+        return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels);
+    }
+
     /// Reports for a person, as opposed to JSON or CSV.
     bool isForPerson() const { return format == Format::Text; }
 };
