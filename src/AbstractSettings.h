@@ -16,8 +16,10 @@ class QSettings;
 /// subclass that has stored a value and wants it on the disk now calls sync(). Nothing is written before a value is
 /// stored. Like QSettings, an object may be used in one thread at a time.
 ///
-/// The file is a regular one that belongs to root or to us, or there is none yet. Anything else, as a link or a device,
-/// is neither read nor touched: the log tells, and the values stay in memory.
+/// The file is a regular one that belongs to root or to us, or there is none yet. Anything else is never written: the
+/// log tells, and the values stay in memory. What a link leads to, or what belongs to another user, is read once if it
+/// is a regular file of at most 1 MiB. While something that is not ours stands in the way later, as a lock of another
+/// user, the event loop tries again each second.
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {
 public:
@@ -32,7 +34,7 @@ protected:
     explicit AbstractSettings(const QString &filePath);
 
     /// Writes the values to the disk now. A failure is told in the log, as it is when the event loop writes.
-    /// @return whether they are there; once that has failed it stays false, as the store's status does
+    /// @return whether they are there; the status of m_settings does not tell, it never recovers from a failure
     bool sync();
 
     bool hasBeenIniFileCreated() const; ///< the file did not exist when this object was made

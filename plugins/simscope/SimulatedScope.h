@@ -27,6 +27,12 @@ class SIMULATEDSCOPE_EXPORT SimulatedScope : public QObject
     Q_PROPERTY(bool isPlugged READ isPlugged WRITE setPlugged NOTIFY isPluggedChanged)
 
 public:
+    enum class Still {
+        Exposed, ///< after the time that this takes
+        Held, ///< when the stills are released
+        SavedAtOnce,
+    };
+
     static constexpr int framesPerSecond = 25;
     static constexpr QSize frameSize{800, 600}; ///< pixels
 
@@ -62,11 +68,14 @@ public:
     Q_INVOKABLE bool isSettled() const;
 
     /// The next still that is captured waits for releaseStills(); later ones overtake it.
-    Q_INVOKABLE void holdNextStill() { mHoldsNextStill = true; }
+    Q_INVOKABLE void holdNextStill() { mNextStill = Still::Held; }
     Q_INVOKABLE void releaseStills() { Q_EMIT stillsReleased(); }
 
-    /// Whether the still that is captured now is to wait. Answers once.
-    bool takeHold() { return std::exchange(mHoldsNextStill, false); }
+    /// The next still is saved before its capture returns, as some cameras do it.
+    Q_INVOKABLE void saveNextStillAtOnce() { mNextStill = Still::SavedAtOnce; }
+
+    /// How the still comes that is captured now; those after it are exposed again.
+    Still takeNextStill() { return std::exchange(mNextStill, Still::Exposed); }
 
 Q_SIGNALS:
     void stillsReleased();
@@ -80,6 +89,6 @@ private:
     double mFocus = 0.7; // a scope is never in focus when it is taken up
     QString mFace;
     bool mIsPlugged = true;
-    bool mHoldsNextStill = false;
+    Still mNextStill = Still::Exposed;
     std::unique_ptr<FrameMaker> mFrames;
 };

@@ -59,9 +59,12 @@ bool StillCapture::isReadyForCapture() const
 
 int StillCapture::capture(const QString &fileName)
 {
-    const int id = ++mLastId;
-    if (SimulatedScope::instance()->takeHold())
+    const int id = ++mLastId; // a receiver may destroy this
+    const SimulatedScope::Still still = SimulatedScope::instance()->takeNextStill();
+    if (still == SimulatedScope::Still::Held)
         mHeld.insert(id, fileName);
+    else if (still == SimulatedScope::Still::SavedAtOnce)
+        expose(id, fileName);
     else
         exposeSoon(id, fileName);
     return id;

@@ -6,7 +6,8 @@
 
 class SimulatedCamera;
 
-/// Captures what the camera sees into JPEG files. The answer always comes after the request has returned its number.
+/// Captures what the camera sees into JPEG files. The answer comes after the request has returned its
+/// number, unless the scope is told otherwise.
 class StillCapture : public QCameraImageCaptureControl
 {
     Q_OBJECT

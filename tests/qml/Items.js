@@ -13,6 +13,11 @@ function find(item, matches) {
     return null;
 }
 
+// The first of a list, as that of an item's resources, which is no array; null when there is none.
+function among(list, matches) {
+    return Array.from(list).filter(matches)[0] || null;
+}
+
 function byText(item, text) {
     return find(item, function(child) { return child.text === text; });
 }

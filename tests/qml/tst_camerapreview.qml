@@ -147,6 +147,7 @@ Item {
             compare(preview.videoOutput.fillMode, VideoOutput.PreserveAspectCrop);
             compare(preview.videoOutput.orientation, 0);
             compare(preview.videoOutput.autoOrientation, false);
+            compare(preview.videoOutput.source.captureMode, Camera.CaptureStillImage);
             compare(preview.videoOutput.source.imageCapture.resolution, Qt.size(800, 600));
         }
 
@@ -169,7 +170,23 @@ Item {
 
             tryCompare(preview, "saved", 1, Patience.longest);
             compare(preview.previews.length, 1);
+            verify(preview.previews[0].indexOf("image://camera/") === 0, preview.previews[0]);
             compare(files.sizeOf(path), Qt.size(800, 600));
+        }
+
+        function test_aStillThatIsSavedBeforeTheCaptureReturnsIsTold() {
+            const preview = createReady();
+            const path = files.path("tmp/at once.jpg");
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            simulatedScope.saveNextStillAtOnce();
+
+            preview.captureImageToFile(path);
+
+            compare(preview.saved, 1);
+            compare(preview.previews.length, 1);
+            compare(files.sizeOf(path), Qt.size(800, 600));
+            preview.captureImageToFile(path);
+            tryCompare(preview, "saved", 2, Patience.longest);
         }
 
         function captureLateAndInTime(preview) {

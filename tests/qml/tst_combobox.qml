@@ -58,6 +58,17 @@ Item {
         }
     }
     Component {
+        id: boundCombo
+
+        VantorControls.ComboBox {
+            property string role: "id"
+
+            model: NativeModel {}
+            textRole: "name"
+            valueRole: role
+        }
+    }
+    Component {
         id: stringCombo
 
         VantorControls.ComboBox {
@@ -89,6 +100,11 @@ Item {
         id: valueSpy
 
         signalName: "currentValueChanged"
+    }
+    SignalSpy {
+        id: indexSpy
+
+        signalName: "currentIndexChanged"
     }
 
     TestCase {
@@ -258,6 +274,30 @@ Item {
 
             compare(combo.currentIndex, 0);
             compare(combo.currentValue, 12);
+        }
+
+        function test_refreshingTheCurrentValueLeavesTheRow() {
+            const combo = createNativeCombo();
+            combo.model.setIdSilently(0, 12);
+            indexSpy.target = combo;
+            indexSpy.clear();
+
+            combo.setCurrentValue(12);
+
+            compare(indexSpy.count, 0);
+            compare(combo.currentValue, 12);
+            compare(combo.valueRole, "id");
+        }
+
+        function test_refreshingTheCurrentValueLeavesTheBindingOfItsRole() {
+            const combo = createTemporaryObject(boundCombo, scene);
+            combo.model.setIdSilently(0, 12);
+            combo.setCurrentValue(12);
+            compare([combo.valueRole, combo.currentValue], ["id", 12]);
+
+            combo.role = "name";
+
+            compare(combo.valueRole, "name");
         }
 
         function test_settingAValueThatHoldsIsNoChange() {

@@ -37,8 +37,8 @@ Item {
     QtObject {
         id: stackView
 
-        function pop() {
-            scene.note("pop", []);
+        function pop(operation) {
+            scene.note("pop", [operation]);
         }
     }
     QtObject {
@@ -51,6 +51,7 @@ Item {
             scene.note("requestAnalyse", [name, standardId]);
         }
         function tmpFiberInspectionImagePath() {
+            scene.note("tmpFiberInspectionImagePath", []);
             return realFiberManager.tmpFiberInspectionImagePath();
         }
         function fiberInspectionStandardModel() {
@@ -256,6 +257,18 @@ Item {
             compare([cladding.visible, contact.visible], [true, true]);
         }
 
+        function test_theCirclesDoNotNeedTheCamera() {
+            const page = createWithoutFrames();
+            const filter = analyser(page);
+            preview(page).stop();
+            tryCompare(preview(page), "ready", false, Patience.longest);
+
+            filter.focusValue = 6;
+
+            verify(Items.byBorder(preview(page), "orange").visible);
+            verify(Items.byBorder(preview(page), "green").visible);
+        }
+
         function test_theCirclesAreInTheMiddleOfTheFibreInThePicture_data() {
             return [
                 { tag: "600x1024", width: 600, height: 920 },
@@ -344,11 +357,64 @@ Item {
             compare(scene.callsOf("requestAnalyse")[0][2], 4);
         }
 
+        function test_theCaptureWaitsForNothing() {
+            const page = create();
+            focus(page);
+
+            page.analyse();
+
+            compare(scene.calls, [["tmpFiberInspectionImagePath"]]);
+            waitForCalls("requestAnalyse", 1);
+        }
+
+        function test_theResultPageIsThereBeforeTheRequest() {
+            const page = create();
+            focus(page);
+            simulatedScope.saveNextStillAtOnce();
+
+            page.analyse();
+
+            waitForCalls("requestAnalyse", 1);
+            compare(scene.calls.map(function(call) { return call[0]; }),
+                    ["tmpFiberInspectionImagePath", "navigateTo", "requestAnalyse"]);
+        }
+
+        function test_aBouncingKeyCountsOnce() {
+            const page = create();
+            focus(page);
+
+            Keyboard.press(Qt.Key_WebCam);
+            Keyboard.press(Qt.Key_WebCam);
+            page.analyse();
+
+            waitForCalls("requestAnalyse", 1);
+            wait(0); // another call would come now
+            compare(scene.calls.map(function(call) { return call[0]; }),
+                    ["tmpFiberInspectionImagePath", "navigateTo", "requestAnalyse"]);
+            page.analyse();
+            waitForCalls("requestAnalyse", 2);
+        }
+
+        function test_aBouncingKeyTellsOnceThatThereIsNoFocus() {
+            const page = createWithoutFrames();
+            analyser(page).focusValue = 1;
+
+            page.analyse();
+            page.analyse();
+
+            waitForCalls("showInfo", 1);
+            wait(0); // another call would come now
+            compare(scene.callsOf("showInfo").length, 1);
+            page.analyse();
+            waitForCalls("showInfo", 2);
+        }
+
         function test_onlyTheLastPhotographIsAnalysed() {
             const page = create();
             focus(page);
             simulatedScope.holdNextStill();
             page.analyse();
+            waitForCalls("navigateTo", 1);
             page.analyse();
             tryVerify(function() { return scene.callsOf("requestAnalyse").length === 1; }, Patience.longest);
             files.remove(imagePath);
@@ -397,6 +463,17 @@ Item {
 
             waitForCalls("navigateTo", 1);
             tryVerify(function() { return scene.callsOf("requestAnalyse").length === 1; }, Patience.longest);
+        }
+
+        function test_theKeyOfTheScopeAlsoEndsASweep() {
+            const page = createWithoutFrames();
+            click(autoButton(page));
+            analyser(page).focusValue = 6;
+
+            Keyboard.press(Qt.Key_WebCam);
+
+            waitForCalls("navigateTo", 1);
+            waitForCalls("requestAnalyse", 1);
         }
 
         function test_theKeyOfTheScopeIsNotForACoveredPage() {
@@ -555,7 +632,7 @@ Item {
 
             hardwareManager.fiberMicroscopeDisconnected();
 
-            tryCompare(scene, "calls", [["pop"]], Patience.longest);
+            tryCompare(scene, "calls", [["pop", undefined]], Patience.longest); // with its transition
         }
 
         function test_aPageThatGoesStopsItsCamera() {

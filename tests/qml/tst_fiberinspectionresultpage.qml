@@ -162,6 +162,27 @@ Item {
             compare(picture(page).source.toString(), "");
         }
 
+        function test_eachVerdictIsTold() {
+            createTemporaryObject(pageComponent, scene);
+
+            finish(true);
+            finish(false);
+
+            tryCompare(scene.calls, "length", 2, Patience.longest);
+            compare(scene.calls, [["success", "Connector test passed"], ["error", "Connector test failed"]]);
+        }
+
+        function test_anAnalysisWithoutAVerdictIsTheLastThatIsTold() {
+            createTemporaryObject(pageComponent, scene);
+            Expect.error("analyse failed");
+
+            finish(true);
+            fiberManager.analyseFailed();
+
+            wait(0); // the verdict would be told now
+            compare(scene.calls, []);
+        }
+
         function test_aVerdictAfterAnAnalysisWithoutOneIsShown() {
             files.paint(files.path("result.png"), "blue");
             const page = createTemporaryObject(pageComponent, scene);
@@ -171,6 +192,7 @@ Item {
             finish(true);
 
             verify(verdict(page).visible);
+            tryCompare(scene.calls, "length", 1, Patience.longest);
         }
 
         function test_theNameOfThePictureIsNotEncoded_data() {

@@ -110,6 +110,15 @@ Item {
             fuzzyCompare(beats, seen.length - 1, 1); // the dots change once a second
         }
 
+        function test_theDotsChangeOnceASecond() {
+            const loading = createTemporaryObject(loadingComponent, scene);
+            const timer = Items.among(loading.resources, function(resource) { return resource.interval !== undefined; });
+
+            compare(timer.interval, 1000);
+            verify(timer.repeat);
+            verify(timer.running);
+        }
+
         function test_anInvisibleOneRestsAndGoesOnFromItsDots() {
             const loading = createTemporaryObject(loadingComponent, scene);
             loading.dotsChanged.connect(function() {

@@ -170,6 +170,33 @@ Item {
             titleBar.actionLayers.visible = true;
         }
 
+        function test_theUnlockDoesNotWakeANotificationAreaThatSlept() {
+            const page = createTemporaryObject(pageComponent, scene);
+            notificationArea.interactive = false;
+
+            page.lockPage();
+            page.unlockPage();
+
+            compare(notificationArea.interactive, false);
+        }
+
+        function test_aTaskThatShowsADialogHoldsUpNoOther() {
+            const page = createTemporaryObject(pageComponent, scene);
+            const other = createTemporaryObject(pageComponent, scene);
+            var deeds = [];
+
+            page.later(function() {
+                deeds.push("a dialog opens");
+                tryVerify(function() { return deeds.length > 2; }, Patience.longest);
+                deeds.push("the dialog is over");
+            });
+            page.later(function() { deeds.push("another task"); });
+            other.later(function() { deeds.push("a task of another page"); });
+
+            tryCompare(deeds, "length", 4, Patience.longest);
+            compare(deeds, ["a dialog opens", "another task", "a task of another page", "the dialog is over"]);
+        }
+
         function test_aHiddenBackActionStaysHidden() {
             const page = createTemporaryObject(pageComponent, scene);
             titleBar.actionBack.visible = false;

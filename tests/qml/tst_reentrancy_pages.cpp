@@ -208,6 +208,26 @@ private Q_SLOTS:
         delete item;
     }
 
+    void aDialogOfOnePageHoldsUpNoOther()
+    {
+        const std::unique_ptr<QQuickItem> inspection(createPage(QStringLiteral("FiberInspectionPage")));
+        const std::unique_ptr<QQuickItem> result(createPage(QStringLiteral("FiberInspectionResultPage")));
+        QVERIFY(inspection && result);
+        const auto hasPopped = [this] { return mApplication->calls.contains(QStringLiteral("pop")); };
+        bool hasPoppedInDialog = false;
+        mApplication->onCall = [&](const QString &called) {
+            if (called == QStringLiteral("showError"))
+                hasPoppedInDialog = NestedLoop::runUntil(hasPopped);
+        };
+
+        Q_EMIT mApplication->analyseFinished(false, {}, {});
+        Q_EMIT mApplication->fiberMicroscopeDisconnected();
+
+        QVERIFY(NestedLoop::runUntil(hasPopped));
+        QVERIFY(hasPoppedInDialog);
+        QVERIFY(isLogClean());
+    }
+
     void aPageThatHasGoneBeforeItsCallMakesNone()
     {
         const QPointer<QQuickItem> item = createPage(QStringLiteral("FiberInspectionPage"));

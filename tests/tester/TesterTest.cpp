@@ -30,8 +30,10 @@ void TesterTest::init()
 
 void TesterTest::cleanup()
 {
-    if (find("messageConfirm"))
-        tap("messageConfirm");
+    if (!find("messageConfirm"))
+        return;
+    QVERIFY(tap("messageConfirm"));
+    QVERIFY(ShellDriver::waitFor([this] { return !find("messageConfirm"); })); // until then it takes all taps
 }
 
 bool TesterTest::goHome() const

@@ -27,6 +27,7 @@ private Q_SLOTS:
     void theSecondInspectionShowsItsOwnVerdict();
     void leavingDuringTheAnalysisShowsNothingOfIt();
     void theVerdictForAPageThatWasLeftIsNotThatOfTheNextOne();
+    void aPictureThatIsSavedAtOnceIsInspected();
 
 private:
     bool turnKnobToFocus() const;
@@ -287,6 +288,18 @@ void tst_TesterInspection::theVerdictForAPageThatWasLeftIsNotThatOfTheNextOne()
 
     QVERIFY(waitFor("Connector test passed"));
     QCOMPARE(answers.count(), 1);
+}
+
+void tst_TesterInspection::aPictureThatIsSavedAtOnceIsInspected()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    QVERIFY(ShellDriver::waitFor([this] { return !find("snackBar"); })); // that of the test before
+    scope()->saveNextStillAtOnce();
+
+    QVERIFY(tap("Analyse"));
+
+    QVERIFY(waitFor("Connector test passed"));
 }
 
 int main(int argc, char *argv[])

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void aDoubleTapOpensOnePage();
     void whileAPageGoesItTakesNoInput();
     void whileAPageComesItTakesNoInput();
+    void aBouncingKeyOfTheScopeCapturesOnce();
 
 private:
     void pressKeyOfScope() const;
@@ -364,6 +365,25 @@ void tst_TesterShell::whileAPageComesItTakesNoInput()
     pressKeyOfScope();
 
     QVERIFY(waitFor("Image out of Focus"));
+}
+
+void tst_TesterShell::aBouncingKeyOfTheScopeCapturesOnce()
+{
+    QVERIFY(openInspection());
+    QVERIFY(focus());
+    const QList<QObject *> objects = inspectionPage()->findChildren<QObject *>();
+    const auto camera = std::find_if(objects.begin(), objects.end(),
+        [](const QObject *object) { return object->property("imageCapture").isValid(); });
+    QVERIFY(camera != objects.end());
+    const QSignalSpy stills((*camera)->property("imageCapture").value<QObject *>(), SIGNAL(imageSaved(int, QString)));
+    QVERIFY(stills.isValid());
+
+    pressKeyOfScope();
+    pressKeyOfScope();
+
+    QVERIFY(waitFor("Connector test passed"));
+    QCOMPARE(stills.count(), 1);
+    QCOMPARE(evaluate(QStringLiteral("stackView.depth")).toInt(), 3);
 }
 
 int main(int argc, char *argv[])

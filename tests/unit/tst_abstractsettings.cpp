@@ -15,6 +15,10 @@
 #include <type_traits>
 #include <unistd.h>
 
+namespace {
+constexpr uid_t anotherUser = 65534; // and group
+} // namespace
+
 class Settings : public AbstractSettings
 {
 public:
@@ -75,6 +79,18 @@ private:
             QVERIFY(QDir().mkdir(path));
     }
 
+    static bool isFile(const QString &path)
+    {
+        struct stat status = {};
+        return lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode);
+    }
+
+    static QByteArray content(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
     /// Everything in the folder, with the kind, number and size of each.
     QStringList inventory() const
     {
@@ -93,7 +109,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("what");
         QTest::addColumn<bool>("isNew");
-        QTest::newRow("link") << QStringLiteral("a link to a file") << false;
         QTest::newRow("dangling link") << QStringLiteral("a link to nothing") << true;
         QTest::newRow("link to a folder") << QStringLiteral("a link to a folder") << false;
         QTest::newRow("link to a pipe") << QStringLiteral("a link to a pipe") << false;
@@ -123,6 +138,63 @@ private Q_SLOTS:
         QCOMPARE(settings.value(QStringLiteral("key")).toInt(), 5);
         QCOMPARE(settings.value(QStringLiteral("other")).toInt(), 6);
         QCOMPARE(inventory(), before);
+    }
+
+    void aForeignFileIsReadAndNeverWritten_data()
+    {
+        QTest::addColumn<bool>("isLink");
+        QTest::newRow("link") << true;
+        QTest::newRow("file of another user") << false;
+    }
+
+    void aForeignFileIsReadAndNeverWritten()
+    {
+        QFETCH(const bool, isLink);
+        const QString path = newPath();
+        write(isLink ? path + QStringLiteral(".target") : path, "top=1\n[network]\nname=tester 7\n");
+        if (isLink)
+            QVERIFY(QFile::link(path + QStringLiteral(".target"), path));
+        else if (chown(QFile::encodeName(path).constData(), anotherUser, anotherUser) != 0)
+            QSKIP("only root can give a file away");
+        const QStringList before = inventory();
+        const LogCapture log;
+
+        Settings settings(path);
+        QCOMPARE(
+            log.warnings(), QStringList(QStringLiteral("Settings stay in memory, this is no file of ours: ") + path));
+        QVERIFY(!settings.hasBeenIniFileCreated());
+        QCOMPARE(settings.value(QStringLiteral("top")).toInt(), 1);
+        QCOMPARE(settings.value(QStringLiteral("network/name")).toString(), QStringLiteral("tester 7"));
+
+        settings.setAndSync(QStringLiteral("network/name"), QStringLiteral("tester 8"));
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(!settings.sync());
+        QCOMPARE(settings.value(QStringLiteral("network/name")).toString(), QStringLiteral("tester 8"));
+        QCOMPARE(inventory(), before);
+    }
+
+    void aForeignFileIsReadToALimit_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("isRead");
+        QTest::newRow("at the limit") << (1 << 20) << true;
+        QTest::newRow("one byte more") << (1 << 20) + 1 << false;
+    }
+
+    void aForeignFileIsReadToALimit()
+    {
+        QFETCH(const int, size);
+        QFETCH(const bool, isRead);
+        const QString path = newPath();
+        const QString target = path + QStringLiteral(".target");
+        write(target, QByteArray("key=1\n;").leftJustified(size, '-'));
+        QVERIFY(QFile::link(target, path));
+        const LogCapture log;
+
+        const Settings settings(path);
+
+        QCOMPARE(settings.contains(QStringLiteral("key")), isRead);
+        QCOMPARE(log.warnings().contains(QStringLiteral("Failed to read settings from ") + path), !isRead);
     }
 
     void refusedFilesShareNothing()
@@ -189,6 +261,82 @@ private Q_SLOTS:
         QCOMPARE(settings.value(QStringLiteral("key")).toInt(), 2);
     }
 
+    void whenTheCauseOfARefusalGoesTheNextValueIsStored_data()
+    {
+        QTest::addColumn<QString>("suffix");
+        QTest::newRow("the lock") << QStringLiteral(".lock");
+        QTest::newRow("the file") << QString();
+    }
+
+    void whenTheCauseOfARefusalGoesTheNextValueIsStored()
+    {
+        QFETCH(const QString, suffix);
+        const QString path = newPath();
+        const QString cause = path + suffix;
+        Settings settings(path);
+        const LogCapture log;
+        plant(QStringLiteral("a link to nothing"), cause);
+        settings.store()->setValue(QStringLiteral("key"), 1);
+        QCoreApplication::sendPostedEvents();
+        for (int i = 0; i < 3; ++i) // still there
+            QCoreApplication::postEvent(settings.store(), new QEvent(QEvent::UpdateRequest));
+        QCoreApplication::sendPostedEvents();
+        QVERIFY(!isFile(path));
+
+        QVERIFY(QFile::remove(cause));
+        settings.store()->setValue(QStringLiteral("key"), 2);
+
+        QTRY_COMPARE(content(path), QByteArray("[General]\nkey=2\n"));
+        const QString told = QStringLiteral("Failed to store settings, this is no file of ours: ") + cause;
+        QCOMPARE(log.warnings().filter(path), QStringList(told));
+        QVERIFY(QFile::rename(path, path + QStringLiteral(".aside")));
+        plant(QStringLiteral("a link to nothing"), cause);
+        settings.store()->setValue(QStringLiteral("key"), 3);
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // it is another refusal
+    }
+
+    void theFileIsWhereItWasAtConstruction()
+    {
+        const QTemporaryDir here;
+        const QTemporaryDir elsewhere;
+        QVERIFY(QFile::link(here.filePath(QStringLiteral("nothing")), elsewhere.filePath(QStringLiteral("a.ini"))));
+
+        const ForkedChild child = ForkedChild::run([&] {
+            if (!QDir::setCurrent(here.path()))
+                return 2;
+            Settings settings(QStringLiteral("a.ini"));
+            if (!QDir::setCurrent(elsewhere.path()))
+                return 3;
+            settings.store()->setValue(QStringLiteral("key"), 1);
+            return settings.sync() ? 0 : 1;
+        });
+
+        QCOMPARE(child.exitCode, 0);
+        QCOMPARE(content(here.filePath(QStringLiteral("a.ini"))), QByteArray("[General]\nkey=1\n"));
+    }
+
+    void aFailureIsOverWhenTheNextWriteSucceeds()
+    {
+        const QString path = newPath();
+        Settings settings(path);
+        const LogCapture log;
+        {
+            const Faults::FileSizeLimit limit(10);
+            settings.store()->setValue(QStringLiteral("key"), QString(100, QLatin1Char('x')));
+            QVERIFY(!settings.sync());
+        }
+        const int told = log.warnings().filter(path).size();
+
+        settings.store()->setValue(QStringLiteral("key"), 1);
+        QCoreApplication::sendPostedEvents();
+        settings.store()->setValue(QStringLiteral("key"), 2);
+
+        QVERIFY(settings.sync());
+        QCOMPARE(log.warnings().filter(path).size(), told);
+        QCOMPARE(content(path), QByteArray("[General]\nkey=2\n"));
+    }
+
     void settingsThatAreStoredAreNotTold()
     {
         const QString path = newPath();
@@ -222,9 +370,7 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // stores of other tests may write as well
         QCOMPARE(settings.value(QStringLiteral("key")).toString().size(), 100);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("[General]\nkey=1\n")); // as it was
+        QCOMPARE(content(path), QByteArray("[General]\nkey=1\n")); // as it was
     }
 
     void onlyASubclassCanBeConstructed()

@@ -10,20 +10,30 @@ Item {
     readonly property bool ready: camera.cameraStatus === Camera.ActiveStatus
     property alias videoOutput: output
 
+    // Numbers of requests grow.
     readonly property int noCapture: -1
-    property int lastCapture: noCapture // the request that is still waited for; answers to earlier ones come too late
+    property int lastCapture: noCapture
+    property int lastForgotten: noCapture // answers up to here come too late
 
     signal initializeFailed()
     signal imageCaptured(string preview)
     signal imageSaved()
 
+    // The last one counts.
     function captureImageToFile(path) {
-        lastCapture = camera.imageCapture.captureToLocation(path);
+        forgetCapture();
+        lastCapture = Math.max(lastCapture, camera.imageCapture.captureToLocation(path));
     }
 
     // Whatever becomes of it, it is not told any more.
     function forgetCapture() {
-        lastCapture = noCapture;
+        lastForgotten = lastCapture;
+    }
+
+    // A camera may answer before its number is known here.
+    function isAwaited(requestId) {
+        lastCapture = Math.max(lastCapture, requestId);
+        return requestId > lastForgotten;
     }
 
     function start() {
@@ -60,11 +70,11 @@ Item {
         captureMode: Camera.CaptureStillImage
         imageCapture.resolution: "800x600"
         imageCapture.onImageCaptured: function(requestId, preview) {
-            if (requestId === root.lastCapture)
+            if (root.isAwaited(requestId))
                 root.imageCaptured(preview);
         }
         imageCapture.onImageSaved: function(requestId, path) {
-            if (requestId === root.lastCapture)
+            if (root.isAwaited(requestId))
                 root.imageSaved();
         }
         imageCapture.onCaptureFailed: function(requestId, message) {

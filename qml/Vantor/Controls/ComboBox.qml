@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+import QtQml 2.14 as QtQml
 import QtQuick 2.11
 import QtQuick.Controls 2.4 as Controls // Qt 5.15: has currentValue and valueRole, which nobody may declare again
 import QtQuick.Controls.Material 2.4
@@ -21,6 +22,7 @@ Controls.ComboBox {
     property var specificItemHighlightValueToMatch: null
     property color specificItemHighlightColor: "blue"
 
+    property bool readsNoRole: false
     readonly property real windowWidth: Window.width > 0 ? Window.width : Infinity
     readonly property real fittingPopupWidth: autoAdjustPopupWidth
         ? Math.min(widestText(model, count, font) + 3 * popupTextLeftPadding, windowWidth) : -1
@@ -44,10 +46,15 @@ Controls.ComboBox {
     }
 
     function selectRow(index) {
-        // A model may have changed under the current row without a word; selecting anew reads the value again.
         if (index === currentIndex && currentValue !== valueOfRow(index))
-            currentIndex = -1;
+            refreshCurrentValue();
         currentIndex = index;
+    }
+
+    // A model may have changed under the current row without a word. Another role and back reads the value again.
+    function refreshCurrentValue() {
+        readsNoRole = true;
+        readsNoRole = false;
     }
 
     function valueOfRow(index) {
@@ -85,6 +92,12 @@ Controls.ComboBox {
     valueRole: modelIsStringList ? textRole : ""
     font.pixelSize: GlobalStyles.defaultComboBoxTextSize
     Material.background: "white"
+
+    QtQml.Binding on valueRole { // the role may have been bound: an assignment would end that
+        when: root.readsNoRole
+        value: "-"
+        restoreMode: QtQml.Binding.RestoreBindingOrValue
+    }
 
     popup.width: Math.max(width, popupWidth)
 

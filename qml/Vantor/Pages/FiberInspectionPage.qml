@@ -20,6 +20,7 @@ VantorComponents.Page {
     readonly property real mediumFocusThreshold: 2.5 // above it an image may be captured
     readonly property real badFocusThreshold: 1.0 // up to it the fibre cannot be told
 
+    property bool isAnswerDue: false // to the last analyse(): the result page, or that there is no focus
     readonly property string testName: "analyse_test" // all inspections are filed under it, the last one stays
     readonly property bool isLandscape: width > height
     readonly property int formMargin: GlobalStyles.pageMargin
@@ -37,25 +38,31 @@ VantorComponents.Page {
         return fiberRealtimeAnalyser.focusValue > mediumFocusThreshold;
     }
 
+    // Once until its answer is shown: a key may bounce, or repeat itself after a stall.
     function analyse() {
+        if (isAnswerDue)
+            return;
+        isAnswerDue = true;
         if (!isSharpEnough()) {
             later(showOutOfFocus);
             return;
         }
-        capture();
         const standardId = standardBox.currentValue;
-        later(function() {
+        later(function() { // before the request, also of a camera that saves at once
             root.showResult(standardId);
         });
+        capture();
     }
 
     function showResult(standardId) {
+        isAnswerDue = false;
         const appController = ContextObjects.find("appController");
         if (appController)
             appController.navigateTo(OrvelPage.FiberInspectionResult, "", { standardId: standardId });
     }
 
     function showOutOfFocus() {
+        isAnswerDue = false;
         const messageBoxManager = ContextObjects.find("messageBoxManager");
         if (messageBoxManager) {
             messageBoxManager.showInfo(qsTr("Image out of Focus"), qsTr("Please adjust image focus and try again.\n\n"

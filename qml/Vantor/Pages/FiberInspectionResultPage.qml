@@ -11,6 +11,8 @@ VantorComponents.Page {
     property int standardId: 0
     property bool testPassed: false
 
+    property int failures: 0 // analyses without a verdict so far
+
     function showResult(passed, resultFilePath) {
         waiting.hide();
         testPassed = passed;
@@ -18,22 +20,27 @@ VantorComponents.Page {
         resultImage.source = ""; // a later result may lie under the same name
         if (resultFilePath !== "") // empty: it could not be filed
             resultImage.source = "file://" + resultFilePath;
-        later(tellVerdict);
+        const failuresBefore = failures;
+        later(function() {
+            if (root.failures === failuresBefore) // else the verdict was taken away
+                root.tellVerdict(passed);
+        });
     }
 
     // There is no verdict, and one on an earlier image does not count.
     function showFailure() {
+        ++failures;
         waiting.hide();
         verdict.visible = false;
         resultImage.source = "";
         console.error("analyse failed");
     }
 
-    function tellVerdict() {
+    function tellVerdict(passed) {
         const snackBar = ContextObjects.find("snackBar");
         if (!snackBar)
             return;
-        if (testPassed)
+        if (passed)
             snackBar.showSuccess(qsTr("Connector test passed"));
         else
             snackBar.showError(qsTr("Connector test failed"));
