@@ -31,6 +31,8 @@ struct Options
     bool quiet = false;
     bool verbose = false;
 
+    qint64 maxImagePixels() const { return qint64(maxMegapixels) * 1024 * 1024; }
+
     /// Reports for a person, as opposed to JSON or CSV.
     bool isForPerson() const { return format == Format::Text; }
 };

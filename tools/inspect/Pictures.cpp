@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Pictures.h"
 
-#include "Helpers/BaseDirHelper.h"
 #include "Inspection.h"
 #include "OutputFolder.h"
 
@@ -9,22 +8,14 @@
 #include <QFile>
 #include <QRegularExpression>
 
-#include <cstdio>
-
 namespace Inspect {
 
 namespace {
-const QLatin1String imageName("image");
 const QLatin1String keptName("kept");
 
-void rename(const QString &from, const QString &to)
+QStringList stepsIn(const QString &folder)
 {
-    std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
-}
-
-QStringList stepsNamed(const QString &name, const QString &folder)
-{
-    return QDir(folder).entryList({name + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
+    return QDir(folder).entryList({keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
 }
 } // namespace
 
@@ -33,31 +24,21 @@ Pictures::Pictures(const QString &folder)
 {
 }
 
-bool Pictures::prepare(int image) const
+bool Pictures::prepare() const
 {
-    return QDir().mkpath(stepsFolder()) && QFile::link(QStringLiteral("/proc/self/fd/%1").arg(image), imagePath());
+    return QDir().mkpath(stepsFolder());
 }
 
-QString Pictures::imagePath() const
-{
-    return stepsFolder() + imageName;
-}
-
-void Pictures::forget() const
+bool Pictures::keep(const FiberInspection::Inspection &found, const Steps &steps) const
 {
     QFile::remove(keptResult());
-    const QStringList steps = stepsNamed(keptName, stepsFolder());
-    for (const QString &step : steps)
+    const QStringList former = stepsIn(stepsFolder());
+    for (const QString &step : former)
         QFile::remove(stepsFolder() + step);
-}
 
-void Pictures::keep() const
-{
-    forget();
-    rename(BaseDirHelper::tmpFiberInspectionResultImagePath(), keptResult());
-    const QStringList steps = stepsNamed(imageName, stepsFolder());
-    for (const QString &step : steps)
-        rename(stepsFolder() + step, stepsFolder() + keptName + step.mid(imageName.size()));
+    for (const Step &step : steps)
+        step.picture.save(QStringLiteral("%1%2_%3.png").arg(stepsFolder(), keptName, step.name), "PNG");
+    return found.saveAnnotatedImage(keptResult());
 }
 
 void Pictures::take(const OutputFolder &output, Inspection *inspection) const
@@ -66,13 +47,13 @@ void Pictures::take(const OutputFolder &output, Inspection *inspection) const
     static const QRegularExpression stepSuffix(QStringLiteral("^_\\d\\d_[a-z_]+\\.png$"));
 
     const QString &name = inspection->task.outputName;
-    const QStringList steps = stepsNamed(keptName, stepsFolder());
+    const QStringList steps = stepsIn(stepsFolder());
     for (const QString &step : steps) {
         const QString suffix = step.mid(keptName.size());
         if (stepSuffix.match(suffix).hasMatch())
             output.take(stepsFolder() + step, name + suffix, &inspection->problem);
     }
-    if (inspection->record.resultImageWritten)
+    if (inspection->hasKeptResult)
         inspection->resultImage = output.take(keptResult(), name + OutputFolder::resultSuffix(), &inspection->problem);
     else if (inspection->verdict() != Verdict::NotAnalysed)
         inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
@@ -85,7 +66,7 @@ QString Pictures::stepsFolder() const
 
 QString Pictures::keptResult() const
 {
-    return mFolder + QStringLiteral("/tmp/kept.jpg"); // files can be renamed within their folder only
+    return mFolder + QStringLiteral("/kept.jpg");
 }
 
 } // namespace Inspect

@@ -1,30 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QImage>
 #include <QString>
+#include <QVector>
+
+namespace FiberInspection {
+class Inspection;
+}
 
 namespace Inspect {
 
 class OutputFolder;
 struct Inspection;
 
-/// What one worker sees of images, and the pictures that it paints, in the worker's own folder: the worker keeps those
-/// that matter there, the parent takes them away when the worker has reported.
+/// The pictures that one worker paints, in the worker's own folder: the worker keeps those that matter there, the
+/// parent takes them away when the worker has reported.
 class Pictures
 {
 public:
+    struct Step
+    {
+        QString name; ///< "01_gray"
+        QImage picture;
+    };
+    using Steps = QVector<Step>;
+
     /// @param folder of the worker
     explicit Pictures(const QString &folder);
 
-    /// Makes the file descriptor the image that is to be analysed; once for all images.
-    bool prepare(int image) const;
-
-    QString imagePath() const; ///< the step images land beside it
-
     // for the worker
 
-    void forget() const; ///< what was kept of an earlier image
-    void keep() const; ///< what the last analysis has painted, in place of what was kept
+    bool prepare() const; ///< creates the folder
+
+    /// In place of what was kept before. @return whether the annotated image was written
+    bool keep(const FiberInspection::Inspection &found, const Steps &steps) const;
 
     // for the parent
 
