@@ -100,6 +100,11 @@ QString Inspection::reasonText() const
     return QString::fromLatin1(InspectionCore::reasonText(mReason));
 }
 
+QString Inspection::problem() const
+{
+    return mDetail.isEmpty() ? reasonText() : QStringLiteral("%1: %2").arg(reasonText(), mDetail);
+}
+
 QImage Inspection::annotatedImage() const
 {
     if (!hasVerdict())

@@ -71,7 +71,7 @@ struct VANTORBASE_EXPORT DefectCounts
 ///
 ///     const Inspection inspection = inspectFile("face.jpg", Standard::IEC61300_3_35_SM_RL45);
 ///     if (!inspection.hasVerdict())
-///         qInfo() << inspection.reasonText() << inspection.detail();
+///         qInfo() << inspection.problem();
 ///     for (const GradedDefect &defect : inspection.defects())
 ///         qInfo() << Zone::name(defect.zone) << defect.sizeMicrons << defect.centerMicrons;
 ///
@@ -105,6 +105,7 @@ public:
     Reason reason() const { return mReason; }
     QString reasonText() const; ///< as the log says it; empty with a verdict
     const QString &detail() const { return mDetail; } ///< what exactly is wrong, where more is known
+    QString problem() const; ///< both in one line
 
     Standard::Id standardId() const { return mStandardId; }
     const TestResult &result() const { return mResult; } ///< rules, and the graded defects with their pixels

@@ -14,12 +14,6 @@ using FiberInspection::Standard;
 using FiberInspection::TestResult;
 
 namespace {
-QString reasonOf(const FiberInspection::Inspection &found)
-{
-    return found.detail().isEmpty() ? found.reasonText()
-                                    : QStringLiteral("%1: %2").arg(found.reasonText(), found.detail());
-}
-
 QVector<int> pixelCounts(const QVector<FiberInspection::Defect> &defects)
 {
     QVector<int> counts;
@@ -54,7 +48,7 @@ Run analyseOnce(const Task &task, const QString &image, const Options &options)
     run.inspection.result = found.result();
     run.inspection.measurements = {found.micronsPerPixel(), found.claddingCircle(), found.crop(), found.grayLevels(),
         found.counts(), static_cast<double>(timer.nsecsElapsed()) / 1e6};
-    run.inspection.reason = reasonOf(found);
+    run.inspection.reason = found.problem();
     run.inspection.corePixels = pixelCounts(found.result().coreDefects());
     run.inspection.claddingPixels = pixelCounts(found.result().claddingDefects());
     return run;
