@@ -46,8 +46,8 @@ QImage sharing(const cv::Mat &colors)
     const auto release = [](void *mat) { delete static_cast<cv::Mat *>(mat); };
     auto owner = std::make_unique<cv::Mat>(colors);
     const uchar *const pixels = owner->data; // const, so that who paints on the image paints on a copy
-    return QImage(pixels, colors.cols, colors.rows, static_cast<int>(colors.step), QImage::Format_BGR888, release,
-        owner.release());
+    return {pixels, colors.cols, colors.rows, static_cast<int>(colors.step), QImage::Format_BGR888, release,
+        owner.release()};
 }
 
 LoadedImage loadedImage(const DecodedImage &image)
@@ -271,7 +271,8 @@ bool InspectionCore::scaleDown()
             <= static_cast<double>(usableLimit(mOptions.maxImagePixels))
         && std::max(width, height) < static_cast<float>(std::numeric_limits<int>::max());
     if (!isUsable)
-        return fail(Reason::UnusableScale, QStringLiteral("the size of the image cannot be divided by %1").arg(scale));
+        return fail(Reason::UnusableScale,
+            QStringLiteral("the size of the image cannot be divided by %1").arg(static_cast<double>(scale)));
 
     const cv::Size size(static_cast<int>(width), static_cast<int>(height));
     for (cv::Mat *const image : {&mGray, &mColors}) {

@@ -8,10 +8,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QHash>
 #include <QLoggingCategory>
 #include <QSet>
 #include <QtTest>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -31,7 +33,11 @@ constexpr Standard::Id usual = Standard::IEC61300_3_35_SM_RL45;
 
 QImage paintedFace(const char *preset)
 {
-    return paintEndface(endfacePreset(QLatin1String(preset)));
+    static QHash<QString, QImage> faces; // painting takes longer than what is done with them
+    QImage &face = faces[QLatin1String(preset)];
+    if (face.isNull())
+        face = paintEndface(endfacePreset(QLatin1String(preset)));
+    return face;
 }
 
 /// Faces of all sorts, most of them near the margin between passed and failed.
@@ -408,7 +414,7 @@ private Q_SLOTS:
         QVERIFY(inspect(face, usual, Device::ks20(), options).passed());
         QVERIFY(inspectFile(path, usual, Device::ks20(), options).passed());
 
-        for (const qint64 limit : {qint64(800 * 600 - 1), qint64(0), std::numeric_limits<qint64>::min()}) {
+        for (const qint64 limit : {qint64(800) * 600 - 1, qint64(0), std::numeric_limits<qint64>::min()}) {
             options.maxImagePixels = limit;
             QCOMPARE(inspect(face, usual, Device::ks20(), options).reason(), Reason::ImageTooLarge);
             QCOMPARE(inspectFile(path, usual, Device::ks20(), options).reason(), Reason::ImageTooLarge);
@@ -517,6 +523,7 @@ private Q_SLOTS:
         const int before = cv::getNumThreads();
         cv::setNumThreads(1);
         std::vector<Inspection> serial;
+        serial.reserve(static_cast<std::size_t>(faces.size()));
         for (int face = 0; face < faces.size(); ++face)
             serial.push_back(inspected(face));
         cv::setNumThreads(openCvThreads);
@@ -524,6 +531,7 @@ private Q_SLOTS:
         for (const int count : {1, 2, 4}) {
             std::vector<std::vector<Inspection>> found(static_cast<std::size_t>(count));
             std::vector<std::thread> threads;
+            threads.reserve(found.size());
             for (std::vector<Inspection> &own : found) {
                 threads.emplace_back([&] {
                     for (int face = 0; face < faces.size(); ++face)
@@ -542,14 +550,15 @@ private Q_SLOTS:
     {
         const QImage clean = paintedFace("clean");
         const QString dirty = stored(QStringLiteral("dirty.png"), paintedFace("dirty"));
-        bool isRight[4] = {true, true, true, true};
+        std::array<bool, 4> isRight{true, true, true, true};
         std::vector<std::thread> threads;
-        for (int number = 0; number < 4; ++number) {
-            threads.emplace_back([&, number] {
+        threads.reserve(isRight.size());
+        for (bool &right : isRight) {
+            threads.emplace_back([&] {
                 for (int run = 0; run < 8; ++run) {
                     const Inspection passes = inspect(clean, usual);
                     const Inspection fails = inspectFile(dirty, usual);
-                    isRight[number] = isRight[number] && passes.passed() && fails.hasVerdict() && !fails.passed()
+                    right = right && passes.passed() && fails.hasVerdict() && !fails.passed()
                         && !fails.annotatedImage().isNull();
                 }
             });
@@ -571,10 +580,11 @@ private Q_SLOTS:
         QCOMPARE(annotated.size(), inspection.crop().size());
         const QImage crop = inspection.image().copy(inspection.crop());
         QVector<QPointF> outlines;
-        for (const Defect &defect : inspection.result().coreDefects() + inspection.result().claddingDefects())
+        const QVector<Defect> defects = inspection.result().coreDefects() + inspection.result().claddingDefects();
+        for (const Defect &defect : defects)
             outlines += defect.pixels;
         QVERIFY(!outlines.isEmpty());
-        for (const QPointF &point : outlines)
+        for (const QPointF &point : qAsConst(outlines))
             QCOMPARE(annotated.pixel(point.toPoint()), qRgb(255, 0, 0));
         int changed = 0;
         for (int y = 0; y < crop.height(); ++y) {
