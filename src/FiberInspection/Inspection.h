@@ -94,7 +94,7 @@ public:
         NoFibre, ///< no circle as large as the cladding of the standard
         SeveralFibres, ///< more than one
         FibreAtBorder, ///< the contact zone leaves the image
-        AnalysisBroken, ///< OpenCV or the memory failed
+        AnalysisBroken, ///< by an exception, mostly for want of memory
     };
 
     Inspection() = default;
@@ -168,9 +168,9 @@ VANTORBASE_EXPORT LoadedImage decodeImage(
 /// Locates the fibre in a photograph, finds its defects, and grades them.
 ///
 /// Nothing but the arguments counts, and nothing is left behind: no file is written and no lock taken. All threads may
-/// call at once. OpenCV's own threads gain little for one image and stand in the way of many at once:
-/// cv::setNumThreads(1) then. The log goes to the category "vantor.inspection", which is silent unless a rule switches
-/// it on. Never throws; an exception of onStep ends the inspection without a verdict.
+/// call at once; docs/architecture.md tells how to get the most of them. The log goes to the category
+/// "vantor.inspection", which is silent unless a rule switches it on. Never throws; an exception of onStep ends the
+/// inspection without a verdict.
 /// @param image of any format, as the camera made it: upright, the whole field of view; alpha is dropped
 /// @param device whose field of view, in micrometres, is the width of the image
 VANTORBASE_EXPORT Inspection inspect(const QImage &image, Standard::Id standardId,
