@@ -61,6 +61,14 @@ Bitte warten
 
 </translation>
     </message>
+    <message>
+        <source>There is no picture: it could not be saved. The disk may be full.</source>
+        <translation>Es gibt kein Bild: Es konnte nicht gespeichert werden. Vielleicht ist der Datenträger voll.</translation>
+    </message>
+    <message>
+        <source>There is no picture: it could not be filed.</source>
+        <translation>Es gibt kein Bild: Es konnte nicht abgelegt werden.</translation>
+    </message>
 </context>
 <context>
     <name>LoadingComponent</name>

@@ -11,6 +11,7 @@
 #include <QVideoFrame>
 
 #include <memory>
+#include <utility>
 
 class FrameMaker;
 
@@ -60,7 +61,15 @@ public:
     /// Whether nextFrame() shows the present face and focus: a turn of the knob takes a moment to arrive.
     Q_INVOKABLE bool isSettled() const;
 
+    /// The next still that is captured waits for releaseStills(); later ones overtake it.
+    Q_INVOKABLE void holdNextStill() { mHoldsNextStill = true; }
+    Q_INVOKABLE void releaseStills() { Q_EMIT stillsReleased(); }
+
+    /// Whether the still that is captured now is to wait. Answers once.
+    bool takeHold() { return std::exchange(mHoldsNextStill, false); }
+
 Q_SIGNALS:
+    void stillsReleased();
     void focusChanged(double focus);
     void faceChanged(QString face); // by value: a receiver may change the face again
     void isPluggedChanged(bool isPlugged);
@@ -71,5 +80,6 @@ private:
     double mFocus = 0.7; // a scope is never in focus when it is taken up
     QString mFace;
     bool mIsPlugged = true;
+    bool mHoldsNextStill = false;
     std::unique_ptr<FrameMaker> mFrames;
 };

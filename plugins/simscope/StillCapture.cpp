@@ -10,6 +10,8 @@
 #include <QSaveFile>
 #include <QTimer>
 
+#include <utility>
+
 namespace {
 constexpr int exposureMilliseconds = 40;
 constexpr int jpegQuality = 95;
@@ -43,6 +45,11 @@ StillCapture::StillCapture(SimulatedCamera *camera, QObject *parent)
 {
     connect(
         camera, &QCameraControl::statusChanged, this, [this] { Q_EMIT readyForCaptureChanged(isReadyForCapture()); });
+    connect(SimulatedScope::instance(), &SimulatedScope::stillsReleased, this, [this] {
+        const QMap<int, QString> held = std::exchange(mHeld, {});
+        for (auto still = held.cbegin(); still != held.cend(); ++still)
+            exposeSoon(still.key(), still.value());
+    });
 }
 
 bool StillCapture::isReadyForCapture() const
@@ -53,13 +60,21 @@ bool StillCapture::isReadyForCapture() const
 int StillCapture::capture(const QString &fileName)
 {
     const int id = ++mLastId;
-    QTimer::singleShot(exposureMilliseconds, this, [this, id, fileName] { expose(id, fileName); });
+    if (SimulatedScope::instance()->takeHold())
+        mHeld.insert(id, fileName);
+    else
+        exposeSoon(id, fileName);
     return id;
 }
 
 void StillCapture::cancelCapture()
 {
     mLastCancelledId = mLastId;
+}
+
+void StillCapture::exposeSoon(int id, const QString &path)
+{
+    QTimer::singleShot(exposureMilliseconds, this, [this, id, path] { expose(id, path); });
 }
 
 void StillCapture::expose(int id, const QString &path)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QCameraImageCaptureControl>
+#include <QMap>
 
 class SimulatedCamera;
 
@@ -21,9 +22,11 @@ public:
     void cancelCapture() override;
 
 private:
+    void exposeSoon(int id, const QString &path);
     void expose(int id, const QString &path);
 
     SimulatedCamera *const mCamera;
+    QMap<int, QString> mHeld; ///< paths by their ids
     int mLastId = 0;
     int mLastCancelledId = 0;
 };

@@ -27,7 +27,7 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// After a power failure the folder has either the former picture or the new one.
+/// After a power failure the folder has the new picture, or none.
 void syncFolderOf(const QString &path)
 {
     const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -58,7 +58,7 @@ bool copyWhole(const QString &from, const QString &to)
     return true;
 }
 
-/// Replaces the target. When the copy fails the former picture stays; without a source there is none in the end.
+/// Replaces the target. When that fails there is none in the end: nothing is better than the picture of another fibre.
 void fileImage(const QString &from, const QString &to)
 {
     const QFileInfo source(from);
@@ -67,10 +67,11 @@ void fileImage(const QString &from, const QString &to)
         qCWarning(messageLog) << "not filed, there is no" << from;
         return;
     }
-    if (QFileInfo(to).isSymLink()) // the link gives way to the picture; what it points to is not touched
-        QFile::remove(to);
-    const bool isSame = source.canonicalFilePath() == QFileInfo(to).canonicalFilePath();
-    if (!isSame && !copyWhole(from, to))
+    const QFileInfo target(to);
+    if (!target.isSymLink() && source.canonicalFilePath() == target.canonicalFilePath())
+        return;
+    QFile::remove(to); // of a link, not what it points to
+    if (!copyWhole(from, to))
         qCWarning(messageLog) << "not filed:" << to;
 }
 } // namespace

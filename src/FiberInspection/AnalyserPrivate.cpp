@@ -6,6 +6,7 @@
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
 
+#include <QFile>
 #include <QMutex>
 
 namespace FiberInspection {
@@ -36,8 +37,10 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
     const Inspection found = InspectionCore(standardId, device, options, trace).inspectFile(fileName);
     if (found.hasVerdict()) {
         const QString resultImagePath = BaseDirHelper::tmpFiberInspectionResultImagePath();
-        if (!found.saveAnnotatedImage(resultImagePath))
+        if (!found.saveAnnotatedImage(resultImagePath)) {
+            QFile::remove(resultImagePath); // nothing is better than the picture of another fibre
             qCWarning(messageLog) << "result image not written:" << resultImagePath;
+        }
         trace.finished(found.passed());
     }
     if (inspection)

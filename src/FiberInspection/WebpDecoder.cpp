@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFormats_p.h"
+#include "FiberInspection/WebpStructure_p.h"
 
 #include <webp/decode.h>
 
@@ -17,12 +18,18 @@ constexpr qint64 chunkHeaderSize = 8;
 constexpr qint64 unneededLossy = 6; // libwebp leaves 2 to 4
 constexpr qint64 unneededLossless = 1;
 
+// Those that libwebp writes have up to 2,600. As many as there may be, 65,536, take 360 MiB and more.
+constexpr int mostSetsOfCodes = 4096;
+
 struct Structure
 {
     QString problem;
     qint64 end = 0; ///< of the file as it declares itself
     qint64 endOfPixels = 0; ///< of the chunk with the coded pixels
     bool isLossless = false;
+    qint64 pixels = 0; ///< where the coded pixels are
+    qint64 transparency = 0; ///< where a chunk with the transparency is, 0 when there is none
+    qint64 endOfTransparency = 0;
 };
 
 bool isOfType(const uchar *chunk, const char *type)
@@ -47,7 +54,8 @@ Structure walk(const QByteArray &bytes)
         if (structure.end - at < chunkHeaderSize)
             return fail(QStringLiteral("the image is incomplete"));
         const qint64 length = littleEndian32(chunk + 4);
-        at += chunkHeaderSize + length;
+        const qint64 payload = at + chunkHeaderSize;
+        at = payload + length;
         if (at > structure.end)
             return fail(QStringLiteral("the image is incomplete"));
         if (isOfType(chunk, "ANIM") || isOfType(chunk, "ANMF"))
@@ -55,8 +63,15 @@ Structure walk(const QByteArray &bytes)
         if (isOfType(chunk, "VP8 ") || isOfType(chunk, "VP8L")) {
             if (structure.endOfPixels != 0)
                 return fail(QStringLiteral("the file holds more than one image"));
+            structure.pixels = payload;
             structure.endOfPixels = at;
             structure.isLossless = isOfType(chunk, "VP8L");
+        }
+        if (isOfType(chunk, "ALPH") && length > 0) { // that is decoded, too
+            if (structure.transparency != 0)
+                return fail(QStringLiteral("the file holds more than one image"));
+            structure.transparency = payload;
+            structure.endOfTransparency = at;
         }
         at += length % 2; // a chunk begins at an even place
     }
@@ -78,6 +93,27 @@ const char *message(VP8StatusCode status)
     default:
         return "bitstream error";
     }
+}
+
+/// Of what is coded without loss, the pixels or the transparency; a problem if there are too many.
+DecodedImage checkCodes(const QByteArray &bytes, const Structure &structure, const QSize &size)
+{
+    constexpr uchar methodMask = 3; // in the first byte of a chunk with transparency
+    constexpr uchar lossless = 1;
+    const uchar *const data = dataOf(bytes);
+    WebpCodes codes;
+    if (structure.isLossless)
+        codes = WebpCodes::read(data + structure.pixels, structure.endOfPixels - structure.pixels, true);
+    else if (structure.transparency != 0 && (data[structure.transparency] & methodMask) == lossless)
+        codes = WebpCodes::read(data + structure.transparency + 1,
+            structure.endOfTransparency - structure.transparency - 1, false, size.width(), size.height());
+    if (codes.problem == WebpCodes::Incomplete)
+        return damaged(message(VP8_STATUS_SUSPENDED));
+    if (codes.problem == WebpCodes::Damaged)
+        return damaged(message(VP8_STATUS_BITSTREAM_ERROR));
+    if (codes.sets > mostSetsOfCodes)
+        return refused(QStringLiteral("%1 sets of codes are too many").arg(codes.sets));
+    return {};
 }
 } // namespace
 
@@ -101,6 +137,10 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     const Structure structure = walk(bytes);
     if (!structure.problem.isEmpty())
         return refused(structure.problem);
+
+    const DecodedImage unbearable = checkCodes(bytes, structure, {features.width, features.height});
+    if (!unbearable.problem.isEmpty())
+        return unbearable;
 
     cv::Mat pixels(features.height, features.width, CV_8UC3);
     const std::unique_ptr<WebPIDecoder, decltype(&WebPIDelete)> decoder(

@@ -16,6 +16,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sched.h>
+#include <sys/eventfd.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -92,7 +93,7 @@ int execute(void *argument)
 }
 
 /// A second copy of the memory would double the time of a start: the command gets none, and we wait until it executes.
-/// @return the command, or none if it cannot be executed
+/// @return the command; none if there is no room for another process, or if it cannot be executed (then it says so)
 pid_t executeBeside(Execution *execution)
 {
     constexpr std::size_t stackSize = 32768; // bytes
@@ -163,6 +164,17 @@ bool stop(pid_t process)
 }
 } // namespace
 
+CommandProcess::CommandProcess()
+    : mNoRoom(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+{
+    setProcessChannelMode(QProcess::MergedChannels);
+}
+
+CommandProcess::~CommandProcess()
+{
+    ::close(mNoRoom);
+}
+
 void CommandProcess::startCommand(const QString &command)
 {
     QStringList words = QProcess::splitCommand(command);
@@ -171,6 +183,12 @@ void CommandProcess::startCommand(const QString &command)
     mArguments.assign(path.isEmpty() ? program : path, words);
     mEnvironment.assign({}, processEnvironment().toStringList());
     start(program, words);
+}
+
+bool CommandProcess::waitForCommand(int timeout)
+{
+    eventfd_t isTold = 0;
+    return waitForStarted(timeout) && eventfd_read(mNoRoom, &isTold) != 0;
 }
 
 void CommandProcess::killAll() const
@@ -209,6 +227,10 @@ void CommandProcess::setupChildProcess()
     const pid_t command = executeBeside(&execution);
     if (command > 0)
         watch(command);
+    if (!execution.hasFailed) {
+        eventfd_write(mNoRoom, 1);
+        _exit(notExecuted);
+    }
     // QProcess tries once more, and tells why it fails. Should it not fail, the command watches over itself.
     sigprocmask(SIG_SETMASK, &former, nullptr);
 }

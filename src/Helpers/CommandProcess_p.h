@@ -13,10 +13,15 @@
 class CommandProcess : public QProcess
 {
 public:
-    CommandProcess() { setProcessChannelMode(QProcess::MergedChannels); }
+    CommandProcess();
+    ~CommandProcess() override;
 
     /// Starts a command line, cut at blanks; double quotes group words.
     void startCommand(const QString &command);
+
+    /// Whether it has started. That the system has started the watcher is not enough: it may have no room for another
+    /// process.
+    bool waitForCommand(int timeout); ///< milliseconds
 
     /// Kills the command and all that has come of it. Waits until they are dead, one second at most for what the kernel
     /// does not let go or what multiplies faster; the watcher ends by itself then, as the command did.
@@ -42,6 +47,7 @@ private:
         QVector<char *> mPointers;
     };
 
+    const int mNoRoom; ///< the watcher tells by it that it could not start the command
     Texts mArguments;
     Texts mEnvironment; ///< empty: as ours
 };

@@ -9,7 +9,7 @@
 #include <iterator>
 
 namespace {
-constexpr qint64 maxRecordSize = 65536; // bytes
+constexpr qint64 maxRecordSize = 4194304; // bytes
 
 struct Key
 {
@@ -60,17 +60,20 @@ void takeValue(DhcpRecord *record, NetworkHelper::IPInfo info, const QString &va
 }
 } // namespace
 
-DhcpRecord DhcpRecord::read(QIODevice *device, Family family)
+std::optional<DhcpRecord> DhcpRecord::read(QIODevice *device, Family family)
 {
     DhcpRecord record;
     record.values.fill(QStringLiteral("-"));
 
-    QString text = QString::fromUtf8(device->read(maxRecordSize));
+    const QByteArray bytes = device->read(maxRecordSize + 1);
+    if (bytes.size() > maxRecordSize)
+        return std::nullopt;
+    QString text = QString::fromUtf8(bytes);
     QTextStream lines(&text, QIODevice::ReadOnly);
     for (QString line; lines.readLineInto(&line);) {
         qDebug() << "line=" << line;
         const QStringList parts = line.trimmed().split(QLatin1Char('='));
-        if (parts.size() < 2 || parts.at(1).isEmpty())
+        if (parts.size() < 2)
             continue;
         if (const Key *const key = find(family, parts.first()))
             takeValue(&record, key->info, parts.at(1));

@@ -4,6 +4,7 @@
 #include "Helpers/NetworkHelper.h"
 
 #include <array>
+#include <optional>
 
 class QIODevice;
 
@@ -15,6 +16,7 @@ struct DhcpRecord
     std::array<QString, NetworkHelper::Max> values; ///< by NetworkHelper::IPInfo; "-" where nothing is known
     bool hasAddress = false;
 
-    /// Unknown keys and lines without a value are passed over. Of a huge file only the beginning is read.
-    static DhcpRecord read(QIODevice *device, Family family);
+    /// Unknown keys and lines without an equals sign are passed over; a value may be empty. Nothing for more than 4
+    /// MiB, of which the rest is not read.
+    static std::optional<DhcpRecord> read(QIODevice *device, Family family);
 };

@@ -6,11 +6,14 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace {
 constexpr int deepest = 1024; // objects and arrays within each other, as Qt has it
+constexpr int fewKeys = 64; // which the processor's cache holds
 
 using Letters = std::array<bool, 256>;
 
@@ -188,6 +191,8 @@ private:
     const char *passString(const char *at); ///< null when it does not end
     void addKey(const char *start, const char *end, bool hasEscapes);
     bool hasKeyTwice(const Level &level);
+    bool hasOneTwice(Key *first, Key *last);
+    bool hasOneOfManyTwice(const Key *first, const Key *last);
     std::string_view text(const Key &key) const;
 
     const char *const mBegin;
@@ -261,10 +266,39 @@ void Scanner::addKey(const char *start, const char *end, bool hasEscapes)
 
 bool Scanner::hasKeyTwice(const Level &level)
 {
-    const auto first = mKeys.begin() + level.firstKey;
-    std::sort(first, mKeys.end(), [this](const Key &one, const Key &other) { return isLess(text(one), text(other)); });
+    Key *const first = mKeys.begin() + level.firstKey;
+    return mKeys.end() - first > fewKeys ? hasOneOfManyTwice(first, mKeys.end()) : hasOneTwice(first, mKeys.end());
+}
+
+bool Scanner::hasOneTwice(Key *first, Key *last)
+{
+    std::sort(first, last, [this](const Key &one, const Key &other) { return isLess(text(one), text(other)); });
     const auto isSame = [this](const Key &one, const Key &other) { return text(one) == text(other); };
-    return std::adjacent_find(first, mKeys.end(), isSame) != mKeys.end();
+    return std::adjacent_find(first, last, isSame) != last;
+}
+
+/// Sorts numbers, which lie side by side, in place of texts, which lie all over the memory. Keys that somebody has made
+/// for one hash cost no more than sorting the texts.
+bool Scanner::hasOneOfManyTwice(const Key *first, const Key *last)
+{
+    constexpr int indexBits = 32;
+    const auto count = static_cast<std::size_t>(last - first);
+    std::vector<quint64> places(count); // the hash of a key, and its index
+    for (std::size_t i = 0; i < count; ++i)
+        places[i] = quint64(std::hash<std::string_view>()(text(first[i]))) << indexBits | i;
+    std::sort(places.begin(), places.end());
+
+    std::vector<Key> alike; // keys of one hash, seldom more than one
+    for (std::size_t i = 0; i < count; ++i) {
+        alike.push_back(first[static_cast<quint32>(places[i])]);
+        const bool isLast = i + 1 == count || places[i] >> indexBits != places[i + 1] >> indexBits;
+        if (!isLast)
+            continue;
+        if (alike.size() > 1 && hasOneTwice(alike.data(), alike.data() + alike.size()))
+            return true;
+        alike.clear();
+    }
+    return false;
 }
 
 std::string_view Scanner::text(const Key &key) const

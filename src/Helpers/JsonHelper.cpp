@@ -112,18 +112,24 @@ QByteArray JsonHelper::toByteArray(const QJsonObject &json)
     return QJsonDocument(json).toJson();
 }
 
-QJsonDocument JsonHelper::parse(const QByteArray &data, QJsonParseError *error)
+QJsonDocument JsonHelper::parse(const QByteArray &data, QJsonParseError *error, QString *reason)
 {
+    QJsonDocument document;
+    QJsonParseError problem{};
     const auto [fault, offset] = findJsonFault(data);
-    if (fault == JsonFault::None)
-        return QJsonDocument::fromJson(data, error);
+    if (fault == JsonFault::None) {
+        document = QJsonDocument::fromJson(data, &problem);
+    } else {
+        problem.error = fault == JsonFault::TooDeep ? QJsonParseError::DeepNesting : QJsonParseError::IllegalValue;
+        problem.offset = offset;
+    }
     if (fault == JsonFault::KeyTwice)
         qWarning() << "JSON with a key that stands twice in its object, at byte" << offset;
-    if (error) {
-        error->error = fault == JsonFault::TooDeep ? QJsonParseError::DeepNesting : QJsonParseError::IllegalValue;
-        error->offset = offset;
-    }
-    return {};
+    if (reason && problem.error != QJsonParseError::NoError)
+        *reason = fault == JsonFault::KeyTwice ? QStringLiteral("duplicate key") : problem.errorString();
+    if (error)
+        *error = problem;
+    return document;
 }
 
 bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)

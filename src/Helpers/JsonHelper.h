@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QString>
 
 class QObject;
 
@@ -29,7 +30,9 @@ public:
 
     /// Reads JSON of whomever. As QJsonDocument::fromJson(), but refuses an object that names a key twice, whose values
     /// Qt would lose, before Qt sees it; a warning tells.
-    static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr);
+    /// @param error of Qt, which has none for such a key: an illegal value then
+    /// @param reason for people, why there is no document: "duplicate key", or Qt's words; untouched if there is one
+    static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr, QString *reason = nullptr);
 
     /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
     /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. True,

@@ -35,15 +35,33 @@ constexpr int randomTimeout = 500;
 constexpr int macSize = 6; // bytes
 constexpr int hexadecimal = 16;
 
-/// Interface names become parts of paths and words of commands.
-bool isInterfaceName(const QString &name)
+bool refuse(const QString &name)
 {
-    static const QRegularExpression plainName(
-        QStringLiteral("\\A(?!\\.{1,2}\\z)[A-Za-z0-9._:@][A-Za-z0-9._:@-]{0,14}\\z"));
-    if (plainName.match(name).hasMatch())
-        return true;
     qWarning() << "Not the name of a network interface: " << name;
     return false;
+}
+
+/// Whether Linux may call an interface so. Asked where the name becomes part of a path or a word of a command.
+bool isInterfaceName(const QString &name)
+{
+    static const QRegularExpression blank(QStringLiteral("\\s"));
+    const QByteArray bytes = QFile::encodeName(name);
+    const bool isOne = !bytes.isEmpty() && bytes.size() < IFNAMSIZ && bytes != "." && bytes != ".."
+        && !bytes.contains('/') && !bytes.contains('\0') && !name.contains(blank);
+    return isOne || refuse(name);
+}
+
+/// Whether it is nothing but itself between the double quotes of a shell.
+bool isHarmlessInShell(const QString &name)
+{
+    static const QRegularExpression plain(QStringLiteral("\\A[A-Za-z0-9._:@%+=,-]+\\z"));
+    return plain.match(name).hasMatch() || refuse(name);
+}
+
+/// As a word of a command line, in which double quotes group words and three of them are one.
+QString wordOf(QString name)
+{
+    return name.replace(QLatin1Char('"'), QLatin1String("\"\"\""));
 }
 
 QStringList wordsOf(const QString &text)
@@ -83,7 +101,12 @@ bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord 
         qWarning() << "Failed to open " << fileName << " for reading";
         return false;
     }
-    *record = DhcpRecord::read(&file, family);
+    const std::optional<DhcpRecord> found = DhcpRecord::read(&file, family);
+    if (!found) {
+        qWarning() << "Too large for a record: " << fileName;
+        return false;
+    }
+    *record = *found;
     return true;
 }
 
@@ -118,8 +141,6 @@ QStringList macParts(const QString &mac)
 
 QString NetworkHelper::getInterfaceIPDetailsFileName(const QString &interface, bool ipv6)
 {
-    if (!isInterfaceName(interface))
-        return {};
     return (ipv6 ? QStringLiteral("/tmp/ip6Details.") : QStringLiteral("/tmp/ipDetails.")) + interface;
 }
 
@@ -144,8 +165,6 @@ bool NetworkHelper::getInterfaceIPv6Details(const QString &interface, IPDetails 
 
 bool NetworkHelper::getIPv4Address(const QString &interface, QString &address)
 {
-    if (!isInterfaceName(interface))
-        return false;
     const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (descriptor < 0)
         return false;
@@ -176,11 +195,11 @@ bool NetworkHelper::getIPv6GlobalAddress(const QString &interface, QString &addr
 
 bool NetworkHelper::getIPv6Address(const QString &interface, const QString &scope, QString &address)
 {
-    if (!isInterfaceName(interface))
+    if (!isInterfaceName(interface) || (mIsHardwareSimulation && !isHarmlessInShell(interface)))
         return false;
     const QString command = mIsHardwareSimulation
         ? echo(simulatedIPv6Address(interface, scope))
-        : QStringLiteral("ip -o -6 addr show dev %1 scope %2").arg(interface, scope);
+        : QStringLiteral("ip -o -6 addr show dev %1 scope %2").arg(wordOf(interface), scope);
     QByteArray output;
     const bool ok = SystemHelper::runCommand(command, addressTimeout, &output, nullptr);
     if (!ok) {
@@ -199,8 +218,9 @@ bool NetworkHelper::getIPv6DefaultGateway(const QString &interface, QString &gat
 {
     if (!isInterfaceName(interface))
         return false;
-    const QString command = mIsHardwareSimulation ? echo(QStringLiteral("default via fe80::290:7fff:feb1:62be"))
-                                                  : QStringLiteral("ip -o -6 route show default dev ") + interface;
+    const QString command = mIsHardwareSimulation
+        ? echo(QStringLiteral("default via fe80::290:7fff:feb1:62be"))
+        : QStringLiteral("ip -o -6 route show default dev ") + wordOf(interface);
     QByteArray output;
     if (!SystemHelper::runCommand(command, routeTimeout, &output, nullptr) || output.isEmpty())
         return false;
@@ -237,8 +257,6 @@ bool NetworkHelper::getIPv6LinkLocalInterfaceName(QString &interface)
 
 bool NetworkHelper::getMACAddress(const QString &interface, QVector<unsigned char> &bytes)
 {
-    if (!isInterfaceName(interface))
-        return false;
     ifaddrs *all = nullptr;
     if (getifaddrs(&all) != 0) {
         std::perror("getifaddrs");

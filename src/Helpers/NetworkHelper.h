@@ -15,8 +15,8 @@ class IPDetails;
 ///
 /// Every function works on the caller's thread and waits for the programs it runs: up to three seconds for each that
 /// changes something, two for an IPv6 address, one for a route. One that changes something waits three more for who is
-/// changing the same files. What was not found leaves the output as it was, unless the function says otherwise. Names
-/// that no network interface can have are refused.
+/// changing the same files. What was not found leaves the output as it was, unless the function says otherwise. A name
+/// that Linux gives no interface is refused where it would become part of a path that is opened or of a command.
 class VANTORBASE_EXPORT NetworkHelper : public QObject
 {
     Q_OBJECT
@@ -40,7 +40,8 @@ public:
     /// Adds servers for the local name server to ask; empty ones are left out. A domain alone is not added.
     static bool updateSystemDNSServers(const QString &primary, const QString &secondary, const QString &domain);
 
-    /// Where the hook writes what it was told about an interface; empty for a name that is refused.
+    /// Where the hook writes what it was told about an interface. Text for any name, also one that is refused
+    /// elsewhere.
     static QString getInterfaceIPDetailsFileName(const QString &interface, bool ipv6);
 
     // Both read what the hook has written; values that are not known become "-". False without an address. The record

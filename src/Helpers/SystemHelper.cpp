@@ -5,6 +5,7 @@
 #include "Helpers/FileAccess_p.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QDir>
 #include <QDirIterator>
@@ -36,6 +37,7 @@ constexpr quint32 packingTimeout = 300000;
 constexpr qint64 longestNumber = 1024; // bytes of a line
 constexpr int archiveWord = 2; // of the command line: tar -zcf ARCHIVE
 constexpr mode_t permissionBits = 0777;
+constexpr mode_t plainFileBits = 0666; // less what the umask takes
 
 constexpr int dropAllCaches = 3; // pages, directory entries and inodes
 constexpr int compactNow = 1;
@@ -55,38 +57,48 @@ void storeExitCode(int *exitCode, int value)
         *exitCode = value;
 }
 
+/// Waits until the command has ended, its time is up, or it has printed more than the limit. Returns whether it has
+/// ended.
+bool waitForEnd(CommandProcess &process, quint32 timeout, qint64 limit)
+{
+    const QDeadlineTimer deadline(timeout);
+    const auto rest = [&deadline] { return static_cast<int>(qMin<qint64>(deadline.remainingTime(), INT_MAX)); };
+    while (process.bytesAvailable() <= limit && process.waitForReadyRead(rest()) && !deadline.hasExpired()) {}
+    if (process.bytesAvailable() > limit)
+        return false;
+    return process.state() == QProcess::NotRunning || process.waitForFinished(rest()); // may have closed its output
+}
+
+void killAndClose(CommandProcess &process)
+{
+    process.killAll();
+    process.waitForFinished(endTimeout);
+    process.close();
+}
+
 bool run(CommandProcess &process, const QString &command, quint32 timeout, QByteArray *output, int *exitCode)
 {
     const qint64 limit = SystemHelper::maximumOutput();
-    bool isTooMuch = false;
-    QObject::connect(&process, &QProcess::readyRead, [&] {
-        if (isTooMuch || process.bytesAvailable() <= limit)
-            return;
-        isTooMuch = true;
-        process.killAll();
-    });
     process.startCommand(command);
-    if (!process.waitForStarted(startTimeout)) {
+    if (!process.waitForCommand(startTimeout)) {
         qDebug().noquote() << "Failed to start command: " << command;
         process.killUnstarted();
         storeExitCode(exitCode, SystemHelper::notStarted);
         return false;
     }
 
-    const bool isFinished = process.waitForFinished(static_cast<int>(qMin<quint32>(timeout, INT_MAX)));
-    if (isTooMuch) {
+    const bool isFinished = waitForEnd(process, timeout, limit);
+    if (process.bytesAvailable() > limit) {
         qWarning().noquote() << "Command printed more than" << limit << "bytes: " << command;
         if (output)
             *output = process.read(limit);
+        killAndClose(process);
         storeExitCode(exitCode, SIGKILL);
-        process.close();
         return false;
     }
     if (!isFinished) {
         qWarning() << "Command didn't finish: " << command;
-        process.killAll();
-        process.waitForFinished(endTimeout);
-        process.close();
+        killAndClose(process);
         storeExitCode(exitCode, SystemHelper::timedOut);
         return false;
     }
@@ -158,6 +170,17 @@ public:
 
     bool isSafe() const { return mIsSafe; }
 
+    QString name() const { return nameOf(mPath); }
+    QString nameAside() const { return nameOf(mAside); } ///< its own meanwhile; empty if there was none
+
+    /// Creates the file for the new one, unless there is something.
+    void beginNewOne() const
+    {
+        const int file = ::open(mPath.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, plainFileBits);
+        if (file >= 0)
+            ::close(file);
+    }
+
     void discard() const
     {
         if (!mAside.isEmpty())
@@ -173,6 +196,8 @@ public:
     }
 
 private:
+    static QString nameOf(const QByteArray &path) { return QFile::decodeName(path.mid(path.lastIndexOf('/') + 1)); }
+
     bool setAside(const struct stat &status)
     {
         QByteArray aside = mPath.left(mPath.lastIndexOf('/') + 1) + ".archive.XXXXXX";
@@ -201,12 +226,47 @@ private:
     bool mIsSafe = false;
 };
 
-/// No name is a host to tar, whatever colons it has. The command line is the one that is logged.
-QProcessEnvironment environmentOfTar()
+/// The names that tar gives to files of the archive's folder, as far as it comes by them: below each of the folders
+/// that it packs, up to the slash before the name.
+QStringList placesOfArchive(const QStringList &tarWords, const QString &archive)
+{
+    const QString folder = QFileInfo(targetOf(archive)).absoluteDir().canonicalPath() + QLatin1Char('/');
+    QStringList places;
+    QDir from = QDir::current();
+    for (int i = archiveWord + 1; i < tarWords.size(); ++i) {
+        if (tarWords.at(i) == QLatin1String("-C")) {
+            from.setPath(from.absoluteFilePath(tarWords.value(++i)));
+            continue;
+        }
+        const QFileInfo packed(from.absoluteFilePath(tarWords.at(i)));
+        const QString root = packed.canonicalFilePath() + QLatin1Char('/');
+        if (!packed.isSymLink() && packed.isDir() && folder.startsWith(root))
+            places << tarWords.at(i) + QLatin1Char('/') + folder.mid(root.size());
+    }
+    return places;
+}
+
+/// As a word of TAR_OPTIONS.
+QString quoted(const QString &text)
+{
+    QString result;
+    for (const QChar letter : text) {
+        if (letter.unicode() < 0x80 && !letter.isLetterOrNumber())
+            result += QLatin1Char('\\');
+        result += letter;
+    }
+    return result;
+}
+
+/// No name is a host to tar, whatever colons it has, and these are left out. The command line is the one that is
+/// logged.
+QProcessEnvironment environmentOfTar(const QStringList &excluded)
 {
     const QString name = QStringLiteral("TAR_OPTIONS");
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    const QString options = environment.value(name) + QStringLiteral(" --force-local");
+    QString options = environment.value(name) + QStringLiteral(" --force-local");
+    for (const QString &member : excluded)
+        options += QStringLiteral(" --anchored --no-wildcards --exclude=") + quoted(member);
     environment.insert(name, options.trimmed());
     return environment;
 }
@@ -371,13 +431,19 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
         qWarning().noquote() << "tar would take a name for an option: " << command;
         return false;
     }
+    const QStringList places = placesOfArchive(words, words.at(archiveWord));
     const FormerArchive former(words.at(archiveWord));
     if (!former.isSafe()) {
         qWarning().noquote() << "Failed to set the former archive aside: " << targetFilePath;
         return false;
     }
+    if (!places.isEmpty())
+        former.beginNewOne(); // a folder that changes while it is packed is a failure to tar
+    QStringList excluded;
+    for (const QString &place : places)
+        excluded << place + former.name() << place + former.nameAside();
     CommandProcess process;
-    process.setProcessEnvironment(environmentOfTar());
+    process.setProcessEnvironment(environmentOfTar(excluded));
     const bool isPacked = run(process, command, packingTimeout, nullptr, nullptr);
     if (isPacked)
         former.discard();

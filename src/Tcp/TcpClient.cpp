@@ -9,6 +9,7 @@
 #include <QPointer>
 
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr int connectTimeout = 3000; // milliseconds
@@ -57,8 +58,13 @@ bool TcpClient::start(const QString &ip, int port)
     const HeldSocket socket = mSocket;
     socket->connectToHost(ip, static_cast<quint16>(port), QIODevice::ReadWrite, QAbstractSocket::AnyIPProtocol);
     const bool isStarted = socket->waitForConnected(connectTimeout);
-    if (self && !isStarted && !isConnected())
+    if (!self)
+        return isStarted;
+    if (!isStarted && !isConnected())
         retryLater(false);
+    const bool isStarved = !isStarted && socket->error() == QAbstractSocket::SocketResourceError;
+    if (!std::exchange(mIsStarved, isStarved) && isStarved)
+        qWarning().noquote() << "cannot connect, trying again every second:" << socket->errorString();
     return isStarted;
 }
 

@@ -74,4 +74,5 @@ private:
     int mServerPort = 0;
     QTimer mRetryTimer; ///< a single one: starts that fail do not pile up retries
     bool mRetriesAfterDrop = false;
+    bool mIsStarved = false; ///< of file descriptors, and that was told
 };

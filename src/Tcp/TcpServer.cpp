@@ -102,7 +102,7 @@ void TcpServer::acceptOrPause()
         return;
     if (mCalls->areMost())
         mServer.pauseAccepting();
-    else if (!mAcceptTimer.isActive())
+    else
         mServer.resumeAccepting();
 }
 

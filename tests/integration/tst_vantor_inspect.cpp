@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Csv.h"
 #include "FiberInspection/Standard.h"
 #include "InspectProgram.h"
 #include "JsonOutput.h"
@@ -826,9 +827,47 @@ private Q_SLOTS:
                 printed.replace(QLatin1Char('\\'), QStringLiteral("\\\\"))
                     .replace(QLatin1Char('\n'), QStringLiteral("\\x0a"))
                     .replace(QLatin1Char('\t'), QStringLiteral("\\x09"));
+                if (printed.startsWith(QLatin1Char('-'))) // no formula
+                    printed.prepend(QLatin1Char('\''));
                 QCOMPARE(csvRecords(QString::fromUtf8(output)).value(1).value(0), printed);
             }
         }
+    }
+
+    void aFileNameIsNoFormulaToASpreadsheet_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("cell");
+        const auto row = [](const char *name, const char *cell) {
+            QTest::newRow(name) << QString::fromUtf8(name) << QString::fromUtf8(cell);
+        };
+        row("=HYPERLINK(\"x\").png", "'=HYPERLINK(\"x\").png");
+        row("+1.png", "'+1.png");
+        row("-1.png", "'-1.png");
+        row("@SUM.png", "'@SUM.png");
+        row("\t=1.png", "\\x09=1.png");
+        row("\r=1.png", "\\x0d=1.png");
+        row("'quoted.png", "''quoted.png"); // so that one quote can always be taken off
+        row("face=1.png", "face=1.png");
+    }
+
+    void aFileNameIsNoFormulaToASpreadsheet()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, cell);
+
+        const InspectRun run = runInspect({QStringLiteral("--csv"), QStringLiteral("--"), name});
+
+        const QStringList cells = csvRecords(QString::fromUtf8(run.output)).value(1);
+        QCOMPARE(cells.value(0), cell);
+        QCOMPARE(cells.value(4), QStringLiteral("Failed to load image: no such file"));
+    }
+
+    void aNumberStaysANumberInCsv()
+    {
+        QCOMPARE(Tools::csvLine({QStringLiteral("-1"), QStringLiteral("-1.5e-07"), QStringLiteral("+3"),
+                     QStringLiteral("-inf"), QStringLiteral("-"), QStringLiteral("-1+2")}),
+            QByteArray("-1,-1.5e-07,+3,-inf,'-,'-1+2\n"));
     }
 
     void aFileNameDoesNotControlTheTerminal()

@@ -56,18 +56,17 @@ private Q_SLOTS:
     void damagedFilesGiveEntriesAndNeverACrash_data()
     {
         QTest::addColumn<QByteArray>("format");
-        QTest::addColumn<bool>("noticesTruncation");
-        QTest::newRow("JPEG") << QByteArray("jpeg") << true;
-        QTest::newRow("PNG") << QByteArray("png") << true;
-        QTest::newRow("BMP") << QByteArray("bmp") << false;
-        QTest::newRow("TIFF") << QByteArray("tiff") << false;
-        QTest::newRow("WebP") << QByteArray("webp") << false;
+        QTest::newRow("JPEG") << QByteArray("jpeg");
+        QTest::newRow("PNG") << QByteArray("png");
+        QTest::newRow("BMP") << QByteArray("bmp");
+        QTest::newRow("PNM") << QByteArray("ppm");
+        QTest::newRow("TIFF") << QByteArray("tiff");
+        QTest::newRow("WebP") << QByteArray("webp");
     }
 
     void damagedFilesGiveEntriesAndNeverACrash()
     {
         QFETCH(QByteArray, format);
-        QFETCH(bool, noticesTruncation);
         const QByteArray whole = encoded(badFace(), format);
         QVERIFY(whole.size() > 1000);
         QTemporaryDir folder;
@@ -103,7 +102,7 @@ private Q_SLOTS:
             QCOMPARE(schemaViolation(objects[i]), QString());
             QCOMPARE(reason.isEmpty(), !error);
             QVERIFY2(!reason.startsWith(QStringLiteral("the analysis")), qPrintable(image + reason));
-            QVERIFY2(error || !noticesTruncation || !image.contains(QStringLiteral("truncated")), qPrintable(image));
+            QVERIFY2(error || !image.contains(QStringLiteral("truncated")), qPrintable(image));
             errors += error ? 1 : 0;
         }
         QVERIFY2(errors >= truncatedFiles / 2, qPrintable(QString::number(errors)));

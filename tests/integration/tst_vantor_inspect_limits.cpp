@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -77,6 +78,15 @@ private:
         for (int i = 0; i < images; ++i)
             arguments.append(mGood);
         return arguments;
+    }
+
+    /// Of the first worker; empty as long as there is none, or it is not set up.
+    static QString workerFolder(const InspectProgram &program)
+    {
+        const QDir folder(program.temporaryFolder());
+        const QStringList runs = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        const QString worker = folder.filePath(runs.value(0) + QStringLiteral("/1"));
+        return !runs.isEmpty() && QFileInfo(worker + QStringLiteral("/steps")).isDir() ? worker : QString();
     }
 
 private Q_SLOTS:
@@ -220,6 +230,93 @@ private Q_SLOTS:
     }
 
     // --- what is written
+
+    void aWorkerThatFillsItsFolderIsEnded_data()
+    {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<qint64>("size");
+        QTest::newRow("many files") << 100 << qint64(1);
+        QTest::newRow("large files") << 10 << 200 * mebibyte;
+    }
+
+    void aWorkerThatFillsItsFolderIsEnded()
+    {
+        QFETCH(int, files);
+        QFETCH(qint64, size);
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--repeat=100000"), mGood});
+        QCOMPARE(program.workers(1).size(), std::size_t(1));
+        QString folder;
+        QTRY_VERIFY(!(folder = workerFolder(program)).isEmpty());
+
+        for (int i = 0; i < files; ++i) { // in the name of the worker
+            QFile file(folder + QStringLiteral("/planted%1").arg(i));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size)); // of holes
+        }
+
+        QVERIFY(program.waitForEnd(patience));
+        QCOMPARE(program.exitCode(), 2);
+        QCOMPARE(reasonsIn(jsonLines(program.readAllStandardOutput())),
+            QStringList{QStringLiteral("the analysis filled its folder")});
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
+    void onlyTheStepImagesThatWereAskedForAreTaken_data()
+    {
+        QTest::addColumn<bool>("steps");
+        QTest::newRow("none") << false;
+        QTest::newRow("all") << true;
+    }
+
+    void onlyTheStepImagesThatWereAskedForAreTaken()
+    {
+        constexpr int planted = 20;
+        QFETCH(bool, steps);
+        QTemporaryDir out;
+        InspectProgram program;
+        program.begin(QStringList{QStringLiteral("--repeat=5"), QStringLiteral("--out"), out.path(), mGood}
+            + (steps ? QStringList{QStringLiteral("--steps")} : QStringList()));
+        bool isPlanted = false;
+        do {
+            const QString folder = workerFolder(program);
+            for (int i = 0; i < planted && !folder.isEmpty(); ++i) {
+                QFile file(folder + QStringLiteral("/steps/kept_%1_planted.png").arg(20 + i));
+                isPlanted = (file.open(QIODevice::WriteOnly) && file.write("x") == 1) || isPlanted;
+            }
+        } while (!program.waitForFinished(1) && program.state() != QProcess::NotRunning);
+
+        QVERIFY(isPlanted);
+        const int taken = QDir(out.path()).entryList({QStringLiteral("*.png")}, QDir::Files).size();
+        QVERIFY2(taken <= (steps ? 14 : 0), qPrintable(QString::number(taken)));
+        QVERIFY(!program.readAllStandardError().isEmpty() || !steps);
+    }
+
+    void stepImagesThatAreLostOnTheTemporaryDiskAreTold()
+    {
+        QTemporaryDir out;
+        InspectProgram program;
+        const SmallDisk disk(program.temporaryFolder(), 420); // of 600
+        if (!disk.problem().isEmpty())
+            QSKIP(qPrintable(disk.problem()));
+        QImage face = goodFace();
+        std::mt19937 random(1);
+        for (int y = 0; y < face.height(); ++y) { // noise, which makes the pictures large
+            for (int x = 0; x < face.width(); ++x)
+                face.setPixel(x, y, face.pixel(x, y) ^ (random() & 0x010101));
+        }
+        const QString image = in(QStringLiteral("noisy.png"));
+        QVERIFY(face.save(image));
+
+        program.begin(
+            {QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), image});
+
+        QVERIFY(program.waitForEnd());
+        QVERIFY(QFile::exists(out.filePath(QStringLiteral("noisy_result.jpg")))); // the smallest, and the last
+        QVERIFY(QDir(out.path()).entryList({QStringLiteral("*.png")}, QDir::Files).size() < 14);
+        QCOMPARE(program.readAllStandardError(),
+            QByteArray("vantor-inspect: noisy: some step images could not be written to the temporary folder\n"));
+        QCOMPARE(program.exitCode(), 74);
+    }
 
     void aFullDiskBehindTheOutputFolderIsAnError()
     {

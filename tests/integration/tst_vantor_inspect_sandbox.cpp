@@ -69,7 +69,7 @@ private:
     {
         const QByteArray folder = QFile::encodeName(mInside.path());
         return ForkedChild::run([&] {
-            if (isShutIn && Sandbox().enter(folder))
+            if (isShutIn && Sandbox().enter({folder, {folder}}))
                 return NotShutIn;
             return attempt() ? CameThrough : Refused;
         });
@@ -167,13 +167,35 @@ private Q_SLOTS:
         QCOMPARE(tryIt(attempt, true).exitCode, int(Refused));
     }
 
+    void itsFolderIsWrittenToOnlyWhereThatIsGranted()
+    {
+        const QTemporaryDir readable;
+        const QByteArray folder = QFile::encodeName(readable.path());
+        const QByteArray file = folder + "/file";
+        QVERIFY(opens(file, O_WRONLY | O_CREAT));
+        const QByteArray writable = folder + "/writable";
+        QCOMPARE(mkdir(writable.constData(), 0700), 0);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            if (Sandbox().enter({folder, {writable}}))
+                return int(NotShutIn);
+            const bool writes =
+                opens(file, O_WRONLY) || opens(folder + "/new", O_WRONLY | O_CREAT) || unlink(file.constData()) == 0;
+            const bool isFine = opens(file, O_RDONLY) && opens(writable + "/new", O_WRONLY | O_CREAT)
+                && unlink((writable + "/new").constData()) == 0;
+            return int(isFine && !writes ? CameThrough : Refused);
+        });
+
+        QCOMPARE(child.exitCode, int(CameThrough));
+    }
+
     void neighboursCanBeNeitherTracedNorReadNorSignalled()
     {
         const QByteArray folder = QFile::encodeName(mInside.path());
         const auto meddle = [&](bool isShutIn) {
             return ForkedChild::run([&] {
                 const pid_t other = neighbour();
-                if (isShutIn && Sandbox().enter(folder))
+                if (isShutIn && Sandbox().enter({folder, {folder}}))
                     return -1;
                 char here = 0;
                 char there = 0;
@@ -232,7 +254,7 @@ private Q_SLOTS:
         const auto largestBlock = [&](quint64 budget) {
             return ForkedChild::run([&] {
                 Sandbox sandbox;
-                if (sandbox.enter(folder))
+                if (sandbox.enter({folder, {folder}}))
                     return -1;
                 sandbox.setBudget({budget, 10});
                 int largest = 0; // in units of 100 MiB
@@ -256,7 +278,7 @@ private Q_SLOTS:
 
         const ForkedChild child = ForkedChild::run([&] {
             Sandbox sandbox;
-            if (sandbox.enter(folder))
+            if (sandbox.enter({folder, {folder}}))
                 return 1;
             sandbox.setBudget({Sandbox::mostMemory, 0});
             for (volatile bool isOn = true; isOn;) {}

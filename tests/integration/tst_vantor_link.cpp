@@ -23,6 +23,7 @@ constexpr int mostBuffered = 8 * mebibyte; // far less than what is sent
 
 const QString echoOption = QStringLiteral("--echo");
 const QString noInputOption = QStringLiteral("--no-input");
+const QString maxFrameOption = QStringLiteral("--max-frame");
 
 QByteArray numberLine(int number)
 {
@@ -70,6 +71,15 @@ void addHostileBytes()
     QTest::newRow("a length of 2 GB") << "2000000000{" + QByteArray(tooMuch, 'a') + "x";
     QTest::newRow("braces") << QByteArray(4 * mebibyte, '{') + "x";
     QTest::newRow("negative lengths") << QByteArray("-2{}-5{abc}-3").repeated(10000) + "x";
+}
+
+/// A frame of this size, with its number in it.
+QByteArray frameOfSize(int size)
+{
+    const auto digits = [](int number) { return QByteArray::number(number).size(); };
+    const QByteArray object = numberLine(size).trimmed();
+    const int padding = size - digits(size - digits(size)) - object.size();
+    return Loopback::frame(object.chopped(1) + QByteArray(padding, ' ') + '}');
 }
 
 /// Writes all of it, whatever the other end makes of it, and whenever it reads.
@@ -133,6 +143,9 @@ private Q_SLOTS:
             "\"localhost\" is no address, such as 192.0.2.7 or fe80::7%eth0; names are not looked up");
         row("listen --port 1 --linger -1", "--linger needs seconds, from 0 to 3600, not \"-1\"");
         row("listen --port 1 --linger nan", "--linger needs seconds, from 0 to 3600, not \"nan\"");
+        row("listen --port 1 --max-frame 0", "--max-frame needs bytes, from 1 to 67108864, not \"0\"");
+        row("listen --port 1 --max-frame 67108865", "--max-frame needs bytes, from 1 to 67108864, not \"67108865\"");
+        row("connect ::1 --port 1 --max-frame 1M", "--max-frame needs bytes, from 1 to 67108864, not \"1M\"");
         row("listen --port 1 --queue", "Unknown option 'queue'.");
     }
 
@@ -157,6 +170,7 @@ private Q_SLOTS:
         QVERIFY(help.waitForEnd());
         QCOMPARE(help.endCode(), 0);
         QVERIFY(help.output().contains("--no-input"));
+        QVERIFY(help.output().contains("--max-frame"));
 
         LinkProgram version;
         version.begin({QStringLiteral("--version")});
@@ -201,8 +215,8 @@ private Q_SLOTS:
         LinkProgram sender;
         sender.connectTo(Loopback::address(), mPort);
 
-        sender.write(
-            "{\"a\": 1}\nabc\n\n   \r\n[1, 2]\n{\"a\": 2}\r\n{\"a\": \n\xff\xfe\n{\"\xc3\xa9\": [true, null]}");
+        sender.write("{\"a\": 1}\nabc\n\n   \r\n[1, 2]\n{\"a\": 2}\r\n{\"a\": \n\xff\xfe\n{\"a\": 1, \"a\": "
+                     "2}\n{\"\xc3\xa9\": [true, null]}");
         sender.closeWriteChannel();
 
         QVERIFY(sender.waitForEnd());
@@ -211,9 +225,10 @@ private Q_SLOTS:
         QCOMPARE(listener.output(), QByteArray("{\"a\":1}\n{\"a\":2}\n{\"\xc3\xa9\":[true,null]}\n"));
         for (const char *const line : {"line 2 is not sent: no JSON object: illegal value, at byte 1\n",
                  "line 5 is not sent: an array cannot be sent, only an object\n", "line 7 is not sent: no JSON object",
-                 "line 8 is not sent: no JSON object"})
+                 "line 8 is not sent: no JSON object",
+                 "line 9 is not sent: no JSON object: duplicate key, at byte 15\n"})
             QVERIFY2(sender.says(line), sender.messages().constData());
-        QCOMPARE(sender.messages().count("is not sent"), 4);
+        QCOMPARE(sender.messages().count("is not sent"), 5);
     }
 
     void aLineThatIsTooLongIsToldAndTheNextOneSent() const
@@ -223,13 +238,97 @@ private Q_SLOTS:
         LinkProgram sender;
         sender.connectTo(Loopback::address(), mPort);
 
-        sender.write('{' + QByteArray(TcpProtocolParser::maxBufferSize + 100000, ' ') + "}\n" + numberLine(1));
+        sender.write('{' + QByteArray(mebibyte - 1, ' ') + "}\n" + numberLine(1));
         sender.closeWriteChannel();
 
         QVERIFY(sender.waitForEnd(longPatience));
         QCOMPARE(sender.endCode(), 1);
-        QVERIFY(sender.says("line 1 is not sent: longer than 67108864 bytes\n"));
+        QVERIFY(sender.says("line 1 is not sent: longer than 1048576 bytes, see --max-frame\n"));
         QVERIFY(listener.waitForOutput(numberLine(1)));
+    }
+
+    void aFrameThatIsTooLargeIsToldAndTheNextOneSent() const
+    {
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort, {maxFrameOption, QStringLiteral("22")});
+
+        sender.write(numberLine(10) + numberLine(1)); // frames of 23 and 22 bytes
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd());
+        QCOMPARE(sender.endCode(), 1);
+        QVERIFY(sender.says("line 1 is not sent: a frame of 23 bytes, more than --max-frame allows\n"));
+        QCOMPARE(sender.messages().count("is not sent"), 1);
+        QVERIFY(listener.waitForOutput(numberLine(1)));
+    }
+
+    void noLargerFrameIsTaken_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("largest");
+        QTest::newRow("without --max-frame") << QStringList() << mebibyte;
+        QTest::newRow("with --max-frame") << QStringList{maxFrameOption, QStringLiteral("1000")} << 1000;
+        QTest::newRow("the largest") << QStringList{maxFrameOption, QStringLiteral("67108864")}
+                                     << TcpProtocolParser::maxBufferSize;
+    }
+
+    void noLargerFrameIsTaken()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(int, largest);
+        LinkProgram listener;
+        listener.listen(mPort, options + QStringList{noInputOption});
+        const auto peer = connectPeer();
+        QVERIFY(peerGetsNoLargerFrameThrough(listener, *peer, largest));
+
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        LinkProgram client;
+        client.connectTo(Loopback::address(), server.serverPort(), options + QStringList{noInputOption});
+        QTRY_VERIFY(server.hasPendingConnections());
+        QVERIFY(peerGetsNoLargerFrameThrough(client, *server.nextPendingConnection(), largest));
+    }
+
+    void outOfMemoryEndsIt_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("listens");
+        QTest::newRow("reading the payload, listening") << 60 * mebibyte << true;
+        QTest::newRow("reading the payload, connecting") << 60 * mebibyte << false;
+    }
+
+    void outOfMemoryEndsIt()
+    {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("the sanitizer itself needs more memory than is left");
+#endif
+        QFETCH(int, size);
+        QFETCH(bool, listens);
+        LinkProgram program({QStringLiteral("prlimit"), QStringLiteral("--as=600000000")});
+        const QStringList options{noInputOption, maxFrameOption, QStringLiteral("67108864")};
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        std::unique_ptr<QTcpSocket> connection;
+        if (listens) {
+            program.listen(mPort, options);
+            connection = connectPeer();
+        } else {
+            program.connectTo(Loopback::address(), server.serverPort(), options);
+            QTRY_VERIFY(server.hasPendingConnections());
+            connection.reset(server.nextPendingConnection());
+        }
+
+        connection->write(Loopback::frame(1));
+        QVERIFY(program.waitForOutput("{\"type\":1}\n"));
+        connection->write(Loopback::frame("{\"a\":[" + QByteArray("1,").repeated(size / 2) + "1]}"));
+
+        QVERIFY(program.waitForEnd(longPatience));
+        QCOMPARE(program.endCode(), 71);
+        QVERIFY2(program.says("vantor-link: out of memory; a smaller --max-frame needs less\n"),
+            program.messages().constData());
+        QCOMPARE(program.output(), QByteArray("{\"type\":1}\n"));
     }
 
     void aPayloadThatIsNoJsonIsPrintedAsAString()
@@ -583,7 +682,10 @@ private Q_SLOTS:
 
     // --- Peers that mean no good ---
 
-    void theListeningEndOutlivesHostileBytes_data() { addHostileBytes(); }
+    void theListeningEndOutlivesHostileBytes_data()
+    {
+        addHostileBytes();
+    }
 
     void theListeningEndOutlivesHostileBytes()
     {
@@ -604,7 +706,10 @@ private Q_SLOTS:
         QTRY_COMPARE(program.descriptors(), descriptors);
     }
 
-    void theConnectingEndOutlivesHostileBytes_data() { addHostileBytes(); }
+    void theConnectingEndOutlivesHostileBytes_data()
+    {
+        addHostileBytes();
+    }
 
     void theConnectingEndOutlivesHostileBytes() const
     {
@@ -657,6 +762,16 @@ private:
         socket->connectToHost(Loopback::address(), static_cast<quint16>(mPort));
         socket->waitForConnected(patience);
         return socket;
+    }
+
+    /// One that is as large as may be comes through, one byte more does not, and the link goes on.
+    static bool peerGetsNoLargerFrameThrough(LinkProgram &program, QTcpSocket &peer, int largest)
+    {
+        const QByteArray warning = "vantor-link: Invalid data. Erasing buffer " + QByteArray::number(largest + 1);
+        return writeAll(peer, frameOfSize(largest)) && program.waitForOutput(numberLine(largest))
+            && !program.says(warning.constData()) && writeAll(peer, frameOfSize(largest + 1))
+            && program.waitForMessage(warning.constData()) && writeAll(peer, Loopback::frame(numberLine(1)))
+            && program.waitForOutput(numberLine(1)) && !program.output().contains(numberLine(largest + 1));
     }
 
     /// Connects, has one message answered, and goes; so often.

@@ -558,6 +558,52 @@ private Q_SLOTS:
             QByteArray("nameserver 10.20.0.1 # dhclient d0 IPv4;\n"));
     }
 
+    // A name on the wire is ASCII. Of the rest much moves a cursor or hides text: C1 controls, bidirectional controls.
+    void aValueIsPrintableAscii_data()
+    {
+        QTest::addColumn<QString>("domain"); // as bash quotes it
+        QTest::addColumn<QByteArray>("line");
+        QTest::newRow("printable") << QStringLiteral("a-1.lab !~") << QByteArray("domain_name=a-1.lab !~\n");
+        const auto refused = [](const char *name, const char *domain) {
+            QTest::newRow(name) << QString::fromUtf8(domain) << QByteArray();
+        };
+        refused("C0", "lab\\x1b[2J");
+        refused("a tab", "lab\\tx");
+        refused("delete", "lab\\x7f");
+        refused("C1, a byte", "lab\\x9b2J");
+        refused("the first of C1, a byte", "\\x80");
+        refused("C1, UTF-8", "lab\\xc2\\x9b2J");
+        refused("next line, UTF-8", "lab\\xc2\\x85subnet_mask=1.2.3.4");
+        refused("a bidirectional control", "lab\\xe2\\x80\\xae");
+    }
+
+    void aValueIsPrintableAscii()
+    {
+        QFETCH(QString, domain);
+        QFETCH(QByteArray, line);
+
+        for (const char *locale : {"C", "C.UTF-8"}) {
+            const QString variables =
+                QStringLiteral("LC_ALL=%1 reason=BOUND new_ip_address=10.20.0.5 new_domain_name=$'%2'");
+            dhclientScript(variables.arg(QLatin1String(locale), domain));
+
+            QCOMPARE(Lab::read(recordV4), "ip_address=10.20.0.5\n" + line);
+        }
+    }
+
+    void withoutItsLockTheHookGoesOnAndTellsIt()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f /run/ipdetails.lock; mkdir /run/ipdetails.lock")));
+
+        const Lab::Run run = dhclientScript(bound);
+
+        QVERIFY(Lab::succeeds(QStringLiteral("rmdir /run/ipdetails.lock")));
+        QVERIFY2(
+            run.output.contains("ipdetails: going on without a lock: /run/ipdetails.lock\n"), run.output.constData());
+        QVERIFY(Lab::read(recordV4).startsWith("ip_address=10.20.0.5\n"));
+        QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1 "));
+    }
+
     void theHookLetsNobodyElseHoldTheLock()
     {
         QVERIFY(Lab::succeeds(QStringLiteral("rm -f /run/ipdetails.lock")));
@@ -598,6 +644,18 @@ private Q_SLOTS:
         QCOMPARE(log.asText(),
             (QStringList{QStringLiteral("warning: Failed to open  \"/tmp/ipDetails.d0\"  for reading"),
                 QStringLiteral("warning: Failed to open  \"/tmp/ip6Details.d0\"  for reading")}));
+    }
+
+    void aRecordThatIsTooLargeIsRefusedAndTold()
+    {
+        QVERIFY(Lab::write(recordV4, "ip_address=10.0.0.5\n" + QByteArray(4 * 1024 * 1024, 'x')));
+        IPDetails details;
+        const LogCapture log;
+
+        QVERIFY(!NetworkHelper::getInterfaceIPv4Details(QStringLiteral("d0"), details));
+
+        QVERIFY(!details.address_dirty());
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Too large for a record:  \"/tmp/ipDetails.d0\"")));
     }
 
     void aRecordWithoutAnAddressStillGivesTheOtherValues()

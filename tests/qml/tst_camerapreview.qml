@@ -172,6 +172,44 @@ Item {
             compare(files.sizeOf(path), Qt.size(800, 600));
         }
 
+        function captureLateAndInTime(preview) {
+            const late = files.path("tmp/late.jpg");
+            simulatedScope.holdNextStill();
+            preview.captureImageToFile(late);
+            preview.captureImageToFile(files.path("tmp/in time.jpg"));
+            tryCompare(preview, "saved", 1, Patience.longest);
+            verify(!files.exists(late));
+            return late;
+        }
+
+        function test_anEarlierStillThatIsSavedLateIsNotTold() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const late = captureLateAndInTime(preview);
+
+            simulatedScope.releaseStills();
+
+            tryVerify(function() { return files.exists(late); }, Patience.longest);
+            compare(preview.saved, 1);
+            compare(preview.previews.length, 1);
+            files.remove(late);
+        }
+
+        function test_aStillThatIsForgottenIsNotTold() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/forgotten.jpg");
+            preview.captureImageToFile(path);
+
+            preview.forgetCapture();
+
+            tryVerify(function() { return files.exists(path); }, Patience.longest);
+            compare(preview.saved, 0);
+            compare(preview.previews.length, 0);
+            preview.captureImageToFile(path);
+            tryCompare(preview, "saved", 1, Patience.longest);
+        }
+
         function test_aStillThatCannotBeSavedIsTold() {
             const preview = createReady();
             tryVerify(simulatedScope.isSettled, Patience.longest);

@@ -344,6 +344,22 @@ Item {
             compare(scene.callsOf("requestAnalyse")[0][2], 4);
         }
 
+        function test_onlyTheLastPhotographIsAnalysed() {
+            const page = create();
+            focus(page);
+            simulatedScope.holdNextStill();
+            page.analyse();
+            page.analyse();
+            tryVerify(function() { return scene.callsOf("requestAnalyse").length === 1; }, Patience.longest);
+            files.remove(imagePath);
+
+            simulatedScope.releaseStills();
+
+            tryVerify(function() { return files.exists(imagePath); }, Patience.longest);
+            wait(0); // the request would come now
+            compare(scene.callsOf("requestAnalyse").length, 1);
+        }
+
         function test_anImageOutOfFocusIsNotAnalysed_data() {
             return [
                 { tag: "not measured", focus: -1 },

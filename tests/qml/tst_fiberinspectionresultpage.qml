@@ -188,6 +188,33 @@ Item {
             verify(verdict(page).visible); // the verdict does not hang on the picture
         }
 
+        function missingPicture(page) {
+            return Items.find(page, function(item) { return item.objectName === "missingPicture"; });
+        }
+
+        function test_aPictureThatIsNotThereIsTold_data() {
+            return [
+                { tag: "not written", path: files.path("no picture.png"),
+                  text: "There is no picture: it could not be saved. The disk may be full." },
+                { tag: "not filed", path: "", text: "There is no picture: it could not be filed." },
+            ];
+        }
+        function test_aPictureThatIsNotThereIsTold(row) {
+            const page = createTemporaryObject(pageComponent, scene);
+            verify(!missingPicture(page).visible);
+            if (row.path !== "")
+                ignoreWarning(new RegExp("Cannot open: file://.*/no.*picture"));
+
+            fiberManager.analyseFinished(false, "", row.path);
+
+            verify(verdict(page).visible);
+            verify(missingPicture(page).visible);
+            compare(missingPicture(page).text, row.text);
+            files.paint(files.path("result.png"), "blue");
+            finish(true);
+            verify(!missingPicture(page).visible);
+        }
+
         function test_withoutPathsThereIsAVerdict() {
             const page = createTemporaryObject(pageComponent, scene);
 

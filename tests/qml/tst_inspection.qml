@@ -238,6 +238,30 @@ Item {
             compare(snackBar.texts, []);
         }
 
+        // The camera may be slower than the transition, in which the page still lives.
+        function test_leavingTheCameraPageForgetsItsPhotograph() {
+            stackView.clear(StackView.Immediate);
+            const first = stackView.push(resultComponent, {}, StackView.Immediate);
+            const page = stackView.push(inspectionComponent, {}, StackView.Immediate);
+            const view = Items.byType(page, "CameraPreview");
+            tryCompare(view, "ready", true, Patience.longest);
+            answerSpy.clear();
+            simulatedScope.holdNextStill();
+            page.capture();
+            var isSaved = false;
+            view.videoOutput.source.imageCapture.imageSaved.connect(function() { isSaved = true; });
+
+            stackView.pop(); // with its transition
+            simulatedScope.releaseStills();
+
+            tryVerify(function() { return isSaved || !stackView.busy; }, Patience.longest);
+            wait(0); // the request would come now
+            heldManager.finish();
+            compare(stackView.currentItem, first);
+            wait(0); // an answer would come now
+            compare(answerSpy.count, 0);
+        }
+
         function test_leavingThePageDuringTheAnalysisIsFine() {
             look("clean");
             analyse();

@@ -67,6 +67,52 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
     }
     return cmyk;
 }
+
+/// Bits of a lossless WebP, from the lowest one on.
+class BitWriter
+{
+public:
+    void add(quint32 value, int count)
+    {
+        for (int i = 0; i < count; ++i, ++mBits) {
+            if (mBits % 8 == 0)
+                mBytes.append('\0');
+            if ((value >> i & 1) != 0)
+                mBytes[mBytes.size() - 1] = char(mBytes.back() | 1 << mBits % 8);
+        }
+    }
+    void addCode(quint32 code, int length) // whose highest bit comes first
+    {
+        for (int i = length - 1; i >= 0; --i)
+            add(code >> i, 1);
+    }
+    const QByteArray &bytes() const { return mBytes; }
+
+private:
+    QByteArray mBytes;
+    int mBits = 0;
+};
+
+/// The code of one symbol, 0, which then takes no bits.
+void addTrivialCode(BitWriter *bits)
+{
+    bits->add(1, 4);
+}
+
+/// The code in which each of 256 symbols has 8 bits, and the others, which mean lengths, none.
+void addPlainCode(BitWriter *bits, int others)
+{
+    bits->add(0, 1);
+    bits->add(12 - 4, 4);
+    for (const quint32 length : {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}) // of 18, a run of zeros, and of 8
+        bits->add(length, 3);
+    bits->add(0, 1);
+    bits->add(0, 256);
+    if (others > 0) {
+        bits->add(1, 1);
+        bits->add(quint32(others) - 11, 7);
+    }
+}
 } // namespace
 
 QByteArray jpeg(const cv::Mat &bgr, const Jpeg &kind)
@@ -230,6 +276,45 @@ QByteArray bmp(int width, int height, int bits, bool isFromTop)
         + randomBytes(lineSize * height);
 }
 
+QByteArray webp(const QByteArrayList &chunks)
+{
+    const QByteArray content = "WEBP" + chunks.join();
+    return "RIFF" + littleEndian(quint32(content.size()), 4) + content;
+}
+
+QByteArray webpChunk(const QByteArray &type, const QByteArray &payload)
+{
+    const QByteArray padding(payload.size() % 2, '\0');
+    return type + littleEndian(quint32(payload.size()), 4) + payload + padding;
+}
+
+QByteArray losslessWebpOfManyCodes(int side, int squareBits, bool hasHeader)
+{
+    const int squares = (side >> squareBits) * (side >> squareBits);
+    BitWriter bits;
+    if (hasHeader) {
+        bits.add(0x2F, 8);
+        bits.add(quint32(side - 1), 14);
+        bits.add(quint32(side - 1), 14);
+        bits.add(0, 1 + 3); // no transparency, version
+    }
+    bits.add(0, 1 + 1); // no transforms, no colour cache
+    bits.add(1, 1);
+    bits.add(quint32(squareBits - 2), 3);
+    bits.add(0, 1); // no colour cache
+    addPlainCode(&bits, 24);
+    addPlainCode(&bits, 0);
+    for (int i = 0; i < 3; ++i)
+        addTrivialCode(&bits);
+    for (int i = 0; i < squares; ++i) { // the number of its codes
+        bits.addCode(quint32(i & 0xFF), 8);
+        bits.addCode(quint32(i >> 8 & 0xFF), 8);
+    }
+    for (int i = 0; i < 5 * qMin(squares, 65536); ++i)
+        addTrivialCode(&bits);
+    return bits.bytes();
+}
+
 QByteArray encoded(const char *extension, const cv::Mat &mat, const std::vector<int> &parameters)
 {
     std::vector<uchar> bytes;
@@ -251,6 +336,12 @@ QByteArray littleEndian(quint32 value, int bytes)
     for (int shift = 0; shift < bitsPerByte * bytes; shift += bitsPerByte)
         result.append(char(value >> shift));
     return result;
+}
+
+QByteArray deflated(const QByteArray &bytes, int level)
+{
+    constexpr int qtHeader = 4; // bytes
+    return qCompress(bytes, level).mid(qtHeader);
 }
 
 QByteArray pngChunk(const QByteArray &type, const QByteArray &payload)

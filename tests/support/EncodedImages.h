@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayList>
 
 #include <opencv2/core.hpp>
 
@@ -68,6 +69,15 @@ QByteArray tiff(const TiffStrips &strips);
 /// A BMP of random pixels.
 QByteArray bmp(int width, int height, int bits, bool isFromTop = false);
 
+/// A WebP of these chunks.
+QByteArray webp(const QByteArrayList &chunks);
+QByteArray webpChunk(const QByteArray &type, const QByteArray &payload);
+
+/// The stream of a lossless WebP of one colour in which each square has codes of its own, 65,536 at most.
+/// @param squareBits the logarithm of a square's side, from 2 on
+/// @param hasHeader of an image; without one it is the transparency of a lossy image
+QByteArray losslessWebpOfManyCodes(int side, int squareBits, bool hasHeader = true);
+
 /// By OpenCV, by the extension.
 QByteArray encoded(const char *extension, const cv::Mat &mat, const std::vector<int> &parameters = {});
 
@@ -75,6 +85,10 @@ QByteArray encoded(const char *extension, const cv::Mat &mat, const std::vector<
 
 QByteArray bigEndian(quint32 value, int bytes);
 QByteArray littleEndian(quint32 value, int bytes);
+
+/// Zlib's form.
+QByteArray deflated(const QByteArray &bytes, int level = 1);
+
 QByteArray pngChunk(const QByteArray &type, const QByteArray &payload);
 
 /// A piece of a JPEG file: a marker with its segment, or coded data.

@@ -12,8 +12,9 @@ namespace NestedLoop {
 constexpr int patience = 20000; ///< milliseconds
 
 /// Runs a loop of this thread until the condition holds. Returns whether it came to that.
+/// @param interval milliseconds between two looks at it; 0 looks in every turn of the loop
 template <typename Condition>
-bool runUntil(const Condition &condition)
+bool runUntil(const Condition &condition, int interval = 1)
 {
     QEventLoop loop;
     QTimer poll;
@@ -23,7 +24,7 @@ bool runUntil(const Condition &condition)
         if (condition() || elapsed.hasExpired(patience))
             loop.quit();
     });
-    poll.start(1);
+    poll.start(interval);
     loop.exec();
     return condition();
 }

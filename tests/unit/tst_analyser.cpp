@@ -14,9 +14,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
 #include <dlfcn.h>
 #include <memory>
 #include <stdexcept>
+#include <sys/resource.h>
 
 using FiberInspection::Analyser;
 using FiberInspection::AnalyserPrivate;
@@ -520,6 +522,32 @@ private Q_SLOTS:
         QVERIFY(filesBelow(mWorkDir->path()).isEmpty());
     }
 
+    void aFullDiskLeavesNoPictureOfAnotherFibre()
+    {
+        Analyser analyser;
+        analyser.analyse(anyStandard, QStringLiteral("port 1"));
+        QVERIFY(!resultImage().isEmpty());
+        DrawnFibre other;
+        other.pitRadius = 15;
+        QVERIFY(setCameraImage(other.jpeg()));
+        const LogCapture log;
+        TestResult result;
+
+        {
+            const Faults::FileSizeLimit noFiles(1024);
+            result = analyser.analyse(anyStandard, QStringLiteral("port 1"));
+        }
+
+        QVERIFY(!result.error());
+        QVERIFY(!result.passed());
+        QCOMPARE(filesBelow(mWorkDir->path()), QStringList{QStringLiteral("tmp/fiber_image.jpg")});
+        QCOMPARE(log.warnings(),
+            (QStringList{QStringLiteral("result image not written: \"%1\"")
+                             .arg(BaseDirHelper::tmpFiberInspectionResultImagePath()),
+                notFiled(analyser.lastSourceImagePath()),
+                missing(BaseDirHelper::tmpFiberInspectionResultImagePath())}));
+    }
+
     void aReadOnlyFolderKeepsItsPictures()
     {
         Analyser analyser;
@@ -569,7 +597,6 @@ private Q_SLOTS:
     {
         Analyser analyser;
         analyser.analyse(anyStandard, QStringLiteral("port 1"));
-        const QByteArray former = filed(QStringLiteral("port 1/source.jpg"));
         QVERIFY(QFile::setPermissions(BaseDirHelper::tmpFiberInspectionImagePath(), QFile::Permissions()));
         const LogCapture log;
         bool error = false;
@@ -577,16 +604,15 @@ private Q_SLOTS:
         Faults::withoutOverride([&] { error = analyser.analyse(anyStandard, QStringLiteral("port 1")).error(); });
 
         QVERIFY(error);
-        QCOMPARE(filed(QStringLiteral("port 1/source.jpg")), former);
+        QVERIFY(!QFile::exists(inspectionPath(QStringLiteral("port 1/source.jpg"))));
         QVERIFY(log.warnings().contains(notFiled(analyser.lastSourceImagePath())));
     }
 
-    void whatDoesNotFitLeavesTheFormerPictureWhole()
+    void whatDoesNotFitLeavesNothing()
     {
         constexpr int limit = 512 * 1024;
         Analyser analyser;
         analyser.analyse(anyStandard, QStringLiteral("port 1"));
-        const QByteArray former = filed(QStringLiteral("port 1/source.jpg"));
         // Bytes behind the end of a picture are no part of it.
         QVERIFY(setCameraImage(DrawnFibre().jpeg() + QByteArray(3 * limit, '\0')));
         const LogCapture log;
@@ -598,10 +624,9 @@ private Q_SLOTS:
         }
 
         QVERIFY(!error);
-        QCOMPARE(filed(QStringLiteral("port 1/source.jpg")), former);
         QCOMPARE(filed(QStringLiteral("port 1/result.jpg")), resultImage());
         QCOMPARE(log.warnings(), QStringList{notFiled(analyser.lastSourceImagePath())});
-        QCOMPARE(filesBelow(mWorkDir->path()).size(), 4); // no part of it is left
+        QCOMPARE(filesBelow(mWorkDir->path()).size(), 3); // no part of it is left, nor of the former one
     }
 
     void aPictureOfAnySizeIsWholeOrNotThere_data()
@@ -614,40 +639,37 @@ private Q_SLOTS:
     void aPictureOfAnySizeIsWholeOrNotThere()
     {
         QFETCH(int, limit);
-        QByteArray whole("former");
         Analyser analyser;
         QVERIFY(!analyser.analyse(anyStandard, QStringLiteral("port 1")).error());
-        QVERIFY(writeFile(inspectionPath(QStringLiteral("port 1/source.jpg")), whole));
 
         for (const int size : {limit - 1, limit, limit + 1, limit + 5000}) {
             const QByteArray image(size, static_cast<char>('a' + size % 26));
             QVERIFY(setCameraImage(image));
-            if (size <= limit)
-                whole = image;
             {
                 const Faults::FileSizeLimit noBigFiles(static_cast<rlim_t>(limit));
                 analyser.analyse(anyStandard, QStringLiteral("port 1"));
             }
-            QVERIFY(filed(QStringLiteral("port 1/source.jpg")) == whole);
-            QCOMPARE(filesBelow(inspectionPath(QStringLiteral("port 1"))).size(), 2);
+            const bool fits = size <= limit;
+            QVERIFY(filed(QStringLiteral("port 1/source.jpg")) == (fits ? image : QByteArray()));
+            const QStringList files = filesBelow(inspectionPath(QStringLiteral("port 1")));
+            QCOMPARE(files.contains(QStringLiteral("source.jpg")), fits);
+            QVERIFY(files.size() <= 2);
         }
     }
 
-    void aFullDiskLeavesTheFormerPictureWhole_data()
+    void aFullDiskLeavesNothingOfTheFormerPictures_data()
     {
         QTest::addColumn<int>("freeKibibytes");
-        QTest::addColumn<bool>("resultFits");
-        QTest::newRow("a limit in place of a disk") << -1 << true;
+        QTest::newRow("a limit in place of a disk") << -1;
         if (!Faults::withSmallDisk(QDir::tempPath(), 64, [] {}))
             return; // needs the right to mount
-        QTest::newRow("room for the smaller picture") << 4 << true;
-        QTest::newRow("room for half a picture") << 8 << true;
-        QTest::newRow("no room at all") << 0 << false;
+        QTest::newRow("room for the smaller picture") << 4;
+        QTest::newRow("room for half a picture") << 8;
+        QTest::newRow("no room at all") << 0;
     }
-    void aFullDiskLeavesTheFormerPictureWhole()
+    void aFullDiskLeavesNothingOfTheFormerPictures()
     {
         QFETCH(int, freeKibibytes);
-        QFETCH(bool, resultFits);
         constexpr int page = 4096;
         QVERIFY(cameraImage().size() > 2 * page);
         QVERIFY(QDir().mkpath(inspectionPath({})));
@@ -677,12 +699,14 @@ private Q_SLOTS:
 
         QVERIFY(!error);
         QVERIFY(resultImage().size() <= page);
-        QVERIFY(source == former);
-        QVERIFY(result == (resultFits ? resultImage() : former));
-        QCOMPARE(files, (QStringList{QStringLiteral("result.jpg"), QStringLiteral("source.jpg")}));
-        QStringList expectedWarnings{notFiled(analyser.lastSourceImagePath())};
-        if (!resultFits)
-            expectedWarnings << notFiled(analyser.lastResultImagePath());
+        // The former pictures have made room, each for its own.
+        const bool sourceFits = freeKibibytes >= 0 && cameraImage().size() <= page + freeKibibytes * 1024;
+        QVERIFY(source == (sourceFits ? cameraImage() : QByteArray()));
+        QVERIFY(result == resultImage());
+        QCOMPARE(files.size(), sourceFits ? 2 : 1);
+        QStringList expectedWarnings;
+        if (!sourceFits)
+            expectedWarnings << notFiled(analyser.lastSourceImagePath());
         QCOMPARE(log.warnings(), expectedWarnings);
     }
 

@@ -346,16 +346,26 @@ private Q_SLOTS:
             const auto below = [&](int limit) { return int(random() % unsigned(limit)); };
             const cv::Rect part(below(80), below(80), 1 + below(100), 1 + below(70));
             cv::Mat mat = i % 10 == 0 ? cv::Mat(part.size(), CV_8UC3, cv::Scalar::all(i % 256)) : picture(part).clone();
+            if (i % 5 == 0)
+                mat = (mat / 64) * 64; // few colours, which are coded otherwise
             if (i % 4 == 0) {
                 cv::cvtColor(mat, mat, cv::COLOR_BGR2BGRA);
                 cv::Mat alpha(mat.size(), CV_8UC1);
                 cv::randu(alpha, 0, 256);
                 cv::insertChannel(alpha, mat, 3);
             }
-            const QByteArray bytes = encoded(".webp", mat, {cv::IMWRITE_WEBP_QUALITY, 1 + below(101)});
+            const int quality = i % 3 == 0 ? 101 : 1 + below(100); // above 100 without loss
+            const QByteArray bytes = encoded(".webp", mat, {cv::IMWRITE_WEBP_QUALITY, quality});
 
             QVERIFY2(areEqual(loaded(bytes), reference(bytes)), qPrintable(problemOf(bytes)));
         }
+    }
+
+    void aLargeLosslessWebpIsRead()
+    {
+        const QByteArray bytes = encoded(".webp", photograph(600, 800), {cv::IMWRITE_WEBP_QUALITY, 101});
+
+        QVERIFY2(areEqual(loaded(bytes), reference(bytes)), qPrintable(problemOf(bytes)));
     }
 
     void refusalsHaveAReason_data()
@@ -440,8 +450,7 @@ private Q_SLOTS:
             notWhole);
         row("an empty strip", changed(plainStrips(), [](TiffStrips *strips) { strips->sizes[2] = 0; }), notWhole);
         row("left-over PackBits data", tiff(packedStrips(packBits() + packBits(), 32773)), notWhole);
-        row("left-over deflated data", tiff(packedStrips(qCompress(QByteArray(512, 'x')).mid(4) + "more", 8)),
-            notWhole);
+        row("left-over deflated data", tiff(packedStrips(deflated(QByteArray(512, 'x')) + "more", 8)), notWhole);
         row("LZW without its end", tiff(packedStrips(lzw(lzwCodes()), 5)), notWhole);
         row("left-over LZW data", tiff(packedStrips(lzwWithEnd() + lzwWithEnd(), 5)), notWhole);
 
@@ -483,14 +492,20 @@ private Q_SLOTS:
         row("PNG without its end", whole.left(end), "the image is incomplete");
 
         const QByteArray still = encoded(".webp", picture);
-        const QByteArray frames = "ANMF" + littleEndian(16, 4) + QByteArray(16, '\0');
-        const QByteArray canvas =
-            "VP8X" + littleEndian(10, 4) + littleEndian(2, 4) + littleEndian(130, 3) + littleEndian(92, 3);
-        row("animated WebP",
-            "RIFF" + littleEndian(quint32(4 + canvas.size() + frames.size()), 4) + "WEBP" + canvas + frames,
-            "the file holds an animation");
-        row("two images in a WebP",
-            "RIFF" + littleEndian(quint32(4 + 2 * (still.size() - 12)), 4) + "WEBP" + still.mid(12) + still.mid(12),
+        const QByteArray frames = webpChunk("ANMF", QByteArray(16, '\0'));
+        const QByteArray canvas = webpChunk("VP8X", littleEndian(2, 4) + littleEndian(130, 3) + littleEndian(92, 3));
+        row("animated WebP", webp({canvas, frames}), "the file holds an animation");
+        row("two images in a WebP", webp({still.mid(12), still.mid(12)}), "the file holds more than one image");
+        row("lossless WebP of many codes", webp({webpChunk("VP8L", losslessWebpOfManyCodes(1024, 2))}),
+            "65536 sets of codes are too many");
+        const QByteArray transparentCanvas =
+            webpChunk("VP8X", littleEndian(0x10, 4) + littleEndian(1023, 3) + littleEndian(1023, 3));
+        const QByteArray lossy = encoded(".webp", photograph(1024, 1024), {cv::IMWRITE_WEBP_QUALITY, 50}).mid(12);
+        const QByteArray transparency = webpChunk("ALPH", "\1" + losslessWebpOfManyCodes(1024, 2, false));
+        row("transparency of many codes", webp({transparentCanvas, transparency, lossy}),
+            "65536 sets of codes are too many");
+        row("two transparencies",
+            webp({transparentCanvas, webpChunk("ALPH", QByteArray(2, '\0')), transparency, lossy}),
             "the file holds more than one image");
         row("GIF", "GIF89a", "not an image of a known format");
         row("SVG", "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"/>",

@@ -108,12 +108,6 @@ QByteArray pngOfSize(quint32 width, quint32 height, const QByteArray &chunks)
         + pngChunk("IEND", {});
 }
 
-/// Zlib's form, without Qt's length before it.
-QByteArray deflated(const QByteArray &bytes, int level = 1)
-{
-    return qCompress(bytes, level).mid(4);
-}
-
 QByteArray pngWithTexts(int count)
 {
     const QByteArray text = pngChunk("zTXt", QByteArray("a\0\0", 3) + deflated(QByteArray(7000000, 'x'), 9));
@@ -216,6 +210,10 @@ private Q_SLOTS:
         QTest::newRow("TIFF with 65,536 strips that are the same") << tiffWithOneStripForAll(65536, idle, 32773) << 16;
         QTest::newRow("TIFF with 120,000 strips that are the same")
             << tiffWithOneStripForAll(120000, idle, 32773) << 16;
+        QTest::newRow("lossless WebP with 65,536 sets of codes")
+            << webp({webpChunk("VP8L", losslessWebpOfManyCodes(1024, 2))}) << 32;
+        QTest::newRow("large lossless WebP with 65,536 sets of codes")
+            << webp({webpChunk("VP8L", losslessWebpOfManyCodes(4096, 4))}) << 32;
         QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
     }
     void maliciousFilesCostLittle()

@@ -12,10 +12,13 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <algorithm>
 #include <limits>
 #include <malloc.h>
+#include <numeric>
 #include <random>
 #include <type_traits>
+#include <vector>
 
 class Settings : public QObject
 {
@@ -78,6 +81,19 @@ class ListHolder : public QObject
 };
 
 namespace {
+/// "0" to that number, in no order.
+QByteArray manyKeys(int count)
+{
+    std::vector<int> numbers(std::size_t(count), 0);
+    std::iota(numbers.begin(), numbers.end(), 0);
+    std::shuffle(numbers.begin(), numbers.end(), std::mt19937(1));
+    QByteArray keys;
+    for (const int number : numbers)
+        keys += '"' + QByteArray::number(number) + "\": 1,";
+    keys.chop(1);
+    return keys;
+}
+
 void fill(Settings &settings)
 {
     settings.set_title(QString::fromUtf8("Gr\xc3\xb6\xc3\x9f\x65 \"1\"\n"));
@@ -422,6 +438,8 @@ private Q_SLOTS:
         row("behind a byte order mark", "\xef\xbb\xbf{\"a\": [], \"a\": []#}");
         row("before the text goes wrong", "{\"x\": {\"a\": [], \"a\": []#}, no}");
         row("before it ends", "[{\"a\": [], \"a\": []#}");
+        row("the first of many again", '{' + manyKeys(1000) + ", \"0\": 1#}");
+        row("one of many, escaped", '{' + manyKeys(1000) + ", \"\\u0034\": 1#}");
     }
 
     void aKeyThatStandsTwiceIsRefused()
@@ -440,9 +458,11 @@ private Q_SLOTS:
             QStringLiteral("warning: JSON with a key that stands twice in its object, at byte %1").arg(offset);
         QCOMPARE(log.asText(), QStringList{warning} + notAnObject());
         QJsonParseError error{};
-        QVERIFY(JsonHelper::parse(json, &error).isNull());
+        QString reason;
+        QVERIFY(JsonHelper::parse(json, &error, &reason).isNull());
         QCOMPARE(error.offset, offset);
         QCOMPARE(error.error, QJsonParseError::IllegalValue);
+        QCOMPARE(reason, QStringLiteral("duplicate key"));
     }
 
     void keysThatOnlyLookAlikeAreRead_data()
@@ -459,6 +479,7 @@ private Q_SLOTS:
         row("{\"\xc3\xa4\": 1, \"\xc3\xb6\": 2, \"a\xcc\x88\": 3}");
         row("[]");
         row("\xef\xbb\xbf[{\"b\": 1, \"a\": 1}]");
+        QTest::newRow("so many that hashes of 32 bits are not all different") << '{' + manyKeys(300000) + '}';
     }
 
     void keysThatOnlyLookAlikeAreRead()
@@ -484,9 +505,11 @@ private Q_SLOTS:
         QJsonDocument::fromJson(data, &expected);
         QJsonParseError error{};
 
-        QCOMPARE(JsonHelper::parse(data, &error), QJsonDocument::fromJson(data));
+        QString reason;
+        QCOMPARE(JsonHelper::parse(data, &error, &reason), QJsonDocument::fromJson(data));
 
         QCOMPARE(error.error, expected.error);
+        QCOMPARE(reason, expected.error == QJsonParseError::NoError ? QString() : expected.errorString());
         if (error.error != QJsonParseError::DeepNesting) // which Qt counts from the inside
             QCOMPARE(error.offset, expected.offset);
     }
@@ -573,6 +596,31 @@ private Q_SLOTS:
 
         QVERIFY(time > 0 && fourfoldTime > 0);
         QVERIFY2(fourfoldTime < 9 * time, qPrintable(QStringLiteral("%1 s, then %2 s").arg(time).arg(fourfoldTime)));
+    }
+
+    // Judged alone, without Qt's reading: the last key makes it end there.
+    void theCheckOfManyKeysInAnyOrderTakesTimeLikeTheirNumber()
+    {
+        constexpr int few = 31250;
+        constexpr int times = 32;
+        const LogCapture log;
+        const auto seconds = [](int count) {
+            const QByteArray json = '{' + manyKeys(count) + ", \"0\": 1}";
+            double best = 1e9;
+            for (int round = 0; round < 3; ++round) {
+                const WorkTimer timer;
+                if (!JsonHelper::parse(json).isNull())
+                    return -1.0;
+                best = std::min(best, timer.seconds());
+            }
+            return best;
+        };
+
+        const double time = seconds(few);
+        const double longTime = seconds(times * few);
+
+        QVERIFY(time > 0 && longTime > 0);
+        QVERIFY2(longTime < 2 * times * time, qPrintable(QStringLiteral("%1 s, then %2 s").arg(time).arg(longTime)));
     }
 
     void anEmptyObjectChangesNothing()

@@ -21,6 +21,8 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <stdexcept>
 #include <thread>
 
 using FiberInspection::FiberRealtimeAnalyser;
@@ -159,6 +161,8 @@ bool deletesFilter(Deed deed)
 } // namespace
 
 Q_DECLARE_METATYPE(Deed)
+
+Q_DECLARE_METATYPE(std::function<void()>)
 
 class TestReentrancyLive : public QObject
 {
@@ -399,6 +403,56 @@ private Q_SLOTS:
         mayLeave = true;
 
         QVERIFY(left.tryAcquire(1, NestedLoop::patience));
+    }
+
+    // The next frame is analysed all the same, see cleanup().
+    void aReceiverInThePoolThreadMayEndInAnyWay_data()
+    {
+        QTest::addColumn<std::function<void()>>("end");
+        const auto row = [](const char *name, std::function<void()> end) { QTest::newRow(name) << std::move(end); };
+        row("throws an exception", [] { throw std::runtime_error("receiver failed"); });
+        row("throws what is no exception", [] { throw 5; });
+        row("throws out of an event loop's end", [] {
+            NestedLoop::runUntil([] { return true; });
+            throw std::bad_alloc();
+        });
+        row("quits its thread", [] { QThread::currentThread()->quit(); });
+        row("quits the application", [] { QCoreApplication::quit(); });
+        row("asks an object that is destroyed instead of answering", [] {
+            auto *const object = new QObject;
+            QThread silent;
+            silent.start();
+            object->moveToThread(&silent);
+            silent.quit();
+            silent.wait();
+            std::thread destroyer([object] {
+                QThread::msleep(20);
+                delete object;
+            });
+            QMetaObject::invokeMethod(
+                object, [] {}, Qt::BlockingQueuedConnection);
+            destroyer.join();
+        });
+    }
+    void aReceiverInThePoolThreadMayEndInAnyWay()
+    {
+        QFETCH(std::function<void()>, end);
+        const Watchdog watchdog;
+        LiveView view;
+        QSemaphore called;
+        const auto hear = [&] {
+            called.release();
+            end();
+        };
+        view.on(QStringLiteral("focus"), view.filter, hear, Qt::DirectConnection);
+
+        show(view.runnable);
+
+        QVERIFY(called.tryAcquire(1, NestedLoop::patience));
+        view.runnable.reset(); // waits for the end
+        QVERIFY(view.filter);
+        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QCoreApplication::exec(); // or no later test could run a loop, when the receiver has quit
     }
 
     void aReceiverThatBlocksThisThreadDoesNotHoldUpTheEndElsewhere()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "ForkedChild.h"
 #include "Helpers/SystemHelper.h"
 #include "LogCapture.h"
 #include "StandInPrograms.h"
@@ -12,6 +13,7 @@
 #include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <algorithm>
@@ -23,6 +25,7 @@
 #include <fcntl.h>
 #include <limits>
 #include <memory>
+#include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -191,6 +194,33 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), QStringList(QStringLiteral("debug: Failed to start command:  ") + command));
     }
 
+    // There is room for one process more: the watcher, but not the command.
+    void withoutRoomForItACommandDoesNotStart()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can become a user who has no other processes");
+        const QTemporaryDir dir;
+        const QString trace = dir.filePath(QStringLiteral("trace"));
+        QVERIFY(chmod(QFile::encodeName(dir.path()).constData(), 0777) == 0);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            constexpr uid_t nobodysUser = 54321;
+            const rlimit one{2, 2};
+            if (setuid(nobodysUser) != 0 || setrlimit(RLIMIT_NPROC, &one) != 0)
+                return 1;
+            const LogCapture log;
+            const QString command = QStringLiteral("/bin/sh -c \"echo >%1\"").arg(trace);
+            const Run result = run(command);
+            std::fprintf(
+                stderr, "%d, %d: %s\n", result.ok, result.exitCode, qPrintable(log.asText().join(QLatin1Char('|'))));
+            const QStringList expected{QStringLiteral("debug: Failed to start command:  ") + command};
+            return !result.ok && result.exitCode == SystemHelper::notStarted && log.asText() == expected ? 0 : 2;
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+        QVERIFY(!QFile::exists(trace));
+    }
+
     void aCommandThatOutlivesItsTimeIsKilled()
     {
         const LogCapture log;
@@ -204,6 +234,27 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, -2);
         QCOMPARE(result.output, QByteArray("untouched"));
         QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
+    }
+
+    void aCommandThatPrintsAllTheTimeIsKilledWhenItsTimeIsUp()
+    {
+        const LogCapture log;
+        QElapsedTimer elapsed;
+        elapsed.start();
+
+        const Run result = runBash(QStringLiteral("while :; do echo; done & while :; do echo; done"), 100);
+
+        QCOMPARE(result.exitCode, SystemHelper::timedOut);
+        QCOMPARE(result.output, QByteArray("untouched"));
+        QVERIFY2(elapsed.elapsed() < 5000, qPrintable(QString::number(elapsed.elapsed())));
+    }
+
+    void aCommandThatHasClosedItsOutputIsWaitedFor()
+    {
+        const Run result = runBash(QStringLiteral("echo before; exec >&- 2>&-; sleep 0.3; exit 7"));
+
+        QCOMPARE(result.exitCode, 7);
+        QCOMPARE(result.output, QByteArray("before\n"));
     }
 
     void aTimeoutEndsWhatTheCommandHasStarted_data()
@@ -354,6 +405,45 @@ private Q_SLOTS:
         QVERIFY(!isAlive(read(pidFile).trimmed().toInt()));
         QCOMPARE(
             log.asText(), QStringList(QStringLiteral("warning: Command printed more than 1000000 bytes:  ") + command));
+    }
+
+    // The rest of the time-out may be long, and a command that is killed need not end: here it is traced, and so
+    // remains for its tracer.
+    void tooMuchOutputIsNotWaitedForUntilTheTimeIsUp()
+    {
+        constexpr quint32 timeout = 10000; // milliseconds
+        SystemHelper::setMaximumOutput(1000000);
+        const auto restored = qScopeGuard([] { SystemHelper::setMaximumOutput(SystemHelper::defaultMaximumOutput); });
+        const QTemporaryDir dir;
+        const QString pidFile = dir.filePath(QStringLiteral("pid"));
+        const QString goFile = dir.filePath(QStringLiteral("go"));
+        const LogCapture log;
+        std::atomic<bool> isTraced{false};
+        std::atomic<bool> isOver{false};
+        std::thread tracer([&] {
+            pid_t command = 0;
+            while (command == 0 && !isOver)
+                command = read(pidFile).trimmed().toInt();
+            isTraced = ptrace(PTRACE_SEIZE, command, nullptr, nullptr) == 0;
+            write(goFile, "go");
+            while (!isOver)
+                QThread::msleep(1);
+        });
+
+        QElapsedTimer elapsed;
+        elapsed.start();
+        const Run result =
+            runBash(QStringLiteral("echo $$ >%1; until test -e %2; do :; done; exec yes").arg(pidFile, goFile),
+                timeout);
+        const qint64 time = elapsed.elapsed();
+        isOver = true;
+        tracer.join();
+
+        if (!isTraced)
+            QSKIP("processes must not be traced here");
+        QCOMPARE(result.exitCode, SIGKILL);
+        QCOMPARE(result.output.size(), 1000000);
+        QVERIFY2(time < timeout / 2, qPrintable(QString::number(time)));
     }
 
     void aCommandMayPrintAsMuchAsTheLimit()
@@ -1062,6 +1152,83 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
         QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void anArchiveInTheFolderThatIsPackedIsNotPacked_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("archive");
+        QTest::addColumn<QString>("root");
+        const auto row = [](const char *name, const char *source, const char *archive, const char *root) {
+            QTest::newRow(name) << QString::fromUtf8(source) << QString::fromUtf8(archive) << QString::fromUtf8(root);
+        };
+        row("in it", "logs", "logs/o.tar.gz", "logs");
+        row("below it", "logs", "logs/sub/o.tar.gz", "logs");
+        row("of a name that is a pattern", "logs", "logs/[ab]*?.tar.gz", "logs");
+        row("of a name with signs of a shell", "logs", "logs/$HOME'\\n\\#~;&.tar.gz", "logs");
+        row("of a name beyond ASCII", "logs", "logs/\xc3\xa4.tar.gz", "logs");
+        row("by a dot", "logs/.", "logs/o.tar.gz", ".");
+        row("by a detour", "logs", "logs/sub/../o.tar.gz", "logs");
+        row("by a link to it", "logs", "link/o.tar.gz", "logs");
+        row("through a link", "logs", "link-to-archive", "logs");
+    }
+
+    void anArchiveInTheFolderThatIsPackedIsNotPacked()
+    {
+        QFETCH(const QString, source);
+        QFETCH(const QString, archive);
+        QFETCH(const QString, root);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("logs/sub")));
+        QVERIFY(QFile::link(QStringLiteral("logs"), dir.filePath(QStringLiteral("link"))));
+        QVERIFY(QFile::link(
+            dir.filePath(QStringLiteral("logs/real.tar.gz")), dir.filePath(QStringLiteral("link-to-archive"))));
+        const QStringList files{QStringLiteral(".archive.mine12"), QStringLiteral("sub/o.tar.gz.old"),
+            QStringLiteral("sub/o.tar.gz2"), QStringLiteral("x")};
+        QStringList expected;
+        for (const QString &file : files) {
+            QVERIFY(write(dir.filePath(QStringLiteral("logs/") + file), "text"));
+            expected << root + QLatin1Char('/') + file;
+        }
+
+        for (int round = 0; round < 3; ++round) {
+            QVERIFY(SystemHelper::compressFile({dir.filePath(source)}, dir.filePath(archive)));
+
+            QProcess tar;
+            tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), dir.filePath(archive)});
+            QVERIFY(tar.waitForFinished());
+            QStringList names = QString::fromUtf8(tar.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            names.erase(std::remove_if(names.begin(), names.end(),
+                            [](const QString &name) { return name.endsWith(QLatin1Char('/')); }),
+                names.end());
+            names.sort();
+            QCOMPARE(names, expected);
+        }
+        QCOMPARE(QFile::permissions(dir.filePath(archive)), QFile::permissions(dir.filePath(QStringLiteral("logs/x"))));
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("logs")))
+                     .entryList({QStringLiteral(".archive.*")}, QDir::Hidden | QDir::Files),
+            QStringList(QStringLiteral(".archive.mine12")));
+    }
+
+    void relativeFoldersLeadTarFromOneToTheNext()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b/logs")));
+        QVERIFY(write(dir.filePath(QStringLiteral("a/x")), "text"));
+        QVERIFY(write(dir.filePath(QStringLiteral("a/b/logs/y")), "text"));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
+
+        QVERIFY(SystemHelper::compressFile(
+            {QStringLiteral("a/x"), QStringLiteral("b/logs")}, QStringLiteral("a/b/logs/o.tar.gz")));
+
+        QProcess tar;
+        tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), QStringLiteral("a/b/logs/o.tar.gz")});
+        QVERIFY(tar.waitForFinished());
+        QCOMPARE(tar.readAll(), QByteArray("x\nlogs/\nlogs/y\n"));
     }
 
     void anArchiveIsWrittenThroughALink()

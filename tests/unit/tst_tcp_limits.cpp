@@ -33,6 +33,7 @@ using Loopback::payload;
 
 namespace {
 constexpr int patience = 20000; // milliseconds
+constexpr int twoRetries = 2500; // milliseconds
 constexpr int mebibyte = 1024 * 1024; // bytes
 
 /// A server of the library and plain sockets that connect to it; a client likewise below, by the same names.
@@ -116,6 +117,41 @@ void forgetPeakMemory()
         file.write("5");
 }
 
+/// While it lives, this process can open nothing more. For a process of its own, whose limit it lowers for good.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        const rlimit few{64, 64};
+        setrlimit(RLIMIT_NOFILE, &few);
+        for (int filler = 0; (filler = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+            mFillers.push_back(filler);
+    }
+    ~NoDescriptors()
+    {
+        for (const int filler : mFillers)
+            close(filler);
+    }
+    NoDescriptors(const NoDescriptors &) = delete;
+    NoDescriptors &operator=(const NoDescriptors &) = delete;
+
+private:
+    std::vector<int> mFillers;
+};
+
+void runLoopFor(int milliseconds)
+{
+    QEventLoop loop;
+    QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool writePlainly(int descriptor, const QByteArray &bytes)
+{
+    return write(descriptor, bytes.constData(), size_t(bytes.size())) == bytes.size();
+}
+
 /// Connects a socket without Qt to a port of this machine.
 bool connectPlainly(int descriptor, int port)
 {
@@ -173,6 +209,28 @@ private Q_SLOTS:
     void aServerWithoutDescriptorsTriesAgain()
     {
         const ForkedChild child = ForkedChild::run(&runOutOfDescriptors);
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
+    // Each time anew, when it was not deaf in between.
+    void aServerTellsEveryTimeThatItHasNoDescriptors()
+    {
+        const ForkedChild child = ForkedChild::run(&runOutOfDescriptorsTwice);
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
+    void theRetryOfAServerTakesNobodyWhileAsManyReceiversNestAsMay()
+    {
+        const ForkedChild child = ForkedChild::run(&runOutOfDescriptorsAndNest);
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
+    void aClientWithoutDescriptorsTellsItOnceAndTriesAgain()
+    {
+        const ForkedChild child = ForkedChild::run(&connectWithoutDescriptors);
 
         QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
@@ -331,10 +389,9 @@ private:
             const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
             const QByteArray head = QByteArray::number(payloadSize);
             const QByteArray piece(pieceSize, '{');
-            bool isSent = connectPlainly(descriptor, port)
-                && write(descriptor, head.constData(), size_t(head.size())) == head.size();
+            bool isSent = connectPlainly(descriptor, port) && writePlainly(descriptor, head);
             for (int sent = 0; isSent && sent < payloadSize; sent += pieceSize)
-                isSent = write(descriptor, piece.constData(), size_t(piece.size())) == piece.size();
+                isSent = writePlainly(descriptor, piece);
             close(descriptor);
         });
         loop.exec();
@@ -346,7 +403,6 @@ private:
 
     static int runOutOfDescriptors()
     {
-        constexpr int watched = 2500; // milliseconds, in which it tries twice
         constexpr int mostTurns = 1000; // of the event loop; a busy one takes as many in a few milliseconds
         const LogCapture log;
         TcpServer server;
@@ -354,12 +410,9 @@ private:
         const QSignalSpy came(&server, &TcpServer::clientConnected);
         const QSignalSpy data(&server, &TcpServer::dataReceived);
         const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        const rlimit few{64, 64};
-        if (!server.start(port) || setrlimit(RLIMIT_NOFILE, &few) != 0)
+        if (!server.start(port))
             return 1;
-        std::vector<int> fillers;
-        for (int filler = 0; (filler = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
-            fillers.push_back(filler);
+        auto fillers = std::make_unique<NoDescriptors>();
 
         if (!connectPlainly(client, port))
             return 2;
@@ -368,21 +421,114 @@ private:
         int turns = 0;
         QObject::connect(
             QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, &server, [&] { ++turns; });
-        QEventLoop loop;
-        QTimer::singleShot(watched, &loop, &QEventLoop::quit);
-        loop.exec();
+        runLoopFor(twoRetries);
         const QStringList told = log.warnings();
-        for (const int filler : fillers)
-            close(filler);
+        fillers.reset();
 
-        const QByteArray bytes = frame(7);
-        const bool isWritten = write(client, bytes.constData(), size_t(bytes.size())) == bytes.size();
+        const bool isWritten = writePlainly(client, frame(7));
         const bool isBack = QTest::qWaitFor([&] { return data.count() == 1; }, patience);
         std::fprintf(stderr, "%d turns, back: %d, told: %s\n", turns, isBack, qPrintable(told.join(QLatin1Char('|'))));
         return isWritten && isBack && came.count() == 1 && turns < mostTurns && told.size() == 1
                 && told.constFirst().startsWith(QLatin1String("cannot accept connections, trying again every second: "))
             ? 0
             : 4;
+    }
+
+    static int runOutOfDescriptorsTwice()
+    {
+        const LogCapture log;
+        TcpServer server;
+        const int port = Loopback::freePort();
+        const QSignalSpy came(&server, &TcpServer::clientConnected);
+        if (!server.start(port))
+            return 1;
+        for (const int times : {1, 2}) {
+            const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+            auto fillers = std::make_unique<NoDescriptors>();
+            if (!connectPlainly(client, port))
+                return 2;
+            if (!QTest::qWaitFor([&] { return log.warnings().size() == times; }, patience))
+                return 3;
+            fillers.reset();
+            if (!QTest::qWaitFor([&] { return came.count() == times; }, patience))
+                return 4;
+        }
+        return log.warnings().constFirst() == log.warnings().constLast() ? 0 : 5;
+    }
+
+    /// Seven receivers wait in event loops, a newcomer cannot be taken, and then the eighth is called.
+    static int runOutOfDescriptorsAndNest()
+    {
+        constexpr int mostNested = 8;
+        const LogCapture log;
+        TcpServer server;
+        const int port = Loopback::freePort();
+        int came = 0;
+        int cameAtTheLimit = -1;
+        int depth = 0;
+        bool isOver = false;
+        std::vector<int> clients(mostNested);
+        for (int &client : clients)
+            client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        std::unique_ptr<NoDescriptors> fillers;
+        const auto nest = [&] {
+            if (++depth < mostNested - 1 && !connectPlainly(clients[size_t(depth)], port))
+                std::exit(2);
+            if (depth == mostNested - 1) {
+                fillers = std::make_unique<NoDescriptors>();
+                if (!connectPlainly(clients[size_t(depth)], port)
+                    || !QTest::qWaitFor([&] { return !log.warnings().isEmpty(); }, patience)
+                    || !writePlainly(clients[size_t(depth - 1)], frame(7)))
+                    std::exit(3);
+            }
+            if (depth == mostNested) {
+                fillers.reset();
+                runLoopFor(twoRetries);
+                cameAtTheLimit = came;
+                isOver = true;
+            }
+            if (!QTest::qWaitFor([&] { return isOver; }, patience))
+                std::exit(4);
+            --depth;
+        };
+        QObject::connect(&server, &TcpServer::clientConnected, &server, [&] {
+            ++came;
+            if (!isOver)
+                nest();
+        });
+        QObject::connect(&server, &TcpServer::dataReceived, &server, nest);
+        if (!server.start(port) || !connectPlainly(clients[0], port))
+            return 1;
+
+        const bool isBack = QTest::qWaitFor([&] { return depth == 0 && came == mostNested; }, patience);
+        std::fprintf(stderr, "%d taken at the limit, back: %d\n", cameAtTheLimit, isBack);
+        return isBack && cameAtTheLimit == mostNested - 1 ? 0 : 5;
+    }
+
+    static int connectWithoutDescriptors()
+    {
+        const LogCapture log;
+        QTcpServer peers;
+        if (!peers.listen(QHostAddress::LocalHost))
+            return 1;
+        TcpClient client;
+        for (const int times : {1, 2}) {
+            auto fillers = std::make_unique<NoDescriptors>();
+            if (client.start(Loopback::address(), peers.serverPort()))
+                return 2;
+            runLoopFor(twoRetries);
+            if (log.warnings().size() != times)
+                return 3;
+            fillers.reset();
+            if (!QTest::qWaitFor([&] { return client.isConnected() && peers.hasPendingConnections(); }, patience))
+                return 4;
+            delete peers.nextPendingConnection();
+            if (!QTest::qWaitFor([&] { return !client.isConnected(); }, patience))
+                return 5;
+        }
+        const QString text = log.warnings().constFirst();
+        std::fprintf(stderr, "told: %s\n", qPrintable(text));
+        return text.startsWith(QLatin1String("cannot connect, trying again every second: ")) ? 0 : 6;
     }
 };
 

@@ -4,15 +4,14 @@
 // is mostly read by Qt after it was freed, and goes unnoticed otherwise.
 #include "LogCapture.h"
 #include "Loopback.h"
+#include "NestedLoop.h"
 #include "Tcp/TcpClient.h"
 #include "Tcp/TcpServer.h"
 
 #include <QDeadlineTimer>
-#include <QEventLoop>
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTimer>
 #include <QtTest>
 
 #include <algorithm>
@@ -24,12 +23,33 @@
 
 using Loopback::frame;
 using Loopback::payload;
+using NestedLoop::patience;
 
 namespace {
 enum class Event { PeerCloses, NewcomerConnects, Stop, Start, Restart, Delete };
 enum class LoopEnds { BeforeIt, AfterIt, WhenTheLinkIsBack };
 
-constexpr int patience = 20000; // milliseconds
+struct Signal
+{
+    const char *text;
+    const char *signature;
+};
+
+const Signal clientSignals[] = {
+    {"isConnected_changed()", SIGNAL(isConnected_changed(bool))},
+    {"connected()", SIGNAL(connected())},
+    {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
+    {"disconnected()", SIGNAL(disconnected())},
+};
+const Signal serverSignals[] = {
+    {"clientConnected()", SIGNAL(clientConnected())},
+    {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
+    {"clientDisconnected()", SIGNAL(clientDisconnected())},
+};
+constexpr Event clientEvents[] = {Event::PeerCloses, Event::Stop, Event::Start, Event::Restart, Event::Delete};
+constexpr Event serverEvents[] = {
+    Event::PeerCloses, Event::NewcomerConnects, Event::Stop, Event::Start, Event::Restart, Event::Delete};
+
 constexpr int mostNested = 8; // calls from sockets of an endpoint
 constexpr int newcomers = 40; // fewer than the system lets wait
 
@@ -38,19 +58,8 @@ constexpr int newcomers = 40; // fewer than the system lets wait
 bool runLoopUntil(const std::function<bool()> &condition)
 {
     constexpr int turnsBehind = 5;
-    const QDeadlineTimer deadline(patience);
-    QEventLoop loop;
-    QTimer timer;
-    bool holds = false;
     int turns = 0;
-    QObject::connect(&timer, &QTimer::timeout, &loop, [&] {
-        holds = holds || condition();
-        if ((holds && ++turns > turnsBehind) || deadline.hasExpired())
-            loop.quit();
-    });
-    timer.start(0);
-    loop.exec();
-    return holds;
+    return NestedLoop::runUntil([&] { return (turns > 0 || condition()) && ++turns > turnsBehind; }, 0);
 }
 
 bool always()
@@ -133,6 +142,7 @@ private Q_SLOTS:
         mIsFull = false;
         mPayloads.clear();
         mPeerSocket = nullptr;
+        mLog = std::make_unique<LogCapture>();
         mClients = std::make_unique<Clients>();
     }
 
@@ -142,37 +152,24 @@ private Q_SLOTS:
         delete mServer;
         mPeer.reset();
         mClients.reset();
+        mLog.reset();
     }
 
     void aReceiverOfTheClientMayRunAnEventLoop_data()
     {
         addColumns();
-        const std::pair<const char *, const char *> theSignals[] = {
-            {"isConnected_changed()", SIGNAL(isConnected_changed(bool))},
-            {"connected()", SIGNAL(connected())},
-            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
-            {"disconnected()", SIGNAL(disconnected())},
-        };
-        for (const auto &[text, signal] : theSignals) {
-            for (const Event event : {Event::PeerCloses, Event::Stop, Event::Start, Event::Restart, Event::Delete}) {
-                addRow(text, signal, event, LoopEnds::BeforeIt);
-                addRow(text, signal, event, LoopEnds::AfterIt);
-                if (event == Event::PeerCloses || event == Event::Stop)
-                    addRow(text, signal, event, LoopEnds::WhenTheLinkIsBack);
-            }
+        for (const Signal &signal : clientSignals) {
+            addRows(signal, clientEvents);
+            for (const Event event : {Event::PeerCloses, Event::Stop})
+                addRow(signal, event, LoopEnds::WhenTheLinkIsBack);
         }
     }
 
     void aReceiverOfTheClientMayRunAnEventLoop()
     {
         QFETCH(const QByteArray, signal);
-        const LogCapture log;
         startPeer();
-        mClient = new TcpClient;
-        QVERIFY(connect(mClient, signal.constData(), this, SLOT(receiveOfClient())));
-        connect(mClient, &TcpClient::connected, this, [this] { ++mCame; });
-        connect(mClient, &TcpClient::disconnected, this, [this] { ++mLeft; });
-        connect(mClient, &TcpClient::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+        createClient(signal, SLOT(receiveOfClient()));
 
         mClient->start(Loopback::address(), mPeer->serverPort());
         if (signal == SIGNAL(dataReceived(QByteArray)) || signal == SIGNAL(disconnected())) {
@@ -199,24 +196,14 @@ private Q_SLOTS:
     void aReceiverOfTheServerMayRunAnEventLoop_data()
     {
         addColumns();
-        const std::pair<const char *, const char *> theSignals[] = {
-            {"clientConnected()", SIGNAL(clientConnected())},
-            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
-            {"clientDisconnected()", SIGNAL(clientDisconnected())},
-        };
-        for (const auto &[text, signal] : theSignals) {
-            for (const Event event : {Event::PeerCloses, Event::NewcomerConnects, Event::Stop, Event::Start,
-                     Event::Restart, Event::Delete}) {
-                addRow(text, signal, event, LoopEnds::BeforeIt);
-                addRow(text, signal, event, LoopEnds::AfterIt);
-            }
-        }
+        for (const Signal &signal : serverSignals)
+            addRows(signal, serverEvents);
     }
 
     void aReceiverOfTheServerMayRunAnEventLoop()
     {
         QFETCH(const QByteArray, signal);
-        startServer(signal);
+        startServer(signal, SLOT(receiveOfServer()));
 
         QTcpSocket *const client = mClients->connectOne(mPort);
         QVERIFY(client->waitForConnected());
@@ -242,17 +229,13 @@ private Q_SLOTS:
     void aReceiverOfAReplacementMayRunAnEventLoop_data()
     {
         addColumns();
-        for (const Event event :
-            {Event::PeerCloses, Event::NewcomerConnects, Event::Stop, Event::Start, Event::Restart, Event::Delete}) {
-            addRow("clientDisconnected()", SIGNAL(clientDisconnected()), event, LoopEnds::BeforeIt);
-            addRow("clientDisconnected()", SIGNAL(clientDisconnected()), event, LoopEnds::AfterIt);
-        }
+        addRows({"clientDisconnected()", SIGNAL(clientDisconnected())}, serverEvents);
     }
 
     void aReceiverOfAReplacementMayRunAnEventLoop()
     {
         QFETCH(const QByteArray, signal);
-        startServer(signal);
+        startServer(signal, SLOT(receiveOfServer()));
         mClients->connectOne(mPort);
         QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
 
@@ -273,7 +256,6 @@ private Q_SLOTS:
     {
         constexpr int count = 300;
         constexpr std::size_t mostPerNewcomer = 256; // bytes; a socket has thousands
-        const LogCapture log;
         mServer = new TcpServer;
         QVERIFY(mServer->start(mPort = Loopback::freePort()));
         std::size_t grownBy = 0;
@@ -306,26 +288,21 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("signal");
         QTest::addColumn<Event>("event");
-        const std::pair<const char *, const char *> theSignals[] = {
-            {"clientConnected()", SIGNAL(clientConnected())},
-            {"dataReceived()", SIGNAL(dataReceived(QByteArray))},
-            {"clientDisconnected()", SIGNAL(clientDisconnected())},
-        };
-        for (const auto &[text, signal] : theSignals) {
-            for (const Event event : {Event::NewcomerConnects, Event::Restart, Event::Stop, Event::Delete})
-                QTest::addRow("%s, %s", text, name(event)) << QByteArray(signal) << event;
+        QTest::addColumn<bool>("othersLeave"); // before the next one comes
+        for (const Signal &signal : serverSignals) {
+            for (const Event event : {Event::NewcomerConnects, Event::Restart, Event::Stop, Event::Delete}) {
+                QTest::addRow("%s, %s", signal.text, name(event)) << QByteArray(signal.signature) << event << false;
+            }
         }
+        QTest::newRow("clientConnected(), the others have left, newcomer connects")
+            << QByteArray(SIGNAL(clientConnected())) << Event::NewcomerConnects << true;
     }
 
     void newcomersNestReceiversOfTheServerOnlySoDeep()
     {
         QFETCH(const QByteArray, signal);
         QFETCH(const Event, event);
-        mServer = new TcpServer;
-        QVERIFY(connect(mServer, signal.constData(), this, SLOT(nestAtServer())));
-        connect(mServer, &TcpServer::clientConnected, this, [this] { ++mCame; });
-        connect(mServer, &TcpServer::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
-        QVERIFY(mServer->start(mPort = Loopback::freePort()));
+        startServer(signal, SLOT(nestAtServer()));
 
         connectNestingClient();
         QTRY_VERIFY_WITH_TIMEOUT(mCalls > 0 && mDepth == 0, patience);
@@ -344,11 +321,7 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(mClients->countOf(QAbstractSocket::ConnectedState), 1, patience);
         if (signal == SIGNAL(clientConnected()))
             QCOMPARE(mCame, mostNested + newcomers);
-        QTcpSocket *const newest = mClients->newest();
-        newest->write(frame(9));
-        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
-        Q_EMIT mServer->send(AbstractTcpMessage());
-        QTRY_COMPARE_WITH_TIMEOUT(newest->peek(100), frame(0), patience);
+        theyTalk(*mClients->newest(), mServer);
     }
 
     void aPeerThatHangsUpNestsReceiversOfTheClientOnlySoDeep_data()
@@ -368,10 +341,7 @@ private Q_SLOTS:
             mPeerSocket->write(frame(7));
             mPeerSocket->disconnectFromHost();
         });
-        mClient = new TcpClient;
-        QVERIFY(connect(mClient, signal.constData(), this, SLOT(nestAtClient())));
-        connect(mClient, &TcpClient::connected, this, [this] { ++mCame; });
-        connect(mClient, &TcpClient::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
+        createClient(signal, SLOT(nestAtClient()));
 
         mClient->start(Loopback::address(), mPeer->serverPort());
         QTRY_VERIFY_WITH_TIMEOUT(mCalls > 0 && mDepth == 0, patience);
@@ -441,13 +411,14 @@ protected Q_SLOTS: // private ones would be tests
     /// Ends with all others that it stands on, when newcomers had the opportunity to nest it deeper than they may.
     void nestAtServer()
     {
+        QFETCH(const bool, othersLeave);
         constexpr int someTurns = 20;
         int turns = 0;
         nestUntil([&] {
             if (mIsFull)
                 return mClients->countOf(QAbstractSocket::ConnectingState) == 0 && ++turns > someTurns;
             if (mDepth < mostNested && mCalls == mClients->count()) // the last one has brought its call about
-                connectNestingClient();
+                othersLeave &&mLeft < mClients->count() ? mClients->newest()->abort() : connectNestingClient();
             else if (mDepth == mostNested)
                 goOnAtTheLimit();
             return false;
@@ -508,9 +479,29 @@ private:
         QTest::addColumn<LoopEnds>("ends");
     }
 
-    static void addRow(const char *text, const char *signal, Event event, LoopEnds ends)
+    static void addRow(const Signal &signal, Event event, LoopEnds ends)
     {
-        QTest::addRow("%s, %s, %s", text, name(event), name(ends)) << QByteArray(signal) << event << ends;
+        QTest::addRow("%s, %s, %s", signal.text, name(event), name(ends))
+            << QByteArray(signal.signature) << event << ends;
+    }
+
+    template <int count>
+    static void addRows(const Signal &signal, const Event (&events)[count])
+    {
+        for (const Event event : events) {
+            addRow(signal, event, LoopEnds::BeforeIt);
+            addRow(signal, event, LoopEnds::AfterIt);
+        }
+    }
+
+    /// One message each way.
+    template <typename Endpoint>
+    void theyTalk(QTcpSocket &peer, const QPointer<Endpoint> &endpoint)
+    {
+        peer.write(frame(9));
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
+        Q_EMIT endpoint->send(AbstractTcpMessage());
+        QTRY_COMPARE_WITH_TIMEOUT(peer.peek(100), frame(0), patience);
     }
 
     // --- The client ---
@@ -521,6 +512,15 @@ private:
         QVERIFY(mPeer->listen(QHostAddress::LocalHost));
         connect(
             mPeer.get(), &QTcpServer::newConnection, this, [this] { mPeerSocket = mPeer->nextPendingConnection(); });
+    }
+
+    void createClient(const QByteArray &signal, const char *slot)
+    {
+        mClient = new TcpClient;
+        QVERIFY(connect(mClient, signal.constData(), this, slot));
+        connect(mClient, &TcpClient::connected, this, [this] { ++mCame; });
+        connect(mClient, &TcpClient::disconnected, this, [this] { ++mLeft; });
+        connect(mClient, &TcpClient::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
     }
 
     void bringAboutAtClient(Event event)
@@ -558,18 +558,15 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(
             mPeerSocket && mPeerSocket->state() == QAbstractSocket::ConnectedState && !mPeer->hasPendingConnections(),
             patience);
-        mPeerSocket->write(frame(9));
-        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
-        Q_EMIT mClient->send(AbstractTcpMessage());
-        QTRY_COMPARE_WITH_TIMEOUT(mPeerSocket->peek(100), frame(0), patience);
+        theyTalk(*mPeerSocket, mClient);
     }
 
     // --- The server ---
 
-    void startServer(const QByteArray &signal)
+    void startServer(const QByteArray &signal, const char *slot)
     {
         mServer = new TcpServer;
-        QVERIFY(connect(mServer, signal.constData(), this, SLOT(receiveOfServer())));
+        QVERIFY(connect(mServer, signal.constData(), this, slot));
         connect(mServer, &TcpServer::clientConnected, this, [this] { ++mCame; });
         connect(mServer, &TcpServer::clientDisconnected, this, [this] { ++mLeft; });
         connect(mServer, &TcpServer::dataReceived, this, [this](const QByteArray &data) { mPayloads << data; });
@@ -608,12 +605,10 @@ private:
         const int before = mCame;
         QTcpSocket *const client = mClients->connectOne(mPort);
         QTRY_VERIFY_WITH_TIMEOUT(mCame > before, patience);
-        client->write(frame(9));
-        QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
-        Q_EMIT mServer->send(AbstractTcpMessage());
-        QTRY_COMPARE_WITH_TIMEOUT(client->peek(100), frame(0), patience);
+        theyTalk(*client, mServer);
     }
 
+    std::unique_ptr<LogCapture> mLog;
     QPointer<TcpClient> mClient;
     QPointer<TcpServer> mServer;
     std::unique_ptr<QTcpServer> mPeer; ///< of the client

@@ -4,6 +4,15 @@
 namespace Tools {
 
 namespace {
+/// A spreadsheet takes what begins so for a formula, which may open files and reach networks.
+QString harmless(const QString &field)
+{
+    static const QString beginnings = QStringLiteral("=+-@\t\r'");
+    bool isNumber = false;
+    field.toDouble(&isNumber);
+    return field.isEmpty() || isNumber || !beginnings.contains(field.at(0)) ? field : QLatin1Char('\'') + field;
+}
+
 QString quoted(const QString &field)
 {
     static const QString special = QStringLiteral(",\"\r\n");
@@ -22,7 +31,7 @@ QByteArray csvLine(const QStringList &fields)
 {
     QStringList quotedFields;
     for (const QString &field : fields)
-        quotedFields.append(quoted(field));
+        quotedFields.append(quoted(harmless(field)));
     return quotedFields.join(QLatin1Char(',')).toUtf8() + '\n';
 }
 

@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <climits>
-#include <poll.h>
 #include <unistd.h>
 
 namespace Tools {
@@ -30,9 +29,7 @@ bool StandardOutput::write(const QByteArray &bytes)
 
 bool StandardOutput::waitUntilWritable()
 {
-    pollfd streams[] = {{STDOUT_FILENO, POLLOUT, 0}, {mSignals->fileDescriptor(), POLLIN, 0}};
-    while (poll(streams, 2, -1) < 0 && errno == EINTR) {}
-    return mSignals->received() == 0;
+    return StopSignals::waitUntilWritable(STDOUT_FILENO) && mSignals->received() == 0;
 }
 
 } // namespace Tools

@@ -18,7 +18,14 @@ public:
     /// The first signal that has come, 0 as long as there is none.
     int received();
 
+    /// Waits until the stream takes bytes without blocking, or fails. The signals, if this process turns them into
+    /// something to wait for, end the waiting and are left to be received. @return false if nothing can be written
+    static bool waitUntilWritable(int stream);
+
 private:
+    static inline const StopSignals *sOfProcess = nullptr;
+
+    int mOwner; ///< a process; those forked from it have the same memory, but not this file descriptor
     int mFileDescriptor = -1;
     int mReceived = 0;
 };

@@ -2,10 +2,12 @@
 #include "Terminal.h"
 
 #include "FileNameCodec.h"
+#include "StopSignals.h"
 
 #include <QCoreApplication>
 
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <initializer_list>
 #include <sys/ioctl.h>
@@ -104,13 +106,13 @@ void Terminal::tell(const QString &text)
 
 void Terminal::write(int fileDescriptor, const QByteArray &bytes)
 {
-    const char *at = bytes.constData();
-    const char *const end = at + bytes.size();
-    while (at < end) {
-        const ssize_t written = ::write(fileDescriptor, at, static_cast<std::size_t>(end - at));
-        if (written < 0 && errno != EINTR)
+    for (int at = 0; at < bytes.size() && StopSignals::waitUntilWritable(fileDescriptor);) {
+        // A pipe that is ready takes so much without blocking.
+        const int length = qMin(bytes.size() - at, PIPE_BUF);
+        const ssize_t written = ::write(fileDescriptor, bytes.constData() + at, static_cast<std::size_t>(length));
+        if (written < 0 && errno != EINTR && errno != EAGAIN)
             return;
-        at += qMax<ssize_t>(written, 0);
+        at += static_cast<int>(qMax<ssize_t>(written, 0));
     }
 }
 

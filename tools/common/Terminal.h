@@ -26,10 +26,11 @@ QString printableName(const QString &name);
 /// One message of the program as a line for stderr; begins with the application's name.
 QString message(const QString &text);
 
-/// Writes one message to stderr, in one piece.
+/// Writes one message to stderr.
 void tell(const QString &text);
 
-void write(int fileDescriptor, const QByteArray &bytes); ///< what cannot be written is lost
+/// What cannot be written is lost; so is what nobody has read when a signal asks the program to stop.
+void write(int fileDescriptor, const QByteArray &bytes);
 
 } // namespace Terminal
 

@@ -46,7 +46,7 @@ int Batch::run()
             for (WorkerPool::Outcome &outcome : mWorkers.wait(mSignals->fileDescriptor()))
                 mWaiting.insert(outcome.task, reportOf(outcome));
         }
-        if (mSignals->received() != 0 || !printReports())
+        if (!printReports() || mSignals->received() != 0) // which cuts the messages off, too
             return stop();
     }
     mProgress.clear();
@@ -77,7 +77,7 @@ Report Batch::reportOf(WorkerPool::Outcome &outcome)
     Inspection inspection =
         outcome.inspection ? *std::move(outcome.inspection) : notAnalysed(mSession.tasks[outcome.task], outcome.reason);
     if (outcome.inspection && mSession.output.keepsImages())
-        Pictures(outcome.folder).take(mSession.output, &inspection);
+        Pictures(outcome.folder).take(mSession.output, mSession.options, &inspection);
     mLacksPictures = mLacksPictures || !inspection.problem.isEmpty();
 
     Report report = reportOf(inspection);

@@ -40,7 +40,10 @@ CommandLine::CommandLine()
           "themselves.",
           "N"))
     , mJson(option("json", "Print one JSON object a line."))
-    , mCsv(option("csv", "Print CSV, one line for each image and standard."))
+    , mCsv(option("csv",
+          "Print CSV, one line for each image and standard. A text that a spreadsheet would take for a formula gets a "
+          "' in "
+          "front, and so does one that begins with '."))
     , mQuiet(option({QStringLiteral("q"), QStringLiteral("quiet")},
           "No report for a person, no progress bar: the exit code tells the verdict."))
     , mVerbose(option("verbose", "Show the log of the analysis on stderr."))

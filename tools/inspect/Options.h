@@ -33,6 +33,13 @@ struct Options
 
     qint64 maxImagePixels() const { return qint64(maxMegapixels) * 1024 * 1024; }
 
+    /// How many times more pixels than usual an image may have.
+    int timesTheUsualPixels() const
+    {
+        constexpr int usualMegapixels = 16;
+        return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels);
+    }
+
     /// Reports for a person, as opposed to JSON or CSV.
     bool isForPerson() const { return format == Format::Text; }
 };

@@ -48,13 +48,18 @@ public:
 
     bool isOpen() const { return mFile >= 0; }
 
-    bool copyFrom(int source) const
+    bool copyFrom(int source, qint64 most) const
     {
         char block[blockSize];
-        for (;;) {
+        for (qint64 total = 0;;) { // it may grow meanwhile
             const ssize_t size = Process::read(source, block, sizeof block);
             if (size <= 0)
                 return size == 0;
+            total += size;
+            if (total > most) {
+                errno = EFBIG;
+                return false;
+            }
             if (!Process::writeAll(mFile, block, static_cast<std::size_t>(size)))
                 return false;
         }
@@ -83,10 +88,10 @@ bool canBeReplaced(const QByteArray &target)
     return lstat(target.constData(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
-bool copy(int source, const QByteArray &target)
+bool copy(int source, const QByteArray &target, qint64 most)
 {
     PartFile part(target);
-    return part.isOpen() && part.copyFrom(source) && part.becomes(target);
+    return part.isOpen() && part.copyFrom(source, most) && part.becomes(target);
 }
 } // namespace
 
@@ -108,7 +113,7 @@ bool OutputFolder::prepare(QString *problem) const
     return problem->isEmpty();
 }
 
-QString OutputFolder::take(const QString &file, const QString &name, QString *problem) const
+QString OutputFolder::take(const QString &file, const QString &name, qint64 most, QString *problem) const
 {
     const QString path = QDir(mPath).filePath(name);
     const QByteArray target = QFile::encodeName(path);
@@ -121,7 +126,7 @@ QString OutputFolder::take(const QString &file, const QString &name, QString *pr
 
     const QByteArray sourceName = QFile::encodeName(file);
     const int source = open(sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    const bool isCopied = source >= 0 && copy(source, target);
+    const bool isCopied = source >= 0 && copy(source, target, most);
     const int error = errno;
     if (source >= 0)
         close(source);

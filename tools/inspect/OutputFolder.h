@@ -19,8 +19,9 @@ public:
     bool keepsImages() const { return !mPath.isEmpty(); }
 
     /// Copies the file, which may take the place of a regular file, but of nothing else, and removes it.
+    /// @param most bytes; a larger one is not taken
     /// @return the path of the copy; empty if there is none, and then the problem says why
-    QString take(const QString &file, const QString &name, QString *problem) const;
+    QString take(const QString &file, const QString &name, qint64 most, QString *problem) const;
 
     static QString resultSuffix(); ///< what follows the output name
 

@@ -2,9 +2,13 @@
 #include "Pictures.h"
 
 #include "Inspection.h"
+#include "Options.h"
 #include "OutputFolder.h"
+#include "Terminal.h"
 
+#include <QBuffer>
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
 
@@ -13,9 +17,36 @@ namespace Inspect {
 namespace {
 const QLatin1String keptName("kept");
 
-QStringList stepsIn(const QString &folder)
+constexpr int stepsOfAnalysis = 14; // of one that comes to its end; one more when it scales
+constexpr int mostFiles = 64; // of a worker: the pictures of a run, and what is half written
+constexpr qint64 largestPicture = 64LL * 1024 * 1024; // bytes, for usual photographs
+constexpr qint64 mostBytes = 1024LL * 1024 * 1024; // of all its files, for usual photographs
+
+int mostSteps(const Options &options)
 {
-    return QDir(folder).entryList({keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
+    if (!options.saveSteps)
+        return 0;
+    return options.scale == 1.0F ? stepsOfAnalysis : stepsOfAnalysis + 1;
+}
+
+qint64 largestPictureOf(const Options &options)
+{
+    return largestPicture * options.timesTheUsualPixels();
+}
+
+qint64 mostBytesOf(const Options &options)
+{
+    return mostBytes * options.timesTheUsualPixels();
+}
+/// As a whole or, on a full disk, not at all.
+void write(const QImage &picture, const QString &path)
+{
+    QBuffer png;
+    QFile file(path);
+    const bool isWritten = png.open(QIODevice::WriteOnly) && picture.save(&png, "PNG")
+        && file.open(QIODevice::WriteOnly) && file.write(png.data()) == png.size() && file.flush();
+    if (!isWritten)
+        file.remove();
 }
 } // namespace
 
@@ -26,37 +57,79 @@ Pictures::Pictures(const QString &folder)
 
 bool Pictures::prepare() const
 {
-    return QDir().mkpath(stepsFolder());
+    return QDir().mkpath(stepsFolder()) && QDir().mkpath(resultFolder());
+}
+
+QList<QByteArray> Pictures::foldersToWrite(const Options &options) const
+{
+    QList<QByteArray> folders;
+    if (!options.outputFolder.isEmpty())
+        folders.append(QFile::encodeName(resultFolder()));
+    if (options.saveSteps)
+        folders.append(QFile::encodeName(stepsFolder()));
+    return folders;
 }
 
 bool Pictures::keep(const FiberInspection::Inspection &found, const Steps &steps) const
 {
     QFile::remove(keptResult());
-    const QStringList former = stepsIn(stepsFolder());
+    const QStringList former =
+        QDir(stepsFolder()).entryList({keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
     for (const QString &step : former)
         QFile::remove(stepsFolder() + step);
 
+    const bool hasResult = found.saveAnnotatedImage(keptResult()); // first: on a full disk it is the one that counts
     for (const Step &step : steps)
-        step.picture.save(QStringLiteral("%1%2_%3.png").arg(stepsFolder(), keptName, step.name), "PNG");
-    return found.saveAnnotatedImage(keptResult());
+        write(step.picture, QStringLiteral("%1%2_%3.png").arg(stepsFolder(), keptName, step.name));
+    return hasResult;
 }
 
-void Pictures::take(const OutputFolder &output, Inspection *inspection) const
+void Pictures::take(const OutputFolder &output, const Options &options, Inspection *inspection) const
+{
+    takeSteps(output, options, inspection);
+    const QString name = inspection->task.outputName + OutputFolder::resultSuffix();
+    if (inspection->hasKeptResult)
+        inspection->resultImage = output.take(keptResult(), name, largestPictureOf(options), &inspection->problem);
+    else if (inspection->verdict() != Verdict::NotAnalysed)
+        inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
+}
+
+void Pictures::takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const
 {
     // A worker that was taken over shall not choose names for other images.
     static const QRegularExpression stepSuffix(QStringLiteral("^_\\d\\d_[a-z_]+\\.png$"));
 
-    const QString &name = inspection->task.outputName;
-    const QStringList steps = stepsIn(stepsFolder());
-    for (const QString &step : steps) {
-        const QString suffix = step.mid(keptName.size());
-        if (stepSuffix.match(suffix).hasMatch())
-            output.take(stepsFolder() + step, name + suffix, &inspection->problem);
+    const int most = mostSteps(options);
+    const QString name = Tools::Terminal::printableName(inspection->task.outputName);
+    int taken = 0;
+    QDirIterator step(stepsFolder(), {keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
+    while (step.hasNext() && taken <= most) {
+        const QString path = step.next();
+        const QString suffix = step.fileName().mid(keptName.size());
+        if (!stepSuffix.match(suffix).hasMatch())
+            continue;
+        if (++taken <= most)
+            output.take(path, inspection->task.outputName + suffix, largestPictureOf(options), &inspection->problem);
     }
-    if (inspection->hasKeptResult)
-        inspection->resultImage = output.take(keptResult(), name + OutputFolder::resultSuffix(), &inspection->problem);
-    else if (inspection->verdict() != Verdict::NotAnalysed)
-        inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
+    if (taken > most && most > 0)
+        inspection->problem = QStringLiteral("%1: more step images than an analysis has; some were left").arg(name);
+    if (taken < most && inspection->verdict() != Verdict::NotAnalysed)
+        inspection->problem =
+            QStringLiteral("%1: some step images could not be written to the temporary folder").arg(name);
+}
+
+bool Pictures::areTooMany(const Options &options) const
+{
+    int files = 0;
+    qint64 bytes = 0;
+    QDirIterator file(
+        mFolder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (file.hasNext() && files <= mostFiles && bytes <= mostBytesOf(options)) {
+        file.next();
+        ++files;
+        bytes += file.fileInfo().isSymLink() ? 0 : file.fileInfo().size();
+    }
+    return files > mostFiles || bytes > mostBytesOf(options);
 }
 
 QString Pictures::stepsFolder() const
@@ -64,9 +137,14 @@ QString Pictures::stepsFolder() const
     return mFolder + QStringLiteral("/steps/");
 }
 
+QString Pictures::resultFolder() const
+{
+    return mFolder + QStringLiteral("/result/");
+}
+
 QString Pictures::keptResult() const
 {
-    return mFolder + QStringLiteral("/kept.jpg");
+    return resultFolder() + keptName + QStringLiteral(".jpg");
 }
 
 } // namespace Inspect

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
+#include <QList>
 #include <QString>
 #include <QVector>
 
@@ -13,6 +15,7 @@ namespace Inspect {
 
 class OutputFolder;
 struct Inspection;
+struct Options;
 
 /// The pictures that one worker paints, in the worker's own folder: the worker keeps those that matter there, the
 /// parent takes them away when the worker has reported.
@@ -31,18 +34,27 @@ public:
 
     // for the worker
 
-    bool prepare() const; ///< creates the folder
+    bool prepare() const; ///< creates the folders
+
+    /// Those into which it has to write what is asked for.
+    QList<QByteArray> foldersToWrite(const Options &options) const;
 
     /// In place of what was kept before. @return whether the annotated image was written
     bool keep(const FiberInspection::Inspection &found, const Steps &steps) const;
 
     // for the parent
 
-    /// Moves what was kept into the output folder, and enters there where it is, or what went wrong.
-    void take(const OutputFolder &output, Inspection *inspection) const;
+    /// Moves what was kept, and was asked for, into the output folder, and enters there where it is, or what went
+    /// wrong.
+    void take(const OutputFolder &output, const Options &options, Inspection *inspection) const;
+
+    /// Whether the worker has written so much that it cannot be pictures of an analysis.
+    bool areTooMany(const Options &options) const;
 
 private:
+    void takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const;
     QString stepsFolder() const;
+    QString resultFolder() const;
     QString keptResult() const;
 
     QString mFolder;

@@ -23,7 +23,12 @@ namespace Inspect {
 namespace {
 constexpr rlim_t mostOpenFiles = 64;
 
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(__has_feature) // clang's way to tell; gcc has a macro
+#if __has_feature(address_sanitizer)
+#define VANTOR_HAS_ADDRESS_SANITIZER
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__) || defined(VANTOR_HAS_ADDRESS_SANITIZER)
 constexpr bool hasShadowMemory = true; // terabytes of address space that are never used
 #else
 constexpr bool hasShadowMemory = false;
@@ -36,8 +41,9 @@ constexpr quint64 refer = 1ULL << 13;
 constexpr quint64 truncateFile = 1ULL << 14;
 constexpr quint64 controlDevice = 1ULL << 15;
 constexpr quint64 rightsOfFirstVersion = (LANDLOCK_ACCESS_FS_MAKE_SYM << 1) - 1;
-constexpr quint64 rightsInFolder = LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_WRITE_FILE
-    | LANDLOCK_ACCESS_FS_READ_DIR | LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_REG | truncateFile;
+constexpr quint64 rightsToRead = LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR;
+constexpr quint64 rightsToWrite = rightsToRead | LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_REMOVE_FILE
+    | LANDLOCK_ACCESS_FS_MAKE_REG | truncateFile;
 
 int landlockVersion()
 {
@@ -57,21 +63,31 @@ quint64 knownRights(int version)
     return rights;
 }
 
-bool restrictFiles(const QByteArray &folder, int version)
+bool grant(int rules, const QByteArray &folder, quint64 rights)
+{
+    landlock_path_beneath_attr rule{};
+    rule.allowed_access = rights;
+    rule.parent_fd = open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+    const bool isGranted =
+        rule.parent_fd >= 0 && syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0;
+    if (rule.parent_fd >= 0)
+        close(rule.parent_fd);
+    return isGranted;
+}
+
+bool restrictFiles(const Sandbox::Folders &folders, int version)
 {
     landlock_ruleset_attr attributes{};
     attributes.handled_access_fs = knownRights(version);
     const auto rules = static_cast<int>(syscall(SYS_landlock_create_ruleset, &attributes, sizeof attributes, 0));
     if (rules < 0)
         return false;
-    landlock_path_beneath_attr rule{};
-    rule.allowed_access = rightsInFolder & attributes.handled_access_fs;
-    rule.parent_fd = open(folder.constData(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-    const bool isRestricted = rule.parent_fd >= 0
-        && syscall(SYS_landlock_add_rule, rules, LANDLOCK_RULE_PATH_BENEATH, &rule, 0) == 0
+    const bool isRestricted = grant(rules, folders.readable, rightsToRead & attributes.handled_access_fs)
+        && std::all_of(folders.writable.cbegin(), folders.writable.cend(),
+            [&](const QByteArray &folder) {
+                return grant(rules, folder, rightsToWrite & attributes.handled_access_fs);
+            })
         && syscall(SYS_landlock_restrict_self, rules, 0) == 0;
-    if (rule.parent_fd >= 0)
-        close(rule.parent_fd);
     close(rules);
     return isRestricted;
 }
@@ -194,7 +210,7 @@ Sandbox::Support Sandbox::support()
     return support;
 }
 
-const char *Sandbox::enter(const QByteArray &folder, quint64 memory)
+const char *Sandbox::enter(const Folders &folders, quint64 memory)
 {
     mMemoryAtStart = usedAddressSpace();
     limit(RLIMIT_CORE, 0);
@@ -207,7 +223,7 @@ const char *Sandbox::enter(const QByteArray &folder, quint64 memory)
     const Support supported = support();
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
         return "no new privileges";
-    if (supported.filtersFiles && !restrictFiles(folder, landlockVersion()))
+    if (supported.filtersFiles && !restrictFiles(folders, landlockVersion()))
         return "access to files";
     if (supported.filtersCalls && !restrictCalls())
         return "system calls";

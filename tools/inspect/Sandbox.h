@@ -2,11 +2,12 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 
 namespace Inspect {
 
 /// Shuts the calling process, which decodes what strangers made, off from the rest of the machine for good. It keeps
-/// its open files, its memory, and one folder. It can open nothing else, reach no network, start, signal or trace no
+/// its open files, its memory, and its folders. It can open nothing else, reach no network, start, signal or trace no
 /// process, gain no privilege, and make no memory executable.
 class Sandbox
 {
@@ -26,10 +27,15 @@ public:
         quint64 processorTime = 0; ///< seconds from now on
     };
 
-    /// Uses whatever the kernel supports. @param folder where files may be read, written and removed
-    /// @param memory bytes of address space that no budget exceeds
+    struct Folders
+    {
+        QByteArray readable;
+        QList<QByteArray> writable; ///< where files may be created, written and removed, too
+    };
+
+    /// Uses whatever the kernel supports. @param memory bytes of address space that no budget exceeds
     /// @return nullptr, or which step failed: the process must not go on then
-    const char *enter(const QByteArray &folder, quint64 memory = mostMemory);
+    const char *enter(const Folders &folders, quint64 memory = mostMemory);
 
     /// Before each image. What goes beyond gets no memory, or is ended by the kernel.
     void setBudget(const Budget &budget) const;

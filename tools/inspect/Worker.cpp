@@ -22,7 +22,6 @@
 namespace Inspect {
 
 namespace {
-constexpr int usualMegapixels = 16;
 constexpr qint64 smallImage = 1024LL * 1024; // bytes of the file
 constexpr quint64 memoryForSmallImage = 400ULL * 1024 * 1024; // bytes
 
@@ -41,7 +40,7 @@ void redirectMessages(const QString &folder)
 
 quint64 timesTheUsualPixels(const Options &options)
 {
-    return static_cast<quint64>(qMax(1, (options.maxMegapixels + usualMegapixels - 1) / usualMegapixels));
+    return static_cast<quint64>(options.timesTheUsualPixels());
 }
 
 Sandbox::Budget budgetFor(int image, const Options &options)
@@ -67,7 +66,8 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     const char *problem = isReady ? nullptr : "the folder of the worker";
     Sandbox sandbox;
     if (!problem)
-        problem = sandbox.enter(QFile::encodeName(folder), Sandbox::mostMemory * timesTheUsualPixels(session.options));
+        problem = sandbox.enter({QFile::encodeName(folder), pictures.foldersToWrite(session.options)},
+            Sandbox::mostMemory * timesTheUsualPixels(session.options));
     if (problem) {
         Tools::Terminal::tell(QStringLiteral("the analysis cannot be shut in: %1").arg(QLatin1String(problem)));
         return;

@@ -3,10 +3,10 @@
 
 #include "Fetcher.h"
 #include "InspectionMessage.h"
+#include "Pictures.h"
 #include "Process.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 
 #include <algorithm>
 #include <cerrno>
@@ -26,6 +26,9 @@ constexpr int idle = -1;
 /// The longest that is waited, and counted against a task, at once: a run that was stopped for a while, or that waits
 /// for the reader of its report, shall not take its workers for slow.
 constexpr int longestWait = 500; // milliseconds
+
+/// Between two looks at what the workers have written.
+constexpr int betweenLooks = 100; // milliseconds
 
 QString describeEnd(int status)
 {
@@ -149,12 +152,13 @@ std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
             readFrom(mWorkers[i - 1], &outcomes);
     }
     endOverdue(elapsed, &outcomes);
+    endGreedy(&outcomes);
     return outcomes;
 }
 
 int WorkerPool::timeUntilNextLook() const
 {
-    qint64 time = longestWait;
+    qint64 time = qMin(longestWait, betweenLooks);
     for (const Worker &worker : mWorkers) {
         if (worker.task != idle)
             time = qMin(time, qMax<qint64>(worker.timeLeft, 1));
@@ -173,6 +177,20 @@ void WorkerPool::endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes)
             continue;
         const int seconds = mSession.options.timeout * mSession.options.repeat;
         outcomes->push_back(bury(worker, QStringLiteral("timed out after %1 s").arg(seconds)));
+    }
+}
+
+void WorkerPool::endGreedy(std::vector<Outcome> *outcomes)
+{
+    if (mSinceLook.isValid() && mSinceLook.elapsed() < betweenLooks)
+        return;
+    mSinceLook.start();
+    for (std::size_t i = mWorkers.size(); i-- > 0;) { // also the idle ones: who was taken over need not wait for a task
+        if (!Pictures(mWorkers[i].folder).areTooMany(mSession.options))
+            continue;
+        Outcome outcome = bury(mWorkers[i], QStringLiteral("the analysis filled its folder"));
+        if (outcome.task != idle)
+            outcomes->push_back(std::move(outcome));
     }
 }
 

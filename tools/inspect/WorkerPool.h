@@ -4,6 +4,8 @@
 #include "Inspection.h"
 #include "Worker.h"
 
+#include <QElapsedTimer>
+
 #include <optional>
 #include <sys/types.h>
 #include <vector>
@@ -58,12 +60,14 @@ private:
     int timeUntilNextLook() const;
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
     void endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes);
+    void endGreedy(std::vector<Outcome> *outcomes); ///< those that write too much
     Outcome bury(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
 
     const Session &mSession;
     std::size_t mSize;
     int mForked = 0;
     std::vector<Worker> mWorkers;
+    QElapsedTimer mSinceLook; ///< at what the workers have written
     std::vector<Outcome> mOutcomes; ///< of tasks that could not be started
 };
 

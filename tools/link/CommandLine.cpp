@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CommandLine.h"
 
+#include "Tcp/TcpProtocolParser.h"
+
 #include <QHostAddress>
 
 #include <limits>
@@ -22,6 +24,10 @@ CommandLine::CommandLine()
     , mEcho(option("echo", "Answer every message with the same message."))
     , mStats(option("stats", "Show messages and bytes on stderr every second, and in all at the end."))
     , mNoInput(option("no-input", "Do not read stdin: receive, until a signal comes."))
+    , mMaxFrame(option("max-frame",
+          "Neither send nor take a frame of more bytes, length and payload (default: 1048576; at most: 67108864). The\n"
+          "unit that sends such a frame is told nothing, and what was received of it is dropped.",
+          "BYTES"))
     , mLinger(option("linger",
           "After the end of the input stay until nothing has come for so long, for the answers (default: 0.5).",
           "SECONDS"))
@@ -34,14 +40,15 @@ CommandLine::CommandLine()
         "A line that cannot be sent is told with its number, and the next one follows.\n\n"
         "At the end of the input the program sends what it has read, waits for answers (--linger) and ends. Ctrl-C\n"
         "ends it within 3 s, whatever is still to be sent.\n\n"
-        "Exit code: 0 all was sent, 1 some was not, 64 wrong usage, 69 it cannot listen on the port, 74 stdout cannot\n"
-        "be written, 128 and more: stopped by a signal."));
+        "Exit code: 0 all was sent, 1 some was not, 64 wrong usage, 69 it cannot listen on the port, 71 out of "
+        "memory,\n"
+        "74 stdout cannot be written, 128 and more: stopped by a signal."));
     mParser.addPositionalArgument(QStringLiteral("listen|connect"),
         QStringLiteral("Wait for the other unit (one at a time: the newest), or connect to it."));
     mParser.addPositionalArgument(QStringLiteral("ADDRESS"),
         QStringLiteral("With connect: the IPv4 or IPv6 address of the unit; names are not looked up."),
         QStringLiteral("[ADDRESS]"));
-    mParser.addOptions({mPort, mAddress, mEcho, mStats, mNoInput, mLinger, mVerbose, mVersion, mHelp});
+    mParser.addOptions({mPort, mAddress, mEcho, mStats, mNoInput, mMaxFrame, mLinger, mVerbose, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
@@ -50,7 +57,7 @@ bool CommandLine::readOptions()
     mOptions.echo = mParser.isSet(mEcho);
     mOptions.stats = mParser.isSet(mStats);
     mOptions.verbose = mParser.isSet(mVerbose);
-    return readRole() && readAddress() && readPort() && readLinger();
+    return readRole() && readAddress() && readPort() && readMaxFrame() && readLinger();
 }
 
 bool CommandLine::readRole()
@@ -87,6 +94,18 @@ bool CommandLine::readPort()
     return (ok && mOptions.port >= 1 && mOptions.port <= maxPort)
         || refuse(
             QStringLiteral("--port needs a number from 1 to %1, not \"%2\"").arg(maxPort).arg(mParser.value(mPort)));
+}
+
+bool CommandLine::readMaxFrame()
+{
+    if (!mParser.isSet(mMaxFrame))
+        return true;
+    bool ok = false;
+    mOptions.maxFrame = mParser.value(mMaxFrame).toInt(&ok);
+    return (ok && mOptions.maxFrame >= 1 && mOptions.maxFrame <= TcpProtocolParser::maxBufferSize)
+        || refuse(QStringLiteral("--max-frame needs bytes, from 1 to %1, not \"%2\"")
+                      .arg(TcpProtocolParser::maxBufferSize)
+                      .arg(mParser.value(mMaxFrame)));
 }
 
 bool CommandLine::readLinger()

@@ -19,6 +19,7 @@ private:
     bool readRole();
     bool readAddress();
     bool readPort();
+    bool readMaxFrame();
     bool readLinger();
 
     Options mOptions;
@@ -27,6 +28,7 @@ private:
     const QCommandLineOption mEcho;
     const QCommandLineOption mStats;
     const QCommandLineOption mNoInput;
+    const QCommandLineOption mMaxFrame;
     const QCommandLineOption mLinger;
     const QCommandLineOption mVerbose;
 };

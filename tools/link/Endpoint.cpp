@@ -30,6 +30,7 @@ public:
         : mAddress(options.address.isEmpty() ? QHostAddress(QHostAddress::Any) : QHostAddress(options.address))
         , mPort(options.port)
     {
+        mServer.setMaximumFrameSize(options.maxFrame);
         connect(&mServer, &TcpServer::dataReceived, this, &ListeningEnd::received);
         connect(&mServer, &TcpServer::clientConnected, this, [this] { note(true, "a unit has connected"); });
         connect(&mServer, &TcpServer::clientDisconnected, this, [this] { note(false, "the unit has gone"); });
@@ -71,6 +72,7 @@ public:
         : mAddress(options.address)
         , mPort(options.port)
     {
+        mClient.setMaximumFrameSize(options.maxFrame);
         connect(&mClient, &TcpClient::dataReceived, this, &ConnectingEnd::received);
         connect(&mClient, &TcpClient::connected, this, [this] {
             tell(QStringLiteral("connected to %1, port %2").arg(mAddress).arg(mPort));

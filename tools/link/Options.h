@@ -17,6 +17,7 @@ struct Options
     bool echo = false;
     bool stats = false;
     bool verbose = false;
+    int maxFrame = 1024 * 1024; ///< bytes of the largest frame, both ways
     int linger = 500; ///< milliseconds of silence after the end of the input
 };
 

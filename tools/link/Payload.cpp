@@ -3,26 +3,27 @@
 
 #include "Helpers/JsonHelper.h"
 #include "JsonWriter.h"
-#include "Tcp/TcpProtocolParser.h"
 
 namespace Link {
 
-QByteArray payloadOf(const QByteArray &line, QString *problem)
+QByteArray payloadOf(const QByteArray &line, int maxFrame, QString *problem)
 {
     QJsonParseError error{};
-    const QJsonDocument document = JsonHelper::parse(line, &error);
+    QString reason;
+    const QJsonDocument document = JsonHelper::parse(line, &error, &reason);
     if (document.isArray()) {
         *problem = QStringLiteral("an array cannot be sent, only an object");
         return {};
     }
     if (!document.isObject()) {
-        *problem = QStringLiteral("no JSON object: %1, at byte %2").arg(error.errorString()).arg(error.offset);
+        *problem = QStringLiteral("no JSON object: %1, at byte %2").arg(reason).arg(error.offset);
         return {};
     }
     const QByteArray payload = JsonHelper::toByteArray(document.object());
-    if (frameSize(payload.size()) <= TcpProtocolParser::maxBufferSize)
+    const qint64 size = frameSize(payload.size());
+    if (size <= maxFrame)
         return payload;
-    *problem = QStringLiteral("too large: the other end would drop %1 bytes").arg(payload.size());
+    *problem = QStringLiteral("a frame of %1 bytes, more than --max-frame allows").arg(size);
     return {};
 }
 

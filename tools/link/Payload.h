@@ -7,7 +7,8 @@
 namespace Link {
 
 /// The payload that a line of input stands for; empty when there is none, and why.
-QByteArray payloadOf(const QByteArray &line, QString *problem);
+/// @param maxFrame bytes of the largest frame that may come of it
+QByteArray payloadOf(const QByteArray &line, int maxFrame, QString *problem);
 
 /// A payload as one line of JSON: the object, or all its bytes as a string if they are not valid JSON.
 QByteArray lineOf(const QByteArray &payload);

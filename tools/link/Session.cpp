@@ -3,7 +3,6 @@
 
 #include "Payload.h"
 #include "StopSignals.h"
-#include "Tcp/TcpProtocolParser.h"
 #include "Terminal.h"
 
 #include <QCoreApplication>
@@ -24,11 +23,17 @@ constexpr int passInterval = 5; // milliseconds
 constexpr int statsInterval = 1000; // milliseconds
 } // namespace
 
+int tellOutOfMemory()
+{
+    tell(QStringLiteral("out of memory; a smaller --max-frame needs less"));
+    return OutOfMemory;
+}
+
 Session::Session(const Options &options, Tools::StopSignals *signals)
     : mOptions(options)
     , mSignals(signals)
     , mEndpoint(Endpoint::create(options))
-    , mInput(STDIN_FILENO, TcpProtocolParser::maxBufferSize)
+    , mInput(STDIN_FILENO, options.maxFrame)
     , mStandardOutput(signals)
     , mIsForPerson(Tools::Terminal::isTerminal(STDOUT_FILENO))
     , mInputNotifier(STDIN_FILENO, QSocketNotifier::Read)
@@ -60,7 +65,10 @@ int Session::run()
         return CannotListen;
     if (mOptions.stats)
         mStatsTimer.start(statsInterval);
-    QCoreApplication::exec();
+    if (QCoreApplication::exec() == OutOfMemory) {
+        end(tellOutOfMemory());
+        return mExitCode;
+    }
 
     if (mEndpoint->bytesToWrite() > 0)
         tell(QStringLiteral("%1 bytes were not sent").arg(mEndpoint->bytesToWrite()));
@@ -132,8 +140,8 @@ void Session::sendLine(const LineReader::Line &line)
 {
     if (line.text.trimmed().isEmpty() && !line.isTooLong)
         return;
-    QString problem = QStringLiteral("longer than %1 bytes").arg(TcpProtocolParser::maxBufferSize);
-    const QByteArray payload = line.isTooLong ? QByteArray() : payloadOf(line.text, &problem);
+    QString problem = QStringLiteral("longer than %1 bytes, see --max-frame").arg(mOptions.maxFrame);
+    const QByteArray payload = line.isTooLong ? QByteArray() : payloadOf(line.text, mOptions.maxFrame, &problem);
     if (payload.isEmpty()) {
         tell(QStringLiteral("line %1 is not sent: %2").arg(line.number).arg(problem));
         mExitCode = SomeNotSent;

@@ -16,6 +16,8 @@ class StopSignals;
 
 namespace Link {
 
+int tellOutOfMemory(); ///< @return the exit code of the program
+
 /// One run of the program: from stdin to the link, and from the link to stdout.
 class Session : public QObject
 {

@@ -8,9 +8,29 @@
 #include <QCoreApplication>
 #include <QLoggingCategory>
 
+#include <new>
+
 using namespace Link;
 
 namespace {
+/// Memory that runs out while an event is handled, here or in the library, ends the program: no exception may get into
+/// the event loop, which is not made for that.
+class Application : public QCoreApplication
+{
+public:
+    using QCoreApplication::QCoreApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        try {
+            return QCoreApplication::notify(receiver, event);
+        } catch (const std::bad_alloc &) {
+            exit(OutOfMemory);
+            return true;
+        }
+    }
+};
+
 /// Qt would send the log to the system's journal where there is no terminal.
 void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
 {
@@ -34,7 +54,7 @@ int print(const QString &text)
 int main(int argc, char *argv[])
 {
     Tools::Terminal::reserveStandardStreams();
-    const QCoreApplication application(argc, argv);
+    const Application application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("vantor-link"));
 
     CommandLine commandLine;
@@ -48,5 +68,9 @@ int main(int argc, char *argv[])
     const Options &options = commandLine.options();
     setUpLog(options.verbose);
     Tools::StopSignals signals;
-    return Session(options, &signals).run();
+    try {
+        return Session(options, &signals).run();
+    } catch (const std::bad_alloc &) { // before the event loop: while it connects
+        return tellOutOfMemory();
+    }
 }

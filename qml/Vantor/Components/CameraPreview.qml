@@ -10,12 +10,20 @@ Item {
     readonly property bool ready: camera.cameraStatus === Camera.ActiveStatus
     property alias videoOutput: output
 
+    readonly property int noCapture: -1
+    property int lastCapture: noCapture // the request that is still waited for; answers to earlier ones come too late
+
     signal initializeFailed()
     signal imageCaptured(string preview)
     signal imageSaved()
 
     function captureImageToFile(path) {
-        camera.imageCapture.captureToLocation(path);
+        lastCapture = camera.imageCapture.captureToLocation(path);
+    }
+
+    // Whatever becomes of it, it is not told any more.
+    function forgetCapture() {
+        lastCapture = noCapture;
     }
 
     function start() {
@@ -52,9 +60,13 @@ Item {
         captureMode: Camera.CaptureStillImage
         imageCapture.resolution: "800x600"
         imageCapture.onImageCaptured: function(requestId, preview) {
-            root.imageCaptured(preview);
+            if (requestId === root.lastCapture)
+                root.imageCaptured(preview);
         }
-        imageCapture.onImageSaved: root.imageSaved()
+        imageCapture.onImageSaved: function(requestId, path) {
+            if (requestId === root.lastCapture)
+                root.imageSaved();
+        }
         imageCapture.onCaptureFailed: function(requestId, message) {
             console.log("Image capture failed: " + message);
         }

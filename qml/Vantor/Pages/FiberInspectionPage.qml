@@ -4,6 +4,7 @@ import OrvelPage 1.0
 import QtMultimedia 5.4
 import QtQuick 2.11
 import QtQuick.Controls.Material 2.4
+import QtQuick.Templates 2.4 as Templates
 import "qrc:/Vantor/Components" as VantorComponents
 import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
@@ -92,6 +93,12 @@ VantorComponents.Page {
 
     actions: pageActions()
 
+    // A page that was taken off the stack lives on for a transition, in which the camera may still save.
+    Templates.StackView.onDeactivating: {
+        const place = Templates.StackView; // attached to the page
+        if (place.view.get(place.index) !== root)
+            cameraPreview.forgetCapture();
+    }
     Component.onDestruction: cameraPreview.stop()
 
     Connections {

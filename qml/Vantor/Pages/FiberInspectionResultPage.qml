@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import "qrc:/Vantor/Components" as VantorComponents
+import "qrc:/Vantor/Style"
 import "../Utils/ContextObjects.js" as ContextObjects
 
 // Waits for the analysis, then shows its verdict and its picture.
@@ -53,10 +54,30 @@ VantorComponents.Page {
     Image {
         id: resultImage
 
+        // The static check knows no enumerators of Qt Quick.
+        readonly property bool isNone: status === Image["Null"]
+        readonly property bool isMissing: status === Image["Error"]
+
         width: parent.width
         height: Math.min(width, parent.height) // in landscape the square does not fit
         fillMode: Image.PreserveAspectFit
         cache: false
+    }
+
+    Text { // why there is none to be seen
+        objectName: "missingPicture"
+        anchors.centerIn: resultImage
+        width: resultImage.width * 0.8
+        visible: verdict.visible && text !== ""
+        text: {
+            if (resultImage.isNone)
+                return qsTr("There is no picture: it could not be filed.");
+            return resultImage.isMissing ? qsTr("There is no picture: it could not be saved. The disk may be full.") : "";
+        }
+        textFormat: Text.PlainText
+        font.pixelSize: GlobalStyles.textSize
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.WordWrap
     }
 
     Rectangle {

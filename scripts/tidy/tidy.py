@@ -3,7 +3,7 @@
 """Runs clang-tidy on the sources named on stdin (each ended by a null byte), several at a time.
 
 What was found clean is remembered outside of the checkout, by everything that the answer depends on: the source and
-all that it includes, its compiler flags, the checks, the version of clang-tidy. Usage: tidy.py BUILD-FOLDER
+all that it includes, its compiler flags, the checks, the version of clang-tidy. Usage: tidy.py BUILD-FOLDER PLUGIN
 """
 import concurrent.futures
 import hashlib
@@ -42,7 +42,7 @@ class Digests:
 
 
 def main():
-    build = os.path.abspath(sys.argv[1])
+    build, plugin = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     root = os.getcwd()
     wanted = {os.path.abspath(name) for name in sys.stdin.read().split("\0") if name}
     cache = pathlib.Path(os.environ.get("XDG_CACHE_HOME", pathlib.Path.home() / ".cache")) / "vantor" / "tidy"
@@ -68,7 +68,7 @@ def main():
         print(f"{source}: not part of the build in {build}")
 
     def tidy(source):
-        run = subprocess.run(["clang-tidy", "--quiet", "-p", build, source], capture_output=True, text=True)
+        run = subprocess.run(["clang-tidy", "--quiet", f"--load={plugin}", "-p", build, source], capture_output=True, text=True)
         if run.returncode == 0:
             (cache / keys[source]).touch()
         return run
