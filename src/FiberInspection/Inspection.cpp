@@ -22,6 +22,14 @@ QString textOf(const std::exception &exception)
     return QString::fromUtf8(exception.what()).simplified();
 }
 
+/// On the calling thread alone: OpenCV does not share out what is nested in a loop of its own. Of one photograph its
+/// threads gain little, and they stand in the way of those who inspect many at once.
+template <typename Run>
+void onThisThread(Run run)
+{
+    cv::parallel_for_(cv::Range(0, 1), [&run](const cv::Range &) { run(); });
+}
+
 /// @param run what is to be done with the core
 template <typename Run>
 Inspection inspectQuietly(Standard::Id standardId, const Device &device, const InspectionOptions &options, Run run)
@@ -30,7 +38,8 @@ Inspection inspectQuietly(Standard::Id standardId, const Device &device, const I
     try {
         InspectionTrace trace(options.onStep);
         InspectionCore core(standardId, device, options, trace);
-        const Inspection inspection = run(core);
+        Inspection inspection;
+        onThisThread([&] { inspection = run(core); });
         if (inspection.hasVerdict())
             trace.finished(inspection.passed());
         return inspection;
