@@ -3,20 +3,18 @@
 
 #include "FiberInspection/Analyser.h"
 #include "Helpers/QObjectHelper.h"
-#include "Managers/CoreFiberInspectionManager.h"
+#include "InspectionManager.h"
 
-FiberManager::FiberManager(CoreFiberInspectionManager *manager, QObject *parent)
+#include <QPointer>
+
+FiberManager::FiberManager(InspectionManager *manager, QObject *parent)
     : QObject(parent)
 {
     QObjectHelper::ownByCpp(&mStandards); // or the script that asks for it would delete it one day
     // Requests take the manager's queue: behind its start, and nowhere when it is gone, in whichever thread that was.
-    connect(this, &FiberManager::requested, manager, &CoreFiberInspectionManager::requestAnalyse);
-    connect(manager, &CoreFiberInspectionManager::analyseFinished, this,
-        [this](bool passed, const QString &sourceFilePath, const QString &resultFilePath) {
-            if (takeAnswer())
-                Q_EMIT analyseFinished(passed, sourceFilePath, resultFilePath);
-        });
-    connect(manager, &CoreFiberInspectionManager::analyseFailed, this, [this] {
+    connect(this, &FiberManager::requested, manager, &InspectionManager::requestAnalyse);
+    connect(manager, &InspectionManager::inspected, this, &FiberManager::passOn);
+    connect(manager, &InspectionManager::analyseFailed, this, [this] {
         if (takeAnswer())
             Q_EMIT analyseFailed();
     });
@@ -33,6 +31,17 @@ void FiberManager::requestAnalyse(const QString &name, int standardId)
 void FiberManager::forgetRequests()
 {
     mForgotten = mAwaited;
+}
+
+void FiberManager::passOn(
+    const FiberInspection::Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath)
+{
+    if (!takeAnswer())
+        return;
+    const QPointer<FiberManager> self(this);
+    Q_EMIT inspected(inspection, resultFilePath);
+    if (self)
+        Q_EMIT analyseFinished(inspection.passed(), sourceFilePath, resultFilePath);
 }
 
 /// Whether somebody waits for the answer that is here.

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/Standard.h"
+#include "FiberInspection/Inspection.h"
 #include "StandardModel.h"
 
 #include <QObject>
 #include <QString>
 
-class CoreFiberInspectionManager;
+class InspectionManager;
 
 /// What the inspection pages see of the inspection manager. Lives in the user interface's thread, the manager may live
 /// in another one. Receivers of the answers may destroy it.
@@ -17,7 +17,7 @@ class FiberManager : public QObject
 
 public:
     /// @param manager not owned; when it is gone, requests have no answer
-    explicit FiberManager(CoreFiberInspectionManager *manager, QObject *parent = nullptr);
+    explicit FiberManager(InspectionManager *manager, QObject *parent = nullptr);
     ~FiberManager() override;
 
     /// Inspects the image at tmpFiberInspectionImagePath(); answered by analyseFinished() or analyseFailed().
@@ -38,11 +38,16 @@ Q_SIGNALS:
     void analyseFinished(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
     void analyseFailed();
 
+    /// Just before analyseFinished(), with all that stands behind the verdict.
+    void inspected(const FiberInspection::Inspection &inspection, const QString &resultFilePath);
+
     /// To the manager.
     void requested(QString name, FiberInspection::Standard::Id standardId);
 
 private:
     bool takeAnswer();
+    void passOn(
+        const FiberInspection::Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath);
 
     StandardModel mStandards;
     int mAwaited = 0; ///< answers that the manager owes; it gives one to each request, in their order

@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectionDetails.h"
 
-#include "FiberInspection/Geometry.h"
 #include "FiberManager.h"
-#include "InspectionManager.h"
 
-#include <QImageReader>
 #include <QVariantMap>
 
 using FiberInspection::Defect;
-using FiberInspection::Device;
+using FiberInspection::Inspection;
 using FiberInspection::Rule;
 using FiberInspection::RuleResult;
 using FiberInspection::Standard;
-using FiberInspection::TestResult;
 using FiberInspection::Zone;
 using FiberInspection::ZoneResult;
 
@@ -52,20 +48,19 @@ QVariantList ruleRows(const ZoneResult &zone)
     return rows;
 }
 
-QVariantMap ring(const Zone &zone, double pixelsPerMicron)
+QVariantMap ring(const Zone &zone, double micronsPerPixel)
 {
     return {
         {QStringLiteral("zone"), static_cast<int>(zone.zone)},
-        {QStringLiteral("diameter"), zone.outerDiameter * pixelsPerMicron},
+        {QStringLiteral("diameter"), zone.outerDiameter / micronsPerPixel},
     };
 }
 } // namespace
 
-InspectionDetails::InspectionDetails(InspectionManager *manager, FiberManager *answers, QObject *parent)
+InspectionDetails::InspectionDetails(FiberManager *answers, QObject *parent)
     : QObject(parent)
 {
-    connect(manager, &InspectionManager::resultReady, this, &InspectionDetails::keep);
-    connect(answers, &FiberManager::analyseFinished, this, &InspectionDetails::finish);
+    connect(answers, &FiberManager::inspected, this, &InspectionDetails::show);
     connect(answers, &FiberManager::analyseFailed, this, &InspectionDetails::clear);
 }
 
@@ -78,25 +73,16 @@ void InspectionDetails::clear()
     Q_EMIT changed();
 }
 
-void InspectionDetails::keep(const TestResult &result, Standard::Id standardId)
+void InspectionDetails::show(const Inspection &inspection, const QString &resultFilePath)
 {
-    mStandardId = standardId;
-    mStandardName = Standard::name(standardId);
-    mRules = ruleRows(result.core()) + ruleRows(result.cladding());
-}
-
-void InspectionDetails::finish(bool passed, const QString &sourceFilePath, const QString &resultFilePath)
-{
-    mPassed = passed;
+    const Standard standard(inspection.standardId());
+    mPassed = inspection.passed();
+    mStandardName = standard.name();
     mPicture = QUrl::fromLocalFile(resultFilePath);
-    const double photographWidth = QImageReader(sourceFilePath).size().width(); // -1 when it could not be filed
-    const double pixelsPerMicron = photographWidth / Device::ks20().fov.width();
-    const Standard standard(mStandardId);
+    mRules = ruleRows(inspection.result().core()) + ruleRows(inspection.result().cladding());
     mZones.clear();
-    if (pixelsPerMicron > 0) {
-        for (const Zone &zone : {standard.core(), standard.cladding(), standard.adhesive(), standard.contact()})
-            mZones.append(ring(zone, pixelsPerMicron));
-    }
+    for (const Zone &zone : {standard.core(), standard.cladding(), standard.adhesive(), standard.contact()})
+        mZones.append(ring(zone, static_cast<double>(inspection.micronsPerPixel())));
     mIsReady = true;
     Q_EMIT changed();
 }

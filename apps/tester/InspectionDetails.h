@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/TestResult.h"
+#include "FiberInspection/Inspection.h"
 
 #include <QObject>
 #include <QString>
@@ -9,7 +9,6 @@
 #include <QVariantList>
 
 class FiberManager;
-class InspectionManager;
 
 /// What stands behind the last verdict, for the panel beside the result page. Lives in the user interface's thread.
 class InspectionDetails : public QObject
@@ -23,9 +22,8 @@ class InspectionDetails : public QObject
     Q_PROPERTY(QVariantList zones READ zones NOTIFY changed)
 
 public:
-    /// @param manager tells what stands behind a verdict
-    /// @param answers tells which verdicts count
-    InspectionDetails(InspectionManager *manager, FiberManager *answers, QObject *parent = nullptr);
+    /// @param answers the verdicts that count
+    explicit InspectionDetails(FiberManager *answers, QObject *parent = nullptr);
 
     bool isReady() const { return mIsReady; }
     bool passed() const { return mPassed; }
@@ -46,12 +44,10 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void keep(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId);
-    void finish(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
+    void show(const FiberInspection::Inspection &inspection, const QString &resultFilePath);
 
     bool mIsReady = false;
     bool mPassed = false;
-    FiberInspection::Standard::Id mStandardId = FiberInspection::Standard::Manual;
     QString mStandardName;
     QUrl mPicture;
     QVariantList mRules;

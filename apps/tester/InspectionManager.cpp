@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectionManager.h"
 
-using FiberInspection::Standard;
-using FiberInspection::TestResult;
+using FiberInspection::Inspection;
 
 InspectionManager::InspectionManager(QObject *parent)
     : CoreFiberInspectionManager(parent)
 {
-    qRegisterMetaType<TestResult>("FiberInspection::TestResult");
-    qRegisterMetaType<Standard::Id>("FiberInspection::Standard::Id");
+    qRegisterMetaType<Inspection>("FiberInspection::Inspection");
 }
 
 InspectionManager::~InspectionManager() = default;
 
-void InspectionManager::handleVerdict(const TestResult &result, Standard::Id standardId)
+void InspectionManager::handleVerdict(
+    const Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath)
 {
-    Q_EMIT resultReady(result, standardId);
+    Q_EMIT inspected(inspection, sourceFilePath, resultFilePath);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/TestResult.h"
+#include "FiberInspection/Inspection.h"
 #include "Managers/CoreFiberInspectionManager.h"
 
 /// The inspection manager, which also tells what stands behind the verdict. Works in a thread of its own.
@@ -14,11 +14,10 @@ public:
     ~InspectionManager() override;
 
 Q_SIGNALS:
-    /// Just before analyseFinished().
-    void resultReady(FiberInspection::TestResult result, FiberInspection::Standard::Id standardId);
+    /// In place of analyseFinished(), with all of the inspection.
+    void inspected(FiberInspection::Inspection inspection, QString sourceFilePath, QString resultFilePath);
 
 protected:
-    void handleVerdict(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId) override;
+    void handleVerdict(const FiberInspection::Inspection &inspection, const QString &sourceFilePath,
+        const QString &resultFilePath) override;
 };
-
-Q_DECLARE_METATYPE(FiberInspection::TestResult)

@@ -57,7 +57,7 @@ private:
     InspectionThread mInspection;
     HardwareManager mHardware;
     FiberManager mFiberManager{mInspection.manager()};
-    InspectionDetails mDetails{mInspection.manager(), &mFiberManager};
+    InspectionDetails mDetails{&mFiberManager};
     Language mLanguage;
     QQmlApplicationEngine mEngine;
 };

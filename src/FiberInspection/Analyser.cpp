@@ -83,8 +83,9 @@ Analyser::Analyser()
 
 TestResult Analyser::analyse(Standard::Id standardId, const QString &name)
 {
-    const TestResult result =
-        AnalyserPrivate::analyse(standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false);
+    mLastInspection = {}; // should there be an exception
+    const TestResult result = AnalyserPrivate::analyse(
+        standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false, &mLastInspection);
     fileImages(name);
     return result;
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/Geometry.h"
-#include "FiberInspection/TestResult.h"
+#include "FiberInspection/Inspection.h"
 
 namespace FiberInspection {
 
@@ -40,11 +39,15 @@ public:
     const QString &lastSourceImagePath() const { return mLastSourceImagePath; }
     const QString &lastResultImagePath() const { return mLastResultImagePath; }
 
+    /// All that the last analysis has found out.
+    const Inspection &lastInspection() const { return mLastInspection; }
+
 private:
     void fileImages(const QString &name);
 
     QString mLastSourceImagePath;
     QString mLastResultImagePath;
+    Inspection mLastInspection;
 };
 
 } // namespace FiberInspection

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/Defect.h"
-#include "FiberInspection/Geometry.h"
-#include "FiberInspection/InspectionRecord_p.h"
-#include "FiberInspection/TestResult.h"
+#include "FiberInspection/Inspection.h"
 
 #include <QImage>
 #include <QPoint>
@@ -13,6 +10,8 @@
 #include <opencv2/core.hpp>
 
 #include <vector>
+
+class QRandomGenerator;
 
 namespace FiberInspection {
 
@@ -34,9 +33,9 @@ public:
     /// process; a second caller waits. OpenCV's exceptions reach the caller.
     /// @param fileName colour photograph; its path is also the prefix of the step images
     /// @param scale divisor of the image size; 1 leaves it
-    /// @param record if given, receives what was measured on the way, also without a verdict
+    /// @param inspection if given, receives all that was found out, also without a verdict
     static TestResult analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
-        bool saveStepsImages, InspectionRecord *record = nullptr);
+        bool saveStepsImages, Inspection *inspection = nullptr);
 
     // --- images: AnalyserPrivateImages.cpp
 
@@ -58,7 +57,8 @@ public:
 
     /// The one circle of the Hough transform (OpenCV, HOUGH_GRADIENT) that is at most 10 pixels smaller than expected
     /// and not larger; an empty circle when there is none or more than one.
-    static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius);
+    /// @param candidates if given, receives how many there are; not touched where nothing is searched
+    static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius, int *candidates = nullptr);
 
     /// Fast search at a sixth of the size, for live frames of the scope Device::ks20().
     static Circle approximateFindCladdingCircle(const cv::Mat &grayImage);
@@ -110,7 +110,9 @@ public:
 
     /// Paints the bright part of the core with about the given colour, in place, so that its rim yields no edges. What
     /// is not brighter than the colour stays: dark defects of the core survive. The fill is random.
-    static void removeCoreCircle(cv::Mat &mat, float coreDiameter, int claddingColor);
+    /// @param random if given, is drawn from row by row; else OpenCV's threads draw from the process-wide generator
+    static void removeCoreCircle(
+        cv::Mat &mat, float coreDiameter, int claddingColor, QRandomGenerator *random = nullptr);
 
     /// Erases, in place, the edge pixels that are only the rim of the cladding: within 4 pixels of it, and plain
     /// background three pixels outward and inward.

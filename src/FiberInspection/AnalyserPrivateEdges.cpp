@@ -97,7 +97,7 @@ cv::Mat AnalyserPrivate::blurImage(const cv::Mat &mat)
     return blurred;
 }
 
-void AnalyserPrivate::removeCoreCircle(cv::Mat &mat, float coreDiameter, int claddingColor)
+void AnalyserPrivate::removeCoreCircle(cv::Mat &mat, float coreDiameter, int claddingColor, QRandomGenerator *random)
 {
     constexpr int randomColorMargin = 4;
 
@@ -116,13 +116,23 @@ void AnalyserPrivate::removeCoreCircle(cv::Mat &mat, float coreDiameter, int cla
     const cv::Rect square = squareAround(mat, coreRadius);
     if (square.empty())
         return;
-    mat(square).forEach<uchar>([=](uchar &color, const int position[]) {
-        if (color > claddingColor
-            && centerDistance.square(square.y + position[0], square.x + position[1]) <= coreSquare) {
-            color = static_cast<uchar>(
-                QRandomGenerator::global()->bounded(fillColor - randomColorMargin, fillColor + randomColorMargin));
+    const auto paint = [=](uchar &color, int x, int y, QRandomGenerator *generator) {
+        if (color > claddingColor && centerDistance.square(x, y) <= coreSquare) {
+            color =
+                static_cast<uchar>(generator->bounded(fillColor - randomColorMargin, fillColor + randomColorMargin));
         }
-    });
+    };
+    if (!random) {
+        mat(square).forEach<uchar>([=](uchar &color, const int position[]) {
+            paint(color, square.y + position[0], square.x + position[1], QRandomGenerator::global());
+        });
+        return;
+    }
+    for (int x = square.y; x < square.y + square.height; ++x) {
+        uchar *const row = mat.ptr<uchar>(x);
+        for (int y = square.x; y < square.x + square.width; ++y)
+            paint(row[y], x, y, random);
+    }
 }
 
 void AnalyserPrivate::removeCladdingEdges(

@@ -75,11 +75,7 @@ QSize AnalyserPrivate::imageSize(const cv::Mat &mat)
 
 cv::Mat AnalyserPrivate::loadImage(const QString &path, QString *problem)
 {
-    const ImageFile file = ImageFile::read(path);
-    const DecodedImage image = file.problem.isEmpty() ? ImageDecoder::decode(file.bytes, ImageFile::maxPixels())
-                                                      : DecodedImage{{}, file.problem};
-    if (!image.problem.isEmpty())
-        qCDebug(messageLog) << "image refused:" << path << image.problem;
+    const DecodedImage image = ImageDecoder::decodeFile(path, ImageFile::maxPixels());
     if (problem)
         *problem = image.problem;
     return image.pixels;
@@ -133,7 +129,7 @@ cv::Mat AnalyserPrivate::convertImageToGray(const cv::Mat &mat)
     return gray;
 }
 
-Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius)
+Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius, int *candidates)
 {
     constexpr double accumulatorRatio = 1.0;
     constexpr double minDistance = 60.0;
@@ -154,6 +150,8 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
     cv::HoughCircles(grayImage, circles, cv::HOUGH_GRADIENT, accumulatorRatio, minDistance, cannyThreshold,
         accumulatorThreshold, static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin),
         static_cast<int>(expectedCladdingRadius));
+    if (candidates)
+        *candidates = static_cast<int>(circles.size());
     if (circles.empty())
         return {};
     if (circles.size() > 1) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageDecoder_p.h"
 #include "FiberInspection/ImageFormats_p.h"
+#include "FiberInspection/Log_p.h"
 
 #include <opencv2/imgcodecs.hpp>
 
@@ -33,7 +34,7 @@ DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
     const auto *const format = std::find_if(
         std::begin(formats), std::end(formats), [&bytes](const Format &candidate) { return candidate.matches(bytes); });
     if (format == std::end(formats))
-        return ImageFormats::refused(QStringLiteral("not an image of a known format"));
+        return {{}, QStringLiteral("not an image of a known format"), ImageFault::UnknownFormat};
     try {
         return format->decode(bytes, maxPixels);
     } catch (const std::exception &exception) {
@@ -41,11 +42,31 @@ DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
     }
 }
 
+DecodedImage ImageDecoder::decodeFile(const QString &path, qint64 maxPixels)
+{
+    const ImageFile file = ImageFile::read(path);
+    const DecodedImage image =
+        file.fault == ImageFault::None ? decode(file.bytes, maxPixels) : DecodedImage{{}, file.problem, file.fault};
+    if (image.fault != ImageFault::None)
+        qCDebug(messageLog) << "image refused:" << path << image.problem;
+    return image;
+}
+
 namespace ImageFormats {
+
+DecodedImage decoded(const cv::Mat &pixels)
+{
+    return {pixels, {}, ImageFault::None};
+}
 
 DecodedImage refused(const QString &problem)
 {
-    return {{}, problem};
+    return {{}, problem, ImageFault::Damaged};
+}
+
+DecodedImage refusedForSize(qint64 width, qint64 height, const QString &problem)
+{
+    return {{}, problem, std::min(width, height) > 0 ? ImageFault::TooLarge : ImageFault::Damaged};
 }
 
 DecodedImage incomplete()
@@ -76,7 +97,7 @@ DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize)
     const QSize size(pixels.cols, pixels.rows);
     if (size != declaredSize && size != declaredSize.transposed())
         return refused(QStringLiteral("the image is not of the size that it declares"));
-    return {pixels, {}};
+    return decoded(pixels);
 }
 
 int exifOrientation(const uchar *tiff, qsizetype size)

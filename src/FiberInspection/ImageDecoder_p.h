@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/ImageFile_p.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -13,6 +15,7 @@ struct DecodedImage
 {
     cv::Mat pixels; ///< 8-bit BGR, upright, without alpha; empty when there is a problem
     QString problem; ///< what is wrong with the file; empty when nothing is
+    ImageFault fault = ImageFault::None;
 };
 
 /// Turns the bytes of an image file into pixels: all of them, or none.
@@ -28,6 +31,9 @@ public:
 
     /// @param maxPixels of the image as declared; with it the memory of the decoders is bounded, to 24 bytes a pixel
     static DecodedImage decode(const QByteArray &bytes, qint64 maxPixels);
+
+    /// Reads and decodes the file, which is opened once.
+    static DecodedImage decodeFile(const QString &path, qint64 maxPixels);
 };
 
 } // namespace FiberInspection

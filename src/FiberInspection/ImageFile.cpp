@@ -27,6 +27,11 @@ QByteArray readBounded(QFile *file)
     return bytes;
 }
 
+ImageFile unreadable(const QString &problem)
+{
+    return {{}, problem, ImageFault::Unreadable};
+}
+
 std::atomic<qint64> &pixelLimit()
 {
     static std::atomic<qint64> limit{ImageFile::defaultMaxPixels};
@@ -38,23 +43,23 @@ ImageFile ImageFile::read(const QString &path)
 {
     const QFileInfo info(path);
     if (!info.exists())
-        return {{}, QStringLiteral("no such file")};
+        return unreadable(QStringLiteral("no such file"));
     if (!info.isFile()) // opening a pipe would wait for a writer
-        return {{}, QStringLiteral("not a file")};
+        return unreadable(QStringLiteral("not a file"));
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return {{}, file.errorString()};
+        return unreadable(file.errorString());
     if (file.size() > maxFileSize)
-        return {{}, QStringLiteral("%1 bytes are too many").arg(file.size())};
+        return {{}, QStringLiteral("%1 bytes are too many").arg(file.size()), ImageFault::TooLarge};
     const QByteArray bytes = readBounded(&file);
     if (file.error() != QFileDevice::NoError)
-        return {{}, file.errorString()};
+        return unreadable(file.errorString());
     if (bytes.size() > maxFileSize)
-        return {{}, QStringLiteral("more than %1 bytes are too many").arg(maxFileSize)};
+        return {{}, QStringLiteral("more than %1 bytes are too many").arg(maxFileSize), ImageFault::TooLarge};
     if (bytes.isEmpty())
-        return {{}, QStringLiteral("the file is empty")};
-    return {bytes, {}};
+        return unreadable(QStringLiteral("the file is empty"));
+    return {bytes, {}, ImageFault::None};
 }
 
 qint64 ImageFile::maxPixels()

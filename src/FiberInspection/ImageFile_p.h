@@ -6,6 +6,9 @@
 
 namespace FiberInspection {
 
+/// What keeps an image from being seen.
+enum class ImageFault : int { None, Unreadable, UnknownFormat, Damaged, TooLarge };
+
 /// An image file as read from disk; what ImageDecoder makes of it is another matter.
 struct ImageFile
 {
@@ -14,6 +17,7 @@ struct ImageFile
 
     QByteArray bytes; ///< the whole file; empty when there is a problem
     QString problem; ///< why the file cannot be read; empty when it can
+    ImageFault fault = ImageFault::None;
 
     /// Refuses what is no regular file, empty, or larger than 256 MiB.
     static ImageFile read(const QString &path);

@@ -30,6 +30,7 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels);
 
 // --- what they share
 
+DecodedImage decoded(const cv::Mat &pixels);
 DecodedImage refused(const QString &problem);
 DecodedImage incomplete();
 
@@ -38,6 +39,7 @@ DecodedImage damaged(const char *message);
 
 /// Why an image of this size is not decoded; empty when it is.
 QString problemOfSize(qint64 width, qint64 height, qint64 maxPixels);
+DecodedImage refusedForSize(qint64 width, qint64 height, const QString &problem);
 
 /// The pixels by way of OpenCV, for a file of which everything else is known to be right.
 DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize);

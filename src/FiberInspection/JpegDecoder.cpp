@@ -302,7 +302,7 @@ DecodedImage decodeJpeg(const QByteArray &bytes, qint64 maxPixels)
         return refused(structure.problem);
     const QString problemOfHeader = problemOfSize(structure.size.width(), structure.size.height(), maxPixels);
     if (!problemOfHeader.isEmpty())
-        return refused(problemOfHeader);
+        return refusedForSize(structure.size.width(), structure.size.height(), problemOfHeader);
     const QString problem = problemOfScans(structure, bytes.size());
     if (!problem.isEmpty())
         return refused(problem);
@@ -315,7 +315,7 @@ DecodedImage decodeJpeg(const QByteArray &bytes, qint64 maxPixels)
     cv::Mat pixels(structure.size.height(), structure.size.width(), CV_8UC3);
     if (!decompression.readPixels(pixels.data, pixels.step))
         return damaged(decompression.message());
-    return {upright(pixels, structure.orientation), {}};
+    return decoded(upright(pixels, structure.orientation));
 }
 
 } // namespace FiberInspection::ImageFormats

@@ -31,10 +31,11 @@ struct Header
 
 DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 maxPixels)
 {
-    const QString problem =
-        header.problem.isEmpty() ? problemOfSize(header.width, header.height, maxPixels) : header.problem;
+    if (!header.problem.isEmpty())
+        return refused(header.problem);
+    const QString problem = problemOfSize(header.width, header.height, maxPixels);
     if (!problem.isEmpty())
-        return refused(problem);
+        return refusedForSize(header.width, header.height, problem);
     const qint64 end = header.begin + header.bytesPerLine * header.height;
     if (std::max(end, header.fileSize) > bytes.size())
         return incomplete();
@@ -214,10 +215,11 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
     qint64 highest = 1;
     if (!numbers.next(&header.width) || !numbers.next(&header.height) || (!isBits && !numbers.next(&highest)))
         return incomplete();
-    header.problem = highest < 1 || highest > highestSample ? QStringLiteral("the image header is damaged")
-                                                            : problemOfSize(header.width, header.height, maxPixels);
-    if (!header.problem.isEmpty())
-        return refused(header.problem);
+    if (highest < 1 || highest > highestSample)
+        return refused(QStringLiteral("the image header is damaged"));
+    const QString problem = problemOfSize(header.width, header.height, maxPixels);
+    if (!problem.isEmpty())
+        return refusedForSize(header.width, header.height, problem);
     const qint64 samplesPerLine = header.width * channels;
     if (isText) {
         header.problem = problemOfText(bytes, &numbers, samplesPerLine * header.height, highest, isBits);

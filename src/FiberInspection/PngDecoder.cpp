@@ -182,7 +182,7 @@ DecodedImage decodePng(const QByteArray &bytes, qint64 maxPixels)
         return refused(structure.problem);
     const QString problem = problemOfSize(structure.width, structure.height, maxPixels);
     if (!problem.isEmpty())
-        return refused(problem);
+        return refusedForSize(structure.width, structure.height, problem);
 
     Reading reading(bytes);
     if (!reading.readHeader())
@@ -192,7 +192,7 @@ DecodedImage decodePng(const QByteArray &bytes, qint64 maxPixels)
     cv::Mat pixels(static_cast<int>(structure.height), static_cast<int>(structure.width), CV_8UC(bgrChannels));
     if (!reading.readPixels(pixels.data, pixels.step))
         return damaged(reading.message());
-    return {upright(pixels, reading.orientation()), {}};
+    return decoded(upright(pixels, reading.orientation()));
 }
 
 } // namespace FiberInspection::ImageFormats

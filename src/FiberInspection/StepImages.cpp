@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FiberInspection/Log_p.h"
 #include "FiberInspection/StepImages_p.h"
 
 #include <opencv2/imgproc.hpp>
@@ -25,12 +24,12 @@ constexpr Color contactRingColor{128, 0, 0};
 constexpr int ringWidth = 1;
 constexpr int lineThickness = 1;
 
-void drawContour(cv::Mat &image, const Defect &defect, const Color &color)
+void drawContour(cv::Mat &image, const QVector<QPointF> &outline, const Color &color)
 {
     constexpr int contourIndex = 0;
-    if (defect.pixels.isEmpty())
+    if (outline.isEmpty())
         return;
-    const std::vector<std::vector<cv::Point>> contours{AnalyserPrivate::qpointVectorToCvPoint2fVector(defect.pixels)};
+    const std::vector<std::vector<cv::Point>> contours{AnalyserPrivate::qpointVectorToCvPoint2fVector(outline)};
     cv::drawContours(image, contours, contourIndex, color, lineThickness, cv::LINE_8);
 }
 
@@ -60,66 +59,79 @@ void drawZones(cv::Mat &image, const ZoneSizes &zoneSizes)
     drawRing(zoneSizes.claddingRadius, claddingRingColor);
     drawRing(zoneSizes.contactRadius, contactRingColor);
 }
+
+/// A copy, because nobody knows how long it is kept.
+QImage pictureOf(const cv::Mat &image)
+{
+    const QImage::Format format = image.channels() == 1 ? QImage::Format_Grayscale8 : QImage::Format_BGR888;
+    return QImage(image.data, image.cols, image.rows, static_cast<int>(image.step), format).copy();
+}
 } // namespace
 
-cv::Mat annotatedImage(const cv::Mat &colorCrop, const std::vector<Defect> &defects)
+void drawOutline(cv::Mat &colorImage, const QVector<QPointF> &outline)
 {
-    cv::Mat image = colorCrop.clone();
-    for (const Defect &defect : defects)
-        drawContour(image, defect, redColor);
-    return image;
+    drawContour(colorImage, outline, redColor);
 }
 
-StepImages::StepImages(const QString &fileName, bool enabled)
-    : mFileName(fileName)
-    , mEnabled(enabled)
+cv::Mat StepImages::viewOf(const QImage &picture)
+{
+    const int type = picture.format() == QImage::Format_Grayscale8 ? CV_8UC1 : CV_8UC3;
+    return {picture.height(), picture.width(), type, const_cast<uchar *>(picture.constBits()),
+        static_cast<std::size_t>(picture.bytesPerLine())};
+}
+
+StepImages::StepImages(const Show &show)
+    : mShow(show)
 {
 }
 
-void StepImages::save(const char *suffix, const cv::Mat &image) const
+void StepImages::show(const char *step, const cv::Mat &image) const
 {
-    if (!mEnabled)
-        return;
-    const QString path = mFileName + QLatin1String(suffix);
-    if (!AnalyserPrivate::saveImage(image, path))
-        qCWarning(messageLog) << "step image not written:" << path;
+    if (mShow)
+        mShow(QString::fromLatin1(step), pictureOf(image));
 }
 
-void StepImages::saveDefects(
+void StepImages::showDefects(
     const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects, const std::vector<Defect> &mergedDefects) const
 {
-    if (!mEnabled)
+    if (!mShow)
         return;
+    const auto contoursOf = [&colorCrop](const std::vector<Defect> &defects) {
+        cv::Mat image = colorCrop.clone();
+        for (const Defect &defect : defects)
+            drawContour(image, defect.pixels, redColor);
+        return image;
+    };
     const auto shapesOf = [&colorCrop](const std::vector<Defect> &defects) {
         cv::Mat image = colorCrop.clone();
         for (const Defect &defect : defects)
             drawShape(image, defect);
         return image;
     };
-    save("_07_defect_contours.png", annotatedImage(colorCrop, rawDefects));
-    save("_08_defect_rectangles.png", shapesOf(rawDefects));
-    save("_09_merged_defects_contours.png", annotatedImage(colorCrop, mergedDefects));
-    save("_10_merged_defects_rectangles.png", shapesOf(mergedDefects));
+    show("07_defect_contours", contoursOf(rawDefects));
+    show("08_defect_rectangles", shapesOf(rawDefects));
+    show("09_merged_defects_contours", contoursOf(mergedDefects));
+    show("10_merged_defects_rectangles", shapesOf(mergedDefects));
 }
 
-void StepImages::saveGradedDefects(
+void StepImages::showGradedDefects(
     const cv::Mat &colorCrop, const TestResult &testResult, const ZoneSizes &zoneSizes) const
 {
-    if (!mEnabled)
+    if (!mShow)
         return;
-    const auto saveZone = [&](const char *shapesSuffix, const char *contoursSuffix, const QVector<Defect> &defects) {
+    const auto showZone = [&](const char *shapesStep, const char *contoursStep, const QVector<Defect> &defects) {
         cv::Mat contours = colorCrop.clone();
         drawZones(contours, zoneSizes);
         cv::Mat shapes = contours.clone();
         for (const Defect &defect : defects) {
-            drawContour(contours, defect, defect.causesFailure ? redColor : blueColor);
+            drawContour(contours, defect.pixels, defect.causesFailure ? redColor : blueColor);
             drawShape(shapes, defect);
         }
-        save(shapesSuffix, shapes);
-        save(contoursSuffix, contours);
+        show(shapesStep, shapes);
+        show(contoursStep, contours);
     };
-    saveZone("_11_core_defects.png", "_11_core_defects_contours.png", testResult.coreDefects());
-    saveZone("_12_cladding_defects.png", "_12_cladding_defects_contours.png", testResult.claddingDefects());
+    showZone("11_core_defects", "11_core_defects_contours", testResult.coreDefects());
+    showZone("12_cladding_defects", "12_cladding_defects_contours", testResult.claddingDefects());
 }
 
 } // namespace FiberInspection

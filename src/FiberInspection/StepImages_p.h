@@ -3,29 +3,36 @@
 
 #include "FiberInspection/AnalyserPrivate.h"
 
+#include <functional>
+
 namespace FiberInspection {
 
-/// The crop with the contours of the defects, as the user sees it.
-cv::Mat annotatedImage(const cv::Mat &colorCrop, const std::vector<Defect> &defects);
+/// The contour of one defect, in red.
+void drawOutline(cv::Mat &colorImage, const QVector<QPointF> &outline);
 
-/// Numbered images of the steps of an inspection, written beside the photograph when they are asked for.
+/// A picture of each step of an inspection, painted when somebody looks.
 class StepImages
 {
 public:
-    StepImages(const QString &fileName, bool enabled);
+    using Show = std::function<void(const QString &step, const QImage &picture)>;
 
-    void save(const char *suffix, const cv::Mat &image) const;
+    /// The pixels of a grey picture, or of one in blue, green and red, as a matrix; not to be written to.
+    static cv::Mat viewOf(const QImage &picture);
+
+    /// @param show may be empty
+    explicit StepImages(const Show &show);
+
+    void show(const char *step, const cv::Mat &image) const;
 
     /// Steps 07 to 10: contours, then rectangles and circles, of the defects before and after merging.
-    void saveDefects(const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects,
+    void showDefects(const cv::Mat &colorCrop, const std::vector<Defect> &rawDefects,
         const std::vector<Defect> &mergedDefects) const;
 
     /// Steps 11 and 12: the graded defects of the core and of the cladding, with the zones.
-    void saveGradedDefects(const cv::Mat &colorCrop, const TestResult &testResult, const ZoneSizes &zoneSizes) const;
+    void showGradedDefects(const cv::Mat &colorCrop, const TestResult &testResult, const ZoneSizes &zoneSizes) const;
 
 private:
-    QString mFileName;
-    bool mEnabled;
+    Show mShow;
 };
 
 } // namespace FiberInspection

@@ -14,7 +14,7 @@ public:
     /// Logs the step that ends here, and starts the next one.
     void finish(const char *step);
 
-    qint64 totalNanoseconds() const { return mBenchmarkTimer.nsecsElapsed(); }
+    qint64 totalMilliseconds() const { return mBenchmarkTimer.elapsed(); }
 
 private:
     QElapsedTimer mBenchmarkTimer;

@@ -273,7 +273,7 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
     const qint64 height = tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH);
     const QString problemOfHeader = problemOfSize(width, height, maxPixels);
     if (!problemOfHeader.isEmpty())
-        return refused(problemOfHeader);
+        return refusedForSize(width, height, problemOfHeader);
     const QSize size(static_cast<int>(width), static_cast<int>(height));
     const QString problem = problemOfLayout(tiff, size, maxPixels);
     if (!problem.isEmpty())

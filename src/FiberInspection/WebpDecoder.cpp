@@ -133,7 +133,7 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
         return damaged(message(status));
     const QString problem = problemOfSize(features.width, features.height, maxPixels);
     if (!problem.isEmpty())
-        return refused(problem);
+        return refusedForSize(features.width, features.height, problem);
     const Structure structure = walk(bytes);
     if (!structure.problem.isEmpty())
         return refused(structure.problem);
@@ -158,7 +158,7 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     const VP8StatusCode final = early == VP8_STATUS_SUSPENDED ? feed(structure.end) : early;
     if (final != VP8_STATUS_OK)
         return damaged(message(final));
-    return {pixels, {}};
+    return decoded(pixels);
 }
 
 } // namespace FiberInspection::ImageFormats

@@ -37,7 +37,7 @@ void CoreFiberInspectionManager::handleAsyncStop()
     // Requests that are under way are still answered.
 }
 
-void CoreFiberInspectionManager::handleVerdict(const FiberInspection::TestResult &, FiberInspection::Standard::Id) {}
+void CoreFiberInspectionManager::handleVerdict(const FiberInspection::Inspection &, const QString &, const QString &) {}
 
 void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId)
 {
@@ -56,7 +56,8 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
     const QPointer<CoreFiberInspectionManager> self(this);
     const QString sourcePath = mFiberAnalyser.lastSourceImagePath();
     const QString resultPath = mFiberAnalyser.lastResultImagePath();
-    handleVerdict(result, standardId);
+    const FiberInspection::Inspection inspection = mFiberAnalyser.lastInspection();
+    handleVerdict(inspection, sourcePath, resultPath);
     if (self)
-        Q_EMIT analyseFinished(result.passed(), sourcePath, resultPath);
+        Q_EMIT analyseFinished(inspection.passed(), sourcePath, resultPath);
 }

@@ -37,9 +37,11 @@ protected:
     void handleAsyncStart() override;
     void handleAsyncStop() override;
 
-    /// Called in the manager's thread just before analyseFinished(), with all that stands behind the verdict. A
-    /// subclass may pass it on; this one does nothing. It may delete the manager, which is the end of that inspection.
-    virtual void handleVerdict(const FiberInspection::TestResult &result, FiberInspection::Standard::Id standardId);
+    /// Called in the manager's thread just before analyseFinished(), with all that stands behind the verdict, and the
+    /// paths that the signal has. A subclass may pass it on; this one does nothing. It may delete the manager, which is
+    /// the end of that inspection.
+    virtual void handleVerdict(
+        const FiberInspection::Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath);
 
 private:
     void handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);

@@ -19,6 +19,8 @@ void inspectionFloor(
     cv::Canny(edges, edges, 10.0, 40.0, 3, false);
     std::vector<std::vector<cv::Point>> contours;
     cv::findContours(edges, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_NONE);
+    if (resultPath.empty())
+        return;
     const cv::Mat result = image(crop).clone();
     cv::imwrite(resultPath, result);
 }

@@ -6,6 +6,7 @@
 #include <string>
 
 /// The least that an inspection can cost: nothing but the calls to OpenCV that it cannot do without, on the same image.
+/// @param resultPath of the result image; empty when none is written
 /// @param crop the square around the fibre
 /// @param largestRadius of the fibre, pixels
 void inspectionFloor(

@@ -21,7 +21,7 @@ struct Sample
 {
     QString path;
     Standard::Id standard = Standard::IEC61300_3_35_SM_RL45;
-    InspectionRecord record;
+    Inspection inspection;
 
     explicit Sample(const QString &imagePath, Standard::Id standardId = Standard::IEC61300_3_35_SM_RL45)
         : path(imagePath)
@@ -30,12 +30,15 @@ struct Sample
         analyse();
     }
 
-    bool analyse() { return !AnalyserPrivate::analyse(standard, path, Device::ks20(), 1.0F, false, &record).error(); }
+    bool analyse()
+    {
+        return !AnalyserPrivate::analyse(standard, path, Device::ks20(), 1.0F, false, &inspection).error();
+    }
 
     void print(const char *name) const
     {
-        std::printf("%-16s %s%d contours, %d raw and %d merged defects\n", name, qPrintable(record.reason),
-            record.contours, record.rawDefects, record.mergedDefects);
+        std::printf("%-16s %s%d contours, %d raw and %d merged defects\n", name, qPrintable(inspection.reasonText()),
+            inspection.counts().contours, inspection.counts().raw, inspection.counts().merged);
     }
 };
 
@@ -52,9 +55,10 @@ void benchAnalysis(const char *name, Sample *sample)
 
 void benchFloor(const char *name, const Sample *sample)
 {
-    const QRect crop = sample->record.crop;
+    const QRect crop = sample->inspection.crop();
     constexpr double expectedRadius = 67.5; // micrometres: cladding and half of the adhesive
-    const int largestRadius = static_cast<int>(expectedRadius / static_cast<double>(sample->record.pixelSize));
+    const int largestRadius =
+        static_cast<int>(expectedRadius / static_cast<double>(sample->inspection.micronsPerPixel()));
     benchmark::RegisterBenchmark(name,
         [=](benchmark::State &state) {
             const std::string image = sample->path.toStdString();
@@ -104,7 +108,7 @@ Sample noisySample(const BenchImages &images, int width, int height, const QStri
     constexpr int strongest = 128; // grey levels
     for (int span = strongest; span > 1; span -= 2) {
         Sample sample(images.paintNoise(width, height, span, fileName));
-        if (sample.record.reason.isEmpty())
+        if (sample.inspection.reasonText().isEmpty())
             return sample;
     }
     qFatal("no fibre found in any noise");

@@ -78,6 +78,12 @@ with_pkg_config() { pkg-config --cflags --libs vantorbase | xargs "$compiler" "$
 check "the program builds through pkg-config" with_pkg_config "$here/main.cpp" -o "$work/consumer"
 check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/consumer"
 
+# The README's first program, as a reader would copy it.
+awk '/^```cpp$/ { block++; next } /^```$/ { if (block) exit } block' "$source_tree/README.md" >"$work/readme.cpp"
+check "the README's program builds" with_pkg_config "$work/readme.cpp" -o "$work/readme"
+check "it grades a face" \
+    env LD_LIBRARY_PATH="$(dirname "$library")" "$work/readme" "$source_tree/data/samples/clean.jpg"
+
 each_header_stands_alone() {
     local header
     while IFS= read -r -d '' header; do

@@ -39,12 +39,12 @@ Inspection failedInspection()
     inspection.result.setError(false);
     inspection.corePixels = {17, 3};
     inspection.claddingPixels = {99};
-    inspection.record.pixelSize = 1.075F;
-    inspection.record.cladding = {400, 300, 58.1F};
-    inspection.record.crop = QRect(1, 2, 30, 40);
-    inspection.record.claddingColor = -3;
-    inspection.record.elapsedMs = 12.5;
-    inspection.record.resultImageWritten = true;
+    inspection.measurements.pixelSize = 1.075F;
+    inspection.measurements.cladding = {400, 300, 58.1F};
+    inspection.measurements.crop = QRect(1, 2, 30, 40);
+    inspection.measurements.grayLevels.cladding = -3;
+    inspection.measurements.elapsedMs = 12.5;
+    inspection.hasKeptResult = true;
     inspection.repetition = {7, 2, 5, 0};
     return inspection;
 }
@@ -101,10 +101,11 @@ private Q_SLOTS:
         QCOMPARE(got->result.claddingDefects().at(0).size, 30.0F);
         QCOMPARE(got->corePixels, sent.corePixels);
         QCOMPARE(got->claddingPixels, sent.claddingPixels);
-        QCOMPARE(got->record.pixelSize, sent.record.pixelSize);
-        QCOMPARE(got->record.cladding, sent.record.cladding);
-        QCOMPARE(got->record.crop, sent.record.crop);
-        QCOMPARE(got->record.claddingColor, -3);
+        QCOMPARE(got->measurements.pixelSize, sent.measurements.pixelSize);
+        QCOMPARE(got->measurements.cladding, sent.measurements.cladding);
+        QCOMPARE(got->measurements.crop, sent.measurements.crop);
+        QCOMPARE(got->measurements.grayLevels.cladding, -3);
+        QCOMPARE(got->hasKeptResult, true);
         QCOMPARE(got->repetition.failed, 5);
         QCOMPARE(got->task.image.path, QStringLiteral("face.jpg"));
     }
@@ -165,10 +166,10 @@ private Q_SLOTS:
             it->result.setError(false);
         });
         changed("negative number of pixels", [](Inspection *it) { it->corePixels[0] = -1; });
-        changed("crop outside", [](Inspection *it) { it->record.crop = QRect(-1, 0, 5, 5); });
-        changed("grey level beyond white", [](Inspection *it) { it->record.colorAroundCore = 256; });
-        changed("negative count", [](Inspection *it) { it->record.contours = -1; });
-        changed("negative time", [](Inspection *it) { it->record.elapsedMs = -1; });
+        changed("crop outside", [](Inspection *it) { it->measurements.crop = QRect(-1, 0, 5, 5); });
+        changed("grey level beyond white", [](Inspection *it) { it->measurements.grayLevels.aroundCore = 256; });
+        changed("negative count", [](Inspection *it) { it->measurements.counts.contours = -1; });
+        changed("negative time", [](Inspection *it) { it->measurements.elapsedMs = -1; });
         changed("runs that do not add up", [](Inspection *it) { it->repetition.runs = 8; });
         changed("runs that add up beyond int", [](Inspection *it) {
             constexpr int most = std::numeric_limits<int>::max();

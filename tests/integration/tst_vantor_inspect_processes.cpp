@@ -98,6 +98,24 @@ private Q_SLOTS:
         QCOMPARE(imagesOf(jsonLines(run.output)), images);
     }
 
+    void noPictureIsWrittenThatNobodyAskedFor()
+    {
+        InspectProgram program;
+        program.begin(longRun(1));
+        QVERIFY(program.waitForLine());
+
+        int looks = 0;
+        while (program.state() == QProcess::Running) {
+            const QStringList files = program.temporaryFiles();
+            looks += files.isEmpty() ? 0 : 1; // the worker's own folder
+            QVERIFY2(files.filter(QRegularExpression(QStringLiteral("jpg|png"))).isEmpty(),
+                qPrintable(files.join(QLatin1Char(' '))));
+            program.waitForFinished(1);
+        }
+        QVERIFY(looks > 0);
+        QCOMPARE(program.exitCode(), 1);
+    }
+
     void aKilledWorkerCostsOnlyItsImage()
     {
         InspectProgram program;

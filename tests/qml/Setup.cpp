@@ -5,9 +5,9 @@
 #include "Expect.h"
 #include "FiberManager.h"
 #include "HeldManager.h"
+#include "InspectionManager.h"
 #include "Keyboard.h"
 #include "LiveAnalyses.h"
-#include "Managers/CoreFiberInspectionManager.h"
 #include "NativeModel.h"
 #include "OrvelPage.h"
 #include "Processor.h"
@@ -61,7 +61,7 @@ struct Setup::Application
 
     TemporaryWorkDir workDir;
     QThread thread;
-    CoreFiberInspectionManager *const manager = new CoreFiberInspectionManager;
+    InspectionManager *const manager = new InspectionManager;
     FiberManager fiberManager{manager};
     HeldManager heldManager{manager};
     TestFiles files{workDir.path()};

@@ -208,7 +208,7 @@ private Q_SLOTS:
         InspectionManager inspections; // in this thread: the answer comes while the request is on the stack
         Q_EMIT inspections.requestStart();
         const QPointer<FiberManager> fibers = new FiberManager(&inspections);
-        const QPointer<InspectionDetails> details = new InspectionDetails(&inspections, fibers);
+        const QPointer<InspectionDetails> details = new InspectionDetails(fibers);
         bool isDone = false;
         int answers = 0;
         const auto request = [&] { fibers->requestAnalyse(QStringLiteral("port 1"), anyStandard); };
@@ -258,7 +258,7 @@ private Q_SLOTS:
         QThread thread;
         auto *const inspections = new InspectionManager;
         FiberManager fibers(inspections);
-        const InspectionDetails details(inspections, &fibers);
+        const InspectionDetails details(&fibers);
         QSignalSpy finished(&fibers, &FiberManager::analyseFinished);
         QSignalSpy failed(&fibers, &FiberManager::analyseFailed);
         inspections->moveToThread(&thread);

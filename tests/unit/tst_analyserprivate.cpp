@@ -249,18 +249,18 @@ private:
     QStringList temporaryFiles() const { return files(mWorkDir->filePath(QStringLiteral("tmp"))); }
 
     static TestResult analyse(const QString &path, Standard::Id id = Standard::IEC61300_3_35_SM_RL45,
-        InspectionRecord *record = nullptr, float scale = 1.0F, bool steps = false)
+        Inspection *inspection = nullptr, float scale = 1.0F, bool steps = false)
     {
-        return AnalyserPrivate::analyse(id, path, Device::ks20(), scale, steps, record);
+        return AnalyserPrivate::analyse(id, path, Device::ks20(), scale, steps, inspection);
     }
 
-    /// Runs the inspection with step images and compares every one of them, the verdict, and the record with what the
-    /// plain form gives.
+    /// Runs the inspection with step images and compares every one of them, the verdict, and the inspection with what
+    /// the plain form gives.
     void compareWithPlainForm(const QString &path, Standard::Id id, float scale, PlainForms::Inspection *plain)
     {
-        InspectionRecord record;
+        Inspection inspection;
         const LogCapture log;
-        const TestResult result = analyse(path, id, &record, scale, true);
+        const TestResult result = analyse(path, id, &inspection, scale, true);
         const cv::Mat photo = cv::imread(path.toStdString(), cv::IMREAD_COLOR);
         const cv::Mat withoutCore = readImage(path + QStringLiteral("_03_cropped_without_core.png"));
         {
@@ -269,7 +269,7 @@ private:
         }
         const PlainForms::Inspection &expected = *plain;
 
-        QCOMPARE(record.reason, expected.failure);
+        QCOMPARE(inspection.reasonText(), expected.failure);
         QCOMPARE(result.error(), !expected.failure.isEmpty());
         if (result.error())
             return;
@@ -285,18 +285,16 @@ private:
         compareDefects(result.coreDefects(), expected.testResult.coreDefects());
         compareDefects(result.claddingDefects(), expected.testResult.claddingDefects());
 
-        QCOMPARE(record.detail, QString());
-        QCOMPARE(record.pixelSize, expected.pixelSize);
-        QVERIFY(record.cladding == expected.cladding);
-        QCOMPARE(record.crop, expected.crop);
-        QCOMPARE(record.claddingColor, expected.claddingColor);
-        QCOMPARE(record.colorAroundCore, expected.colorAroundCore);
-        QCOMPARE(record.colorAroundCladding, expected.colorAroundCladding);
-        QCOMPARE(record.contours, int(expected.contours.size()));
-        QCOMPARE(record.rawDefects, int(expected.rawDefects.size()));
-        QCOMPARE(record.mergedDefects, int(expected.mergedDefects.size()));
-        QCOMPARE(record.resultImageWritten, true);
-        QVERIFY(record.elapsedMs > 0);
+        QCOMPARE(inspection.detail(), QString());
+        QCOMPARE(inspection.micronsPerPixel(), expected.pixelSize);
+        QVERIFY(inspection.claddingCircle() == expected.cladding);
+        QCOMPARE(inspection.crop(), expected.crop);
+        QCOMPARE(inspection.grayLevels().cladding, expected.claddingColor);
+        QCOMPARE(inspection.grayLevels().aroundCore, expected.colorAroundCore);
+        QCOMPARE(inspection.grayLevels().aroundCladding, expected.colorAroundCladding);
+        QCOMPARE(inspection.counts().contours, int(expected.contours.size()));
+        QCOMPARE(inspection.counts().raw, int(expected.rawDefects.size()));
+        QCOMPARE(inspection.counts().merged, int(expected.mergedDefects.size()));
     }
 
     static void compareDefects(const QVector<Defect> &defects, const QVector<Defect> &expected)
@@ -506,10 +504,10 @@ private Q_SLOTS:
         QFETCH(double, coreRadius);
         QFETCH(double, zoneRadius);
         const LogCapture silence;
-        InspectionRecord record;
+        Inspection inspection;
         const QString path = write(Face().fibre().disc({0, 0}, coreRadius, 230).disc({2, 6}, 2, 60).image());
 
-        const TestResult result = analyse(path, static_cast<Standard::Id>(standard), &record, 1, true);
+        const TestResult result = analyse(path, static_cast<Standard::Id>(standard), &inspection, 1, true);
 
         QCOMPARE(result.error(), false);
         const cv::Mat before = readImage(path + QStringLiteral("_02_cropped.png"));
@@ -521,8 +519,9 @@ private Q_SLOTS:
                 const int was = before.at<uchar>(row, column);
                 const int is = after.at<uchar>(row, column);
                 const double distance = std::hypot(row - middle, column - middle);
-                if (distance <= zoneRadius / 1.075 && was > record.colorAroundCore) {
-                    QVERIFY(is >= record.colorAroundCore - 4 && is < record.colorAroundCore + 4);
+                if (distance <= zoneRadius / 1.075 && was > inspection.grayLevels().aroundCore) {
+                    QVERIFY(
+                        is >= inspection.grayLevels().aroundCore - 4 && is < inspection.grayLevels().aroundCore + 4);
                     ++painted;
                 } else {
                     QCOMPARE(is, was);
@@ -606,8 +605,8 @@ private Q_SLOTS:
     {
         const LogCapture silence;
         const QString path = write(evenFace().image());
-        InspectionRecord with;
-        InspectionRecord without;
+        Inspection with;
+        Inspection without;
 
         const TestResult resultWith = analyse(path, Standard::IEC61300_3_35_SM_RL26, &with, 1, true);
         const TestResult resultWithout = analyse(path, Standard::IEC61300_3_35_SM_RL26, &without, 1, false);
@@ -615,7 +614,7 @@ private Q_SLOTS:
         QCOMPARE(resultWith.passed(), resultWithout.passed());
         compareDefects(resultWith.coreDefects(), resultWithout.coreDefects());
         compareDefects(resultWith.claddingDefects(), resultWithout.claddingDefects());
-        QCOMPARE(with.contours, without.contours);
+        QCOMPARE(with.counts().contours, without.counts().contours);
     }
 
     void ringsAndDefectsHaveTheirColours()
@@ -749,16 +748,14 @@ private Q_SLOTS:
             QVERIFY(QDir().rmdir(mWorkDir->filePath(QStringLiteral("tmp"))));
         const QString path = write(blemishedFace().image());
         const LogCapture log;
-        InspectionRecord record;
-        record.resultImageWritten = true;
+        Inspection inspection;
 
-        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &record);
+        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &inspection);
 
         QCOMPARE(result.error(), false);
         QCOMPARE(result.passed(), false);
         QVERIFY(!result.coreDefects().isEmpty());
-        QCOMPARE(record.resultImageWritten, false);
-        QCOMPARE(record.reason, QString());
+        QCOMPARE(inspection.reasonText(), QString());
         QCOMPARE(log.warnings().size(), 1);
         QVERIFY2(log.warnings().constFirst().contains(BaseDirHelper::tmpFiberInspectionResultImagePath()),
             qPrintable(log.warnings().constFirst()));
@@ -794,25 +791,21 @@ private Q_SLOTS:
         QVERIFY(create("truncated.png", whole.readAll().chopped(100)));
         const QStringList before = photoFiles();
         const LogCapture log;
-        InspectionRecord record;
-        record.mergedDefects = 99;
-        record.cladding = Circle(1, 2, 3);
+        Inspection inspection;
 
-        const TestResult result =
-            analyse(name.isEmpty() ? QString() : photoPath(name), Standard::IEC61300_3_35_SM_RL45, &record, 0.5F, true);
+        const TestResult result = analyse(
+            name.isEmpty() ? QString() : photoPath(name), Standard::IEC61300_3_35_SM_RL45, &inspection, 0.5F, true);
 
         compareFailure(result, Standard::IEC61300_3_35_SM_RL45);
         QCOMPARE(log.texts(QtInfoMsg), QStringList{QStringLiteral("---- START BENCHMARK ----")});
         QCOMPARE(log.asText().constFirst(), QStringLiteral("info: ---- START BENCHMARK ----"));
         QCOMPARE(log.asText().constLast(), QStringLiteral("debug: Failed to load image"));
         QCOMPARE(photoFiles(), before);
-        QCOMPARE(record.reason, QStringLiteral("Failed to load image"));
-        QVERIFY(!record.detail.isEmpty());
-        QCOMPARE(record.mergedDefects, 0);
-        QVERIFY(record.cladding == Circle());
-        QCOMPARE(record.crop, QRect());
-        QCOMPARE(record.resultImageWritten, false);
-        QVERIFY(record.elapsedMs > 0);
+        QCOMPARE(inspection.reasonText(), QStringLiteral("Failed to load image"));
+        QVERIFY(!inspection.detail().isEmpty());
+        QCOMPARE(inspection.counts().merged, 0);
+        QVERIFY(inspection.claddingCircle() == Circle());
+        QCOMPARE(inspection.crop(), QRect());
     }
 
     void withoutASingleFibreThereIsNoVerdict_data()
@@ -851,9 +844,9 @@ private Q_SLOTS:
             QVERIFY(paintEndface(endface).save(path));
         }
         const LogCapture log;
-        InspectionRecord record;
+        Inspection inspection;
 
-        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL26, &record, 1, true);
+        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL26, &inspection, 1, true);
 
         compareFailure(result, Standard::IEC61300_3_35_SM_RL26);
         QStringList expected{QStringLiteral("info: ---- START BENCHMARK ----"),
@@ -863,11 +856,9 @@ private Q_SLOTS:
         expected << QStringLiteral("debug: Failed to detect cladding");
         QCOMPARE(comparable(log.asText()), expected);
         QCOMPARE(photoFiles(), (QStringList{QStringLiteral("photo.png"), QStringLiteral("photo.png_01_gray.png")}));
-        QCOMPARE(record.reason, QStringLiteral("Failed to detect cladding"));
-        QCOMPARE(record.pixelSize, 1.075F);
-        QVERIFY(record.cladding == Circle());
-        QCOMPARE(record.resultImageWritten, false);
-        QVERIFY(record.elapsedMs > 0);
+        QCOMPARE(inspection.reasonText(), QStringLiteral("Failed to detect cladding"));
+        QCOMPARE(inspection.micronsPerPixel(), 1.075F);
+        QVERIFY(inspection.claddingCircle() == Circle());
     }
 
     void aFibreTooNearTheBorderCannotBeCropped_data()
@@ -890,9 +881,9 @@ private Q_SLOTS:
         QFETCH(QString, warning);
         const QString path = write(Face(QSize(800, 600), center).fibre().image());
         const LogCapture log;
-        InspectionRecord record;
+        Inspection inspection;
 
-        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_APC, &record, 1, true);
+        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_APC, &inspection, 1, true);
 
         compareFailure(result, Standard::IEC61300_3_35_SM_APC);
         const float diameter = 110.0F * (800.0F / 860.0F);
@@ -900,15 +891,16 @@ private Q_SLOTS:
             (QStringList{QStringLiteral("info: ---- START BENCHMARK ----"), QStringLiteral("info: image loaded N ms"),
                 QStringLiteral("info: image converted to gray N ms"),
                 QStringLiteral("info: cladding detection finished N ms"),
-                logged("debug", "cladding:", record.cladding.radius, diameter, 2 * record.cladding.radius),
+                logged("debug", "cladding:", inspection.claddingCircle().radius, diameter,
+                    2 * inspection.claddingCircle().radius),
                 QStringLiteral("debug: cladding info"), QStringLiteral("warning: ") + warning,
                 QStringLiteral("debug: cropGeometry QRect(0,0 0x0)"),
                 QStringLiteral("debug: crop geometry is invalid")}));
         QCOMPARE(photoFiles(), (QStringList{QStringLiteral("photo.png"), QStringLiteral("photo.png_01_gray.png")}));
-        QCOMPARE(record.reason, QStringLiteral("crop geometry is invalid"));
-        QVERIFY(record.cladding.isValid());
-        QCOMPARE(record.crop, QRect());
-        QCOMPARE(record.contours, 0);
+        QCOMPARE(inspection.reasonText(), QStringLiteral("crop geometry is invalid"));
+        QVERIFY(inspection.claddingCircle().isValid());
+        QCOMPARE(inspection.crop(), QRect());
+        QCOMPARE(inspection.counts().contours, 0);
     }
 
     void aFibreCutByTheBorderGivesNoVerdict()
@@ -1094,12 +1086,12 @@ private Q_SLOTS:
         QFETCH(bool, found);
         const QString path = write(Face(size).fibre().disc({35, 0}, 5, 50).image());
         const LogCapture log;
-        InspectionRecord record;
+        Inspection inspection;
 
-        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &record);
+        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &inspection);
 
         QCOMPARE(result.error(), !found);
-        QCOMPARE(record.pixelSize, 860.0F / float(size.width()));
+        QCOMPARE(inspection.micronsPerPixel(), 860.0F / float(size.width()));
         if (found) {
             QVERIFY(result.passed());
             QCOMPARE(result.claddingDefects().size(), 1);
@@ -1141,28 +1133,28 @@ private Q_SLOTS:
         Face face = Face().fibre();
         for (int i = 0; i < 12; ++i)
             face.disc(QPointF(95 * std::cos(i * 0.52), 95 * std::sin(i * 0.52)), 10, 30);
-        InspectionRecord record;
+        Inspection inspection;
 
-        const TestResult result = analyse(write(face.image()), Standard::IEC61300_3_35_SM_RL45, &record);
+        const TestResult result = analyse(write(face.image()), Standard::IEC61300_3_35_SM_RL45, &inspection);
 
         QCOMPARE(result.passed(), true);
-        QVERIFY(record.contours >= 12);
-        QCOMPARE(record.rawDefects, 0);
+        QVERIFY(inspection.counts().contours >= 12);
+        QCOMPARE(inspection.counts().raw, 0);
         QVERIFY(log.debugs().contains(QStringLiteral("contactDefects.size: 0")));
     }
 
     void anUnbrokenRimHidesWhatLiesInside()
     {
         const LogCapture silence;
-        InspectionRecord record;
+        Inspection inspection;
         // A dark ring of adhesive: its inner edge is no plain rim, stays, and closes.
         const QString path = write(Face().disc({0, 0}, 76, 60).fibre().disc({30, 0}, 4, 50).image());
 
-        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &record);
+        const TestResult result = analyse(path, Standard::IEC61300_3_35_SM_RL45, &inspection);
 
         QCOMPARE(result.error(), false);
         QCOMPARE(result.passed(), false);
-        QCOMPARE(record.mergedDefects, 1);
+        QCOMPARE(inspection.counts().merged, 1);
         const QVector<Defect> defects = result.coreDefects() + result.claddingDefects();
         QCOMPARE(defects.size(), 1);
         QVERIFY(defects.first().size > 110); // the rim itself
@@ -1187,13 +1179,13 @@ private Q_SLOTS:
 
     // --- several at once
 
-    void theRecordIsOptional()
+    void theInspectionIsOptional()
     {
         const LogCapture silence;
         const QString path = write(evenFace().image());
-        InspectionRecord record;
+        Inspection inspection;
 
-        const TestResult with = analyse(path, Standard::IEC61300_3_35_SM_RL45, &record);
+        const TestResult with = analyse(path, Standard::IEC61300_3_35_SM_RL45, &inspection);
         const TestResult without = analyse(path, Standard::IEC61300_3_35_SM_RL45, nullptr);
 
         QCOMPARE(with.passed(), without.passed());

@@ -397,13 +397,16 @@ private Q_SLOTS:
         {
         public:
             QStringList verdicts;
+            QVariantList paths;
             int answersBefore = 0;
             const QSignalSpy *answers = nullptr;
 
         protected:
-            void handleVerdict(const FiberInspection::TestResult &result, Standard::Id standardId) override
+            void handleVerdict(const FiberInspection::Inspection &inspection, const QString &sourceFilePath,
+                const QString &resultFilePath) override
             {
-                verdicts << QStringLiteral("%1 %2").arg(result.passed()).arg(standardId);
+                verdicts << QStringLiteral("%1 %2").arg(inspection.passed()).arg(inspection.standardId());
+                paths << sourceFilePath << resultFilePath;
                 answersBefore += answers->count();
             }
         };
@@ -417,6 +420,7 @@ private Q_SLOTS:
         QCOMPARE(manager.verdicts, QStringList{QStringLiteral("1 %1").arg(anyStandard)});
         QCOMPARE(manager.answersBefore, 0);
         QCOMPARE(finished.count(), 1);
+        QCOMPARE(manager.paths, finished.constFirst().mid(1));
 
         Q_EMIT manager.requestAnalyse(QStringLiteral("port 1"), Standard::Manual); // no rules, no verdict
         QCOMPARE(failed.count(), 1);

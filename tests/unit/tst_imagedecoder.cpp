@@ -524,16 +524,16 @@ private Q_SLOTS:
         QVERIFY2(problem.startsWith(reason), qPrintable(problem));
     }
 
-    void theReasonComesToTheRecord()
+    void theReasonComesToTheInspection()
     {
         const QByteArray whole = jpeg(photograph());
-        InspectionRecord record;
+        Inspection inspection;
 
         AnalyserPrivate::analyse(Standard::IEC61300_3_35_MM, stored(whole.left(whole.size() / 2) + "\xFF\xD9"),
-            Device::ks20(), 1.0F, false, &record);
+            Device::ks20(), 1.0F, false, &inspection);
 
-        QCOMPARE(record.reason, QStringLiteral("Failed to load image"));
-        QCOMPARE(record.detail,
+        QCOMPARE(inspection.reasonText(), QStringLiteral("Failed to load image"));
+        QCOMPARE(inspection.detail(),
             QStringLiteral("the image data is damaged: Corrupt JPEG data: premature end of data segment"));
     }
 };

@@ -16,7 +16,7 @@
 #include <utility>
 
 using FiberInspection::Standard;
-using FiberInspection::TestResult;
+using FiberInspection::Inspection;
 
 namespace {
 constexpr Standard::Id anyStandard = Standard::IEC61300_3_35_SM_RL45;
@@ -49,7 +49,7 @@ public:
     std::function<void()> onVerdict;
 
 protected:
-    void handleVerdict(const TestResult &, Standard::Id) override
+    void handleVerdict(const Inspection &, const QString &, const QString &) override
     {
         if (const std::function<void()> receiver = onVerdict)
             receiver();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FileFrames.h"
 
-#include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/Inspection.h"
 #include "FolderListing.h"
 #include "VideoFrames.h"
 
@@ -14,8 +14,6 @@
 #include <algorithm>
 
 namespace Focus {
-
-using FiberInspection::AnalyserPrivate;
 
 namespace {
 QStringList rawSuffixes()
@@ -51,15 +49,14 @@ Frame readPicture(const QString &path)
 {
     Frame frame;
     frame.name = path;
-    frame.problem = fileProblem(path);
-    if (!frame.problem.isEmpty())
+    const FiberInspection::LoadedImage loaded = FiberInspection::loadImage(path);
+    if (loaded.image.isNull()) {
+        frame.problem = loaded.detail;
         return frame;
+    }
     try {
-        const cv::Mat picture = AnalyserPrivate::loadImage(path);
-        if (picture.empty()) {
-            frame.problem = QStringLiteral("not a whole picture of a known format");
-            return frame;
-        }
+        const cv::Mat picture(loaded.image.height(), loaded.image.width(), CV_8UC3,
+            const_cast<uchar *>(loaded.image.constBits()), static_cast<std::size_t>(loaded.image.bytesPerLine()));
         cv::Mat luminance;
         cv::cvtColor(picture, luminance, cv::COLOR_BGR2GRAY);
         const QImage view(luminance.data, luminance.cols, luminance.rows, static_cast<int>(luminance.step),

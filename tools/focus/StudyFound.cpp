@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Charts.h"
-#include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/Geometry.h"
 #include "Statistics.h"
 #include "StudyExperiments.h"
 #include "StudyFaces.h"
@@ -8,10 +8,10 @@
 #include <opencv2/imgproc.hpp>
 
 #include <array>
+#include <vector>
 
 namespace Focus {
 
-using FiberInspection::AnalyserPrivate;
 using Study::Findings;
 using Study::Proportion;
 using Study::Sample;
@@ -52,7 +52,7 @@ bool isFoundByMeans(const QImage &picture)
 {
     constexpr double shrinking = 6;
     constexpr double tolerance = 5; // pixels of the small picture
-    constexpr float radius = 55; // micrometres, half the cladding zone
+    constexpr double radius = 55; // micrometres, half the cladding zone
     static const QSize fov = FiberInspection::Device::ks20().fov;
 
     const cv::Mat gray(picture.height(), picture.width(), CV_8UC1, const_cast<uchar *>(picture.constBits()),
@@ -60,8 +60,11 @@ bool isFoundByMeans(const QImage &picture)
     cv::Mat shrunk;
     const cv::Size size(static_cast<int>(gray.cols / shrinking), static_cast<int>(gray.rows / shrinking));
     cv::resize(gray, shrunk, size, 0, 0, cv::INTER_AREA);
-    const double pixels = static_cast<double>(AnalyserPrivate::micronsToPixels(radius, fov, picture.size()));
-    return AnalyserPrivate::findCladdingCircle(shrunk, static_cast<float>(pixels / shrinking + tolerance)).isValid();
+    const double pixels = radius * picture.width() / fov.width();
+    const auto largest = static_cast<int>(pixels / shrinking + tolerance);
+    std::vector<cv::Vec3f> circles; // with what the library asks of them
+    cv::HoughCircles(shrunk, circles, cv::HOUGH_GRADIENT, 1.0, 60.0, 50.0, 30.0, largest - 10, largest);
+    return circles.size() == 1;
 }
 
 void ask(const EndfaceScene &face, double noise, AnswersByBlur *answers)

@@ -1,24 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Inspection.h"
 
-#include "FiberInspection/AnalyserPrivate.h"
 #include "Options.h"
 #include "Pictures.h"
 
-#include <exception>
+#include <QElapsedTimer>
+
+#include <utility>
 
 namespace Inspect {
 
-using FiberInspection::AnalyserPrivate;
 using FiberInspection::Standard;
 using FiberInspection::TestResult;
 
 namespace {
-QString reasonOf(const FiberInspection::InspectionRecord &record)
-{
-    return record.detail.isEmpty() ? record.reason : QStringLiteral("%1: %2").arg(record.reason, record.detail);
-}
-
 QVector<int> pixelCounts(const QVector<FiberInspection::Defect> &defects)
 {
     QVector<int> counts;
@@ -28,23 +23,35 @@ QVector<int> pixelCounts(const QVector<FiberInspection::Defect> &defects)
     return counts;
 }
 
-Inspection analyseOnce(const Task &task, const Options &options, const Pictures &pictures)
+/// One run, with the pictures of it that the user may want to see.
+struct Run
 {
     Inspection inspection;
-    inspection.task = task;
-    try {
-        inspection.result = AnalyserPrivate::analyse(task.standardId, pictures.imagePath(), options.device,
-            options.scale, options.saveSteps, &inspection.record);
-        inspection.reason = reasonOf(inspection.record);
-    } catch (const std::exception &exception) {
-        inspection.result = TestResult(Standard(task.standardId));
-        inspection.reason = QString::fromUtf8(exception.what()).simplified();
-    }
-    if (inspection.result.error() && inspection.reason.isEmpty())
-        inspection.reason = QStringLiteral("the analysis came to no end");
-    inspection.corePixels = pixelCounts(inspection.result.coreDefects());
-    inspection.claddingPixels = pixelCounts(inspection.result.claddingDefects());
-    return inspection;
+    FiberInspection::Inspection found;
+    Pictures::Steps steps;
+};
+
+Run analyseOnce(const Task &task, const QString &image, const Options &options)
+{
+    Run run;
+    FiberInspection::InspectionOptions wanted;
+    wanted.scale = options.scale;
+    wanted.maxImagePixels = options.maxImagePixels();
+    if (options.saveSteps)
+        wanted.onStep = [&run](const QString &step, const QImage &picture) { run.steps.append({step, picture}); };
+    QElapsedTimer timer;
+    timer.start();
+    run.found = FiberInspection::inspectFile(image, task.standardId, options.device, wanted);
+
+    const FiberInspection::Inspection &found = run.found;
+    run.inspection.task = task;
+    run.inspection.result = found.result();
+    run.inspection.measurements = {found.micronsPerPixel(), found.claddingCircle(), found.crop(), found.grayLevels(),
+        found.counts(), static_cast<double>(timer.nsecsElapsed()) / 1e6};
+    run.inspection.reason = found.problem();
+    run.inspection.corePixels = pixelCounts(found.result().coreDefects());
+    run.inspection.claddingPixels = pixelCounts(found.result().claddingDefects());
+    return run;
 }
 
 void count(Verdict verdict, Repetition *repetition)
@@ -71,25 +78,21 @@ Verdict Inspection::verdict() const
     return result.passed() ? Verdict::Passed : Verdict::Failed;
 }
 
-Inspection inspect(const Task &task, const Options &options, const Pictures &pictures)
+Inspection inspect(const Task &task, const QString &image, const Options &options, const Pictures &pictures)
 {
-    const bool keepsImages = !options.outputFolder.isEmpty();
-    if (keepsImages)
-        pictures.forget();
-
-    Inspection worst;
+    Run worst;
     Repetition repetition;
-    for (int run = 0; run < options.repeat; ++run) {
-        const Inspection inspection = analyseOnce(task, options, pictures);
-        count(inspection.verdict(), &repetition);
-        if (run > 0 && inspection.verdict() <= worst.verdict())
-            continue;
-        if (keepsImages)
-            pictures.keep();
-        worst = inspection;
+    for (int number = 0; number < options.repeat; ++number) {
+        Run run = analyseOnce(task, image, options);
+        const Verdict verdict = run.inspection.verdict();
+        count(verdict, &repetition);
+        if (number == 0 || verdict > worst.inspection.verdict())
+            worst = std::move(run);
     }
-    worst.repetition = repetition;
-    return worst;
+    worst.inspection.repetition = repetition;
+    if (!options.outputFolder.isEmpty())
+        worst.inspection.hasKeptResult = pictures.keep(worst.found, worst.steps);
+    return worst.inspection;
 }
 
 Inspection notAnalysed(const Task &task, const QString &reason)

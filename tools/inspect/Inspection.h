@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/InspectionRecord_p.h"
-#include "FiberInspection/TestResult.h"
+#include "FiberInspection/Inspection.h"
 #include "Task.h"
 
 namespace Inspect {
@@ -22,15 +21,27 @@ struct Repetition
     int errors = 0;
 };
 
+/// What an analysis measured on its way.
+struct Measurements
+{
+    float pixelSize = 0; ///< micrometres per pixel
+    FiberInspection::Circle cladding; ///< pixels of the analysed image
+    QRect crop; ///< pixels of the analysed image
+    FiberInspection::GrayLevels grayLevels;
+    FiberInspection::DefectCounts counts;
+    double elapsedMs = 0;
+};
+
 /// All that is known about one task after it was done.
 struct Inspection
 {
     Task task;
     FiberInspection::TestResult result;
-    FiberInspection::InspectionRecord record;
+    Measurements measurements;
     QString reason; ///< why there is no verdict; empty when there is one
     QVector<int> corePixels; ///< of each core defect; the pixels themselves stay with the worker
     QVector<int> claddingPixels; ///< of each cladding defect
+    bool hasKeptResult = false; ///< the annotated image lies in the worker's folder
     QString resultImage; ///< path of the annotated image that was kept; empty when there is none
     QString problem; ///< what went wrong beside the analysis, with the images to keep
     Repetition repetition;
@@ -38,8 +49,10 @@ struct Inspection
     Verdict verdict() const;
 };
 
-/// Analyses the image that the worker sees now as often as asked for, and tells about the worst run. Never throws.
-Inspection inspect(const Task &task, const Options &options, const Pictures &pictures);
+/// Analyses the image of the task as often as asked for, and tells about the worst run, whose pictures are kept if the
+/// options say so.
+/// @param image path of the image as the worker sees it
+Inspection inspect(const Task &task, const QString &image, const Options &options, const Pictures &pictures);
 
 /// A task that could not be done.
 Inspection notAnalysed(const Task &task, const QString &reason);

@@ -10,7 +10,6 @@ namespace Inspect {
 
 using FiberInspection::Circle;
 using FiberInspection::Defect;
-using FiberInspection::InspectionRecord;
 using FiberInspection::Standard;
 using FiberInspection::TestResult;
 
@@ -38,12 +37,13 @@ void write(QDataStream &stream, const QVector<Defect> &defects, const QVector<in
     }
 }
 
-void write(QDataStream &stream, const InspectionRecord &record)
+void write(QDataStream &stream, const Measurements &measured)
 {
-    stream << record.pixelSize << record.crop << record.claddingColor << record.colorAroundCore
-           << record.colorAroundCladding << record.contours << record.rawDefects << record.mergedDefects
-           << record.resultImageWritten << record.elapsedMs;
-    write(stream, record.cladding);
+    const FiberInspection::GrayLevels &levels = measured.grayLevels;
+    const FiberInspection::DefectCounts &counts = measured.counts;
+    stream << measured.pixelSize << measured.crop << levels.cladding << levels.aroundCore << levels.aroundCladding
+           << counts.contours << counts.raw << counts.merged << measured.elapsedMs;
+    write(stream, measured.cladding);
 }
 
 // --- Reading
@@ -102,16 +102,17 @@ bool read(QDataStream &stream, QVector<Defect> *defects, QVector<int> *pixelCoun
     return stream.status() == QDataStream::Ok && count >= 0;
 }
 
-bool read(QDataStream &stream, InspectionRecord *record)
+bool read(QDataStream &stream, Measurements *measured)
 {
-    stream >> record->pixelSize >> record->crop >> record->claddingColor >> record->colorAroundCore
-        >> record->colorAroundCladding >> record->contours >> record->rawDefects >> record->mergedDefects
-        >> record->resultImageWritten >> record->elapsedMs;
-    const QRect &crop = record->crop;
-    return read(stream, &record->cladding) && isLength(static_cast<double>(record->pixelSize))
-        && isLength(record->elapsedMs) && crop.x() >= 0 && crop.y() >= 0 && crop.width() >= 0 && crop.height() >= 0
-        && record->claddingColor <= whitest && isGrey(record->colorAroundCore) && isGrey(record->colorAroundCladding)
-        && std::min({record->contours, record->rawDefects, record->mergedDefects}) >= 0;
+    FiberInspection::GrayLevels &levels = measured->grayLevels;
+    FiberInspection::DefectCounts &counts = measured->counts;
+    stream >> measured->pixelSize >> measured->crop >> levels.cladding >> levels.aroundCore >> levels.aroundCladding
+        >> counts.contours >> counts.raw >> counts.merged >> measured->elapsedMs;
+    const QRect &crop = measured->crop;
+    return read(stream, &measured->cladding) && isLength(static_cast<double>(measured->pixelSize))
+        && isLength(measured->elapsedMs) && crop.x() >= 0 && crop.y() >= 0 && crop.width() >= 0 && crop.height() >= 0
+        && levels.cladding <= whitest && isGrey(levels.aroundCore) && isGrey(levels.aroundCladding)
+        && std::min({counts.contours, counts.raw, counts.merged}) >= 0;
 }
 
 bool read(QDataStream &stream, Repetition *repetition)
@@ -130,8 +131,8 @@ std::optional<Inspection> fromBytes(const QByteArray &bytes, const Task &task)
     QVector<Defect> core;
     QVector<Defect> cladding;
     bool isGraded = false;
-    stream >> isGraded;
-    const bool isSound = read(stream, &inspection.reason) && read(stream, &inspection.record)
+    stream >> isGraded >> inspection.hasKeptResult;
+    const bool isSound = read(stream, &inspection.reason) && read(stream, &inspection.measurements)
         && read(stream, &inspection.repetition) && read(stream, &core, &inspection.corePixels)
         && read(stream, &cladding, &inspection.claddingPixels) && stream.atEnd();
     if (!isSound || isGraded != inspection.reason.isEmpty())
@@ -150,8 +151,8 @@ QByteArray InspectionMessage::toBytes(const Inspection &inspection)
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     const TestResult &result = inspection.result;
     const Repetition &repetition = inspection.repetition;
-    stream << !result.error() << inspection.reason.left(longestText);
-    write(stream, inspection.record);
+    stream << !result.error() << inspection.hasKeptResult << inspection.reason.left(longestText);
+    write(stream, inspection.measurements);
     stream << repetition.runs << repetition.passed << repetition.failed << repetition.errors;
     write(stream, result.coreDefects(), inspection.corePixels);
     write(stream, result.claddingDefects(), inspection.claddingPixels);

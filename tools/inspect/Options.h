@@ -31,6 +31,8 @@ struct Options
     bool quiet = false;
     bool verbose = false;
 
+    qint64 maxImagePixels() const { return qint64(maxMegapixels) * 1024 * 1024; }
+
     /// How many times more pixels than usual an image may have.
     int timesTheUsualPixels() const
     {

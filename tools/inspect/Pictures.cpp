@@ -1,27 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Pictures.h"
 
-#include "Helpers/BaseDirHelper.h"
 #include "Inspection.h"
 #include "Options.h"
 #include "OutputFolder.h"
 #include "Terminal.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QRegularExpression>
 
-#include <cstdio>
-
 namespace Inspect {
 
 namespace {
-const QLatin1String imageName("image");
 const QLatin1String keptName("kept");
 
 constexpr int stepsOfAnalysis = 14; // of one that comes to its end; one more when it scales
-constexpr int mostFiles = 64; // of a worker: the pictures of two runs, and what is half written
+constexpr int mostFiles = 64; // of a worker: the pictures of a run, and what is half written
 constexpr qint64 largestPicture = 64LL * 1024 * 1024; // bytes, for usual photographs
 constexpr qint64 mostBytes = 1024LL * 1024 * 1024; // of all its files, for usual photographs
 
@@ -41,15 +38,15 @@ qint64 mostBytesOf(const Options &options)
 {
     return mostBytes * options.timesTheUsualPixels();
 }
-
-void rename(const QString &from, const QString &to)
+/// As a whole or, on a full disk, not at all.
+void write(const QImage &picture, const QString &path)
 {
-    std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData());
-}
-
-QStringList stepsNamed(const QString &name, const QString &folder)
-{
-    return QDir(folder).entryList({name + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
+    QBuffer png;
+    QFile file(path);
+    const bool isWritten = png.open(QIODevice::WriteOnly) && picture.save(&png, "PNG")
+        && file.open(QIODevice::WriteOnly) && file.write(png.data()) == png.size() && file.flush();
+    if (!isWritten)
+        file.remove();
 }
 } // namespace
 
@@ -58,48 +55,40 @@ Pictures::Pictures(const QString &folder)
 {
 }
 
-bool Pictures::prepare(int image) const
+bool Pictures::prepare() const
 {
-    return QDir().mkpath(stepsFolder()) && QFile::link(QStringLiteral("/proc/self/fd/%1").arg(image), imagePath());
-}
-
-QString Pictures::imagePath() const
-{
-    return stepsFolder() + imageName;
-}
-
-void Pictures::forget() const
-{
-    QFile::remove(keptResult());
-    const QStringList steps = stepsNamed(keptName, stepsFolder());
-    for (const QString &step : steps)
-        QFile::remove(stepsFolder() + step);
-}
-
-void Pictures::keep() const
-{
-    forget();
-    rename(BaseDirHelper::tmpFiberInspectionResultImagePath(), keptResult());
-    const QStringList steps = stepsNamed(imageName, stepsFolder());
-    for (const QString &step : steps)
-        rename(stepsFolder() + step, stepsFolder() + keptName + step.mid(imageName.size()));
+    return QDir().mkpath(stepsFolder()) && QDir().mkpath(resultFolder());
 }
 
 QList<QByteArray> Pictures::foldersToWrite(const Options &options) const
 {
     QList<QByteArray> folders;
     if (!options.outputFolder.isEmpty())
-        folders.append(QFile::encodeName(mFolder + QStringLiteral("/tmp")));
+        folders.append(QFile::encodeName(resultFolder()));
     if (options.saveSteps)
         folders.append(QFile::encodeName(stepsFolder()));
     return folders;
+}
+
+bool Pictures::keep(const FiberInspection::Inspection &found, const Steps &steps) const
+{
+    QFile::remove(keptResult());
+    const QStringList former =
+        QDir(stepsFolder()).entryList({keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
+    for (const QString &step : former)
+        QFile::remove(stepsFolder() + step);
+
+    const bool hasResult = found.saveAnnotatedImage(keptResult()); // first: on a full disk it is the one that counts
+    for (const Step &step : steps)
+        write(step.picture, QStringLiteral("%1%2_%3.png").arg(stepsFolder(), keptName, step.name));
+    return hasResult;
 }
 
 void Pictures::take(const OutputFolder &output, const Options &options, Inspection *inspection) const
 {
     takeSteps(output, options, inspection);
     const QString name = inspection->task.outputName + OutputFolder::resultSuffix();
-    if (inspection->record.resultImageWritten)
+    if (inspection->hasKeptResult)
         inspection->resultImage = output.take(keptResult(), name, largestPictureOf(options), &inspection->problem);
     else if (inspection->verdict() != Verdict::NotAnalysed)
         inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
@@ -148,9 +137,14 @@ QString Pictures::stepsFolder() const
     return mFolder + QStringLiteral("/steps/");
 }
 
+QString Pictures::resultFolder() const
+{
+    return mFolder + QStringLiteral("/result/");
+}
+
 QString Pictures::keptResult() const
 {
-    return mFolder + QStringLiteral("/tmp/kept.jpg"); // files can be renamed within their folder only
+    return resultFolder() + keptName + QStringLiteral(".jpg");
 }
 
 } // namespace Inspect

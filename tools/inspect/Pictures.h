@@ -2,8 +2,14 @@
 #pragma once
 
 #include <QByteArray>
+#include <QImage>
 #include <QList>
 #include <QString>
+#include <QVector>
+
+namespace FiberInspection {
+class Inspection;
+}
 
 namespace Inspect {
 
@@ -11,26 +17,30 @@ class OutputFolder;
 struct Inspection;
 struct Options;
 
-/// What one worker sees of images, and the pictures that it paints, in the worker's own folder: the worker keeps those
-/// that matter there, the parent takes them away when the worker has reported.
+/// The pictures that one worker paints, in the worker's own folder: the worker keeps those that matter there, the
+/// parent takes them away when the worker has reported.
 class Pictures
 {
 public:
+    struct Step
+    {
+        QString name; ///< "01_gray"
+        QImage picture;
+    };
+    using Steps = QVector<Step>;
+
     /// @param folder of the worker
     explicit Pictures(const QString &folder);
 
-    /// Makes the file descriptor the image that is to be analysed; once for all images.
-    bool prepare(int image) const;
-
-    QString imagePath() const; ///< the step images land beside it
-
     // for the worker
+
+    bool prepare() const; ///< creates the folders
 
     /// Those into which it has to write what is asked for.
     QList<QByteArray> foldersToWrite(const Options &options) const;
 
-    void forget() const; ///< what was kept of an earlier image
-    void keep() const; ///< what the last analysis has painted, in place of what was kept
+    /// In place of what was kept before. @return whether the annotated image was written
+    bool keep(const FiberInspection::Inspection &found, const Steps &steps) const;
 
     // for the parent
 
@@ -44,6 +54,7 @@ public:
 private:
     void takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const;
     QString stepsFolder() const;
+    QString resultFolder() const;
     QString keptResult() const;
 
     QString mFolder;

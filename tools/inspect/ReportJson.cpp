@@ -64,29 +64,29 @@ void writeZone(
     json.endArray().endObject();
 }
 
-void writeMeasurements(Tools::JsonWriter &json, const FiberInspection::InspectionRecord &record)
+void writeMeasurements(Tools::JsonWriter &json, const Measurements &measured)
 {
-    json.member("elapsedMs", record.elapsedMs)
-        .member("pixelSize", record.pixelSize)
+    json.member("elapsedMs", measured.elapsedMs)
+        .member("pixelSize", measured.pixelSize)
         .key("cladding")
         .beginObject()
-        .member("x", record.cladding.center.x())
-        .member("y", record.cladding.center.y())
-        .member("radius", record.cladding.radius)
+        .member("x", measured.cladding.center.x())
+        .member("y", measured.cladding.center.y())
+        .member("radius", measured.cladding.radius)
         .endObject()
         .key("crop")
         .beginArray()
-        .value(record.crop.x())
-        .value(record.crop.y())
-        .value(record.crop.width())
-        .value(record.crop.height())
+        .value(measured.crop.x())
+        .value(measured.crop.y())
+        .value(measured.crop.width())
+        .value(measured.crop.height())
         .endArray()
-        .member("claddingColor", record.claddingColor)
-        .member("colorAroundCore", record.colorAroundCore)
-        .member("colorAroundCladding", record.colorAroundCladding)
-        .member("contours", record.contours)
-        .member("rawDefects", record.rawDefects)
-        .member("mergedDefects", record.mergedDefects);
+        .member("claddingColor", measured.grayLevels.cladding)
+        .member("colorAroundCore", measured.grayLevels.aroundCore)
+        .member("colorAroundCladding", measured.grayLevels.aroundCladding)
+        .member("contours", measured.counts.contours)
+        .member("rawDefects", measured.counts.raw)
+        .member("mergedDefects", measured.counts.merged);
 }
 } // namespace
 
@@ -102,7 +102,7 @@ QByteArray jsonReport(const Inspection &inspection, const Options &options)
         .member("reason", inspection.reason)
         .member("passed", result.passed());
     writePath(json, "resultImage", "resultImageBytes", inspection.resultImage);
-    writeMeasurements(json, inspection.record);
+    writeMeasurements(json, inspection.measurements);
     json.key("zones").beginObject();
     writeZone(json.key("Core"), result.core(), result.coreDefects(), inspection.corePixels);
     writeZone(json.key("Cladding"), result.cladding(), result.claddingDefects(), inspection.claddingPixels);

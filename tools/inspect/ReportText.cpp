@@ -94,8 +94,8 @@ QVector<Defect> failingDefects(const QVector<Defect> &defects)
 /// The largest of them; the crop has the fibre in its middle.
 QStringList defectLines(const Inspection &inspection, Zone::Id zone, const QVector<Defect> &defects)
 {
-    const auto pixelSize = static_cast<double>(inspection.record.pixelSize);
-    const QPointF fibre(inspection.record.crop.width() / 2.0, inspection.record.crop.height() / 2.0);
+    const auto pixelSize = static_cast<double>(inspection.measurements.pixelSize);
+    const QPointF fibre(inspection.measurements.crop.width() / 2.0, inspection.measurements.crop.height() / 2.0);
 
     QStringList lines;
     for (const Defect &defect : defects) {

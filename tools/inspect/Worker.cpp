@@ -2,12 +2,11 @@
 #include "Worker.h"
 
 #include "Fetcher.h"
-#include "FiberInspection/Analyser.h"
 #include "Inspection.h"
 #include "InspectionMessage.h"
+#include "KeptMemory.h"
 #include "Pictures.h"
 #include "Process.h"
-#include "WorkDir.h"
 
 #include <QFile>
 #include <QLoggingCategory>
@@ -17,7 +16,6 @@
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,15 +38,6 @@ void redirectMessages(const QString &folder)
         Process::redirect(STDERR_FILENO, "/dev/null", O_WRONLY);
 }
 
-/// Keeps the memory of one image for the next one: giving it back and asking again costs a fifth of an analysis.
-void keepFreedMemory()
-{
-    constexpr int largestKeptBlock = 16 * 1024 * 1024; // bytes
-    constexpr int mostKeptMemory = 64 * 1024 * 1024; // bytes
-    mallopt(M_MMAP_THRESHOLD, largestKeptBlock);
-    mallopt(M_TRIM_THRESHOLD, mostKeptMemory);
-}
-
 quint64 timesTheUsualPixels(const Options &options)
 {
     return static_cast<quint64>(options.timesTheUsualPixels());
@@ -66,16 +55,15 @@ Sandbox::Budget budgetFor(int image, const Options &options)
 
 void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
 {
-    const Tools::WorkDir workDir(folder);
-    redirectMessages(folder);
     const Pictures pictures(folder);
-    FiberInspection::Analyser::setMaxImagePixels(qint64(session.options.maxMegapixels) * 1024 * 1024);
+    const bool isReady = pictures.prepare();
+    redirectMessages(folder);
     cv::setNumThreads(1); // the images are what runs in parallel
-    keepFreedMemory();
+    Tools::keepFreedMemory();
     if (session.options.verbose)
-        QLoggingCategory::setFilterRules({});
+        QLoggingCategory::setFilterRules(QStringLiteral("vantor.inspection=true"));
 
-    const char *problem = pictures.prepare(image) ? nullptr : "the link to the image";
+    const char *problem = isReady ? nullptr : "the folder of the worker";
     Sandbox sandbox;
     if (!problem)
         problem = sandbox.enter({QFile::encodeName(folder), pictures.foldersToWrite(session.options)},
@@ -85,12 +73,13 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
         return;
     }
 
+    const QString imagePath = QStringLiteral("/proc/self/fd/%1").arg(image);
     for (Fetched fetch; Process::readAll(fetched, &fetch, sizeof fetch);) {
         [[maybe_unused]] const int forgotten = ftruncate(STDERR_FILENO, 0); // /dev/null refuses
         sandbox.setBudget(budgetFor(image, session.options));
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
         const Inspection inspection = fetch.problem == Fetched::None
-            ? inspect(task, session.options, pictures)
+            ? inspect(task, imagePath, session.options, pictures)
             : notAnalysed(task, QStringLiteral("Failed to load image: ") + fetch.text());
         const QByteArray message = InspectionMessage::toBytes(inspection);
         if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))

@@ -1,22 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Examiner.h"
 
-#include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/Inspection.h"
+#include "KeptMemory.h"
+#include "ProgressBar.h"
+#include "StopSignals.h"
 #include "Truth.h"
 
+#include <QBuffer>
 #include <QImageWriter>
+#include <QThreadPool>
+#include <QtConcurrent>
+
+#include <opencv2/core.hpp>
 
 #include <algorithm>
-#include <exception>
+#include <poll.h>
 
 namespace Study {
 
-using FiberInspection::AnalyserPrivate;
 using FiberInspection::Defect;
-using FiberInspection::Device;
-using FiberInspection::InspectionRecord;
+using FiberInspection::LoadedImage;
 using FiberInspection::Standard;
-using FiberInspection::TestResult;
 using FiberInspection::Zone;
 
 namespace {
@@ -71,48 +76,52 @@ void appendFindings(const QVector<Defect> &defects, Zone::Id zone, const Matcher
     }
 }
 
-Inspection analyse(const Face &face, Standard::Id standard, const QString &fileName)
+Inspection analyse(const Face &face, Standard::Id standard, const QImage &picture)
 {
+    const FiberInspection::Inspection found = FiberInspection::inspect(picture, standard);
     Inspection inspection;
     inspection.standard = standard;
-    try {
-        InspectionRecord record;
-        const TestResult result = AnalyserPrivate::analyse(standard, fileName, Device::ks20(), 1, false, &record);
-        inspection.reason = record.reason;
-        inspection.passed = result.passed();
-        inspection.contours = record.contours;
-        inspection.rawDefects = record.rawDefects;
-        inspection.mergedDefects = record.mergedDefects;
-        const Matcher matcher(face.scene, record.crop);
-        appendFindings(result.coreDefects(), Zone::Core, matcher, &inspection.findings);
-        appendFindings(result.claddingDefects(), Zone::Cladding, matcher, &inspection.findings);
-    } catch (const std::exception &exception) {
-        inspection.reason = QString::fromUtf8(exception.what()).simplified();
-    }
+    inspection.reason = found.reasonText();
+    inspection.passed = found.passed();
+    inspection.contours = found.counts().contours;
+    inspection.rawDefects = found.counts().raw;
+    inspection.mergedDefects = found.counts().merged;
+    const Matcher matcher(face.scene, found.crop());
+    appendFindings(found.result().coreDefects(), Zone::Core, matcher, &inspection.findings);
+    appendFindings(found.result().claddingDefects(), Zone::Cladding, matcher, &inspection.findings);
     return inspection;
 }
 
-/// Empty when the face was painted into the file.
-QString paint(const Face &face, const QString &fileName)
+/// The face as the camera stores it, with what JPEG makes of it.
+QImage photograph(const Face &face, QString *problem)
 {
     const QImage image = paintEndface(face.scene);
-    if (image.isNull())
-        return face.scene.problem();
-    QImageWriter writer(fileName, "jpg");
+    if (image.isNull()) {
+        *problem = face.scene.problem();
+        return {};
+    }
+    QBuffer jpeg;
+    QImageWriter writer(&jpeg, "jpg");
     writer.setQuality(face.jpegQuality);
-    return writer.write(image) ? QString() : writer.errorString();
+    if (!writer.write(image)) {
+        *problem = writer.errorString();
+        return {};
+    }
+    const LoadedImage loaded = FiberInspection::decodeImage(jpeg.data());
+    *problem = loaded.detail;
+    return loaded.image;
 }
 } // namespace
 
-FaceOutcome examine(const Face &face, const QString &folder)
+FaceOutcome examine(const Face &face)
 {
-    const QString fileName = folder + QStringLiteral("/face.jpg");
-    const QString problem = paint(face, fileName);
+    QString problem;
+    const QImage picture = photograph(face, &problem);
     FaceOutcome outcome;
     for (const Standard::Id standard : face.standards) {
         for (int run = 0; run < face.runs; ++run) {
-            if (problem.isEmpty()) {
-                outcome.append(analyse(face, standard, fileName));
+            if (!picture.isNull()) {
+                outcome.append(analyse(face, standard, picture));
                 continue;
             }
             Inspection inspection;
@@ -122,6 +131,36 @@ FaceOutcome examine(const Face &face, const QString &folder)
         }
     }
     return outcome;
+}
+
+std::optional<QVector<FaceOutcome>> examineAll(
+    const QVector<Face> &faces, int jobs, bool showsProgress, QString *problem)
+{
+    constexpr int pollInterval = 50; // milliseconds
+    Tools::StopSignals signals; // before the threads, so that these have the signals blocked as well
+    cv::setNumThreads(1); // the faces are what runs in parallel
+    Tools::keepFreedMemory();
+    QThreadPool::globalInstance()->setMaxThreadCount(jobs);
+
+    QFuture<FaceOutcome> outcomes = QtConcurrent::mapped(faces, examine);
+    Tools::ProgressBar bar(showsProgress ? faces.size() : 0);
+    while (!outcomes.isFinished()) {
+        pollfd stop{signals.fileDescriptor(), POLLIN, 0};
+        poll(&stop, 1, pollInterval);
+        if (signals.received() != 0) {
+            outcomes.cancel();
+            outcomes.waitForFinished();
+            *problem = QStringLiteral("stopped");
+            return std::nullopt;
+        }
+        bar.show(outcomes.progressValue());
+    }
+    try {
+        return outcomes.results().toVector();
+    } catch (const QException &) { // of the memory
+        *problem = QStringLiteral("not all faces could be examined");
+        return std::nullopt;
+    }
 }
 
 } // namespace Study

@@ -48,35 +48,4 @@ const Finding *Inspection::largestOf(int blemish) const
     return largest;
 }
 
-QDataStream &operator<<(QDataStream &stream, const Finding &finding)
-{
-    return stream << qint32(finding.type) << qint32(finding.zone) << finding.size << finding.causesFailure
-                  << finding.blemishes;
-}
-
-QDataStream &operator>>(QDataStream &stream, Finding &finding)
-{
-    qint32 type = 0;
-    qint32 zone = 0;
-    stream >> type >> zone >> finding.size >> finding.causesFailure >> finding.blemishes;
-    finding.type = static_cast<Defect::Type>(type);
-    finding.zone = static_cast<Zone::Id>(zone);
-    return stream;
-}
-
-QDataStream &operator<<(QDataStream &stream, const Inspection &inspection)
-{
-    return stream << qint32(inspection.standard) << inspection.reason << inspection.passed << inspection.contours
-                  << inspection.rawDefects << inspection.mergedDefects << inspection.findings;
-}
-
-QDataStream &operator>>(QDataStream &stream, Inspection &inspection)
-{
-    qint32 standard = 0;
-    stream >> standard >> inspection.reason >> inspection.passed >> inspection.contours >> inspection.rawDefects
-        >> inspection.mergedDefects >> inspection.findings;
-    inspection.standard = static_cast<FiberInspection::Standard::Id>(standard);
-    return stream;
-}
-
 } // namespace Study

@@ -4,7 +4,8 @@
 #include "EndfacePainter.h"
 #include "FiberInspection/Standard.h"
 
-#include <QDataStream>
+#include <QString>
+#include <QVector>
 
 namespace Study {
 
@@ -52,10 +53,5 @@ struct Inspection
 
 /// All analyses of one face: standard by standard, each as often as asked for.
 using FaceOutcome = QVector<Inspection>;
-
-QDataStream &operator<<(QDataStream &stream, const Finding &finding);
-QDataStream &operator>>(QDataStream &stream, Finding &finding);
-QDataStream &operator<<(QDataStream &stream, const Inspection &inspection);
-QDataStream &operator>>(QDataStream &stream, Inspection &inspection);
 
 } // namespace Study

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Document.h"
+#include "Examiner.h"
 #include "Experiment.h"
 #include "Terminal.h"
-#include "Workforce.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "FiberInspection/TestResult.h"
+
+#include <QImage>
+#include <QMetaType>
+#include <QRect>
+
+#include <functional>
+#include <optional>
+
+namespace FiberInspection {
+
+/// What may be asked of an inspection beside the image, the standard, and the scope.
+struct InspectionOptions
+{
+    float scale = 1; ///< divisor of the image size; 1 leaves it
+
+    /// Where the bright part of the core is painted over, so that its rim is no edge, the paint is random. With a seed
+    /// it is not: the same image, options and build give the same inspection to the last bit, however many threads are
+    /// at work. Without one it comes from the process-wide generator, and an end face at the margin may pass once and
+    /// fail once.
+    std::optional<quint64> seed;
+
+    static constexpr qint64 defaultMaxImagePixels = 16LL * 1024 * 1024;
+    qint64 maxImagePixels =
+        defaultMaxImagePixels; ///< larger images are not decoded; a pixel may take 24 bytes meanwhile
+
+    /// If given, is shown a picture of each step, in the thread that inspects: "01_gray", "02_cropped",
+    /// "03_cropped_without_core" and so on. Painting them takes longer than the inspection.
+    std::function<void(const QString &step, const QImage &picture)> onStep;
+};
+
+/// A defect that the standard has something to say about, and where it lies.
+struct VANTORBASE_EXPORT GradedDefect
+{
+    Zone::Id zone = Zone::Core;
+    Defect::Type kind = Defect::Type::Defect;
+    double sizeMicrons = 0; ///< diameter of the smallest circle around it
+    QPointF centerMicrons; ///< of that circle, from the centre of the fibre; x runs right, y down
+    bool causesFailure = false; ///< above what a rule allows
+
+    bool operator==(const GradedDefect &other) const;
+    bool operator!=(const GradedDefect &other) const { return !(*this == other); }
+};
+
+/// Mean grey levels, 0 (black) to 255; 0 where nothing could be measured.
+struct VANTORBASE_EXPORT GrayLevels
+{
+    int cladding = 0; ///< a little below the mean of the cladding; may be negative
+    int aroundCore = 0;
+    int aroundCladding = 0;
+
+    bool operator==(const GrayLevels &other) const;
+    bool operator!=(const GrayLevels &other) const { return !(*this == other); }
+};
+
+/// How many there were on the way from edges to defects.
+struct VANTORBASE_EXPORT DefectCounts
+{
+    int contours = 0; ///< all of the cleaned edge map
+    int raw = 0; ///< contours that reach the cladding
+    int merged = 0; ///< after those close to each other were joined
+
+    bool operator==(const DefectCounts &other) const;
+    bool operator!=(const DefectCounts &other) const { return !(*this == other); }
+};
+
+/// All that one inspection of an end face has found out: a value, made by inspect() and inspectFile().
+///
+///     const Inspection inspection = inspectFile("face.jpg", Standard::IEC61300_3_35_SM_RL45);
+///     if (!inspection.hasVerdict())
+///         qInfo() << inspection.problem();
+///     for (const GradedDefect &defect : inspection.defects())
+///         qInfo() << Zone::name(defect.zone) << defect.sizeMicrons << defect.centerMicrons;
+///
+/// Copies share their images. What was measured before an inspection came to no verdict is there, the rest has its
+/// initial value.
+class VANTORBASE_EXPORT Inspection
+{
+public:
+    /// Why there is no verdict.
+    enum class Reason : int {
+        None, ///< there is one
+        NotInspected, ///< the value was never made by an inspection
+        FileUnreadable, ///< missing, empty, no file, or not for us
+        UnknownFormat, ///< neither JPEG, PNG, BMP, PNM, TIFF nor WebP
+        ImageDamaged, ///< or incomplete, or of a kind that no decoder here knows
+        ImageTooLarge, ///< more bytes or pixels than are decoded
+        NoImage, ///< a null QImage
+        NotConvertible, ///< to grey
+        UnusableScale, ///< it leaves nothing of the image, or makes it too large
+        NoFibre, ///< no circle as large as the cladding of the standard
+        SeveralFibres, ///< more than one
+        FibreAtBorder, ///< the contact zone leaves the image
+        AnalysisBroken, ///< by an exception, mostly for want of memory
+    };
+
+    Inspection() = default;
+
+    bool hasVerdict() const { return mReason == Reason::None; }
+    bool passed() const { return mResult.passed(); } ///< false also without a verdict
+
+    Reason reason() const { return mReason; }
+    QString reasonText() const; ///< as the log says it; empty with a verdict
+    const QString &detail() const { return mDetail; } ///< what exactly is wrong, where more is known
+    QString problem() const; ///< both in one line
+
+    Standard::Id standardId() const { return mStandardId; }
+    const TestResult &result() const { return mResult; } ///< rules, and the graded defects with their pixels
+
+    /// Those of the core, then those of the cladding, each in the order in which they were graded.
+    const QVector<GradedDefect> &defects() const { return mDefects; }
+
+    float micronsPerPixel() const { return mMicronsPerPixel; }
+    const Circle &claddingCircle() const { return mCladding; } ///< pixels of image()
+    const QRect &crop() const { return mCrop; } ///< the square that was graded; pixels of image(), fibre in the middle
+    const GrayLevels &grayLevels() const { return mGrayLevels; }
+    const DefectCounts &counts() const { return mCounts; }
+
+    /// The image that was analysed, after the scale. It is the caller's own if that was neither a file nor scaled.
+    const QImage &image() const { return mImage; }
+
+    /// The crop with the contours of all defects in red; null without a verdict. Painted anew at each call.
+    QImage annotatedImage() const;
+
+    /// Writes that picture by the extension of the path: whole or not at all. Returns whether it was written.
+    bool saveAnnotatedImage(const QString &path) const;
+
+    bool operator==(const Inspection &other) const; ///< also pixel by pixel
+    bool operator!=(const Inspection &other) const { return !(*this == other); }
+
+private:
+    friend class InspectionCore;
+
+    Reason mReason = Reason::NotInspected;
+    QString mDetail;
+    Standard::Id mStandardId = Standard::Manual;
+    TestResult mResult;
+    QVector<GradedDefect> mDefects;
+    float mMicronsPerPixel = 0;
+    Circle mCladding;
+    QRect mCrop;
+    GrayLevels mGrayLevels;
+    DefectCounts mCounts;
+    QImage mImage;
+    QVector<QVector<QPointF>> mOutlines; ///< of all defects, pixels of the crop
+};
+
+/// An image file in memory, or why there is none.
+struct LoadedImage
+{
+    QImage image; ///< upright, without alpha; null when there is a reason
+    Inspection::Reason reason = Inspection::Reason::None;
+    QString detail;
+};
+
+/// Reads an image file: JPEG, PNG, BMP, PNM, TIFF or WebP, by its content. It is opened once; orientation tags are
+/// applied. A file of which a part is missing or damaged is refused, and the detail tells what is wrong. Never throws.
+VANTORBASE_EXPORT LoadedImage loadImage(
+    const QString &path, qint64 maxImagePixels = InspectionOptions::defaultMaxImagePixels);
+
+/// The same for the content of a file.
+VANTORBASE_EXPORT LoadedImage decodeImage(
+    const QByteArray &bytes, qint64 maxImagePixels = InspectionOptions::defaultMaxImagePixels);
+
+/// Locates the fibre in a photograph, finds its defects, and grades them.
+///
+/// Nothing but the arguments counts, and nothing is left behind: no file is written, no lock taken, no thread started.
+/// All threads may call at once, and two do twice the work of one. The log goes to the category "vantor.inspection",
+/// which is silent unless a rule switches it on. Never throws; an exception of onStep ends the inspection without a
+/// verdict.
+/// @param image of any format, as the camera made it: upright, the whole field of view; alpha is dropped
+/// @param device whose field of view, in micrometres, is the width of the image
+VANTORBASE_EXPORT Inspection inspect(const QImage &image, Standard::Id standardId,
+    const Device &device = Device::ks20(), const InspectionOptions &options = {});
+
+/// The same for a file, as loadImage() reads it.
+VANTORBASE_EXPORT Inspection inspectFile(const QString &path, Standard::Id standardId,
+    const Device &device = Device::ks20(), const InspectionOptions &options = {});
+
+} // namespace FiberInspection
+
+Q_DECLARE_METATYPE(FiberInspection::Inspection)
