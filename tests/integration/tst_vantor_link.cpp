@@ -735,6 +735,44 @@ private Q_SLOTS:
         QCOMPARE(program.descriptors(), descriptors);
     }
 
+    void whatAPeerBeganSwallowsNothingOfTheNextOne_data()
+    {
+        QTest::addColumn<bool>("listens");
+        QTest::newRow("listening") << true;
+        QTest::newRow("connecting") << false;
+    }
+
+    void whatAPeerBeganSwallowsNothingOfTheNextOne()
+    {
+        QFETCH(bool, listens);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        LinkProgram program;
+        if (listens)
+            program.listen(mPort, {noInputOption});
+        else
+            program.connectTo(Loopback::address(), server.serverPort(), {noInputOption});
+        const auto nextPeer = [&] {
+            if (listens)
+                return connectPeer();
+            waitUntil([&] { return server.hasPendingConnections(); }, patience);
+            return std::unique_ptr<QTcpSocket>(server.nextPendingConnection());
+        };
+
+        auto peer = nextPeer();
+        QVERIFY(peer);
+        peer->write(Loopback::frame(1) + "900000{");
+        QVERIFY(program.waitForOutput("{\"type\":1}\n"));
+        peer->disconnectFromHost();
+        QVERIFY(program.waitForMessage(listens ? "the unit has gone" : "the connection is lost"));
+        peer = nextPeer();
+        QVERIFY(peer);
+        peer->write(Loopback::frame(2));
+
+        QVERIFY(program.waitForOutput("{\"type\":2}\n", patience / 4));
+        QVERIFY(program.says("bytes of a former connection are dropped: 7"));
+    }
+
     void framesMayComeByteByByte()
     {
         LinkProgram program;

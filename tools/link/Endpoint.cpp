@@ -31,6 +31,7 @@ public:
         , mPort(options.port)
     {
         mServer.setMaximumFrameSize(options.maxFrame);
+        mServer.setDropsLeftovers(true);
         connect(&mServer, &TcpServer::dataReceived, this, &ListeningEnd::received);
         connect(&mServer, &TcpServer::clientConnected, this, [this] { note(true, "a unit has connected"); });
         connect(&mServer, &TcpServer::clientDisconnected, this, [this] { note(false, "the unit has gone"); });
@@ -73,6 +74,7 @@ public:
         , mPort(options.port)
     {
         mClient.setMaximumFrameSize(options.maxFrame);
+        mClient.setDropsLeftovers(true);
         connect(&mClient, &TcpClient::dataReceived, this, &ConnectingEnd::received);
         connect(&mClient, &TcpClient::connected, this, [this] {
             tell(QStringLiteral("connected to %1, port %2").arg(mAddress).arg(mPort));
