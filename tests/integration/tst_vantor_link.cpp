@@ -458,6 +458,74 @@ private Q_SLOTS:
         QVERIFY2(program.says("bytes were not sent"), program.messages().constData());
     }
 
+    void whatIsLostWithAConnectionCounts_data()
+    {
+        QTest::addColumn<bool>("listens");
+        QTest::addColumn<bool>("thrownOut");
+        QTest::newRow("connecting, the peer resets") << false << false;
+        QTest::newRow("listening, the peer resets") << true << false;
+        QTest::newRow("listening, another peer comes") << true << true;
+    }
+
+    // Less than would keep it from reading its input.
+    void whatIsLostWithAConnectionCounts()
+    {
+        QFETCH(bool, listens);
+        QFETCH(bool, thrownOut);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        LinkProgram program;
+        std::unique_ptr<QTcpSocket> peer;
+        if (listens) {
+            program.listen(mPort);
+            peer = connectPeer();
+        } else {
+            program.connectTo(Loopback::address(), server.serverPort());
+            QTRY_VERIFY(server.hasPendingConnections());
+            peer.reset(server.nextPendingConnection());
+        }
+        peer->setReadBufferSize(1);
+        QVERIFY(program.waitForMessage(listens ? "a unit has connected" : "connected to"));
+        QVERIFY(sendMoreThanTheSystemTakes(program, *peer));
+
+        std::unique_ptr<QTcpSocket> other;
+        if (thrownOut)
+            other = connectPeer();
+        else
+            peer->abort();
+
+        QVERIFY2(program.waitForMessage("bytes that were waiting to be sent are lost\n", patience / 4),
+            program.messages().constData());
+        if (!thrownOut && listens)
+            other = connectPeer();
+        program.closeWriteChannel();
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 1);
+    }
+
+    void answersThatAreNotSentCount_data()
+    {
+        QTest::addColumn<int>("answers");
+        QTest::newRow("waiting at the end") << 200;
+        QTest::newRow("more than may wait") << 1600;
+    }
+
+    void answersThatAreNotSentCount()
+    {
+        QFETCH(int, answers);
+        LinkProgram program;
+        program.listen(mPort, {echoOption});
+        program.closeWriteChannel();
+        const auto peer = connectPeer();
+        peer->setReadBufferSize(1);
+
+        QVERIFY(writeAll(*peer, Loopback::frame("{\"a\":\"" + QByteArray(50000, 'x') + "\"}").repeated(answers)));
+
+        QVERIFY(program.waitForEnd());
+        QVERIFY2(program.says("bytes were not sent"), program.messages().constData());
+        QCOMPARE(program.endCode(), 1);
+    }
+
     void aFullDiskEndsIt()
     {
         LinkProgram program;
@@ -838,6 +906,46 @@ private:
             },
             longPatience);
         return isHeard && linkWorks(program, peer);
+    }
+
+    /// Some of it waits in the program then, and less than a mebibyte. Only the last piece is not taken whole.
+    static bool sendMoreThanTheSystemTakes(LinkProgram &program, const QTcpSocket &peer)
+    {
+        constexpr int mostPieces = 400;
+        constexpr int pieceSize = 100000; // bytes
+        const QByteArray line = "{\"a\":\"" + QByteArray(pieceSize, 'x') + "\"}\n";
+        qint64 sent = 0;
+        for (int piece = 0; piece < mostPieces; ++piece) {
+            program.write(line);
+            sent += pieceSize;
+            const auto isTaken = [&] { return program.bytesToWrite() == 0 && bytesInSystem(peer) >= sent; };
+            if (!waitUntil(isTaken, 300))
+                return program.bytesToWrite() == 0;
+        }
+        return false;
+    }
+
+    /// What one end has sent and the other not read.
+    static qint64 bytesInSystem(const QTcpSocket &peer)
+    {
+        const auto port = [](int number) {
+            return ':' + QByteArray::number(number, 16).rightJustified(4, '0').toUpper();
+        };
+        qint64 bytes = 0;
+        const QList<QByteArray> lines =
+            (readFile(QStringLiteral("/proc/self/net/tcp")) + readFile(QStringLiteral("/proc/self/net/tcp6")))
+                .split('\n');
+        for (const QByteArray &line : lines) { // number, local, remote, state, unsent:unread
+            const QList<QByteArray> fields = line.simplified().split(' ');
+            if (fields.size() < 5)
+                continue;
+            const QByteArray ends = fields[1] + ' ' + fields[2];
+            if (!ends.contains(port(peer.localPort())) || !ends.contains(port(peer.peerPort())))
+                continue;
+            for (const QByteArray &queue : fields[4].split(':'))
+                bytes += queue.toLongLong(nullptr, 16);
+        }
+        return bytes;
     }
 
     static bool writeFile(const QString &path, const QByteArray &bytes)

@@ -48,6 +48,7 @@ public:
     void send(const QByteArray &payload) override { Q_EMIT mServer.send(PayloadMessage(payload)); }
     bool isConnected() const override { return mIsConnected; }
     qint64 bytesToWrite() const override { return mServer.bytesToWrite(); }
+    qint64 bytesUnsent() const override { return mServer.bytesUnsent(); }
 
 private:
     void note(bool isConnected, const char *text)
@@ -95,6 +96,7 @@ public:
     void send(const QByteArray &payload) override { Q_EMIT mClient.send(PayloadMessage(payload)); }
     bool isConnected() const override { return mClient.isConnected(); }
     qint64 bytesToWrite() const override { return mClient.bytesToWrite(); }
+    qint64 bytesUnsent() const override { return mClient.bytesUnsent(); }
 
 private:
     TcpClient mClient;
