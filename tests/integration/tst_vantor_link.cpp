@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Helpers/JsonHelper.h"
 #include "LinkProgram.h"
 #include "LogCapture.h"
 #include "Loopback.h"
@@ -262,6 +263,54 @@ private Q_SLOTS:
         QVERIFY(sender.says("line 1 is not sent: a frame of 23 bytes, more than --max-frame allows\n"));
         QCOMPARE(sender.messages().count("is not sent"), 1);
         QVERIFY(listener.waitForOutput(numberLine(1)));
+    }
+
+    void theSizeOfAFrameThatIsTooLargeIsExact_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        const auto row = [](const char *line) { QTest::newRow(line) << QByteArray(line); };
+        row("{\"a\":[],\"b\":{},\"c\":[[],{}]}");
+        row("{\"a\":[1,2,[3,4,{\"x\":null,\"y\":true}]],\"b\":{\"c\":{\"d\":-1.5e300}}}");
+        row("{\"a,b:[{\\\"\\\\\":\"\\\",]}:[{\\\\\",\"\":\"\\u0001\xc3\xa9\\n\"}");
+        row("{\"a\":1e300,\"b\":[0.1,1e21]}");
+    }
+
+    void theSizeOfAFrameThatIsTooLargeIsExact() const
+    {
+        QFETCH(QByteArray, line);
+        const int size = Loopback::frame(JsonHelper::toByteArray(JsonHelper::parse(line).object())).size();
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort, {maxFrameOption, QString::number(size - 1)});
+
+        sender.write(line + '\n');
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd());
+        const QByteArray message = "a frame of " + QByteArray::number(size) + " bytes, more than --max-frame allows\n";
+        QVERIFY2(sender.says(message.constData()), sender.messages().constData());
+    }
+
+    // The indentation is nearly all of it: 400 blanks before each number.
+    void aFrameThatIsTooLargeTakesNoMemory() const
+    {
+        constexpr int depth = 100;
+        constexpr int numbers = 500000;
+        constexpr qint64 most = 64LL * mebibyte; // of the indented text there are 200 MB
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort);
+        QVERIFY(sender.waitForMessage("connected to"));
+        const qint64 memory = sender.memory();
+
+        sender.write("{\"a\":" + QByteArray(depth, '[') + QByteArray("1,").repeated(numbers) + '1'
+            + QByteArray(depth, ']') + "}\n");
+
+        QVERIFY(sender.waitForMessage("bytes, more than --max-frame allows\n"));
+        QVERIFY2(sender.peakMemory() < memory + most + memorySlack(),
+            qPrintable(QString::number(sender.peakMemory() - memory)));
     }
 
     void noLargerFrameIsTaken_data()
