@@ -49,9 +49,9 @@ void SocketBuffer::beginConnection()
     if (leftovers == 0)
         return;
     if (mDropsLeftovers) {
-        qWarning() << "bytes of a former connection are dropped:" << leftovers;
         mBytes.clear();
         mFolded = 0;
+        qWarning() << "bytes of a former connection are dropped:" << leftovers; // last: its handler may bring more
     } else {
         qWarning() << "bytes of a former connection stand before the new one's:" << leftovers;
     }

@@ -21,9 +21,9 @@ bool isNegative(int number, const QByteArray &text)
 
 QByteArray eraseInvalid(QByteArray &buffer, int &position, int size)
 {
-    qWarning().noquote() << "Invalid data. Erasing buffer" << size;
     buffer.clear(); // the start of a later frame goes too, on purpose
     position = 0;
+    qWarning().noquote() << "Invalid data. Erasing buffer" << size; // last: its handler may bring the next bytes
     return {};
 }
 } // namespace
