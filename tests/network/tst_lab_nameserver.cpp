@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
 // restarts the real dnsmasq.
+#include "ForkedChild.h"
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
@@ -711,6 +712,29 @@ private Q_SLOTS:
         QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
         QVERIFY(Lab::succeeds(QStringLiteral("pkill -x -P %1 sleep").arg(writer.processId())));
         QVERIFY(writer.waitForFinished());
+    }
+
+    // A handler of the log that shows a dialog, and a page behind it that asks on.
+    void whatIsAskedFromTheLogDoesNotWaitForEver()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("echo nameserver 192.0.2.6 >/tmp/resolv.dmasq")));
+        QVERIFY(Lab::succeeds(QStringLiteral("ln -s /tmp/resolv.dmasq /etc/resolv.dmasq")));
+
+        const ForkedChild child = ForkedChild::run([] {
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {
+                static bool wasHere = false;
+                QString name;
+                if (!std::exchange(wasHere, true) && NetworkHelper::createDhcpClientConfig(3, false, name))
+                    std::fputs(qPrintable(name), stderr);
+            });
+            return update(peer) ? 0 : 1;
+        });
+
+        QCOMPARE(child.exitCode, 0);
+        QCOMPARE(child.standardError, QByteArray("/tmp/dhclient.conf"));
+        QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1"));
     }
 
 private:
