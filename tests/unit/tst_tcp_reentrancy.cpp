@@ -354,6 +354,48 @@ private Q_SLOTS:
         QVERIFY(!mServer && !mClient);
     }
 
+    // Not erased with the garbage, nor taken for a part of what the former connection has left.
+    void whatComesInAnEventLoopOfTheLogIsReceived_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<bool>("drops");
+        QTest::newRow("no frame") << QStringLiteral("Invalid data") << false;
+        QTest::newRow("an incomplete one") << QStringLiteral("Partial buffer") << true;
+        QTest::newRow("dropped") << QStringLiteral("are dropped") << true;
+        QTest::newRow("connected") << QStringLiteral("Client connected") << true;
+    }
+
+    void whatComesInAnEventLoopOfTheLogIsReceived()
+    {
+        QFETCH(QString, line);
+        QFETCH(bool, drops);
+        startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+        mServer->setDropsLeftovers(drops);
+        mServer->setMaximumFrameSize(100);
+        const LogInterruption interruption(line, [this] {
+            QTcpSocket *const newcomer = mClients->connectOne(mPort);
+            newcomer->write(frame(1) + frame(2).left(5));
+            runLoopUntil([newcomer] { return newcomer->state() == QAbstractSocket::ConnectedState; });
+        });
+
+        for (const char *const bytes : {drops ? "50{" : "x{", "50{"}) {
+            if (interruption.wasThere())
+                break;
+            QTcpSocket *const peer = mClients->connectOne(mPort);
+            NestedLoop::runUntil([peer] { return peer->state() == QAbstractSocket::ConnectedState; }, 0);
+            peer->write(bytes);
+            runLoopUntil(always);
+            if (!interruption.wasThere())
+                peer->disconnectFromHost();
+            runLoopUntil(always);
+        }
+        QVERIFY(interruption.wasThere());
+        mClients->newest()->write(frame(2).mid(5) + frame(3));
+
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads, (QByteArrayList{payload(1), payload(2), payload(3)}), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame - mLeft, 1, patience);
+    }
+
     void newcomersDuringAnEventLoopOfAReceiverLeaveNothingBehind()
     {
         constexpr int count = 300;
