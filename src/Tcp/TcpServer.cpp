@@ -13,7 +13,6 @@
 
 namespace {
 constexpr int acceptRetryDelay = 1000; // milliseconds
-constexpr int mostPending = 8; // connections; each is taken as soon as it is there
 } // namespace
 
 TcpServer::TcpServer(QObject *parent)
@@ -21,7 +20,6 @@ TcpServer::TcpServer(QObject *parent)
     , mSocketBuffer(std::make_shared<SocketBuffer>())
     , mCalls(std::make_shared<NestedCalls>([this] { acceptOrPause(); }))
 {
-    mServer.setMaxPendingConnections(mostPending);
     mAcceptTimer.setSingleShot(true);
     mAcceptTimer.setInterval(acceptRetryDelay);
     connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptOrPause);
