@@ -211,6 +211,12 @@ void checkFiles(Checks &checks)
     checks.expect(SystemHelper::writeIntToFile(path, 42), "a file is written");
     checks.expect(!Settings(path).isNew(), "settings with a file are not");
 
+    QByteArray watcher;
+    SystemHelper::runBashCommand(
+        QStringLiteral("for i in {1..500}; do readlink /proc/$PPID/exe; sleep 0.01; done | grep -m1 command-watcher"),
+        10000, &watcher, nullptr);
+    checks.expect(watcher.endsWith("/libexec/vantorbase/command-watcher\n"), "commands are watched by our program");
+
     initVantorQmlResources();
     checks.expect(QFile::exists(QStringLiteral(":/Vantor/Pages/FiberInspectionPage.qml")), "the pages are there");
 }

@@ -25,6 +25,8 @@
 #include <fcntl.h>
 #include <limits>
 #include <memory>
+#include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -87,6 +89,35 @@ Run runBash(const QString &command, quint32 timeout = patience)
     result.ok = SystemHelper::runBashCommand(command, timeout, &result.output, &result.exitCode);
     return result;
 }
+
+/// A command that goes on until this dies, in a thread of its own.
+class HeldCommand
+{
+public:
+    HeldCommand()
+        : mThread([this] {
+            runBash(QStringLiteral("echo $PPID >%1; until test -e %2; do sleep 0.01; done")
+                        .arg(mDir.filePath(QStringLiteral("watcher")), goFile()));
+        })
+    {
+    }
+    HeldCommand(const HeldCommand &) = delete;
+    HeldCommand &operator=(const HeldCommand &) = delete;
+    ~HeldCommand()
+    {
+        write(goFile(), "go");
+        mThread.join();
+    }
+
+    /// Its parent; 0 until it has come that far.
+    pid_t watcher() const { return read(mDir.filePath(QStringLiteral("watcher"))).trimmed().toInt(); }
+
+private:
+    QString goFile() const { return mDir.filePath(QStringLiteral("go")); }
+
+    const QTemporaryDir mDir;
+    std::thread mThread;
+};
 
 /// A name for a process that no other test has at the same time. All of it counts: at most 15 characters.
 QString ownProcessName(const char *suffix)
@@ -345,6 +376,78 @@ private Q_SLOTS:
         QVERIFY(numbers.at(2).toInt() != getpgrp());
     }
 
+    // A copy of us would keep all that until the command ends.
+    void theWatcherKeepsNothingOfOurs()
+    {
+        const QTemporaryDir dir;
+        const QByteArray path = QFile::encodeName(dir.filePath(QStringLiteral("file")));
+        constexpr int size = 65536; // bytes
+        QVERIFY(write(QFile::decodeName(path), QByteArray(size, 'x')));
+        const int mapped = open(path.constData(), O_RDWR | O_CLOEXEC);
+        QCOMPARE(flock(mapped, LOCK_EX), 0);
+        void *const mapping = mmap(nullptr, size, PROT_READ, MAP_SHARED, mapped, 0);
+        QVERIFY(mapping != MAP_FAILED);
+
+        const HeldCommand command;
+        QTRY_VERIFY_WITH_TIMEOUT(command.watcher() > 0, int(patience));
+        munmap(mapping, size);
+        close(mapped);
+
+        const int again = open(path.constData(), O_RDWR | O_CLOEXEC);
+        const auto closed = qScopeGuard([again] { close(again); });
+        QTRY_COMPARE(flock(again, LOCK_EX | LOCK_NB), 0);
+        const QString watcher = QStringLiteral("/proc/%1/").arg(command.watcher());
+        QCOMPARE(QFileInfo(QFile::symLinkTarget(watcher + QStringLiteral("exe"))).fileName(),
+            QStringLiteral("command-watcher"));
+        QCOMPARE(read(watcher + QStringLiteral("environ")), QByteArray());
+        QCOMPARE(QDir(watcher + QStringLiteral("fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+            QStringList());
+        constexpr int mostPages = 4096; // of a program with the C library alone
+        const int pages = read(watcher + QStringLiteral("statm")).split(' ').constFirst().toInt();
+        QVERIFY2(pages > 0 && pages < mostPages, qPrintable(QString::number(pages)));
+    }
+
+    void theWatcherDoesNotHaveOurName()
+    {
+        const HeldCommand command;
+        QTRY_VERIFY_WITH_TIMEOUT(command.watcher() > 0, int(patience));
+        const auto namesakes = [] {
+            QProcess pidof;
+            pidof.start(QStringLiteral("pidof"), {QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+            return pidof.waitForFinished() ? pidof.readAll().trimmed().split(' ') : QList<QByteArray>();
+        };
+
+        QVERIFY(namesakes().contains(QByteArray::number(getpid())));
+        QTRY_VERIFY(!namesakes().contains(QByteArray::number(command.watcher())));
+    }
+
+    void withoutTheWatchersProgramACopyWatchesAndTheLogTellsOnce()
+    {
+        const QTemporaryDir dir; // with the library alone
+        const QList<QByteArray> mappings = read(QStringLiteral("/proc/self/maps")).split('\n');
+        const auto library = std::find_if(mappings.cbegin(), mappings.cend(),
+            [](const QByteArray &mapping) { return mapping.contains("/libVantorBase.so."); });
+        QVERIFY(library != mappings.cend());
+        QVERIFY(QFile::copy(QFile::decodeName(library->mid(library->indexOf('/'))),
+            dir.filePath(QStringLiteral("libVantorBase.so.0.1"))));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"),
+            dir.path() + QLatin1Char(':') + environment.value(QStringLiteral("LD_LIBRARY_PATH")));
+        process.setProcessEnvironment(environment);
+
+        process.start(QCoreApplication::applicationFilePath(),
+            {QStringLiteral("doubleQuotesGroupWords"), QStringLiteral("doubleQuotesGroupWords"),
+                QStringLiteral("theWatcherDoesNotHaveOurName"), QStringLiteral("aCrashedCommandTellsItsSignal"),
+                QStringLiteral("aTimeoutEndsWhatTheCommandHasStarted:an orphan with a session of its own")});
+        QVERIFY(process.waitForFinished());
+
+        const QByteArray output = process.readAll();
+        QVERIFY2(process.exitCode() == 0, output.constData());
+        const QString told = QStringLiteral("command-watcher is not installed beside %1/ so copies");
+        QCOMPARE(output.count(QFile::encodeName(told.arg(dir.path()))), 1);
+    }
+
     void aCommandThatKillsItsParentHarmsNobody()
     {
         const LogCapture log;
@@ -432,9 +535,8 @@ private Q_SLOTS:
 
         QElapsedTimer elapsed;
         elapsed.start();
-        const Run result =
-            runBash(QStringLiteral("echo $$ >%1; until test -e %2; do :; done; exec yes").arg(pidFile, goFile),
-                timeout);
+        const Run result = runBash(
+            QStringLiteral("echo $$ >%1; until test -e %2; do :; done; exec yes").arg(pidFile, goFile), timeout);
         const qint64 time = elapsed.elapsed();
         isOver = true;
         tracer.join();
