@@ -3,6 +3,7 @@
 #include "ForkedChild.h"
 #include "Helpers/SystemHelper.h"
 #include "LogCapture.h"
+#include "PollTimes.h"
 #include "StandInPrograms.h"
 
 #include <QCryptographicHash>
@@ -22,7 +23,9 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <grp.h>
 #include <limits>
 #include <memory>
 #include <sys/file.h>
@@ -30,6 +33,7 @@
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -38,6 +42,9 @@
 namespace {
 constexpr quint32 patience = 20000; // milliseconds
 constexpr int unset = -77;
+
+std::atomic<fsblkcnt64_t> reservedBlocks{0}; // of every file system
+std::atomic<qint64> lastAvailable{-1}; // bytes
 
 bool write(const QString &path, const QByteArray &bytes)
 {
@@ -154,6 +161,18 @@ private:
     QProcess mProcess;
 };
 } // namespace
+
+// The library calls it in place of libc's.
+extern "C" int statvfs64(const char *path, struct statvfs64 *status) noexcept
+{
+    static const auto libc = reinterpret_cast<decltype(&statvfs64)>(dlsym(RTLD_NEXT, "statvfs64"));
+    const int result = libc(path, status);
+    if (result == 0) {
+        status->f_bfree = status->f_bavail + reservedBlocks;
+        lastAvailable = static_cast<qint64>(status->f_bavail * status->f_frsize);
+    }
+    return result;
+}
 
 class TestSystemHelper : public QObject
 {
@@ -822,6 +841,17 @@ private Q_SLOTS:
         QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("-n\n-5\n-p\n12\n34\nVantor_2.x-y\n"));
     }
 
+    void alteringAPriorityHasThreeSeconds()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("renice"), "sleep 0.1"));
+        PollTimes::forget();
+
+        QVERIFY(SystemHelper::alterProcessPriority(QStringLiteral("x"), 5));
+
+        QVERIFY2(PollTimes::areUpTo(3000), qPrintable(QString::number(PollTimes::longest)));
+    }
+
     void aPriorityThatCannotBeAlteredIsAFailure()
     {
         StandInPrograms programs;
@@ -1100,6 +1130,19 @@ private Q_SLOTS:
             QByteArray("-zcf\n/t/o.tar.gz\n-C\n/a/b\nx.txt\n-C\n/c\ny.txt\n"));
     }
 
+    void packingHasFiveMinutes()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"), "sleep 0.1"));
+        PollTimes::forget();
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("o.tar.gz"))));
+
+        QVERIFY2(PollTimes::areUpTo(300000), qPrintable(QString::number(PollTimes::longest)));
+    }
+
     void aNameWithoutAFolderIsPackedFromTheWorkingFolder()
     {
         StandInPrograms programs;
@@ -1254,6 +1297,102 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
         QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void theOwnerAndTheModeOfAnArchiveStay_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("0640") << 0640;
+        QTest::newRow("0600") << 0600;
+        QTest::newRow("0664") << 0664;
+    }
+
+    void theOwnerAndTheModeOfAnArchiveStay()
+    {
+        QFETCH(const int, mode);
+        if (geteuid() != 0)
+            QSKIP("only root gives a file away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        const QByteArray path = QFile::encodeName(archive);
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        QVERIFY(chown(path.constData(), 1000, 1001) == 0 && chmod(path.constData(), static_cast<mode_t>(mode)) == 0);
+
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive));
+
+        struct stat status = {};
+        QCOMPARE(lstat(path.constData(), &status), 0);
+        QCOMPARE(status.st_uid, uid_t(1000));
+        QCOMPARE(status.st_gid, gid_t(1001));
+        QCOMPARE(int(status.st_mode & 0777), mode);
+        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+    }
+
+    // Nor is it read by a group that could not read the former one.
+    void anArchiveOfAnotherGroupIsNotForOurs()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can become another user");
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        for (const QString &path : {dir.path(), archive})
+            QCOMPARE(chown(QFile::encodeName(path).constData(), 1000, 1001), 0);
+        QCOMPARE(chmod(QFile::encodeName(archive).constData(), 0640), 0);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            const LogCapture log;
+            if (setgroups(0, nullptr) != 0 || setgid(1002) != 0 || setuid(1000) != 0)
+                return 1;
+            return SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive) ? 0 : 2;
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+        struct stat status = {};
+        QCOMPARE(lstat(QFile::encodeName(archive).constData(), &status), 0);
+        QCOMPARE(status.st_gid, gid_t(1002));
+        QCOMPARE(int(status.st_mode & 0777), 0600);
+    }
+
+    void whereNothingCanBeSetAsideTarWritesInPlace_data()
+    {
+        QTest::addColumn<int>("folderMode");
+        QTest::newRow("the folder is not ours to change") << 0555;
+        QTest::newRow("a sticky folder, the archive is another's") << 01777;
+    }
+
+    void whereNothingCanBeSetAsideTarWritesInPlace()
+    {
+        QFETCH(const int, folderMode);
+        if (geteuid() != 0)
+            QSKIP("only root can become another user");
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("folder")));
+        const QString archive = dir.filePath(QStringLiteral("folder/o.tar.gz"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        QVERIFY(chmod(QFile::encodeName(dir.path()).constData(), 0755) == 0
+            && chmod(QFile::encodeName(archive).constData(), 0666) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
+        const ino_t inode = inodeOf(archive);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            const LogCapture log;
+            if (setgroups(0, nullptr) != 0 || setgid(1002) != 0 || setuid(1002) != 0)
+                return 1;
+            if (!SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive))
+                return 2;
+            return log.warnings().isEmpty() ? 0 : 3;
+        });
+
+        QVERIFY2(child.exitCode == 0, qPrintable(QString::number(child.exitCode)));
+        QCOMPARE(inodeOf(archive), inode);
+        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+        QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
     void anArchiveInTheFolderThatIsPackedIsNotPacked_data()
@@ -1461,6 +1600,18 @@ private Q_SLOTS:
             QStringList(QStringLiteral("debug: Bytes available on  %1  =  %2").arg(dir.path()).arg(bytes)));
     }
 
+    void whatOnlyRootMayFillIsNotFree()
+    {
+        const QTemporaryDir dir;
+        const LogCapture log;
+        reservedBlocks = 1000;
+        const auto restored = qScopeGuard([] { reservedBlocks = 0; });
+
+        const qint64 bytes = SystemHelper::getFreeDiskSpace(dir.path());
+
+        QCOMPARE(bytes, lastAvailable.load());
+    }
+
     void aMissingPathHasNoFreeSpace()
     {
         const QTemporaryDir dir;
@@ -1487,6 +1638,34 @@ private Q_SLOTS:
             (QStringList{QStringLiteral("a/b.jpg/c/keep"), QStringLiteral("jpg"), QStringLiteral("y.JPG"),
                 QStringLiteral("z.jpg.png")}));
         QVERIFY(QFileInfo(dir.filePath(QStringLiteral("a/b.jpg/c"))).isDir());
+    }
+
+    void theEndOfTheWholePathCounts()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b")));
+        for (const char *name : {"b.jpg", "a/b.jpg", "a/b/b.jpg"})
+            QVERIFY(write(dir.filePath(QString::fromUtf8(name)), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral("/b/b.jpg"));
+
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("b.jpg"))));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("a/b.jpg"))));
+        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("a/b/b.jpg"))));
+    }
+
+    void hiddenFilesStay()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral(".hidden")));
+        for (const char *name : {"x.jpg", ".x.jpg", ".jpg", ".hidden/x.jpg"})
+            QVERIFY(write(dir.filePath(QString::fromUtf8(name)), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+            (QStringList{QStringLiteral(".jpg"), QStringLiteral(".x.jpg")}));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral(".hidden/x.jpg"))));
     }
 
     void anEmptyExtensionRemovesEveryFileButNoFolder()
