@@ -38,6 +38,7 @@ constexpr quint32 packingTimeout = 300000;
 constexpr qint64 longestNumber = 1024; // bytes of a line
 constexpr int archiveWord = 2; // of the command line: tar -zcf ARCHIVE
 constexpr mode_t permissionBits = 0777;
+constexpr mode_t otherThanGroupBits = 0707;
 constexpr mode_t plainFileBits = 0666; // less what the umask takes
 
 constexpr int dropAllCaches = 3; // pages, directory entries and inodes
@@ -232,7 +233,7 @@ private:
             return;
         const bool hasOwner = fchown(file, status.st_uid, status.st_gid) == 0;
         const bool hasGroup = hasOwner || fchown(file, static_cast<uid_t>(-1), status.st_gid) == 0;
-        fchmod(file, status.st_mode & permissionBits & (hasGroup ? permissionBits : ~S_IRWXG));
+        fchmod(file, status.st_mode & (hasGroup ? permissionBits : otherThanGroupBits));
         ::close(file);
     }
 

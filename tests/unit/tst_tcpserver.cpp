@@ -230,7 +230,8 @@ private Q_SLOTS:
         QVERIFY(connectClient(mFirst));
         const LogCapture log;
         QStringList loggedBefore;
-        connect(mServer.get(), &TcpServer::clientDisconnected, this, [&] { loggedBefore = log.asText(); });
+        const auto look = [&] { loggedBefore = log.asText(); };
+        connect(mServer.get(), &TcpServer::clientDisconnected, this, look);
 
         QVERIFY(connectClient(mSecond));
 
