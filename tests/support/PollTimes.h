@@ -28,6 +28,7 @@ inline bool areUpTo(long long limit)
 
 } // namespace PollTimes
 
+// NOLINTNEXTLINE(misc-definitions-in-headers,readability-inconsistent-declaration-parameter-name): libc's are reserved
 extern "C" int ppoll(pollfd *files, nfds_t count, const timespec *timeout, const sigset_t *signals)
 {
     static const auto libc = reinterpret_cast<decltype(&ppoll)>(dlsym(RTLD_NEXT, "ppoll"));

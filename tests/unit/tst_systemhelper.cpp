@@ -162,14 +162,15 @@ private:
 };
 } // namespace
 
-// The library calls it in place of libc's.
+// Qt calls it in place of libc's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): libc's name is reserved
 extern "C" int statvfs64(const char *path, struct statvfs64 *status) noexcept
 {
     static const auto libc = reinterpret_cast<decltype(&statvfs64)>(dlsym(RTLD_NEXT, "statvfs64"));
     const int result = libc(path, status);
     if (result == 0) {
         status->f_bfree = status->f_bavail + reservedBlocks;
-        lastAvailable = static_cast<qint64>(status->f_bavail * status->f_frsize);
+        lastAvailable = static_cast<qint64>(status->f_bavail) * static_cast<qint64>(status->f_frsize);
     }
     return result;
 }
