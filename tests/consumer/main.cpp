@@ -212,9 +212,8 @@ void checkFiles(Checks &checks)
     checks.expect(!Settings(path).isNew(), "settings with a file are not");
 
     QByteArray watcher;
-    SystemHelper::runBashCommand(
-        QStringLiteral("for i in {1..500}; do readlink /proc/$PPID/exe; sleep 0.01; done | grep -m1 command-watcher"),
-        10000, &watcher, nullptr);
+    const QString command = QStringLiteral("until readlink /proc/$PPID/exe | grep /command-watcher; do :; done");
+    SystemHelper::runBashCommand(command, 10000, &watcher, nullptr);
     checks.expect(watcher.endsWith("/libexec/vantorbase/command-watcher\n"), "commands are watched by our program");
 
     initVantorQmlResources();
