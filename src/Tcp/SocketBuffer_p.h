@@ -41,6 +41,9 @@ private:
     /// Takes the next payload if it is complete and its length nothing but digits, as with nearly every one.
     bool takePlainFrame(QByteArray *payload);
 
+    /// What would be left if all complete frames were taken: a receiver that is busy has not come to them yet.
+    int unframedSize() const;
+
     /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
     void foldLength();
 
