@@ -150,6 +150,18 @@ bool openRegular(const QString &path, QFile *file)
     return handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
 }
 
+bool openLinked(const QString &path, QFile *file)
+{
+    struct stat link = {};
+    if (lstat(QFile::encodeName(path).constData(), &link) != 0 || !S_ISLNK(link.st_mode) || !isOwn(link)
+        || !openRegular(path, file))
+        return false;
+    if (isOwn(statusOf(file->handle())))
+        return true;
+    file->close();
+    return false;
+}
+
 Found openOurs(const QString &path, QFile *file)
 {
     // What was opened is what is looked at: a name may mean something else at any time.

@@ -30,6 +30,9 @@ enum class Found : int {
 /// For reading text. Only a regular file is opened; a link to one is followed.
 bool openRegular(const QString &path, QFile *file);
 
+/// For reading text behind a link. The link, and the regular file that it leads to, belong to root or to us.
+bool openLinked(const QString &path, QFile *file);
+
 /// For reading text that can only have been written by root or us. The last part of the path must be no link.
 Found openOurs(const QString &path, QFile *file);
 
