@@ -484,6 +484,14 @@ private Q_SLOTS:
                 }()),
             "TIFF compression 4 is not supported");
 
+        for (const int bits : {2, 4, 12}) {
+            Tiff odd;
+            odd.bits = bits;
+            odd.samples = 1;
+            odd.photometric = 1;
+            row(QByteArray("TIFF of bits: " + QByteArray::number(bits)).constData(), tiff(20, 20, odd),
+                QByteArray("1 samples of " + QByteArray::number(bits) + " bits are not supported").constData());
+        }
         const char *const overlap = "strips or tiles overlap";
         const char *const notWhole = "the image data is damaged: a strip or tile is not whole";
         row("half of the strips are others",
@@ -546,6 +554,11 @@ private Q_SLOTS:
         row("BMP with pixels in its masks",
             QByteArray(bmp(8, 8, 32)).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)),
             "the image header is damaged");
+        QByteArray twoColors = QByteArray(gray).replace(46, 4, littleEndian(2, 4));
+        twoColors.replace(1078, 64, QByteArray(64, '\1'));
+        QVERIFY(problemOf(twoColors).isEmpty());
+        row("BMP with a pixel above its palette", QByteArray(twoColors).replace(1078 + 63, 1, "\2"),
+            "a pixel has a color that is not in the palette");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 
