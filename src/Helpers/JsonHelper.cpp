@@ -7,13 +7,16 @@
 #include <QJsonArray>
 #include <QMetaProperty>
 #include <QPointer>
+#include <QSet>
 #include <QVarLengthArray>
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <optional>
 
 namespace {
+constexpr int mostDynamicProperties = 4096; // of an object; Qt looks for one among all
 constexpr char objectNameProperty[] = "objectName";
 constexpr char jsonArrayProperty[] = "jsonarray";
 
@@ -53,7 +56,35 @@ Name nameOf(const QString &key)
     return name;
 }
 
-void setProperty(const char *name, const QJsonValue &value, QObject *target)
+/// Makes and changes dynamic properties of one object, as many as it may have: whoever sends the keys would else decide
+/// how many stay in memory.
+class DynamicProperties
+{
+public:
+    bool set(const char *name, const QJsonValue &value, QObject *target)
+    {
+        const bool isAllowed =
+            target->dynamicPropertyNames().size() < mostDynamicProperties || isAmongThem(name, *target);
+        if (isAllowed)
+            target->setProperty(name, value.toVariant());
+        return isAllowed;
+    }
+
+private:
+    bool isAmongThem(const char *name, const QObject &target)
+    {
+        if (!mNames) {
+            const QList<QByteArray> names = target.dynamicPropertyNames();
+            mNames.emplace(names.cbegin(), names.cend());
+        }
+        return mNames->contains(name);
+    }
+
+    std::optional<QSet<QByteArray>> mNames; ///< when there are as many as may be
+};
+
+/// @return whether there is, or may be, such a property
+bool setProperty(const char *name, const QJsonValue &value, QObject *target, DynamicProperties *dynamicProperties)
 {
     const QMetaObject *const metaObject = target->metaObject();
     const int index = metaObject->indexOfProperty(name);
@@ -61,12 +92,13 @@ void setProperty(const char *name, const QJsonValue &value, QObject *target)
     constexpr int noNumber = std::numeric_limits<int>::min();
     const bool isInt = property.userType() == QMetaType::Int && !property.isEnumType(); // a JSON number sets no enum
     const int number = isInt ? value.toInt(noNumber) : noNumber;
+    if (index < 0)
+        return dynamicProperties->set(name, value, target);
     if (number != noNumber)
         property.write(target, number); // spares a conversion
-    else if (index < 0)
-        target->setProperty(name, value.toVariant());
     else
         property.write(target, value.toVariant());
+    return true;
 }
 
 void setArray(const QJsonArray &array, QObject *target)
@@ -139,11 +171,18 @@ bool JsonHelper::fromJson(const QJsonObject &json, QObject *target)
     // The receivers of a change may take it away, and the target.
     const QJsonObject values = json; // NOLINT(performance-unnecessary-copy-initialization)
     const QPointer<QObject> guard(target);
+    DynamicProperties dynamicProperties;
+    int ignored = 0;
     for (auto value = values.constBegin(); value != values.constEnd(); ++value) {
         if (!guard)
             return false;
-        setProperty(nameOf(value.key()).constData(), value.value(), target);
+        const QString key = value.key();
+        const bool isName = !key.contains(QChar::Null); // as a name it would end there, and be another key's
+        if (!isName || !setProperty(nameOf(key).constData(), value.value(), target, &dynamicProperties))
+            ++ignored;
     }
+    if (ignored > 0)
+        qWarning() << "keys of JSON that set nothing:" << ignored;
     return true;
 }
 

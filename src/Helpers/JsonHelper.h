@@ -34,9 +34,10 @@ public:
     /// @param reason for people, why there is no document: "duplicate key", or Qt's words; untouched if there is one
     static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr, QString *reason = nullptr);
 
-    /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property. The sender
-    /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. True,
-    /// unless a receiver of a change deletes the target before the last one.
+    /// Sets a property for every key, in the order of the keys; an unknown key makes a dynamic property, of which a
+    /// target has at most 4096. A key beyond that, or with a U+0000, sets nothing; a warning tells how many. The sender
+    /// decides what is set: nothing is checked. An enumeration takes the name of a value, not its number. True, unless
+    /// a receiver of a change deletes the target before the last one.
     static bool fromJson(const QJsonObject &json, QObject *target);
 
     /// A JSON object is read as above, a JSON array goes whole into the property "jsonarray". False for anything else,

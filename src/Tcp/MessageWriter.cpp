@@ -9,12 +9,14 @@ namespace {
 constexpr qint64 muchWaiting = 16LL * 1024 * 1024; // bytes
 }
 
-bool writeMessage(QTcpSocket &socket, const AbstractTcpMessage &message)
+bool writeMessage(QTcpSocket &socket, const AbstractTcpMessage &message, qint64 *bytesUnsent)
 {
     const qint64 waitingBefore = socket.bytesToWrite();
     if (socket.write(TcpProtocolParser::messageToData(message)) < 0)
         return false;
-    if (waitingBefore <= muchWaiting && socket.bytesToWrite() > muchWaiting)
-        qWarning() << "the peer does not read, bytes waiting:" << socket.bytesToWrite();
+    const qint64 waiting = socket.bytesToWrite();
+    *bytesUnsent = waiting; // before the log, whose handler may do anything
+    if (waitingBefore <= muchWaiting && waiting > muchWaiting)
+        qWarning() << "the peer does not read, bytes waiting:" << waiting;
     return true;
 }

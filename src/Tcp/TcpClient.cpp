@@ -83,6 +83,11 @@ qint64 TcpClient::bytesToWrite() const
     return mSocket->bytesToWrite();
 }
 
+void TcpClient::noteUnsent()
+{
+    mBytesUnsent = mSocket->bytesToWrite();
+}
+
 void TcpClient::setMaximumFrameSize(int bytes)
 {
     mSocketBuffer->setLargestFrame(bytes);
@@ -110,11 +115,13 @@ void TcpClient::renewSocket()
     connectHeld(mSocket, &QTcpSocket::disconnected, this, &TcpClient::onDisconnected, mCalls);
     connectHeld(mSocket, &QTcpSocket::connected, this, &TcpClient::onConnected, mCalls);
     connectHeld(mSocket, &QTcpSocket::readyRead, this, &TcpClient::onReadyRead, mCalls);
+    connect(mSocket.get(), &QTcpSocket::bytesWritten, this, &TcpClient::noteUnsent);
 }
 
 void TcpClient::onConnected()
 {
     mRetryTimer.stop();
+    mBytesUnsent = 0;
     mSocketBuffer->beginConnection();
     set_isConnected(true);
     qDebug() << "Connected to server";
@@ -146,7 +153,7 @@ void TcpClient::onReadyRead()
 
 void TcpClient::onSend(const AbstractTcpMessage &message)
 {
-    if (!mSocket->isOpen() || !isConnected() || !writeMessage(*mSocket, message))
+    if (!mSocket->isOpen() || !isConnected() || !writeMessage(*mSocket, message, &mBytesUnsent))
         qWarning() << "Socket not open";
 }
 

@@ -38,6 +38,10 @@ public:
     /// Bytes that wait until the peer has read what went before.
     qint64 bytesToWrite() const;
 
+    /// The same, and after the connection is lost, what was lost with it: never handed to the system. 0 again when the
+    /// next one begins.
+    qint64 bytesUnsent() const { return mBytesUnsent; }
+
     /// The largest frame that is received, length and payload, in bytes: 1 to TcpProtocolParser::maxBufferSize, which
     /// is the default. A larger one erases what was received, as bytes do that are no frame. Receiving takes twice its
     /// size.
@@ -63,6 +67,7 @@ private:
     void onDisconnected();
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
+    void noteUnsent();
     void announceConnection(bool value);
     void retryLater(bool afterDrop);
     void retry();
@@ -70,6 +75,7 @@ private:
     std::shared_ptr<QTcpSocket> mSocket; ///< never null; calls that stand on it hold it, too
     std::unique_ptr<SocketBuffer> mSocketBuffer;
     std::shared_ptr<NestedCalls> mCalls; ///< from sockets
+    qint64 mBytesUnsent = 0; ///< Qt forgets it with the connection
     QString mServerIP;
     int mServerPort = 0;
     QTimer mRetryTimer; ///< a single one: starts that fail do not pile up retries

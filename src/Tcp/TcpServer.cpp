@@ -69,6 +69,12 @@ qint64 TcpServer::bytesToWrite() const
     return mSocket ? mSocket->bytesToWrite() : 0;
 }
 
+void TcpServer::noteUnsent()
+{
+    if (mSocket) // a former one has nothing to say anymore
+        mBytesUnsent = mSocket->bytesToWrite();
+}
+
 void TcpServer::setMaximumFrameSize(int bytes)
 {
     mSocketBuffer->setLargestFrame(bytes);
@@ -127,7 +133,9 @@ void TcpServer::onNewConnection()
 
     mSocket = socket;
     connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead, mCalls);
+    connect(socket.get(), &QTcpSocket::bytesWritten, this, &TcpServer::noteUnsent);
     connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
+    mBytesUnsent = 0;
     mSocketBuffer->beginConnection();
     const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
     Q_EMIT clientConnected();
@@ -152,6 +160,6 @@ void TcpServer::onSend(const AbstractTcpMessage &message)
     const auto state = mSocket ? mSocket->state() : QAbstractSocket::UnconnectedState;
     // After the client has left, Qt still calls the socket open and writable.
     const bool isUsable = state == QAbstractSocket::ConnectedState && mSocket->isOpen() && mSocket->isWritable();
-    if (!isUsable || !writeMessage(*mSocket, message))
+    if (!isUsable || !writeMessage(*mSocket, message, &mBytesUnsent))
         qWarning() << "invalid socket state" << state;
 }

@@ -38,6 +38,10 @@ public:
     /// Bytes that wait until the peer has read what went before.
     qint64 bytesToWrite() const;
 
+    /// The same, and after the connection is lost, what was lost with it: never handed to the system. 0 again when the
+    /// next one begins.
+    qint64 bytesUnsent() const { return mBytesUnsent; }
+
     /// The largest frame that is received, length and payload, in bytes: 1 to TcpProtocolParser::maxBufferSize, which
     /// is the default. A larger one erases what was received, as bytes do that are no frame. Receiving takes twice its
     /// size.
@@ -62,11 +66,13 @@ private:
     void onNewConnection();
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
+    void noteUnsent();
 
     QTcpServer mServer;
     QTimer mAcceptTimer; ///< runs while connections cannot be accepted
     bool mIsDeaf = false; ///< and that was told
     std::unique_ptr<SocketBuffer> mSocketBuffer;
     std::shared_ptr<NestedCalls> mCalls; ///< from sockets
+    qint64 mBytesUnsent = 0; ///< Qt forgets it with the connection
     std::shared_ptr<QTcpSocket> mSocket; ///< the client, if ever there was one; calls that stand on it hold it, too
 };

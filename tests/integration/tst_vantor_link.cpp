@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Helpers/JsonHelper.h"
 #include "LinkProgram.h"
 #include "LogCapture.h"
 #include "Loopback.h"
@@ -264,6 +265,54 @@ private Q_SLOTS:
         QVERIFY(listener.waitForOutput(numberLine(1)));
     }
 
+    void theSizeOfAFrameThatIsTooLargeIsExact_data()
+    {
+        QTest::addColumn<QByteArray>("line");
+        const auto row = [](const char *line) { QTest::newRow(line) << QByteArray(line); };
+        row("{\"a\":[],\"b\":{},\"c\":[[],{}]}");
+        row("{\"a\":[1,2,[3,4,{\"x\":null,\"y\":true}]],\"b\":{\"c\":{\"d\":-1.5e300}}}");
+        row("{\"a,b:[{\\\"\\\\\":\"\\\",]}:[{\\\\\",\"\":\"\\u0001\xc3\xa9\\n\"}");
+        row("{\"a\":1e300,\"b\":[0.1,1e21]}");
+    }
+
+    void theSizeOfAFrameThatIsTooLargeIsExact() const
+    {
+        QFETCH(QByteArray, line);
+        const int size = Loopback::frame(JsonHelper::toByteArray(JsonHelper::parse(line).object())).size();
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort, {maxFrameOption, QString::number(size - 1)});
+
+        sender.write(line + '\n');
+        sender.closeWriteChannel();
+
+        QVERIFY(sender.waitForEnd());
+        const QByteArray message = "a frame of " + QByteArray::number(size) + " bytes, more than --max-frame allows\n";
+        QVERIFY2(sender.says(message.constData()), sender.messages().constData());
+    }
+
+    // The indentation is nearly all of it: 400 blanks before each number.
+    void aFrameThatIsTooLargeTakesNoMemory() const
+    {
+        constexpr int depth = 100;
+        constexpr int numbers = 500000;
+        constexpr qint64 most = 64LL * mebibyte; // of the indented text there are 200 MB
+        LinkProgram listener;
+        listener.listen(mPort, {noInputOption});
+        LinkProgram sender;
+        sender.connectTo(Loopback::address(), mPort);
+        QVERIFY(sender.waitForMessage("connected to"));
+        const qint64 memory = sender.memory();
+
+        sender.write("{\"a\":" + QByteArray(depth, '[') + QByteArray("1,").repeated(numbers) + '1'
+            + QByteArray(depth, ']') + "}\n");
+
+        QVERIFY(sender.waitForMessage("bytes, more than --max-frame allows\n"));
+        QVERIFY2(sender.peakMemory() < memory + most + memorySlack(),
+            qPrintable(QString::number(sender.peakMemory() - memory)));
+    }
+
     void noLargerFrameIsTaken_data()
     {
         QTest::addColumn<QStringList>("options");
@@ -456,6 +505,74 @@ private Q_SLOTS:
         QVERIFY(program.waitForEnd());
         QCOMPARE(program.endCode(), 130);
         QVERIFY2(program.says("bytes were not sent"), program.messages().constData());
+    }
+
+    void whatIsLostWithAConnectionCounts_data()
+    {
+        QTest::addColumn<bool>("listens");
+        QTest::addColumn<bool>("thrownOut");
+        QTest::newRow("connecting, the peer resets") << false << false;
+        QTest::newRow("listening, the peer resets") << true << false;
+        QTest::newRow("listening, another peer comes") << true << true;
+    }
+
+    // Less than would keep it from reading its input.
+    void whatIsLostWithAConnectionCounts()
+    {
+        QFETCH(bool, listens);
+        QFETCH(bool, thrownOut);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        LinkProgram program;
+        std::unique_ptr<QTcpSocket> peer;
+        if (listens) {
+            program.listen(mPort);
+            peer = connectPeer();
+        } else {
+            program.connectTo(Loopback::address(), server.serverPort());
+            QTRY_VERIFY(server.hasPendingConnections());
+            peer.reset(server.nextPendingConnection());
+        }
+        peer->setReadBufferSize(1);
+        QVERIFY(program.waitForMessage(listens ? "a unit has connected" : "connected to"));
+        QVERIFY(sendMoreThanTheSystemTakes(program, *peer));
+
+        std::unique_ptr<QTcpSocket> other;
+        if (thrownOut)
+            other = connectPeer();
+        else
+            peer->abort();
+
+        QVERIFY2(program.waitForMessage("bytes that were waiting to be sent are lost\n", patience / 4),
+            program.messages().constData());
+        if (!thrownOut && listens)
+            other = connectPeer();
+        program.closeWriteChannel();
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), 1);
+    }
+
+    void answersThatAreNotSentCount_data()
+    {
+        QTest::addColumn<int>("answers");
+        QTest::newRow("waiting at the end") << 200;
+        QTest::newRow("more than may wait") << 1600;
+    }
+
+    void answersThatAreNotSentCount()
+    {
+        QFETCH(int, answers);
+        LinkProgram program;
+        program.listen(mPort, {echoOption});
+        program.closeWriteChannel();
+        const auto peer = connectPeer();
+        peer->setReadBufferSize(1);
+
+        QVERIFY(writeAll(*peer, Loopback::frame("{\"a\":\"" + QByteArray(50000, 'x') + "\"}").repeated(answers)));
+
+        QVERIFY(program.waitForEnd());
+        QVERIFY2(program.says("bytes were not sent"), program.messages().constData());
+        QCOMPARE(program.endCode(), 1);
     }
 
     void aFullDiskEndsIt()
@@ -735,6 +852,44 @@ private Q_SLOTS:
         QCOMPARE(program.descriptors(), descriptors);
     }
 
+    void whatAPeerBeganSwallowsNothingOfTheNextOne_data()
+    {
+        QTest::addColumn<bool>("listens");
+        QTest::newRow("listening") << true;
+        QTest::newRow("connecting") << false;
+    }
+
+    void whatAPeerBeganSwallowsNothingOfTheNextOne()
+    {
+        QFETCH(bool, listens);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        LinkProgram program;
+        if (listens)
+            program.listen(mPort, {noInputOption});
+        else
+            program.connectTo(Loopback::address(), server.serverPort(), {noInputOption});
+        const auto nextPeer = [&] {
+            if (listens)
+                return connectPeer();
+            waitUntil([&] { return server.hasPendingConnections(); }, patience);
+            return std::unique_ptr<QTcpSocket>(server.nextPendingConnection());
+        };
+
+        auto peer = nextPeer();
+        QVERIFY(peer);
+        peer->write(Loopback::frame(1) + "900000{");
+        QVERIFY(program.waitForOutput("{\"type\":1}\n"));
+        peer->disconnectFromHost();
+        QVERIFY(program.waitForMessage(listens ? "the unit has gone" : "the connection is lost"));
+        peer = nextPeer();
+        QVERIFY(peer);
+        peer->write(Loopback::frame(2));
+
+        QVERIFY(program.waitForOutput("{\"type\":2}\n", patience / 4));
+        QVERIFY(program.says("bytes of a former connection are dropped: 7"));
+    }
+
     void framesMayComeByteByByte()
     {
         LinkProgram program;
@@ -800,6 +955,46 @@ private:
             },
             longPatience);
         return isHeard && linkWorks(program, peer);
+    }
+
+    /// Some of it waits in the program then, and less than a mebibyte. Only the last piece is not taken whole.
+    static bool sendMoreThanTheSystemTakes(LinkProgram &program, const QTcpSocket &peer)
+    {
+        constexpr int mostPieces = 400;
+        constexpr int pieceSize = 100000; // bytes
+        const QByteArray line = "{\"a\":\"" + QByteArray(pieceSize, 'x') + "\"}\n";
+        qint64 sent = 0;
+        for (int piece = 0; piece < mostPieces; ++piece) {
+            program.write(line);
+            sent += pieceSize;
+            const auto isTaken = [&] { return program.bytesToWrite() == 0 && bytesInSystem(peer) >= sent; };
+            if (!waitUntil(isTaken, 300))
+                return program.bytesToWrite() == 0;
+        }
+        return false;
+    }
+
+    /// What one end has sent and the other not read.
+    static qint64 bytesInSystem(const QTcpSocket &peer)
+    {
+        const auto port = [](int number) {
+            return ':' + QByteArray::number(number, 16).rightJustified(4, '0').toUpper();
+        };
+        qint64 bytes = 0;
+        const QList<QByteArray> lines =
+            (readFile(QStringLiteral("/proc/self/net/tcp")) + readFile(QStringLiteral("/proc/self/net/tcp6")))
+                .split('\n');
+        for (const QByteArray &line : lines) { // number, local, remote, state, unsent:unread
+            const QList<QByteArray> fields = line.simplified().split(' ');
+            if (fields.size() < 5)
+                continue;
+            const QByteArray ends = fields[1] + ' ' + fields[2];
+            if (!ends.contains(port(peer.localPort())) || !ends.contains(port(peer.peerPort())))
+                continue;
+            for (const QByteArray &queue : fields[4].split(':'))
+                bytes += queue.toLongLong(nullptr, 16);
+        }
+        return bytes;
     }
 
     static bool writeFile(const QString &path, const QByteArray &bytes)

@@ -312,10 +312,75 @@ private Q_SLOTS:
 
         QVERIFY(JsonHelper::fromJson(QByteArray("{\"\": 1}"), &settings));
         QCOMPARE(settings.dynamicPropertyNames(), QList<QByteArray>{QByteArray("")});
-        QVERIFY(JsonHelper::fromJson(QByteArray("{\"amount\\u0000x\": 8}"), &settings));
-        QCOMPARE(settings.amount(), 8);
         QVERIFY(JsonHelper::fromJson(QByteArray("{\"\xc3\xa4\": 2}"), &settings));
         QCOMPARE(settings.property("\xc3\xa4"), QVariant(2.0));
+    }
+
+    // As a name it would end there, and be another key's.
+    void aKeyWithANulNamesNoProperty()
+    {
+        const LogCapture log;
+        Settings settings;
+
+        QVERIFY(JsonHelper::fromJson(
+            QByteArray("{\"objectName\": \"a\", \"objectName\\u0000x\": \"b\", \"amount\\u0000\": 8, \"\\u0000\": 1}"),
+            &settings));
+
+        QCOMPARE(settings.objectName(), QStringLiteral("a"));
+        QCOMPARE(settings.amount(), 0);
+        QVERIFY(settings.dynamicPropertyNames().isEmpty());
+        QCOMPARE(log.warnings(), QStringList{QStringLiteral("keys of JSON that set nothing: 3")});
+    }
+
+    void unknownKeysMakeNoMorePropertiesThanMayBe()
+    {
+        constexpr int most = 4096;
+        const auto unknown = [](int first, int count, const QByteArray &value) {
+            QByteArray json = "{\"amount\": " + value;
+            for (int i = first; i < first + count; ++i)
+                json += ", \"_" + QByteArray::number(i) + "\": " + value;
+            return json + ", \"ticks\": " + value + '}';
+        };
+        const LogCapture log;
+        Settings settings;
+
+        QVERIFY(JsonHelper::fromJson(unknown(0, most - 1, "1"), &settings));
+        QCOMPARE(settings.dynamicPropertyNames().size(), most - 1);
+        QCOMPARE(log.warnings(), QStringList());
+        QVERIFY(JsonHelper::fromJson(unknown(most - 2, 10, "2"), &settings));
+
+        QCOMPARE(settings.dynamicPropertyNames().size(), most);
+        QCOMPARE(log.warnings(), QStringList{QStringLiteral("keys of JSON that set nothing: 8")});
+        QCOMPARE(settings.amount(), 2);
+        QCOMPARE(settings.ticks(), 2);
+        QCOMPARE(settings.property("_4094"), QVariant(2.0)); // is known meanwhile
+        QVERIFY(JsonHelper::fromJson(unknown(0, most, "3"), &settings));
+        QCOMPARE(settings.property("_0"), QVariant(3.0));
+        QCOMPARE(log.warnings().size(), 1);
+        settings.setProperty("_4094", QVariant()); // takes it away
+        QVERIFY(JsonHelper::fromJson(QByteArray("{\"other\": 1}"), &settings));
+        QCOMPARE(settings.property("other"), QVariant(1.0)); // there is room again
+    }
+
+    void manyUnknownKeysTakeTimeLikeTheirNumber()
+    {
+        const LogCapture log;
+        const auto seconds = [](int count) {
+            const QJsonObject json = JsonHelper::parse('{' + manyKeys(count) + '}').object();
+            double best = 1e9;
+            for (int round = 0; round < 3; ++round) {
+                QObject target;
+                const WorkTimer timer;
+                JsonHelper::fromJson(json, &target);
+                best = std::min(best, timer.seconds());
+            }
+            return best;
+        };
+
+        const double time = seconds(10000);
+        const double fourfoldTime = seconds(40000);
+
+        QVERIFY2(fourfoldTime < 8 * time, qPrintable(QStringLiteral("%1 s, then %2 s").arg(time).arg(fourfoldTime)));
     }
 
     void aValueThatDoesNotFitIsPassedOver()

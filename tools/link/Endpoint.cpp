@@ -31,6 +31,7 @@ public:
         , mPort(options.port)
     {
         mServer.setMaximumFrameSize(options.maxFrame);
+        mServer.setDropsLeftovers(true);
         connect(&mServer, &TcpServer::dataReceived, this, &ListeningEnd::received);
         connect(&mServer, &TcpServer::clientConnected, this, [this] { note(true, "a unit has connected"); });
         connect(&mServer, &TcpServer::clientDisconnected, this, [this] { note(false, "the unit has gone"); });
@@ -47,6 +48,7 @@ public:
     void send(const QByteArray &payload) override { Q_EMIT mServer.send(PayloadMessage(payload)); }
     bool isConnected() const override { return mIsConnected; }
     qint64 bytesToWrite() const override { return mServer.bytesToWrite(); }
+    qint64 bytesUnsent() const override { return mServer.bytesUnsent(); }
 
 private:
     void note(bool isConnected, const char *text)
@@ -73,6 +75,7 @@ public:
         , mPort(options.port)
     {
         mClient.setMaximumFrameSize(options.maxFrame);
+        mClient.setDropsLeftovers(true);
         connect(&mClient, &TcpClient::dataReceived, this, &ConnectingEnd::received);
         connect(&mClient, &TcpClient::connected, this, [this] {
             tell(QStringLiteral("connected to %1, port %2").arg(mAddress).arg(mPort));
@@ -93,6 +96,7 @@ public:
     void send(const QByteArray &payload) override { Q_EMIT mClient.send(PayloadMessage(payload)); }
     bool isConnected() const override { return mClient.isConnected(); }
     qint64 bytesToWrite() const override { return mClient.bytesToWrite(); }
+    qint64 bytesUnsent() const override { return mClient.bytesUnsent(); }
 
 private:
     TcpClient mClient;

@@ -21,6 +21,7 @@ public:
     virtual void send(const QByteArray &payload) = 0;
     virtual bool isConnected() const = 0;
     virtual qint64 bytesToWrite() const = 0;
+    virtual qint64 bytesUnsent() const = 0; ///< also of a connection that is lost, until the next one
 
 Q_SIGNALS:
     void connected();

@@ -5,7 +5,8 @@ namespace Link {
 
 enum ExitCode : int {
     AllSent = 0,
-    SomeNotSent = 1, ///< a line of the input was wrong, or the connection was lost before all was sent
+    SomeNotSent = 1, ///< a line of the input was wrong, or something was not sent: lost with the connection, or not
+                     ///< read by the peer
     WrongUsage = 64,
     CannotListen = 69,
     OutOfMemory = 71,

@@ -14,6 +14,6 @@ QByteArray payloadOf(const QByteArray &line, int maxFrame, QString *problem);
 QByteArray lineOf(const QByteArray &payload);
 
 /// Bytes of the frame that carries a payload of this size.
-qint64 frameSize(int payloadSize);
+qint64 frameSize(qint64 payloadSize);
 
 } // namespace Link

@@ -70,8 +70,11 @@ int Session::run()
         return mExitCode;
     }
 
-    if (mEndpoint->bytesToWrite() > 0)
+    if (mEndpoint->bytesToWrite() > 0) {
         tell(QStringLiteral("%1 bytes were not sent").arg(mEndpoint->bytesToWrite()));
+        if (mExitCode == AllSent)
+            mExitCode = SomeNotSent;
+    }
     if (mOptions.stats)
         tell(mTraffic.inAll());
     return mExitCode;
@@ -81,9 +84,9 @@ void Session::onDisconnected()
 {
     mInputNotifier.setEnabled(false);
     mIsDroppingAnswers = false;
-    if (mPassTimer.isActive()) {
-        mPassTimer.stop();
-        tell(QStringLiteral("what was waiting to be sent is lost"));
+    mPassTimer.stop();
+    if (mEndpoint->bytesUnsent() > 0) {
+        tell(QStringLiteral("%1 bytes that were waiting to be sent are lost").arg(mEndpoint->bytesUnsent()));
         mExitCode = SomeNotSent;
     }
     if (mInput.isDone())
@@ -115,6 +118,7 @@ void Session::answer(const QByteArray &payload)
         mTraffic.addSent(frameSize(payload.size()));
     } else if (!wasDropping) {
         tell(QStringLiteral("the peer does not read; answers are dropped"));
+        mExitCode = SomeNotSent;
     }
 }
 
