@@ -17,8 +17,8 @@ class QSettings;
 /// stored. Like QSettings, an object may be used in one thread at a time.
 ///
 /// The file is a regular one that belongs to root or to us, or there is none yet. Anything else is never written: the
-/// log tells, and the values stay in memory. What a link leads to, or what belongs to another user, is read once if it
-/// is a regular file of at most 1 MiB. While something that is not ours stands in the way later, as a lock of another
+/// log tells, and the values stay in memory. What a link leads to is read once, if both are root's or ours and it is a
+/// regular file of at most 1 MiB. While something that is not ours stands in the way later, as a lock of another
 /// user, the event loop tries again each second.
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFormats_p.h"
+#include "FiberInspection/JpegScans_p.h"
 
 #include <csetjmp>
 #include <cstdio>
@@ -218,7 +219,11 @@ public:
             return false;
         const bool isCmyk = mInfo.num_components == cmykChannels;
         mInfo.out_color_space = isCmyk ? JCS_CMYK : JCS_EXT_BGR;
+        mInfo.buffered_image = jpeg_has_multiple_scans(&mInfo);
         jpeg_start_decompress(&mInfo);
+        followScan();
+        if (mInfo.buffered_image != FALSE)
+            readScans();
         if (!hasAllScans()) {
             std::snprintf(mMessage, sizeof mMessage, "a scan of the image is missing");
             return false;
@@ -230,8 +235,10 @@ public:
             else
                 jpeg_read_scanlines(&mInfo, &line, 1);
         }
+        if (mInfo.buffered_image != FALSE)
+            jpeg_finish_output(&mInfo);
         jpeg_finish_decompress(&mInfo);
-        return true;
+        return hasSoundScans();
     }
 
     const char *message() const { return mMessage; }
@@ -251,6 +258,41 @@ private:
     {
         if (level < 0)
             onError(info);
+    }
+
+    /// All scans, so that the pixels are those of the last one.
+    void readScans()
+    {
+        for (int status = JPEG_SUSPENDED; status != JPEG_REACHED_EOI;) {
+            status = jpeg_consume_input(&mInfo);
+            if (status == JPEG_REACHED_SOS)
+                followScan();
+        }
+        jpeg_start_output(&mInfo, mInfo.input_scan_number);
+    }
+
+    void followScan()
+    {
+        if (mProblem == JpegScans::None)
+            mProblem = mScans.follow(mInfo);
+    }
+
+    /// What the decoder itself has not noticed.
+    bool hasSoundScans()
+    {
+        switch (mProblem) {
+        case JpegScans::None:
+            return true;
+        case JpegScans::LeftOver:
+            std::snprintf(mMessage, sizeof mMessage, "data are left over");
+            return false;
+        case JpegScans::Impossible:
+            std::snprintf(mMessage, sizeof mMessage, "impossible coefficients");
+            return false;
+        default:
+            std::snprintf(mMessage, sizeof mMessage, "impossible codes");
+            return false;
+        }
     }
 
     /// Whether each coefficient of each component came to its last bit. A sequential decoder does not count them.
@@ -286,6 +328,8 @@ private:
     jpeg_error_mgr mErrors{};
     std::jmp_buf mJump{};
     JSAMPARRAY mCmykLine = nullptr;
+    JpegScans mScans;
+    JpegScans::Problem mProblem = JpegScans::None;
     char mMessage[JMSG_LENGTH_MAX] = "";
 };
 } // namespace

@@ -27,7 +27,28 @@ struct Header
     qint64 begin = 0; ///< of the pixels, in bytes
     qint64 bytesPerLine = 0;
     qint64 fileSize = 0; ///< as the file declares it; 0 when it does not
+    qint64 bitsPerPixel = 0; ///< of a BMP
+    qint64 colors = 0; ///< in the palette of a BMP; 0 for as many as there may be
 };
+
+/// Whether each pixel is one of the colours of a palette that has fewer than its bits can name.
+/// @pre the pixels are there
+bool hasKnownColors(const QByteArray &bytes, const Header &header)
+{
+    const auto bits = header.bitsPerPixel;
+    if (header.colors == 0 || bits < 1 || bits > bitsPerByte || header.colors >= qint64(1) << bits)
+        return true;
+    const int mask = (1 << bits) - 1;
+    for (qint64 row = 0; row < header.height; ++row) {
+        const uchar *const line = dataOf(bytes) + header.begin + row * header.bytesPerLine;
+        for (qint64 at = 0; at < header.width * bits; at += bits) {
+            const int shift = static_cast<int>(bitsPerByte - bits - at % bitsPerByte);
+            if ((line[at / bitsPerByte] >> shift & mask) >= header.colors)
+                return false;
+        }
+    }
+    return true;
+}
 
 DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 maxPixels)
 {
@@ -41,6 +62,8 @@ DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 m
         return incomplete();
     if (header.fileSize > 0 && end > header.fileSize)
         return refused(QStringLiteral("the image header is damaged"));
+    if (!hasKnownColors(bytes, header))
+        return refused(QStringLiteral("a pixel has a color that is not in the palette"));
     return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
 }
 
@@ -83,11 +106,13 @@ Header readBmpHeader(const QByteArray &bytes)
         header.height = std::llabs(qint64(static_cast<qint32>(littleEndian32(data + 22)))); // below 0: from the top
         bitsPerPixel = littleEndian16(data + 28);
         compression = littleEndian32(data + 30);
+        header.colors = littleEndian32(data + 46);
     } else if (size == oldHeaderSize) {
         header.width = littleEndian16(data + 18);
         header.height = littleEndian16(data + 20);
         bitsPerPixel = littleEndian16(data + 24);
     }
+    header.bitsPerPixel = bitsPerPixel;
     header.fileSize = littleEndian32(data + 2); // 0 where the writer did not know
     header.begin = littleEndian32(data + 10);
     header.bytesPerLine =

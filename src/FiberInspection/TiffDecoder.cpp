@@ -15,7 +15,7 @@
 namespace FiberInspection::ImageFormats {
 
 namespace {
-constexpr int maxBitsPerSample = 16;
+constexpr int bitsPerSample[] = {1, 8, 16};
 constexpr int maxSamplesPerPixel = 4;
 constexpr tmsize_t memoryPerPixel = 16; // bytes: for each single piece of memory
 constexpr tmsize_t leastMemory = 16L * 1024 * 1024; // bytes
@@ -136,8 +136,16 @@ QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
     const int bits = tiff.number<uint16_t>(TIFFTAG_BITSPERSAMPLE);
     const int samples = tiff.number<uint16_t>(TIFFTAG_SAMPLESPERPIXEL);
     const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
-    if (bits < 1 || bits > maxBitsPerSample || samples < 1 || samples > maxSamplesPerPixel)
+    const bool isKnownDepth =
+        std::find(std::begin(bitsPerSample), std::end(bitsPerSample), bits) != std::end(bitsPerSample);
+    const auto photometric = tiff.number<uint16_t>(TIFFTAG_PHOTOMETRIC);
+    const bool isDeepCmyk = bits > 8 && photometric == PHOTOMETRIC_SEPARATED;
+    const bool isShallowPalette = bits < 8 && photometric == PHOTOMETRIC_PALETTE;
+    if ((!isKnownDepth && !isShallowPalette) || bits < 1 || isDeepCmyk || samples < 1 || samples > maxSamplesPerPixel)
         return QStringLiteral("%1 samples of %2 bits are not supported").arg(samples).arg(bits);
+    const int sampleFormat = tiff.number<uint16_t>(TIFFTAG_SAMPLEFORMAT);
+    if (sampleFormat != SAMPLEFORMAT_UINT && sampleFormat != SAMPLEFORMAT_VOID)
+        return QStringLiteral("samples of format %1 are not supported").arg(sampleFormat);
     if (std::find(std::begin(compressions), std::end(compressions), compression) == std::end(compressions))
         return QStringLiteral("TIFF compression %1 is not supported").arg(compression);
     const int fillOrder = tiff.number<uint16_t>(TIFFTAG_FILLORDER);

@@ -1,72 +1,90 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/CommandProcess_p.h"
+#include "Helpers/CommandWatch_p.h"
 
 #include <QDeadlineTimer>
+#include <QDebug>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QStringList>
 #include <QThread>
 
+#include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <iterator>
+#include <limits>
 #include <memory>
 #include <sched.h>
 #include <sys/eventfd.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 constexpr int killTimeout = 1000; // milliseconds, as the following
 constexpr unsigned long killPoll = 1;
-constexpr int notExecuted = 255; // exit code
-constexpr int mostFiles = 65536;
+
+/// Places of our other programs, from the folder of this library: of a build, and of an installation.
+constexpr const char *programFolders[] = {"../libexec/vantorbase/", VANTORBASE_PROGRAM_FOLDER "/"};
+
+/// The program that watches commands. It is where this library is; empty if it is not there.
+QByteArray findWatcher()
+{
+    Dl_info library = {};
+    dladdr(reinterpret_cast<const void *>(&findWatcher), &library);
+    const QString folder = QFileInfo(QFile::decodeName(library.dli_fname)).canonicalPath() + QLatin1Char('/');
+    for (const char *const place : programFolders) {
+        const QFileInfo program(folder + QLatin1String(place) + QLatin1String(CommandWatch::name));
+        if (program.isFile() && program.isExecutable())
+            return QFile::encodeName(program.canonicalFilePath());
+    }
+    qWarning().noquote() << CommandWatch::name << "is not installed beside" << folder
+                         << "so copies of this process watch its commands";
+    return {};
+}
+
+const QByteArray &watcherProgram()
+{
+    static const QByteArray program = findWatcher();
+    return program;
+}
 
 // Between fork and exec of a process that had threads: nothing here may take memory or a lock.
 
-void closeAllFiles()
+/// Who looks for our process by its name shall not find a copy of it, which may be gone before that is of use.
+void giveUpOurName()
 {
-    if (close_range(0, ~0U, 0) == 0)
-        return;
-    for (int descriptor = 0; descriptor < mostFiles; ++descriptor) // a kernel before 5.9
-        close(descriptor);
+    prctl(PR_SET_NAME, CommandWatch::name);
+    char none[] = "---------------";
+    const std::size_t length = std::min(std::strlen(program_invocation_short_name), sizeof none - 1);
+    const iovec from{none, length};
+    const iovec to{program_invocation_short_name, length}; // among our arguments, unless the application has moved it
+    process_vm_writev(getpid(), &from, 1, &to, 1, 0); // fails where a plain write would crash
 }
 
-[[noreturn]] void endBySignal(int signal)
+/// Ends as the command does. What watches is a program of its own: as a copy of this one it would hold our mappings and
+/// all memory that we change, and be found by our name.
+[[noreturn]] void watch(pid_t command, const char *program)
 {
-    const rlimit noCore{0, 0};
-    setrlimit(RLIMIT_CORE, &noCore);
-    prctl(PR_SET_DUMPABLE, 0); // the core would be one of the program that we are a copy of
-    std::signal(signal, SIG_DFL);
-    sigset_t one;
-    sigemptyset(&one);
-    sigaddset(&one, signal);
-    kill(getpid(), signal);
-    sigprocmask(SIG_UNBLOCK, &one, nullptr);
-    _exit(128 + signal);
-}
-
-/// Waits for the command and its orphans, and ends as the command did.
-[[noreturn]] void watch(pid_t command)
-{
-    prctl(PR_SET_NAME, "command-watcher");
-    closeAllFiles(); // whoever waits for the end of a pipe waits for the command, not for us
-    int status = 0;
-    for (pid_t ended = 0; ended != command;) {
-        ended = waitpid(-1, &status, 0);
-        if (ended < 0 && errno != EINTR)
-            _exit(notExecuted);
-    }
-    while (waitpid(-1, nullptr, WNOHANG) > 0) {}
-    if (WIFSIGNALED(status))
-        endBySignal(WTERMSIG(status));
-    _exit(WEXITSTATUS(status));
+    CommandWatch::closeAllFiles(); // whoever waits for the end of a pipe waits for the command, not for us
+    char name[sizeof CommandWatch::name];
+    std::copy(std::begin(CommandWatch::name), std::end(CommandWatch::name), name);
+    char number[std::numeric_limits<pid_t>::digits10 + 2] = {};
+    std::to_chars(number, std::end(number) - 1, command);
+    char *arguments[] = {name, number, nullptr};
+    char *environment[] = {nullptr};
+    execve(program, arguments, environment);
+    CommandWatch::endAs(CommandWatch::waitFor(command)); // as a copy after all
 }
 
 /// What the command's side needs, which has the memory of the watcher until it executes.
@@ -89,7 +107,7 @@ int execute(void *argument)
         execve(execution->arguments[0], execution->arguments, execution->environment);
     }
     execution->hasFailed = true;
-    _exit(notExecuted);
+    _exit(CommandWatch::failed);
 }
 
 /// A second copy of the memory would double the time of a start: the command gets none, and we wait until it executes.
@@ -165,7 +183,8 @@ bool stop(pid_t process)
 } // namespace
 
 CommandProcess::CommandProcess()
-    : mNoRoom(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    : mWatcher(watcherProgram())
+    , mNoRoom(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     setProcessChannelMode(QProcess::MergedChannels);
 }
@@ -211,6 +230,7 @@ void CommandProcess::killUnstarted()
 
 void CommandProcess::setupChildProcess()
 {
+    giveUpOurName();
     sigset_t all;
     sigset_t former;
     sigfillset(&all);
@@ -226,10 +246,10 @@ void CommandProcess::setupChildProcess()
     execution.watcher = getpid();
     const pid_t command = executeBeside(&execution);
     if (command > 0)
-        watch(command);
+        watch(command, mWatcher.constData());
     if (!execution.hasFailed) {
         eventfd_write(mNoRoom, 1);
-        _exit(notExecuted);
+        _exit(CommandWatch::failed);
     }
     // QProcess tries once more, and tells why it fails. Should it not fail, the command watches over itself.
     sigprocmask(SIG_SETMASK, &former, nullptr);

@@ -7,9 +7,10 @@
 
 /// A command that can be ended with all that it has started, also what has left its group, its session or its parent.
 ///
-/// A watcher stands between us and the command: a copy of this process that does nothing but wait, and to whom the
-/// kernel gives the orphans of the command. It ends as the command ends; what goes on in the background is nobody's
-/// then, and goes on. The command leads a process group of its own.
+/// A watcher stands between us and the command: a small program that does nothing but wait, and to whom the kernel
+/// gives the orphans of the command. It ends as the command ends; what goes on in the background is nobody's then, and
+/// goes on. The command leads a process group of its own. Where the program is not installed, a copy of this process
+/// watches.
 class CommandProcess : public QProcess
 {
 public:
@@ -47,6 +48,7 @@ private:
         QVector<char *> mPointers;
     };
 
+    const QByteArray mWatcher; ///< path; empty if there is none
     const int mNoRoom; ///< the watcher tells by it that it could not start the command
     Texts mArguments;
     Texts mEnvironment; ///< empty: as ours

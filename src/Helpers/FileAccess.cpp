@@ -2,7 +2,9 @@
 #include "Helpers/FileAccess_p.h"
 
 #include <QDebug>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <cerrno>
 #include <cstdio>
@@ -17,8 +19,8 @@ namespace FileAccess {
 namespace {
 constexpr mode_t defaultMode = 0666; // the umask takes its part
 constexpr mode_t permissionBits = 07777;
-constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
 constexpr char uniqueSuffix[] = ".XXXXXX"; // nobody can guess what takes its place
+constexpr char unfinished[] = ".unfinished"; // before that: a copy may be called NAME.backup
 
 struct stat statusOf(int descriptor)
 {
@@ -31,6 +33,12 @@ struct stat statusOf(int descriptor)
 bool isOwn(const struct stat &status)
 {
     return status.st_uid == 0 || status.st_uid == geteuid();
+}
+
+/// The group of root is root as well.
+bool isWritableByOthers(const struct stat &status)
+{
+    return (status.st_mode & S_IWOTH) != 0 || ((status.st_mode & S_IWGRP) != 0 && status.st_gid != 0);
 }
 
 int openPath(const QString &path, int flags, mode_t mode = 0)
@@ -60,8 +68,7 @@ int regularOrClosed(int descriptor)
 Found classify(const struct stat &status)
 {
     const bool isRegular = S_ISREG(status.st_mode);
-    if (!isOwn(status) || S_ISLNK(status.st_mode) || (status.st_mode & writableByOthers) != 0
-        || (isRegular && status.st_nlink != 1))
+    if (!isOwn(status) || S_ISLNK(status.st_mode) || isWritableByOthers(status) || (isRegular && status.st_nlink != 1))
         return Found::Planted;
     return isRegular ? Found::Ours : Found::Unusable;
 }
@@ -143,6 +150,18 @@ bool openRegular(const QString &path, QFile *file)
     return handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
 }
 
+bool openLinked(const QString &path, QFile *file)
+{
+    struct stat link = {};
+    if (lstat(QFile::encodeName(path).constData(), &link) != 0 || !S_ISLNK(link.st_mode) || !isOwn(link)
+        || !openRegular(path, file))
+        return false;
+    if (isOwn(statusOf(file->handle())))
+        return true;
+    file->close();
+    return false;
+}
+
 Found openOurs(const QString &path, QFile *file)
 {
     // What was opened is what is looked at: a name may mean something else at any time.
@@ -195,7 +214,7 @@ bool replace(const QString &path, const QByteArray &bytes, mode_t mode)
     if (isAlready(path, bytes, mode))
         return true;
     const QByteArray name = QFile::encodeName(path);
-    QByteArray aside = name + uniqueSuffix;
+    QByteArray aside = name + unfinished + uniqueSuffix;
     const int descriptor = mkostemp(aside.data(), O_CLOEXEC);
     if (descriptor < 0)
         return failed(path, errno);
@@ -205,6 +224,19 @@ bool replace(const QString &path, const QByteArray &bytes, mode_t mode)
         return failed(path, error);
     }
     return syncFolderOf(name) || failed(path, errno);
+}
+
+void removeUnfinished(const QString &path)
+{
+    const QFileInfo info(path);
+    const QDir folder = info.absoluteDir();
+    const QString start = info.fileName() + QLatin1String(unfinished) + QLatin1Char('.');
+    const int length = info.fileName().size() + static_cast<int>(std::strlen(unfinished) + std::strlen(uniqueSuffix));
+    const QStringList names = folder.entryList(QDir::Files | QDir::Hidden);
+    for (const QString &name : names) {
+        if (name.size() == length && name.startsWith(start) && isOwnFile(folder.filePath(name)))
+            QFile::remove(folder.filePath(name));
+    }
 }
 
 bool writeThrough(QFile *file, const QByteArray &bytes)

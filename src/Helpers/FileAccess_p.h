@@ -11,7 +11,7 @@ class QFile;
 /// Opens files at paths that others know as well. No function waits for the other end of a pipe.
 ///
 /// A file is ours alone if it is a regular one that belongs to root or to us, has one name and can be written by its
-/// owner only. In a folder with the sticky bit nobody else can put something in its place then. What is at such a path
+/// owner, and root's group, only. In a folder with the sticky bit nobody else can put something in its place then. What is at such a path
 /// and is not ours alone may have been planted there: it is never read, and takes no part in what is written.
 namespace FileAccess {
 
@@ -30,6 +30,9 @@ enum class Found : int {
 /// For reading text. Only a regular file is opened; a link to one is followed.
 bool openRegular(const QString &path, QFile *file);
 
+/// For reading text behind a link. The link, and the regular file that it leads to, belong to root or to us.
+bool openLinked(const QString &path, QFile *file);
+
 /// For reading text that can only have been written by root or us. The last part of the path must be no link.
 Found openOurs(const QString &path, QFile *file);
 
@@ -46,6 +49,9 @@ bool createNew(const QString &path, QFile *file, mode_t mode = readableForAll);
 /// Gives the file this content and mode: whole or not at all, on the disk, and only if it has not got them already.
 /// What is there before is replaced as above. A failure is told in the log.
 bool replace(const QString &path, const QByteArray &bytes, mode_t mode = readableForAll);
+
+/// Removes what a replacement has left beside a file when the power was cut. Not while another one is under way.
+void removeUnfinished(const QString &path);
 
 /// @return whether all bytes have reached the disk
 bool writeThrough(QFile *file, const QByteArray &bytes);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/NetworkHelper.h"
 
+#include "Helpers/CommandProcess_p.h"
 #include "Helpers/DhcpRecord_p.h"
 #include "Helpers/FileAccess_p.h"
 #include "Helpers/IPDetails.h"
@@ -29,7 +30,8 @@ std::atomic<bool> NetworkHelper::mIsHardwareSimulation{false};
 
 namespace {
 constexpr quint32 addressTimeout = 2000; // milliseconds, as the following
-constexpr quint32 routeTimeout = 1000;
+constexpr int routeTimeout = 1000;
+constexpr int startTimeout = 500;
 constexpr int randomTimeout = 500;
 
 constexpr int macSize = 6; // bytes
@@ -88,6 +90,24 @@ QString simulatedIPv6Address(const QString &interface, const QString &scope)
     const QString shownScope = scope == QLatin1String("link") ? scope : QStringLiteral("global");
     return QStringLiteral("5: %1 inet6 %2 scope %3 valid_lft forever preferred_lft forever")
         .arg(interface, address, shownScope);
+}
+
+/// What a command has printed until its time is up. How it ends is told nowhere.
+QByteArray outputOf(const QString &command)
+{
+    CommandProcess process;
+    process.startCommand(command);
+    if (!process.waitForCommand(startTimeout)) {
+        process.killUnstarted();
+        return {};
+    }
+    if (!process.waitForFinished(routeTimeout)) {
+        process.killAll();
+        process.waitForFinished(routeTimeout);
+    }
+    const QByteArray output = process.readAll();
+    process.close();
+    return output;
 }
 
 bool readRecord(const QString &interface, DhcpRecord::Family family, DhcpRecord *record)
@@ -239,8 +259,7 @@ bool NetworkHelper::getIPv6DefaultGateway(const QString &interface, QString &gat
 
 bool NetworkHelper::getIPv6LinkLocalInterfaceName(QString &interface)
 {
-    QByteArray output;
-    SystemHelper::runCommand(QStringLiteral("ip -6 route show"), routeTimeout, &output, nullptr);
+    const QByteArray output = outputOf(QStringLiteral("ip -6 route show"));
     const QStringList lines = QString::fromUtf8(output).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     for (const QString &line : lines) {
         qDebug() << "line = " << line;

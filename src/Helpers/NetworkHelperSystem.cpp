@@ -100,6 +100,7 @@ bool replaceInEtc(const QString &name, const QByteArray &text)
 {
     const QString source = QStringLiteral("/tmp/") + name;
     const QString target = QStringLiteral("/etc/") + name;
+    FileAccess::removeUnfinished(target);
     QFile file;
     if (!FileAccess::createNew(source, &file)) {
         qWarning().noquote() << QStringLiteral("Failed to open %1 for writing").arg(source);

@@ -18,6 +18,7 @@
 #include <QTextStream>
 
 #include <atomic>
+#include <cerrno>
 #include <climits>
 #include <csignal>
 #include <cstdio>
@@ -37,6 +38,7 @@ constexpr quint32 packingTimeout = 300000;
 constexpr qint64 longestNumber = 1024; // bytes of a line
 constexpr int archiveWord = 2; // of the command line: tar -zcf ARCHIVE
 constexpr mode_t permissionBits = 0777;
+constexpr mode_t otherThanGroupBits = 0707;
 constexpr mode_t plainFileBits = 0666; // less what the umask takes
 
 constexpr int dropAllCaches = 3; // pages, directory entries and inodes
@@ -168,7 +170,7 @@ public:
         mIsSafe = !isThere || !mIsFile || setAside(status);
     }
 
-    bool isSafe() const { return mIsSafe; }
+    bool isSafe() const { return mIsSafe; } ///< aside, or where nobody can set it: tar writes in place then
 
     QString name() const { return nameOf(mPath); }
     QString nameAside() const { return nameOf(mAside); } ///< its own meanwhile; empty if there was none
@@ -189,7 +191,7 @@ public:
 
     void putBack() const
     {
-        if (mIsFile)
+        if (mIsFile && !mIsInPlace)
             ::unlink(mPath.constData());
         if (!mAside.isEmpty() && ::rename(mAside.constData(), mPath.constData()) != 0)
             qWarning().noquote() << "The former archive is now" << QFile::decodeName(mAside);
@@ -203,26 +205,42 @@ private:
         QByteArray aside = mPath.left(mPath.lastIndexOf('/') + 1) + ".archive.XXXXXX";
         const int name = mkostemp(aside.data(), O_CLOEXEC);
         if (name < 0)
-            return false;
+            return staysInPlace(errno);
         ::close(name);
         if (::rename(mPath.constData(), aside.constData()) != 0) {
+            const int error = errno;
             ::unlink(aside.constData());
-            return false;
+            return staysInPlace(error);
         }
         mAside = aside;
-        // The new one shall be readable for nobody who could not read the former one.
+        beginLike(status);
+        return true;
+    }
+
+    /// The folder may be closed to us where the archive is not.
+    bool staysInPlace(int error)
+    {
+        mIsInPlace = error == EACCES || error == EPERM || error == EROFS;
+        return mIsInPlace;
+    }
+
+    /// The new one shall be readable for all who could read the former one, and for nobody else.
+    void beginLike(const struct stat &status) const
+    {
         const int file =
             ::open(mPath.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
-        if (file >= 0) {
-            fchmod(file, status.st_mode & permissionBits);
-            ::close(file);
-        }
-        return true;
+        if (file < 0)
+            return;
+        const bool hasOwner = fchown(file, status.st_uid, status.st_gid) == 0;
+        const bool hasGroup = hasOwner || fchown(file, static_cast<uid_t>(-1), status.st_gid) == 0;
+        fchmod(file, status.st_mode & (hasGroup ? permissionBits : otherThanGroupBits));
+        ::close(file);
     }
 
     const QByteArray mPath;
     QByteArray mAside;
     bool mIsFile = false;
+    bool mIsInPlace = false;
     bool mIsSafe = false;
 };
 

@@ -19,6 +19,15 @@ bool isDigit(char byte)
     return byte >= '0' && byte <= '9';
 }
 
+/// The frame that stands there if it is complete, not too large, and its length nothing but digits.
+FrameLength wholeFrame(const char *begin, const char *end, int folded, int largest)
+{
+    const FrameLength frame = readPlainLength(begin, end);
+    const auto [start, size] = frame;
+    const bool isWhole = start >= 0 && size > 0 && size <= end - begin - start && start + folded <= largest - size;
+    return isWhole ? frame : FrameLength();
+}
+
 /// Whether nobody kept it, so that its memory serves again. Acquires: another thread may have read it until now.
 bool isOurs(QByteArray *payload)
 {
@@ -40,7 +49,7 @@ void SocketBuffer::setLargestFrame(int bytes)
 void SocketBuffer::beginConnection()
 {
     const FrameCut rest = mDropsLeftovers ? keepWholePayloads() : FrameCut();
-    const int leftovers = mBytes.size() - mPosition + mFolded;
+    const int leftovers = unframedSize();
     if (mDropsLeftovers) {
         mBytes.clear();
         mFolded = 0;
@@ -115,9 +124,8 @@ bool SocketBuffer::takePayload(QByteArray *payload)
 bool SocketBuffer::takePlainFrame(QByteArray *payload)
 {
     const char *const begin = mBytes.constData() + mPosition;
-    const auto available = mBytes.size() - mPosition;
-    const auto [start, size] = readPlainLength(begin, begin + available);
-    if (start < 0 || size == 0 || size > available - start || start + mFolded > mLargestFrame - size)
+    const auto [start, size] = wholeFrame(begin, mBytes.constData() + mBytes.size(), mFolded, mLargestFrame);
+    if (start < 0)
         return false;
 
     if (isOurs(payload)) {
@@ -153,6 +161,20 @@ void SocketBuffer::cutOff()
     if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
         mBytes.squeeze();
     foldLength();
+}
+
+int SocketBuffer::unframedSize() const
+{
+    const char *begin = mBytes.constData() + mPosition;
+    const char *const end = mBytes.constData() + mBytes.size();
+    int folded = mFolded;
+    for (;;) {
+        const auto [start, size] = wholeFrame(begin, end, folded, mLargestFrame);
+        if (start < 0)
+            return static_cast<int>(end - begin) + folded;
+        begin += start + size;
+        folded = 0;
+    }
 }
 
 void SocketBuffer::foldLength()

@@ -52,6 +52,9 @@ private:
 
     void cutOff(); ///< what was taken
 
+    /// What would be left if all complete frames were taken: a receiver that is busy has not come to them yet.
+    int unframedSize() const;
+
     /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
     void foldLength();
 

@@ -211,6 +211,11 @@ void checkFiles(Checks &checks)
     checks.expect(SystemHelper::writeIntToFile(path, 42), "a file is written");
     checks.expect(!Settings(path).isNew(), "settings with a file are not");
 
+    QByteArray watcher;
+    const QString command = QStringLiteral("until readlink /proc/$PPID/exe | grep /command-watcher; do :; done");
+    SystemHelper::runBashCommand(command, 10000, &watcher, nullptr);
+    checks.expect(watcher.endsWith("/libexec/vantorbase/command-watcher\n"), "commands are watched by our program");
+
     initVantorQmlResources();
     checks.expect(QFile::exists(QStringLiteral(":/Vantor/Pages/FiberInspectionPage.qml")), "the pages are there");
 }

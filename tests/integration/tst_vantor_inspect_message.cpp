@@ -184,6 +184,23 @@ private Q_SLOTS:
         QCOMPARE(answerTo(bytes), Answer::Damaged);
     }
 
+    /// Each of them costs the parent a hundred times what it costs the sender.
+    void noMoreDefectsAreTakenThanFitOnAFibre()
+    {
+        const auto answerToDefects = [](int count) {
+            Inspection inspection = failedInspection();
+            inspection.result = TestResult(Standard(inspection.task.standardId));
+            inspection.result.processDefects(
+                QVector<Defect>(count, someDefect(1)), QVector<Defect>(count, someDefect(1)));
+            inspection.result.setError(false);
+            inspection.corePixels.fill(1, inspection.result.coreDefects().size());
+            inspection.claddingPixels.fill(1, inspection.result.claddingDefects().size());
+            return answerTo(InspectionMessage::toBytes(inspection));
+        };
+        QCOMPARE(answerToDefects(InspectionMessage::mostDefects), Answer::Taken);
+        QCOMPARE(answerToDefects(InspectionMessage::mostDefects + 1), Answer::Damaged);
+    }
+
     void everyChangedByteIsRefusedOrHarmless()
     {
         const QByteArray whole = InspectionMessage::toBytes(failedInspection());

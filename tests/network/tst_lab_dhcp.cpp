@@ -480,6 +480,64 @@ private Q_SLOTS:
         QVERIFY2(run.output.contains("ipdetails: "), run.output.constData());
     }
 
+    void aListThatTheGroupMayWriteIsKeptIfTheGroupIsRoots_data()
+    {
+        QTest::addColumn<int>("group");
+        QTest::newRow("root's") << 0;
+        QTest::newRow("another") << 1;
+    }
+
+    void aListThatTheGroupMayWriteIsKeptIfTheGroupIsRoots()
+    {
+        QFETCH(const int, group);
+        if (group != 0 && !Lab::hasAnotherUser())
+            QSKIP("there is no other group here");
+        QVERIFY(Lab::write(servers, "nameserver 10.9.9.9\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("chgrp %1 /etc/resolv.dmasq; chmod 664 /etc/resolv.dmasq").arg(group)));
+
+        dhclientScript(bound);
+
+        QCOMPARE(Lab::read(servers).startsWith("nameserver 10.9.9.9\nnameserver 10.20.0.1 "), group == 0);
+    }
+
+    void aListBehindARelativeLinkIsKept()
+    {
+        QVERIFY(Lab::write(QStringLiteral("/etc/dhcp/list"), "nameserver 9.9.9.9\n"));
+        QVERIFY(QFile::link(QStringLiteral("dhcp/list"), servers));
+
+        const Lab::Run run = dhclientScript(bound);
+
+        QCOMPARE(Lab::read(servers),
+            QByteArray("nameserver 9.9.9.9\nnameserver 10.20.0.1 # dhclient d0 IPv4;\n"
+                       "nameserver 10.20.0.3 # dhclient d0 IPv4;\n"));
+        QCOMPARE(run.output.count("ipdetails: "), 0);
+    }
+
+    void aLongListIsLeftAlone_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("1 MiB") << 1048576 << true;
+        QTest::newRow("a byte more") << 1048577 << false;
+    }
+
+    void aLongListIsLeftAlone()
+    {
+        QFETCH(const int, size);
+        QFETCH(const bool, isTaken);
+        const QByteArray list = "nameserver 9.9.9.9\n#" + QByteArray(size - 21, 'x') + '\n';
+        QVERIFY(Lab::write(servers, list));
+
+        const Lab::Run run = dhclientScript(bound);
+
+        const QByteArray added = "nameserver 10.20.0.1 # dhclient d0 IPv4;\nnameserver 10.20.0.3 # dhclient d0 IPv4;\n";
+        QVERIFY(Lab::read(servers) == (isTaken ? list + added : list));
+        QCOMPARE(QFileInfo(servers).isSymLink(), isTaken);
+        QCOMPARE(run.output.contains("ipdetails: left alone, longer than 1024 KiB: /etc/resolv.dmasq\n"), !isTaken);
+        QVERIFY(!run.output.contains("others"));
+        QVERIFY(Lab::read(recordV4).startsWith("ip_address=10.20.0.5\n"));
+    }
+
     void aFolderOfAnotherUserIsNoRecord()
     {
         if (!Lab::hasAnotherUser())

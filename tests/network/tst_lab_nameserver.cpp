@@ -109,6 +109,22 @@ private Q_SLOTS:
                                "\"/opt/tester/scripts/ipdetails\"")));
     }
 
+    void whatACutOfThePowerLeftBesideAFileIsRemoved()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("cd /etc; echo half | tee resolv.conf.unfinished.aB3dE6 "
+                                             "dnsmasq.conf.unfinished.000000 resolv.conf.backup resolv.conf.old "
+                                             "resolv.conf.unfinished.longer1; mkdir resolv.conf.unfinished.folder")));
+
+        NetworkHelper::configureSystem();
+        const QStringList left =
+            QDir(QStringLiteral("/etc")).entryList({QStringLiteral("*.conf.*")}, QDir::AllEntries | QDir::Hidden);
+
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -r /etc/resolv.conf.*")));
+        QCOMPARE(left.filter(QRegularExpression(QStringLiteral("^(resolv|dnsmasq)\\.conf"))),
+            (QStringList{QStringLiteral("resolv.conf.backup"), QStringLiteral("resolv.conf.old"),
+                QStringLiteral("resolv.conf.unfinished.folder"), QStringLiteral("resolv.conf.unfinished.longer1")}));
+    }
+
     void everyOtherStartIsSilent()
     {
         const LogCapture log;
@@ -425,6 +441,32 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(servers).isSymLink(), program == QLatin1String("systemctl"));
     }
 
+    void aListThatTheGroupMayWriteIsKeptIfTheGroupIsRoots_data()
+    {
+        QTest::addColumn<int>("group");
+        QTest::newRow("root's") << 0;
+        QTest::newRow("another") << 1;
+    }
+
+    void aListThatTheGroupMayWriteIsKeptIfTheGroupIsRoots()
+    {
+        QFETCH(const int, group);
+        if (group != 0 && !Lab::hasAnotherUser())
+            QSKIP("there is no other group here");
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("systemctl"), "true"));
+        QVERIFY(Lab::write(servers, "nameserver 9.9.9.9\n"));
+        QVERIFY(Lab::succeeds(QStringLiteral("chgrp %1 /etc/resolv.dmasq; chmod 664 /etc/resolv.dmasq").arg(group)));
+        const LogCapture log;
+
+        QVERIFY(update(peer));
+
+        QCOMPARE(Lab::read(servers),
+            QByteArray(group == 0 ? "nameserver 9.9.9.9\nnameserver 10.20.0.1\n" : "nameserver 10.20.0.1\n"));
+        QCOMPARE(log.warnings().isEmpty(), group == 0);
+        QVERIFY(Lab::succeeds(QStringLiteral("find /tmp/resolv.dmasq -type f -uid 0 -perm 644 | grep -q .")));
+    }
+
     void serversThatOthersCouldHaveWrittenAreNotAdopted_data()
     {
         QTest::addColumn<bool>("byAnother");
@@ -436,8 +478,6 @@ private Q_SLOTS:
         row("one that all may write", true, "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 666 /tmp/resolv.dmasq");
         row("a file of ours that all may write", false,
             "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 666 /tmp/resolv.dmasq");
-        row("a file of ours that the group may write", false,
-            "echo nameserver 6.6.6.6 >/tmp/resolv.dmasq; chmod 664 /tmp/resolv.dmasq");
         row("a second name of a file of ours", false,
             "echo nameserver 6.6.6.6 >/tmp/other; ln /tmp/other /tmp/resolv.dmasq");
         row("a link to a file of ours", true, "ln -s /etc/precious /tmp/resolv.dmasq");

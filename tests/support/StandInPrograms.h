@@ -38,6 +38,13 @@ public:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("not run");
     }
 
+    /// A file beside them; empty if it is not there.
+    QByteArray read(const QString &name) const
+    {
+        QFile file(mDir.filePath(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
 private:
     const QByteArray mFormerPath = qgetenv("PATH");
     QTemporaryDir mDir;

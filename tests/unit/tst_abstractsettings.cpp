@@ -140,22 +140,11 @@ private Q_SLOTS:
         QCOMPARE(inventory(), before);
     }
 
-    void aForeignFileIsReadAndNeverWritten_data()
+    void aFileBehindALinkIsReadAndNeverWritten()
     {
-        QTest::addColumn<bool>("isLink");
-        QTest::newRow("link") << true;
-        QTest::newRow("file of another user") << false;
-    }
-
-    void aForeignFileIsReadAndNeverWritten()
-    {
-        QFETCH(const bool, isLink);
         const QString path = newPath();
-        write(isLink ? path + QStringLiteral(".target") : path, "top=1\n[network]\nname=tester 7\n");
-        if (isLink)
-            QVERIFY(QFile::link(path + QStringLiteral(".target"), path));
-        else if (chown(QFile::encodeName(path).constData(), anotherUser, anotherUser) != 0)
-            QSKIP("only root can give a file away");
+        write(path + QStringLiteral(".target"), "top=1\n[network]\nname=tester 7\n");
+        QVERIFY(QFile::link(path + QStringLiteral(".target"), path));
         const QStringList before = inventory();
         const LogCapture log;
 
@@ -173,7 +162,38 @@ private Q_SLOTS:
         QCOMPARE(inventory(), before);
     }
 
-    void aForeignFileIsReadToALimit_data()
+    void whatAnotherUserHasPlantedIsNotRead_data()
+    {
+        QTest::addColumn<bool>("isLink");
+        QTest::addColumn<bool>("isTheirs");
+        QTest::newRow("file of another user") << false << true;
+        QTest::newRow("link of ours to it") << true << true;
+        QTest::newRow("link of another user to a file of ours") << true << false;
+    }
+
+    void whatAnotherUserHasPlantedIsNotRead()
+    {
+        QFETCH(const bool, isLink);
+        QFETCH(const bool, isTheirs);
+        const QString path = newPath();
+        const QString target = isLink ? path + QStringLiteral(".target") : path;
+        write(target, "key=1\n");
+        if (isLink)
+            QVERIFY(QFile::link(target, path));
+        const QString planted = isTheirs ? target : path;
+        if (lchown(QFile::encodeName(planted).constData(), anotherUser, anotherUser) != 0)
+            QSKIP("only root can give a file away");
+        const QStringList before = inventory();
+        const LogCapture log;
+
+        Settings settings(path);
+        settings.setAndSync(QStringLiteral("other"), 5);
+
+        QVERIFY(!settings.contains(QStringLiteral("key")));
+        QCOMPARE(inventory(), before);
+    }
+
+    void aFileBehindALinkIsReadToALimit_data()
     {
         QTest::addColumn<int>("size");
         QTest::addColumn<bool>("isRead");
@@ -181,7 +201,7 @@ private Q_SLOTS:
         QTest::newRow("one byte more") << (1 << 20) + 1 << false;
     }
 
-    void aForeignFileIsReadToALimit()
+    void aFileBehindALinkIsReadToALimit()
     {
         QFETCH(const int, size);
         QFETCH(const bool, isRead);

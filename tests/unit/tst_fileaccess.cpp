@@ -11,9 +11,11 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 QByteArray read(const QString &path)
@@ -48,6 +50,7 @@ struct Disk
     QString watched;
     QList<QByteArray> namedTexts; ///< what was at the watched path then
     int error = 0;
+    std::function<void()> onFlush; ///< called once
 };
 
 Disk &disk()
@@ -62,6 +65,8 @@ extern "C" int fsync(int fd)
 {
     disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(fd));
     disk().texts << disk().written;
+    if (const auto onFlush = std::exchange(disk().onFlush, nullptr))
+        onFlush();
     if (!disk().watched.isEmpty())
         disk().namedTexts << read(disk().watched);
     errno = disk().error;
@@ -138,17 +143,29 @@ private Q_SLOTS:
     void onlyAFileOfOursAloneIsOpenedAsOurs_data()
     {
         QTest::addColumn<mode_t>("mode");
+        QTest::addColumn<int>("group");
         QTest::addColumn<FileAccess::Found>("found");
+        const auto row = [](mode_t mode, int group, FileAccess::Found found) {
+            QTest::newRow(qPrintable(QStringLiteral("%1 of group %2").arg(mode, 0, 8).arg(group)))
+                << mode << group << found;
+        };
         for (const mode_t mode : {0600U, 0644U, 0444U, 0755U})
-            QTest::newRow(qPrintable(QString::number(mode, 8))) << mode << FileAccess::Found::Ours;
+            row(mode, 1, FileAccess::Found::Ours);
         for (const mode_t mode : {0666U, 0664U, 0622U, 0602U, 0620U})
-            QTest::newRow(qPrintable(QString::number(mode, 8))) << mode << FileAccess::Found::Planted;
+            row(mode, 1, FileAccess::Found::Planted);
+        for (const mode_t mode : {0644U, 0664U, 0620U})
+            row(mode, 0, FileAccess::Found::Ours);
+        for (const mode_t mode : {0666U, 0622U, 0602U})
+            row(mode, 0, FileAccess::Found::Planted);
     }
 
     void onlyAFileOfOursAloneIsOpenedAsOurs()
     {
         QFETCH(mode_t, mode);
+        QFETCH(int, group);
         QFETCH(FileAccess::Found, found);
+        if (chown(QFile::encodeName(mElsewhere).constData(), uid_t(-1), static_cast<gid_t>(group)) != 0)
+            QSKIP("only root gives a file to another group");
         QCOMPARE(chmod(QFile::encodeName(mElsewhere).constData(), mode), 0);
         const LogCapture log;
         QFile file;
@@ -160,6 +177,35 @@ private Q_SLOTS:
         QCOMPARE(log.warnings(),
             isOurs ? QStringList() : QStringList(QStringLiteral("Others could have written ") + mElsewhere));
         QVERIFY(FileAccess::isOwnFile(mElsewhere));
+    }
+
+    void whatAReplacementHasLeftIsRemoved()
+    {
+        const QStringList stay{QStringLiteral("elsewhere"), QStringLiteral("file"), QStringLiteral("file.backup"),
+            QStringLiteral("file.unfinished.7letter"), QStringLiteral("other.unfinished.aB3dE6")};
+        for (const QString &name : stay)
+            QVERIFY(write(mDir->filePath(name), "text"));
+        QVERIFY(write(mPath + QStringLiteral(".unfinished.aB3dE6"), "half"));
+        QVERIFY(write(mPath + QStringLiteral(".unfinished.000000"), "half"));
+
+        FileAccess::removeUnfinished(mPath);
+
+        QCOMPARE(QDir(mDir->path()).entryList(QDir::Files), stay);
+    }
+
+    void aReplacementUsesANameThatIsRemoved()
+    {
+        QVERIFY(write(mPath, "old"));
+        QStringList names;
+        disk().onFlush = [&] { names = QDir(mDir->path()).entryList({QStringLiteral("file.*")}, QDir::Files); };
+
+        QVERIFY(FileAccess::replace(mPath, "new"));
+
+        QCOMPARE(names.size(), 1);
+        QVERIFY(write(mDir->filePath(names.constFirst()), "half"));
+        FileAccess::removeUnfinished(mPath);
+        QCOMPARE(
+            QDir(mDir->path()).entryList({QStringLiteral("file*")}, QDir::Files), QStringList(QStringLiteral("file")));
     }
 
     void aLinkOrASecondNameIsNotOursAlone()

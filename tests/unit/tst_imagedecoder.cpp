@@ -201,6 +201,74 @@ private Q_SLOTS:
         QCOMPARE(problemOf(bytes), QString());
     }
 
+    /// The decoder reads ahead by some bytes, and never tells what has become of them.
+    void noJpegWithLeftOverDataIsRead_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const auto rows = [](const char *name, const std::function<void(Jpeg *)> &change) {
+            Jpeg kind;
+            change(&kind);
+            QTest::newRow(name) << jpeg(photograph(), kind);
+        };
+        rows("colour", [](Jpeg *) {});
+        rows("4:2:0", [](Jpeg *kind) { kind->horizontalSampling = kind->verticalSampling = 2; });
+        rows("grey", [](Jpeg *kind) { kind->colors = Jpeg::Gray; });
+        rows("restarts", [](Jpeg *kind) { kind->restartInterval = 5; });
+        rows("separate scans", [](Jpeg *kind) { kind->hasSeparateScans = true; });
+        rows("progressive", [](Jpeg *kind) { kind->isProgressive = true; });
+        rows("progressive, restarts", [](Jpeg *kind) { kind->isProgressive = true, kind->restartInterval = 5; });
+    }
+    void noJpegWithLeftOverDataIsRead()
+    {
+        QFETCH(QByteArray, bytes);
+        const std::vector<JpegPiece> pieces = jpegPieces(bytes);
+        int files = 0;
+        for (std::size_t i = 0; i < pieces.size(); ++i) {
+            if (pieces[i].marker != 0)
+                continue;
+            for (int count = 1; count <= 9; ++count, ++files) {
+                std::vector<JpegPiece> more = pieces;
+                more[i].bytes += QByteArray(count, 'Q');
+                QVERIFY2(!problemOf(joined(more)).isEmpty(), qPrintable(QStringLiteral("%1 at %2").arg(count).arg(i)));
+            }
+        }
+        QVERIFY(files >= 9);
+    }
+
+    /// By the standard ones, but some cameras take zeros.
+    void theLastBitsOfAJpegMayBeZeros()
+    {
+        Jpeg kind;
+        int files = 0;
+        for (kind.quality = 50; kind.quality < 60; ++kind.quality) {
+            QByteArray bytes = jpeg(photograph(), kind);
+            const cv::Mat whole = loaded(bytes);
+            char &last = bytes.data()[bytes.size() - 3];
+            for (int bits = 1; bits < 8 && (uchar(last) >> (bits - 1) & 1) != 0; ++bits) {
+                last = char(uchar(last) & ~(1U << (bits - 1)));
+                const cv::Mat mat = loaded(bytes); // one more bit was either needed, or filled up the byte
+                files += areEqual(mat, whole) ? 1 : 0;
+            }
+        }
+        QVERIFY(files >= 5);
+    }
+
+    void noJpegBeyondBlackAndWhiteIsRead()
+    {
+        Jpeg kind;
+        kind.colors = Jpeg::Gray;
+        const cv::Mat black(64, 64, CV_8UC3, cv::Scalar::all(0));
+        const QByteArray bytes = jpeg(black, kind);
+        QVERIFY(!loaded(bytes).empty());
+        QVERIFY(!loaded(jpeg(cv::Mat(64, 64, CV_8UC3, cv::Scalar::all(255)), kind)).empty());
+
+        // The first block of it is 8 times as dark as black when its steps are.
+        QByteArray darker = bytes;
+        const int table = darker.indexOf("\xFF\xDB");
+        darker[table + 5] = char(8 * darker[table + 5]);
+        QCOMPARE(problemOf(darker), QStringLiteral("the image data is damaged: impossible coefficients"));
+    }
+
     void pngPixelsAreThoseOfOpenCv_data()
     {
         QTest::addColumn<QByteArray>("bytes");
@@ -416,6 +484,14 @@ private Q_SLOTS:
                 }()),
             "TIFF compression 4 is not supported");
 
+        for (const int bits : {2, 4, 12}) {
+            Tiff odd;
+            odd.bits = bits;
+            odd.samples = 1;
+            odd.photometric = 1;
+            row(QByteArray("TIFF of bits: " + QByteArray::number(bits)).constData(), tiff(20, 20, odd),
+                QByteArray("1 samples of " + QByteArray::number(bits) + " bits are not supported").constData());
+        }
         const char *const overlap = "strips or tiles overlap";
         const char *const notWhole = "the image data is damaged: a strip or tile is not whole";
         row("half of the strips are others",
@@ -478,6 +554,11 @@ private Q_SLOTS:
         row("BMP with pixels in its masks",
             QByteArray(bmp(8, 8, 32)).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)),
             "the image header is damaged");
+        QByteArray twoColors = QByteArray(gray).replace(46, 4, littleEndian(2, 4));
+        twoColors.replace(1078, 64, QByteArray(64, '\1'));
+        QVERIFY(problemOf(twoColors).isEmpty());
+        row("BMP with a pixel above its palette", QByteArray(twoColors).replace(1078 + 63, 1, "\2"),
+            "a pixel has a color that is not in the palette");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 

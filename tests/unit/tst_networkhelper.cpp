@@ -3,6 +3,7 @@
 #include "Helpers/IPDetails.h"
 #include "Helpers/NetworkHelper.h"
 #include "LogCapture.h"
+#include "PollTimes.h"
 #include "StandInPrograms.h"
 
 #include <QMetaEnum>
@@ -13,6 +14,7 @@
 #include <netpacket/packet.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <ifaddrs.h>
@@ -293,6 +295,51 @@ private Q_SLOTS:
         QVERIFY(timer.elapsed() >= 900);
 
         QCOMPARE(text, untouched);
+    }
+
+    void aQueryHasItsTime()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("ip"), "sleep 0.1"));
+        QString text;
+
+        PollTimes::forget();
+        NetworkHelper::getIPv6LinkLocalAddress(QStringLiteral("d0"), text);
+        QVERIFY2(PollTimes::areUpTo(2000), qPrintable(QString::number(PollTimes::longest)));
+        PollTimes::forget();
+        NetworkHelper::getIPv6GlobalAddress(QStringLiteral("d0"), text);
+        QVERIFY2(PollTimes::areUpTo(2000), qPrintable(QString::number(PollTimes::longest)));
+        PollTimes::forget();
+        NetworkHelper::getIPv6DefaultGateway(QStringLiteral("d0"), text);
+        QVERIFY2(PollTimes::areUpTo(1000), qPrintable(QString::number(PollTimes::longest)));
+        PollTimes::forget();
+        NetworkHelper::getIPv6LinkLocalInterfaceName(text);
+        QVERIFY2(PollTimes::areUpTo(1000), qPrintable(QString::number(PollTimes::longest)));
+    }
+
+    void theListOfRoutesIsReadHoweverItEnds_data()
+    {
+        QTest::addColumn<QByteArray>("end");
+        QTest::newRow("success") << QByteArray("exit 0");
+        QTest::newRow("failure") << QByteArray("exit 1");
+        QTest::newRow("crash") << QByteArray("kill -9 $$");
+        QTest::newRow("too late") << QByteArray("sleep 60 & echo $! >\"$0.pid\"; wait");
+    }
+
+    void theListOfRoutesIsReadHoweverItEnds()
+    {
+        QFETCH(const QByteArray, end);
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("ip"), "echo 'fe80::/64 dev eth0' >&2; " + end));
+        const LogCapture log;
+        QString name = untouched;
+
+        QVERIFY(NetworkHelper::getIPv6LinkLocalInterfaceName(name));
+
+        QCOMPARE(name, QStringLiteral("eth0"));
+        QCOMPARE(log.asText(), QStringList(QStringLiteral("debug: line =  \"fe80::/64 dev eth0\"")));
+        const QByteArray child = programs.read(QStringLiteral("ip.pid")).trimmed();
+        QVERIFY(child.isEmpty() || kill(child.toInt(), 0) != 0);
     }
 
     void withoutTheIpProgramNothingIsFound()

@@ -512,6 +512,39 @@ private Q_SLOTS:
         QVERIFY(!buffer.takePayload(&payload)); // the brace is no length
     }
 
+    // They came whole, and a busy receiver just has not taken them yet.
+    void wholeFramesAreNoLeftovers_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("count");
+        QTest::newRow("whole ones") << QByteArray("2{}3{1}") << 0;
+        QTest::newRow("one that is not") << QByteArray("2{}3{1}9{22}") << 5;
+        QTest::newRow("the start of a length") << QByteArray("2{}12") << 2;
+        QTest::newRow("no frame") << QByteArray("2{}xyz") << 3;
+        QTest::newRow("a length beyond the limit") << QByteArray("3{1}8{345678}") << 9;
+    }
+
+    void wholeFramesAreNoLeftovers()
+    {
+        QFETCH(const QByteArray, bytes);
+        QFETCH(const int, count);
+        const LogCapture log;
+        SocketBuffer buffer;
+        buffer.setLargestFrame(8);
+        QByteArray payload;
+        buffer.append("2{}" + bytes);
+        QVERIFY(buffer.takePayload(&payload));
+
+        buffer.beginConnection();
+
+        QCOMPARE(log.warnings(),
+            count == 0 ? QStringList()
+                       : QStringList{
+                           QStringLiteral("bytes of a former connection stand before the new one's: %1").arg(count)});
+        QVERIFY(buffer.takePayload(&payload)); // they stay all the same
+        QCOMPARE(payload, bytes.mid(1, bytes.indexOf('}')));
+    }
+
     void manySmallFramesAreTaken()
     {
         constexpr int count = 160000;

@@ -3,6 +3,7 @@
 #include "ForkedChild.h"
 #include "Helpers/SystemHelper.h"
 #include "LogCapture.h"
+#include "PollTimes.h"
 #include "StandInPrograms.h"
 
 #include <QCryptographicHash>
@@ -22,12 +23,17 @@
 #include <climits>
 #include <csignal>
 #include <cstdio>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <grp.h>
 #include <limits>
 #include <memory>
+#include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -36,6 +42,9 @@
 namespace {
 constexpr quint32 patience = 20000; // milliseconds
 constexpr int unset = -77;
+
+std::atomic<fsblkcnt64_t> reservedBlocks{0}; // of every file system
+std::atomic<qint64> lastAvailable{-1}; // bytes
 
 bool write(const QString &path, const QByteArray &bytes)
 {
@@ -88,6 +97,35 @@ Run runBash(const QString &command, quint32 timeout = patience)
     return result;
 }
 
+/// A command that goes on until this dies, in a thread of its own.
+class HeldCommand
+{
+public:
+    HeldCommand()
+        : mThread([this] {
+            runBash(QStringLiteral("echo $PPID >%1; until test -e %2; do sleep 0.01; done")
+                        .arg(mDir.filePath(QStringLiteral("watcher")), goFile()));
+        })
+    {
+    }
+    HeldCommand(const HeldCommand &) = delete;
+    HeldCommand &operator=(const HeldCommand &) = delete;
+    ~HeldCommand()
+    {
+        write(goFile(), "go");
+        mThread.join();
+    }
+
+    /// Its parent; 0 until it has come that far.
+    pid_t watcher() const { return read(mDir.filePath(QStringLiteral("watcher"))).trimmed().toInt(); }
+
+private:
+    QString goFile() const { return mDir.filePath(QStringLiteral("go")); }
+
+    const QTemporaryDir mDir;
+    std::thread mThread;
+};
+
 /// A name for a process that no other test has at the same time. All of it counts: at most 15 characters.
 QString ownProcessName(const char *suffix)
 {
@@ -123,6 +161,19 @@ private:
     QProcess mProcess;
 };
 } // namespace
+
+// Qt calls it in place of libc's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): libc's name is reserved
+extern "C" int statvfs64(const char *path, struct statvfs64 *status) noexcept
+{
+    static const auto libc = reinterpret_cast<decltype(&statvfs64)>(dlsym(RTLD_NEXT, "statvfs64"));
+    const int result = libc(path, status);
+    if (result == 0) {
+        status->f_bfree = status->f_bavail + reservedBlocks;
+        lastAvailable = static_cast<qint64>(status->f_bavail) * static_cast<qint64>(status->f_frsize);
+    }
+    return result;
+}
 
 class TestSystemHelper : public QObject
 {
@@ -345,6 +396,78 @@ private Q_SLOTS:
         QVERIFY(numbers.at(2).toInt() != getpgrp());
     }
 
+    // A copy of us would keep all that until the command ends.
+    void theWatcherKeepsNothingOfOurs()
+    {
+        const QTemporaryDir dir;
+        const QByteArray path = QFile::encodeName(dir.filePath(QStringLiteral("file")));
+        constexpr int size = 65536; // bytes
+        QVERIFY(write(QFile::decodeName(path), QByteArray(size, 'x')));
+        const int mapped = open(path.constData(), O_RDWR | O_CLOEXEC);
+        QCOMPARE(flock(mapped, LOCK_EX), 0);
+        void *const mapping = mmap(nullptr, size, PROT_READ, MAP_SHARED, mapped, 0);
+        QVERIFY(mapping != MAP_FAILED);
+
+        const HeldCommand command;
+        QTRY_VERIFY_WITH_TIMEOUT(command.watcher() > 0, int(patience));
+        munmap(mapping, size);
+        close(mapped);
+
+        const int again = open(path.constData(), O_RDWR | O_CLOEXEC);
+        const auto closed = qScopeGuard([again] { close(again); });
+        QTRY_COMPARE(flock(again, LOCK_EX | LOCK_NB), 0);
+        const QString watcher = QStringLiteral("/proc/%1/").arg(command.watcher());
+        QCOMPARE(QFileInfo(QFile::symLinkTarget(watcher + QStringLiteral("exe"))).fileName(),
+            QStringLiteral("command-watcher"));
+        QCOMPARE(read(watcher + QStringLiteral("environ")), QByteArray());
+        QCOMPARE(QDir(watcher + QStringLiteral("fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+            QStringList());
+        constexpr int mostPages = 4096; // of a program with the C library alone
+        const int pages = read(watcher + QStringLiteral("statm")).split(' ').constFirst().toInt();
+        QVERIFY2(pages > 0 && pages < mostPages, qPrintable(QString::number(pages)));
+    }
+
+    void theWatcherDoesNotHaveOurName()
+    {
+        const HeldCommand command;
+        QTRY_VERIFY_WITH_TIMEOUT(command.watcher() > 0, int(patience));
+        const auto namesakes = [] {
+            QProcess pidof;
+            pidof.start(QStringLiteral("pidof"), {QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
+            return pidof.waitForFinished() ? pidof.readAll().trimmed().split(' ') : QList<QByteArray>();
+        };
+
+        QVERIFY(namesakes().contains(QByteArray::number(getpid())));
+        QTRY_VERIFY(!namesakes().contains(QByteArray::number(command.watcher())));
+    }
+
+    void withoutTheWatchersProgramACopyWatchesAndTheLogTellsOnce()
+    {
+        const QTemporaryDir dir; // with the library alone
+        const QList<QByteArray> mappings = read(QStringLiteral("/proc/self/maps")).split('\n');
+        const auto library = std::find_if(mappings.cbegin(), mappings.cend(),
+            [](const QByteArray &mapping) { return mapping.contains("/libVantorBase.so."); });
+        QVERIFY(library != mappings.cend());
+        QVERIFY(QFile::copy(QFile::decodeName(library->mid(library->indexOf('/'))),
+            dir.filePath(QStringLiteral("libVantorBase.so.0.1"))));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"),
+            dir.path() + QLatin1Char(':') + environment.value(QStringLiteral("LD_LIBRARY_PATH")));
+        process.setProcessEnvironment(environment);
+
+        process.start(QCoreApplication::applicationFilePath(),
+            {QStringLiteral("doubleQuotesGroupWords"), QStringLiteral("doubleQuotesGroupWords"),
+                QStringLiteral("theWatcherDoesNotHaveOurName"), QStringLiteral("aCrashedCommandTellsItsSignal"),
+                QStringLiteral("aTimeoutEndsWhatTheCommandHasStarted:an orphan with a session of its own")});
+        QVERIFY(process.waitForFinished());
+
+        const QByteArray output = process.readAll();
+        QVERIFY2(process.exitCode() == 0, output.constData());
+        const QString told = QStringLiteral("command-watcher is not installed beside %1/ so copies");
+        QCOMPARE(output.count(QFile::encodeName(told.arg(dir.path()))), 1);
+    }
+
     void aCommandThatKillsItsParentHarmsNobody()
     {
         const LogCapture log;
@@ -432,9 +555,8 @@ private Q_SLOTS:
 
         QElapsedTimer elapsed;
         elapsed.start();
-        const Run result =
-            runBash(QStringLiteral("echo $$ >%1; until test -e %2; do :; done; exec yes").arg(pidFile, goFile),
-                timeout);
+        const Run result = runBash(
+            QStringLiteral("echo $$ >%1; until test -e %2; do :; done; exec yes").arg(pidFile, goFile), timeout);
         const qint64 time = elapsed.elapsed();
         isOver = true;
         tracer.join();
@@ -720,6 +842,17 @@ private Q_SLOTS:
         QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("-n\n-5\n-p\n12\n34\nVantor_2.x-y\n"));
     }
 
+    void alteringAPriorityHasThreeSeconds()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("renice"), "sleep 0.1"));
+        PollTimes::forget();
+
+        QVERIFY(SystemHelper::alterProcessPriority(QStringLiteral("x"), 5));
+
+        QVERIFY2(PollTimes::areUpTo(3000), qPrintable(QString::number(PollTimes::longest)));
+    }
+
     void aPriorityThatCannotBeAlteredIsAFailure()
     {
         StandInPrograms programs;
@@ -998,6 +1131,19 @@ private Q_SLOTS:
             QByteArray("-zcf\n/t/o.tar.gz\n-C\n/a/b\nx.txt\n-C\n/c\ny.txt\n"));
     }
 
+    void packingHasFiveMinutes()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"), "sleep 0.1"));
+        PollTimes::forget();
+
+        QVERIFY(SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("o.tar.gz"))));
+
+        QVERIFY2(PollTimes::areUpTo(300000), qPrintable(QString::number(PollTimes::longest)));
+    }
+
     void aNameWithoutAFolderIsPackedFromTheWorkingFolder()
     {
         StandInPrograms programs;
@@ -1152,6 +1298,102 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
         QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void theOwnerAndTheModeOfAnArchiveStay_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::newRow("0640") << 0640;
+        QTest::newRow("0600") << 0600;
+        QTest::newRow("0664") << 0664;
+    }
+
+    void theOwnerAndTheModeOfAnArchiveStay()
+    {
+        QFETCH(const int, mode);
+        if (geteuid() != 0)
+            QSKIP("only root gives a file away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        const QByteArray path = QFile::encodeName(archive);
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        QVERIFY(chown(path.constData(), 1000, 1001) == 0 && chmod(path.constData(), static_cast<mode_t>(mode)) == 0);
+
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive));
+
+        struct stat status = {};
+        QCOMPARE(lstat(path.constData(), &status), 0);
+        QCOMPARE(status.st_uid, uid_t(1000));
+        QCOMPARE(status.st_gid, gid_t(1001));
+        QCOMPARE(int(status.st_mode & 0777), mode);
+        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+    }
+
+    // Nor is it read by a group that could not read the former one.
+    void anArchiveOfAnotherGroupIsNotForOurs()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root can become another user");
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        for (const QString &path : {dir.path(), archive})
+            QCOMPARE(chown(QFile::encodeName(path).constData(), 1000, 1001), 0);
+        QCOMPARE(chmod(QFile::encodeName(archive).constData(), 0640), 0);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            const LogCapture log;
+            if (setgroups(0, nullptr) != 0 || setgid(1002) != 0 || setuid(1000) != 0)
+                return 1;
+            return SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive) ? 0 : 2;
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+        struct stat status = {};
+        QCOMPARE(lstat(QFile::encodeName(archive).constData(), &status), 0);
+        QCOMPARE(status.st_gid, gid_t(1002));
+        QCOMPARE(int(status.st_mode & 0777), 0600);
+    }
+
+    void whereNothingCanBeSetAsideTarWritesInPlace_data()
+    {
+        QTest::addColumn<int>("folderMode");
+        QTest::newRow("the folder is not ours to change") << 0555;
+        QTest::newRow("a sticky folder, the archive is another's") << 01777;
+    }
+
+    void whereNothingCanBeSetAsideTarWritesInPlace()
+    {
+        QFETCH(const int, folderMode);
+        if (geteuid() != 0)
+            QSKIP("only root can become another user");
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("folder")));
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("folder")));
+        const QString archive = dir.filePath(QStringLiteral("folder/o.tar.gz"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
+        QVERIFY(write(archive, "former"));
+        QVERIFY(chmod(QFile::encodeName(dir.path()).constData(), 0755) == 0
+            && chmod(QFile::encodeName(archive).constData(), 0666) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
+        const ino_t inode = inodeOf(archive);
+
+        const ForkedChild child = ForkedChild::run([&] {
+            const LogCapture log;
+            if (setgroups(0, nullptr) != 0 || setgid(1002) != 0 || setuid(1002) != 0)
+                return 1;
+            if (!SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive))
+                return 2;
+            return log.warnings().isEmpty() ? 0 : 3;
+        });
+
+        QVERIFY2(child.exitCode == 0, qPrintable(QString::number(child.exitCode)));
+        QCOMPARE(inodeOf(archive), inode);
+        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+        QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
     void anArchiveInTheFolderThatIsPackedIsNotPacked_data()
@@ -1359,6 +1601,18 @@ private Q_SLOTS:
             QStringList(QStringLiteral("debug: Bytes available on  %1  =  %2").arg(dir.path()).arg(bytes)));
     }
 
+    void whatOnlyRootMayFillIsNotFree()
+    {
+        const QTemporaryDir dir;
+        const LogCapture log;
+        reservedBlocks = 1000;
+        const auto restored = qScopeGuard([] { reservedBlocks = 0; });
+
+        const qint64 bytes = SystemHelper::getFreeDiskSpace(dir.path());
+
+        QCOMPARE(bytes, lastAvailable.load());
+    }
+
     void aMissingPathHasNoFreeSpace()
     {
         const QTemporaryDir dir;
@@ -1385,6 +1639,34 @@ private Q_SLOTS:
             (QStringList{QStringLiteral("a/b.jpg/c/keep"), QStringLiteral("jpg"), QStringLiteral("y.JPG"),
                 QStringLiteral("z.jpg.png")}));
         QVERIFY(QFileInfo(dir.filePath(QStringLiteral("a/b.jpg/c"))).isDir());
+    }
+
+    void theEndOfTheWholePathCounts()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral("a/b")));
+        for (const char *name : {"b.jpg", "a/b.jpg", "a/b/b.jpg"})
+            QVERIFY(write(dir.filePath(QString::fromUtf8(name)), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral("/b/b.jpg"));
+
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("b.jpg"))));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("a/b.jpg"))));
+        QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("a/b/b.jpg"))));
+    }
+
+    void hiddenFilesStay()
+    {
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkpath(QStringLiteral(".hidden")));
+        for (const char *name : {"x.jpg", ".x.jpg", ".jpg", ".hidden/x.jpg"})
+            QVERIFY(write(dir.filePath(QString::fromUtf8(name)), "x"));
+
+        SystemHelper::removeFilesFromDir(dir.path(), QStringLiteral(".jpg"));
+
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden),
+            (QStringList{QStringLiteral(".jpg"), QStringLiteral(".x.jpg")}));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral(".hidden/x.jpg"))));
     }
 
     void anEmptyExtensionRemovesEveryFileButNoFolder()

@@ -3,6 +3,7 @@
 #include "Loopback.h"
 #include "MetaText.h"
 #include "Tcp/TcpClient.h"
+#include "Tcp/TcpProtocolParser.h"
 
 #include <QElapsedTimer>
 #include <QEventLoop>
@@ -326,6 +327,21 @@ private Q_SLOTS:
                 QStringLiteral("debug: Connected to server")}));
         QVERIFY(accept());
         exchange(client);
+    }
+
+    void whatWasSentBeforeStopArrives()
+    {
+        TcpClient client;
+        QVERIFY(startConnected(client));
+        const LargeMessage message; // more than the system takes at once
+
+        Q_EMIT client.send(message);
+        QVERIFY(client.bytesToWrite() > 0);
+        client.stop();
+
+        const qint64 size = TcpProtocolParser::messageToData(message).size();
+        QTRY_COMPARE(mSocket->state(), QAbstractSocket::UnconnectedState);
+        QCOMPARE(mSocket->bytesAvailable(), size);
     }
 
     void stopWithoutAConnectionDoesNothing()

@@ -225,6 +225,19 @@ private Q_SLOTS:
             (QStringList{QStringLiteral("debug: Client connected"), QStringLiteral("debug: Client connected")}));
     }
 
+    void aNewcomerIsLoggedBeforeTheOldClientGoes()
+    {
+        QVERIFY(connectClient(mFirst));
+        const LogCapture log;
+        QStringList loggedBefore;
+        const auto look = [&] { loggedBefore = log.asText(); };
+        connect(mServer.get(), &TcpServer::clientDisconnected, this, look);
+
+        QVERIFY(connectClient(mSecond));
+
+        QCOMPARE(loggedBefore, QStringList{QStringLiteral("debug: Client connected")});
+    }
+
     void aNewClientAfterTheOldOneLeftIsToldOnce()
     {
         const QSignalSpy left(mServer.get(), &TcpServer::clientDisconnected);

@@ -14,13 +14,20 @@
 namespace Inspect {
 
 namespace {
-constexpr int mostReportsPerWorkerAhead = 16; // what one slow image lets pile up in memory
+// What one slow image lets pile up in memory:
+constexpr int mostReportsPerWorkerAhead = 16;
+constexpr qint64 mostBytesAhead = 16LL * 1024 * 1024; // and what the workers give at once; ordinary reports have 1 KiB
 
 int lengthOfProgressBar(const Session &session)
 {
     const Options &options = session.options;
     const bool isWanted = session.tasks.size() > 1 && !options.quiet && !options.verbose;
     return isWanted && Tools::Terminal::isTerminal(STDERR_FILENO) ? session.tasks.size() : 0;
+}
+
+qint64 sizeOf(const Report &report)
+{
+    return qint64(report.output.capacity()) + report.messages.capacity();
 }
 } // namespace
 
@@ -44,7 +51,7 @@ int Batch::run()
         mProgress.show(mPrinted);
         if (!mWaiting.contains(mPrinted)) {
             for (WorkerPool::Outcome &outcome : mWorkers.wait(mSignals->fileDescriptor()))
-                mWaiting.insert(outcome.task, reportOf(outcome));
+                keep(outcome.task, reportOf(outcome));
         }
         if (!printReports() || mSignals->received() != 0) // which cuts the messages off, too
             return stop();
@@ -63,12 +70,14 @@ int Batch::run()
 void Batch::startTasks()
 {
     const int last = qMin(mSession.tasks.size(), mPrinted + mSession.options.jobs * mostReportsPerWorkerAhead);
-    for (; mStarted < last && mWorkers.hasIdle(); ++mStarted) {
+    // The one that the others wait for has been started before them, or is the next.
+    const auto hasRoom = [this]() { return mWaitingBytes < mostBytesAhead || mStarted == mPrinted; };
+    for (; mStarted < last && hasRoom() && mWorkers.hasIdle(); ++mStarted) {
         const Task &task = mSession.tasks[mStarted];
         if (task.image.problem.isEmpty())
             mWorkers.start(mStarted);
         else
-            mWaiting.insert(mStarted, reportOf(notAnalysed(task, task.image.problem)));
+            keep(mStarted, reportOf(notAnalysed(task, task.image.problem)));
     }
 }
 
@@ -90,10 +99,18 @@ Report Batch::reportOf(const Inspection &inspection) const
     return makeReport(inspection, mSession.options, mSession.style);
 }
 
+void Batch::keep(int task, const Report &report)
+{
+    mWaitingBytes += sizeOf(report);
+    mWaiting.insert(task, report);
+}
+
 bool Batch::printReports()
 {
     while (!mWaiting.isEmpty() && mWaiting.firstKey() == mPrinted) {
-        if (!printReport(mWaiting.take(mPrinted)))
+        const Report report = mWaiting.take(mPrinted);
+        mWaitingBytes -= sizeOf(report);
+        if (!printReport(report))
             return false;
         ++mPrinted;
     }

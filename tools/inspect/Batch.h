@@ -28,6 +28,7 @@ private:
     void startTasks();
     Report reportOf(WorkerPool::Outcome &outcome);
     Report reportOf(const Inspection &inspection) const;
+    void keep(int task, const Report &report); ///< until its turn comes
     bool printReports(); ///< false when there is no use in going on
     bool printReport(const Report &report);
     int stop();
@@ -42,6 +43,7 @@ private:
     int mStarted = 0; ///< tasks
     int mPrinted = 0; ///< tasks
     QMap<int, Report> mWaiting; ///< reports that came before their turn
+    qint64 mWaitingBytes = 0; ///< of these reports
     int mCounts[3] = {0, 0, 0}; ///< by verdict
     bool mLacksPictures = false; ///< some that were asked for could not be written
     QString mLastImage;

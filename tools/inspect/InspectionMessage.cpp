@@ -91,6 +91,8 @@ bool read(QDataStream &stream, QVector<Defect> *defects, QVector<int> *pixelCoun
 {
     qint32 count = 0;
     stream >> count;
+    if (count > InspectionMessage::mostDefects)
+        return false;
     for (int i = 0; i < count; ++i) { // no memory is taken for what has not come
         Defect defect;
         int pixelCount = 0;

@@ -13,7 +13,8 @@ namespace Inspect {
 /// took a worker over can send what he likes. Grading is not sent; the parent grades the defects itself.
 namespace InspectionMessage {
 
-constexpr int mostBytes = 64 * 1024 * 1024; ///< of one message, without its length
+constexpr int mostDefects = 32768; ///< of a zone; a fibre that fills 800 x 600 pixels has no room for more
+constexpr int mostBytes = 8 * 1024 * 1024; ///< of one message, without its length; so many defects have 7 MB
 
 QByteArray toBytes(const Inspection &inspection);
 
