@@ -46,10 +46,11 @@ bool refuse(const QString &name)
 /// Whether Linux may call an interface so. Asked where the name becomes part of a path or a word of a command.
 bool isInterfaceName(const QString &name)
 {
-    static const QRegularExpression blank(QStringLiteral("\\s"));
+    // Also those that are not ASCII: a command is split at them.
+    const bool hasBlank = std::any_of(name.cbegin(), name.cend(), [](QChar c) { return c.isSpace(); });
     const QByteArray bytes = QFile::encodeName(name);
     const bool isOne = !bytes.isEmpty() && bytes.size() < IFNAMSIZ && bytes != "." && bytes != ".."
-        && !bytes.contains('/') && !bytes.contains('\0') && !name.contains(blank);
+        && !bytes.contains('/') && !bytes.contains('\0') && !hasBlank;
     return isOne || refuse(name);
 }
 

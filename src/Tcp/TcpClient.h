@@ -32,7 +32,8 @@ public:
     /// @param ip an address; the look-up of a host name may block for longer
     bool start(const QString &ip, int port);
 
-    /// Closes the connection, which comes back a second later.
+    /// Closes the connection, which comes back a second later. What waits is sent first: of a peer that does not read
+    /// only the destructor gets rid.
     void stop();
 
     /// Bytes that wait until the peer has read what went before.

@@ -4,6 +4,7 @@
 #include "Lab.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -211,6 +212,38 @@ private Q_SLOTS:
     }
 
     void aReportThatCannotBeWrittenIsToldOf() { QCOMPARE(net(QStringLiteral("show >/dev/full")).exitCode, 74); }
+
+    void aPlanThatCannotBeWrittenIsCarriedOutAndToldOf_data()
+    {
+        QTest::addColumn<QString>("command");
+        for (const char *command : {"configure --application tester --yes", "dns add 10.20.0.1 --yes"})
+            QTest::newRow(command) << QString::fromUtf8(command);
+    }
+
+    void aPlanThatCannotBeWrittenIsCarriedOutAndToldOf()
+    {
+        QFETCH(QString, command);
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f /run/systemctl.log")));
+
+        const Lab::Run run = net(command + QStringLiteral(" >/dev/full"));
+
+        QCOMPARE(run.exitCode, 74);
+        QVERIFY2(run.output.contains("cannot write the report"), run.output.constData());
+        QVERIFY(QFile::exists(QStringLiteral("/run/systemctl.log")));
+    }
+
+    void anApplicationWithoutAHookIsNotConfigured()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f /etc/dhcp/dhclient-exit-hooks.d/ipdetails /run/systemctl.log")));
+
+        const Lab::Run run = net(QStringLiteral("configure --application TYPO --yes"));
+
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.output.contains("there is no /opt/TYPO/scripts/ipdetails; nothing was changed"),
+            run.output.constData());
+        QVERIFY(!QFileInfo(QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails")).isSymLink());
+        QVERIFY(!QFile::exists(QStringLiteral("/run/systemctl.log")));
+    }
 
 private:
     Lab::PeerServer mServer;

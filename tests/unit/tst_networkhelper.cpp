@@ -130,6 +130,7 @@ private Q_SLOTS:
     {
         addNames(listOf({"", ".", "..", "../x", "a/b", "eth 0", "eth0\n", "\n", "sixteen-letters0"}));
         QTest::newRow("null") << QString(QChar());
+        QTest::newRow("a wide blank, at which a command is split") << QStringLiteral("d0\u2003x");
     }
 
     void aNameThatNoInterfaceHasIsRefused()

@@ -8,6 +8,9 @@
 #include "JsonWriter.h"
 #include "Terminal.h"
 
+#include <QFileInfo>
+
+#include <cstdio>
 #include <unistd.h>
 
 namespace Net {
@@ -64,16 +67,24 @@ QByteArray yesOrNo(const char *label, bool value)
     return QByteArray(label).leftJustified(16) + (value ? "yes\n" : "no\n");
 }
 
-/// The plan is told in any case; it is carried out when it was confirmed.
+/// The plan is told in any case; it is carried out when it was confirmed, also when there is no room for telling it.
 template <typename Action>
 Outcome afterConfirmation(const Options &options, const QByteArray &plan, Action action)
 {
     if (!options.confirmed)
         return {WrongUsage, plan, QStringLiteral("nothing was changed; add --yes to do this")};
-    Tools::Terminal::write(STDOUT_FILENO, plan);
-    return action();
+    const bool isTold = print(plan);
+    const Outcome outcome = action();
+    return isTold || outcome.exitCode != Done ? outcome
+                                              : Outcome{NotWritten, {}, QStringLiteral("cannot write the report")};
 }
 } // namespace
+
+bool print(const QByteArray &text)
+{
+    const auto size = static_cast<std::size_t>(text.size());
+    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+}
 
 Outcome show(const Options &options)
 {
@@ -157,6 +168,9 @@ Outcome configure(const Options &options)
           "  writes   /etc/resolv.conf, by way of /tmp/resolv.conf\n"
           "  restarts dnsmasq\n";
     return afterConfirmation(options, plan, []() -> Outcome {
+        const QString hook = BaseDirHelper::scriptDir() + QStringLiteral("ipdetails");
+        if (!QFileInfo::exists(hook))
+            return {NotDone, {}, QStringLiteral("there is no %1; nothing was changed").arg(hook)};
         const FailureWatch watch;
         NetworkHelper::configureSystem();
         if (!watch.hasFailed())

@@ -23,4 +23,6 @@ Outcome parseMac(const Options &options);
 Outcome addServers(const Options &options);
 Outcome configure(const Options &options);
 
+bool print(const QByteArray &text); ///< @return whether stdout takes it
+
 } // namespace Net

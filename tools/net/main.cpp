@@ -6,7 +6,6 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 
-#include <cstdio>
 #include <unistd.h>
 
 using namespace Net;
@@ -18,12 +17,6 @@ void logToStderr(QtMsgType, const QMessageLogContext &, const QString &text)
 }
 
 void keepSilent(QtMsgType, const QMessageLogContext &, const QString &) {}
-
-bool print(const QByteArray &text)
-{
-    const auto size = static_cast<std::size_t>(text.size());
-    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-}
 
 Outcome run(const CommandLine &commandLine)
 {
