@@ -129,6 +129,19 @@ private Q_SLOTS:
         QCOMPARE(QDir(mDir->path()).entryList(QDir::Files), QStringList(QStringLiteral("elsewhere")));
     }
 
+    void aFileOfAnotherUserIsNotOpenedAsOurs()
+    {
+        constexpr uid_t nobody = 65534;
+        if (chown(QFile::encodeName(mElsewhere).constData(), nobody, gid_t(-1)) != 0)
+            QSKIP("only root gives a file away");
+        const LogCapture log;
+        QFile file;
+
+        QCOMPARE(FileAccess::openOurs(mElsewhere, &file), FileAccess::Found::Planted);
+        QVERIFY(!file.isOpen());
+        QVERIFY(!FileAccess::isOwnFile(mElsewhere));
+    }
+
     void allMayReadANewFileWhateverTheUmask()
     {
         const mode_t former = umask(077);

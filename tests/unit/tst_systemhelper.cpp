@@ -478,6 +478,34 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, SIGKILL);
     }
 
+    void aCommandDoesNotOutliveItsWatcher()
+    {
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("echo $$; kill -KILL $PPID; exec sleep 60"));
+
+        const int command = result.output.trimmed().toInt();
+        QVERIFY(!result.ok && command > 0);
+        QTRY_VERIFY(::kill(command, 0) != 0);
+    }
+
+    void noSignalButTheLastEndsTheWatcher()
+    {
+        const Run result =
+            runBash(QStringLiteral("for s in HUP INT TERM USR1 PIPE ALRM; do kill -$s $PPID; done; echo goes on"));
+
+        QVERIFY(result.ok);
+        QCOMPARE(result.output, QByteArray("goes on\n"));
+    }
+
+    void orphansOfACommandAreReapedWhileItRuns()
+    {
+        const Run result = runBash(QStringLiteral("(true &); (true &); sleep 0.3; ps -o stat= --ppid $PPID; echo end"));
+
+        QVERIFY(result.output.endsWith("end\n"));
+        QVERIFY2(!result.output.contains('Z'), result.output.constData());
+    }
+
     void noProcessIsLeftOfACommand()
     {
         const LogCapture log;
