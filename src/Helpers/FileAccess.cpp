@@ -18,6 +18,7 @@ namespace FileAccess {
 
 namespace {
 constexpr mode_t defaultMode = 0666; // the umask takes its part
+constexpr int mostRounds = 100; // against somebody who has to win each of them
 constexpr mode_t permissionBits = 07777;
 constexpr char uniqueSuffix[] = ".XXXXXX"; // nobody can guess what takes its place
 constexpr char unfinished[] = ".unfinished"; // before that: a copy may be called NAME.backup
@@ -81,29 +82,37 @@ Found classifyUnopened(const QByteArray &path)
     return classify(status) == Found::Planted ? Found::Planted : Found::Unusable;
 }
 
-/// A folder cannot be replaced by a file. One of another user goes to a name of its own, with all that it holds.
-bool moveFolderAside(const QByteArray &path)
+/// A folder cannot be replaced by a file. One of another user changes places with it, and keeps all that it holds under
+/// the name that nobody else knew.
+bool changePlaces(const QByteArray &from, const QByteArray &to)
 {
     struct stat status = {};
-    if (lstat(path.constData(), &status) != 0 || !S_ISDIR(status.st_mode) || isOwn(status))
-        return false;
-    QByteArray aside = path + uniqueSuffix;
-    if (!mkdtemp(aside.data()))
-        return false;
-    if (::rename(path.constData(), aside.constData()) != 0) {
-        ::rmdir(aside.constData());
+    const bool isTheirs = lstat(to.constData(), &status) != 0 || !isOwn(status);
+    if (!isTheirs) {
+        errno = EISDIR;
         return false;
     }
-    qWarning().noquote() << "Moved a folder of another user aside:" << QFile::decodeName(path);
+    if (renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) != 0)
+        return false;
+    qWarning().noquote() << "Moved a folder of another user aside:" << QFile::decodeName(to);
     return true;
 }
 
-/// What is renamed takes the place of all but a folder.
+/// What is renamed takes the place of all but a folder. Others may take away and put there what they want meanwhile, so
+/// both ways are tried in turn; each of them takes the place at once.
 bool renameOver(const QByteArray &from, const QByteArray &to)
 {
-    if (::rename(from.constData(), to.constData()) == 0)
-        return true;
-    return errno == EISDIR && moveFolderAside(to) && ::rename(from.constData(), to.constData()) == 0;
+    for (int round = 0; round < mostRounds; ++round) {
+        if (::rename(from.constData(), to.constData()) == 0)
+            return true;
+        if (errno != EISDIR)
+            return false;
+        if (changePlaces(from, to))
+            return true;
+        if (errno != ENOENT)
+            return false;
+    }
+    return false;
 }
 
 bool syncFolderOf(const QByteArray &path)
@@ -201,12 +210,16 @@ bool openForWriting(const QString &path, Existing existing, QFile *file)
 bool createNew(const QString &path, QFile *file, mode_t mode)
 {
     const QByteArray name = QFile::encodeName(path);
-    if (::unlink(name.constData()) != 0 && errno != ENOENT)
-        moveFolderAside(name);
-    const int descriptor = openPath(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
-    if (descriptor >= 0)
-        fchmod(descriptor, mode);
-    return handOver(descriptor, file, QIODevice::WriteOnly);
+    QByteArray aside = name + unfinished + uniqueSuffix;
+    const int descriptor = mkostemp(aside.data(), O_CLOEXEC); // at the path itself others could always come first
+    if (descriptor < 0)
+        return false;
+    fchmod(descriptor, mode);
+    if (renameOver(aside, name))
+        return handOver(descriptor, file, QIODevice::WriteOnly);
+    ::close(descriptor);
+    ::unlink(aside.constData());
+    return false;
 }
 
 bool replace(const QString &path, const QByteArray &bytes, mode_t mode)

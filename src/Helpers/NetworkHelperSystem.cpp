@@ -12,7 +12,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMutex>
-#include <QMutexLocker>
 #include <QThread>
 
 #include <fcntl.h>
@@ -29,23 +28,26 @@ constexpr mode_t ownPermissions = 0755;
 constexpr mode_t forRootAlone = 0600;
 
 /// The files have fixed names, so there is one writer at a time: of our threads, of all programs, and of the DHCP
-/// client's hook. A writer that does not end, or no right to lock, is no reason to leave the unit without a network.
+/// client's hook. A writer that does not end, or no right to lock, is no reason to leave the unit without a network;
+/// nor is one that this thread is within, when a handler of the log runs an event loop.
 class FilesLock
 {
 public:
     FilesLock()
-        : mThreads(&mutex())
+        : mDeadline(lockTimeout)
+        , mIsLocked(mutex().tryLock(lockTimeout))
         , mDescriptor(::open("/run/ipdetails.lock", O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, forRootAlone))
     {
         fchmod(mDescriptor, forRootAlone); // whoever may open it may hold it
-        const QDeadlineTimer deadline(lockTimeout);
-        while (mDescriptor >= 0 && flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && !deadline.hasExpired())
+        while (mDescriptor >= 0 && flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && !mDeadline.hasExpired())
             QThread::msleep(lockPoll);
     }
     ~FilesLock()
     {
         if (mDescriptor >= 0)
             ::close(mDescriptor);
+        if (mIsLocked)
+            mutex().unlock();
     }
     FilesLock(const FilesLock &) = delete;
     FilesLock &operator=(const FilesLock &) = delete;
@@ -57,7 +59,8 @@ private:
         return mutex;
     }
 
-    const QMutexLocker mThreads;
+    const QDeadlineTimer mDeadline; ///< of both
+    const bool mIsLocked; ///< among the threads
     const int mDescriptor;
 };
 
@@ -103,9 +106,9 @@ bool replaceInEtc(const QString &name, const QByteArray &text)
         qWarning().noquote() << QStringLiteral("Failed to open %1 for writing").arg(source);
         return false;
     }
-    const bool isWritten = file.write(text) == text.size() && file.flush();
+    file.write(text); // as far as there is room: anybody may fill that disk
     file.close();
-    if (isWritten && FileAccess::replace(target, text))
+    if (FileAccess::replace(target, text))
         QFile::remove(source);
     else
         qWarning().noquote() << QStringLiteral("Failed to create %1").arg(target);

@@ -48,21 +48,30 @@ void SocketBuffer::setLargestFrame(int bytes)
 
 void SocketBuffer::beginConnection()
 {
-    if (mDropsLeftovers) {
-        QByteArrayList payloads; // a receiver that is busy still wants those that came whole
-        for (QByteArray payload; takePayload(&payload);)
-            payloads << payload;
-        mWholePayloads = payloads;
-    }
+    const FrameCut rest = mDropsLeftovers ? keepWholePayloads() : FrameCut();
     const int leftovers = unframedSize();
-    if (leftovers == 0)
-        return;
     if (mDropsLeftovers) {
-        qWarning() << "bytes of a former connection are dropped:" << leftovers;
         mBytes.clear();
         mFolded = 0;
-    } else {
+    }
+    // Last: a handler of the log may run an event loop, in which the new connection brings its first bytes.
+    if (rest.kind == FrameCut::Invalid)
+        rest.tell();
+    else if (leftovers > 0 && mDropsLeftovers)
+        qWarning() << "bytes of a former connection are dropped:" << leftovers;
+    else if (leftovers > 0)
         qWarning() << "bytes of a former connection stand before the new one's:" << leftovers;
+}
+
+FrameCut SocketBuffer::keepWholePayloads()
+{
+    for (QByteArray payload;;) {
+        if (!takePlainFrame(&payload)) {
+            const FrameCut cut = takeAnyFrame(&payload);
+            if (payload.isEmpty())
+                return cut;
+        }
+        mWholePayloads << payload;
     }
 }
 
@@ -106,20 +115,10 @@ bool SocketBuffer::takePayload(QByteArray *payload)
     }
     if (takePlainFrame(payload))
         return true;
-
-    const int oldPosition = mPosition;
-    *payload = TcpProtocolParser::retrieveMessageData(mBytes, mPosition, mFolded, mLargestFrame);
-    if (mPosition != oldPosition || mBytes.isEmpty())
-        mFolded = 0;
-    if (!payload->isEmpty())
-        return true;
-
-    mBytes.remove(0, mPosition);
-    mPosition = 0;
-    if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
-        mBytes.squeeze();
-    foldLength();
-    return false;
+    const FrameCut cut = takeAnyFrame(payload);
+    const bool isTaken = !payload->isEmpty();
+    cut.tell();
+    return isTaken;
 }
 
 bool SocketBuffer::takePlainFrame(QByteArray *payload)
@@ -138,6 +137,30 @@ bool SocketBuffer::takePlainFrame(QByteArray *payload)
     mPosition += start + size;
     mFolded = 0;
     return true;
+}
+
+FrameCut SocketBuffer::takeAnyFrame(QByteArray *payload)
+{
+    const FrameCut cut = FrameCut::find(mBytes, mPosition, mFolded, mLargestFrame);
+    *payload = cut.kind == FrameCut::Payload ? mBytes.mid(cut.start, cut.size) : QByteArray();
+    if (cut.kind == FrameCut::Payload)
+        mPosition = cut.start + cut.size;
+    if (cut.kind == FrameCut::Invalid)
+        mPosition = mBytes.size();
+    if (cut.kind != FrameCut::Partial)
+        mFolded = 0;
+    if (payload->isEmpty())
+        cutOff();
+    return cut;
+}
+
+void SocketBuffer::cutOff()
+{
+    mBytes.remove(0, mPosition);
+    mPosition = 0;
+    if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
+        mBytes.squeeze();
+    foldLength();
 }
 
 int SocketBuffer::unframedSize() const

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Tcp/FrameCut_p.h"
+
 #include <QByteArrayList>
 
 class QIODevice;
@@ -40,6 +42,15 @@ private:
 
     /// Takes the next payload if it is complete and its length nothing but digits, as with nearly every one.
     bool takePlainFrame(QByteArray *payload);
+
+    /// Takes the next payload as Qt reads its length; otherwise the payload is empty, what was taken is cut off, and
+    /// what is there instead is yet to be told.
+    FrameCut takeAnyFrame(QByteArray *payload);
+
+    /// A receiver that is busy still wants those that came whole. @return what stands behind the last one
+    FrameCut keepWholePayloads();
+
+    void cutOff(); ///< what was taken
 
     /// What would be left if all complete frames were taken: a receiver that is busy has not come to them yet.
     int unframedSize() const;

@@ -23,7 +23,7 @@ bool isPort(int port)
 
 TcpClient::TcpClient(QObject *parent)
     : QObject(parent)
-    , mSocketBuffer(std::make_unique<SocketBuffer>())
+    , mSocketBuffer(std::make_shared<SocketBuffer>())
     , mCalls(std::make_shared<NestedCalls>())
 {
     mRetryTimer.setSingleShot(true);
@@ -122,17 +122,24 @@ void TcpClient::onConnected()
 {
     mRetryTimer.stop();
     mBytesUnsent = 0;
-    mSocketBuffer->beginConnection();
+    const QPointer<TcpClient> self(this);
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
+    const HeldSocket socket = mSocket;
+    buffer->beginConnection(); // tells in the log, whose handler may do what a receiver may
+    if (!self || mSocket != socket || socket->state() != QAbstractSocket::ConnectedState)
+        return;
     set_isConnected(true);
     qDebug() << "Connected to server";
 }
 
 void TcpClient::onDisconnected()
 {
+    const QPointer<TcpClient> self(this);
     qDebug() << "Disonnected from server";
+    if (!self)
+        return;
     while (mSocketBuffer->readFrom(*mSocket)) {} // what came while a receiver ran an event loop of its own
     renewSocket(); // a receiver may start again, for which a socket that is just telling of its end does not serve
-    const QPointer<TcpClient> self(this);
     set_isConnected(false);
     if (self && mSocket->state() == QAbstractSocket::UnconnectedState)
         retryLater(true);
@@ -141,9 +148,10 @@ void TcpClient::onDisconnected()
 void TcpClient::onReadyRead()
 {
     const QPointer<TcpClient> self(this);
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
     QByteArray data;
-    while (mSocketBuffer->readFrom(*mSocket)) { // more may come while a receiver runs an event loop of its own
-        while (mSocketBuffer->takePayload(&data)) {
+    while (self && buffer->readFrom(*mSocket)) { // more may come while a receiver runs an event loop of its own
+        while (buffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;
@@ -159,7 +167,10 @@ void TcpClient::onSend(const AbstractTcpMessage &message)
 
 void TcpClient::announceConnection(bool value)
 {
+    const QPointer<TcpClient> self(this);
     qDebug() << value;
+    if (!self)
+        return;
     if (value)
         Q_EMIT connected();
     else
@@ -178,7 +189,9 @@ void TcpClient::retry()
         mRetryTimer.start();
         return;
     }
+    const QPointer<TcpClient> self(this);
     if (mRetriesAfterDrop)
         qDebug() << "";
-    start(mServerIP, mServerPort);
+    if (self)
+        start(mServerIP, mServerPort);
 }

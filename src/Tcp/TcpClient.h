@@ -73,7 +73,7 @@ private:
     void retry();
 
     std::shared_ptr<QTcpSocket> mSocket; ///< never null; calls that stand on it hold it, too
-    std::unique_ptr<SocketBuffer> mSocketBuffer;
+    std::shared_ptr<SocketBuffer> mSocketBuffer; ///< never null; calls that stand on it hold it, too
     std::shared_ptr<NestedCalls> mCalls; ///< from sockets
     qint64 mBytesUnsent = 0; ///< Qt forgets it with the connection
     QString mServerIP;

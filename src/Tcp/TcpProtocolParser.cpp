@@ -2,31 +2,11 @@
 #include "Tcp/TcpProtocolParser.h"
 
 #include "Tcp/AbstractTcpMessage.h"
+#include "Tcp/FrameCut_p.h"
 
-#include <QDebug>
-
-#include <algorithm>
 #include <charconv>
 #include <iterator>
 #include <limits>
-
-namespace {
-constexpr char payloadStart = '{';
-
-// Qt reads "-0" as a number, too.
-bool isNegative(int number, const QByteArray &text)
-{
-    return number <= 0 && text.trimmed().startsWith('-');
-}
-
-QByteArray eraseInvalid(QByteArray &buffer, int &position, int size)
-{
-    qWarning().noquote() << "Invalid data. Erasing buffer" << size;
-    buffer.clear(); // the start of a later frame goes too, on purpose
-    position = 0;
-    return {};
-}
-} // namespace
 
 QByteArray TcpProtocolParser::messageToData(const AbstractTcpMessage &message)
 {
@@ -50,26 +30,15 @@ QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer)
 
 QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded, int largestFrame)
 {
-    if (position >= buffer.size())
-        return {};
-
-    const int size = buffer.size() - position + folded;
-    const int start = buffer.indexOf(payloadStart, position);
-    const QByteArray digits = buffer.mid(position, start < 0 ? -1 : start - position);
-    bool ok = false;
-    const int length = digits.toInt(&ok);
-    if (!ok || isNegative(length, digits))
-        return eraseInvalid(buffer, position, size);
-
-    const bool isComplete = start >= 0 && length <= buffer.size() - start;
-    const bool isTooLarge =
-        isComplete ? start - position + folded > largestFrame - length : size > std::min(largestFrame, maxBufferSize);
-    if (isTooLarge)
-        return eraseInvalid(buffer, position, size);
-    if (!isComplete) {
-        qDebug().noquote() << "Partial buffer, waiting for more data";
-        return {};
+    const FrameCut cut = FrameCut::find(buffer, position, folded, largestFrame);
+    QByteArray payload;
+    if (cut.kind == FrameCut::Payload) {
+        payload = buffer.mid(cut.start, cut.size);
+        position = cut.start + cut.size;
+    } else if (cut.kind == FrameCut::Invalid) {
+        buffer.clear(); // the start of a later frame goes too, on purpose
+        position = 0;
     }
-    position = start + length;
-    return buffer.mid(start, length);
+    cut.tell();
+    return payload;
 }

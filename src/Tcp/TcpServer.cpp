@@ -13,15 +13,13 @@
 
 namespace {
 constexpr int acceptRetryDelay = 1000; // milliseconds
-constexpr int mostPending = 8; // connections; each is taken as soon as it is there
 } // namespace
 
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
-    , mSocketBuffer(std::make_unique<SocketBuffer>())
+    , mSocketBuffer(std::make_shared<SocketBuffer>())
     , mCalls(std::make_shared<NestedCalls>([this] { acceptOrPause(); }))
 {
-    mServer.setMaxPendingConnections(mostPending);
     mAcceptTimer.setSingleShot(true);
     mAcceptTimer.setInterval(acceptRetryDelay);
     connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptOrPause);
@@ -97,9 +95,9 @@ bool TcpServer::dropsLeftovers() const
 
 void TcpServer::onAcceptError()
 {
+    mAcceptTimer.start();
     if (!std::exchange(mIsDeaf, true))
         qWarning().noquote() << "cannot accept connections, trying again every second:" << mServer.errorString();
-    mAcceptTimer.start();
 }
 
 void TcpServer::acceptOrPause()
@@ -115,12 +113,14 @@ void TcpServer::acceptOrPause()
 void TcpServer::onNewConnection()
 {
     mIsDeaf = false;
+    const QPointer<TcpServer> self(this);
     qDebug() << "Client connected";
+    if (!self)
+        return;
     QTcpSocket *const newcomer = mServer.nextPendingConnection();
     if (!newcomer) // taken by an event loop within a receiver
         return;
     const HeldSocket socket = holdSocket(newcomer);
-    const QPointer<TcpServer> self(this);
     if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
         oldSocket->abort(); // clientDisconnected() comes from here
         if (!self)
@@ -134,11 +134,17 @@ void TcpServer::onNewConnection()
     mSocket = socket;
     connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead, mCalls);
     connect(socket.get(), &QTcpSocket::bytesWritten, this, &TcpServer::noteUnsent);
-    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
     mBytesUnsent = 0;
-    mSocketBuffer->beginConnection();
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
+    buffer->beginConnection(); // tells in the log, whose handler may do what a receiver may
+    if (!self || mSocket != socket)
+        return;
+    const bool isGone = socket->state() != QAbstractSocket::ConnectedState;
+    connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
     const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
     Q_EMIT clientConnected();
+    if (isGone && self)
+        Q_EMIT clientDisconnected();
 }
 
 void TcpServer::onReadyRead()
@@ -146,8 +152,9 @@ void TcpServer::onReadyRead()
     const QPointer<TcpServer> self(this);
     const HeldSocket socket = mSocket;
     QByteArray data;
-    while (mSocket == socket && mSocketBuffer->readFrom(*socket)) { // an old client's bytes stay unread
-        while (mSocketBuffer->takePayload(&data)) {
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
+    while (self && mSocket == socket && buffer->readFrom(*socket)) { // an old client's bytes stay unread
+        while (buffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)
                 return;

@@ -71,7 +71,7 @@ private:
     QTcpServer mServer;
     QTimer mAcceptTimer; ///< runs while connections cannot be accepted
     bool mIsDeaf = false; ///< and that was told
-    std::unique_ptr<SocketBuffer> mSocketBuffer;
+    std::shared_ptr<SocketBuffer> mSocketBuffer; ///< never null; calls that stand on it hold it, too
     std::shared_ptr<NestedCalls> mCalls; ///< from sockets
     qint64 mBytesUnsent = 0; ///< Qt forgets it with the connection
     std::shared_ptr<QTcpSocket> mSocket; ///< the client, if ever there was one; calls that stand on it hold it, too

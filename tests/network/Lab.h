@@ -7,6 +7,8 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <sys/types.h>
+
 /// The machine of its own that inside.sh makes: two cables d0 and d1 to a peer with the addresses 10.20.0.1 and
 /// fd00:20::1 on the first, 10.21.0.1 and fd00:21::1 on the second. Everything outside /run/checkout may be changed.
 namespace Lab {
@@ -32,6 +34,19 @@ bool hasAnotherUser();
 
 /// The same as that user, who may do what anybody may.
 bool succeedsAsAnother(const QString &line);
+
+/// While it lives, that user makes folders at these paths, as fast as can be, wherever nothing is.
+class FolderMaker
+{
+public:
+    explicit FolderMaker(const QStringList &paths);
+    FolderMaker(const FolderMaker &) = delete;
+    FolderMaker &operator=(const FolderMaker &) = delete;
+    ~FolderMaker();
+
+private:
+    pid_t mProcess;
+};
 
 QByteArray read(const QString &path); ///< empty when it cannot be read
 bool write(const QString &path, const QByteArray &bytes);

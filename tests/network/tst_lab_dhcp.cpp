@@ -550,6 +550,34 @@ private Q_SLOTS:
         QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1 "));
     }
 
+    void foldersOfAnotherUserThatComeAgainAreNoRecord()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        constexpr int rounds = 5;
+        const Lab::FolderMaker another({recordV4, QStringLiteral("/tmp/resolv.dmasq")});
+
+        for (int i = 0; i < rounds; ++i) {
+            QVERIFY(Lab::succeeds(QStringLiteral("rm -rf /tmp/ipDetails.d0* /tmp/resolv.dmasq* /etc/resolv.dmasq")));
+            const Lab::Run run = dhclientScript(bound);
+            QVERIFY2(Lab::read(recordV4).startsWith("ip_address=10.20.0.5\n"), run.output.constData());
+            QVERIFY2(Lab::read(servers).contains("nameserver 10.20.0.1 "), run.output.constData());
+        }
+    }
+
+    // Who has made it may need what it holds.
+    void aFolderOfRootIsLeftWhereItIs()
+    {
+        QVERIFY(Lab::succeeds(QStringLiteral("mkdir /tmp/ipDetails.d0 && touch /tmp/ipDetails.d0/file")));
+
+        const Lab::Run run = dhclientScript(bound);
+
+        QVERIFY(run.output.contains("ipdetails: a folder of root is in the way: /tmp/ipDetails.d0\n"));
+        QVERIFY(QFile::exists(QStringLiteral("/tmp/ipDetails.d0/file")));
+        QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1 "));
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -r /tmp/ipDetails.d0")));
+    }
+
     void aRecordOfAnotherUserIsNotRead()
     {
         if (!Lab::hasAnotherUser())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
 // restarts the real dnsmasq.
+#include "ForkedChild.h"
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
@@ -222,7 +223,8 @@ private Q_SLOTS:
         QCOMPARE(restarts(), 0);
     }
 
-    void aFullDiskLeavesTheSystemsFilesWhole()
+    // Anybody may fill it.
+    void aFullTemporaryDiskKeepsNothingFromEtc()
     {
         const Lab::FullDisk disk(QStringLiteral("/tmp"));
         QVERIFY(disk.isFull());
@@ -230,11 +232,9 @@ private Q_SLOTS:
 
         NetworkHelper::configureSystem();
 
-        const QStringList warnings = log.warnings();
-        QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/dnsmasq.conf")));
-        QVERIFY(warnings.contains(QStringLiteral("Failed to create /etc/resolv.conf")));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray("# old\n"));
-        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray("# old\n"));
+        QCOMPARE(log.warnings().filter(QStringLiteral(".conf")), QStringList());
+        QCOMPARE(Lab::read(QStringLiteral("/etc/dnsmasq.conf")), QByteArray(serverConfig));
+        QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
         QCOMPARE(restarts(), 1);
     }
 
@@ -536,6 +536,35 @@ private Q_SLOTS:
         QVERIFY(Lab::succeeds(QStringLiteral("grep -q theirs %1.*/file").arg(path))); // nothing of theirs is destroyed
     }
 
+    void foldersOfAnotherUserThatComeAgainAreNotInTheWay()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        constexpr int rounds = 40;
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("systemctl"), "true"));
+        const QStringList names{QStringLiteral("dnsmasq.conf"), QStringLiteral("resolv.conf"),
+            QStringLiteral("resolv.dmasq"), QStringLiteral("resolv.dmasq.bkp"), QStringLiteral("dhclient.conf")};
+        QStringList paths;
+        for (const QString &name : names)
+            paths << QStringLiteral("/tmp/") + name;
+        const LogCapture log;
+        const Lab::FolderMaker another(paths);
+
+        for (int i = 0; i < rounds; ++i) {
+            QString fileName;
+            QVERIFY(Lab::succeeds(QStringLiteral("rm -rf /tmp/*; echo '# old' >/etc/resolv.conf")));
+            NetworkHelper::configureSystem();
+            QCOMPARE(Lab::read(QStringLiteral("/etc/resolv.conf")), QByteArray(resolverConfig));
+            QVERIFY(update(peer));
+            QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
+            QVERIFY(NetworkHelper::createDhcpClientConfig(quint32(i), false, fileName));
+            QVERIFY(QFileInfo(fileName).isFile());
+        }
+
+        QCOMPARE(log.warnings().filter(QStringLiteral("Failed to open")), QStringList());
+    }
+
     void whatIsRightIsNotWrittenAgain()
     {
         const LogCapture log;
@@ -751,6 +780,29 @@ private Q_SLOTS:
         QCOMPARE(Lab::read(servers), QByteArray("nameserver 10.20.0.1\n"));
         QVERIFY(Lab::succeeds(QStringLiteral("pkill -x -P %1 sleep").arg(writer.processId())));
         QVERIFY(writer.waitForFinished());
+    }
+
+    // A handler of the log that shows a dialog, and a page behind it that asks on.
+    void whatIsAskedFromTheLogDoesNotWaitForEver()
+    {
+        if (!Lab::hasAnotherUser())
+            QSKIP("there is no other user here");
+        QVERIFY(Lab::succeedsAsAnother(QStringLiteral("echo nameserver 192.0.2.6 >/tmp/resolv.dmasq")));
+        QVERIFY(Lab::succeeds(QStringLiteral("ln -s /tmp/resolv.dmasq /etc/resolv.dmasq")));
+
+        const ForkedChild child = ForkedChild::run([] {
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {
+                static bool wasHere = false;
+                QString name;
+                if (!std::exchange(wasHere, true) && NetworkHelper::createDhcpClientConfig(3, false, name))
+                    std::fputs(qPrintable(name), stderr);
+            });
+            return update(peer) ? 0 : 1;
+        });
+
+        QCOMPARE(child.exitCode, 0);
+        QCOMPARE(child.standardError, QByteArray("/tmp/dhclient.conf"));
+        QVERIFY(Lab::read(servers).contains("nameserver 10.20.0.1"));
     }
 
 private:

@@ -496,6 +496,7 @@ private Q_SLOTS:
         row("no letter at all", "{\"\": [], \"\": []#}");
         row("beyond ASCII", "{\"\xc3\xa4\": 1, \"\\u00E4\": 2#}");
         row("two units", "{\"\xf0\x9f\x98\x80\": 1, \"\\ud83d\\uDE00\": 2#}");
+        row("a byte beyond ASCII behind a backslash, as Qt reads it", "{\"\\\xc3\": [], \"\\ud7bf\\udfc3\": []#}");
         row("half a letter", "{\"\\ud83d\": 1, \"\\uD83D\": 2#}");
         row("half a letter and its replacement", "{\"\\udc00\": [], \"\xef\xbf\xbd\": []#}");
         row("the wrong way round", "{\"\\ude00\\ud83d\": [], \"\\ude00\\ud83d\": []#}");
@@ -541,6 +542,7 @@ private Q_SLOTS:
         row("{\"b\": 1, \"a\": 2, \"\\\\u0061\": 3, \"A\": 4, \"a \": 5, \"\": 6, \"\\u0000\": 7}");
         row("{\"\\ud83d\": 1, \"\\ud83d\\ude00\": 2, \"\\ude00\\ud83d\": 3, \"?\": 4}");
         row("{\"ab\": 1, \"a\": {\"b\": 2}, \"abc\": 3}");
+        row("{\"\\\xc3\": 1, \"\\uffc3\": 2}");
         row("{\"\xc3\xa4\": 1, \"\xc3\xb6\": 2, \"a\xcc\x88\": 3}");
         row("[]");
         row("\xef\xbb\xbf[{\"b\": 1, \"a\": 1}]");

@@ -13,6 +13,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <malloc.h>
 #include <random>
 
 namespace {
@@ -486,6 +487,29 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings(),
             QStringList{QStringLiteral("bytes of a former connection stand before the new one's: 1000")});
+    }
+
+    void theMemoryOfALargeFrameIsGivenBack()
+    {
+        constexpr int size = 30000000; // bytes
+        constexpr std::size_t slack = 2 * 1024 * 1024;
+        const auto held = [] {
+            const struct mallinfo2 memory = mallinfo2();
+            return memory.uordblks + memory.hblkhd;
+        };
+        SocketBuffer buffer;
+        QByteArray payload;
+        const std::size_t before = held();
+
+        buffer.append(QByteArray::number(size) + '{' + QByteArray(size - 1, ' ') + "1");
+        QVERIFY(buffer.takePayload(&payload));
+        QCOMPARE(payload.size(), size);
+        payload.clear();
+        QVERIFY(!buffer.takePayload(&payload));
+
+        QVERIFY2(held() < before + slack, qPrintable(QString::number(held() - before)));
+        buffer.append("}2{}");
+        QVERIFY(!buffer.takePayload(&payload)); // the brace is no length
     }
 
     // They came whole, and a busy receiver just has not taken them yet.

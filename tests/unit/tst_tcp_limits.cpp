@@ -221,6 +221,13 @@ private Q_SLOTS:
         QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 
+    void aServerThatIsStartedAgainTellsAgainThatItHasNoDescriptors()
+    {
+        const ForkedChild child = ForkedChild::run(&startAgainWithoutDescriptors);
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
     void theRetryOfAServerTakesNobodyWhileAsManyReceiversNestAsMay()
     {
         const ForkedChild child = ForkedChild::run(&runOutOfDescriptorsAndNest);
@@ -454,6 +461,26 @@ private:
                 return 4;
         }
         return log.warnings().constFirst() == log.warnings().constLast() ? 0 : 5;
+    }
+
+    static int startAgainWithoutDescriptors()
+    {
+        const LogCapture log;
+        TcpServer server;
+        const int port = Loopback::freePort();
+        if (!server.start(port))
+            return 1;
+        const int clients[] = {
+            socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+        const NoDescriptors fillers;
+        if (!connectPlainly(clients[0], port) || !QTest::qWaitFor([&] { return log.warnings().size() == 1; }, patience))
+            return 2;
+
+        server.stop();
+        if (!server.start(port) || !connectPlainly(clients[1], port)) // with the descriptor of before
+            return 3;
+
+        return QTest::qWaitFor([&] { return log.warnings().size() == 2; }, patience) ? 0 : 4;
     }
 
     /// Seven receivers wait in event loops, a newcomer cannot be taken, and then the eighth is called.

@@ -120,6 +120,41 @@ public:
 private:
     std::vector<std::unique_ptr<QTcpSocket>> mSockets;
 };
+
+/// A handler of the log that does something the first time that a line with this text comes. Else it is silent.
+class LogInterruption
+{
+public:
+    LogInterruption(const QString &text, std::function<void()> deed)
+        : mText(text)
+        , mDeed(std::move(deed))
+    {
+        sCurrent = this;
+        mPreviousHandler = qInstallMessageHandler(&LogInterruption::handle);
+    }
+    ~LogInterruption()
+    {
+        qInstallMessageHandler(mPreviousHandler);
+        sCurrent = nullptr;
+    }
+    Q_DISABLE_COPY_MOVE(LogInterruption)
+
+    bool wasThere() const { return mWasThere; }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext &, const QString &line)
+    {
+        if (line.contains(sCurrent->mText) && !std::exchange(sCurrent->mWasThere, true))
+            sCurrent->mDeed();
+    }
+
+    static inline LogInterruption *sCurrent = nullptr;
+
+    const QString mText;
+    const std::function<void()> mDeed;
+    QtMessageHandler mPreviousHandler = nullptr;
+    bool mWasThere = false;
+};
 } // namespace
 
 Q_DECLARE_METATYPE(Event)
@@ -252,6 +287,115 @@ private Q_SLOTS:
     }
 
     // The oldest of them still stands on the stack; those that came and went meanwhile do not.
+    void theLogMayRunAnEventLoopThatDeletes_data()
+    {
+        QTest::addColumn<bool>("isServer");
+        QTest::addColumn<QString>("line");
+        const auto row = [](bool isServer, const char *line) {
+            QTest::addRow("%s: %s", isServer ? "server" : "client", line) << isServer << QString::fromUtf8(line);
+        };
+        for (const bool isServer : {true, false}) {
+            row(isServer, "Invalid data");
+            row(isServer, "Partial buffer");
+            row(isServer, "of a former connection");
+            row(isServer, "are dropped");
+        }
+        row(true, "Client connected");
+        row(false, "true");
+        row(false, "Connected to server");
+        row(false, "Disonnected from server");
+        row(false, "false");
+    }
+
+    void theLogMayRunAnEventLoopThatDeletes()
+    {
+        QFETCH(bool, isServer);
+        QFETCH(QString, line);
+        const bool drops = line == QStringLiteral("are dropped");
+        const LogInterruption interruption(line, [this] {
+            runLoopUntil(always);
+            delete mServer;
+            delete mClient;
+            runLoopUntil(always);
+        });
+        if (isServer) {
+            startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+            mServer->setDropsLeftovers(drops);
+        } else {
+            startPeer();
+            createClient(SIGNAL(connected()), SLOT(doNothing()));
+            mClient->setDropsLeftovers(drops);
+            mClient->start(Loopback::address(), mPeer->serverPort());
+        }
+
+        for (const char *const bytes :
+            {"1", "x{", "900{", "2{}"}) { // incomplete, no frame, left over, in front of what comes
+            if (isServer)
+                mPeerSocket = mClients->connectOne(mPort);
+            else if (mClient)
+                mClient->start(Loopback::address(), mPeer->serverPort());
+            NestedLoop::runUntil(
+                [&] {
+                    return interruption.wasThere()
+                        || (mPeerSocket && mPeerSocket->state() == QAbstractSocket::ConnectedState);
+                },
+                0);
+            if (mPeerSocket)
+                mPeerSocket->write(bytes);
+            runLoopUntil(always);
+            if (mPeerSocket)
+                mPeerSocket->disconnectFromHost();
+            runLoopUntil(always);
+            if (interruption.wasThere())
+                break;
+        }
+
+        QVERIFY(interruption.wasThere());
+        QVERIFY(!mServer && !mClient);
+    }
+
+    // Not erased with the garbage, nor taken for a part of what the former connection has left.
+    void whatComesInAnEventLoopOfTheLogIsReceived_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<bool>("drops");
+        QTest::newRow("no frame") << QStringLiteral("Invalid data") << false;
+        QTest::newRow("an incomplete one") << QStringLiteral("Partial buffer") << true;
+        QTest::newRow("dropped") << QStringLiteral("are dropped") << true;
+        QTest::newRow("connected") << QStringLiteral("Client connected") << true;
+    }
+
+    void whatComesInAnEventLoopOfTheLogIsReceived()
+    {
+        QFETCH(QString, line);
+        QFETCH(bool, drops);
+        startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+        mServer->setDropsLeftovers(drops);
+        mServer->setMaximumFrameSize(100);
+        const LogInterruption interruption(line, [this] {
+            QTcpSocket *const newcomer = mClients->connectOne(mPort);
+            newcomer->write(frame(1) + frame(2).left(5));
+            runLoopUntil([newcomer] { return newcomer->state() == QAbstractSocket::ConnectedState; });
+        });
+
+        for (const char *const bytes : {drops ? "50{" : "x{", "50{"}) {
+            if (interruption.wasThere())
+                break;
+            QTcpSocket *const peer = mClients->connectOne(mPort);
+            NestedLoop::runUntil([peer] { return peer->state() == QAbstractSocket::ConnectedState; }, 0);
+            peer->write(bytes);
+            runLoopUntil(always);
+            if (!interruption.wasThere())
+                peer->disconnectFromHost();
+            runLoopUntil(always);
+        }
+        QVERIFY(interruption.wasThere());
+        mClients->newest()->write(frame(2).mid(5) + frame(3));
+
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads, (QByteArrayList{payload(1), payload(2), payload(3)}), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame - mLeft, 1, patience);
+    }
+
     void newcomersDuringAnEventLoopOfAReceiverLeaveNothingBehind()
     {
         constexpr int count = 300;
@@ -353,6 +497,8 @@ private Q_SLOTS:
     }
 
 protected Q_SLOTS: // private ones would be tests
+    void doNothing() {}
+
     void receiveOfClient()
     {
         QFETCH(const Event, event);
