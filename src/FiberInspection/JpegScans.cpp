@@ -33,7 +33,7 @@ public:
         int place = 0;
         for (int length = 1; length <= longestCode; ++length, code <<= 1) {
             const int count = std::min(int(table->bits[length]), (1 << length) - code);
-            mShift[length] = place - code;
+            mShift[static_cast<std::size_t>(length)] = place - code;
             if (length <= quickBits) {
                 const int copies = 1 << (quickBits - length);
                 for (int i = 0; i < count; ++i) {
@@ -43,7 +43,7 @@ public:
             }
             code += count;
             place += count;
-            mEnd[length] = static_cast<quint32>(code) << (longestCode - length);
+            mEnd[static_cast<std::size_t>(length)] = static_cast<quint32>(code) << (longestCode - length);
         }
     }
 
@@ -374,7 +374,7 @@ JpegScans::Problem followRefinement(Scan *scan, Bits *bits, quint64 *nonzero)
     return JpegScans::None;
 }
 
-JpegScans::Problem followBlock(Scan *scan, Bits *bits, int component, quint64 *nonzero)
+JpegScans::Problem followBlock(Scan *scan, Bits *bits, std::size_t component, quint64 *nonzero)
 {
     if (!scan->isProgressive)
         return followSequential(&scan->components[component], bits);
@@ -425,7 +425,8 @@ JpegScans::Problem JpegScans::follow(const jpeg_decompress_struct &info)
     for (qint64 unit = 0; unit < units; ++unit) {
         for (int block = 0; block < info.blocks_in_MCU; ++block) {
             quint64 *const known = keepsCoefficients ? &nonzero[static_cast<std::size_t>(unit)] : nullptr;
-            const Problem problem = followBlock(&scan, &bits, info.MCU_membership[block], known);
+            const auto component = static_cast<std::size_t>(info.MCU_membership[block]);
+            const Problem problem = followBlock(&scan, &bits, component, known);
             if (problem != None)
                 return bits.isExhausted() ? Broken : problem;
         }

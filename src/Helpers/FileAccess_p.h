@@ -11,8 +11,9 @@ class QFile;
 /// Opens files at paths that others know as well. No function waits for the other end of a pipe.
 ///
 /// A file is ours alone if it is a regular one that belongs to root or to us, has one name and can be written by its
-/// owner, and root's group, only. In a folder with the sticky bit nobody else can put something in its place then. What is at such a path
-/// and is not ours alone may have been planted there: it is never read, and takes no part in what is written.
+/// owner, and root's group, only. In a folder with the sticky bit nobody else can put something in its place then. What
+/// is at such a path and is not ours alone may have been planted there: it is never read, and takes no part in what is
+/// written.
 namespace FileAccess {
 
 constexpr mode_t readableForAll = 0644;

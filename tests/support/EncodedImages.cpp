@@ -104,7 +104,7 @@ void addPlainCode(BitWriter *bits, int others)
 {
     bits->add(0, 1);
     bits->add(12 - 4, 4);
-    for (const quint32 length : {0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}) // of 18, a run of zeros, and of 8
+    for (const quint32 length : {0u, 1u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 0u, 1u}) // of 18, a run of zeros, and of 8
         bits->add(length, 3);
     bits->add(0, 1);
     bits->add(0, 256);

@@ -15,8 +15,8 @@
 #include <memory>
 #include <utility>
 
-using FiberInspection::Standard;
 using FiberInspection::Inspection;
+using FiberInspection::Standard;
 
 namespace {
 constexpr Standard::Id anyStandard = Standard::IEC61300_3_35_SM_RL45;
