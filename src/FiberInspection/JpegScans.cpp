@@ -38,7 +38,8 @@ public:
                 const int copies = 1 << (quickBits - length);
                 for (int i = 0; i < count; ++i) {
                     const auto entry = static_cast<quint16>(length << bitsPerByte | mValues[(place + i) & 0xFF]);
-                    std::fill_n(mQuick.begin() + (code + i) * copies, copies, entry);
+                    const auto first = static_cast<std::size_t>(code + i) << (quickBits - length);
+                    std::fill_n(&mQuick[first], copies, entry);
                 }
             }
             code += count;
@@ -422,9 +423,10 @@ JpegScans::Problem JpegScans::follow(const jpeg_decompress_struct &info)
 
     Bits bits(info.src->next_input_byte, info.src->next_input_byte + info.src->bytes_in_buffer);
     const qint64 unitsOfInterval = info.restart_interval > 0 ? info.restart_interval : units;
+    quint64 unused = 0;
     for (qint64 unit = 0; unit < units; ++unit) {
         for (int block = 0; block < info.blocks_in_MCU; ++block) {
-            quint64 *const known = keepsCoefficients ? &nonzero[static_cast<std::size_t>(unit)] : nullptr;
+            quint64 *const known = keepsCoefficients ? &nonzero[static_cast<std::size_t>(unit)] : &unused;
             const auto component = static_cast<std::size_t>(info.MCU_membership[block]);
             const Problem problem = followBlock(&scan, &bits, component, known);
             if (problem != None)

@@ -991,7 +991,8 @@ private:
             const QByteArray ends = fields[1] + ' ' + fields[2];
             if (!ends.contains(port(peer.localPort())) || !ends.contains(port(peer.peerPort())))
                 continue;
-            for (const QByteArray &queue : fields[4].split(':'))
+            const QList<QByteArray> queues = fields[4].split(':');
+            for (const QByteArray &queue : queues)
                 bytes += queue.toLongLong(nullptr, 16);
         }
         return bytes;
