@@ -410,7 +410,7 @@ private Q_SLOTS:
         const QImage face = paintedFace("clean");
         const QString path = stored(QStringLiteral("face.png"), face);
         InspectionOptions options;
-        options.maxImagePixels = 800 * 600;
+        options.maxImagePixels = 800LL * 600;
         QVERIFY(inspect(face, usual, Device::ks20(), options).passed());
         QVERIFY(inspectFile(path, usual, Device::ks20(), options).passed());
 
