@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <jpeglib.h>
+#include <limits>
 #include <png.h>
 #include <random>
 #include <tiffio.h>
@@ -72,12 +73,12 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
 class BitWriter
 {
 public:
-    void add(quint32 value, int count)
+    void add(quint32 value, int count) // behind the value there are zeros
     {
         for (int i = 0; i < count; ++i, ++mBits) {
             if (mBits % 8 == 0)
                 mBytes.append('\0');
-            if ((value >> i & 1) != 0)
+            if (i < std::numeric_limits<quint32>::digits && (value >> i & 1) != 0)
                 mBytes[mBytes.size() - 1] = char(mBytes.back() | 1 << mBits % 8);
         }
     }

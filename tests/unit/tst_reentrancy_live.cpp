@@ -409,7 +409,7 @@ private Q_SLOTS:
     void aReceiverInThePoolThreadMayEndInAnyWay_data()
     {
         QTest::addColumn<std::function<void()>>("end");
-        const auto row = [](const char *name, std::function<void()> end) { QTest::newRow(name) << std::move(end); };
+        const auto row = [](const char *name, const std::function<void()> &end) { QTest::newRow(name) << end; };
         row("throws an exception", [] { throw std::runtime_error("receiver failed"); });
         row("throws what is no exception", [] { throw 5; });
         row("throws out of an event loop's end", [] {
@@ -451,7 +451,7 @@ private Q_SLOTS:
         QVERIFY(called.tryAcquire(1, NestedLoop::patience));
         view.runnable.reset(); // waits for the end
         QVERIFY(view.filter);
-        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
+        QTimer::singleShot(0, QCoreApplication::instance(), &QCoreApplication::quit);
         QCoreApplication::exec(); // or no later test could run a loop, when the receiver has quit
     }
 

@@ -492,7 +492,7 @@ private Q_SLOTS:
     void theMemoryOfALargeFrameIsGivenBack()
     {
         constexpr int size = 30000000; // bytes
-        constexpr std::size_t slack = 2 * 1024 * 1024;
+        constexpr std::size_t slack = std::size_t{2} * 1024 * 1024;
         const auto held = [] {
             const struct mallinfo2 memory = mallinfo2();
             return memory.uordblks + memory.hblkhd;
