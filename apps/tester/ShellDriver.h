@@ -5,7 +5,6 @@
 
 #include <QQuickItem>
 #include <QQuickWindow>
-#include <QSignalSpy>
 #include <QString>
 #include <QtTest>
 
@@ -83,12 +82,16 @@ public:
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }
 
 private:
+    /// The signal comes from the rendering thread, also while this function ends.
     void waitForFrame() const
     {
-        QSignalSpy frames(mWindow, &QQuickWindow::frameSwapped);
+        QObject receiver;
+        int frames = 0;
+        QObject::connect(
+            mWindow, &QQuickWindow::frameSwapped, &receiver, [&frames] { ++frames; }, Qt::QueuedConnection);
         waitFor([&] {
             mWindow->update();
-            return frames.count() > 1;
+            return frames > 1;
         });
     }
 
