@@ -8,6 +8,8 @@
 #include <QString>
 #include <QtTest>
 
+#include <memory>
+
 /// A hand at the application's window: finds items by name or text, waits for them, taps them, turns them by keys.
 class ShellDriver
 {
@@ -86,12 +88,12 @@ private:
     void waitForFrame() const
     {
         QObject receiver;
-        int frames = 0;
+        const auto frames = std::make_shared<int>(0);
         QObject::connect(
-            mWindow, &QQuickWindow::frameSwapped, &receiver, [&frames] { ++frames; }, Qt::QueuedConnection);
+            mWindow, &QQuickWindow::frameSwapped, &receiver, [frames] { ++*frames; }, Qt::QueuedConnection);
         waitFor([&] {
             mWindow->update();
-            return frames > 1;
+            return *frames > 1;
         });
     }
 
