@@ -26,8 +26,9 @@ StepImages::Show writer(const QString &fileName)
 TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
     bool saveStepsImages, Inspection *inspection)
 {
-    // Every analysis writes the same result image.
-    static QMutex oneAtATime;
+    // Every analysis writes the same result image. A handler of the log may run an event loop, in which the next
+    // request comes to this thread: that analysis is within this one, which writes its own image when it goes on.
+    static QRecursiveMutex oneAtATime;
     const QMutexLocker lock(&oneAtATime);
 
     InspectionOptions options;

@@ -22,6 +22,7 @@
 #include <memory>
 #include <random>
 #include <thread>
+#include <unistd.h>
 
 using namespace FiberInspection;
 
@@ -761,6 +762,31 @@ private Q_SLOTS:
             qPrintable(log.warnings().constFirst()));
         QCOMPARE(log.debugs().constLast(), QStringLiteral("TEST FAILED"));
         QCOMPARE(photoFiles(), QStringList{QStringLiteral("photo.png")});
+    }
+
+    // A handler may show a line in a dialog, whose event loop brings the next request to the same thread.
+    void aHandlerOfTheLogMayAnalyseAsWell()
+    {
+        static int lines = 0;
+        static QString innerPath;
+        lines = 0;
+        innerPath = photoPath(QStringLiteral("missing.png"));
+        const QString path = write(evenFace().image());
+        Inspection inspection;
+        alarm(60); // seconds; a thread that waits for itself does so for ever
+
+        const QtMessageHandler former =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {
+                if (lines++ == 0)
+                    analyse(innerPath, Standard::Manual, nullptr, 1, false);
+            });
+        analyse(path, Standard::IEC61300_3_35_SM_RL26, &inspection, 1, false);
+        qInstallMessageHandler(former);
+        alarm(0);
+
+        QVERIFY(lines > 1);
+        QVERIFY(inspection.hasVerdict());
+        QCOMPARE(temporaryFiles(), QStringList{QStringLiteral("fiber_result_image.jpg")});
     }
 
     // --- runs that end early
