@@ -38,6 +38,8 @@ bool hasKnownColors(const QByteArray &bytes, const Header &header)
     const auto bits = header.bitsPerPixel;
     if (header.colors == 0 || bits < 1 || bits > bitsPerByte || header.colors >= qint64(1) << bits)
         return true;
+    if (bitsPerByte % bits != 0)
+        return true; // such pixels would cross bytes; the decoder knows none
     const int mask = (1 << bits) - 1;
     for (qint64 row = 0; row < header.height; ++row) {
         const uchar *const line = dataOf(bytes) + header.begin + row * header.bytesPerLine;

@@ -63,8 +63,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     must(!isIpv6 || QHostAddress(text).protocol() == QAbstractSocket::IPv6Protocol, "Qt takes it for IPv6, too");
     checkMac(text);
 
-    const QString path = NetworkHelper::getInterfaceIPDetailsFileName(text, true);
-    must(path.isEmpty() || (path.startsWith(QLatin1String("/tmp/ip6Details.")) && path.count(QLatin1Char('/')) == 2),
-        "the record of an interface lies in /tmp");
+    must(NetworkHelper::getInterfaceIPDetailsFileName(text, true) == QLatin1String("/tmp/ip6Details.") + text,
+        "the name of a record is text");
+    IPDetails details;
+    must(!text.contains(QLatin1Char('/')) || !NetworkHelper::getInterfaceIPv4Details(text, details),
+        "no record is read outside of its folder");
     return 0;
 }

@@ -559,6 +559,8 @@ private Q_SLOTS:
         QVERIFY(problemOf(twoColors).isEmpty());
         row("BMP with a pixel above its palette", QByteArray(twoColors).replace(1078 + 63, 1, "\2"),
             "a pixel has a color that is not in the palette");
+        row("BMP of 6 bits a pixel", QByteArray(twoColors).replace(28, 2, littleEndian(6, 2)),
+            "the image data is damaged");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 
