@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceScenes.h"
 #include "FileNameCodec.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QProcess>

@@ -155,7 +155,7 @@ bool CommandLine::readSweep()
     const bool ok = readWholeNumber(mSweep, 2, maxSteps, &steps)
         && readWholeNumber(mSeed, 0, std::numeric_limits<quint32>::max(), &seed)
         && readNumber(mNoise, 0, maxNoise, &sweep.noise) && readNumber(mIllumination, -1, 1, &sweep.illumination)
-        && readNumber(mMaxBlur, FocusStack::sharpestBlur, maxBlur, &sweep.maxBlur);
+        && readNumber(mMaxBlur, Simulation::Lens::sharpestBlur, maxBlur, &sweep.maxBlur);
     sweep.steps = static_cast<int>(steps);
     sweep.seed = static_cast<quint32>(seed);
     return ok;

@@ -3,10 +3,8 @@
 
 #include "Charts.h"
 #include "FocusPlot.h"
-#include "FocusStack.h"
 #include "Statistics.h"
-
-#include <cmath>
+#include "simulation/Lens.h"
 
 namespace Focus {
 
@@ -28,9 +26,7 @@ void forEachReading(const QVector<Stack> &stacks, const StackChoice &isChosen, F
 /// How far out of focus a step lies: the blur that it adds, below zero on the near side.
 double defocus(int step)
 {
-    const double share = (step - Stack::sharpestStep) / static_cast<double>(Stack::sharpestStep);
-    constexpr double sharpest = FocusStack::sharpestBlur;
-    return share * std::sqrt(Stack::maxBlur * Stack::maxBlur - sharpest * sharpest);
+    return Simulation::Lens(Stack::maxBlur).defocusAt(Stack::placeOf(step));
 }
 
 QVector<Sample> focusByStep(const QVector<Stack> &stacks, const StackChoice &isChosen)
@@ -52,7 +48,7 @@ QVector<Plot::Series> seriesByBlur(const QVector<int> &chosen, Function valueAt)
         Plot::Series curve;
         curve.name = stackConditions().at(condition).name;
         for (int step = Stack::sharpestStep; step < Stack::steps; ++step) {
-            const double blur = FocusStack(EndfaceScene(), Stack::steps, Stack::maxBlur).blurAt(step);
+            const double blur = Simulation::Lens(Stack::maxBlur).blurAt(Stack::placeOf(step));
             curve.points.append({blur, valueAt(condition, step)});
         }
         series.append(curve);

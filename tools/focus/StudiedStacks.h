@@ -31,6 +31,9 @@ struct Stack
     static constexpr int sharpestStep = (steps - 1) / 2;
     static constexpr double maxBlur = 6; ///< micrometres, at both ends
 
+    /// Where on the way through the focus a step is taken, -1 to 1.
+    static constexpr double placeOf(int step) { return (step - sharpestStep) / static_cast<double>(sharpestStep); }
+
     int condition = 0;
     Cleanness cleanness = Cleanness::Clean;
     QVector<StudyReading> readings; ///< one a step

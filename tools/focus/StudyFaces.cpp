@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "StudyFaces.h"
 
-#include "EndfaceScenes.h"
 #include "LiveMeter.h"
-#include "VideoFrames.h"
+#include "simulation/EndfaceScenes.h"
+#include "simulation/VideoFrames.h"
 
 #include <QtConcurrentMap>
 
@@ -35,7 +35,7 @@ EndfaceScene studyFace(int number, Cleanness cleanness, const QSize &size)
 
 StudyReading readPicture(const QImage &picture, const QPointF &fibre, double blur)
 {
-    const Measurement measured = measure(videoFrame(picture));
+    const Measurement measured = measure(Simulation::videoFrame(picture));
     StudyReading reading;
     reading.blur = blur;
     reading.found = measured.found;
@@ -58,7 +58,7 @@ QVector<QImage> exposeAll(const EndfaceSurface &surface, const QVector<double> &
 
 QVector<StudyReading> measureStack(const EndfaceScene &face, int steps, double maxBlur, double noise)
 {
-    const FocusStack stack(face, steps, maxBlur);
+    const Simulation::FocusStack stack(face, steps, maxBlur);
     const QPointF fibre = endfaceFibreCenters(face).constFirst();
     const QVector<QImage> pictures = paintAll(stack.steps(), [&](int step) { return stack.frameAt(step, noise); });
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "EndfacePainter.h"
-#include "FocusStack.h"
+#include "simulation/EndfacePainter.h"
+#include "simulation/FocusStack.h"
 
 #include <QImage>
 #include <QPointF>

@@ -162,7 +162,7 @@ QByteArray foundPlot(const std::array<AnswersByBlur, conditions.size()> &answers
     for (std::size_t blur = 0; blur < blurs.size(); ++blur)
         byMeans.points.append({blurs.at(blur), 100 * answers.at(usualCondition).at(blur).foundByMeans.rate()});
     chart.series.append(byMeans);
-    chart.vertical = {{FocusStack::sharpestBlur, QStringLiteral("in focus"), {}}};
+    chart.vertical = {{Simulation::Lens::sharpestBlur, QStringLiteral("in focus"), {}}};
     return Plot::svg(chart);
 }
 } // namespace

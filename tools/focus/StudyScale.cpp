@@ -20,7 +20,7 @@ struct SharpFaces
 
     void add(const EndfaceScene &face, double noise)
     {
-        const StudyReading reading = measureFace(face, FocusStack::sharpestBlur, noise);
+        const StudyReading reading = measureFace(face, Simulation::Lens::sharpestBlur, noise);
         found.add(reading.found);
         if (reading.found)
             focus.add(reading.focus);

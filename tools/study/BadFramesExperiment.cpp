@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceScenes.h"
 #include "Experiments.h"
 #include "Scenes.h"
 #include "Statistics.h"
+#include "simulation/EndfaceScenes.h"
 
 namespace Study {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "EndfacePainter.h"
 #include "FiberInspection/Standard.h"
+#include "simulation/EndfacePainter.h"
 
 #include <QString>
 #include <QVector>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "EndfacePainter.h"
-#include "EndfaceRandom.h"
 #include "FiberInspection/Standard.h"
+#include "simulation/EndfacePainter.h"
+#include "simulation/EndfaceRandom.h"
 
 namespace Study {
 

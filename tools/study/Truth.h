@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "EndfacePainter.h"
 #include "FiberInspection/TestResult.h"
+#include "simulation/EndfacePainter.h"
 
 namespace Study {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "EndfacePainter.h"
+#include "simulation/EndfacePainter.h"
 
 #include <QFutureWatcher>
 #include <QImage>

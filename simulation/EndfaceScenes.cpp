@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceScenes.h"
+#include "simulation/EndfaceScenes.h"
 
-#include "EndfaceRandom.h"
+#include "simulation/EndfaceRandom.h"
 
 #include <algorithm>
 #include <array>

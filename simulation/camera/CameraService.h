@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "CameraControls.h"
-#include "SimulatedCamera.h"
-#include "StillCapture.h"
-#include "ViewFinder.h"
+#include "simulation/camera/CameraControls.h"
+#include "simulation/camera/SimulatedCamera.h"
+#include "simulation/camera/StillCapture.h"
+#include "simulation/camera/ViewFinder.h"
 
 #include <QMediaService>
 

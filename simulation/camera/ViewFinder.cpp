@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ViewFinder.h"
+#include "simulation/camera/ViewFinder.h"
 
-#include "SimulatedCamera.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
+#include "simulation/camera/SimulatedCamera.h"
 
 #include <QAbstractVideoSurface>
 #include <QVideoSurfaceFormat>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "VideoFrames.h"
+#include "simulation/VideoFrames.h"
 
 #include <cstring>
 
-namespace Focus {
+namespace Simulation {
 
 QVideoFrame videoFrame(const QImage &gray)
 {
@@ -30,4 +30,4 @@ QVideoFrame videoFrame(const QByteArray &bytes, const QSize &size, int stride)
     return frame;
 }
 
-} // namespace Focus
+} // namespace Simulation

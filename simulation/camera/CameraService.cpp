@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CameraService.h"
+#include "simulation/camera/CameraService.h"
 
 CameraService::CameraService()
     : QMediaService(nullptr)

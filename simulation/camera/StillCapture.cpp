@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StillCapture.h"
+#include "simulation/camera/StillCapture.h"
 
-#include "SimulatedCamera.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
+#include "simulation/camera/SimulatedCamera.h"
 
 #include <QBuffer>
 #include <QImageWriter>

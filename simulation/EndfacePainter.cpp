@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfacePainter.h"
+#include "simulation/EndfacePainter.h"
 
-#include "EndfaceRandom.h"
+#include "simulation/EndfaceRandom.h"
 
 #include <QJsonArray>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SimulatedCamera.h"
+#include "simulation/camera/SimulatedCamera.h"
 
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QPointer>
 

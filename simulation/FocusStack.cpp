@@ -1,24 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FocusStack.h"
+#include "simulation/FocusStack.h"
 
 #include <algorithm>
-#include <cmath>
 
-namespace Focus {
+namespace Simulation {
 
 FocusStack::FocusStack(const EndfaceScene &scene, int steps, double maxBlur)
     : mSurface(paintEndfaceSurface(scene))
     , mSeed(scene.seed)
     , mSteps(std::max(steps, 2))
-    , mMaxBlur(std::max(maxBlur, sharpestBlur))
+    , mLens(maxBlur)
 {
 }
 
 double FocusStack::blurAt(int step) const
 {
-    const double distance = (step - sharpestStep()) / sharpestStep(); // -1 to 1
-    const double squaredGrowth = mMaxBlur * mMaxBlur - sharpestBlur * sharpestBlur;
-    return std::sqrt(sharpestBlur * sharpestBlur + squaredGrowth * distance * distance);
+    const double middle = (mSteps - 1) / 2.0;
+    return mLens.blurAt((step - middle) / middle);
 }
 
 QImage FocusStack::frameAt(int step, double noise) const
@@ -27,4 +25,4 @@ QImage FocusStack::frameAt(int step, double noise) const
     return exposeEndface(mSurface, blurAt(step), noise, mSeed * stride + static_cast<quint32>(step));
 }
 
-} // namespace Focus
+} // namespace Simulation

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "simulatedscope_export.h"
+#include "simulation/simulatedscope_export.h"
 
 #include <QImage>
 #include <QObject>

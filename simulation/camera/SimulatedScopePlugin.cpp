@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SimulatedScopePlugin.h"
+#include "simulation/camera/SimulatedScopePlugin.h"
 
-#include "CameraService.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
+#include "simulation/camera/CameraService.h"
 
 QMediaService *SimulatedScopePlugin::create(const QString &key)
 {

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FrameMaker.h"
+#include "simulation/FrameMaker.h"
 
-#include "EndfaceScenes.h"
-#include "SimulatedScope.h"
+#include "simulation/EndfaceScenes.h"
+#include "simulation/Lens.h"
+#include "simulation/SimulatedScope.h"
+#include "simulation/VideoFrames.h"
 
 #include <QtConcurrent>
 
-#include <cmath>
-#include <cstring>
-
 namespace {
-constexpr double sharpestBlur = 0.9; // micrometres
 constexpr double greatestBlur = 6.0; // micrometres, at both ends of the knob
 constexpr double noise = 0.9; // grey levels
 
@@ -21,29 +19,6 @@ EndfaceScene sceneOf(const QString &face)
         scene.frame = EndfaceScene::Frame::NoFibre;
     scene.size = SimulatedScope::frameSize;
     return scene;
-}
-
-double blurAt(double focus)
-{
-    return std::hypot(sharpestBlur, std::sqrt(greatestBlur * greatestBlur - sharpestBlur * sharpestBlur) * focus);
-}
-
-/// NV12: the grey picture, then the colours, which there are none of.
-QVideoFrame videoFrame(const QImage &gray)
-{
-    constexpr int colourless = 0x80;
-    const int width = gray.width();
-    const int height = gray.height();
-    QVideoFrame frame(width * height * 3 / 2, gray.size(), width, QVideoFrame::Format_NV12);
-    if (!frame.map(QAbstractVideoBuffer::WriteOnly))
-        return {};
-    const auto rowBytes = static_cast<std::size_t>(width);
-    for (int y = 0; y < height; ++y)
-        std::memcpy(frame.bits() + static_cast<std::size_t>(y) * rowBytes, gray.constScanLine(y), rowBytes);
-    const std::size_t pixels = rowBytes * static_cast<std::size_t>(height);
-    std::memset(frame.bits() + pixels, colourless, pixels / 2);
-    frame.unmap();
-    return frame;
 }
 } // namespace
 
@@ -97,6 +72,7 @@ FrameMaker::Painting FrameMaker::paint(const View &view, int pattern)
         mSurface = paintEndfaceSurface(sceneOf(view.face));
         mSurfaceFace = view.face;
     }
-    const QImage image = exposeEndface(mSurface, blurAt(view.focus), noise, static_cast<quint32>(pattern));
-    return {view, {image, videoFrame(image)}};
+    const QImage image = exposeEndface(
+        mSurface, Simulation::Lens(greatestBlur).blurAt(view.focus), noise, static_cast<quint32>(pattern));
+    return {view, {image, Simulation::videoFrame(image)}};
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
-#include "EndfaceScenes.h"
-#include "FrameMaker.h"
+#include "simulation/EndfaceScenes.h"
+#include "simulation/FrameMaker.h"
 
 #include <algorithm>
 #include <cmath>

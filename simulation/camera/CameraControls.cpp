@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CameraControls.h"
+#include "simulation/camera/CameraControls.h"
 
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QPointer>
 
