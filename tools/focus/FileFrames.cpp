@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileFrames.h"
+#include "focus/FileFrames.h"
 
 #include "FiberInspection/Inspection.h"
-#include "FolderListing.h"
+#include "common/FolderListing.h"
 #include "simulation/VideoFrames.h"
 
 #include <QCollator>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SweepFrames.h"
+#include "focus/SweepFrames.h"
 
 #include "simulation/EndfaceScenes.h"
 #include "simulation/VideoFrames.h"
