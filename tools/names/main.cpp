@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
-#include "Explanation.h"
-#include "JsonWriter.h"
-#include "Terminal.h"
+#include "common/JsonWriter.h"
+#include "common/Terminal.h"
+#include "names/CommandLine.h"
+#include "names/Explanation.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

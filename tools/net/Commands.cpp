@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Commands.h"
+#include "net/Commands.h"
 
 #include "Helpers/BaseDirHelper.h"
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
-#include "InterfaceFacts.h"
-#include "JsonWriter.h"
-#include "Terminal.h"
+#include "common/JsonWriter.h"
+#include "common/Terminal.h"
+#include "net/InterfaceFacts.h"
 
 #include <QFileInfo>
 
