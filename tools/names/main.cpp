@@ -57,12 +57,12 @@ QByteArray json(const Explanation &explanation)
 int generate(const Options &options)
 {
     QVector<QString> names;
-    const TestNameGenerator::GenerateError error =
-        TestNameGenerator::generateTestNames(options.prefix, options.first, options.last, names, options.max);
-    if (error == TestNameGenerator::NoError)
+    NameGenFault fault;
+    TestNameGenerator::generateTestNames(options.prefix, options.first, options.last, names, options.max, fault);
+    if (fault.error == TestNameGenerator::NoError)
         return print(options.isJson ? json(names) : lines(names)) ? Printed : NotWritten;
 
-    const Explanation explanation = explanationOf(error, options.first, options.last, options.max);
+    const Explanation explanation = explanationOf(fault, options.first, options.last, options.max);
     if (!options.isJson)
         tell(explanation.sentence);
     else if (!print(json(explanation)))
