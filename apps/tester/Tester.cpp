@@ -6,7 +6,7 @@
 #include "OrvelPage.h"
 #include "QmlResources.h"
 #include "SimulatedScope.h"
-#include "TesterDirHelper.h"
+#include "WorkFolder.h"
 
 #include <QQmlContext>
 #include <QQuickStyle>
@@ -35,7 +35,7 @@ InspectionThread::~InspectionThread()
 
 void Tester::prepareProcess(const QString &pluginFolder)
 {
-    TesterDirHelper::createFolders();
+    WorkFolder::create();
     HardwareManager::prepare(pluginFolder);
     const DesktopSession session;
     OrvelApplication::initCore();

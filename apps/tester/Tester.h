@@ -41,7 +41,7 @@ public:
     Tester(const Tester &) = delete;
     Tester &operator=(const Tester &) = delete;
 
-    /// What has to happen before the Qt application object exists. A TesterDirHelper has to be there.
+    /// What has to happen before the Qt application object exists. A BaseDirHelper has to be there.
     /// @param pluginFolder of the simulated scope
     static void prepareProcess(const QString &pluginFolder);
 

@@ -9,6 +9,7 @@
 #include <FiberInspection/Rule.h>
 #include <FiberInspection/Standard.h>
 #include <FiberInspection/TestResult.h>
+#include <Helpers/AbsoluteBaseDir.h>
 #include <Helpers/BaseDirHelper.h>
 #include <Helpers/IPDetails.h>
 #include <Helpers/JsonHelper.h>
@@ -145,9 +146,13 @@ void checkGeometry(Checks &checks)
 
 void checkDirectories(Checks &checks)
 {
-    const Directories directories;
-    checks.expect(BaseDirHelper::instance() == &directories, "the application's object is registered");
-    checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/opt/consumer/tmp/"), "the folder of temporary files");
+    {
+        const Directories directories;
+        checks.expect(BaseDirHelper::instance() == &directories, "the application's object is registered");
+        checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/opt/consumer/tmp/"), "the folder of temporary files");
+    }
+    const AbsoluteBaseDir elsewhere(QStringLiteral("/srv/consumer"));
+    checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/srv/consumer/tmp/"), "a folder that is not below /opt");
 }
 
 void checkInspection(Checks &checks)

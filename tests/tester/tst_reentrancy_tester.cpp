@@ -3,13 +3,14 @@
 #include "DrawnFibre.h"
 #include "FiberManager.h"
 #include "HardwareManager.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "InspectionDetails.h"
 #include "InspectionManager.h"
 #include "Language.h"
 #include "LogCapture.h"
 #include "NestedLoop.h"
 #include "SimulatedScope.h"
-#include "TesterDirHelper.h"
+#include "WorkFolder.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -83,7 +84,7 @@ class TestReentrancyTester : public QObject
 
 private:
     QTemporaryDir mFolder;
-    std::unique_ptr<TesterDirHelper> mDirs;
+    std::unique_ptr<AbsoluteBaseDir> mDirs;
     std::unique_ptr<LogCapture> mLog;
 
     static void addDeedRows(const QStringList &moments, const char *again)
@@ -112,8 +113,8 @@ private Q_SLOTS:
     {
         QVERIFY(mFolder.isValid());
         initTesterResources();
-        mDirs = std::make_unique<TesterDirHelper>(mFolder.path());
-        TesterDirHelper::createFolders();
+        mDirs = std::make_unique<AbsoluteBaseDir>(mFolder.path());
+        WorkFolder::create();
         HardwareManager::prepare(QStringLiteral(VANTOR_PLUGINS));
     }
     void cleanupTestCase() { mDirs.reset(); }
