@@ -3,8 +3,7 @@
 
 #include "DesktopSession.h"
 #include "OrvelApplication.h"
-#include "OrvelPage.h"
-#include "QmlResources.h"
+#include "Pages/InspectionPages.h"
 #include "SimulatedScope.h"
 #include "WorkFolder.h"
 
@@ -46,14 +45,14 @@ void Tester::prepareProcess(const QString &pluginFolder)
 Tester::Tester(const QSize &screenSize)
 {
     QQuickStyle::setStyle(QStringLiteral("Material"));
-    initVantorQmlResources();
     initTesterResources();
-    registerPageTypes();
 
     mLanguage.setEngine(&mEngine);
+    InspectionPages::ContextObjects pageObjects; // Main.qml has the others
+    pageObjects.fiberManager = &mFiberManager;
+    pageObjects.hardwareManager = &mHardware;
+    InspectionPages::setUp(&mEngine, pageObjects);
     QQmlContext *const context = mEngine.rootContext();
-    context->setContextProperty(QStringLiteral("fiberManager"), &mFiberManager);
-    context->setContextProperty(QStringLiteral("hardwareManager"), &mHardware);
     context->setContextProperty(QStringLiteral("inspectionDetails"), &mDetails);
     context->setContextProperty(QStringLiteral("language"), &mLanguage);
     context->setContextProperty(

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberManager.h"
 #include "HardwareManager.h"
 #include "InspectionDetails.h"
-#include "InspectionManager.h"
 #include "Language.h"
+#include "Managers/InspectionManager.h"
+#include "Pages/FiberManager.h"
 #include "VantorBase.h"
 
 #include <QQmlApplicationEngine>

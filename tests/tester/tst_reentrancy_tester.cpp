@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the tester offers to its pages, without the pages: receivers destroy it, ask it again, or come when it is gone.
 #include "DrawnFibre.h"
-#include "FiberManager.h"
 #include "HardwareManager.h"
 #include "Helpers/AbsoluteBaseDir.h"
 #include "InspectionDetails.h"
-#include "InspectionManager.h"
 #include "Language.h"
 #include "LogCapture.h"
+#include "Managers/InspectionManager.h"
 #include "NestedLoop.h"
+#include "Pages/FiberManager.h"
 #include "SimulatedScope.h"
 #include "WorkFolder.h"
 
