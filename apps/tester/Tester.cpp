@@ -4,8 +4,8 @@
 #include "DesktopSession.h"
 #include "OrvelApplication.h"
 #include "Pages/InspectionPages.h"
-#include "SimulatedScope.h"
 #include "WorkFolder.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQuickStyle>

@@ -71,6 +71,8 @@ void addPlants()
 }
 } // namespace
 
+Q_DECLARE_METATYPE(NetworkHelper::ConfigurationSteps)
+
 class TestLabNameserver : public QObject
 {
     Q_OBJECT
@@ -261,6 +263,68 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to restart dnsmasq; name service may not work!"));
         QVERIFY(!update(peer));
+    }
+
+    void theStepsThatFailedAreTold_data()
+    {
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("removal");
+        QTest::addColumn<NetworkHelper::ConfigurationSteps>("expected");
+        const auto row = [](const char *name, const char *obstacle, const char *removal,
+                             NetworkHelper::ConfigurationSteps steps) {
+            QTest::newRow(name) << QString::fromUtf8(obstacle) << QString::fromUtf8(removal) << steps;
+        };
+        row("none", "true", "true", {});
+        row("the link", "mv /etc/dhcp/dhclient-exit-hooks.d /etc/dhcp/away",
+            "mv /etc/dhcp/away /etc/dhcp/dhclient-exit-hooks.d", NetworkHelper::LinkExitHook);
+        row("the link, though ln is content", "mkdir /etc/dhcp/dhclient-exit-hooks.d/ipdetails", "true",
+            NetworkHelper::LinkExitHook);
+        row("the first file under /tmp", "mkdir /tmp/dnsmasq.conf", "true", NetworkHelper::PrepareNameServerFile);
+        row("the first file", "rm /etc/dnsmasq.conf; mkdir /etc/dnsmasq.conf", "rmdir /etc/dnsmasq.conf",
+            NetworkHelper::ReplaceNameServerFile);
+        row("the second file under /tmp", "mkdir /tmp/resolv.conf", "true", NetworkHelper::PrepareResolverFile);
+        row("the second file", "rm /etc/resolv.conf; mkdir /etc/resolv.conf", "rmdir /etc/resolv.conf",
+            NetworkHelper::ReplaceResolverFile);
+        row("the restart", "touch /run/systemctl.fails", "true", NetworkHelper::RestartNameServer);
+        row("several, and the end is reached",
+            "touch /run/systemctl.fails; rm /etc/*.conf; mkdir /etc/resolv.conf /etc/dnsmasq.conf "
+            "/etc/dhcp/dhclient-exit-hooks.d/ipdetails",
+            "rmdir /etc/resolv.conf /etc/dnsmasq.conf",
+            NetworkHelper::LinkExitHook | NetworkHelper::ReplaceNameServerFile | NetworkHelper::ReplaceResolverFile
+                | NetworkHelper::RestartNameServer);
+        row("two, and the end is not reached",
+            "mv /etc/dhcp/dhclient-exit-hooks.d /etc/dhcp/away; mkdir /tmp/dnsmasq.conf /tmp/resolv.conf",
+            "mv /etc/dhcp/away /etc/dhcp/dhclient-exit-hooks.d",
+            NetworkHelper::LinkExitHook | NetworkHelper::PrepareNameServerFile);
+    }
+
+    void theStepsThatFailedAreTold()
+    {
+        QFETCH(QString, obstacle);
+        QFETCH(QString, removal);
+        QFETCH(NetworkHelper::ConfigurationSteps, expected);
+        QVERIFY(Lab::succeeds(obstacle));
+        NetworkHelper::ConfigurationSteps failed = ~NetworkHelper::ConfigurationSteps();
+        QStringList plainLog;
+        QStringList log;
+        bool isDone = true;
+
+        {
+            const LogCapture capture;
+            NetworkHelper::configureSystem();
+            plainLog = capture.asText();
+        }
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f %1 2>/dev/null || true").arg(exitHook)));
+        {
+            const LogCapture capture;
+            isDone = NetworkHelper::configureSystem(failed);
+            log = capture.asText();
+        }
+
+        QVERIFY(Lab::succeeds(removal));
+        QCOMPARE(failed, expected);
+        QCOMPARE(isDone, !expected);
+        QCOMPARE(log, plainLog);
     }
 
     void aNameReachesThePeer()

@@ -11,9 +11,9 @@
 #include "Pages/FiberManager.h"
 #include "Pages/InspectionPages.h"
 #include "Processor.h"
-#include "SimulatedScope.h"
 #include "TestFiles.h"
 #include "WorkDir.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>

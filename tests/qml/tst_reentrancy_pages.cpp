@@ -5,7 +5,7 @@
 #include "NestedLoop.h"
 #include "Pages/InspectionPages.h"
 #include "Pages/StandardModel.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QPointer>

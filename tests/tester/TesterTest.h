@@ -3,8 +3,8 @@
 
 #include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QObject>

@@ -5,8 +5,8 @@
 #include "FrameCounter.h"
 #include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -9,8 +9,8 @@
 #include "Managers/InspectionManager.h"
 #include "NestedLoop.h"
 #include "Pages/FiberManager.h"
-#include "SimulatedScope.h"
 #include "WorkFolder.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QCoreApplication>
 #include <QPointer>

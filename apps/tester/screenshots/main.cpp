@@ -2,8 +2,8 @@
 // Goes through the application as a user would, and leaves a picture of each page in both sizes and languages.
 #include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDir>
 #include <QFileInfo>
