@@ -5,14 +5,11 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace FiberInspection {
 
@@ -27,35 +24,20 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// After a power failure the folder has the new picture, or none.
-void syncFolderOf(const QString &path)
-{
-    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    fsync(folder);
-    close(folder);
-}
-
-/// Copies in pieces. The target is written under another name, forced to the disk, and renamed.
+/// Copies in pieces.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
     QFile source(from);
-    QSaveFile target(to);
-    if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
+    WholeFile target(to);
+    if (!source.open(QIODevice::ReadOnly) || !target.open())
         return false;
     while (!source.atEnd()) {
         const QByteArray piece = source.read(pieceSize);
-        if (piece.isEmpty() || target.write(piece) != piece.size())
+        if (piece.isEmpty() || !target.write(piece.constData(), piece.size()))
             return false;
     }
-    // commit() alone would rename what a failed flush has left behind.
-    const bool isOnDisk = source.error() == QFileDevice::NoError && target.flush() && fsync(target.handle()) == 0;
-    if (!isOnDisk || !target.commit())
-        return false;
-    syncFolderOf(to);
-    return true;
+    return source.error() == QFileDevice::NoError && target.commit();
 }
 
 /// Replaces the target. When that fails there is none in the end: nothing is better than the picture of another fibre.

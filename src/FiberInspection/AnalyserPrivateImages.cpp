@@ -5,6 +5,7 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -89,7 +90,7 @@ bool AnalyserPrivate::saveImage(const cv::Mat &mat, const QString &path)
     try {
         std::vector<uchar> bytes;
         return cv::imencode(path.mid(extensionStart).toStdString(), mat, bytes)
-            && ImageFile::write(path, reinterpret_cast<const char *>(bytes.data()), static_cast<qint64>(bytes.size()));
+            && WholeFile::write(path, reinterpret_cast<const char *>(bytes.data()), static_cast<qint64>(bytes.size()));
     } catch (const cv::Exception &exception) {
         qCDebug(messageLog) << "image not encoded:" << path << exception.what();
         return false;
