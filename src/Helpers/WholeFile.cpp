@@ -45,9 +45,9 @@ bool WholeFile::open()
     return mUnfinished.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
 }
 
-bool WholeFile::write(const char *data, qint64 size)
+bool WholeFile::write(const QByteArray &piece)
 {
-    return mUnfinished.write(data, size) == size;
+    return mUnfinished.write(piece) == piece.size();
 }
 
 bool WholeFile::commit()
@@ -60,8 +60,8 @@ bool WholeFile::commit()
     return true;
 }
 
-bool WholeFile::write(const QString &path, const char *data, qint64 size)
+bool WholeFile::write(const QString &path, const QByteArray &content)
 {
     WholeFile file(path);
-    return file.open() && file.write(data, size) && file.commit();
+    return file.open() && file.write(content) && file.commit();
 }

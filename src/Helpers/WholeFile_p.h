@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QByteArray>
 #include <QFile>
 #include <QString>
 
@@ -17,11 +18,11 @@ public:
     WholeFile &operator=(const WholeFile &) = delete;
 
     bool open();
-    bool write(const char *data, qint64 size);
+    bool write(const QByteArray &piece);
     bool commit();
 
     /// All of it in one go.
-    static bool write(const QString &path, const char *data, qint64 size);
+    static bool write(const QString &path, const QByteArray &content);
 
 private:
     const QString mPath;
