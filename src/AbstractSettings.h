@@ -20,6 +20,19 @@ class QSettings;
 /// log tells, and the values stay in memory. What a link leads to is read once, if both are root's or ours and it is a
 /// regular file of at most 1 MiB. While something that is not ours stands in the way later, as a lock of another
 /// user, the event loop tries again each second.
+///
+/// @code
+/// class Settings : public AbstractSettings
+/// {
+/// public:
+///     explicit Settings(const QString &path) : AbstractSettings(path) {}
+///     bool setLanguage(const QString &language)
+///     {
+///         m_settings->setValue(QStringLiteral("language"), language);
+///         return sync();
+///     }
+/// };
+/// @endcode
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {
 public:

@@ -28,6 +28,12 @@ class LiveAnalysisLink;
 ///     runnable->run(&frame, surfaceFormat, {}); // a video output does this
 ///     if (!filter.lastReading().hasFibre())
 ///         page->showHint(filter.lastReading().state);
+///
+/// @code
+/// FiberRealtimeAnalyser filter; // goes into the filters of a VideoOutput
+/// QObject::connect(&filter, &FiberRealtimeAnalyser::focusValue_changed, &filter,
+///     [](double focus) { qInfo() << (focus > 2.5 ? "in focus" : "turn the knob"); });
+/// @endcode
 class VANTORBASE_EXPORT FiberRealtimeAnalyser : public QAbstractVideoFilter
 {
     Q_OBJECT

@@ -18,6 +18,15 @@ class IPDetails;
 /// changes something, two for an IPv6 address, one for a route. One that changes something waits three more for who is
 /// changing the same files. What was not found leaves the output as it was, unless the function says otherwise. A name
 /// that Linux gives no interface is refused where it would become part of a path that is opened or of a command.
+///
+/// @code
+/// QString address;
+/// if (NetworkHelper::getIPv4Address(QStringLiteral("eth0"), address))
+///     qInfo() << "this unit is" << address;
+/// IPDetails details;
+/// if (NetworkHelper::getInterfaceIPv4Details(QStringLiteral("eth0"), details))
+///     NetworkHelper::updateSystemDNSServers(details.primaryDNS(), details.secondaryDNS(), details.domain());
+/// @endcode
 class VANTORBASE_EXPORT NetworkHelper : public QObject
 {
     Q_OBJECT

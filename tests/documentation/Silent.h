@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+class Elsewhere; // declared here only
+
+/// Says nothing of how it is used.
+class Silent
+{
+};
+
+/// Says too little.
+/// @code
+/// const Brief brief;
+/// @endcode
+class Brief
+{
+};
