@@ -331,6 +331,32 @@ Item {
             compare(combo.valueRole, "id");
         }
 
+        function test_refreshingTheCurrentValueIsOneChange() {
+            const combo = createNativeCombo();
+            const seen = [];
+            combo.currentValueChanged.connect(function() { seen.push("value " + combo.currentValue); });
+            combo.valueRoleChanged.connect(function() { seen.push("role " + combo.valueRole); });
+            combo.modelChanged.connect(function() { seen.push("model"); });
+            combo.model.setIdSilently(0, 12);
+
+            combo.setCurrentValue(12);
+
+            compare(seen, ["value 12"]);
+        }
+
+        function test_theCurrentValueIsRefreshedWhileThePopupIsOpen() {
+            const combo = createNativeCombo();
+            open(combo);
+            combo.model.setIdSilently(0, 12);
+
+            combo.setComboBoxFromRole("name", "red");
+
+            compare(combo.currentValue, 12);
+            compare(combo.popup.contentItem.count, 3);
+            mouseClick(combo.popup.contentItem.itemAtIndex(1));
+            tryCompare(combo, "currentIndex", 1, Patience.longest);
+        }
+
         function test_refreshingTheCurrentValueLeavesTheBindingOfItsRole() {
             const combo = createTemporaryObject(boundCombo, scene);
             combo.model.setIdSilently(0, 12);
