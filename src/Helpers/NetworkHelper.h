@@ -61,11 +61,13 @@ public:
 
     /// Likewise, and tells what failed:
     ///
-    ///     NetworkHelper::ConfigurationSteps failed;
-    ///     if (!NetworkHelper::configureSystem(failed))
-    ///         qWarning() << "no name service:" << failed;
-    ///     if (failed & NetworkHelper::LinkExitHook)
-    ///         showPage(Page::AddressesByHand);
+    /// @code
+    /// NetworkHelper::ConfigurationSteps failed;
+    /// if (!NetworkHelper::configureSystem(failed))
+    ///     qWarning() << "no name service:" << failed;
+    /// if (failed & NetworkHelper::LinkExitHook)
+    ///     qWarning() << "addresses have to be typed";
+    /// @endcode
     ///
     /// A hook counts as linked when the link is there afterwards, whatever ln said.
     /// @param failed all steps that failed; those that were not come to are not among them

@@ -104,11 +104,13 @@ public:
 
 /// Why a pair of names gives no run, and where.
 ///
-///     QVector<QString> names;
-///     NameGenFault fault;
-///     TestNameGenerator::generateTestNames("A9", "B1", names, 1000, fault);
-///     if (fault.hasColumn())
-///         qWarning() << fault.error << "at column" << fault.column + 1 << fault.from.value << fault.to.value;
+/// @code
+/// QVector<QString> names;
+/// NameGenFault fault;
+/// TestNameGenerator::generateTestNames(QStringLiteral("A9"), QStringLiteral("B1"), names, 1000, fault);
+/// if (fault.hasColumn())
+///     qWarning() << fault.error << "at column" << fault.column + 1 << fault.from.value << fault.to.value;
+/// @endcode
 struct VANTORBASE_EXPORT NameGenFault
 {
     static constexpr int namesAsAWhole = -1; ///< no single column is at fault

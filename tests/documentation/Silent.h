@@ -8,6 +8,13 @@ class Silent
 {
 };
 
+/// Shows something, but not to the compiler.
+///
+///     const Unheard unheard;
+struct Unheard
+{
+};
+
 /// Says too little.
 /// @code
 /// const Brief brief;

@@ -24,21 +24,23 @@ class Example(NamedTuple):
 
 class Header(NamedTuple):
     examples: List[Example]
-    silent: List[str]  # classes without an example, and where
+    faults: List[str]  # and where
 
 
 def read(path: str) -> Header:
     found = Header([], [])
     has_example = False  # in the documentation at hand
     inside = None
+    previous = "text"
     with open(path, encoding="utf-8") as lines:
         for number, line in enumerate(lines, 1):
             text = DOCUMENTATION.match(line)
             if not text:
                 declared = CLASS.match(line.rstrip("\n"))
                 if declared and not has_example:
-                    found.silent.append(f"{path}:{number}: class {declared[1]} has no example of use")
+                    found.faults.append(f"{path}:{number}: class {declared[1]} has no example of use")
                 has_example = False
+                previous = "text"
                 continue
             if text[1].strip() == "@code":
                 inside = Example(path, number + 1, [])
@@ -48,6 +50,9 @@ def read(path: str) -> Header:
                 inside = None
             elif inside:
                 inside.lines.append(text[1])
+            elif text[1].startswith("    ") and not previous.strip():
+                found.faults.append(f"{path}:{number}: code that nobody compiles: @code is missing")
+            previous = text[1]
     if inside:
         sys.exit(f"{path}:{inside.line - 1}: @code without @endcode")
     return found
@@ -90,7 +95,7 @@ def check(headers: List[str]) -> int:
     faults: List[str] = []
     for header in headers:
         found = read(header)
-        faults += found.silent
+        faults += found.faults
         for example in found.examples:
             length = sum(1 for line in example.lines if line.strip())
             if not FEWEST_LINES <= length <= MOST_LINES:
