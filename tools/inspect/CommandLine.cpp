@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
+#include "inspect/CommandLine.h"
 
-#include "StandardNames.h"
+#include "inspect/StandardNames.h"
 
 #include <QRegularExpression>
 
@@ -48,13 +48,13 @@ CommandLine::CommandLine()
           "No report for a person, no progress bar: the exit code tells the verdict."))
     , mVerbose(option("verbose", "Show the log of the analysis on stderr."))
 {
-    mParser.setApplicationDescription(
-        QStringLiteral("Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
-                       "What lies in a folder and is no image is told on stderr. Each image is analysed in a process\n"
-                       "that can neither open files nor reach a network, and that is ended when it takes too long.\n\n"
-                       "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed or were left out of a\n"
-                       "folder, 64 wrong usage, 69 there is no place for temporary files, 74 a report or a picture\n"
-                       "could not be written. Of several, 64, 69 and 74 come first, then the highest."));
+    mParser.setApplicationDescription(QStringLiteral(
+        "Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
+        "What lies in a folder and is no image is told on stderr. Each image is analysed in a process\n"
+        "that can neither open files nor reach a network, and that is ended when it takes too long.\n\n"
+        "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed or were left out of a\n"
+        "folder, 64 wrong usage, 69 there is no place for temporary files, 71 out of memory,\n"
+        "74 a report or a picture could not be written. Of several, 64, 69 and 74 come first, then the highest."));
     mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
         QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
         QStringLiteral("IMAGE|FOLDER..."));

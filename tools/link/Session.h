@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Endpoint.h"
-#include "ExitCode.h"
-#include "LineReader.h"
-#include "StandardOutput.h"
-#include "Traffic.h"
+#include "common/ExitCode.h"
+#include "common/StandardOutput.h"
+#include "link/Endpoint.h"
+#include "link/LineReader.h"
+#include "link/Traffic.h"
 
 #include <QSocketNotifier>
 #include <QTimer>
@@ -57,7 +57,7 @@ private:
     QTimer mLingerTimer;
     bool mIsDroppingAnswers = false;
     bool mIsEnding = false;
-    int mExitCode = AllSent;
+    int mExitCode = Tools::Done;
 };
 
 } // namespace Link

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Explanation.h"
+#include "names/Explanation.h"
 
 #include <QMetaEnum>
 
