@@ -33,6 +33,12 @@ if(NOT VANTORBASE_SANITIZE AND NOT CMAKE_CXX_FLAGS MATCHES "-fsanitize")
 endif()
 add_link_options(LINKER:-z,relro LINKER:-z,now)
 
+# A crash in the field is read with the build that shipped: functions and lines suffice for that, and cost next to no
+# time. What is installed with --strip is without them; the build ID, which not every compiler asks for, tells the two
+# belong together. See docs/crashes.md.
+add_compile_options($<$<CONFIG:Release,MinSizeRel>:-g1>)
+add_link_options(LINKER:--build-id)
+
 if(VANTORBASE_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=address,undefined)

@@ -3,7 +3,7 @@
 
 #include "FiberInspection/Geometry.h"
 #include "Helpers/BaseDirHelper.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDebug>
 #include <QDir>

@@ -5,8 +5,8 @@
 #include "OrvelApplication.h"
 #include "OrvelPage.h"
 #include "QmlResources.h"
-#include "SimulatedScope.h"
 #include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQuickStyle>

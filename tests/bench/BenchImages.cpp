@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
 
-#include "EndfacePainter.h"
+#include "simulation/EndfacePainter.h"
 
 #include <QImage>
 

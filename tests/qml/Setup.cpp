@@ -12,9 +12,9 @@
 #include "OrvelPage.h"
 #include "Processor.h"
 #include "QmlResources.h"
-#include "SimulatedScope.h"
 #include "TestFiles.h"
 #include "WorkDir.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>

@@ -5,8 +5,8 @@
 #include "NestedLoop.h"
 #include "OrvelPage.h"
 #include "QmlResources.h"
-#include "SimulatedScope.h"
 #include "StandardModel.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QPointer>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
 #include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QObject>

@@ -4,9 +4,9 @@
 // quiet machine; with --busy, of one that other programs use, too.
 #include "FrameCounter.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
 #include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QElapsedTimer>
 #include <QFile>

@@ -8,8 +8,8 @@
 #include "Language.h"
 #include "LogCapture.h"
 #include "NestedLoop.h"
-#include "SimulatedScope.h"
 #include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QCoreApplication>
 #include <QPointer>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DrawnFibre.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/Inspection.h"
 #include "LogCapture.h"
 #include "WorkDir.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QFile>

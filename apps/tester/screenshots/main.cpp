@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Goes through the application as a user would, and leaves a picture of each page in both sizes and languages.
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
 #include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDir>
 #include <QFileInfo>
