@@ -76,13 +76,21 @@ Program::~Program() = default;
 
 int Program::run(CommandLineBase *commandLine, const std::function<int()> &work) const
 {
-    try {
+    return run([&]() -> int {
         if (!commandLine->parse(QCoreApplication::arguments())) {
             Terminal::tell(commandLine->problem());
             return WrongUsage;
         }
         const QString answer = commandLine->answer();
         return answer.isEmpty() ? work() : print(answer.toUtf8());
+    });
+}
+
+// A member, so that there is an application.
+int Program::run(const std::function<int()> &work) const // NOLINT(readability-convert-member-functions-to-static)
+{
+    try {
+        return work();
     } catch (const std::bad_alloc &) {
         Terminal::tell(QStringLiteral("out of memory"));
         return OutOfMemory;

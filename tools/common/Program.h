@@ -37,6 +37,9 @@ public:
     /// Does the work, which returns the exit code; or only what --help, --version or a wrong command line ask for.
     int run(CommandLineBase *commandLine, const std::function<int()> &work) const;
 
+    /// For a program that reads its arguments itself.
+    int run(const std::function<int()> &work) const;
+
     enum class Log : int { Nothing, Warnings, Everything };
 
     /// Shows that much of the log of this process on stderr. Qt would send it to the system's journal where there is no
