@@ -2,6 +2,7 @@
 // The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
 // restarts the real dnsmasq.
 #include "ForkedChild.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
@@ -870,7 +871,7 @@ private Q_SLOTS:
     }
 
 private:
-    Lab::Tester mTester;
+    const AbsoluteBaseDir mFolder{QStringLiteral("/opt/tester")};
     Lab::PeerServer mPeer;
 };
 
