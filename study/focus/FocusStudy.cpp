@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
 #include "common/Terminal.h"
-#include "focus/FilterLog.h"
 #include "study/CommandLine.h"
 #include "study/Commands.h"
 #include "study/focus/StudyExperiments.h"
@@ -106,15 +106,15 @@ private:
 
 } // namespace Focus
 
-int Study::runFocus(const QStringList &arguments)
+int Study::runFocus(const Tools::Program &program)
 {
     Focus::FocusCommandLine commandLine;
-    if (const std::optional<int> code = commandLine.answered(arguments))
-        return *code;
-    Focus::FilterLog::install(false);
-    QString problem;
-    if (Focus::writeStudy(commandLine.folder(), commandLine.effort(), &problem))
-        return Measured;
-    Tools::Terminal::tell(problem);
-    return NotWritten;
+    return program.run(&commandLine, [&]() -> int {
+        Tools::Program::showLog(Tools::Program::Log::Nothing);
+        QString problem;
+        if (Focus::writeStudy(commandLine.folder(), commandLine.effort(), &problem))
+            return Tools::Done;
+        Tools::Terminal::tell(problem);
+        return Tools::NotWritten;
+    });
 }

@@ -461,7 +461,7 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished(patience));
 
         QCOMPARE(process.exitCode(), 74);
-        QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write the report\n"));
+        QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write to stdout: No space left on device\n"));
     }
 
     void everyEntryOfAFolderIsMeasuredOrTold()
