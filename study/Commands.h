@@ -5,7 +5,7 @@
 
 namespace Study {
 
-enum ExitCode : int { Measured = 0, Failed = 1, WrongUsage = 64, NotWritten = 74 };
+enum ExitCode : int { Measured = 0, Failed = 1, WrongUsage = 64, NoGnuplot = 69, NotWritten = 74 };
 
 // The commands of vantor-study. Each reads the arguments of the program, which begin with its name and the command's,
 // and returns an ExitCode.

@@ -164,11 +164,16 @@ int runAccuracy(const QStringList &arguments)
         return *code;
     const Options &options = commandLine.options();
 
+    QString problem;
+    if (!options.outputFolder.isEmpty() && !Plot::canDraw(&problem)) {
+        Tools::Terminal::tell(problem);
+        return NoGnuplot;
+    }
+
     QElapsedTimer timer;
     timer.start();
     const auto experiments = allExperiments();
     const Plan plan = makePlan(experiments, options.faces);
-    QString problem;
     const bool showsProgress = !options.quiet && Tools::Terminal::isTerminal(STDERR_FILENO);
     const auto outcomes = examineAll(plan.faces, options.jobs, showsProgress, &problem);
     if (!outcomes) {

@@ -3,12 +3,13 @@
 
 namespace Focus {
 
-/// The last three as sysexits.h counts them.
+/// Those from 64 on as sysexits.h counts them.
 enum ExitCode : int {
     Found = 0, ///< the fibre, in at least one frame
     NeverFound = 1,
     WrongUsage = 64,
     UnreadableInput = 66, ///< and the fibre was not found in what could be read
+    NoGnuplot = 69, ///< which draws the plot
     NotWritten = 74, ///< report or plot
 };
 

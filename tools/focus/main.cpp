@@ -55,7 +55,7 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
 {
     QString problem;
     const Plot::LineChart chart = focusPlot(readings, plotSubtitle(options));
-    if (options.plotFile.isEmpty() || Plot::save(Plot::svg(chart), options.plotFile, &problem))
+    if (options.plotFile.isEmpty() || Plot::save({{chart}}, options.plotFile, &problem))
         return true;
     tell(QStringLiteral("%1: %2").arg(Tools::Terminal::printableName(options.plotFile), problem));
     return false;
@@ -106,5 +106,9 @@ int main(int argc, char *argv[])
     const Options &options = commandLine.options();
     FilterLog::install(options.verbose);
 
+    if (QString problem; !options.plotFile.isEmpty() && !Plot::canDraw(&problem)) {
+        tell(problem);
+        return NoGnuplot;
+    }
     return measureAll(options);
 }
