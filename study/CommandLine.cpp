@@ -6,8 +6,8 @@ namespace Study {
 CommandLine::CommandLine(const QString &command, const char *description)
 {
     mParser.setApplicationDescription(QString::fromUtf8(description)
-        + QStringLiteral(
-            "\n\nExit code: 0 done, 1 the study failed, 64 wrong usage, 71 out of memory, 74 it cannot be written."));
+        + QStringLiteral("\n\nExit code: 0 done, 1 the study failed, 64 wrong usage, 69 gnuplot, which draws the "
+                         "charts, is\nnot installed, 71 out of memory, 74 it cannot be written."));
     if (!command.isEmpty())
         mParser.addPositionalArgument(command, QStringLiteral("This study."), command);
     mParser.addOptions({mHelp, mVersion});

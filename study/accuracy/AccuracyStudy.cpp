@@ -167,11 +167,16 @@ int write(const Findings &findings, const Options &options)
 int study(const Options &options)
 {
     Tools::Program::showLog(Tools::Program::Log::Nothing);
+    QString problem;
+    if (!options.outputFolder.isEmpty() && !Plot::canDraw(&problem)) {
+        Tools::Terminal::tell(problem);
+        return Tools::Unavailable;
+    }
+
     QElapsedTimer timer;
     timer.start();
     const auto experiments = allExperiments();
     const Plan plan = makePlan(experiments, options.faces);
-    QString problem;
     const bool showsProgress = !options.quiet && Tools::Terminal::isTerminal(STDERR_FILENO);
     const auto outcomes = examineAll(plan.faces, options.jobs, showsProgress, &problem);
     if (!outcomes) {

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSaveFile>
 
 namespace Focus {
 
@@ -28,10 +29,10 @@ constexpr Part parts[] = {
 
 bool write(const QString &path, const QByteArray &content, QString *problem)
 {
-    QString reason;
-    if (Plot::save(content, path, &reason))
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
         return true;
-    *problem = QStringLiteral("%1: %2").arg(path, reason);
+    *problem = QStringLiteral("%1: %2").arg(path, file.errorString());
     return false;
 }
 
@@ -71,8 +72,12 @@ bool writeStudy(const QString &folder, const Effort &effort, QString *problem)
     }
 
     for (auto plot = findings.plots().cbegin(); plot != findings.plots().cend(); ++plot) {
-        if (!write(QStringLiteral("%1/%2.svg").arg(imageFolder, plot.key()), plot.value(), problem))
+        const QString path = QStringLiteral("%1/%2.svg").arg(imageFolder, plot.key());
+        QString reason;
+        if (!Plot::save(plot.value(), path, &reason)) {
+            *problem = QStringLiteral("%1: %2").arg(path, reason);
             return false;
+        }
     }
     return writeDocument(folder + QStringLiteral("/focus.md"), findings, problem);
 }
@@ -112,6 +117,10 @@ int Study::runFocus(const Tools::Program &program)
     return program.run(&commandLine, [&]() -> int {
         Tools::Program::showLog(Tools::Program::Log::Nothing);
         QString problem;
+        if (!Plot::canDraw(&problem)) {
+            Tools::Terminal::tell(problem);
+            return Tools::Unavailable;
+        }
         if (Focus::writeStudy(commandLine.folder(), commandLine.effort(), &problem))
             return Tools::Done;
         Tools::Terminal::tell(problem);

@@ -11,7 +11,7 @@ enum ExitCode : int {
     NotAnswered = 2, ///< some of the input got no answer
     WrongUsage = 64,
     UnreadableInput = 66,
-    Unavailable = 69, ///< what the work needs: a port, a place for temporary files
+    Unavailable = 69, ///< what the work needs: a port, a place for temporary files, gnuplot
     OutOfMemory = 71,
     NotWritten = 74, ///< the answer, or a file
     StoppedBySignal = 128, ///< plus the number of the signal; SIGPIPE when nobody reads the answer any more

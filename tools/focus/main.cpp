@@ -36,7 +36,7 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
 {
     QString problem;
     const Plot::LineChart chart = focusPlot(readings, plotSubtitle(options));
-    if (options.plotFile.isEmpty() || Plot::save(Plot::svg(chart), options.plotFile, &problem))
+    if (options.plotFile.isEmpty() || Plot::save({{chart}}, options.plotFile, &problem))
         return true;
     tell(QStringLiteral("%1: %2").arg(Tools::Terminal::printableName(options.plotFile), problem));
     return false;
@@ -45,6 +45,10 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
 int measureAll(const Options &options)
 {
     Program::showLog(options.verbose ? Program::Log::Everything : Program::Log::Nothing);
+    if (QString problem; !options.plotFile.isEmpty() && !Plot::canDraw(&problem)) {
+        tell(problem);
+        return Tools::Unavailable;
+    }
     const std::unique_ptr<FrameSource> source = frameSource(options);
     const bool isForPerson = options.format == Options::Format::Text;
     const Tools::TextStyle style(isForPerson && Tools::Terminal::hasColors(STDOUT_FILENO));
