@@ -151,7 +151,7 @@ private Q_SLOTS:
         const QVector<QVector<QPointF>> curves = curvesOf(drawn(chart), ink);
 
         QCOMPARE(curves.size(), 1);
-        const QVector<QPointF> points = curves.first();
+        const QVector<QPointF> &points = curves.first();
         QCOMPARE(points.size(), 3);
         QVERIFY(points[0].x() < points[2].x());
         QVERIFY(points[0].y() > points[2].y()); // y runs down
