@@ -15,8 +15,8 @@
 
 class FrameMaker;
 
-/// A fibre scope made of software: what a hand would do to a real one, and what its camera sees. So pages and programs for
-/// a scope can be tried without one.
+/// A fibre scope made of software: what a hand would do to a real one, and what its camera sees. So pages and programs
+/// for a scope can be tried without one.
 ///
 /// A plug-in that lies beside this library offers it to Qt Multimedia as a camera. One object per process, in the user
 /// interface's thread.
@@ -51,8 +51,8 @@ public:
     static SimulatedScope *instance();
     ~SimulatedScope() override;
 
-    /// The path of the plug-in that offers the camera, for QCoreApplication::addLibraryPath(). Empty if the plug-in is not
-    /// installed.
+    /// The path of the plug-in that offers the camera, for QCoreApplication::addLibraryPath(). Empty if the plug-in is
+    /// not installed.
     static QString pluginPath();
 
     /// The display name of the camera.

@@ -2,7 +2,6 @@
 // Watches the picture of a fibre scope, takes a photograph of it and grades that. The scope is the simulated one with a
 // pitted end face in it; with a real one, the lines of main() that begin with "scope" go.
 #include <FiberInspection/Inspection.h>
-#include <simulation/SimulatedScope.h>
 
 #include <QAbstractVideoSurface>
 #include <QCamera>
@@ -11,6 +10,8 @@
 #include <QGuiApplication>
 #include <QTemporaryDir>
 #include <QTextStream>
+
+#include <simulation/SimulatedScope.h>
 
 using namespace FiberInspection;
 
@@ -48,13 +49,16 @@ QCameraInfo cameraNamed(const QString &name)
         if (camera.description() == name)
             return camera;
     }
-    return {};
+    return QCameraInfo();
 }
 
 int grade(const QString &photograph)
 {
     const Inspection face = inspectFile(photograph, Standard::IEC61300_3_35_SM_RL45);
-    QTextStream(stdout) << (face.passed() ? "PASSED" : face.hasVerdict() ? "FAILED" : face.problem()) << '\n';
+    QTextStream(stdout) << (face.passed() ? "PASSED"
+            : face.hasVerdict()           ? "FAILED"
+                                          : "NO VERDICT: ")
+                        << face.problem() << '\n';
     return face.passed() ? 0 : face.hasVerdict() ? 1 : 2;
 }
 
