@@ -12,6 +12,7 @@ namespace FiberInspection::ImageFormats {
 namespace {
 constexpr qint64 bitsPerByte = 8;
 constexpr qint64 longestLineEnd = 2; // bytes
+constexpr qint64 highestByte = 255;
 constexpr qint64 highestSample = 65535;
 
 bool isSpace(char character)
@@ -193,23 +194,19 @@ QString problemOfText(const QByteArray &bytes, NumberReader *numbers, qint64 sam
     return endsAt(bytes, numbers->position()) ? QString() : leftOver();
 }
 
-QString problemOfBinary(const QByteArray &bytes, const Header &header, qint64 bitsPerSample, qint64 highest)
+/// Of binary samples nothing can be too high: only those that use all of their bits are read.
+QString problemOfBinary(const QByteArray &bytes, const Header &header)
 {
     const qint64 end = header.begin + header.bytesPerLine * header.height;
     if (end > bytes.size())
         return incomplete().problem;
-    if (bytes.size() - end > longestLineEnd || !endsAt(bytes, end))
-        return leftOver();
-    const uchar *const last = dataOf(bytes) + end;
-    if (bitsPerSample == bitsPerByte) {
-        const auto isHigher = [highest](uchar sample) { return sample > highest; };
-        return std::any_of(dataOf(bytes) + header.begin, last, isHigher) ? tooHigh() : QString();
-    }
-    for (const uchar *sample = dataOf(bytes) + header.begin; sample < last; sample += 2) {
-        if (bigEndian16(sample) > highest)
-            return tooHigh();
-    }
-    return {};
+    return bytes.size() - end > longestLineEnd || !endsAt(bytes, end) ? leftOver() : QString();
+}
+
+/// Whether white comes out as white: the decoder takes binary samples, and all of 16 bits, as they are.
+bool isScaled(qint64 highest, bool isText)
+{
+    return highest == highestByte || highest == highestSample || (isText && highest < highestByte);
 }
 } // namespace
 
@@ -244,6 +241,8 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
         return incomplete();
     if (highest < 1 || highest > highestSample)
         return refused(QStringLiteral("the image header is damaged"));
+    if (!isBits && !isScaled(highest, isText))
+        return refused(QStringLiteral("samples up to %1 are not supported").arg(highest));
     const QString problem = problemOfSize(header.width, header.height, maxPixels);
     if (!problem.isEmpty())
         return refusedForSize(header.width, header.height, problem);
@@ -253,9 +252,9 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
         return decodePlain(bytes, header, maxPixels);
     }
     header.begin = numbers.position() + 1;
-    const qint64 bitsPerSample = isBits ? 1 : highest > 255 ? 16 : 8;
+    const qint64 bitsPerSample = isBits ? 1 : highest > highestByte ? 16 : 8;
     header.bytesPerLine = (samplesPerLine * bitsPerSample + bitsPerByte - 1) / bitsPerByte;
-    header.problem = problemOfBinary(bytes, header, isBits ? bitsPerByte : bitsPerSample, isBits ? 255 : highest);
+    header.problem = problemOfBinary(bytes, header);
     return decodePlain(bytes, header, maxPixels);
 }
 

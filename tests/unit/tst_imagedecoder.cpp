@@ -14,6 +14,8 @@
 using namespace FiberInspection;
 using namespace EncodedImages;
 
+Q_DECLARE_METATYPE(cv::Mat)
+
 namespace {
 bool areEqual(const cv::Mat &a, const cv::Mat &b)
 {
@@ -392,7 +394,6 @@ private Q_SLOTS:
         QTest::newRow("P5 of 16 bits") << QByteArray("P5\n3 1\n65535\nabcdef");
         QTest::newRow("P6") << QByteArray("P6\n# a comment\n2 1\n255\nabcdef");
         QTest::newRow("P5 with an end of line") << QByteArray("P5\n3 2\n255\nabcdef\r\n");
-        QTest::newRow("P5 of 10 bits") << QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18);
         QTest::newRow("P2 with empty lines") << QByteArray("P2 2 1 15\n0 15\n \n\n");
         QTest::newRow("BMP with more behind it") << bmp(37, 29, 8) + "more";
         QTest::newRow("BMP without the size of the file") << bmp(37, 29, 8).replace(2, 4, littleEndian(0, 4));
@@ -403,6 +404,32 @@ private Q_SLOTS:
         const cv::Mat expected = reference(bytes);
 
         QVERIFY(!expected.empty());
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void pnmSamplesAreScaledByTheHighestOne_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<cv::Mat>("expected");
+        const auto row = [](const char *name, const QByteArray &bytes, std::vector<uchar> pixels) {
+            QTest::newRow(name) << bytes << cv::Mat(pixels, true).reshape(3, 1);
+        };
+        row("P1", "P1\n2 1\n1 0\n", {0, 0, 0, 255, 255, 255});
+        row("P4", "P4\n2 1\n\x80", {0, 0, 0, 255, 255, 255});
+        row("P2 of 4 bits", "P2 2 1 15\n15 5\n", {255, 255, 255, 85, 85, 85});
+        row("P2 of 200", "P2 2 1 200\n200 100\n", {255, 255, 255, 127, 127, 127});
+        row("P2 of 16 bits", "P2 2 1 65535\n65535 32896\n", {255, 255, 255, 128, 128, 128});
+        row("P3 of 8 bits", "P3 2 1 255\n1 2 3 253 254 255\n", {3, 2, 1, 255, 254, 253});
+        row("P5 of 8 bits", "P5 2 1 255\n\xFF\x7F", {255, 255, 255, 127, 127, 127});
+        row("P5 of 16 bits", "P5 2 1 65535\n\xFF\xFF\x80\x80", {255, 255, 255, 128, 128, 128});
+        row("P6 of 8 bits", "P6 2 1 255\nabcxyz", {'c', 'b', 'a', 'z', 'y', 'x'});
+        row("P6 of 16 bits", "P6 1 1 65535\naabbcc", {'c', 'b', 'a'});
+    }
+    void pnmSamplesAreScaledByTheHighestOne()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(cv::Mat, expected);
+
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
     }
 
@@ -539,8 +566,13 @@ private Q_SLOTS:
         row("one bit too many", "P1\n3 1\n1010\n", more);
         row("a text sample above the highest", "P2\n3 1\n15\n1 16 3\n", tooHigh);
         row("a bit of 2", "P1\n3 1\n1 2 0\n", tooHigh);
-        row("a byte above the highest", QByteArray("P5\n3 1\n15\n\1\x10\3"), tooHigh);
-        row("two bytes above the highest", QByteArray("P5\n3 1\n1023\n\3\xFF\4\0\0\1", 18), tooHigh);
+        row("P5 of 4 bits", QByteArray("P5\n3 1\n15\n\1\xF\3"), "samples up to 15 are not supported");
+        row("P5 of 254", QByteArray("P5\n3 1\n254\n\1\xFE\3"), "samples up to 254 are not supported");
+        row("P5 of 10 bits", QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18), "samples up to 1023 are not supported");
+        row("P6 of 14 bits", QByteArray("P6\n1 1\n16383\n\x3F\xFF\2\0\0\1", 19),
+            "samples up to 16383 are not supported");
+        row("P2 of 14 bits", "P2\n3 1\n16383\n1 2 16383\n", "samples up to 16383 are not supported");
+        row("P3 of 256", "P3\n1 1\n256\n1 2 256\n", "samples up to 256 are not supported");
         row("highest sample 0", QByteArray("P5\n3 1\n0\n\0\0\0", 12), "the image header is damaged");
         row("highest sample 70000", "P5\n3 1\n70000\nabcdef", "the image header is damaged");
 
