@@ -261,6 +261,27 @@ QString problemOfPieces(const Tiff &tiff, const QByteArray &bytes, const TiffStr
         return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
     return {};
 }
+
+/// What speaks against the file, or nothing. With the answer the memory of the decoder is free again.
+DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qint64 maxPixels, QSize *size)
+{
+    const Tiff tiff(bytes, maxPixels);
+    if (!tiff.get() || tiff.hasComplained())
+        return damaged(tiff.message());
+    const qint64 width = tiff.number<uint32_t>(TIFFTAG_IMAGEWIDTH);
+    const qint64 height = tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH);
+    const QString problemOfHeader = problemOfSize(width, height, maxPixels);
+    if (!problemOfHeader.isEmpty())
+        return refusedForSize(width, height, problemOfHeader);
+    *size = QSize(static_cast<int>(width), static_cast<int>(height));
+    const QString problem = problemOfLayout(tiff, *size, maxPixels);
+    if (!problem.isEmpty())
+        return refused(problem);
+    if (TIFFLastDirectory(tiff.get()) == 0)
+        return refused(QStringLiteral("the file holds more than one page"));
+    const QString problemOfData = problemOfPieces(tiff, bytes, structure);
+    return problemOfData.isEmpty() ? DecodedImage() : refused(problemOfData);
+}
 } // namespace
 
 bool isTiff(const QByteArray &bytes)
@@ -274,24 +295,9 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
     const TiffStructure structure = readTiffStructure(bytes);
     if (!structure.problem.isEmpty())
         return refused(structure.problem);
-    const Tiff tiff(bytes, maxPixels);
-    if (!tiff.get() || tiff.hasComplained())
-        return damaged(tiff.message());
-    const qint64 width = tiff.number<uint32_t>(TIFFTAG_IMAGEWIDTH);
-    const qint64 height = tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH);
-    const QString problemOfHeader = problemOfSize(width, height, maxPixels);
-    if (!problemOfHeader.isEmpty())
-        return refusedForSize(width, height, problemOfHeader);
-    const QSize size(static_cast<int>(width), static_cast<int>(height));
-    const QString problem = problemOfLayout(tiff, size, maxPixels);
-    if (!problem.isEmpty())
-        return refused(problem);
-    if (TIFFLastDirectory(tiff.get()) == 0)
-        return refused(QStringLiteral("the file holds more than one page"));
-    const QString problemOfData = problemOfPieces(tiff, bytes, structure);
-    if (!problemOfData.isEmpty())
-        return refused(problemOfData);
-    return decodeByOpenCv(bytes, size);
+    QSize size;
+    const DecodedImage problem = checked(bytes, structure, maxPixels, &size);
+    return problem.fault == ImageFault::None ? decodeByOpenCv(bytes, size) : problem;
 }
 
 } // namespace FiberInspection::ImageFormats

@@ -78,6 +78,7 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStru
     const quint64 at = numbers.number(value, form.offsetSize);
     if (count > UINT64_MAX / typeSize || !numbers.has(at, count * typeSize))
         return false;
+    structure->valuesSize += count * typeSize;
     structure->places.push_back({at, at + count * typeSize});
     return true;
 }
@@ -144,6 +145,8 @@ TiffStructure readTiffStructure(const QByteArray &bytes)
     TiffStructure structure;
     if (!readDirectory(bytes, &structure))
         structure.problem = QStringLiteral("the image is incomplete");
+    else if (structure.valuesSize > static_cast<quint64>(bytes.size())) // the decoder copies each of them
+        structure.problem = QStringLiteral("the values of entries overlap");
     else if (structure.offsets == 0 || structure.offsets != structure.sizes)
         structure.problem = QStringLiteral("the image header is damaged");
     else if (structure.offsets > maxPieces)

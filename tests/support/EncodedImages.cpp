@@ -237,8 +237,6 @@ QByteArray tiff(int width, int height, const Tiff &kind)
 
 QByteArray tiff(const TiffStrips &strips)
 {
-    enum Type { Short = 3, Long = 4 };
-    constexpr int entries = 9;
     constexpr int headerSize = 8;
     const quint32 tables = headerSize + quint32(strips.data.size());
     const auto table = [](const std::vector<quint32> &values) {
@@ -247,21 +245,31 @@ QByteArray tiff(const TiffStrips &strips)
             bytes += littleEndian(value, 4);
         return bytes;
     };
-    const auto tag = [](int number, Type type, quint32 count, quint32 value) {
-        return littleEndian(quint32(number), 2) + littleEndian(type, 2) + littleEndian(count, 4)
-            + littleEndian(value, 4);
-    };
-    const auto tagOfTable = [&tag](int number, const std::vector<quint32> &values, quint32 place) {
-        return tag(number, Long, quint32(values.size()), values.size() == 1 ? values[0] : place);
+    const auto one = [](TiffEntry::Type type, int value) { return TiffEntry{type, 1, quint32(value)}; };
+    const auto entryOf = [](const std::vector<quint32> &values, quint32 place) {
+        return TiffEntry{TiffEntry::Long, quint32(values.size()), values.size() == 1 ? values[0] : place};
     };
     const quint32 sizes = tables + quint32(4 * strips.offsets.size());
     const quint32 directory = sizes + quint32(4 * strips.sizes.size());
+    std::map<int, TiffEntry> entries{{256, one(TiffEntry::Long, strips.width)},
+        {257, one(TiffEntry::Long, strips.height)}, {258, one(TiffEntry::Short, 8)},
+        {259, one(TiffEntry::Short, strips.compression)}, {262, one(TiffEntry::Short, 1)},
+        {273, entryOf(strips.offsets, tables)}, {277, one(TiffEntry::Short, 1)},
+        {278, one(TiffEntry::Long, strips.rowsPerStrip)}, {279, entryOf(strips.sizes, sizes)}};
+    for (const auto &[tag, entry] : strips.entries)
+        entries[tag] = entry;
+
+    QByteArray listed;
+    quint32 count = 0;
+    for (const auto &[tag, entry] : entries) {
+        if (entry.type == TiffEntry::None)
+            continue;
+        ++count;
+        listed += littleEndian(quint32(tag), 2) + littleEndian(entry.type, 2) + littleEndian(entry.count, 4)
+            + littleEndian(entry.value, 4);
+    }
     return QByteArray("II\x2A\0", 4) + littleEndian(directory, 4) + strips.data + table(strips.offsets)
-        + table(strips.sizes) + littleEndian(entries, 2) + tag(256, Long, 1, quint32(strips.width))
-        + tag(257, Long, 1, quint32(strips.height)) + tag(258, Short, 1, 8)
-        + tag(259, Short, 1, quint32(strips.compression)) + tag(262, Short, 1, 1)
-        + tagOfTable(273, strips.offsets, tables) + tag(277, Short, 1, 1)
-        + tag(278, Long, 1, quint32(strips.rowsPerStrip)) + tagOfTable(279, strips.sizes, sizes) + littleEndian(0, 4);
+        + table(strips.sizes) + littleEndian(count, 2) + listed + littleEndian(0, 4);
 }
 
 QByteArray bmp(int width, int height, int bits, bool isFromTop)

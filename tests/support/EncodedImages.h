@@ -6,6 +6,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <map>
 #include <vector>
 
 /// Image files of the kinds that OpenCV does not write, and their pieces.
@@ -52,6 +53,16 @@ struct Tiff
 };
 QByteArray tiff(int width, int height, const Tiff &kind);
 
+/// An entry of a TIFF's directory.
+struct TiffEntry
+{
+    enum Type { None, Byte = 1, Short = 3, Long = 4 };
+
+    Type type = None; ///< without one there is no entry
+    quint32 count = 1;
+    quint32 value = 0; ///< itself or its place
+};
+
 /// A grey TIFF written by hand, so that its strips may lie anywhere. The data begin behind the header, at 8; the
 /// directory stands behind them.
 struct TiffStrips
@@ -63,6 +74,7 @@ struct TiffStrips
     std::vector<quint32> offsets;
     std::vector<quint32> sizes; ///< in bytes
     QByteArray data;
+    std::map<int, TiffEntry> entries; ///< by their tag; further ones, or in place of those that the others make
 };
 QByteArray tiff(const TiffStrips &strips);
 

@@ -39,7 +39,7 @@ cv::Mat photograph(int rows = 93, int cols = 131)
 /// Eight strips of eight lines, one behind the other, of 64 x 64 pixels.
 TiffStrips tiffStrips(const QByteArray &data, const std::vector<int> &sizes, int compression = 1)
 {
-    TiffStrips strips{64, 64, 8, compression, {}, {}, data};
+    TiffStrips strips{64, 64, 8, compression, {}, {}, data, {}};
     quint32 at = 8;
     for (const int size : sizes) {
         strips.offsets.push_back(at);
