@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <jpeglib.h>
 #include <limits>
 #include <png.h>
@@ -67,6 +68,79 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
         }
     }
     return cmyk;
+}
+
+int colorSamples(const Tiff &kind)
+{
+    return kind.photometric == PHOTOMETRIC_SEPARATED ? 4 : kind.photometric == PHOTOMETRIC_RGB ? 3 : 1;
+}
+
+void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
+{
+    TIFFSetField(file, TIFFTAG_IMAGEWIDTH, bgr.cols);
+    TIFFSetField(file, TIFFTAG_IMAGELENGTH, bgr.rows);
+    TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, kind.bits);
+    TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
+    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, kind.photometric);
+    TIFFSetField(file, TIFFTAG_COMPRESSION, kind.compression);
+    TIFFSetField(file, TIFFTAG_ORIENTATION, kind.orientation);
+    TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    const std::vector<uint16_t> extra(
+        std::size_t(qMax(0, kind.samples - colorSamples(kind))), uint16_t(kind.extraSample));
+    if (!extra.empty())
+        TIFFSetField(file, TIFFTAG_EXTRASAMPLES, uint16_t(extra.size()), extra.data());
+    if (kind.photometric == PHOTOMETRIC_PALETTE) {
+        std::vector<uint16_t> levels(std::size_t(1) << kind.bits); // the brightest one first
+        for (std::size_t i = 0; i < levels.size(); ++i)
+            levels[i] = uint16_t((levels.size() - 1 - i) * 65535 / (levels.size() - 1));
+        TIFFSetField(file, TIFFTAG_COLORMAP, levels.data(), levels.data(), levels.data());
+    }
+    if (kind.tileSide > 0) {
+        TIFFSetField(file, TIFFTAG_TILEWIDTH, kind.tileSide);
+        TIFFSetField(file, TIFFTAG_TILELENGTH, kind.tileSide);
+    } else {
+        TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
+    }
+    for (const auto &[tag, number] : kind.entries)
+        TIFFSetField(file, uint32_t(tag), number);
+}
+
+/// One sample, with all of its bits.
+unsigned sampleOf(const cv::Vec3b &pixel, const Tiff &kind, int sample)
+{
+    const unsigned highest = (1U << kind.bits) - 1;
+    const bool isColor = sample < colorSamples(kind);
+    const bool isInverse = kind.photometric == PHOTOMETRIC_MINISWHITE || kind.photometric == PHOTOMETRIC_PALETTE
+        || kind.photometric == PHOTOMETRIC_SEPARATED;
+    const bool hasColors = colorSamples(kind) >= 3;
+    const int level = !isColor ? kind.alpha : !hasColors ? pixel[0] : sample < 3 ? pixel[2 - sample] : 255;
+    const unsigned value = unsigned(level) * highest / 255;
+    return isColor && isInverse ? highest - value : value;
+}
+
+/// Of a strip or tile: those of one plane, or of all of them one behind the other.
+QByteArray samplesOf(const cv::Mat &bgr, const Tiff &kind, const cv::Rect &part, int plane)
+{
+    const int samples = kind.isPlanar ? 1 : kind.samples;
+    const int lineSize = (part.width * samples * kind.bits + bitsPerByte - 1) / bitsPerByte;
+    QByteArray bytes = randomBytes(lineSize * part.height);
+    for (int row = part.y; row < qMin(part.br().y, bgr.rows); ++row) {
+        char *const line = bytes.data() + (row - part.y) * lineSize;
+        for (int i = 0; i < (qMin(part.br().x, bgr.cols) - part.x) * samples; ++i) {
+            const int sample = kind.isPlanar ? plane : i % samples;
+            const unsigned value = sampleOf(bgr.at<cv::Vec3b>(row, part.x + i / samples), kind, sample);
+            if (kind.bits == 16) {
+                const auto whole = uint16_t(value);
+                std::memcpy(line + 2 * i, &whole, sizeof whole);
+            } else {
+                const int at = i * kind.bits;
+                const int shift = bitsPerByte - kind.bits - at % bitsPerByte;
+                const unsigned others = uchar(line[at / bitsPerByte]) & ~(((1U << kind.bits) - 1) << shift);
+                line[at / bitsPerByte] = char(others | value << shift);
+            }
+        }
+    }
+    return bytes;
 }
 
 /// Bits of a lossless WebP, from the lowest one on.
@@ -185,47 +259,28 @@ QByteArray png(int width, int height, const Png &kind)
     return bytes;
 }
 
-QByteArray tiff(int width, int height, const Tiff &kind)
+QByteArray tiff(const cv::Mat &bgr, const Tiff &kind)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("image.tiff"));
     TIFF *const file = TIFFOpen(QFile::encodeName(path).constData(), kind.isBig ? "w8" : "w");
     for (int page = 0; page < kind.pages; ++page) {
-        TIFFSetField(file, TIFFTAG_IMAGEWIDTH, width);
-        TIFFSetField(file, TIFFTAG_IMAGELENGTH, height);
-        TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, kind.bits);
-        TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
-        TIFFSetField(file, TIFFTAG_PHOTOMETRIC, kind.photometric);
-        TIFFSetField(file, TIFFTAG_COMPRESSION, kind.compression);
-        TIFFSetField(file, TIFFTAG_ORIENTATION, kind.orientation);
-        TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
-        if (kind.samples == 4) {
-            const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
-            TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &extra);
-        }
-        if (kind.photometric == PHOTOMETRIC_PALETTE) {
-            std::vector<uint16_t> colors(std::size_t(1) << kind.bits);
-            for (std::size_t i = 0; i < colors.size(); ++i)
-                colors[i] = uint16_t(i * 40503U);
-            TIFFSetField(file, TIFFTAG_COLORMAP, colors.data(), colors.data(), colors.data());
-        }
-        if (kind.tileSide > 0) {
-            TIFFSetField(file, TIFFTAG_TILEWIDTH, kind.tileSide);
-            TIFFSetField(file, TIFFTAG_TILELENGTH, kind.tileSide);
-        } else {
-            TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
-        }
-        const bool isTiled = kind.tileSide > 0;
-        const uint32_t pieces = isTiled ? TIFFNumberOfTiles(file) : TIFFNumberOfStrips(file);
-        QByteArray samples = randomBytes(int(isTiled ? TIFFTileSize(file) : TIFFStripSize(file)));
-        const uint32_t stripsOfPlane = kind.isPlanar ? pieces / uint32_t(kind.samples) : pieces;
-        for (uint32_t piece = 0; piece < pieces; ++piece) {
-            if (isTiled) {
-                TIFFWriteEncodedTile(file, piece, samples.data(), samples.size());
-            } else {
-                const bool isLast = piece % stripsOfPlane == stripsOfPlane - 1;
-                const int rows = isLast ? height - int(stripsOfPlane - 1) * kind.rowsPerStrip : kind.rowsPerStrip;
-                TIFFWriteEncodedStrip(file, piece, samples.data(), TIFFVStripSize(file, uint32_t(rows)));
+        describe(file, bgr, kind);
+        const cv::Size piece = kind.tileSide > 0 ? cv::Size(kind.tileSide, kind.tileSide)
+                                                 : cv::Size(bgr.cols, qMin(kind.rowsPerStrip, bgr.rows));
+        uint32_t number = 0;
+        for (int plane = 0; plane < (kind.isPlanar ? kind.samples : 1); ++plane) {
+            for (int row = 0; row < bgr.rows; row += piece.height) {
+                for (int col = 0; col < bgr.cols; col += piece.width, ++number) {
+                    cv::Rect part({col, row}, piece);
+                    if (kind.tileSide == 0)
+                        part.height = qMin(part.height, bgr.rows - row);
+                    QByteArray samples = samplesOf(bgr, kind, part, plane);
+                    if (kind.tileSide > 0)
+                        TIFFWriteEncodedTile(file, number, samples.data(), samples.size());
+                    else
+                        TIFFWriteEncodedStrip(file, number, samples.data(), samples.size());
+                }
             }
         }
         TIFFWriteDirectory(file);
@@ -233,6 +288,12 @@ QByteArray tiff(int width, int height, const Tiff &kind)
     TIFFClose(file);
     QFile result(path);
     return result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
+}
+
+QByteArray tiff(int width, int height, const Tiff &kind)
+{
+    QByteArray pixels = randomBytes(3 * width * height);
+    return tiff(cv::Mat(height, width, CV_8UC3, pixels.data()), kind);
 }
 
 QByteArray tiff(const TiffStrips &strips)

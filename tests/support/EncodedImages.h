@@ -50,8 +50,13 @@ struct Tiff
     int orientation = 1;
     int pages = 1;
     bool isBig = false; ///< 64-bit offsets
+    int extraSample = 2; ///< as in the file: what the samples behind the color are
+    int alpha = 255; ///< of those samples
+    std::map<int, int> entries; ///< by their tag; further ones, of one number
 };
-QByteArray tiff(int width, int height, const Tiff &kind);
+/// What is not color has the brightness of the picture's blue. Tiles are filled up with noise.
+QByteArray tiff(const cv::Mat &bgr, const Tiff &kind);
+QByteArray tiff(int width, int height, const Tiff &kind); ///< of random pixels
 
 /// An entry of a TIFF's directory.
 struct TiffEntry

@@ -36,6 +36,25 @@ cv::Mat photograph(int rows = 93, int cols = 131)
     return mat;
 }
 
+/// What the pixels of a picture look like as a TIFF of this kind.
+cv::Mat shown(const cv::Mat &bgr, const Tiff &kind)
+{
+    cv::Mat stored = bgr.clone();
+    if (kind.photometric != 2 && kind.photometric != 5) {
+        const unsigned highest = kind.bits < 8 ? (1U << kind.bits) - 1 : 255;
+        for (auto pixel = stored.begin<cv::Vec3b>(); pixel != stored.end<cv::Vec3b>(); ++pixel)
+            *pixel = cv::Vec3b::all(uchar((*pixel)[0] * highest / 255 * 255 / highest));
+    }
+    const bool isMirrored = kind.orientation == 2 || kind.orientation == 3 || kind.orientation == 6 || kind.orientation == 7;
+    const bool isUpsideDown = kind.orientation == 3 || kind.orientation == 4 || kind.orientation == 7 || kind.orientation == 8;
+    cv::Mat turned = kind.orientation >= 5 ? cv::Mat(stored.t()) : stored;
+    if (isMirrored)
+        cv::flip(turned, turned, 1);
+    if (isUpsideDown)
+        cv::flip(turned, turned, 0);
+    return turned;
+}
+
 /// Eight strips of eight lines, one behind the other, of 64 x 64 pixels.
 TiffStrips tiffStrips(const QByteArray &data, const std::vector<int> &sizes, int compression = 1)
 {
@@ -363,6 +382,23 @@ private Q_SLOTS:
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
     }
 
+    void explore()
+    {
+        for (int tile : {0, 16, 32, 128}) for (int bits : {1, 2, 4, 8, 16}) for (int ph : {0, 1, 2, 3, 5}) for (int extra : {0, 1}) for (int width: {64, 75}) for (int planar : {0,1}) {
+            QByteArray res; bool any = false;
+            for (int o = 1; o <= 8; ++o) {
+                Tiff kind;
+                kind.tileSide = tile; kind.bits = bits; kind.photometric = ph; kind.samples = (ph == 2 ? 3 : ph == 5 ? 4 : 1) + extra; kind.orientation = o; kind.isPlanar = planar;
+                if (kind.samples > 4) continue;
+                if (planar && kind.samples == 1) continue;
+                const QByteArray b = tiff(photograph(50, width), kind);
+                const cv::Mat m = loaded(b);
+                res += m.empty() ? '-' : areEqual(m, shown(photograph(50, width), kind)) ? '+' : 'X';
+                any = any || !m.empty();
+            }
+            if (any) std::printf("XX tile %d bits %d ph %d extra %d width %d planar %d: %s\n", tile, bits, ph, extra, width, planar, res.constData());
+        }
+    }
     /// Where the codes become a bit longer, and where the table is full, the end is easily missed.
     void lzwEndsAnywhere()
     {
