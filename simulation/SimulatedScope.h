@@ -31,6 +31,7 @@ public:
         Exposed, ///< after the time that this takes
         Held, ///< when the stills are released
         SavedAtOnce,
+        Refused, ///< without a number
     };
 
     static constexpr int framesPerSecond = 25;
@@ -74,11 +75,18 @@ public:
     /// The next still is saved before its capture returns, as some cameras do it.
     Q_INVOKABLE void saveNextStillAtOnce() { mNextStill = Still::SavedAtOnce; }
 
+    /// The next still is not taken, as by a camera that is busy with another one.
+    Q_INVOKABLE void refuseNextStill() { mNextStill = Still::Refused; }
+
+    /// The numbers of stills begin again, as those of another media service do.
+    Q_INVOKABLE void beginNumbersAgain() { Q_EMIT numbersBeginAgain(); }
+
     /// How the still comes that is captured now; those after it are exposed again.
     Still takeNextStill() { return std::exchange(mNextStill, Still::Exposed); }
 
 Q_SIGNALS:
     void stillsReleased();
+    void numbersBeginAgain();
     void focusChanged(double focus);
     void faceChanged(QString face); // by value: a receiver may change the face again
     void isPluggedChanged(bool isPlugged);

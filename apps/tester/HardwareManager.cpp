@@ -29,8 +29,7 @@ bool isRealScopeThere()
 
 QString linkPath()
 {
-    return QDir::cleanPath(BaseDirHelper::libDir() + QStringLiteral("qt5/plugins/mediaservice/")) + QLatin1Char('/')
-        + QLatin1String(pluginName);
+    return BaseDirHelper::libDir() + QStringLiteral("qt5/plugins/mediaservice/") + QLatin1String(pluginName);
 }
 } // namespace
 

@@ -15,6 +15,7 @@
 namespace {
 constexpr int exposureMilliseconds = 40;
 constexpr int jpegQuality = 95;
+constexpr int noNumber = -1;
 
 /// Empty when it cannot be encoded.
 QByteArray jpeg(const QImage &image)
@@ -50,6 +51,8 @@ StillCapture::StillCapture(SimulatedCamera *camera, QObject *parent)
         for (auto still = held.cbegin(); still != held.cend(); ++still)
             exposeSoon(still.key(), still.value());
     });
+    connect(SimulatedScope::instance(), &SimulatedScope::numbersBeginAgain, this,
+        [this] { mLastId = mLastCancelledId = 0; });
 }
 
 bool StillCapture::isReadyForCapture() const
@@ -59,8 +62,10 @@ bool StillCapture::isReadyForCapture() const
 
 int StillCapture::capture(const QString &fileName)
 {
-    const int id = ++mLastId; // a receiver may destroy this
     const SimulatedScope::Still still = SimulatedScope::instance()->takeNextStill();
+    if (still == SimulatedScope::Still::Refused)
+        return noNumber;
+    const int id = ++mLastId; // a receiver may destroy this
     if (still == SimulatedScope::Still::Held)
         mHeld.insert(id, fileName);
     else if (still == SimulatedScope::Still::SavedAtOnce)

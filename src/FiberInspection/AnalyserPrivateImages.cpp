@@ -5,6 +5,7 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -81,19 +82,26 @@ cv::Mat AnalyserPrivate::loadImage(const QString &path, QString *problem)
     return image.pixels;
 }
 
+QByteArray AnalyserPrivate::encodeImage(const cv::Mat &mat, const QString &extension)
+{
+    try {
+        std::vector<uchar> bytes;
+        if (!cv::imencode(extension.toStdString(), mat, bytes))
+            return {};
+        return {reinterpret_cast<const char *>(bytes.data()), static_cast<int>(bytes.size())};
+    } catch (const cv::Exception &exception) {
+        qCDebug(messageLog) << "image not encoded:" << extension << exception.what();
+        return {};
+    }
+}
+
 bool AnalyserPrivate::saveImage(const cv::Mat &mat, const QString &path)
 {
     const int extensionStart = path.lastIndexOf(QLatin1Char('.'));
     if (extensionStart < 0)
         return false;
-    try {
-        std::vector<uchar> bytes;
-        return cv::imencode(path.mid(extensionStart).toStdString(), mat, bytes)
-            && ImageFile::write(path, reinterpret_cast<const char *>(bytes.data()), static_cast<qint64>(bytes.size()));
-    } catch (const cv::Exception &exception) {
-        qCDebug(messageLog) << "image not encoded:" << path << exception.what();
-        return false;
-    }
+    const QByteArray content = encodeImage(mat, path.mid(extensionStart));
+    return !content.isEmpty() && WholeFile::write(path, content);
 }
 
 QImage AnalyserPrivate::matToQImage(const cv::Mat &mat)

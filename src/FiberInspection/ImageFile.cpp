@@ -5,7 +5,6 @@
 #include <QFileInfo>
 
 #include <atomic>
-#include <cstdio>
 
 namespace FiberInspection {
 
@@ -70,20 +69,6 @@ qint64 ImageFile::maxPixels()
 void ImageFile::setMaxPixels(qint64 pixels)
 {
     pixelLimit() = qBound<qint64>(1, pixels, largestMaxPixels);
-}
-
-bool ImageFile::write(const QString &path, const char *data, qint64 size)
-{
-    const QString temporaryPath = path + QStringLiteral(".part");
-    QFile::remove(temporaryPath); // a link planted there must not be followed
-    QFile file(temporaryPath);
-    const bool written =
-        file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(data, size) == size && file.flush();
-    file.close();
-    if (written && std::rename(QFile::encodeName(temporaryPath).constData(), QFile::encodeName(path).constData()) == 0)
-        return true;
-    file.remove();
-    return false;
 }
 
 } // namespace FiberInspection

@@ -25,9 +25,6 @@ struct ImageFile
     /// The most pixels of an image that is decoded, for the whole process; all threads may call.
     static qint64 maxPixels();
     static void setMaxPixels(qint64 pixels);
-
-    /// Writes the bytes beside the path and renames them over it, so that no half-written file is ever seen there.
-    static bool write(const QString &path, const char *data, qint64 size);
 };
 
 } // namespace FiberInspection

@@ -151,9 +151,9 @@ InspectionCore::InspectionCore(
     mInspection.mResult = TestResult(mStandard);
 }
 
-LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels)
+LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels, QByteArray *content)
 {
-    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels)));
+    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels), content));
 }
 
 LoadedImage InspectionCore::decodeImage(const QByteArray &bytes, qint64 maxImagePixels)
@@ -201,9 +201,9 @@ const char *InspectionCore::reasonText(Reason reason)
     return "";
 }
 
-Inspection InspectionCore::inspectFile(const QString &path)
+Inspection InspectionCore::inspectFile(const QString &path, QByteArray *content)
 {
-    loadFile(path) && inspect();
+    loadFile(path, content) && inspect();
     return mInspection;
 }
 
@@ -213,9 +213,9 @@ Inspection InspectionCore::inspectImage(const QImage &image)
     return mInspection;
 }
 
-bool InspectionCore::loadFile(const QString &path)
+bool InspectionCore::loadFile(const QString &path, QByteArray *content)
 {
-    const LoadedImage loaded = readImage(path, mOptions.maxImagePixels);
+    const LoadedImage loaded = readImage(path, mOptions.maxImagePixels, content);
     if (loaded.image.isNull())
         return fail(loaded.reason, loaded.detail);
     mInspection.mImage = loaded.image;

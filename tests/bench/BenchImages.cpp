@@ -9,12 +9,7 @@
 
 BenchImages::BenchImages()
 {
-    QDir().mkpath(tmpDir());
-}
-
-QString BenchImages::applicationDirName()
-{
-    return QStringLiteral("..") + mFolder.path();
+    makeFolder(QStringLiteral("tmp"));
 }
 
 QString BenchImages::paint(const EndfaceScene &scene, const QString &fileName) const

@@ -72,10 +72,16 @@ check "it runs and sees the right values" "$work/cmake/consumer"
 
 # --- The same program through pkg-config ------------------------------------------------------------------------------
 
-# with_pkg_config ARGUMENT...: xargs undoes the escapes that pkg-config writes for blanks
-with_pkg_config() { pkg-config --cflags --libs vantorbase | xargs "$compiler" "${flags[@]}" "$@"; }
+# with_packages "PACKAGE..." ARGUMENT...: xargs undoes the escapes that pkg-config writes for blanks
+with_packages() {
+    local -a packages
+    read -ra packages <<<"$1"
+    pkg-config --cflags --libs "${packages[@]}" | xargs "$compiler" "${flags[@]}" "${@:2}"
+}
+with_pkg_config() { with_packages vantorbase "$@"; }
 
-check "the program builds through pkg-config" with_pkg_config "$here/main.cpp" -o "$work/consumer"
+check "the program builds through pkg-config" \
+    with_packages "vantorbase Qt5Qml" "$here/main.cpp" -o "$work/consumer"
 check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/consumer"
 
 # The README's first program, as a reader would copy it.

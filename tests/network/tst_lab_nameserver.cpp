@@ -2,6 +2,7 @@
 // The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
 // restarts the real dnsmasq.
 #include "ForkedChild.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
@@ -270,7 +271,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("removal");
         QTest::addColumn<NetworkHelper::ConfigurationSteps>("expected");
         const auto row = [](const char *name, const char *obstacle, const char *removal,
-                             NetworkHelper::ConfigurationSteps steps) {
+                             NetworkHelper::ConfigurationSteps steps) { // a file that is a mount point is not replaced
             QTest::newRow(name) << QString::fromUtf8(obstacle) << QString::fromUtf8(removal) << steps;
         };
         row("none", "true", "true", {});
@@ -279,16 +280,16 @@ private Q_SLOTS:
         row("the link, though ln is content", "mkdir /etc/dhcp/dhclient-exit-hooks.d/ipdetails", "true",
             NetworkHelper::LinkExitHook);
         row("the first file under /tmp", "mkdir /tmp/dnsmasq.conf", "true", NetworkHelper::PrepareNameServerFile);
-        row("the first file", "rm /etc/dnsmasq.conf; mkdir /etc/dnsmasq.conf", "rmdir /etc/dnsmasq.conf",
+        row("the first file", "mount --bind /etc/dnsmasq.conf /etc/dnsmasq.conf", "umount /etc/dnsmasq.conf",
             NetworkHelper::ReplaceNameServerFile);
         row("the second file under /tmp", "mkdir /tmp/resolv.conf", "true", NetworkHelper::PrepareResolverFile);
-        row("the second file", "rm /etc/resolv.conf; mkdir /etc/resolv.conf", "rmdir /etc/resolv.conf",
+        row("the second file", "mount --bind /etc/resolv.conf /etc/resolv.conf", "umount /etc/resolv.conf",
             NetworkHelper::ReplaceResolverFile);
         row("the restart", "touch /run/systemctl.fails", "true", NetworkHelper::RestartNameServer);
         row("several, and the end is reached",
-            "touch /run/systemctl.fails; rm /etc/*.conf; mkdir /etc/resolv.conf /etc/dnsmasq.conf "
-            "/etc/dhcp/dhclient-exit-hooks.d/ipdetails",
-            "rmdir /etc/resolv.conf /etc/dnsmasq.conf",
+            "touch /run/systemctl.fails; mkdir /etc/dhcp/dhclient-exit-hooks.d/ipdetails; "
+            "for file in /etc/resolv.conf /etc/dnsmasq.conf; do mount --bind $file $file; done",
+            "umount /etc/resolv.conf /etc/dnsmasq.conf",
             NetworkHelper::LinkExitHook | NetworkHelper::ReplaceNameServerFile | NetworkHelper::ReplaceResolverFile
                 | NetworkHelper::RestartNameServer);
         row("two, and the end is not reached",
@@ -870,7 +871,7 @@ private Q_SLOTS:
     }
 
 private:
-    Lab::Tester mTester;
+    const AbsoluteBaseDir mFolder{QStringLiteral("/opt/tester")};
     Lab::PeerServer mPeer;
 };
 

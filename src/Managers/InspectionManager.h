@@ -3,9 +3,10 @@
 
 #include "FiberInspection/Inspection.h"
 #include "Managers/CoreFiberInspectionManager.h"
+#include "VantorBase_export.h"
 
 /// The inspection manager, which also tells what stands behind the verdict. Works in a thread of its own.
-class InspectionManager : public CoreFiberInspectionManager
+class VANTORBASE_EXPORT InspectionManager : public CoreFiberInspectionManager
 {
     Q_OBJECT
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FiberManager.h"
+#include "Pages/FiberManager.h"
 
 #include "FiberInspection/Analyser.h"
 #include "Helpers/QObjectHelper.h"
-#include "InspectionManager.h"
+#include "Managers/InspectionManager.h"
 
 #include <QPointer>
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "TesterDirHelper.h"
+#include "WorkFolder.h"
+
+#include "Helpers/BaseDirHelper.h"
 
 #include <QDebug>
 #include <QDir>
@@ -16,17 +18,7 @@ bool isWritable(const QString &folder)
 }
 } // namespace
 
-TesterDirHelper::TesterDirHelper(const QString &folder)
-    : mFolder(QDir::cleanPath(folder))
-{
-}
-
-QString TesterDirHelper::applicationDirName()
-{
-    return QDir(QStringLiteral("/opt")).relativeFilePath(mFolder);
-}
-
-QString TesterDirHelper::defaultFolder()
+QString WorkFolder::defaultPath()
 {
     const QString onUnit = QLatin1String(unitFolder);
     if (isWritable(onUnit))
@@ -35,14 +27,14 @@ QString TesterDirHelper::defaultFolder()
     return (ofUser.isEmpty() ? QDir::tempPath() : ofUser) + QStringLiteral("/vantor-tester");
 }
 
-bool TesterDirHelper::createFolders()
+bool WorkFolder::create()
 {
     bool isComplete = true;
-    for (const QString &folder : {tmpDir(), fiberInspectionDir(), libDir()}) {
-        const QString path = QDir::cleanPath(folder); // on the way round by /opt, which need not exist
-        if (QDir().mkpath(path))
+    for (const QString &folder :
+        {BaseDirHelper::tmpDir(), BaseDirHelper::fiberInspectionDir(), BaseDirHelper::libDir()}) {
+        if (QDir().mkpath(folder))
             continue;
-        qWarning().noquote() << "cannot make the folder" << path;
+        qWarning().noquote() << "cannot make the folder" << QDir::cleanPath(folder);
         isComplete = false;
     }
     return isComplete;

@@ -2,13 +2,15 @@
 #pragma once
 
 #include "FiberInspection/Standard.h"
+#include "VantorBase_export.h"
 
 #include <QAbstractListModel>
 #include <QStringList>
 #include <QVector>
 
-/// The standards that the user can choose, with the roles "id" and "name".
-class StandardModel : public QAbstractListModel
+/// The standards that the user can choose, with the roles "id", a FiberInspection::Standard::Id, and "name". Scripts
+/// ask it by rows and roles, as QmlModelUtils.js does.
+class VANTORBASE_EXPORT StandardModel : public QAbstractListModel
 {
     Q_OBJECT
     Q_PROPERTY(int count READ count CONSTANT)

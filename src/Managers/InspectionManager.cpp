@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "InspectionManager.h"
+#include "Managers/InspectionManager.h"
 
 using FiberInspection::Inspection;
 

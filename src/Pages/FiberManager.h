@@ -2,7 +2,8 @@
 #pragma once
 
 #include "FiberInspection/Inspection.h"
-#include "StandardModel.h"
+#include "Pages/StandardModel.h"
+#include "VantorBase_export.h"
 
 #include <QObject>
 #include <QString>
@@ -11,7 +12,7 @@ class InspectionManager;
 
 /// What the inspection pages see of the inspection manager. Lives in the user interface's thread, the manager may live
 /// in another one. Receivers of the answers may destroy it.
-class FiberManager : public QObject
+class VANTORBASE_EXPORT FiberManager : public QObject
 {
     Q_OBJECT
 

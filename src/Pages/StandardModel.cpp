@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StandardModel.h"
+#include "Pages/StandardModel.h"
 
 using FiberInspection::Standard;
 
@@ -16,7 +16,7 @@ int StandardModel::rowCount(const QModelIndex &parent) const
 
 QVariant StandardModel::data(const QModelIndex &index, int role) const
 {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+    if (!index.isValid() || index.model() != this)
         return {};
     const Standard::Id id = mStandards[index.row()];
     if (role == IdRole)
