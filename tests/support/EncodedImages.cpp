@@ -72,7 +72,15 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
 
 int colorSamples(const Tiff &kind)
 {
-    return kind.photometric == PHOTOMETRIC_SEPARATED ? 4 : kind.photometric == PHOTOMETRIC_RGB ? 3 : 1;
+    switch (kind.photometric) {
+    case PHOTOMETRIC_SEPARATED:
+        return 4;
+    case PHOTOMETRIC_RGB:
+    case PHOTOMETRIC_YCBCR:
+        return 3;
+    default:
+        return 1;
+    }
 }
 
 void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
@@ -87,8 +95,10 @@ void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
     TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     const std::vector<uint16_t> extra(
         std::size_t(qMax(0, kind.samples - colorSamples(kind))), uint16_t(kind.extraSample));
-    if (!extra.empty())
+    if (!extra.empty() && kind.extraSample >= 0)
         TIFFSetField(file, TIFFTAG_EXTRASAMPLES, uint16_t(extra.size()), extra.data());
+    if (kind.photometric == PHOTOMETRIC_YCBCR)
+        TIFFSetField(file, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
     if (kind.photometric == PHOTOMETRIC_PALETTE) {
         std::vector<uint16_t> levels(std::size_t(1) << kind.bits); // the brightest one first
         for (std::size_t i = 0; i < levels.size(); ++i)
@@ -112,7 +122,9 @@ unsigned sampleOf(const cv::Vec3b &pixel, const Tiff &kind, int sample)
     const bool isColor = sample < colorSamples(kind);
     const bool isInverse = kind.photometric == PHOTOMETRIC_MINISWHITE || kind.photometric == PHOTOMETRIC_PALETTE
         || kind.photometric == PHOTOMETRIC_SEPARATED;
-    const bool hasColors = colorSamples(kind) >= 3;
+    const bool hasColors = kind.photometric == PHOTOMETRIC_SEPARATED || kind.photometric == PHOTOMETRIC_RGB;
+    if (kind.photometric == PHOTOMETRIC_YCBCR && isColor && sample > 0)
+        return (highest + 1) / 2;
     const int level = !isColor ? kind.alpha : !hasColors ? pixel[0] : sample < 3 ? pixel[2 - sample] : 255;
     const unsigned value = unsigned(level) * highest / 255;
     return isColor && isInverse ? highest - value : value;
@@ -125,13 +137,13 @@ QByteArray samplesOf(const cv::Mat &bgr, const Tiff &kind, const cv::Rect &part,
     const int lineSize = (part.width * samples * kind.bits + bitsPerByte - 1) / bitsPerByte;
     QByteArray bytes = randomBytes(lineSize * part.height);
     for (int row = part.y; row < qMin(part.br().y, bgr.rows); ++row) {
-        char *const line = bytes.data() + (row - part.y) * lineSize;
+        char *const line = bytes.data() + qint64(row - part.y) * lineSize;
         for (int i = 0; i < (qMin(part.br().x, bgr.cols) - part.x) * samples; ++i) {
             const int sample = kind.isPlanar ? plane : i % samples;
             const unsigned value = sampleOf(bgr.at<cv::Vec3b>(row, part.x + i / samples), kind, sample);
             if (kind.bits == 16) {
                 const auto whole = uint16_t(value);
-                std::memcpy(line + 2 * i, &whole, sizeof whole);
+                std::memcpy(line + qint64(2) * i, &whole, sizeof whole);
             } else {
                 const int at = i * kind.bits;
                 const int shift = bitsPerByte - kind.bits - at % bitsPerByte;
