@@ -141,7 +141,7 @@ public:
 
     int position() const { return mAt; }
 
-    /// @return false without a number that is followed by white space: the end may be missing
+    /// @return false without a number that is followed by white space: the end may be missing. A bit has one digit.
     bool next(qint64 *number, int maxDigits = 9)
     {
         skipSpace();
@@ -149,23 +149,37 @@ public:
         *number = 0;
         for (; mAt < mBytes.size() && mAt - begin < maxDigits && isDigit(mBytes[mAt]); ++mAt)
             *number = *number * 10 + (mBytes[mAt] - '0');
-        return mAt > begin && mAt < mBytes.size() && (isSpace(mBytes[mAt]) || maxDigits == 1);
+        return mAt > begin && (maxDigits == 1 || (mAt < mBytes.size() && isSpace(mBytes[mAt])));
+    }
+
+    /// Why there was no next one. The decoder takes any character behind a number for white space, also a "#".
+    QString problem() const
+    {
+        const bool isComment = mAt < mBytes.size() && mBytes[mAt] == '#';
+        return isComment ? QStringLiteral("a comment right behind a number is not supported") : incomplete().problem;
     }
 
 private:
+    static bool isLineEnd(char character) { return character == '\n' || character == '\r'; }
     static bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
     void skipSpace()
     {
-        for (; mAt < mBytes.size() && (isSpace(mBytes[mAt]) || mBytes[mAt] == '#'); ++mAt) {
-            if (mBytes[mAt] == '#')
-                mAt = mBytes.indexOf('\n', mAt) < 0 ? mBytes.size() - 1 : mBytes.indexOf('\n', mAt);
+        for (bool isComment = false; mAt < mBytes.size(); ++mAt) {
+            const char character = mBytes[mAt];
+            if (isComment)
+                isComment = !isLineEnd(character);
+            else if (character == '#')
+                isComment = true;
+            else if (!isSpace(character))
+                return;
         }
     }
 
     const QByteArray &mBytes;
     int mAt;
 };
+
 QString tooHigh()
 {
     return QStringLiteral("a sample is higher than the highest that the image declares");
@@ -187,7 +201,7 @@ QString problemOfText(const QByteArray &bytes, NumberReader *numbers, qint64 sam
     for (qint64 left = samples; left > 0; --left) {
         qint64 sample = 0;
         if (!numbers->next(&sample, isBits ? 1 : 9))
-            return incomplete().problem;
+            return numbers->problem();
         if (sample > highest)
             return tooHigh();
     }
@@ -238,7 +252,7 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
     Header header;
     qint64 highest = 1;
     if (!numbers.next(&header.width) || !numbers.next(&header.height) || (!isBits && !numbers.next(&highest)))
-        return incomplete();
+        return refused(numbers.problem());
     if (highest < 1 || highest > highestSample)
         return refused(QStringLiteral("the image header is damaged"));
     if (!isBits && !isScaled(highest, isText))
@@ -251,6 +265,8 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
         header.problem = problemOfText(bytes, &numbers, samplesPerLine * header.height, highest, isBits);
         return decodePlain(bytes, header, maxPixels);
     }
+    if (bytes.mid(numbers.position(), longestLineEnd) == "\r\n") // the second one is a pixel, or is not
+        return refused(QStringLiteral("a line end of two bytes before the pixels is not supported"));
     header.begin = numbers.position() + 1;
     const qint64 bitsPerSample = isBits ? 1 : highest > highestByte ? 16 : 8;
     header.bytesPerLine = (samplesPerLine * bitsPerSample + bitsPerByte - 1) / bitsPerByte;

@@ -586,6 +586,10 @@ private Q_SLOTS:
         row("P5 of 16 bits", "P5 2 1 65535\n\xFF\xFF\x80\x80", {255, 255, 255, 128, 128, 128});
         row("P6 of 8 bits", "P6 2 1 255\nabcxyz", {'c', 'b', 'a', 'z', 'y', 'x'});
         row("P6 of 16 bits", "P6 1 1 65535\naabbcc", {'c', 'b', 'a'});
+        row("comments that end with CR", "P2\r# a\r2 1\r255\r1 # b\r2\r", {1, 1, 1, 2, 2, 2});
+        row("CR before the pixels", "P5\r2 1\r255\r01\n", {'0', '0', '0', '1', '1', '1'});
+        row("P1 with a comment behind a bit", "P1\n2 1\n1# one\n0\n", {0, 0, 0, 255, 255, 255});
+        row("P1 that ends with its last bit", "P1\n2 1\n10", {0, 0, 0, 255, 255, 255});
     }
     void pnmSamplesAreScaledByTheHighestOne()
     {
@@ -820,6 +824,15 @@ private Q_SLOTS:
         row("one bit too many", "P1\n3 1\n1010\n", more);
         row("a text sample above the highest", "P2\n3 1\n15\n1 16 3\n", tooHigh);
         row("a bit of 2", "P1\n3 1\n1 2 0\n", tooHigh);
+        row("a comment that ends with CR", "P2\n2 2\n255\n1 2 #x\r9\n3 4\n", more);
+        const char *const lateComment = "a comment right behind a number is not supported";
+        row("a comment behind the highest sample", "P5\n2 1\n255#\n\nab", lateComment);
+        row("a comment behind a sample", "P2\n2 1\n255\n1#x\n2\n", lateComment);
+        row("a comment without an end", "P2\n2 1\n255\n1 #x", "the image is incomplete");
+        const char *const twoBytes = "a line end of two bytes before the pixels is not supported";
+        row("P5 with CR and LF", "P5\r\n2 1\r\n255\r\na ", twoBytes);
+        row("P4 with CR and LF", "P4\r\n8 1\r\na", twoBytes);
+        row("P2 without an end", "P2\n2 1\n255\n1 25", "the image is incomplete");
         row("P5 of 4 bits", QByteArray("P5\n3 1\n15\n\1\xF\3"), "samples up to 15 are not supported");
         row("P5 of 254", QByteArray("P5\n3 1\n254\n\1\xFE\3"), "samples up to 254 are not supported");
         row("P5 of 10 bits", QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18), "samples up to 1023 are not supported");
