@@ -36,6 +36,20 @@ cv::Mat photograph(int rows = 93, int cols = 131)
     return mat;
 }
 
+/// One line of pixels, each the number of a colour; the colour of that number has it as red, and 1 and 2 more.
+QByteArray palettePng(int bits, int colors, const std::vector<unsigned> &pixels)
+{
+    QByteArray palette;
+    for (int i = 0; i < colors; ++i)
+        palette += QByteArray{}.append(char(i)).append(char(i + 1)).append(char(i + 2));
+    QByteArray line((int(pixels.size()) * bits + 7) / 8, '\0');
+    for (int i = 0; i < int(pixels.size()); ++i)
+        line[i * bits / 8] = char(uchar(line[i * bits / 8]) | pixels[std::size_t(i)] << (8 - bits - i * bits % 8));
+    const QByteArray header = bigEndian(quint32(pixels.size()), 4) + bigEndian(1, 4) + char(bits);
+    return "\x89PNG\r\n\x1A\n" + pngChunk("IHDR", header + QByteArray("\3\0\0\0", 4)) + pngChunk("PLTE", palette)
+        + pngChunk("IDAT", deflated('\0' + line)) + pngChunk("IEND", {});
+}
+
 /// What the pixels of a picture look like as a TIFF of this kind.
 cv::Mat shown(const cv::Mat &bgr, const Tiff &kind)
 {
@@ -344,6 +358,35 @@ private Q_SLOTS:
 
         QVERIFY(!expected.empty());
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void colorsOfAPngAreThoseOfItsPalette_data()
+    {
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("colors");
+        QTest::newRow("1 bit") << 1 << 1;
+        QTest::newRow("2 bits") << 2 << 3;
+        QTest::newRow("4 bits") << 4 << 15;
+        QTest::newRow("8 bits") << 8 << 255;
+        QTest::newRow("8 bits, two colours") << 8 << 2;
+    }
+    void colorsOfAPngAreThoseOfItsPalette()
+    {
+        QFETCH(int, bits);
+        QFETCH(int, colors);
+        const auto last = unsigned(colors) - 1;
+        const cv::Vec3b colorOfLast(uchar(last + 2), uchar(last + 1), uchar(last));
+        const cv::Vec3b black(2, 1, 0);
+
+        const cv::Mat expected = (cv::Mat_<cv::Vec3b>(1, 4) << black, colorOfLast, black, colorOfLast);
+        QVERIFY(areEqual(loaded(palettePng(bits, colors, {0, last, 0, last})), expected));
+        QVERIFY(areEqual(expected, reference(palettePng(bits, colors, {0, last, 0, last}))));
+        for (int at = 0; at < 4; ++at) {
+            std::vector<unsigned> pixels{0, last, 0, last};
+            pixels[std::size_t(at)] = last + 1;
+            QCOMPARE(problemOf(palettePng(bits, colors, pixels)),
+                QStringLiteral("the image data is damaged: a pixel has a color that is not in the palette"));
+        }
     }
 
     void tiffPixelsAreThoseThatWerePutIn_data()
@@ -872,6 +915,16 @@ private Q_SLOTS:
         row("PNG with more pixels than lines", whole.left(16) + bigEndian(20, 4) + bigEndian(19, 4) + whole.mid(24),
             "the image data is damaged: IHDR: CRC error");
         row("PNG without its end", whole.left(end), "the image is incomplete");
+        QByteArray text = pngChunk("tEXt", QByteArray("Comment\0a camera", 16));
+        QVERIFY(problemOf(whole.left(33) + text + whole.mid(33)).isEmpty());
+        text[text.size() - 1] = char(~text[text.size() - 1]);
+        row("PNG with a harmed text", whole.left(33) + text + whole.mid(33),
+            "the image data is damaged: tEXt: CRC error");
+        row("PNG with a harmed text behind its pixels", whole.left(end) + text + whole.mid(end),
+            "the image data is damaged: tEXt: CRC error");
+        row("PNG with more data than pixels",
+            whole.left(33) + pngChunk("IDAT", deflated(QByteArray(20 * 61 + 9, '\0'))) + whole.mid(end),
+            "the image data is damaged: ");
 
         const QByteArray still = encoded(".webp", picture);
         const QByteArray frames = webpChunk("ANMF", QByteArray(16, '\0'));
