@@ -4,6 +4,7 @@
 #include "FiberInspection/ImageFormats_p.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
 
@@ -39,8 +40,6 @@ bool hasKnownColors(const QByteArray &bytes, const Header &header)
     const auto bits = header.bitsPerPixel;
     if (header.colors == 0 || bits < 1 || bits > bitsPerByte || header.colors >= qint64(1) << bits)
         return true;
-    if (bitsPerByte % bits != 0)
-        return true; // such pixels would cross bytes; the decoder knows none
     const int mask = (1 << bits) - 1;
     for (qint64 row = 0; row < header.height; ++row) {
         const uchar *const line = dataOf(bytes) + header.begin + row * header.bytesPerLine;
@@ -70,62 +69,108 @@ DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 m
     return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
 }
 
-/// Where the pixels of a BMP may begin: behind its headers, its masks and its palette.
-qint64 leastBegin(
-    const uchar *data, quint32 fileHeaderSize, quint32 size, bool isOld, qint64 bitsPerPixel, bool hasMasks)
+namespace Bmp {
+constexpr int fileHeaderSize = 14; // bytes; what the others are in follows it
+constexpr quint32 oldHeaderSize = 12;
+constexpr quint32 headerSize = 40; // larger ones begin with it
+constexpr int masksBegin = 54; // red, green, blue: in the header, or behind one that is too small for them
+constexpr int masksSize = 12;
+enum Compression : quint32 { None = 0, BitFields = 3 };
+} // namespace Bmp
+
+/// Which bits of a pixel are red, green and blue.
+using Masks = std::array<quint32, 3>;
+
+/// Why a BMP with these fields is not decoded; empty when it is. OpenCV takes all of 32 bits for the usual ones, and
+/// looks for those of 16 bits behind the header, also where they are in it.
+QString problemOfFields(quint32 size, qint64 bitsPerPixel, const uchar *data)
 {
-    constexpr quint32 masksSize = 12; // bytes; larger headers hold them
-    constexpr quint32 headerWithoutMasks = 40;
-    const qint64 begin = qint64(fileHeaderSize) + size + (hasMasks && size == headerWithoutMasks ? masksSize : 0);
-    if (bitsPerPixel < 1 || bitsPerPixel > bitsPerByte)
+    constexpr Masks usual = {0xFF0000, 0xFF00, 0xFF};
+    constexpr Masks five = {0x7C00, 0x3E0, 0x1F};
+    constexpr Masks fiveAndSix = {0xF800, 0x7E0, 0x1F};
+    const auto mask = [data](qint64 i) { return littleEndian32(data + Bmp::masksBegin + 4 * i); };
+    const Masks masks{mask(0), mask(1), mask(2)};
+    if (bitsPerPixel != 16 && bitsPerPixel != 32)
+        return QStringLiteral("BMP fields of %1 bits are not supported").arg(bitsPerPixel);
+    if (bitsPerPixel == 16 && size != Bmp::headerSize)
+        return QStringLiteral("BMP fields of 16 bits in a header of %1 bytes are not supported").arg(size);
+    if (bitsPerPixel == 32 ? masks == usual : masks == five || masks == fiveAndSix)
+        return {};
+    return QStringLiteral("BMP fields %1 %2 %3 are not supported")
+        .arg(masks[0], 0, 16)
+        .arg(masks[1], 0, 16)
+        .arg(masks[2], 0, 16);
+}
+
+/// Where the pixels of a BMP may begin: behind its headers, its masks and its palette.
+qint64 leastBegin(const uchar *data, quint32 size, qint64 bitsPerPixel, bool hasMasks)
+{
+    const qint64 begin =
+        qint64(Bmp::fileHeaderSize) + size + (hasMasks && size == Bmp::headerSize ? Bmp::masksSize : 0);
+    if (bitsPerPixel > bitsPerByte)
         return begin;
     const qint64 mostColors = qint64(1) << bitsPerPixel;
-    if (isOld)
+    if (size == Bmp::oldHeaderSize)
         return begin + 3 * mostColors;
     const qint64 colors = littleEndian32(data + 46);
     return begin + 4 * (colors == 0 ? mostColors : colors);
 }
 
+/// @pre the header is there, with its masks
+QString problemOfBmp(const uchar *data, quint32 size, const Header &header, quint32 compression)
+{
+    constexpr qint64 bits[] = {1, 4, 8, 24, 16, 32};
+    constexpr int oldBits = 4; // how many of them the old header knows
+    const bool isOld = size == Bmp::oldHeaderSize;
+    // Run-length coding may skip pixels, and nothing tells it from a loss.
+    if (compression != Bmp::None && compression != Bmp::BitFields)
+        return QStringLiteral("BMP compression %1 is not supported").arg(compression);
+    const auto *const end = isOld ? std::begin(bits) + oldBits : std::end(bits);
+    if (compression == Bmp::None && std::find(std::begin(bits), end, header.bitsPerPixel) == end)
+        return QStringLiteral("BMP pixels of %1 bits are not supported").arg(header.bitsPerPixel);
+    const QString problem =
+        compression == Bmp::BitFields ? problemOfFields(size, header.bitsPerPixel, data) : QString();
+    if (!problem.isEmpty())
+        return problem;
+    if (header.begin < leastBegin(data, size, header.bitsPerPixel, compression == Bmp::BitFields))
+        return QStringLiteral("the image header is damaged");
+    return {};
+}
+
 Header readBmpHeader(const QByteArray &bytes)
 {
-    constexpr int fileHeaderSize = 14;
-    constexpr quint32 oldHeaderSize = 12;
-    constexpr quint32 headerSize = 40;
-    enum Compression : quint32 { None = 0, BitFields = 3 };
     constexpr qint64 lineAlignment = 32; // bits
 
     Header header;
     const uchar *const data = dataOf(bytes);
-    const quint32 size = bytes.size() >= fileHeaderSize + 4 ? littleEndian32(data + fileHeaderSize) : 0;
-    if (size < oldHeaderSize || bytes.size() < fileHeaderSize + qint64(size)) {
+    const quint32 size = bytes.size() >= Bmp::fileHeaderSize + 4 ? littleEndian32(data + Bmp::fileHeaderSize) : 0;
+    if (size < Bmp::oldHeaderSize || bytes.size() < Bmp::fileHeaderSize + qint64(size)) {
         header.problem = QStringLiteral("the image is incomplete");
         return header;
     }
 
-    qint64 bitsPerPixel = 0;
-    quint32 compression = None;
-    if (size >= headerSize) {
+    quint32 compression = Bmp::None;
+    if (size >= Bmp::headerSize) {
         header.width = static_cast<qint32>(littleEndian32(data + 18));
         header.height = std::llabs(qint64(static_cast<qint32>(littleEndian32(data + 22)))); // below 0: from the top
-        bitsPerPixel = littleEndian16(data + 28);
+        header.bitsPerPixel = littleEndian16(data + 28);
         compression = littleEndian32(data + 30);
         header.colors = littleEndian32(data + 46);
-    } else if (size == oldHeaderSize) {
+    } else if (size == Bmp::oldHeaderSize) {
         header.width = littleEndian16(data + 18);
         header.height = littleEndian16(data + 20);
-        bitsPerPixel = littleEndian16(data + 24);
+        header.bitsPerPixel = littleEndian16(data + 24);
+    } else {
+        header.problem = QStringLiteral("BMP headers of %1 bytes are not supported").arg(size);
+        return header;
     }
-    header.bitsPerPixel = bitsPerPixel;
     header.fileSize = littleEndian32(data + 2); // 0 where the writer did not know
     header.begin = littleEndian32(data + 10);
     header.bytesPerLine =
-        (header.width * bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
-    // Run-length coding may skip pixels, and nothing tells it from a loss.
-    if (compression != None && compression != BitFields)
-        header.problem = QStringLiteral("BMP compression %1 is not supported").arg(compression);
-    else if (header.begin
-        < leastBegin(data, fileHeaderSize, size, size == oldHeaderSize, bitsPerPixel, compression == BitFields))
-        header.problem = QStringLiteral("the image header is damaged");
+        (header.width * header.bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
+    header.problem = compression == Bmp::BitFields && bytes.size() < Bmp::masksBegin + Bmp::masksSize
+        ? QStringLiteral("the image is incomplete")
+        : problemOfBmp(data, size, header, compression);
     return header;
 }
 

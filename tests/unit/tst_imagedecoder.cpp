@@ -50,6 +50,43 @@ QByteArray palettePng(int bits, int colors, const std::vector<unsigned> &pixels)
         + pngChunk("IDAT", deflated('\0' + line)) + pngChunk("IEND", {});
 }
 
+/// A BMP of one line, written by hand.
+struct BmpLine
+{
+    int headerSize = 40;
+    int bits = 24; ///< of a pixel
+    int compression = 0; ///< 3 for fields
+    std::vector<quint32> masks; ///< of red, green, blue
+    QByteArray pixels; ///< as many as there are bytes for
+};
+
+/// With a palette, where there is one, of greys that become darker.
+QByteArray bmp(const BmpLine &line)
+{
+    constexpr int fileHeader = 14;
+    const bool isOld = line.headerSize == 12;
+    const int width = line.pixels.size() * 8 / line.bits;
+    QByteArray headers = littleEndian(quint32(line.headerSize), 4);
+    headers += littleEndian(quint32(width), isOld ? 2 : 4) + littleEndian(1, isOld ? 2 : 4);
+    headers += littleEndian(1, 2) + littleEndian(quint32(line.bits), 2);
+    if (!isOld)
+        headers += littleEndian(quint32(line.compression), 4) + QByteArray(20, '\0');
+    headers.resize(qMin(headers.size(), line.headerSize));
+    for (const quint32 mask : line.masks)
+        headers += littleEndian(mask, 4);
+    headers += QByteArray(qMax(0, line.headerSize - headers.size()), '\0');
+    for (int i = 0; line.bits <= 8 && i < 1 << line.bits; ++i)
+        headers += QByteArray(3, char(255 - i)) + QByteArray(isOld ? 0 : 1, '\0');
+    const QByteArray padded = line.pixels + QByteArray((4 - line.pixels.size() % 4) % 4, '\0');
+    const auto begin = quint32(fileHeader + headers.size());
+    return "BM" + littleEndian(begin + quint32(padded.size()), 4) + littleEndian(0, 4) + littleEndian(begin, 4)
+        + headers + padded;
+}
+
+constexpr quint32 usualRed = 0xFF0000;
+constexpr quint32 usualGreen = 0xFF00;
+constexpr quint32 usualBlue = 0xFF;
+
 /// What the pixels of a picture look like as a TIFF of this kind.
 cv::Mat shown(const cv::Mat &bgr, const Tiff &kind)
 {
@@ -642,6 +679,42 @@ private Q_SLOTS:
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
     }
 
+    void bmpPixelsAreThoseThatWerePutIn_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<cv::Mat>("expected");
+        const auto row = [](const char *name, const BmpLine &line, const std::vector<uchar> &pixels) {
+            QTest::newRow(name) << bmp(line) << cv::Mat(pixels, true).reshape(3, 1);
+        };
+        row("1 bit", {40, 1, 0, {}, "\x5F"},
+            {255, 255, 255, 254, 254, 254, 255, 255, 255, 254, 254, 254, //
+                254, 254, 254, 254, 254, 254, 254, 254, 254, 254, 254, 254});
+        row("4 bits", {40, 4, 0, {}, "\x2F"}, {253, 253, 253, 240, 240, 240});
+        row("8 bits", {40, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("8 bits, long header", {124, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("8 bits, OS/2", {12, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("24 bits", {40, 24, 0, {}, "abcxyz"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        row("24 bits, OS/2", {12, 24, 0, {}, "abcxyz"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        row("32 bits", {40, 32, 0, {}, "abc-xyz-"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        for (const int headerSize : {40, 52, 56, 108, 124}) {
+            const BmpLine line{headerSize, 32, 3, {usualRed, usualGreen, usualBlue}, "abc-xyz-"};
+            row(QByteArray("32 bits in fields, header of " + QByteArray::number(headerSize)).constData(), line,
+                {'a', 'b', 'c', 'x', 'y', 'z'});
+        }
+        const QByteArray two("\xFF\x7F\x01\x02", 4); // five bits each, the lowest ones blue
+        row("16 bits", {40, 16, 0, {}, two}, {248, 248, 248, 8, 128, 0});
+        row("16 bits in fields of 5", {40, 16, 3, {0x7C00, 0x3E0, 0x1F}, two}, {248, 248, 248, 8, 128, 0});
+        row("16 bits in fields of 5 and 6", {40, 16, 3, {0xF800, 0x7E0, 0x1F}, two}, {248, 252, 120, 8, 64, 0});
+    }
+    void bmpPixelsAreThoseThatWerePutIn()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(cv::Mat, expected);
+
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+        QVERIFY(areEqual(expected, reference(bytes)));
+    }
+
     void webpPixelsAreThoseOfOpenCv()
     {
         std::mt19937 random(9);
@@ -893,8 +966,9 @@ private Q_SLOTS:
             QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) - 1, 4)), "the image header is damaged");
         row("BMP with pixels in its palette", QByteArray(gray).replace(10, 4, littleEndian(54, 4)),
             "the image header is damaged");
+        const QByteArray masks = littleEndian(usualRed, 4) + littleEndian(usualGreen, 4) + littleEndian(usualBlue, 4);
         row("BMP with pixels in its masks",
-            QByteArray(bmp(8, 8, 32)).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)),
+            bmp(8, 8, 32).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)).replace(54, 12, masks),
             "the image header is damaged");
         QByteArray twoColors = QByteArray(gray).replace(46, 4, littleEndian(2, 4));
         twoColors.replace(1078, 64, QByteArray(64, '\1'));
@@ -902,7 +976,28 @@ private Q_SLOTS:
         row("BMP with a pixel above its palette", QByteArray(twoColors).replace(1078 + 63, 1, "\2"),
             "a pixel has a color that is not in the palette");
         row("BMP of 6 bits a pixel", QByteArray(twoColors).replace(28, 2, littleEndian(6, 2)),
-            "the image data is damaged");
+            "BMP pixels of 6 bits are not supported");
+        const auto bmpRow = [&row](const char *name, const BmpLine &line, const char *reason) {
+            row(name, bmp(line), reason);
+        };
+        bmpRow("BMP of 2 bits a pixel", {40, 2, 0, {}, "abcd"}, "BMP pixels of 2 bits are not supported");
+        bmpRow("BMP of 64 bits a pixel", {40, 64, 0, {}, "abcdefgh"}, "BMP pixels of 64 bits are not supported");
+        bmpRow("OS/2 BMP of 16 bits a pixel", {12, 16, 0, {}, "abcd"}, "BMP pixels of 16 bits are not supported");
+        bmpRow("short OS/2 header", {16, 24, 0, {}, "abcd"}, "BMP headers of 16 bytes are not supported");
+        bmpRow("24 bits in fields", {40, 24, 3, {usualRed, usualGreen, usualBlue}, "abc"},
+            "BMP fields of 24 bits are not supported");
+        bmpRow("fields of 10 bits", {40, 32, 3, {0x3FF00000, 0xFFC00, 0x3FF}, "abcd"},
+            "BMP fields 3ff00000 ffc00 3ff are not supported");
+        bmpRow("fields of red first", {124, 32, 3, {usualBlue, usualGreen, usualRed}, "abcd"},
+            "BMP fields ff ff00 ff0000 are not supported");
+        bmpRow("fields of 4 bits", {40, 16, 3, {0xF00, 0xF0, 0xF}, "abcd"}, "BMP fields f00 f0 f are not supported");
+        for (const int headerSize : {52, 56, 108, 124}) {
+            bmpRow(QByteArray("16 bits in fields, header of " + QByteArray::number(headerSize)).constData(),
+                {headerSize, 16, 3, {0x7C00, 0x3E0, 0x1F}, "abcd"},
+                QByteArray("BMP fields of 16 bits in a header of " + QByteArray::number(headerSize)).constData());
+        }
+        row("fields that are not there", bmp({40, 32, 3, {}, {}}).left(54).replace(10, 4, littleEndian(66, 4)),
+            "the image is incomplete");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 
