@@ -855,6 +855,13 @@ private Q_SLOTS:
         entry("samples up to 250", 281, TiffEntry::Short, 250, "samples up to 250 are not supported");
         entry("samples of any format up to 250", 341, TiffEntry::Short, 250, "samples up to 250 are not supported");
         entry("a reduced image", 254, TiffEntry::Long, 1, "the page is a reduced form of an image");
+        entry("a reduced image, as it once was", 255, TiffEntry::Short, 2, "the page is a reduced form of an image");
+        row("an entry of which the decoder warns",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->entries[274] = {TiffEntry::Short, 2, 0x10001};
+                }),
+            "the image data is damaged: Incorrect count for \"Orientation\"");
         entry("a mask", 254, TiffEntry::Long, 4, "the page is a mask of an image");
         entry("a sample that is grey and transparency", 338, TiffEntry::Short, 2,
             "1 samples of 8 bits as photometric interpretation 1 are not supported");
