@@ -306,7 +306,7 @@ bool isOpaque(const Layout &layout, uint32_t piece, const std::vector<uchar> &sa
     const qint64 lineSize = pixelSize * layout.pieceWidth;
     const qint64 columns = std::min(layout.pieceWidth, layout.width - place % across * layout.pieceWidth);
     const qint64 rows = std::min(size / lineSize, layout.height - place / across * layout.pieceHeight);
-    const auto isTransparent = [opaque](uchar byte) { return byte != opaque; };
+    const auto isTransparent = [](uchar byte) { return byte != opaque; };
     for (const int alpha : layout.alphas) {
         if (layout.isPlanar && piece / ofPlane != alpha)
             continue;
