@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EncodedImages.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <opencv2/imgcodecs.hpp>
 
 #include <cstdio>
@@ -69,6 +66,57 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
     }
     return cmyk;
 }
+
+/// What libtiff writes, in memory.
+class TiffMemory
+{
+public:
+    explicit TiffMemory(const char *mode)
+        : mTiff(TIFFClientOpen(
+            "image", mode, this, &TiffMemory::read, &TiffMemory::write, &TiffMemory::seek, [](thandle_t) { return 0; },
+            [](thandle_t self) { return toff_t(of(self)->mBytes.size()); }, nullptr, nullptr))
+    {
+    }
+    ~TiffMemory() { TIFFClose(mTiff); }
+    Q_DISABLE_COPY(TiffMemory)
+
+    TIFF *tiff() const { return mTiff; }
+    const QByteArray &bytes() const { return mBytes; }
+
+private:
+    static TiffMemory *of(thandle_t handle) { return static_cast<TiffMemory *>(handle); }
+
+    static tmsize_t read(thandle_t handle, void *data, tmsize_t size)
+    {
+        TiffMemory *const self = of(handle);
+        const QByteArray piece = self->mBytes.mid(self->mAt, int(size));
+        std::memcpy(data, piece.constData(), std::size_t(piece.size()));
+        self->mAt += piece.size();
+        return piece.size();
+    }
+
+    static tmsize_t write(thandle_t handle, void *data, tmsize_t size)
+    {
+        TiffMemory *const self = of(handle);
+        self->mBytes.replace(self->mAt, int(size), static_cast<const char *>(data), int(size));
+        self->mAt += int(size);
+        return size;
+    }
+
+    static toff_t seek(thandle_t handle, toff_t offset, int whence)
+    {
+        TiffMemory *const self = of(handle);
+        const int base = whence == SEEK_END ? self->mBytes.size() : whence == SEEK_CUR ? self->mAt : 0;
+        self->mAt = base + int(offset);
+        if (self->mAt > self->mBytes.size())
+            self->mBytes.append(self->mAt - self->mBytes.size(), '\0');
+        return toff_t(self->mAt);
+    }
+
+    QByteArray mBytes;
+    int mAt = 0;
+    TIFF *const mTiff; // behind what it writes to
+};
 
 int colorSamples(const Tiff &kind)
 {
@@ -273,9 +321,9 @@ QByteArray png(int width, int height, const Png &kind)
 
 QByteArray tiff(const cv::Mat &bgr, const Tiff &kind)
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("image.tiff"));
-    TIFF *const file = TIFFOpen(QFile::encodeName(path).constData(), kind.isBig ? "w8" : "w");
+    const QByteArray mode = QByteArray("w") + (kind.isBig ? "8" : "") + (kind.isBigEndian ? "b" : "l");
+    const TiffMemory memory(mode.constData());
+    TIFF *const file = memory.tiff();
     for (int page = 0; page < kind.pages; ++page) {
         describe(file, bgr, kind);
         const cv::Size piece = kind.tileSide > 0 ? cv::Size(kind.tileSide, kind.tileSide)
@@ -297,9 +345,8 @@ QByteArray tiff(const cv::Mat &bgr, const Tiff &kind)
         }
         TIFFWriteDirectory(file);
     }
-    TIFFClose(file);
-    QFile result(path);
-    return result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
+    TIFFFlush(file);
+    return memory.bytes();
 }
 
 QByteArray tiff(int width, int height, const Tiff &kind)

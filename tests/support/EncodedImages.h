@@ -50,6 +50,7 @@ struct Tiff
     int orientation = 1;
     int pages = 1;
     bool isBig = false; ///< 64-bit offsets
+    bool isBigEndian = false;
     int extraSample = 2; ///< as in the file: what the samples behind the color are
     int alpha = 255; ///< of those samples
     std::map<int, int> entries; ///< by their tag; further ones, of one number

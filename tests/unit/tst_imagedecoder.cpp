@@ -507,6 +507,29 @@ private Q_SLOTS:
         row("64-bit offsets", kind);
         kind.tileSide = 32;
         row("64-bit offsets, tiles", kind);
+        kind = {};
+        kind.isBigEndian = true;
+        row("big endian", kind);
+        kind.bits = 16;
+        row("big endian, 16 bits", kind);
+        kind.tileSide = 32;
+        row("big endian, 16 bits, tiles", kind);
+        kind.isBig = true;
+        row("big endian, 16 bits, tiles, 64-bit offsets", kind);
+        for (const int compression : {5, 8}) {
+            for (const int tileSide : {0, 32}) {
+                for (const int bits : {8, 16}) {
+                    kind = {};
+                    kind.compression = compression;
+                    kind.tileSide = tileSide;
+                    kind.bits = bits;
+                    kind.entries = {{317, 2}};
+                    row("differences, compression " + QByteArray::number(compression) + ", " + QByteArray::number(bits)
+                            + " bits" + (tileSide > 0 ? ", tiles" : ""),
+                        kind);
+                }
+            }
+        }
         for (int orientation = 2; orientation <= 8; ++orientation) {
             kind = {};
             kind.orientation = orientation;
