@@ -167,7 +167,7 @@ struct Layout
         , isTiled(TIFFIsTiled(tiff.get()) != 0)
         , pieces(isTiled ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get()))
         , pieceWidth(isTiled ? tiff.number<uint32_t>(TIFFTAG_TILEWIDTH) : width)
-        , pieceHeight(isTiled ? tiff.number<uint32_t>(TIFFTAG_TILELENGTH) : height)
+        , tileHeight(isTiled ? tiff.number<uint32_t>(TIFFTAG_TILELENGTH) : 0)
     {
         uint16_t extraSamples = 0;
         const uint16_t *types = nullptr;
@@ -195,8 +195,8 @@ struct Layout
     bool isPlanar; ///< the samples lie in pieces of their own
     bool isTiled;
     uint32_t pieces; ///< strips or tiles
-    qint64 pieceWidth; ///< in pixels; that of tiles, of which the last ones go beyond the image
-    qint64 pieceHeight;
+    qint64 pieceWidth; ///< in pixels; the last tiles go beyond the image
+    qint64 tileHeight; ///< 0 for strips
     std::vector<int> alphas; ///< which of the samples tell how much a pixel hides
     int photometric = -1; ///< below 0 when the file does not tell
     const Kind *kind = nullptr; ///< null for pixels that do not come out as they are
@@ -260,11 +260,11 @@ QString problemOfTiles(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
 {
     const auto padded = [](qint64 length, qint64 tile) { return (length + tile - 1) / tile * tile; };
     const qint64 paddedWidth = layout.pieceWidth > 0 ? padded(layout.width, layout.pieceWidth) : 0;
-    if (layout.pieceWidth < 1 || layout.pieceHeight < 1)
+    if (layout.pieceWidth < 1 || layout.tileHeight < 1)
         return QStringLiteral("the tiles have no size");
-    if (!problemOfSize(layout.pieceWidth, layout.pieceHeight, maxPixels).isEmpty()
-        || !problemOfSize(paddedWidth, padded(layout.height, layout.pieceHeight), maxPixels).isEmpty())
-        return QStringLiteral("tiles of %1 x %2 pixels are too large").arg(layout.pieceWidth).arg(layout.pieceHeight);
+    if (!problemOfSize(layout.pieceWidth, layout.tileHeight, maxPixels).isEmpty()
+        || !problemOfSize(paddedWidth, padded(layout.height, layout.tileHeight), maxPixels).isEmpty())
+        return QStringLiteral("tiles of %1 x %2 pixels are too large").arg(layout.pieceWidth).arg(layout.tileHeight);
     const tmsize_t tileSize = TIFFTileSize(tiff.get());
     if (tiff.number<uint16_t>(TIFFTAG_COMPRESSION) == COMPRESSION_NONE && tileSize % tileUnit != 0)
         return QStringLiteral("uncompressed tiles of %1 bytes are not supported").arg(tileSize);
@@ -305,7 +305,7 @@ bool isOpaque(const Layout &layout, uint32_t piece, const std::vector<uchar> &sa
     const qint64 pixelSize = layout.isPlanar ? sampleSize : sampleSize * layout.samples;
     const qint64 lineSize = pixelSize * layout.pieceWidth;
     const qint64 columns = std::min(layout.pieceWidth, layout.width - place % across * layout.pieceWidth);
-    const qint64 rows = std::min(size / lineSize, layout.height - place / across * layout.pieceHeight);
+    const qint64 rows = std::min(size / lineSize, layout.height - place / across * layout.tileHeight);
     const auto isTransparent = [](uchar byte) { return byte != opaque; };
     for (const int alpha : layout.alphas) {
         if (layout.isPlanar && piece / ofPlane != alpha)

@@ -188,7 +188,9 @@ QByteArray samplesOf(const cv::Mat &bgr, const Tiff &kind, const cv::Rect &part,
         char *const line = bytes.data() + qint64(row - part.y) * lineSize;
         for (int i = 0; i < (qMin(part.br().x, bgr.cols) - part.x) * samples; ++i) {
             const int sample = kind.isPlanar ? plane : i % samples;
-            const unsigned value = sampleOf(bgr.at<cv::Vec3b>(row, part.x + i / samples), kind, sample);
+            const cv::Point place(part.x + i / samples, row);
+            const bool isHole = place == kind.hole && sample >= colorSamples(kind);
+            const unsigned value = isHole ? 0 : sampleOf(bgr.at<cv::Vec3b>(place), kind, sample);
             if (kind.bits == 16) {
                 const auto whole = uint16_t(value);
                 std::memcpy(line + qint64(2) * i, &whole, sizeof whole);

@@ -53,6 +53,7 @@ struct Tiff
     bool isBigEndian = false;
     int extraSample = 2; ///< as in the file: what the samples behind the color are
     int alpha = 255; ///< of those samples
+    cv::Point hole{-1, -1}; ///< the pixel in which they are 0
     std::map<int, int> entries; ///< by their tag; further ones, of one number
 };
 /// What is not color has the brightness of the picture's blue. Tiles are filled up with noise.

@@ -575,6 +575,38 @@ private Q_SLOTS:
         QVERIFY(areEqual(expected, reference(bytes)));
     }
 
+    void noTiffWithATransparentPixelIsRead_data()
+    {
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("tileSide");
+        QTest::addColumn<bool>("isPlanar");
+        for (const int bits : {8, 16}) {
+            for (const int tileSide : {0, 32}) {
+                for (const bool isPlanar : {false, true})
+                    QTest::addRow("%d bits%s%s", bits, tileSide > 0 ? ", tiles" : "", isPlanar ? ", planes" : "")
+                        << bits << tileSide << isPlanar;
+            }
+        }
+    }
+    void noTiffWithATransparentPixelIsRead()
+    {
+        Tiff kind;
+        kind.samples = 4;
+        QFETCH(int, bits);
+        QFETCH(int, tileSide);
+        QFETCH(bool, isPlanar);
+        kind.bits = bits;
+        kind.tileSide = tileSide;
+        kind.isPlanar = isPlanar;
+        const cv::Mat picture = photograph(50, 75);
+
+        QVERIFY(areEqual(loaded(tiff(picture, kind)), shown(picture, kind)));
+        for (const cv::Point &hole : {cv::Point(0, 0), {74, 0}, {0, 49}, {74, 49}, {64, 31}, {31, 32}}) {
+            kind.hole = hole;
+            QCOMPARE(problemOf(tiff(picture, kind)), QStringLiteral("transparent pixels are not supported"));
+        }
+    }
+
     /// Kinds that OpenCV takes, but puts together in a wrong way.
     void noTiffComesOutAsAnotherPicture_data()
     {
