@@ -495,6 +495,27 @@ private Q_SLOTS:
         kind.samples = 2;
         kind.photometric = 1;
         row("grey and opaque", kind);
+        kind.bits = 16;
+        row("grey and opaque, 16 bits", kind);
+        kind.photometric = 0;
+        row("white is 0 and opaque, 16 bits", kind);
+        kind.samples = 1;
+        row("white is 0, 16 bits", kind);
+        kind.bits = 8;
+        kind.samples = 2;
+        kind.photometric = 3;
+        row("palette and opaque", kind);
+        kind = {};
+        kind.compression = 8;
+        kind.tileSide = 16;
+        row("small packed tiles", kind);
+        kind.bits = 1;
+        kind.samples = 1;
+        kind.photometric = 1;
+        row("bilevel packed tiles", kind);
+        kind.compression = 1;
+        kind.tileSide = 128;
+        row("bilevel tile", kind);
         for (const int extraSample : {-1, 0}) { // not said to be anything: the decoder warns of it
             kind = {};
             kind.samples = 4;
@@ -717,6 +738,8 @@ private Q_SLOTS:
         row("P2 of 200", "P2 2 1 200\n200 100\n", {255, 255, 255, 127, 127, 127});
         row("P2 of 16 bits", "P2 2 1 65535\n65535 32896\n", {255, 255, 255, 128, 128, 128});
         row("P3 of 8 bits", "P3 2 1 255\n1 2 3 253 254 255\n", {3, 2, 1, 255, 254, 253});
+        row("P3 of 4 bits", "P3 2 1 15\n15 5 0 0 5 15\n", {0, 85, 255, 255, 85, 0});
+        row("P3 of 16 bits", "P3 1 1 65535\n65535 32896 0\n", {0, 128, 255});
         row("P5 of 8 bits", "P5 2 1 255\n\xFF\x7F", {255, 255, 255, 127, 127, 127});
         row("P5 of 16 bits", "P5 2 1 65535\n\xFF\xFF\x80\x80", {255, 255, 255, 128, 128, 128});
         row("P6 of 8 bits", "P6 2 1 255\nabcxyz", {'c', 'b', 'a', 'z', 'y', 'x'});
