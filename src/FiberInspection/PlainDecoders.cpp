@@ -4,6 +4,7 @@
 #include "FiberInspection/ImageFormats_p.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstdlib>
 
@@ -12,6 +13,7 @@ namespace FiberInspection::ImageFormats {
 namespace {
 constexpr qint64 bitsPerByte = 8;
 constexpr qint64 longestLineEnd = 2; // bytes
+constexpr qint64 highestByte = 255;
 constexpr qint64 highestSample = 65535;
 
 bool isSpace(char character)
@@ -38,8 +40,6 @@ bool hasKnownColors(const QByteArray &bytes, const Header &header)
     const auto bits = header.bitsPerPixel;
     if (header.colors == 0 || bits < 1 || bits > bitsPerByte || header.colors >= qint64(1) << bits)
         return true;
-    if (bitsPerByte % bits != 0)
-        return true; // such pixels would cross bytes; the decoder knows none
     const int mask = (1 << bits) - 1;
     for (qint64 row = 0; row < header.height; ++row) {
         const uchar *const line = dataOf(bytes) + header.begin + row * header.bytesPerLine;
@@ -69,62 +69,108 @@ DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 m
     return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
 }
 
-/// Where the pixels of a BMP may begin: behind its headers, its masks and its palette.
-qint64 leastBegin(
-    const uchar *data, quint32 fileHeaderSize, quint32 size, bool isOld, qint64 bitsPerPixel, bool hasMasks)
+namespace Bmp {
+constexpr int fileHeaderSize = 14; // bytes; what the others are in follows it
+constexpr quint32 oldHeaderSize = 12;
+constexpr quint32 headerSize = 40; // larger ones begin with it
+constexpr int masksBegin = 54; // red, green, blue: in the header, or behind one that is too small for them
+constexpr int masksSize = 12;
+enum Compression : quint32 { None = 0, BitFields = 3 };
+} // namespace Bmp
+
+/// Which bits of a pixel are red, green and blue.
+using Masks = std::array<quint32, 3>;
+
+/// Why a BMP with these fields is not decoded; empty when it is. OpenCV takes all of 32 bits for the usual ones, and
+/// looks for those of 16 bits behind the header, also where they are in it.
+QString problemOfFields(quint32 size, qint64 bitsPerPixel, const uchar *data)
 {
-    constexpr quint32 masksSize = 12; // bytes; larger headers hold them
-    constexpr quint32 headerWithoutMasks = 40;
-    const qint64 begin = qint64(fileHeaderSize) + size + (hasMasks && size == headerWithoutMasks ? masksSize : 0);
-    if (bitsPerPixel < 1 || bitsPerPixel > bitsPerByte)
+    constexpr Masks usual = {0xFF0000, 0xFF00, 0xFF};
+    constexpr Masks five = {0x7C00, 0x3E0, 0x1F};
+    constexpr Masks fiveAndSix = {0xF800, 0x7E0, 0x1F};
+    const auto mask = [data](qint64 i) { return littleEndian32(data + Bmp::masksBegin + 4 * i); };
+    const Masks masks{mask(0), mask(1), mask(2)};
+    if (bitsPerPixel != 16 && bitsPerPixel != 32)
+        return QStringLiteral("BMP fields of %1 bits are not supported").arg(bitsPerPixel);
+    if (bitsPerPixel == 16 && size != Bmp::headerSize)
+        return QStringLiteral("BMP fields of 16 bits in a header of %1 bytes are not supported").arg(size);
+    if (bitsPerPixel == 32 ? masks == usual : masks == five || masks == fiveAndSix)
+        return {};
+    return QStringLiteral("BMP fields %1 %2 %3 are not supported")
+        .arg(masks[0], 0, 16)
+        .arg(masks[1], 0, 16)
+        .arg(masks[2], 0, 16);
+}
+
+/// Where the pixels of a BMP may begin: behind its headers, its masks and its palette.
+qint64 leastBegin(const uchar *data, quint32 size, qint64 bitsPerPixel, bool hasMasks)
+{
+    const qint64 begin =
+        qint64(Bmp::fileHeaderSize) + size + (hasMasks && size == Bmp::headerSize ? Bmp::masksSize : 0);
+    if (bitsPerPixel > bitsPerByte)
         return begin;
     const qint64 mostColors = qint64(1) << bitsPerPixel;
-    if (isOld)
+    if (size == Bmp::oldHeaderSize)
         return begin + 3 * mostColors;
     const qint64 colors = littleEndian32(data + 46);
     return begin + 4 * (colors == 0 ? mostColors : colors);
 }
 
+/// @pre the header is there, with its masks
+QString problemOfBmp(const uchar *data, quint32 size, const Header &header, quint32 compression)
+{
+    constexpr qint64 bits[] = {1, 4, 8, 24, 16, 32};
+    constexpr int oldBits = 4; // how many of them the old header knows
+    const bool isOld = size == Bmp::oldHeaderSize;
+    // Run-length coding may skip pixels, and nothing tells it from a loss.
+    if (compression != Bmp::None && compression != Bmp::BitFields)
+        return QStringLiteral("BMP compression %1 is not supported").arg(compression);
+    const auto *const end = isOld ? std::begin(bits) + oldBits : std::end(bits);
+    if (compression == Bmp::None && std::find(std::begin(bits), end, header.bitsPerPixel) == end)
+        return QStringLiteral("BMP pixels of %1 bits are not supported").arg(header.bitsPerPixel);
+    const QString problem =
+        compression == Bmp::BitFields ? problemOfFields(size, header.bitsPerPixel, data) : QString();
+    if (!problem.isEmpty())
+        return problem;
+    if (header.begin < leastBegin(data, size, header.bitsPerPixel, compression == Bmp::BitFields))
+        return QStringLiteral("the image header is damaged");
+    return {};
+}
+
 Header readBmpHeader(const QByteArray &bytes)
 {
-    constexpr int fileHeaderSize = 14;
-    constexpr quint32 oldHeaderSize = 12;
-    constexpr quint32 headerSize = 40;
-    enum Compression : quint32 { None = 0, BitFields = 3 };
     constexpr qint64 lineAlignment = 32; // bits
 
     Header header;
     const uchar *const data = dataOf(bytes);
-    const quint32 size = bytes.size() >= fileHeaderSize + 4 ? littleEndian32(data + fileHeaderSize) : 0;
-    if (size < oldHeaderSize || bytes.size() < fileHeaderSize + qint64(size)) {
+    const quint32 size = bytes.size() >= Bmp::fileHeaderSize + 4 ? littleEndian32(data + Bmp::fileHeaderSize) : 0;
+    if (size < Bmp::oldHeaderSize || bytes.size() < Bmp::fileHeaderSize + qint64(size)) {
         header.problem = QStringLiteral("the image is incomplete");
         return header;
     }
 
-    qint64 bitsPerPixel = 0;
-    quint32 compression = None;
-    if (size >= headerSize) {
+    quint32 compression = Bmp::None;
+    if (size >= Bmp::headerSize) {
         header.width = static_cast<qint32>(littleEndian32(data + 18));
         header.height = std::llabs(qint64(static_cast<qint32>(littleEndian32(data + 22)))); // below 0: from the top
-        bitsPerPixel = littleEndian16(data + 28);
+        header.bitsPerPixel = littleEndian16(data + 28);
         compression = littleEndian32(data + 30);
         header.colors = littleEndian32(data + 46);
-    } else if (size == oldHeaderSize) {
+    } else if (size == Bmp::oldHeaderSize) {
         header.width = littleEndian16(data + 18);
         header.height = littleEndian16(data + 20);
-        bitsPerPixel = littleEndian16(data + 24);
+        header.bitsPerPixel = littleEndian16(data + 24);
+    } else {
+        header.problem = QStringLiteral("BMP headers of %1 bytes are not supported").arg(size);
+        return header;
     }
-    header.bitsPerPixel = bitsPerPixel;
     header.fileSize = littleEndian32(data + 2); // 0 where the writer did not know
     header.begin = littleEndian32(data + 10);
     header.bytesPerLine =
-        (header.width * bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
-    // Run-length coding may skip pixels, and nothing tells it from a loss.
-    if (compression != None && compression != BitFields)
-        header.problem = QStringLiteral("BMP compression %1 is not supported").arg(compression);
-    else if (header.begin
-        < leastBegin(data, fileHeaderSize, size, size == oldHeaderSize, bitsPerPixel, compression == BitFields))
-        header.problem = QStringLiteral("the image header is damaged");
+        (header.width * header.bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
+    header.problem = compression == Bmp::BitFields && bytes.size() < Bmp::masksBegin + Bmp::masksSize
+        ? QStringLiteral("the image is incomplete")
+        : problemOfBmp(data, size, header, compression);
     return header;
 }
 
@@ -140,7 +186,7 @@ public:
 
     int position() const { return mAt; }
 
-    /// @return false without a number that is followed by white space: the end may be missing
+    /// @return false without a number that is followed by white space: the end may be missing. A bit has one digit.
     bool next(qint64 *number, int maxDigits = 9)
     {
         skipSpace();
@@ -148,23 +194,37 @@ public:
         *number = 0;
         for (; mAt < mBytes.size() && mAt - begin < maxDigits && isDigit(mBytes[mAt]); ++mAt)
             *number = *number * 10 + (mBytes[mAt] - '0');
-        return mAt > begin && mAt < mBytes.size() && (isSpace(mBytes[mAt]) || maxDigits == 1);
+        return mAt > begin && (maxDigits == 1 || (mAt < mBytes.size() && isSpace(mBytes[mAt])));
+    }
+
+    /// Why there was no next one. The decoder takes any character behind a number for white space, also a "#".
+    QString problem() const
+    {
+        const bool isComment = mAt < mBytes.size() && mBytes[mAt] == '#';
+        return isComment ? QStringLiteral("a comment right behind a number is not supported") : incomplete().problem;
     }
 
 private:
+    static bool isLineEnd(char character) { return character == '\n' || character == '\r'; }
     static bool isDigit(char character) { return character >= '0' && character <= '9'; }
 
     void skipSpace()
     {
-        for (; mAt < mBytes.size() && (isSpace(mBytes[mAt]) || mBytes[mAt] == '#'); ++mAt) {
-            if (mBytes[mAt] == '#')
-                mAt = mBytes.indexOf('\n', mAt) < 0 ? mBytes.size() - 1 : mBytes.indexOf('\n', mAt);
+        for (bool isComment = false; mAt < mBytes.size(); ++mAt) {
+            const char character = mBytes[mAt];
+            if (isComment)
+                isComment = !isLineEnd(character);
+            else if (character == '#')
+                isComment = true;
+            else if (!isSpace(character))
+                return;
         }
     }
 
     const QByteArray &mBytes;
     int mAt;
 };
+
 QString tooHigh()
 {
     return QStringLiteral("a sample is higher than the highest that the image declares");
@@ -186,30 +246,26 @@ QString problemOfText(const QByteArray &bytes, NumberReader *numbers, qint64 sam
     for (qint64 left = samples; left > 0; --left) {
         qint64 sample = 0;
         if (!numbers->next(&sample, isBits ? 1 : 9))
-            return incomplete().problem;
+            return numbers->problem();
         if (sample > highest)
             return tooHigh();
     }
     return endsAt(bytes, numbers->position()) ? QString() : leftOver();
 }
 
-QString problemOfBinary(const QByteArray &bytes, const Header &header, qint64 bitsPerSample, qint64 highest)
+/// Of binary samples nothing can be too high: only those that use all of their bits are read.
+QString problemOfBinary(const QByteArray &bytes, const Header &header)
 {
     const qint64 end = header.begin + header.bytesPerLine * header.height;
     if (end > bytes.size())
         return incomplete().problem;
-    if (bytes.size() - end > longestLineEnd || !endsAt(bytes, end))
-        return leftOver();
-    const uchar *const last = dataOf(bytes) + end;
-    if (bitsPerSample == bitsPerByte) {
-        const auto isHigher = [highest](uchar sample) { return sample > highest; };
-        return std::any_of(dataOf(bytes) + header.begin, last, isHigher) ? tooHigh() : QString();
-    }
-    for (const uchar *sample = dataOf(bytes) + header.begin; sample < last; sample += 2) {
-        if (bigEndian16(sample) > highest)
-            return tooHigh();
-    }
-    return {};
+    return bytes.size() - end > longestLineEnd || !endsAt(bytes, end) ? leftOver() : QString();
+}
+
+/// Whether white comes out as white: the decoder takes binary samples, and all of 16 bits, as they are.
+bool isScaled(qint64 highest, bool isText)
+{
+    return highest == highestByte || highest == highestSample || (isText && highest < highestByte);
 }
 } // namespace
 
@@ -241,9 +297,11 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
     Header header;
     qint64 highest = 1;
     if (!numbers.next(&header.width) || !numbers.next(&header.height) || (!isBits && !numbers.next(&highest)))
-        return incomplete();
+        return refused(numbers.problem());
     if (highest < 1 || highest > highestSample)
         return refused(QStringLiteral("the image header is damaged"));
+    if (!isBits && !isScaled(highest, isText))
+        return refused(QStringLiteral("samples up to %1 are not supported").arg(highest));
     const QString problem = problemOfSize(header.width, header.height, maxPixels);
     if (!problem.isEmpty())
         return refusedForSize(header.width, header.height, problem);
@@ -252,10 +310,12 @@ DecodedImage decodePnm(const QByteArray &bytes, qint64 maxPixels)
         header.problem = problemOfText(bytes, &numbers, samplesPerLine * header.height, highest, isBits);
         return decodePlain(bytes, header, maxPixels);
     }
+    if (bytes.mid(numbers.position(), longestLineEnd) == "\r\n") // the second one is a pixel, or is not
+        return refused(QStringLiteral("a line end of two bytes before the pixels is not supported"));
     header.begin = numbers.position() + 1;
-    const qint64 bitsPerSample = isBits ? 1 : highest > 255 ? 16 : 8;
+    const qint64 bitsPerSample = isBits ? 1 : highest > highestByte ? 16 : 8;
     header.bytesPerLine = (samplesPerLine * bitsPerSample + bitsPerByte - 1) / bitsPerByte;
-    header.problem = problemOfBinary(bytes, header, isBits ? bitsPerByte : bitsPerSample, isBits ? 255 : highest);
+    header.problem = problemOfBinary(bytes, header);
     return decodePlain(bytes, header, maxPixels);
 }
 

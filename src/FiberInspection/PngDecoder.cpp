@@ -110,6 +110,8 @@ public:
                 png_read_row(mPng, pixels + row * bytesPerLine, nullptr);
         }
         png_read_end(mPng, mEndInfo);
+        for (png_uint_32 row = 0; isPalette() && row < png_get_image_height(mPng, mInfo); ++row)
+            replaceByColors(pixels + row * bytesPerLine);
         return true;
     }
 
@@ -150,14 +152,36 @@ private:
         const int colorType = png_get_color_type(mPng, mInfo);
         png_set_strip_16(mPng);
         png_set_strip_alpha(mPng);
-        if (colorType == PNG_COLOR_TYPE_PALETTE)
-            png_set_palette_to_rgb(mPng);
+        if (isPalette()) {
+            png_set_packing(mPng); // one byte for each number of a color
+            png_set_check_for_invalid_index(mPng, 0); // replaceByColors() does
+            return;
+        }
         if ((colorType & PNG_COLOR_MASK_COLOR) == 0 && png_get_bit_depth(mPng, mInfo) < wholeByte)
             png_set_expand_gray_1_2_4_to_8(mPng);
         if ((colorType & PNG_COLOR_MASK_COLOR) != 0)
             png_set_bgr(mPng);
         else
             png_set_gray_to_rgb(mPng);
+    }
+
+    bool isPalette() const { return png_get_color_type(mPng, mInfo) == PNG_COLOR_TYPE_PALETTE; }
+
+    /// In place, from numbers of a palette's colors. libpng takes those that are not in it for black, without a word.
+    void replaceByColors(uchar *line)
+    {
+        png_colorp colors = nullptr;
+        int count = 0;
+        png_get_PLTE(mPng, mInfo, &colors, &count);
+        for (png_uint_32 column = png_get_image_width(mPng, mInfo); column-- > 0;) {
+            const int number = line[column];
+            if (number >= count)
+                png_error(mPng, "a pixel has a color that is not in the palette");
+            uchar *const pixel = line + std::size_t(bgrChannels) * column;
+            pixel[0] = colors[number].blue;
+            pixel[1] = colors[number].green;
+            pixel[2] = colors[number].red;
+        }
     }
 
     const uchar *mAt;

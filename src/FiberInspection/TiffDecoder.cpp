@@ -15,15 +15,40 @@
 namespace FiberInspection::ImageFormats {
 
 namespace {
-constexpr int bitsPerSample[] = {1, 8, 16};
 constexpr int maxSamplesPerPixel = 4;
+constexpr tmsize_t bitsPerByte = 8;
+constexpr tmsize_t tileUnit = 1024; // bytes; OpenCV takes no tiles of others that are not compressed
 constexpr tmsize_t memoryPerPixel = 16; // bytes: for each single piece of memory
 constexpr tmsize_t leastMemory = 16L * 1024 * 1024; // bytes
 constexpr uint16_t compressions[] = {
     COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE, COMPRESSION_DEFLATE, COMPRESSION_PACKBITS};
 
-/// Warnings that say nothing about the pixels, by their beginning: tags that a camera made up, and how a fourth sample
-/// is to be taken, which is dropped.
+/// Pixels that come out as they are. More samples may follow those of the color where there may be others at all.
+struct Kind
+{
+    uint16_t photometric;
+    uint16_t bits; ///< of a sample
+    uint16_t colors; ///< samples that make the color
+    bool hasOthers;
+    bool isAlsoPlanar;
+};
+constexpr Kind kinds[] = {
+    {PHOTOMETRIC_MINISWHITE, 1, 1, false, false},
+    {PHOTOMETRIC_MINISWHITE, 8, 1, true, false},
+    {PHOTOMETRIC_MINISWHITE, 16, 1, true, false},
+    {PHOTOMETRIC_MINISBLACK, 1, 1, false, false},
+    {PHOTOMETRIC_MINISBLACK, 8, 1, true, false},
+    {PHOTOMETRIC_MINISBLACK, 16, 1, true, false},
+    {PHOTOMETRIC_PALETTE, 1, 1, false, false},
+    {PHOTOMETRIC_PALETTE, 8, 1, true, false},
+    {PHOTOMETRIC_RGB, 8, 3, true, true},
+    {PHOTOMETRIC_RGB, 16, 3, true, true},
+    {PHOTOMETRIC_SEPARATED, 8, 4, false, true},
+    {PHOTOMETRIC_YCBCR, 8, 3, false, false},
+};
+
+/// Warnings that say nothing about the pixels, by their beginning: tags that a camera made up, and samples behind those
+/// of the color that are not said to be anything, which are dropped.
 constexpr const char *harmlessWarnings[] = {"Unknown field with tag", "Sum of Photometric type-related color channels"};
 
 /// libtiff on bytes in memory, silent; whatever it complains about is kept.
@@ -130,39 +155,170 @@ private:
     char mMessage[256] = "";
 };
 
-/// Whether the kind of pixels and the pieces they come in are bearable; tiles may be far larger than the image.
-QString problemOfLayout(const Tiff &tiff, const QSize &size, qint64 maxPixels)
+/// What the directory says about the pixels and the pieces they come in.
+struct Layout
 {
-    const int bits = tiff.number<uint16_t>(TIFFTAG_BITSPERSAMPLE);
-    const int samples = tiff.number<uint16_t>(TIFFTAG_SAMPLESPERPIXEL);
-    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
-    const bool isKnownDepth =
-        std::find(std::begin(bitsPerSample), std::end(bitsPerSample), bits) != std::end(bitsPerSample);
-    const auto photometric = tiff.number<uint16_t>(TIFFTAG_PHOTOMETRIC);
-    const bool isDeepCmyk = bits > 8 && photometric == PHOTOMETRIC_SEPARATED;
-    const bool isShallowPalette = bits < 8 && photometric == PHOTOMETRIC_PALETTE;
-    if ((!isKnownDepth && !isShallowPalette) || bits < 1 || isDeepCmyk || samples < 1 || samples > maxSamplesPerPixel)
-        return QStringLiteral("%1 samples of %2 bits are not supported").arg(samples).arg(bits);
+    explicit Layout(const Tiff &tiff)
+        : width(tiff.number<uint32_t>(TIFFTAG_IMAGEWIDTH))
+        , height(tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH))
+        , bits(tiff.number<uint16_t>(TIFFTAG_BITSPERSAMPLE))
+        , samples(tiff.number<uint16_t>(TIFFTAG_SAMPLESPERPIXEL))
+        , isPlanar(samples > 1 && tiff.number<uint16_t>(TIFFTAG_PLANARCONFIG) == PLANARCONFIG_SEPARATE)
+        , isTiled(TIFFIsTiled(tiff.get()) != 0)
+        , pieces(isTiled ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get()))
+        , pieceWidth(isTiled ? tiff.number<uint32_t>(TIFFTAG_TILEWIDTH) : width)
+        , tileHeight(isTiled ? tiff.number<uint32_t>(TIFFTAG_TILELENGTH) : 0)
+    {
+        uint16_t extraSamples = 0;
+        const uint16_t *types = nullptr;
+        TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_EXTRASAMPLES, &extraSamples, &types);
+        for (int i = 0; i < extraSamples; ++i) {
+            if (types[i] == EXTRASAMPLE_ASSOCALPHA || types[i] == EXTRASAMPLE_UNASSALPHA)
+                alphas.push_back(samples - extraSamples + i);
+        }
+        uint16_t interpretation = 0;
+        if (TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &interpretation) == 0)
+            return;
+        photometric = interpretation;
+        const auto found = std::find_if(std::begin(kinds), std::end(kinds), [=](const Kind &candidate) {
+            const int others = samples - candidate.colors;
+            return candidate.photometric == photometric && candidate.bits == bits && others >= extraSamples
+                && (candidate.hasOthers || others == 0) && (candidate.isAlsoPlanar || !isPlanar);
+        });
+        kind = found != std::end(kinds) && samples <= maxSamplesPerPixel ? found : nullptr;
+    }
+
+    qint64 width; ///< of the image, in pixels
+    qint64 height;
+    int bits; ///< of a sample
+    int samples; ///< of a pixel
+    bool isPlanar; ///< the samples lie in pieces of their own
+    bool isTiled;
+    uint32_t pieces; ///< strips or tiles
+    qint64 pieceWidth; ///< in pixels; the last tiles go beyond the image
+    qint64 tileHeight; ///< 0 for strips
+    std::vector<int> alphas; ///< which of the samples tell how much a pixel hides
+    int photometric = -1; ///< below 0 when the file does not tell
+    const Kind *kind = nullptr; ///< null for pixels that do not come out as they are
+};
+
+/// Whether the page is the photograph, and not what goes with one.
+QString problemOfPage(const Tiff &tiff)
+{
+    const auto type = tiff.number<uint32_t>(TIFFTAG_SUBFILETYPE);
+    if ((type & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) != 0)
+        return QStringLiteral("the page is a %1 of an image")
+            .arg((type & FILETYPE_MASK) != 0 ? QStringLiteral("mask") : QStringLiteral("reduced form"));
+    const auto depth = std::max(tiff.number<uint32_t>(TIFFTAG_IMAGEDEPTH), tiff.number<uint32_t>(TIFFTAG_TILEDEPTH));
+    return depth > 1 ? QStringLiteral("images of %1 layers are not supported").arg(depth) : QString();
+}
+
+/// Whether white comes out as white: the decoder takes samples as if they used all of their bits.
+QString problemOfScale(const Tiff &tiff, const Layout &layout)
+{
+    if (layout.photometric == PHOTOMETRIC_PALETTE)
+        return {};
+    double highest = tiff.number<uint16_t>(TIFFTAG_MAXSAMPLEVALUE);
+    double ofAnyFormat = highest;
+    if (TIFFGetField(tiff.get(), TIFFTAG_SMAXSAMPLEVALUE, &ofAnyFormat) != 0)
+        highest = std::min(highest, ofAnyFormat);
+    const bool isScaled = highest >= (1 << layout.bits) - 1;
+    return isScaled ? QString() : QStringLiteral("samples up to %1 are not supported").arg(highest);
+}
+
+QString problemOfPixels(const Tiff &tiff, const Layout &layout)
+{
+    if (layout.photometric < 0)
+        return QStringLiteral("a TIFF without photometric interpretation is not supported");
+    if (!layout.kind)
+        return QStringLiteral("%1%2 samples of %3 bits as photometric interpretation %4 are not supported")
+            .arg(QString::number(layout.samples), layout.isPlanar ? QStringLiteral(" separate") : QString())
+            .arg(layout.bits)
+            .arg(layout.photometric);
     const int sampleFormat = tiff.number<uint16_t>(TIFFTAG_SAMPLEFORMAT);
     if (sampleFormat != SAMPLEFORMAT_UINT && sampleFormat != SAMPLEFORMAT_VOID)
         return QStringLiteral("samples of format %1 are not supported").arg(sampleFormat);
+    const int inkSet = tiff.number<uint16_t>(TIFFTAG_INKSET);
+    if (layout.photometric == PHOTOMETRIC_SEPARATED && inkSet != INKSET_CMYK)
+        return QStringLiteral("inks of set %1 are not supported").arg(inkSet);
+    return problemOfScale(tiff, layout);
+}
+
+QString problemOfCoding(const Tiff &tiff)
+{
+    const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
     if (std::find(std::begin(compressions), std::end(compressions), compression) == std::end(compressions))
         return QStringLiteral("TIFF compression %1 is not supported").arg(compression);
     const int fillOrder = tiff.number<uint16_t>(TIFFTAG_FILLORDER);
     if (compression != COMPRESSION_NONE && fillOrder != FILLORDER_MSB2LSB)
         return QStringLiteral("packed data of fill order %1 are not supported").arg(fillOrder);
-    if (TIFFIsTiled(tiff.get()) == 0)
-        return {};
-
-    const qint64 tileWidth = tiff.number<uint32_t>(TIFFTAG_TILEWIDTH);
-    const qint64 tileHeight = tiff.number<uint32_t>(TIFFTAG_TILELENGTH);
-    const auto padded = [](qint64 length, qint64 tile) { return (length + tile - 1) / tile * tile; };
-    if (tileWidth < 1 || tileHeight < 1)
-        return QStringLiteral("the tiles have no size");
-    if (!problemOfSize(tileWidth, tileHeight, maxPixels).isEmpty()
-        || !problemOfSize(padded(size.width(), tileWidth), padded(size.height(), tileHeight), maxPixels).isEmpty())
-        return QStringLiteral("tiles of %1 x %2 pixels are too large").arg(tileWidth).arg(tileHeight);
     return {};
+}
+
+/// Whether the tiles are bearable, which may be far larger than the image, and such as OpenCV puts into their places.
+QString problemOfTiles(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
+{
+    const auto padded = [](qint64 length, qint64 tile) { return (length + tile - 1) / tile * tile; };
+    const qint64 paddedWidth = layout.pieceWidth > 0 ? padded(layout.width, layout.pieceWidth) : 0;
+    if (layout.pieceWidth < 1 || layout.tileHeight < 1)
+        return QStringLiteral("the tiles have no size");
+    if (!problemOfSize(layout.pieceWidth, layout.tileHeight, maxPixels).isEmpty()
+        || !problemOfSize(paddedWidth, padded(layout.height, layout.tileHeight), maxPixels).isEmpty())
+        return QStringLiteral("tiles of %1 x %2 pixels are too large").arg(layout.pieceWidth).arg(layout.tileHeight);
+    const tmsize_t tileSize = TIFFTileSize(tiff.get());
+    if (tiff.number<uint16_t>(TIFFTAG_COMPRESSION) == COMPRESSION_NONE && tileSize % tileUnit != 0)
+        return QStringLiteral("uncompressed tiles of %1 bytes are not supported").arg(tileSize);
+    if (layout.photometric == PHOTOMETRIC_YCBCR)
+        return QStringLiteral("tiles of photometric interpretation %1 are not supported").arg(layout.photometric);
+    const int orientation = tiff.number<uint16_t>(TIFFTAG_ORIENTATION);
+    if (orientation != ORIENTATION_TOPLEFT)
+        return QStringLiteral("tiles of orientation %1 are not supported").arg(orientation);
+    const bool isSimple = layout.kind->colors > 1 || (layout.samples == 1 && layout.bits <= bitsPerByte);
+    if (paddedWidth != layout.width && !isSimple)
+        return QStringLiteral("tiles of %1 samples of %2 bits that go beyond the image are not supported")
+            .arg(layout.samples)
+            .arg(layout.bits);
+    return {};
+}
+
+/// Whether the kind of pixels and the pieces they come in are bearable.
+QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
+{
+    for (const QString &problem : {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff)}) {
+        if (!problem.isEmpty())
+            return problem;
+    }
+    return layout.isTiled ? problemOfTiles(tiff, layout, maxPixels) : QString();
+}
+
+/// Whether nothing shines through the pixels of a piece: what is behind them is not in the file.
+/// @param size of the samples, in bytes
+bool isOpaque(const Layout &layout, uint32_t piece, const std::vector<uchar> &samples, qint64 size)
+{
+    constexpr uchar opaque = 0xFF;
+    if (layout.alphas.empty())
+        return true;
+    const qint64 across = (layout.width + layout.pieceWidth - 1) / layout.pieceWidth;
+    const qint64 ofPlane = layout.isPlanar ? layout.pieces / static_cast<uint32_t>(layout.samples) : layout.pieces;
+    const qint64 place = piece % ofPlane;
+    const qint64 sampleSize = layout.bits / bitsPerByte;
+    const qint64 pixelSize = layout.isPlanar ? sampleSize : sampleSize * layout.samples;
+    const qint64 lineSize = pixelSize * layout.pieceWidth;
+    const qint64 columns = std::min(layout.pieceWidth, layout.width - place % across * layout.pieceWidth);
+    const qint64 rows = std::min(size / lineSize, layout.height - place / across * layout.tileHeight);
+    const auto isTransparent = [](uchar byte) { return byte != opaque; };
+    for (const int alpha : layout.alphas) {
+        if (layout.isPlanar && piece / ofPlane != alpha)
+            continue;
+        for (qint64 row = 0; row < rows; ++row) {
+            const uchar *sample = samples.data() + row * lineSize + (layout.isPlanar ? 0 : alpha * sampleSize);
+            for (qint64 column = 0; column < columns; ++column, sample += pixelSize) {
+                if (std::any_of(sample, sample + sampleSize, isTransparent))
+                    return false;
+            }
+        }
+    }
+    return true;
 }
 
 /// Whether packed data end where they should, with the checksum that they should have. The decoder stops as soon as it
@@ -204,16 +360,10 @@ bool isWholePiece(uint16_t compression, const QByteArray &bytes, const TiffPlace
     }
 }
 
-uint32_t numberOfPieces(const Tiff &tiff)
-{
-    return TIFFIsTiled(tiff.get()) != 0 ? TIFFNumberOfTiles(tiff.get()) : TIFFNumberOfStrips(tiff.get());
-}
-
 /// Where the strips or tiles are; fewer of them when one is not in the file.
-std::vector<TiffPlace> placesOfPieces(const Tiff &tiff, const QByteArray &bytes)
+std::vector<TiffPlace> placesOfPieces(const Tiff &tiff, uint32_t pieces, const QByteArray &bytes)
 {
     const auto fileSize = static_cast<uint64_t>(bytes.size());
-    const uint32_t pieces = numberOfPieces(tiff);
     std::vector<TiffPlace> places;
     places.reserve(pieces);
     for (uint32_t piece = 0; piece < pieces; ++piece) {
@@ -226,40 +376,64 @@ std::vector<TiffPlace> placesOfPieces(const Tiff &tiff, const QByteArray &bytes)
     return places;
 }
 
-/// Decodes all strips or tiles for what the decoder has to say about them.
-bool readsWithoutComplaint(const Tiff &tiff, const QByteArray &bytes, const std::vector<TiffPlace> &places)
+/// Decodes all strips or tiles for what the decoder, and what they hold, has to say about them.
+QString problemOfData(
+    const Tiff &tiff, const Layout &layout, const QByteArray &bytes, const std::vector<TiffPlace> &places)
 {
-    const bool isTiled = TIFFIsTiled(tiff.get()) != 0;
     const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
-    const tmsize_t pieceSize = isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
+    const tmsize_t pieceSize = layout.isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
+    const auto notWhole = [&tiff]() {
+        return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
+    };
     if (pieceSize <= 0)
-        return false;
+        return notWhole();
     std::vector<uchar> buffer(static_cast<std::size_t>(pieceSize));
     for (uint32_t piece = 0; piece < places.size(); ++piece) {
         if (places[piece].begin == places[piece].end)
-            return false;
-        const tmsize_t read = isTiled ? TIFFReadEncodedTile(tiff.get(), piece, buffer.data(), pieceSize)
-                                      : TIFFReadEncodedStrip(tiff.get(), piece, buffer.data(), pieceSize);
+            return notWhole();
+        const tmsize_t read = layout.isTiled ? TIFFReadEncodedTile(tiff.get(), piece, buffer.data(), pieceSize)
+                                             : TIFFReadEncodedStrip(tiff.get(), piece, buffer.data(), pieceSize);
         if (read <= 0 || tiff.hasComplained() || !isWholePiece(compression, bytes, places[piece], read))
-            return false;
+            return notWhole();
+        if (!isOpaque(layout, piece, buffer, read))
+            return QStringLiteral("transparent pixels are not supported");
     }
-    return true;
+    return {};
 }
 
 /// Checks and decodes what the structure found: each byte of the file is unpacked once at most.
-QString problemOfPieces(const Tiff &tiff, const QByteArray &bytes, const TiffStructure &structure)
+QString problemOfPieces(const Tiff &tiff, const Layout &layout, const QByteArray &bytes, const TiffStructure &structure)
 {
-    const uint32_t pieces = numberOfPieces(tiff);
-    if (structure.offsets != pieces)
-        return QStringLiteral("the file has %1 strips or tiles instead of %2").arg(structure.offsets).arg(pieces);
-    const std::vector<TiffPlace> places = placesOfPieces(tiff, bytes);
-    if (places.size() != pieces)
+    if (structure.offsets != layout.pieces)
+        return QStringLiteral("the file has %1 strips or tiles instead of %2")
+            .arg(structure.offsets)
+            .arg(layout.pieces);
+    const std::vector<TiffPlace> places = placesOfPieces(tiff, layout.pieces, bytes);
+    if (places.size() != layout.pieces)
         return incomplete().problem;
     if (!areApart(places, structure.places))
         return QStringLiteral("strips or tiles overlap");
-    if (!readsWithoutComplaint(tiff, bytes, places))
-        return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
-    return {};
+    return problemOfData(tiff, layout, bytes, places);
+}
+
+/// What speaks against the file, or nothing. With the answer the memory of the decoder is free again.
+DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qint64 maxPixels, QSize *size)
+{
+    const Tiff tiff(bytes, maxPixels);
+    if (!tiff.get() || tiff.hasComplained())
+        return damaged(tiff.message());
+    const Layout layout(tiff);
+    const QString problemOfHeader = problemOfSize(layout.width, layout.height, maxPixels);
+    if (!problemOfHeader.isEmpty())
+        return refusedForSize(layout.width, layout.height, problemOfHeader);
+    *size = QSize(static_cast<int>(layout.width), static_cast<int>(layout.height));
+    const QString problem = problemOfLayout(tiff, layout, maxPixels);
+    if (!problem.isEmpty())
+        return refused(problem);
+    if (TIFFLastDirectory(tiff.get()) == 0)
+        return refused(QStringLiteral("the file holds more than one page"));
+    const QString problemOfFile = problemOfPieces(tiff, layout, bytes, structure);
+    return problemOfFile.isEmpty() ? DecodedImage() : refused(problemOfFile);
 }
 } // namespace
 
@@ -274,24 +448,9 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
     const TiffStructure structure = readTiffStructure(bytes);
     if (!structure.problem.isEmpty())
         return refused(structure.problem);
-    const Tiff tiff(bytes, maxPixels);
-    if (!tiff.get() || tiff.hasComplained())
-        return damaged(tiff.message());
-    const qint64 width = tiff.number<uint32_t>(TIFFTAG_IMAGEWIDTH);
-    const qint64 height = tiff.number<uint32_t>(TIFFTAG_IMAGELENGTH);
-    const QString problemOfHeader = problemOfSize(width, height, maxPixels);
-    if (!problemOfHeader.isEmpty())
-        return refusedForSize(width, height, problemOfHeader);
-    const QSize size(static_cast<int>(width), static_cast<int>(height));
-    const QString problem = problemOfLayout(tiff, size, maxPixels);
-    if (!problem.isEmpty())
-        return refused(problem);
-    if (TIFFLastDirectory(tiff.get()) == 0)
-        return refused(QStringLiteral("the file holds more than one page"));
-    const QString problemOfData = problemOfPieces(tiff, bytes, structure);
-    if (!problemOfData.isEmpty())
-        return refused(problemOfData);
-    return decodeByOpenCv(bytes, size);
+    QSize size;
+    const DecodedImage problem = checked(bytes, structure, maxPixels, &size);
+    return problem.fault == ImageFault::None ? decodeByOpenCv(bytes, size) : problem;
 }
 
 } // namespace FiberInspection::ImageFormats

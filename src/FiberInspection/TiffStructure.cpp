@@ -10,6 +10,7 @@ namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr quint64 maxPieces = 65536; // strips or tiles
+constexpr quint64 reducedImage = 2; // an OldSubfileType
 
 /// The two forms of a TIFF: with offsets of 32 and of 64 bits.
 struct Form
@@ -23,7 +24,13 @@ constexpr Form classicForm{8, 2, 12, 4};
 constexpr Form bigForm{16, 8, 20, 8};
 constexpr uchar bigVersion = 0x2B;
 
-enum Tag : quint16 { StripOffsets = 273, StripByteCounts = 279, TileOffsets = 324, TileByteCounts = 325 };
+enum Tag : quint16 {
+    OldSubfileType = 255, // the decoder does not know it any more
+    StripOffsets = 273,
+    StripByteCounts = 279,
+    TileOffsets = 324,
+    TileByteCounts = 325
+};
 
 /// Of a value in a directory, in bytes; 0 for an unknown type.
 quint64 sizeOfType(quint16 type)
@@ -73,11 +80,14 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStru
     else if (tag == StripByteCounts || tag == TileByteCounts)
         structure->sizes = std::max(structure->sizes, count);
     const quint64 value = entry + 4 + form.offsetSize;
+    if (tag == OldSubfileType)
+        structure->isReduced = numbers.number(value, std::min(typeSize, form.offsetSize)) == reducedImage;
     if (typeSize == 0 || count <= form.offsetSize / typeSize) // nothing outside of the entry
         return true;
     const quint64 at = numbers.number(value, form.offsetSize);
     if (count > UINT64_MAX / typeSize || !numbers.has(at, count * typeSize))
         return false;
+    structure->valuesSize += count * typeSize;
     structure->places.push_back({at, at + count * typeSize});
     return true;
 }
@@ -144,6 +154,10 @@ TiffStructure readTiffStructure(const QByteArray &bytes)
     TiffStructure structure;
     if (!readDirectory(bytes, &structure))
         structure.problem = QStringLiteral("the image is incomplete");
+    else if (structure.valuesSize > static_cast<quint64>(bytes.size())) // the decoder copies each of them
+        structure.problem = QStringLiteral("the values of entries overlap");
+    else if (structure.isReduced)
+        structure.problem = QStringLiteral("the page is a reduced form of an image");
     else if (structure.offsets == 0 || structure.offsets != structure.sizes)
         structure.problem = QStringLiteral("the image header is damaged");
     else if (structure.offsets > maxPieces)

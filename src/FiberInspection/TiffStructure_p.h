@@ -21,8 +21,11 @@ struct TiffStructure
 {
     QString problem; ///< why the image is not decoded; empty when nothing speaks against it
     std::vector<TiffPlace> places; ///< of the header, of the directory, and of what it points at except for the pixels
+    /// Of what the directory points at except for the pixels, in bytes; shared ones count again.
+    quint64 valuesSize = 0;
     quint64 offsets = 0; ///< how many pieces it has offsets for
     quint64 sizes = 0; ///< how many pieces it has sizes for
+    bool isReduced = false; ///< it says so in an old way
 };
 
 /// Follows the header and the first directory of a file that begins as a TIFF.

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EncodedImages.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <opencv2/imgcodecs.hpp>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <jpeglib.h>
 #include <limits>
 #include <png.h>
@@ -67,6 +65,144 @@ cv::Mat samplesOf(const cv::Mat &bgr, const Jpeg &kind)
         }
     }
     return cmyk;
+}
+
+/// What libtiff writes, in memory.
+class TiffMemory
+{
+public:
+    explicit TiffMemory(const char *mode)
+        : mTiff(TIFFClientOpen(
+            "image", mode, this, &TiffMemory::read, &TiffMemory::write, &TiffMemory::seek, [](thandle_t) { return 0; },
+            [](thandle_t self) { return toff_t(of(self)->mBytes.size()); }, nullptr, nullptr))
+    {
+    }
+    ~TiffMemory() { TIFFClose(mTiff); }
+    Q_DISABLE_COPY(TiffMemory)
+
+    TIFF *tiff() const { return mTiff; }
+    const QByteArray &bytes() const { return mBytes; }
+
+private:
+    static TiffMemory *of(thandle_t handle) { return static_cast<TiffMemory *>(handle); }
+
+    static tmsize_t read(thandle_t handle, void *data, tmsize_t size)
+    {
+        TiffMemory *const self = of(handle);
+        const QByteArray piece = self->mBytes.mid(self->mAt, int(size));
+        std::memcpy(data, piece.constData(), std::size_t(piece.size()));
+        self->mAt += piece.size();
+        return piece.size();
+    }
+
+    static tmsize_t write(thandle_t handle, void *data, tmsize_t size)
+    {
+        TiffMemory *const self = of(handle);
+        self->mBytes.replace(self->mAt, int(size), static_cast<const char *>(data), int(size));
+        self->mAt += int(size);
+        return size;
+    }
+
+    static toff_t seek(thandle_t handle, toff_t offset, int whence)
+    {
+        TiffMemory *const self = of(handle);
+        const int base = whence == SEEK_END ? self->mBytes.size() : whence == SEEK_CUR ? self->mAt : 0;
+        self->mAt = base + int(offset);
+        if (self->mAt > self->mBytes.size())
+            self->mBytes.append(self->mAt - self->mBytes.size(), '\0');
+        return toff_t(self->mAt);
+    }
+
+    QByteArray mBytes;
+    int mAt = 0;
+    TIFF *const mTiff; // behind what it writes to
+};
+
+int colorSamples(const Tiff &kind)
+{
+    switch (kind.photometric) {
+    case PHOTOMETRIC_SEPARATED:
+        return 4;
+    case PHOTOMETRIC_RGB:
+    case PHOTOMETRIC_YCBCR:
+        return 3;
+    default:
+        return 1;
+    }
+}
+
+void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
+{
+    TIFFSetField(file, TIFFTAG_IMAGEWIDTH, bgr.cols);
+    TIFFSetField(file, TIFFTAG_IMAGELENGTH, bgr.rows);
+    TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, kind.bits);
+    TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
+    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, kind.photometric);
+    TIFFSetField(file, TIFFTAG_COMPRESSION, kind.compression);
+    TIFFSetField(file, TIFFTAG_ORIENTATION, kind.orientation);
+    TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+    const std::vector<uint16_t> extra(
+        std::size_t(qMax(0, kind.samples - colorSamples(kind))), uint16_t(kind.extraSample));
+    if (!extra.empty() && kind.extraSample >= 0)
+        TIFFSetField(file, TIFFTAG_EXTRASAMPLES, uint16_t(extra.size()), extra.data());
+    if (kind.photometric == PHOTOMETRIC_YCBCR)
+        TIFFSetField(file, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
+    if (kind.photometric == PHOTOMETRIC_PALETTE) {
+        std::vector<uint16_t> levels(std::size_t(1) << kind.bits); // the brightest one first
+        for (std::size_t i = 0; i < levels.size(); ++i)
+            levels[i] = uint16_t((levels.size() - 1 - i) * 65535 / (levels.size() - 1));
+        TIFFSetField(file, TIFFTAG_COLORMAP, levels.data(), levels.data(), levels.data());
+    }
+    if (kind.tileSide > 0) {
+        TIFFSetField(file, TIFFTAG_TILEWIDTH, kind.tileSide);
+        TIFFSetField(file, TIFFTAG_TILELENGTH, kind.tileSide);
+    } else {
+        TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
+    }
+    for (const auto &[tag, number] : kind.entries)
+        TIFFSetField(file, uint32_t(tag), number);
+}
+
+/// One sample, with all of its bits.
+unsigned sampleOf(const cv::Vec3b &pixel, const Tiff &kind, int sample)
+{
+    const unsigned highest = (1U << kind.bits) - 1;
+    const bool isColor = sample < colorSamples(kind);
+    const bool isInverse = kind.photometric == PHOTOMETRIC_MINISWHITE || kind.photometric == PHOTOMETRIC_PALETTE
+        || kind.photometric == PHOTOMETRIC_SEPARATED;
+    const bool hasColors = kind.photometric == PHOTOMETRIC_SEPARATED || kind.photometric == PHOTOMETRIC_RGB;
+    if (kind.photometric == PHOTOMETRIC_YCBCR && isColor && sample > 0)
+        return (highest + 1) / 2;
+    const int level = !isColor ? kind.alpha : !hasColors ? pixel[0] : sample < 3 ? pixel[2 - sample] : 255;
+    const unsigned value = unsigned(level) * highest / 255;
+    return isColor && isInverse ? highest - value : value;
+}
+
+/// Of a strip or tile: those of one plane, or of all of them one behind the other.
+QByteArray samplesOf(const cv::Mat &bgr, const Tiff &kind, const cv::Rect &part, int plane)
+{
+    const int samples = kind.isPlanar ? 1 : kind.samples;
+    const int lineSize = (part.width * samples * kind.bits + bitsPerByte - 1) / bitsPerByte;
+    QByteArray bytes = randomBytes(lineSize * part.height);
+    for (int row = part.y; row < qMin(part.br().y, bgr.rows); ++row) {
+        char *const line = bytes.data() + qint64(row - part.y) * lineSize;
+        for (int i = 0; i < (qMin(part.br().x, bgr.cols) - part.x) * samples; ++i) {
+            const int sample = kind.isPlanar ? plane : i % samples;
+            const cv::Point place(part.x + i / samples, row);
+            const bool isHole = place == kind.hole && sample >= colorSamples(kind);
+            const unsigned value = isHole ? 0 : sampleOf(bgr.at<cv::Vec3b>(place), kind, sample);
+            if (kind.bits == 16) {
+                const auto whole = uint16_t(value);
+                std::memcpy(line + qint64(2) * i, &whole, sizeof whole);
+            } else {
+                const int at = i * kind.bits;
+                const int shift = bitsPerByte - kind.bits - at % bitsPerByte;
+                const unsigned others = uchar(line[at / bitsPerByte]) & ~(((1U << kind.bits) - 1) << shift);
+                line[at / bitsPerByte] = char(others | value << shift);
+            }
+        }
+    }
+    return bytes;
 }
 
 /// Bits of a lossless WebP, from the lowest one on.
@@ -185,60 +321,44 @@ QByteArray png(int width, int height, const Png &kind)
     return bytes;
 }
 
-QByteArray tiff(int width, int height, const Tiff &kind)
+QByteArray tiff(const cv::Mat &bgr, const Tiff &kind)
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("image.tiff"));
-    TIFF *const file = TIFFOpen(QFile::encodeName(path).constData(), kind.isBig ? "w8" : "w");
+    const QByteArray mode = QByteArray("w") + (kind.isBig ? "8" : "") + (kind.isBigEndian ? "b" : "l");
+    const TiffMemory memory(mode.constData());
+    TIFF *const file = memory.tiff();
     for (int page = 0; page < kind.pages; ++page) {
-        TIFFSetField(file, TIFFTAG_IMAGEWIDTH, width);
-        TIFFSetField(file, TIFFTAG_IMAGELENGTH, height);
-        TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, kind.bits);
-        TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
-        TIFFSetField(file, TIFFTAG_PHOTOMETRIC, kind.photometric);
-        TIFFSetField(file, TIFFTAG_COMPRESSION, kind.compression);
-        TIFFSetField(file, TIFFTAG_ORIENTATION, kind.orientation);
-        TIFFSetField(file, TIFFTAG_PLANARCONFIG, kind.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
-        if (kind.samples == 4) {
-            const uint16_t extra = EXTRASAMPLE_UNASSALPHA;
-            TIFFSetField(file, TIFFTAG_EXTRASAMPLES, 1, &extra);
-        }
-        if (kind.photometric == PHOTOMETRIC_PALETTE) {
-            std::vector<uint16_t> colors(std::size_t(1) << kind.bits);
-            for (std::size_t i = 0; i < colors.size(); ++i)
-                colors[i] = uint16_t(i * 40503U);
-            TIFFSetField(file, TIFFTAG_COLORMAP, colors.data(), colors.data(), colors.data());
-        }
-        if (kind.tileSide > 0) {
-            TIFFSetField(file, TIFFTAG_TILEWIDTH, kind.tileSide);
-            TIFFSetField(file, TIFFTAG_TILELENGTH, kind.tileSide);
-        } else {
-            TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
-        }
-        const bool isTiled = kind.tileSide > 0;
-        const uint32_t pieces = isTiled ? TIFFNumberOfTiles(file) : TIFFNumberOfStrips(file);
-        QByteArray samples = randomBytes(int(isTiled ? TIFFTileSize(file) : TIFFStripSize(file)));
-        const uint32_t stripsOfPlane = kind.isPlanar ? pieces / uint32_t(kind.samples) : pieces;
-        for (uint32_t piece = 0; piece < pieces; ++piece) {
-            if (isTiled) {
-                TIFFWriteEncodedTile(file, piece, samples.data(), samples.size());
-            } else {
-                const bool isLast = piece % stripsOfPlane == stripsOfPlane - 1;
-                const int rows = isLast ? height - int(stripsOfPlane - 1) * kind.rowsPerStrip : kind.rowsPerStrip;
-                TIFFWriteEncodedStrip(file, piece, samples.data(), TIFFVStripSize(file, uint32_t(rows)));
+        describe(file, bgr, kind);
+        const cv::Size piece = kind.tileSide > 0 ? cv::Size(kind.tileSide, kind.tileSide)
+                                                 : cv::Size(bgr.cols, qMin(kind.rowsPerStrip, bgr.rows));
+        uint32_t number = 0;
+        for (int plane = 0; plane < (kind.isPlanar ? kind.samples : 1); ++plane) {
+            for (int row = 0; row < bgr.rows; row += piece.height) {
+                for (int col = 0; col < bgr.cols; col += piece.width, ++number) {
+                    cv::Rect part({col, row}, piece);
+                    if (kind.tileSide == 0)
+                        part.height = qMin(part.height, bgr.rows - row);
+                    QByteArray samples = samplesOf(bgr, kind, part, plane);
+                    if (kind.tileSide > 0)
+                        TIFFWriteEncodedTile(file, number, samples.data(), samples.size());
+                    else
+                        TIFFWriteEncodedStrip(file, number, samples.data(), samples.size());
+                }
             }
         }
         TIFFWriteDirectory(file);
     }
-    TIFFClose(file);
-    QFile result(path);
-    return result.open(QIODevice::ReadOnly) ? result.readAll() : QByteArray();
+    TIFFFlush(file);
+    return memory.bytes();
+}
+
+QByteArray tiff(int width, int height, const Tiff &kind)
+{
+    QByteArray pixels = randomBytes(3 * width * height);
+    return tiff(cv::Mat(height, width, CV_8UC3, pixels.data()), kind);
 }
 
 QByteArray tiff(const TiffStrips &strips)
 {
-    enum Type { Short = 3, Long = 4 };
-    constexpr int entries = 9;
     constexpr int headerSize = 8;
     const quint32 tables = headerSize + quint32(strips.data.size());
     const auto table = [](const std::vector<quint32> &values) {
@@ -247,21 +367,31 @@ QByteArray tiff(const TiffStrips &strips)
             bytes += littleEndian(value, 4);
         return bytes;
     };
-    const auto tag = [](int number, Type type, quint32 count, quint32 value) {
-        return littleEndian(quint32(number), 2) + littleEndian(type, 2) + littleEndian(count, 4)
-            + littleEndian(value, 4);
-    };
-    const auto tagOfTable = [&tag](int number, const std::vector<quint32> &values, quint32 place) {
-        return tag(number, Long, quint32(values.size()), values.size() == 1 ? values[0] : place);
+    const auto one = [](TiffEntry::Type type, int value) { return TiffEntry{type, 1, quint32(value)}; };
+    const auto entryOf = [](const std::vector<quint32> &values, quint32 place) {
+        return TiffEntry{TiffEntry::Long, quint32(values.size()), values.size() == 1 ? values[0] : place};
     };
     const quint32 sizes = tables + quint32(4 * strips.offsets.size());
     const quint32 directory = sizes + quint32(4 * strips.sizes.size());
+    std::map<int, TiffEntry> entries{{256, one(TiffEntry::Long, strips.width)},
+        {257, one(TiffEntry::Long, strips.height)}, {258, one(TiffEntry::Short, 8)},
+        {259, one(TiffEntry::Short, strips.compression)}, {262, one(TiffEntry::Short, 1)},
+        {273, entryOf(strips.offsets, tables)}, {277, one(TiffEntry::Short, 1)},
+        {278, one(TiffEntry::Long, strips.rowsPerStrip)}, {279, entryOf(strips.sizes, sizes)}};
+    for (const auto &[tag, entry] : strips.entries)
+        entries[tag] = entry;
+
+    QByteArray listed;
+    quint32 count = 0;
+    for (const auto &[tag, entry] : entries) {
+        if (entry.type == TiffEntry::None)
+            continue;
+        ++count;
+        listed += littleEndian(quint32(tag), 2) + littleEndian(entry.type, 2) + littleEndian(entry.count, 4)
+            + littleEndian(entry.value, 4);
+    }
     return QByteArray("II\x2A\0", 4) + littleEndian(directory, 4) + strips.data + table(strips.offsets)
-        + table(strips.sizes) + littleEndian(entries, 2) + tag(256, Long, 1, quint32(strips.width))
-        + tag(257, Long, 1, quint32(strips.height)) + tag(258, Short, 1, 8)
-        + tag(259, Short, 1, quint32(strips.compression)) + tag(262, Short, 1, 1)
-        + tagOfTable(273, strips.offsets, tables) + tag(277, Short, 1, 1)
-        + tag(278, Long, 1, quint32(strips.rowsPerStrip)) + tagOfTable(279, strips.sizes, sizes) + littleEndian(0, 4);
+        + table(strips.sizes) + littleEndian(count, 2) + listed + littleEndian(0, 4);
 }
 
 QByteArray bmp(int width, int height, int bits, bool isFromTop)

@@ -6,6 +6,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <map>
 #include <vector>
 
 /// Image files of the kinds that OpenCV does not write, and their pieces.
@@ -49,8 +50,25 @@ struct Tiff
     int orientation = 1;
     int pages = 1;
     bool isBig = false; ///< 64-bit offsets
+    bool isBigEndian = false;
+    int extraSample = 2; ///< as in the file: what the samples behind the color are
+    int alpha = 255; ///< of those samples
+    cv::Point hole{-1, -1}; ///< the pixel in which they are 0
+    std::map<int, int> entries; ///< by their tag; further ones, of one number
 };
-QByteArray tiff(int width, int height, const Tiff &kind);
+/// What is not color has the brightness of the picture's blue. Tiles are filled up with noise.
+QByteArray tiff(const cv::Mat &bgr, const Tiff &kind);
+QByteArray tiff(int width, int height, const Tiff &kind); ///< of random pixels
+
+/// An entry of a TIFF's directory.
+struct TiffEntry
+{
+    enum Type { None, Byte = 1, Short = 3, Long = 4 };
+
+    Type type = None; ///< without one there is no entry
+    quint32 count = 1;
+    quint32 value = 0; ///< itself or its place
+};
 
 /// A grey TIFF written by hand, so that its strips may lie anywhere. The data begin behind the header, at 8; the
 /// directory stands behind them.
@@ -63,6 +81,7 @@ struct TiffStrips
     std::vector<quint32> offsets;
     std::vector<quint32> sizes; ///< in bytes
     QByteArray data;
+    std::map<int, TiffEntry> entries; ///< by their tag; further ones, or in place of those that the others make
 };
 QByteArray tiff(const TiffStrips &strips);
 

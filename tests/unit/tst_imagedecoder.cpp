@@ -14,6 +14,8 @@
 using namespace FiberInspection;
 using namespace EncodedImages;
 
+Q_DECLARE_METATYPE(cv::Mat)
+
 namespace {
 bool areEqual(const cv::Mat &a, const cv::Mat &b)
 {
@@ -34,10 +36,83 @@ cv::Mat photograph(int rows = 93, int cols = 131)
     return mat;
 }
 
+/// One line of pixels, each the number of a colour; the colour of that number has it as red, and 1 and 2 more.
+QByteArray palettePng(int bits, int colors, const std::vector<unsigned> &pixels)
+{
+    QByteArray palette;
+    for (int i = 0; i < colors; ++i)
+        palette += QByteArray{}.append(char(i)).append(char(i + 1)).append(char(i + 2));
+    QByteArray line((int(pixels.size()) * bits + 7) / 8, '\0');
+    for (int i = 0; i < int(pixels.size()); ++i)
+        line[i * bits / 8] = char(uchar(line[i * bits / 8]) | pixels[std::size_t(i)] << (8 - bits - i * bits % 8));
+    const QByteArray header = bigEndian(quint32(pixels.size()), 4) + bigEndian(1, 4) + char(bits);
+    return "\x89PNG\r\n\x1A\n" + pngChunk("IHDR", header + QByteArray("\3\0\0\0", 4)) + pngChunk("PLTE", palette)
+        + pngChunk("IDAT", deflated('\0' + line)) + pngChunk("IEND", {});
+}
+
+/// A BMP of one line, written by hand.
+struct BmpLine
+{
+    int headerSize = 40;
+    int bits = 24; ///< of a pixel
+    int compression = 0; ///< 3 for fields
+    std::vector<quint32> masks; ///< of red, green, blue
+    QByteArray pixels; ///< as many as there are bytes for
+};
+
+/// With a palette, where there is one, of greys that become darker.
+QByteArray bmp(const BmpLine &line)
+{
+    constexpr int fileHeader = 14;
+    const bool isOld = line.headerSize == 12;
+    const int width = line.pixels.size() * 8 / line.bits;
+    QByteArray headers = littleEndian(quint32(line.headerSize), 4);
+    headers += littleEndian(quint32(width), isOld ? 2 : 4) + littleEndian(1, isOld ? 2 : 4);
+    headers += littleEndian(1, 2) + littleEndian(quint32(line.bits), 2);
+    if (!isOld)
+        headers += littleEndian(quint32(line.compression), 4) + QByteArray(20, '\0');
+    headers.resize(qMin(headers.size(), line.headerSize));
+    for (const quint32 mask : line.masks)
+        headers += littleEndian(mask, 4);
+    headers += QByteArray(qMax(0, line.headerSize - headers.size()), '\0');
+    for (int i = 0; line.bits <= 8 && i < 1 << line.bits; ++i)
+        headers += QByteArray(3, char(255 - i)) + QByteArray(isOld ? 0 : 1, '\0');
+    const QByteArray padded = line.pixels + QByteArray((4 - line.pixels.size() % 4) % 4, '\0');
+    const auto begin = quint32(fileHeader + headers.size());
+    return "BM" + littleEndian(begin + quint32(padded.size()), 4) + littleEndian(0, 4) + littleEndian(begin, 4)
+        + headers + padded;
+}
+
+constexpr quint32 usualRed = 0xFF0000;
+constexpr quint32 usualGreen = 0xFF00;
+constexpr quint32 usualBlue = 0xFF;
+
+/// What the pixels of a picture look like as a TIFF of this kind.
+cv::Mat shown(const cv::Mat &bgr, const Tiff &kind)
+{
+    cv::Mat stored = bgr.clone();
+    if (kind.photometric != 2 && kind.photometric != 5) { // neither RGB nor CMYK: grey
+        const unsigned highest = kind.bits < 8 ? (1U << kind.bits) - 1 : 255;
+        stored.forEach<cv::Vec3b>([highest](cv::Vec3b &pixel, const int *) {
+            pixel = cv::Vec3b::all(uchar(pixel[0] * highest / 255 * 255 / highest));
+        });
+    }
+    const bool isMirrored =
+        kind.orientation == 2 || kind.orientation == 3 || kind.orientation == 6 || kind.orientation == 7;
+    const bool isUpsideDown =
+        kind.orientation == 3 || kind.orientation == 4 || kind.orientation == 7 || kind.orientation == 8;
+    cv::Mat turned = kind.orientation >= 5 ? cv::Mat(stored.t()) : stored;
+    if (isMirrored)
+        cv::flip(turned, turned, 1);
+    if (isUpsideDown)
+        cv::flip(turned, turned, 0);
+    return turned;
+}
+
 /// Eight strips of eight lines, one behind the other, of 64 x 64 pixels.
 TiffStrips tiffStrips(const QByteArray &data, const std::vector<int> &sizes, int compression = 1)
 {
-    TiffStrips strips{64, 64, 8, compression, {}, {}, data};
+    TiffStrips strips{64, 64, 8, compression, {}, {}, data, {}};
     quint32 at = 8;
     for (const int size : sizes) {
         strips.offsets.push_back(at);
@@ -53,6 +128,31 @@ TiffStrips plainStrips()
     for (int i = 0; i < 64 * 64; ++i)
         data += char(i * 7 % 251);
     return tiffStrips(data, std::vector<int>(8, 512));
+}
+
+/// Grey as YCbCr, of which each color is that of 2 x 2 pixels; the last ones of these go beyond the image.
+QByteArray subsampledTiff(const cv::Mat &gray)
+{
+    constexpr int rowsPerStrip = 4;
+    QByteArray data = QByteArray("\x08\0\x08\0\x08\0", 6); // bits of the samples
+    TiffStrips strips{gray.cols, gray.rows, rowsPerStrip, 1, {}, {}, {}, {}};
+    for (int begin = 0; begin < gray.rows; begin += rowsPerStrip) {
+        QByteArray strip;
+        for (int row = begin; row < qMin(begin + rowsPerStrip, gray.rows); row += 2) {
+            for (int col = 0; col < gray.cols; col += 2) {
+                for (int i = 0; i < 4; ++i)
+                    strip += char(gray.at<uchar>(qMin(row + i / 2, gray.rows - 1), qMin(col + i % 2, gray.cols - 1)));
+                strip += "\x80\x80";
+            }
+        }
+        strips.offsets.push_back(quint32(8 + data.size()));
+        strips.sizes.push_back(quint32(strip.size()));
+        data += strip;
+    }
+    strips.data = data;
+    strips.entries = {{258, {TiffEntry::Short, 3, 8}}, {262, {TiffEntry::Short, 1, 6}}, {277, {TiffEntry::Short, 1, 3}},
+        {530, {TiffEntry::Short, 2, 0x20002}}};
+    return tiff(strips);
 }
 
 /// Each of the strips is this one, in a place of its own.
@@ -297,9 +397,43 @@ private Q_SLOTS:
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
     }
 
-    void tiffPixelsAreThoseOfOpenCv_data()
+    void colorsOfAPngAreThoseOfItsPalette_data()
+    {
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("colors");
+        QTest::newRow("1 bit") << 1 << 1;
+        QTest::newRow("2 bits") << 2 << 3;
+        QTest::newRow("4 bits") << 4 << 15;
+        QTest::newRow("8 bits") << 8 << 255;
+        QTest::newRow("8 bits, two colours") << 8 << 2;
+    }
+    void colorsOfAPngAreThoseOfItsPalette()
+    {
+        QFETCH(int, bits);
+        QFETCH(int, colors);
+        const auto last = unsigned(colors) - 1;
+        const cv::Vec3b colorOfLast(uchar(last + 2), uchar(last + 1), uchar(last));
+        const cv::Vec3b black(2, 1, 0);
+
+        const cv::Mat expected = (cv::Mat_<cv::Vec3b>(1, 4) << black, colorOfLast, black, colorOfLast);
+        QVERIFY(areEqual(loaded(palettePng(bits, colors, {0, last, 0, last})), expected));
+        QVERIFY(areEqual(expected, reference(palettePng(bits, colors, {0, last, 0, last}))));
+        for (int at = 0; at < 4; ++at) {
+            std::vector<unsigned> pixels{0, last, 0, last};
+            pixels[std::size_t(at)] = last + 1;
+            QCOMPARE(problemOf(palettePng(bits, colors, pixels)),
+                QStringLiteral("the image data is damaged: a pixel has a color that is not in the palette"));
+        }
+    }
+
+    void tiffPixelsAreThoseThatWerePutIn_data()
     {
         QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<cv::Mat>("expected");
+        const cv::Mat picture = photograph(50, 75);
+        const auto row = [&picture](const QByteArray &name, const Tiff &kind) {
+            QTest::newRow(name.constData()) << tiff(picture, kind) << shown(picture, kind);
+        };
         for (const int compression : {1, 5, 8, 32773}) {
             for (const int bits : {8, 16}) {
                 for (const int samples : {1, 3, 4}) {
@@ -310,9 +444,10 @@ private Q_SLOTS:
                         kind.samples = samples;
                         kind.photometric = samples == 1 ? 1 : 2;
                         kind.tileSide = tileSide;
-                        QTest::addRow(
-                            "compression %d, %d x %d bits%s", compression, samples, bits, tileSide > 0 ? ", tiles" : "")
-                            << tiff(75, 50, kind);
+                        if (tileSide == 0 || samples > 1 || bits == 8)
+                            row("compression " + QByteArray::number(compression) + ", " + QByteArray::number(samples)
+                                    + " x " + QByteArray::number(bits) + (tileSide > 0 ? ", tiles" : ""),
+                                kind);
                     }
                 }
             }
@@ -320,45 +455,230 @@ private Q_SLOTS:
         Tiff kind;
         kind.samples = 1;
         kind.photometric = 0;
-        QTest::newRow("white is 0") << tiff(75, 50, kind);
+        row("white is 0", kind);
+        kind.tileSide = 32;
+        row("white is 0, tiles", kind);
+        kind.tileSide = 0;
         kind.photometric = 3;
-        QTest::newRow("palette") << tiff(75, 50, kind);
+        row("palette", kind);
         kind.bits = 1;
+        row("palette of two colors", kind);
+        kind.photometric = 0;
+        row("bilevel, white is 0", kind);
         kind.photometric = 1;
-        QTest::newRow("bilevel") << tiff(75, 50, kind);
+        row("bilevel", kind);
+        kind.entries = {{266, 2}}; // the order of bits; the writer turns them
+        row("bilevel, bits in reverse", kind);
+        kind = {};
+        kind.bits = 16;
+        kind.samples = 1;
+        kind.photometric = 1;
+        kind.tileSide = 25 + 7; // 75 is no multiple of it, 64 is
+        const cv::Mat narrow = photograph(50, 64);
+        QTest::newRow("16 bits, tiles as wide as the image") << tiff(narrow, kind) << shown(narrow, kind);
         kind = {};
         kind.rowsPerStrip = 1000;
-        QTest::newRow("one strip") << tiff(75, 50, kind);
+        row("one strip", kind);
         kind = {};
         kind.isPlanar = true;
-        QTest::newRow("planes") << tiff(75, 50, kind);
+        row("planes", kind);
+        kind.tileSide = 32;
+        row("planes of tiles", kind);
+        kind = {};
+        kind.samples = 4;
+        kind.photometric = 5;
+        row("CMYK", kind);
+        kind = {};
+        kind.photometric = 6;
+        row("YCbCr", kind);
+        kind = {};
+        kind.samples = 2;
+        kind.photometric = 1;
+        row("grey and opaque", kind);
+        kind.bits = 16;
+        row("grey and opaque, 16 bits", kind);
+        kind.photometric = 0;
+        row("white is 0 and opaque, 16 bits", kind);
+        kind.samples = 1;
+        row("white is 0, 16 bits", kind);
+        kind.bits = 8;
+        kind.samples = 2;
+        kind.photometric = 3;
+        row("palette and opaque", kind);
+        kind = {};
+        kind.compression = 8;
+        kind.tileSide = 16;
+        row("small packed tiles", kind);
+        kind.bits = 1;
+        kind.samples = 1;
+        kind.photometric = 1;
+        row("bilevel packed tiles", kind);
+        kind.compression = 1;
+        kind.tileSide = 128;
+        row("bilevel tile", kind);
+        for (const int extraSample : {-1, 0}) { // not said to be anything: the decoder warns of it
+            kind = {};
+            kind.samples = 4;
+            kind.extraSample = extraSample;
+            kind.alpha = 100;
+            row(extraSample < 0 ? "a fourth sample" : "a fourth sample of no kind", kind);
+        }
         kind = {};
         kind.isBig = true;
-        QTest::newRow("64-bit offsets") << tiff(75, 50, kind);
+        row("64-bit offsets", kind);
         kind.tileSide = 32;
-        QTest::newRow("64-bit offsets, tiles") << tiff(75, 50, kind);
+        row("64-bit offsets, tiles", kind);
         kind = {};
-        kind.compression = 5;
-        kind.rowsPerStrip = 1000;
-        QTest::newRow("LZW, all widths of codes and a full table") << tiff(300, 200, kind);
-        QTest::newRow("strips written by hand") << tiff(plainStrips());
-        QTest::newRow("strips in another order") << changed(
-            plainStrips(), [](TiffStrips *strips) { std::reverse(strips->offsets.begin(), strips->offsets.end()); });
-        QTest::newRow("PackBits written by hand") << tiff(packedStrips(packBits(), 32773));
-        QTest::newRow("LZW written by hand") << tiff(packedStrips(lzwWithEnd(), 5));
+        kind.isBigEndian = true;
+        row("big endian", kind);
+        kind.bits = 16;
+        row("big endian, 16 bits", kind);
+        kind.tileSide = 32;
+        row("big endian, 16 bits, tiles", kind);
+        kind.isBig = true;
+        row("big endian, 16 bits, tiles, 64-bit offsets", kind);
+        for (const int compression : {5, 8}) {
+            for (const int tileSide : {0, 32}) {
+                for (const int bits : {8, 16}) {
+                    kind = {};
+                    kind.compression = compression;
+                    kind.tileSide = tileSide;
+                    kind.bits = bits;
+                    kind.entries = {{317, 2}};
+                    row("differences, compression " + QByteArray::number(compression) + ", " + QByteArray::number(bits)
+                            + " bits" + (tileSide > 0 ? ", tiles" : ""),
+                        kind);
+                }
+            }
+        }
         for (int orientation = 2; orientation <= 8; ++orientation) {
             kind = {};
             kind.orientation = orientation;
-            QTest::addRow("orientation %d", orientation) << tiff(75, 50, kind);
+            row("orientation " + QByteArray::number(orientation), kind);
         }
+        kind = {};
+        kind.compression = 5;
+        kind.rowsPerStrip = 1000;
+        const cv::Mat large = photograph(200, 300);
+        QTest::newRow("LZW, all widths of codes and a full table") << tiff(large, kind) << shown(large, kind);
+
+        const TiffStrips strips = plainStrips();
+        const auto gray = [](const QByteArray &samples) {
+            cv::Mat bgr;
+            cv::cvtColor(cv::Mat(64, 64, CV_8UC1, const_cast<char *>(samples.constData())), bgr, cv::COLOR_GRAY2BGR);
+            return bgr;
+        };
+        QTest::newRow("strips written by hand") << tiff(strips) << gray(strips.data);
+        QByteArray backwards;
+        for (int strip = 7; strip >= 0; --strip)
+            backwards += strips.data.mid(512 * strip, 512);
+        QTest::newRow("strips in another order")
+            << changed(strips, [](TiffStrips *other) { std::reverse(other->offsets.begin(), other->offsets.end()); })
+            << gray(backwards);
+        QTest::newRow("an entry that is not known") << changed(strips, [](TiffStrips *other) {
+            other->entries[51200] = {TiffEntry::Long, 1, 0};
+        }) << gray(strips.data);
+        cv::Mat luma;
+        cv::cvtColor(photograph(13, 7), luma, cv::COLOR_BGR2GRAY);
+        cv::Mat subsampled;
+        cv::cvtColor(luma, subsampled, cv::COLOR_GRAY2BGR);
+        QTest::newRow("YCbCr, colors of four pixels") << subsampledTiff(luma) << subsampled;
+        QTest::newRow("PackBits written by hand")
+            << tiff(packedStrips(packBits(), 32773)) << gray(QByteArray(64 * 64, '\0'));
+        QTest::newRow("LZW written by hand") << tiff(packedStrips(lzwWithEnd(), 5)) << gray(QByteArray(64 * 64, '\0'));
     }
-    void tiffPixelsAreThoseOfOpenCv()
+    void tiffPixelsAreThoseThatWerePutIn()
     {
         QFETCH(QByteArray, bytes);
-        const cv::Mat expected = reference(bytes);
+        QFETCH(cv::Mat, expected);
 
-        QVERIFY(!expected.empty());
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+        QVERIFY(areEqual(expected, reference(bytes)));
+    }
+
+    void noTiffWithATransparentPixelIsRead_data()
+    {
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("tileSide");
+        QTest::addColumn<bool>("isPlanar");
+        for (const int bits : {8, 16}) {
+            for (const int tileSide : {0, 32}) {
+                for (const bool isPlanar : {false, true})
+                    QTest::addRow("%d bits%s%s", bits, tileSide > 0 ? ", tiles" : "", isPlanar ? ", planes" : "")
+                        << bits << tileSide << isPlanar;
+            }
+        }
+    }
+    void noTiffWithATransparentPixelIsRead()
+    {
+        Tiff kind;
+        kind.samples = 4;
+        QFETCH(int, bits);
+        QFETCH(int, tileSide);
+        QFETCH(bool, isPlanar);
+        kind.bits = bits;
+        kind.tileSide = tileSide;
+        kind.isPlanar = isPlanar;
+        const cv::Mat picture = photograph(50, 75);
+
+        QVERIFY(areEqual(loaded(tiff(picture, kind)), shown(picture, kind)));
+        for (const cv::Point &hole : {cv::Point(0, 0), {74, 0}, {0, 49}, {74, 49}, {64, 31}, {31, 32}}) {
+            kind.hole = hole;
+            QCOMPARE(problemOf(tiff(picture, kind)), QStringLiteral("transparent pixels are not supported"));
+        }
+    }
+
+    /// Kinds that OpenCV takes, but puts together in a wrong way.
+    void noTiffComesOutAsAnotherPicture_data()
+    {
+        QTest::addColumn<int>("tileSide");
+        QTest::addColumn<int>("bits");
+        QTest::addColumn<int>("compression");
+        for (const int bits : {1, 8, 16}) {
+            for (const auto &[tileSide, compression] : {std::pair(0, 1), {16, 8}, {32, 1}, {32, 8}, {128, 1}})
+                QTest::addRow("tiles of %d, %d bits, compression %d", tileSide, bits, compression)
+                    << tileSide << bits << compression;
+        }
+    }
+    void noTiffComesOutAsAnotherPicture()
+    {
+        QFETCH(int, tileSide);
+        QFETCH(int, bits);
+        QFETCH(int, compression);
+        int read = 0;
+        for (const int photometric : {0, 1, 2, 3, 5, 6, 8}) {
+            for (const auto &[samples, isPlanar] :
+                {std::pair(1, false), {2, false}, {2, true}, {3, false}, {3, true}, {4, false}, {4, true}}) {
+                if (photometric == 6 && samples != 3) // the decoder takes it for damage
+                    continue;
+                for (const auto &[width, orientation] : {std::pair(64, 1), {75, 1}, {64, 3}}) {
+                    Tiff kind;
+                    kind.compression = compression;
+                    kind.tileSide = tileSide;
+                    kind.bits = bits;
+                    kind.photometric = photometric;
+                    kind.samples = samples;
+                    kind.isPlanar = isPlanar;
+                    kind.orientation = orientation;
+                    const cv::Mat picture = photograph(20, width);
+                    const QByteArray bytes = tiff(picture, kind);
+                    const QByteArray what = "photometric " + QByteArray::number(photometric) + ", samples "
+                        + QByteArray::number(samples) + (isPlanar ? " in planes" : "") + ", width "
+                        + QByteArray::number(width) + ", orientation " + QByteArray::number(orientation) + ": ";
+
+                    const cv::Mat pixels = loaded(bytes);
+
+                    if (pixels.empty()) {
+                        const QString problem = problemOf(bytes);
+                        QVERIFY2(problem.contains(QStringLiteral("not supported")), (what + problem.toUtf8()).data());
+                    } else {
+                        QVERIFY2(areEqual(pixels, shown(picture, kind)), what.constData());
+                        ++read;
+                    }
+                }
+            }
+        }
+        QVERIFY(read > 0 || (bits == 1 && tileSide == 32 && compression == 1));
     }
 
     /// Where the codes become a bit longer, and where the table is full, the end is easily missed.
@@ -392,7 +712,6 @@ private Q_SLOTS:
         QTest::newRow("P5 of 16 bits") << QByteArray("P5\n3 1\n65535\nabcdef");
         QTest::newRow("P6") << QByteArray("P6\n# a comment\n2 1\n255\nabcdef");
         QTest::newRow("P5 with an end of line") << QByteArray("P5\n3 2\n255\nabcdef\r\n");
-        QTest::newRow("P5 of 10 bits") << QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18);
         QTest::newRow("P2 with empty lines") << QByteArray("P2 2 1 15\n0 15\n \n\n");
         QTest::newRow("BMP with more behind it") << bmp(37, 29, 8) + "more";
         QTest::newRow("BMP without the size of the file") << bmp(37, 29, 8).replace(2, 4, littleEndian(0, 4));
@@ -404,6 +723,74 @@ private Q_SLOTS:
 
         QVERIFY(!expected.empty());
         QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void pnmSamplesAreScaledByTheHighestOne_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<cv::Mat>("expected");
+        const auto row = [](const char *name, const QByteArray &bytes, const std::vector<uchar> &pixels) {
+            QTest::newRow(name) << bytes << cv::Mat(pixels, true).reshape(3, 1);
+        };
+        row("P1", "P1\n2 1\n1 0\n", {0, 0, 0, 255, 255, 255});
+        row("P4", "P4\n2 1\n\x80", {0, 0, 0, 255, 255, 255});
+        row("P2 of 4 bits", "P2 2 1 15\n15 5\n", {255, 255, 255, 85, 85, 85});
+        row("P2 of 200", "P2 2 1 200\n200 100\n", {255, 255, 255, 127, 127, 127});
+        row("P2 of 16 bits", "P2 2 1 65535\n65535 32896\n", {255, 255, 255, 128, 128, 128});
+        row("P3 of 8 bits", "P3 2 1 255\n1 2 3 253 254 255\n", {3, 2, 1, 255, 254, 253});
+        row("P3 of 4 bits", "P3 2 1 15\n15 5 0 0 5 15\n", {0, 85, 255, 255, 85, 0});
+        row("P3 of 16 bits", "P3 1 1 65535\n65535 32896 0\n", {0, 128, 255});
+        row("P5 of 8 bits", "P5 2 1 255\n\xFF\x7F", {255, 255, 255, 127, 127, 127});
+        row("P5 of 16 bits", "P5 2 1 65535\n\xFF\xFF\x80\x80", {255, 255, 255, 128, 128, 128});
+        row("P6 of 8 bits", "P6 2 1 255\nabcxyz", {'c', 'b', 'a', 'z', 'y', 'x'});
+        row("P6 of 16 bits", "P6 1 1 65535\naabbcc", {'c', 'b', 'a'});
+        row("comments that end with CR", "P2\r# a\r2 1\r255\r1 # b\r2\r", {1, 1, 1, 2, 2, 2});
+        row("CR before the pixels", "P5\r2 1\r255\r01\n", {'0', '0', '0', '1', '1', '1'});
+        row("P1 with a comment behind a bit", "P1\n2 1\n1# one\n0\n", {0, 0, 0, 255, 255, 255});
+        row("P1 that ends with its last bit", "P1\n2 1\n10", {0, 0, 0, 255, 255, 255});
+    }
+    void pnmSamplesAreScaledByTheHighestOne()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(cv::Mat, expected);
+
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+    }
+
+    void bmpPixelsAreThoseThatWerePutIn_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<cv::Mat>("expected");
+        const auto row = [](const char *name, const BmpLine &line, const std::vector<uchar> &pixels) {
+            QTest::newRow(name) << bmp(line) << cv::Mat(pixels, true).reshape(3, 1);
+        };
+        row("1 bit", {40, 1, 0, {}, "\x5F"},
+            {255, 255, 255, 254, 254, 254, 255, 255, 255, 254, 254, 254, //
+                254, 254, 254, 254, 254, 254, 254, 254, 254, 254, 254, 254});
+        row("4 bits", {40, 4, 0, {}, "\x2F"}, {253, 253, 253, 240, 240, 240});
+        row("8 bits", {40, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("8 bits, long header", {124, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("8 bits, OS/2", {12, 8, 0, {}, "ab"}, {158, 158, 158, 157, 157, 157});
+        row("24 bits", {40, 24, 0, {}, "abcxyz"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        row("24 bits, OS/2", {12, 24, 0, {}, "abcxyz"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        row("32 bits", {40, 32, 0, {}, "abc-xyz-"}, {'a', 'b', 'c', 'x', 'y', 'z'});
+        for (const int headerSize : {40, 52, 56, 108, 124}) {
+            const BmpLine line{headerSize, 32, 3, {usualRed, usualGreen, usualBlue}, "abc-xyz-"};
+            row(QByteArray("32 bits in fields, header of " + QByteArray::number(headerSize)).constData(), line,
+                {'a', 'b', 'c', 'x', 'y', 'z'});
+        }
+        const QByteArray two("\xFF\x7F\x01\x02", 4); // five bits each, the lowest ones blue
+        row("16 bits", {40, 16, 0, {}, two}, {248, 248, 248, 8, 128, 0});
+        row("16 bits in fields of 5", {40, 16, 3, {0x7C00, 0x3E0, 0x1F}, two}, {248, 248, 248, 8, 128, 0});
+        row("16 bits in fields of 5 and 6", {40, 16, 3, {0xF800, 0x7E0, 0x1F}, two}, {248, 252, 120, 8, 64, 0});
+    }
+    void bmpPixelsAreThoseThatWerePutIn()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(cv::Mat, expected);
+
+        QVERIFY2(areEqual(loaded(bytes), expected), qPrintable(problemOf(bytes)));
+        QVERIFY(areEqual(expected, reference(bytes)));
     }
 
     void webpPixelsAreThoseOfOpenCv()
@@ -490,8 +877,107 @@ private Q_SLOTS:
             odd.samples = 1;
             odd.photometric = 1;
             row(QByteArray("TIFF of bits: " + QByteArray::number(bits)).constData(), tiff(20, 20, odd),
-                QByteArray("1 samples of " + QByteArray::number(bits) + " bits are not supported").constData());
+                QByteArray("1 samples of " + QByteArray::number(bits) + " bits as photometric").constData());
         }
+        const auto oddTiff = [&row](const char *name, const Tiff &odd, const char *reason) {
+            row(name, tiff(photograph(50, 75), odd), reason);
+        };
+        Tiff odd;
+        odd.bits = 16;
+        odd.samples = 1;
+        odd.photometric = 1;
+        odd.tileSide = 32;
+        oddTiff("16 bits, tiles that go beyond the image", odd,
+            "tiles of 1 samples of 16 bits that go beyond the image are not supported");
+        odd.bits = 8;
+        odd.samples = 2;
+        oddTiff("grey and opaque, tiles that go beyond the image", odd,
+            "tiles of 2 samples of 8 bits that go beyond the image are not supported");
+        odd = {};
+        odd.tileSide = 32;
+        odd.orientation = 3;
+        oddTiff("tiles upside down", odd, "tiles of orientation 3 are not supported");
+        odd.orientation = 1;
+        odd.tileSide = 16;
+        oddTiff("small tiles", odd, "uncompressed tiles of 768 bytes are not supported");
+        odd.tileSide = 32;
+        odd.photometric = 6;
+        oddTiff("YCbCr in tiles", odd, "tiles of photometric interpretation 6 are not supported");
+        odd = {};
+        odd.samples = 2;
+        odd.photometric = 0;
+        odd.isPlanar = true;
+        oddTiff(
+            "planes of grey", odd, "2 separate samples of 8 bits as photometric interpretation 0 are not supported");
+        odd = {};
+        odd.bits = 16;
+        odd.samples = 4;
+        odd.photometric = 5;
+        oddTiff("CMYK of 16 bits", odd, "4 samples of 16 bits as photometric interpretation 5 are not supported");
+        odd = {};
+        odd.bits = 16;
+        odd.samples = 1;
+        odd.photometric = 3;
+        oddTiff("palette of 16 bits", odd, "1 samples of 16 bits as photometric interpretation 3 are not supported");
+        const auto entry = [&row](const char *name, int tag, TiffEntry::Type type, int value, const char *reason) {
+            row(name,
+                changed(plainStrips(),
+                    [=](TiffStrips *strips) {
+                        strips->entries[tag] = {type, 1, quint32(value)};
+                    }),
+                reason);
+        };
+        entry("no photometric interpretation", 262, TiffEntry::None, 0,
+            "a TIFF without photometric interpretation is not supported");
+        entry("signed samples", 339, TiffEntry::Short, 2, "samples of format 2 are not supported");
+        entry("samples up to 250", 281, TiffEntry::Short, 250, "samples up to 250 are not supported");
+        entry("samples of any format up to 250", 341, TiffEntry::Short, 250, "samples up to 250 are not supported");
+        entry("a reduced image", 254, TiffEntry::Long, 1, "the page is a reduced form of an image");
+        entry("a reduced image, as it once was", 255, TiffEntry::Short, 2, "the page is a reduced form of an image");
+        row("an entry of which the decoder warns",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->entries[274] = {TiffEntry::Short, 2, 0x10001};
+                }),
+            "the image data is damaged: Incorrect count for \"Orientation\"");
+        entry("a mask", 254, TiffEntry::Long, 4, "the page is a mask of an image");
+        entry("a sample that is grey and transparency", 338, TiffEntry::Short, 2,
+            "1 samples of 8 bits as photometric interpretation 1 are not supported");
+        row("a bit that is grey and transparency",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->width = 512;
+                    strips->entries[258] = {TiffEntry::Short, 1, 1};
+                    strips->entries[338] = {TiffEntry::Short, 1, 2};
+                }),
+            "1 samples of 1 bits as photometric interpretation 1 are not supported");
+        entry("two layers", 32997, TiffEntry::Long, 2, "images of 2 layers are not supported");
+        TiffStrips reversed = packedStrips(lzwWithEnd(), 5);
+        reversed.entries[266] = {TiffEntry::Short, 1, 2};
+        row("packed bits in reverse", tiff(reversed), "packed data of fill order 2 are not supported");
+        for (const int extraSample : {1, 2}) {
+            for (const int samples : {2, 4}) {
+                for (const int bits : {8, 16}) {
+                    Tiff glass;
+                    glass.bits = bits;
+                    glass.samples = samples;
+                    glass.photometric = samples == 2 ? 1 : 2;
+                    glass.extraSample = extraSample;
+                    glass.alpha = 128;
+                    const QByteArray name = QByteArray::number(samples) + " x " + QByteArray::number(bits)
+                        + ", transparency " + QByteArray::number(extraSample);
+                    const char *const reason = "transparent pixels are not supported";
+                    oddTiff(name.constData(), glass, reason);
+                }
+            }
+        }
+        odd = {};
+        odd.samples = 4;
+        odd.isPlanar = true;
+        odd.alpha = 254;
+        oddTiff("a plane of transparency", odd, "transparent pixels are not supported");
+        odd.tileSide = 32;
+        oddTiff("tiles of transparency", odd, "transparent pixels are not supported");
         const char *const overlap = "strips or tiles overlap";
         const char *const notWhole = "the image data is damaged: a strip or tile is not whole";
         row("half of the strips are others",
@@ -539,8 +1025,22 @@ private Q_SLOTS:
         row("one bit too many", "P1\n3 1\n1010\n", more);
         row("a text sample above the highest", "P2\n3 1\n15\n1 16 3\n", tooHigh);
         row("a bit of 2", "P1\n3 1\n1 2 0\n", tooHigh);
-        row("a byte above the highest", QByteArray("P5\n3 1\n15\n\1\x10\3"), tooHigh);
-        row("two bytes above the highest", QByteArray("P5\n3 1\n1023\n\3\xFF\4\0\0\1", 18), tooHigh);
+        row("a comment that ends with CR", "P2\n2 2\n255\n1 2 #x\r9\n3 4\n", more);
+        const char *const lateComment = "a comment right behind a number is not supported";
+        row("a comment behind the highest sample", "P5\n2 1\n255#\n\nab", lateComment);
+        row("a comment behind a sample", "P2\n2 1\n255\n1#x\n2\n", lateComment);
+        row("a comment without an end", "P2\n2 1\n255\n1 #x", "the image is incomplete");
+        const char *const twoBytes = "a line end of two bytes before the pixels is not supported";
+        row("P5 with CR and LF", "P5\r\n2 1\r\n255\r\na ", twoBytes);
+        row("P4 with CR and LF", "P4\r\n8 1\r\na", twoBytes);
+        row("P2 without an end", "P2\n2 1\n255\n1 25", "the image is incomplete");
+        row("P5 of 4 bits", QByteArray("P5\n3 1\n15\n\1\xF\3"), "samples up to 15 are not supported");
+        row("P5 of 254", QByteArray("P5\n3 1\n254\n\1\xFE\3"), "samples up to 254 are not supported");
+        row("P5 of 10 bits", QByteArray("P5\n3 1\n1023\n\3\xFF\2\0\0\1", 18), "samples up to 1023 are not supported");
+        row("P6 of 14 bits", QByteArray("P6\n1 1\n16383\n\x3F\xFF\2\0\0\1", 19),
+            "samples up to 16383 are not supported");
+        row("P2 of 14 bits", "P2\n3 1\n16383\n1 2 16383\n", "samples up to 16383 are not supported");
+        row("P3 of 256", "P3\n1 1\n256\n1 2 256\n", "samples up to 256 are not supported");
         row("highest sample 0", QByteArray("P5\n3 1\n0\n\0\0\0", 12), "the image header is damaged");
         row("highest sample 70000", "P5\n3 1\n70000\nabcdef", "the image header is damaged");
 
@@ -551,8 +1051,9 @@ private Q_SLOTS:
             QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) - 1, 4)), "the image header is damaged");
         row("BMP with pixels in its palette", QByteArray(gray).replace(10, 4, littleEndian(54, 4)),
             "the image header is damaged");
+        const QByteArray masks = littleEndian(usualRed, 4) + littleEndian(usualGreen, 4) + littleEndian(usualBlue, 4);
         row("BMP with pixels in its masks",
-            QByteArray(bmp(8, 8, 32)).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)),
+            bmp(8, 8, 32).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)).replace(54, 12, masks),
             "the image header is damaged");
         QByteArray twoColors = QByteArray(gray).replace(46, 4, littleEndian(2, 4));
         twoColors.replace(1078, 64, QByteArray(64, '\1'));
@@ -560,7 +1061,28 @@ private Q_SLOTS:
         row("BMP with a pixel above its palette", QByteArray(twoColors).replace(1078 + 63, 1, "\2"),
             "a pixel has a color that is not in the palette");
         row("BMP of 6 bits a pixel", QByteArray(twoColors).replace(28, 2, littleEndian(6, 2)),
-            "the image data is damaged");
+            "BMP pixels of 6 bits are not supported");
+        const auto bmpRow = [&row](const char *name, const BmpLine &line, const char *reason) {
+            row(name, bmp(line), reason);
+        };
+        bmpRow("BMP of 2 bits a pixel", {40, 2, 0, {}, "abcd"}, "BMP pixels of 2 bits are not supported");
+        bmpRow("BMP of 64 bits a pixel", {40, 64, 0, {}, "abcdefgh"}, "BMP pixels of 64 bits are not supported");
+        bmpRow("OS/2 BMP of 16 bits a pixel", {12, 16, 0, {}, "abcd"}, "BMP pixels of 16 bits are not supported");
+        bmpRow("short OS/2 header", {16, 24, 0, {}, "abcd"}, "BMP headers of 16 bytes are not supported");
+        bmpRow("24 bits in fields", {40, 24, 3, {usualRed, usualGreen, usualBlue}, "abc"},
+            "BMP fields of 24 bits are not supported");
+        bmpRow("fields of 10 bits", {40, 32, 3, {0x3FF00000, 0xFFC00, 0x3FF}, "abcd"},
+            "BMP fields 3ff00000 ffc00 3ff are not supported");
+        bmpRow("fields of red first", {124, 32, 3, {usualBlue, usualGreen, usualRed}, "abcd"},
+            "BMP fields ff ff00 ff0000 are not supported");
+        bmpRow("fields of 4 bits", {40, 16, 3, {0xF00, 0xF0, 0xF}, "abcd"}, "BMP fields f00 f0 f are not supported");
+        for (const int headerSize : {52, 56, 108, 124}) {
+            bmpRow(QByteArray("16 bits in fields, header of " + QByteArray::number(headerSize)).constData(),
+                {headerSize, 16, 3, {0x7C00, 0x3E0, 0x1F}, "abcd"},
+                QByteArray("BMP fields of 16 bits in a header of " + QByteArray::number(headerSize)).constData());
+        }
+        row("fields that are not there", bmp({40, 32, 3, {}, {}}).left(54).replace(10, 4, littleEndian(66, 4)),
+            "the image is incomplete");
         row("run-length BMP", QByteArray(bmp(8, 8, 8)).replace(30, 4, littleEndian(1, 4)),
             "BMP compression 1 is not supported");
 
@@ -573,6 +1095,16 @@ private Q_SLOTS:
         row("PNG with more pixels than lines", whole.left(16) + bigEndian(20, 4) + bigEndian(19, 4) + whole.mid(24),
             "the image data is damaged: IHDR: CRC error");
         row("PNG without its end", whole.left(end), "the image is incomplete");
+        QByteArray text = pngChunk("tEXt", QByteArray("Comment\0a camera", 16));
+        QVERIFY(problemOf(whole.left(33) + text + whole.mid(33)).isEmpty());
+        text[text.size() - 1] = char(~text[text.size() - 1]);
+        row("PNG with a harmed text", whole.left(33) + text + whole.mid(33),
+            "the image data is damaged: tEXt: CRC error");
+        row("PNG with a harmed text behind its pixels", whole.left(end) + text + whole.mid(end),
+            "the image data is damaged: tEXt: CRC error");
+        row("PNG with more data than pixels",
+            whole.left(33) + pngChunk("IDAT", deflated(QByteArray(20 * 61 + 9, '\0'))) + whole.mid(end),
+            "the image data is damaged: ");
 
         const QByteArray still = encoded(".webp", picture);
         const QByteArray frames = webpChunk("ANMF", QByteArray(16, '\0'));

@@ -134,7 +134,7 @@ QByteArray tiffWithOneStripForAll(int count, const QByteArray &strip, int compre
 {
     const auto strips = std::size_t(count);
     return tiff(TiffStrips{16, count, 1, compression, std::vector<quint32>(strips, 8),
-        std::vector<quint32>(strips, quint32(strip.size())), strip});
+        std::vector<quint32>(strips, quint32(strip.size())), strip, {}});
 }
 
 /// As many strips as there may be.
@@ -142,12 +142,23 @@ QByteArray tiffWithStrips(int count)
 {
     constexpr int width = 256;
     const QByteArray strip = deflated(QByteArray(width, '\x55'));
-    TiffStrips strips{width, count, 1, 8, {}, {}, strip.repeated(count)};
+    TiffStrips strips{width, count, 1, 8, {}, {}, strip.repeated(count), {}};
     for (int i = 0; i < count; ++i) {
         strips.offsets.push_back(quint32(8 + i * strip.size()));
         strips.sizes.push_back(quint32(strip.size()));
     }
     return tiff(strips);
+}
+
+/// Private entries whose values are the same bytes, of which there are as many as fit into the file.
+TiffStrips tiffWithValues(int entries, int size)
+{
+    constexpr int side = 16;
+    constexpr quint32 begin = 8;
+    TiffStrips strips{side, side, side, 1, {begin}, {side * side}, QByteArray(size, '\0'), {}};
+    for (int i = 0; i < entries; ++i)
+        strips.entries[51200 + i] = {TiffEntry::Byte, quint32(size) - side * side, begin + side * side};
+    return strips;
 }
 } // namespace
 
@@ -214,6 +225,13 @@ private Q_SLOTS:
             << webp({webpChunk("VP8L", losslessWebpOfManyCodes(1024, 2))}) << 32;
         QTest::newRow("large lossless WebP with 65,536 sets of codes")
             << webp({webpChunk("VP8L", losslessWebpOfManyCodes(4096, 4))}) << 32;
+        QTest::newRow("TIFF with 500 values of 1 MB that are the same") << tiff(tiffWithValues(500, 1000000)) << 16;
+        QTest::newRow("TIFF with 4,000 values of 250 kB that are the same") << tiff(tiffWithValues(4000, 250000)) << 16;
+        QTest::newRow("TIFF with 2 values of 10 MB that are the same") << tiff(tiffWithValues(2, 10000000)) << 16;
+        TiffStrips small = tiffWithValues(0, 256);
+        for (int tag = 33000; tag < 37080; ++tag)
+            small.entries[tag] = {TiffEntry::Byte, 1, 0};
+        QTest::newRow("TIFF with 4,080 private entries") << tiff(small) << 16;
         QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
     }
     void maliciousFilesCostLittle()
@@ -265,6 +283,17 @@ private Q_SLOTS:
         QVERIFY2(cost.peak <= (400 + instrumentation) * mebibyte, cost.text.constData());
         QVERIFY2(cost.seconds <= 8 * slowness, cost.text.constData());
         QVERIFY(cost.pixels > 0);
+    }
+
+    /// A camera may put a preview or notes of its own into a private entry.
+    void theValueOfAPrivateEntryIsHeldOnce()
+    {
+        constexpr int size = 20000000;
+
+        const Cost cost = costOfLoading(tiff(tiffWithValues(1, size)));
+
+        QCOMPARE(cost.pixels, 16 * 16);
+        QVERIFY2(cost.peak <= 7 * qint64(size) / 2 + (16 + instrumentation) * mebibyte, cost.text.constData());
     }
 
     void theLimitOfPixelsIsSettable()
