@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 namespace FiberInspection {
 
@@ -37,6 +38,12 @@ DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
         return {{}, QStringLiteral("not an image of a known format"), ImageFault::UnknownFormat};
     try {
         return format->decode(bytes, maxPixels);
+    } catch (const std::bad_alloc &) {
+        throw; // not the fault of the image
+    } catch (const cv::Exception &exception) {
+        if (exception.code == cv::Error::StsNoMem)
+            throw;
+        return ImageFormats::damaged(exception.what());
     } catch (const std::exception &exception) {
         return ImageFormats::damaged(exception.what());
     }

@@ -2,6 +2,8 @@
 #include "EncodedImages.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
+#include "Faults.h"
+#include "FiberInspection/Inspection.h"
 #include "ForkedChild.h"
 #include "LogCapture.h"
 #include "WorkTimer.h"
@@ -22,7 +24,9 @@ constexpr qint64 mebibyte = 1048576;
 #if defined(__SANITIZE_ADDRESS__)
 constexpr qint64 instrumentation = 512; // mebibytes that are kept after they were freed
 constexpr double slowness = 8;
+constexpr bool canLimitMemory = false; // needs address space without bounds
 #else
+constexpr bool canLimitMemory = true;
 constexpr qint64 instrumentation = 0;
 constexpr double slowness = 1;
 #endif
@@ -281,6 +285,50 @@ private Q_SLOTS:
 
         QVERIFY(isRefused);
         QVERIFY(isRead);
+    }
+
+    // A photograph that is right must not be called damaged because there is no room for it.
+    void wantOfMemoryIsNoDamage_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const cv::Mat picture = plainPicture(2000, 2000);
+        QTest::newRow("JPEG") << jpeg(picture);
+        QTest::newRow("progressive JPEG") << encoded(".jpg", picture, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
+        QTest::newRow("PNG") << encoded(".png", picture);
+        QTest::newRow("TIFF") << encoded(".tiff", picture);
+        QTest::newRow("WebP") << encoded(".webp", picture, {cv::IMWRITE_WEBP_QUALITY, 90});
+        QTest::newRow("BMP") << encoded(".bmp", picture);
+        QTest::newRow("PNM") << encoded(".ppm", picture);
+    }
+    void wantOfMemoryIsNoDamage()
+    {
+        QFETCH(QByteArray, bytes);
+        if (!canLimitMemory)
+            QSKIP("the sanitizers need address space without bounds");
+        QVERIFY(!decodeImage(bytes).image.isNull());
+        constexpr int mostMebibytes = 60;
+        constexpr int step = 6;
+        int broken = 0;
+        int read = 0;
+
+        for (int mebibytes = 0; mebibytes <= mostMebibytes; mebibytes += step) {
+            const ForkedChild child = ForkedChild::run([&bytes, mebibytes] {
+                malloc_trim(0); // what was freed before would do
+                const Faults::MemoryLimit limit(static_cast<quint64>(mebibytes) * mebibyte);
+                const LoadedImage loaded = decodeImage(bytes);
+                std::fprintf(stderr, "%s", qPrintable(loaded.detail));
+                return static_cast<int>(loaded.reason);
+            });
+            const auto reason = static_cast<Inspection::Reason>(child.exitCode);
+            broken += reason == Inspection::Reason::AnalysisBroken ? 1 : 0;
+            read += reason == Inspection::Reason::None ? 1 : 0;
+            if (reason != Inspection::Reason::AnalysisBroken && reason != Inspection::Reason::None)
+                std::fprintf(stderr, "%d %d %d %s\n", mebibytes, child.exitCode, child.signal, child.standardError.left(200).constData());
+        }
+
+        QVERIFY(broken > 0);
+        QVERIFY(read > 0);
+        QCOMPARE(broken + read, 1 + mostMebibytes / step);
     }
 
 private:
