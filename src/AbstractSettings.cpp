@@ -19,7 +19,7 @@
 
 namespace {
 constexpr int retryMilliseconds = 1000; // until the event loop tries again to write what it was refused
-constexpr qint64 mostLinkedBytes = 1 << 20; // of a file behind a link
+constexpr qint64 mostForeignBytes = 1 << 20; // of a file that is never written
 
 /// QSettings would read whatever is there, however long that takes, and put a file in place of what a link leads to.
 bool isUsable(const QString &path)
@@ -94,18 +94,18 @@ private:
         if (!mIsInMemory)
             return;
         qWarning().noquote() << "Settings stay in memory, this is no file of ours:" << mPath;
-        readLinkedFile();
+        readForeignFile();
     }
 
     /// QSettings would not stop at a limit, and write to what it has read. It understands files only.
-    void readLinkedFile()
+    void readForeignFile()
     {
         QFile file;
-        if (!FileAccess::openLinked(mPath, &file))
+        if (!FileAccess::openLinked(mPath, &file) && !FileAccess::openForeign(mPath, &file))
             return;
         QByteArray bytes;
         QTemporaryFile copy;
-        if (!FileAccess::readAll(&file, mostLinkedBytes, &bytes) || !copy.open() || copy.write(bytes) != bytes.size()
+        if (!FileAccess::readAll(&file, mostForeignBytes, &bytes) || !copy.open() || copy.write(bytes) != bytes.size()
             || !copy.flush()) {
             qWarning().noquote() << "Failed to read settings from" << mPath;
             return;

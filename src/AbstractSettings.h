@@ -17,9 +17,10 @@ class QSettings;
 /// stored. Like QSettings, an object may be used in one thread at a time.
 ///
 /// The file is a regular one that belongs to root or to us, or there is none yet. Anything else is never written: the
-/// log tells, and the values stay in memory. What a link leads to is read once, if both are root's or ours and it is a
-/// regular file of at most 1 MiB. While something that is not ours stands in the way later, as a lock of another
-/// user, the event loop tries again each second.
+/// log tells, and the values stay in memory. Two kinds are read once, up to 1 MiB: what a link leads to, if both are
+/// root's or ours, and the file of another user that nobody else can write, in a folder that only root and we can
+/// write. While something that is not ours stands in the way later, as a lock of another user, the event loop tries
+/// again each second.
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {
 public:

@@ -77,8 +77,8 @@ public:
     /// @param candidates if given, receives how many there are; not touched where nothing is searched
     static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius, int *candidates = nullptr);
 
-    /// Fast search at a sixth of the size, for live frames of the scope Device::ks20().
-    static Circle approximateFindCladdingCircle(const cv::Mat &grayImage);
+    /// Fast search at a sixth of the size, for live frames of the scope Device::ks20(). Candidates as above.
+    static Circle approximateFindCladdingCircle(const cv::Mat &grayImage, int *candidates = nullptr);
     static Circle approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height);
 
     /// The square around the fibre: the zone and a margin of 20 pixels on each side. Empty if it leaves the image.
@@ -109,7 +109,8 @@ public:
     static int backgroundColor(const cv::Mat &mat, float claddingDiameter);
 
     /// Focus measure around the core, larger is sharper: variance of the Laplacian, rounded up to one decimal.
-    static double getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle);
+    /// @param fits if given, receives whether what is looked at lies within the image; if not, the measure is 0
+    static double getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle, bool *fits = nullptr);
     static double getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle);
 
     /// The luminance plane of a 4:2:0 frame as an image of its own. The buffer holds width * height * 3 / 2 bytes, its

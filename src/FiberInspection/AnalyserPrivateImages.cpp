@@ -170,7 +170,7 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
     return {circle[0], circle[1], circle[2]};
 }
 
-Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
+Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage, int *candidates)
 {
     constexpr double scaleForCircleDetection = 6.0;
     constexpr int toleranceMarginForRadius = 5;
@@ -188,7 +188,7 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
     cv::resize(grayImage, scaledImage, scaledSize, 0, 0, cv::INTER_LINEAR);
     const double reducedRadius = static_cast<double>(claddingRadius) / scaleForCircleDetection;
     const Circle reducedCircle =
-        findCladdingCircle(scaledImage, static_cast<float>(reducedRadius + toleranceMarginForRadius));
+        findCladdingCircle(scaledImage, static_cast<float>(reducedRadius + toleranceMarginForRadius), candidates);
     if (reducedCircle.radius < 1.0F)
         return {};
     return {reducedCircle.center * scaleForCircleDetection,
@@ -313,7 +313,7 @@ int AnalyserPrivate::backgroundColor(const cv::Mat &mat, float claddingDiameter)
     return meanColor(mat, claddingRadius, [=](double square, int) { return square > innerSquare; });
 }
 
-double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle)
+double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle, bool *fits)
 {
     constexpr float diameterMargin = 20.0F;
 
@@ -324,6 +324,8 @@ double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingC
     // The radius stands for the diameter on purpose: only the core and the inner cladding are looked at.
     const QRect cropGeometry =
         calculateCrop(claddingCircle.center, claddingCircle.radius + diameterMargin, imageSize(mat));
+    if (fits)
+        *fits = cropGeometry.isValid();
     if (!cropGeometry.isValid())
         return 0;
 

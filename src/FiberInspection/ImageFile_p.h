@@ -7,7 +7,7 @@
 namespace FiberInspection {
 
 /// What keeps an image from being seen.
-enum class ImageFault : int { None, Unreadable, UnknownFormat, Damaged, TooLarge };
+enum class ImageFault : int { None, Missing, NotAFile, Unreadable, Empty, UnknownFormat, Damaged, TooLarge };
 
 /// An image file as read from disk; what ImageDecoder makes of it is another matter.
 struct ImageFile

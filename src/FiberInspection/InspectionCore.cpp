@@ -23,8 +23,14 @@ Reason reasonOf(ImageFault fault)
     switch (fault) {
     case ImageFault::None:
         break;
+    case ImageFault::Missing:
+        return Reason::FileMissing;
+    case ImageFault::NotAFile:
+        return Reason::NotAFile;
     case ImageFault::Unreadable:
         return Reason::FileUnreadable;
+    case ImageFault::Empty:
+        return Reason::FileEmpty;
     case ImageFault::UnknownFormat:
         return Reason::UnknownFormat;
     case ImageFault::Damaged:
@@ -172,7 +178,10 @@ const char *InspectionCore::reasonText(Reason reason)
         break;
     case Reason::NotInspected:
         return "Nothing was inspected";
+    case Reason::FileMissing:
+    case Reason::NotAFile:
     case Reason::FileUnreadable:
+    case Reason::FileEmpty:
     case Reason::UnknownFormat:
     case Reason::ImageDamaged:
     case Reason::ImageTooLarge:

@@ -171,6 +171,25 @@ bool openLinked(const QString &path, QFile *file)
     return false;
 }
 
+bool openForeign(const QString &path, QFile *file)
+{
+    const QFileInfo info(path);
+    const int folder = openPath(info.path(), O_PATH | O_DIRECTORY);
+    if (folder < 0)
+        return false;
+    const struct stat place = statusOf(folder);
+    const bool isClosed = isOwn(place) && !isWritableByOthers(place);
+    const QByteArray name = QFile::encodeName(info.fileName());
+    const int descriptor = isClosed
+        ? regularOrClosed(::openat(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY))
+        : -1;
+    ::close(folder);
+    if (descriptor < 0 || !isWritableByOthers(statusOf(descriptor)))
+        return handOver(descriptor, file, QIODevice::ReadOnly);
+    ::close(descriptor);
+    return false;
+}
+
 Found openOurs(const QString &path, QFile *file)
 {
     // What was opened is what is looked at: a name may mean something else at any time.

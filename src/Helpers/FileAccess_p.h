@@ -34,6 +34,10 @@ bool openRegular(const QString &path, QFile *file);
 /// For reading text behind a link. The link, and the regular file that it leads to, belong to root or to us.
 bool openLinked(const QString &path, QFile *file);
 
+/// For reading text of another user that a third one can neither have written nor put there: only its owner and root
+/// can write the regular file, and only root and we its folder. The last part of the path must be no link.
+bool openForeign(const QString &path, QFile *file);
+
 /// For reading text that can only have been written by root or us. The last part of the path must be no link.
 Found openOurs(const QString &path, QFile *file);
 

@@ -57,6 +57,8 @@ Item {
             return preview;
         }
 
+        readonly property string noFolder: "The picture could not be written: No such file or directory"
+
         function expectCaptureFailure(reason) {
             ignoreWarning("QCameraImageCapture error: \"" + reason + "\""); // of the framework
             Expect.debug("Image capture failed: " + reason);
@@ -212,6 +214,167 @@ Item {
             files.remove(late);
         }
 
+        function test_aCaptureThatFailsLeavesTheEarlierOne_data() {
+            return [
+                { tag: "before that is saved", holds: "first" },
+                { tag: "after that was saved", holds: "second" },
+            ];
+        }
+        function test_aCaptureThatFailsLeavesTheEarlierOne(row) {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/earlier %1.jpg".arg(row.holds));
+            const failures = countCaptureFailures(preview);
+            expectCaptureFailure(noFolder);
+            if (row.holds === "first")
+                simulatedScope.holdNextStill();
+            preview.captureImageToFile(path);
+            if (row.holds === "second")
+                simulatedScope.holdNextStill();
+            preview.captureImageToFile(files.path("no/such/folder.jpg"));
+            tryVerify(function() { return failures.length > 0 || files.exists(path); }, Patience.longest);
+            compare(preview.saved, 0);
+
+            simulatedScope.releaseStills();
+
+            tryCompare(preview, "saved", 1, Patience.longest);
+            compare(failures.length, 1);
+            verify(preview.previews.length > 0);
+            files.remove(path);
+        }
+
+        function test_ofSeveralThatFailAnyLeavesTheEarlierOne() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/first of three.jpg");
+            const failures = countCaptureFailures(preview);
+            expectCaptureFailure(noFolder);
+            expectCaptureFailure(noFolder);
+            preview.captureImageToFile(path);
+            simulatedScope.holdNextStill();
+            preview.captureImageToFile(files.path("no/such/second.jpg"));
+            preview.captureImageToFile(files.path("no/such/third.jpg"));
+            tryVerify(function() { return failures.length === 1 && files.exists(path); }, Patience.longest);
+            compare(preview.saved, 0); // the second one may still come
+
+            simulatedScope.releaseStills();
+
+            tryCompare(preview, "saved", 1, Patience.longest);
+            compare(failures.length, 2);
+            files.remove(path);
+        }
+
+        function test_aCaptureThatFailsBringsBackNoneThatWasForgotten() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/forgotten before.jpg");
+            const failures = countCaptureFailures(preview);
+            expectCaptureFailure(noFolder);
+            simulatedScope.holdNextStill();
+            preview.captureImageToFile(path);
+            preview.forgetCapture();
+            preview.captureImageToFile(files.path("no/such/folder.jpg"));
+            tryCompare(failures, "length", 1, Patience.longest);
+
+            simulatedScope.releaseStills();
+
+            tryVerify(function() { return files.exists(path); }, Patience.longest);
+            compare(preview.saved, 0);
+            files.remove(path);
+        }
+
+        // Some cameras refuse a request by another number than those that they give.
+        function test_aCaptureThatIsNotTakenLeavesTheEarlierOne() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/not taken.jpg");
+            simulatedScope.holdNextStill();
+            preview.captureImageToFile(path);
+            simulatedScope.refuseNextStill();
+            preview.captureImageToFile(path);
+
+            simulatedScope.releaseStills();
+
+            tryCompare(preview, "saved", 1, Patience.longest);
+        }
+
+        function test_aCaptureThatFailsAtOnceLeavesTheEarlierOne() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/before one that fails at once.jpg");
+            expectCaptureFailure(noFolder);
+            preview.captureImageToFile(path);
+            simulatedScope.saveNextStillAtOnce();
+
+            preview.captureImageToFile(files.path("no/such/folder.jpg"));
+
+            compare(preview.saved, 0);
+            tryCompare(preview, "saved", 1, Patience.longest);
+            verify(files.exists(path));
+        }
+
+        function test_aReceiverMayForgetOrCaptureAgain_data() {
+            return [
+                { tag: "forget", saved: 0, act: function(preview) { preview.forgetCapture(); } },
+                { tag: "capture", saved: 1, act: function(preview, path) { preview.captureImageToFile(path); } },
+            ];
+        }
+        function test_aReceiverMayForgetOrCaptureAgain(row) {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const again = files.path("tmp/captured by a receiver.jpg");
+            const first = files.path("tmp/with a receiver.jpg");
+            var calls = 0;
+            preview.imageCaptured.connect(function() {
+                if (++calls === 1)
+                    row.act(preview, again);
+            });
+            simulatedScope.saveNextStillAtOnce();
+
+            preview.captureImageToFile(first);
+
+            compare(calls, 1);
+            compare(preview.saved, 0);
+            verify(files.exists(first));
+            tryCompare(preview, "saved", row.saved, Patience.longest);
+            compare(preview.previews.length, 1 + row.saved);
+        }
+
+        function test_aReceiverMayDestroyThePreview() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/of a preview that goes.jpg");
+            var saved = 0;
+            var calls = 0;
+            preview.imageSaved.connect(function() { ++saved; });
+            preview.imageCaptured.connect(function() {
+                ++calls;
+                preview.destroy();
+                Destruction.carryOut();
+            });
+            simulatedScope.saveNextStillAtOnce();
+
+            preview.captureImageToFile(path);
+
+            compare(calls, 1);
+            compare(saved, 0);
+        }
+
+        function test_numbersOfRequestsMayBeginAgain() {
+            const preview = createReady();
+            tryVerify(simulatedScope.isSettled, Patience.longest);
+            const path = files.path("tmp/again.jpg");
+            preview.captureImageToFile(path);
+            preview.captureImageToFile(path);
+            tryCompare(preview, "saved", 1, Patience.longest);
+            simulatedScope.beginNumbersAgain();
+
+            preview.captureImageToFile(path);
+
+            tryCompare(preview, "saved", 2, Patience.longest);
+            compare(preview.previews.length, 2);
+        }
+
         function test_aStillThatIsForgottenIsNotTold() {
             const preview = createReady();
             tryVerify(simulatedScope.isSettled, Patience.longest);
@@ -230,7 +393,7 @@ Item {
         function test_aStillThatCannotBeSavedIsTold() {
             const preview = createReady();
             tryVerify(simulatedScope.isSettled, Patience.longest);
-            expectCaptureFailure("The picture could not be written: No such file or directory");
+            expectCaptureFailure(noFolder);
 
             const failures = countCaptureFailures(preview);
 

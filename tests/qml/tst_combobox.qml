@@ -86,6 +86,21 @@ Item {
         }
     }
     Component {
+        id: watchedCombo
+
+        VantorControls.ComboBox {
+            property var seen: [] // what the handlers see, in their order
+
+            model: listModel
+            textRole: "name"
+            valueRole: "number"
+            currentIndex: -1
+            onCurrentIndexChanged: seen.push("index: " + currentValue + ", row: " + valueOfRow(currentIndex))
+            onCurrentValueChanged: seen.push("value: " + currentValue)
+            onActivated: seen.push("activated: " + currentValue)
+        }
+    }
+    Component {
         id: emptyCombo
 
         VantorControls.ComboBox {}
@@ -114,6 +129,33 @@ Item {
         function createNativeCombo() {
             const model = createTemporaryObject(nativeModelComponent, scene);
             return createTemporaryObject(nativeCombo, scene, { model: model });
+        }
+
+        function seenBy(combo) {
+            const seen = combo.seen;
+            combo.seen = [];
+            return seen;
+        }
+
+        function test_theValueIsTrueInItsOwnHandlerAndOldInThatOfTheIndex() {
+            const combo = createTemporaryObject(watchedCombo, scene);
+            seenBy(combo);
+
+            combo.setCurrentValue(7);
+            compare(seenBy(combo), ["index: undefined, row: 7", "value: 7"]);
+            combo.currentIndex = 2;
+            compare(seenBy(combo), ["index: 7, row: 3", "value: 3"]);
+        }
+
+        function test_theValueIsThatOfTheRowThatTheUserChose() {
+            const combo = createTemporaryObject(watchedCombo, scene);
+            combo.setCurrentValue(0);
+            seenBy(combo);
+
+            combo.forceActiveFocus();
+            keyClick(Qt.Key_Down);
+
+            compare(seenBy(combo), ["index: 0, row: 7", "value: 7", "activated: 7"]);
         }
 
         function painted(text) {
@@ -287,6 +329,32 @@ Item {
             compare(indexSpy.count, 0);
             compare(combo.currentValue, 12);
             compare(combo.valueRole, "id");
+        }
+
+        function test_refreshingTheCurrentValueIsOneChange() {
+            const combo = createNativeCombo();
+            const seen = [];
+            combo.currentValueChanged.connect(function() { seen.push("value " + combo.currentValue); });
+            combo.valueRoleChanged.connect(function() { seen.push("role " + combo.valueRole); });
+            combo.modelChanged.connect(function() { seen.push("model"); });
+            combo.model.setIdSilently(0, 12);
+
+            combo.setCurrentValue(12);
+
+            compare(seen, ["value 12"]);
+        }
+
+        function test_theCurrentValueIsRefreshedWhileThePopupIsOpen() {
+            const combo = createNativeCombo();
+            open(combo);
+            combo.model.setIdSilently(0, 12);
+
+            combo.setComboBoxFromRole("name", "red");
+
+            compare(combo.currentValue, 12);
+            compare(combo.popup.contentItem.count, 3);
+            mouseClick(combo.popup.contentItem.itemAtIndex(1));
+            tryCompare(combo, "currentIndex", 1, Patience.longest);
         }
 
         function test_refreshingTheCurrentValueLeavesTheBindingOfItsRole() {

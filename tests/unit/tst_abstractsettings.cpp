@@ -79,6 +79,12 @@ private:
             QVERIFY(QDir().mkdir(path));
     }
 
+    static bool giveAway(const QString &path, uint mode)
+    {
+        const QByteArray name = QFile::encodeName(path);
+        return chown(name.constData(), anotherUser, anotherUser) == 0 && chmod(name.constData(), mode) == 0;
+    }
+
     static bool isFile(const QString &path)
     {
         struct stat status = {};
@@ -162,24 +168,100 @@ private Q_SLOTS:
         QCOMPARE(inventory(), before);
     }
 
-    void whatAnotherUserHasPlantedIsNotRead_data()
+    void aFileOfAnotherUserIsReadAndNeverWritten_data()
     {
-        QTest::addColumn<bool>("isLink");
-        QTest::addColumn<bool>("isTheirs");
-        QTest::newRow("file of another user") << false << true;
-        QTest::newRow("link of ours to it") << true << true;
-        QTest::newRow("link of another user to a file of ours") << true << false;
+        QTest::addColumn<uint>("mode");
+        QTest::newRow("readable for all") << 0644U;
+        QTest::newRow("of its user alone") << 0600U;
     }
 
-    void whatAnotherUserHasPlantedIsNotRead()
+    void aFileOfAnotherUserIsReadAndNeverWritten()
     {
-        QFETCH(const bool, isLink);
+        QFETCH(const uint, mode);
+        const QString path = newPath();
+        write(path, "top=1\n[network]\nname=tester 7\n");
+        if (!giveAway(path, mode))
+            QSKIP("only root can give a file away");
+        const QStringList before = inventory();
+        const LogCapture log;
+
+        Settings settings(path);
+        QVERIFY(!settings.hasBeenIniFileCreated());
+        QCOMPARE(settings.value(QStringLiteral("top")).toInt(), 1);
+        QCOMPARE(settings.value(QStringLiteral("network/name")).toString(), QStringLiteral("tester 7"));
+
+        settings.store()->setValue(QStringLiteral("network/name"), QStringLiteral("tester 8"));
+        for (int i = 0; i < 3; ++i)
+            QCoreApplication::postEvent(settings.store(), new QEvent(QEvent::UpdateRequest));
+        QCoreApplication::sendPostedEvents();
+        settings.setAndSync(QStringLiteral("other"), 5);
+        QCOMPARE(
+            log.warnings(), QStringList(QStringLiteral("Settings stay in memory, this is no file of ours: ") + path));
+        QVERIFY(!settings.sync());
+        QCOMPARE(settings.value(QStringLiteral("network/name")).toString(), QStringLiteral("tester 8"));
+        QCOMPARE(settings.value(QStringLiteral("other")).toInt(), 5);
+        QCOMPARE(inventory(), before);
+        QCOMPARE(content(path), QByteArray("top=1\n[network]\nname=tester 7\n"));
+    }
+
+    void whatSomebodyElseCouldHaveWrittenIsNotRead_data()
+    {
+        QTest::addColumn<uint>("folderMode");
+        QTest::addColumn<uint>("folderOwner");
+        QTest::addColumn<uint>("folderGroup");
+        QTest::addColumn<uint>("fileMode");
+        const uint ours = geteuid();
+        const uint group = getegid();
+        QTest::newRow("file for all") << 0755U << ours << group << 0666U;
+        QTest::newRow("file of a group") << 0755U << ours << group << 0664U;
+        QTest::newRow("folder for all") << 0777U << ours << group << 0644U;
+        QTest::newRow("sticky folder for all") << 01777U << ours << group << 0644U;
+        QTest::newRow("folder of a group") << 0775U << ours << uint(anotherUser) << 0644U;
+        QTest::newRow("sticky folder of a group") << 01775U << ours << uint(anotherUser) << 0644U;
+        QTest::newRow("folder of that user") << 0755U << uint(anotherUser) << group << 0644U;
+        QTest::newRow("folder of a third user") << 0755U << uint(anotherUser - 1) << group << 0644U;
+    }
+
+    void whatSomebodyElseCouldHaveWrittenIsNotRead()
+    {
+        QFETCH(const uint, folderMode);
+        QFETCH(const uint, folderOwner);
+        QFETCH(const uint, folderGroup);
+        QFETCH(const uint, fileMode);
+        const QTemporaryDir dir;
+        const QByteArray folder = QFile::encodeName(dir.path());
+        const QString path = dir.filePath(QStringLiteral("settings.ini"));
+        write(path, "key=1\n");
+        if (!giveAway(path, fileMode))
+            QSKIP("only root can give a file away");
+        QCOMPARE(chown(folder.constData(), folderOwner, folderGroup), 0);
+        QCOMPARE(chmod(folder.constData(), folderMode), 0);
+        const LogCapture log;
+
+        Settings settings(path);
+        settings.setAndSync(QStringLiteral("other"), 5);
+
+        QVERIFY(!settings.hasBeenIniFileCreated());
+        QVERIFY(!settings.contains(QStringLiteral("key")));
+        QCOMPARE(
+            log.warnings(), QStringList(QStringLiteral("Settings stay in memory, this is no file of ours: ") + path));
+        QCOMPARE(content(path), QByteArray("key=1\n"));
+    }
+
+    void aLinkIsNotFollowedWhereAnotherUserOwnsAnEndOfIt_data()
+    {
+        QTest::addColumn<bool>("isTheirs");
+        QTest::newRow("link of ours to a file of theirs") << true;
+        QTest::newRow("link of theirs to a file of ours") << false;
+    }
+
+    void aLinkIsNotFollowedWhereAnotherUserOwnsAnEndOfIt()
+    {
         QFETCH(const bool, isTheirs);
         const QString path = newPath();
-        const QString target = isLink ? path + QStringLiteral(".target") : path;
+        const QString target = path + QStringLiteral(".target");
         write(target, "key=1\n");
-        if (isLink)
-            QVERIFY(QFile::link(target, path));
+        QVERIFY(QFile::link(target, path));
         const QString planted = isTheirs ? target : path;
         if (lchown(QFile::encodeName(planted).constData(), anotherUser, anotherUser) != 0)
             QSKIP("only root can give a file away");
@@ -193,22 +275,29 @@ private Q_SLOTS:
         QCOMPARE(inventory(), before);
     }
 
-    void aFileBehindALinkIsReadToALimit_data()
+    void aFileThatIsNotOursIsReadToALimit_data()
     {
+        QTest::addColumn<bool>("isLink");
         QTest::addColumn<int>("size");
         QTest::addColumn<bool>("isRead");
-        QTest::newRow("at the limit") << (1 << 20) << true;
-        QTest::newRow("one byte more") << (1 << 20) + 1 << false;
+        QTest::newRow("behind a link, at the limit") << true << (1 << 20) << true;
+        QTest::newRow("behind a link, one byte more") << true << (1 << 20) + 1 << false;
+        QTest::newRow("of another user, at the limit") << false << (1 << 20) << true;
+        QTest::newRow("of another user, one byte more") << false << (1 << 20) + 1 << false;
     }
 
-    void aFileBehindALinkIsReadToALimit()
+    void aFileThatIsNotOursIsReadToALimit()
     {
+        QFETCH(const bool, isLink);
         QFETCH(const int, size);
         QFETCH(const bool, isRead);
         const QString path = newPath();
-        const QString target = path + QStringLiteral(".target");
+        const QString target = isLink ? path + QStringLiteral(".target") : path;
         write(target, QByteArray("key=1\n;").leftJustified(size, '-'));
-        QVERIFY(QFile::link(target, path));
+        if (isLink)
+            QVERIFY(QFile::link(target, path));
+        else if (!giveAway(path, 0644))
+            QSKIP("only root can give a file away");
         const LogCapture log;
 
         const Settings settings(path);

@@ -10,30 +10,62 @@ Item {
     readonly property bool ready: camera.cameraStatus === Camera.ActiveStatus
     property alias videoOutput: output
 
-    // Numbers of requests grow.
-    readonly property int noCapture: -1
-    property int lastCapture: noCapture
-    property int lastForgotten: noCapture // answers up to here come too late
+    // Requests that may still be told, oldest first: of those that have not failed the last one counts.
+    readonly property var captures: []
+    property var earlyAnswers: null // by number, while a request is made: a camera may answer before that returns
 
     signal initializeFailed()
     signal imageCaptured(string preview)
     signal imageSaved()
 
-    // The last one counts.
+    // The last one counts, unless it fails.
     function captureImageToFile(path) {
-        forgetCapture();
-        lastCapture = Math.max(lastCapture, camera.imageCapture.captureToLocation(path));
+        const early = {};
+        earlyAnswers = early;
+        const requestId = camera.imageCapture.captureToLocation(path);
+        earlyAnswers = null;
+        if (requestId >= 0) // a camera that does not take the request gives it no number
+            captures.push(early[requestId] || newCapture(requestId));
+        tell();
     }
 
     // Whatever becomes of it, it is not told any more.
     function forgetCapture() {
-        lastForgotten = lastCapture;
+        captures.length = 0;
     }
 
-    // A camera may answer before its number is known here.
-    function isAwaited(requestId) {
-        lastCapture = Math.max(lastCapture, requestId);
-        return requestId > lastForgotten;
+    function newCapture(requestId) {
+        return { id: requestId, preview: null, isSaved: false, hasFailed: false };
+    }
+
+    // Puts down what the camera answers to a request that may still be told.
+    function answer(requestId, change) {
+        var capture = captures.find(function(one) { return one.id === requestId; });
+        if (!capture && earlyAnswers)
+            capture = earlyAnswers[requestId] = earlyAnswers[requestId] || newCapture(requestId);
+        if (!capture)
+            return;
+        Object.assign(capture, change);
+        if (!earlyAnswers)
+            tell();
+    }
+
+    function tell() {
+        const all = captures; // outlives this item, which a receiver may destroy
+        while (all.length > 0 && all[all.length - 1].hasFailed)
+            all.pop();
+        if (all.length === 0)
+            return;
+        const capture = all[all.length - 1];
+        if (capture.preview !== null) {
+            const preview = capture.preview;
+            capture.preview = null;
+            imageCaptured(preview);
+        }
+        if (all[all.length - 1] !== capture || !capture.isSaved) // a receiver may have forgotten it, or captured again
+            return;
+        forgetCapture();
+        imageSaved();
     }
 
     function start() {
@@ -53,6 +85,7 @@ Item {
         return null;
     }
 
+    Component.onDestruction: forgetCapture()
     Component.onCompleted: {
         const device = findCamera(QtMultimedia.availableCameras);
         if (!device) {
@@ -70,15 +103,14 @@ Item {
         captureMode: Camera.CaptureStillImage
         imageCapture.resolution: "800x600"
         imageCapture.onImageCaptured: function(requestId, preview) {
-            if (root.isAwaited(requestId))
-                root.imageCaptured(preview);
+            root.answer(requestId, { preview: preview });
         }
         imageCapture.onImageSaved: function(requestId, path) {
-            if (root.isAwaited(requestId))
-                root.imageSaved();
+            root.answer(requestId, { isSaved: true });
         }
         imageCapture.onCaptureFailed: function(requestId, message) {
             console.log("Image capture failed: " + message);
+            root.answer(requestId, { hasFailed: true });
         }
     }
 

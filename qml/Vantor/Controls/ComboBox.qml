@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-import QtQml 2.14 as QtQml
 import QtQuick 2.11
 import QtQuick.Controls 2.4 as Controls // Qt 5.15: has currentValue and valueRole, which nobody may declare again
 import QtQuick.Controls.Material 2.4
@@ -8,6 +7,17 @@ import "qrc:/Vantor/Style"
 import "../Utils/QmlModelUtils.js" as ModelUtils
 
 // A combo box whose rows have a text to show and a value to work with.
+//
+// currentValue follows currentIndex late: in onCurrentIndexChanged it is still that of the row before, undefined if there
+// was none. Handle onCurrentValueChanged for whatever changes it, or onActivated for what the user chooses; in both it is
+// that of the current row. Who has to act on the index, also between rows of the same value, asks valueOfRow(currentIndex):
+//
+//     VantorControls.ComboBox {
+//         model: fiberManager.fiberInspectionStandardModel()
+//         textRole: "name"
+//         valueRole: "id"
+//         onCurrentValueChanged: settings.standardId = currentValue
+//     }
 Controls.ComboBox {
     id: root
 
@@ -22,7 +32,6 @@ Controls.ComboBox {
     property var specificItemHighlightValueToMatch: null
     property color specificItemHighlightColor: "blue"
 
-    property bool readsNoRole: false
     readonly property real windowWidth: Window.width > 0 ? Window.width : Infinity
     readonly property real fittingPopupWidth: autoAdjustPopupWidth
         ? Math.min(widestText(model, count, font) + 3 * popupTextLeftPadding, windowWidth) : -1
@@ -46,15 +55,16 @@ Controls.ComboBox {
     }
 
     function selectRow(index) {
-        if (index === currentIndex && currentValue !== valueOfRow(index))
+        if (index === currentIndex)
             refreshCurrentValue();
         currentIndex = index;
     }
 
-    // A model may have changed under the current row without a word. Another role and back reads the value again.
+    // A model may have changed under the current row without a word. The value is read anew whenever the rows were
+    // touched, if only to stay where they are; text and value alone can change by it.
     function refreshCurrentValue() {
-        readsNoRole = true;
-        readsNoRole = false;
+        if (currentIndex >= 0 && delegateModel && delegateModel.items)
+            delegateModel.items.addGroups(currentIndex, 1, "items");
     }
 
     function valueOfRow(index) {
@@ -92,12 +102,6 @@ Controls.ComboBox {
     valueRole: modelIsStringList ? textRole : ""
     font.pixelSize: GlobalStyles.defaultComboBoxTextSize
     Material.background: "white"
-
-    QtQml.Binding on valueRole { // the role may have been bound: an assignment would end that
-        when: root.readsNoRole
-        value: "-"
-        restoreMode: QtQml.Binding.RestoreBindingOrValue
-    }
 
     popup.width: Math.max(width, popupWidth)
 
