@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstring>
 #include <jerror.h>
-#include <new>
 #include <jpeglib.h>
+#include <new>
 
 namespace FiberInspection::ImageFormats {
 

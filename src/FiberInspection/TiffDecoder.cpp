@@ -289,8 +289,10 @@ DecodedImage decodeTiff(const QByteArray &bytes, qint64 maxPixels)
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
     const QString problemOfData = problemOfPieces(tiff, bytes, structure);
-    if (!problemOfData.isEmpty())
+    if (!problemOfData.isEmpty()) {
+        requireMemory(size);
         return refused(problemOfData);
+    }
     return decodeByOpenCv(bytes, size);
 }
 
