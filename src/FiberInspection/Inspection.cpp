@@ -22,8 +22,9 @@ QString textOf(const std::exception &exception)
     return QString::fromUtf8(exception.what()).simplified();
 }
 
-/// On the calling thread alone: OpenCV does not share out what is nested in a loop of its own. Of one photograph its
-/// threads gain little, and they stand in the way of those who inspect many at once.
+/// On the calling thread: OpenCV does not share out what is nested in a loop of its own. Of one photograph its threads
+/// gain little, and they stand in the way of those who inspect many at once. There is one mark for such a loop in the
+/// process, and of inspections that overlap the first one to end takes it away from all.
 template <typename Run>
 void onThisThread(Run run)
 {
@@ -119,7 +120,7 @@ QImage Inspection::annotatedImage() const
     if (!hasVerdict())
         return {};
     try {
-        QImage picture = mImage.copy(mCrop).convertToFormat(QImage::Format_BGR888);
+        QImage picture = InspectionCore::bgrOf(mImage.copy(mCrop));
         cv::Mat canvas(picture.height(), picture.width(), CV_8UC3, picture.bits(),
             static_cast<std::size_t>(picture.bytesPerLine()));
         for (const QVector<QPointF> &outline : mOutlines)

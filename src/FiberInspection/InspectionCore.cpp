@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -161,6 +162,27 @@ LoadedImage InspectionCore::decodeImage(const QByteArray &bytes, qint64 maxImage
     return loadedImage(ImageDecoder::decode(bytes, usableLimit(maxImagePixels)));
 }
 
+QImage InspectionCore::bgrOf(const QImage &image)
+{
+    constexpr int pieceSize = 64 * 1024; // bytes; QImage shares out from twice as many on
+    if (image.format() == QImage::Format_BGR888)
+        return image;
+    QImage bgr(image.size(), QImage::Format_BGR888);
+    if (bgr.isNull())
+        return {};
+    const int rows = std::max(1, pieceSize / std::max(image.bytesPerLine(), bgr.bytesPerLine()));
+    for (int top = 0; top < image.height(); top += rows) {
+        const int count = std::min(rows, image.height() - top);
+        QImage piece(image.constScanLine(top), image.width(), count, image.bytesPerLine(), image.format());
+        piece.setColorTable(image.colorTable());
+        const QImage converted = piece.convertToFormat(QImage::Format_BGR888);
+        if (converted.isNull())
+            return {};
+        std::memcpy(bgr.scanLine(top), converted.constBits(), static_cast<std::size_t>(converted.sizeInBytes()));
+    }
+    return bgr;
+}
+
 Inspection InspectionCore::broken(Standard::Id standardId, const QString &detail)
 {
     Inspection inspection;
@@ -231,7 +253,7 @@ bool InspectionCore::loadImage(const QImage &image)
         ImageFormats::problemOfSize(image.width(), image.height(), usableLimit(mOptions.maxImagePixels));
     if (!problem.isEmpty())
         return fail(Reason::ImageTooLarge, problem);
-    mConverted = image.convertToFormat(QImage::Format_BGR888);
+    mConverted = bgrOf(image);
     if (mConverted.isNull())
         return fail(Reason::AnalysisBroken, QStringLiteral("no memory for the image"));
     mColors = StepImages::viewOf(mConverted);
