@@ -21,6 +21,19 @@ class QSettings;
 /// root's or ours, and the file of another user that nobody else can write, in a folder that only root and we can
 /// write. While something that is not ours stands in the way later, as a lock of another user, the event loop tries
 /// again each second.
+///
+/// @code
+/// class Settings : public AbstractSettings
+/// {
+/// public:
+///     explicit Settings(const QString &path) : AbstractSettings(path) {}
+///     bool setLanguage(const QString &language)
+///     {
+///         m_settings->setValue(QStringLiteral("language"), language);
+///         return sync();
+///     }
+/// };
+/// @endcode
 class VANTORBASE_EXPORT AbstractSettings : public QObject
 {
 public:

@@ -6,6 +6,14 @@
 /// Prepares the process for the tester's Qt Quick application. All of it has to happen before the Qt application object
 /// exists, because Qt reads these settings only once, and before the process has a second thread. Variables are set
 /// whatever they were before.
+///
+/// @code
+/// const AbsoluteBaseDir folder(QStringLiteral("/opt/unit"));
+/// OrvelApplication::initCore();
+/// OrvelApplication::initGui();
+/// int argc = 0;
+/// const QGuiApplication application(argc, nullptr);
+/// @endcode
 class VANTORBASE_EXPORT OrvelApplication
 {
 public:

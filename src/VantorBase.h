@@ -10,6 +10,14 @@
 /// otherwise; it is derived anew whenever one of the other four properties changes. The two roles are independent
 /// flags. Properties may be read and written in any thread. Signals of two writers may arrive out of order: a slot that
 /// needs the present value reads the property.
+///
+/// @code
+/// VantorBase unit;
+/// QObject::connect(&unit, &VantorBase::unitIp_changed, [](const QString &ip) { qInfo() << "we are" << ip; });
+/// unit.set_mainIp(QStringLiteral("192.0.2.1"));
+/// unit.set_remoteIp(QStringLiteral("192.0.2.2"));
+/// unit.set_isMain(false); // now we are 192.0.2.2
+/// @endcode
 class VANTORBASE_EXPORT VantorBase : public QObject
 {
     Q_OBJECT

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/FileNameCodec.h"
-#include "common/Terminal.h"
+#include "common/Program.h"
 #include "study/CommandLine.h"
 #include "study/Commands.h"
 
@@ -10,7 +9,7 @@ namespace {
 struct Command
 {
     const char *name;
-    int (*run)(const QStringList &arguments);
+    int (*run)(const Tools::Program &program);
 };
 constexpr Command commands[] = {
     {"accuracy", Study::runAccuracy},
@@ -41,15 +40,11 @@ int main(int argc, char *argv[])
 {
     qputenv("TZ", "UTC"); // documents are the same wherever they are written
     qputenv("LC_ALL", "C");
-    Tools::Terminal::reserveStandardStreams();
-    Tools::FileNameCodec::install();
-    const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("vantor-study"));
-
-    const QStringList arguments = QCoreApplication::arguments();
+    const Tools::Program program(argc, argv, "vantor-study");
     for (const Command &command : commands) {
-        if (arguments.value(1) == QLatin1String(command.name))
-            return command.run(arguments);
+        if (QCoreApplication::arguments().value(1) == QLatin1String(command.name))
+            return command.run(program);
     }
-    return Overview().answered(arguments).value_or(Study::WrongUsage);
+    Overview overview;
+    return program.run(&overview, [] { return Tools::WrongUsage; });
 }

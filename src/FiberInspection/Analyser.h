@@ -15,6 +15,16 @@ struct VANTORBASE_EXPORT FiledInspection
 
 /// Inspects the image that the scope's camera has left in its fixed place, and files the images by test.
 /// An object belongs to one thread.
+///
+/// @code
+/// const AbsoluteBaseDir folder(QStringLiteral("/srv/unit")); // with a photograph at the camera's place
+/// Analyser analyser;
+/// const TestResult result = analyser.analyse(Standard::IEC61300_3_35_SM_RL45, QStringLiteral("port 1"));
+/// if (result.error())
+///     qWarning() << analyser.lastInspection().problem();
+/// else
+///     qInfo() << result.passed() << analyser.lastResultImagePath();
+/// @endcode
 class VANTORBASE_EXPORT Analyser
 {
 public:

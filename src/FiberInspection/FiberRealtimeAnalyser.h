@@ -22,12 +22,13 @@ class LiveAnalysisLink;
 /// an analysis, if one is under way, but not for ever. A receiver in the pool thread that has not come back after a
 /// second, because it waits for the very thread that destroys the filter, is left behind, and the log says so.
 ///
-///     FiberRealtimeAnalyser filter;
-///     QObject::connect(&filter, &FiberRealtimeAnalyser::focusValue_changed, page, &Page::showFocus); // queued
-///     const std::unique_ptr<QVideoFilterRunnable> runnable(filter.createFilterRunnable());
-///     runnable->run(&frame, surfaceFormat, {}); // a video output does this
-///     if (!filter.lastReading().hasFibre())
-///         page->showHint(filter.lastReading().state);
+/// @code
+/// FiberRealtimeAnalyser filter; // goes into the filters of a VideoOutput
+/// QObject::connect(&filter, &FiberRealtimeAnalyser::focusValue_changed, &filter,
+///     [](double focus) { qInfo() << (focus > LiveReading::captureFocus ? "in focus" : "turn the knob"); });
+/// if (!filter.lastReading().hasFibre())
+///     qInfo() << filter.lastReading().state;
+/// @endcode
 class VANTORBASE_EXPORT FiberRealtimeAnalyser : public QAbstractVideoFilter
 {
     Q_OBJECT

@@ -69,11 +69,13 @@ struct VANTORBASE_EXPORT DefectCounts
 
 /// All that one inspection of an end face has found out: a value, made by inspect() and inspectFile().
 ///
-///     const Inspection inspection = inspectFile("face.jpg", Standard::IEC61300_3_35_SM_RL45);
-///     if (!inspection.hasVerdict())
-///         qInfo() << inspection.problem();
-///     for (const GradedDefect &defect : inspection.defects())
-///         qInfo() << Zone::name(defect.zone) << defect.sizeMicrons << defect.centerMicrons;
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// if (!inspection.hasVerdict())
+///     qInfo() << inspection.problem();
+/// for (const GradedDefect &defect : inspection.defects())
+///     qInfo() << Zone::name(defect.zone) << defect.sizeMicrons << defect.centerMicrons;
+/// @endcode
 ///
 /// Copies share their images. What was measured before an inspection came to no verdict is there, the rest has its
 /// initial value.

@@ -11,11 +11,14 @@ namespace FiberInspection {
 
 /// What the live analysis made of one frame: a value, asked for with FiberRealtimeAnalyser::lastReading().
 ///
-///     const LiveReading reading = filter->lastReading();
-///     if (reading.state == LiveReading::State::FormatUnsupported)
-///         showHint(tr("This camera delivers frames that cannot be measured"));
-///     else if (reading.isSharpEnoughToCapture())
-///         captureButton->setEnabled(true);
+/// @code
+/// const FiberRealtimeAnalyser filter; // of a VideoOutput
+/// const LiveReading reading = filter.lastReading();
+/// if (reading.state == LiveReading::State::FormatUnsupported)
+///     qWarning() << "this camera delivers frames that cannot be measured";
+/// else if (reading.isSharpEnoughToCapture())
+///     qInfo() << "the fibre is at" << reading.claddingPosition;
+/// @endcode
 struct VANTORBASE_EXPORT LiveReading
 {
     Q_GADGET

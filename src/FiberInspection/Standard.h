@@ -28,6 +28,15 @@ struct VANTORBASE_EXPORT Zone
 /// The acceptance criteria of IEC 61300-3-35 edition 2 for one kind of connector.
 ///
 /// Only the core and the cladding zone carry rules. `Manual` has neither rules nor diameters.
+///
+/// @code
+/// for (const Standard::Id id : Standard::allStandardIds()) {
+///     const Standard standard(id);
+///     qInfo() << standard.name() << "core up to" << standard.core().outerDiameter << "um";
+///     for (const Rule &rule : standard.core().rules)
+///         qInfo() << rule.toString();
+/// }
+/// @endcode
 class VANTORBASE_EXPORT Standard
 {
 public:

@@ -38,6 +38,14 @@ struct VANTORBASE_EXPORT ZoneResult
 };
 
 /// The outcome of one inspection. It is an error until the analysis has reached its end.
+///
+/// @code
+/// Defect speck;
+/// speck.size = 4; // micrometres
+/// TestResult result{Standard(Standard::IEC61300_3_35_SM_RL45)};
+/// result.processDefects({speck}, {}); // of the core, of the cladding
+/// qInfo() << result.passed() << result.core().violations << result.coreDefects().first().causesFailure;
+/// @endcode
 class VANTORBASE_EXPORT TestResult
 {
 public:
@@ -76,6 +84,14 @@ private:
 };
 
 /// One row of a result table: a criterion of a zone with the allowed and the detected amount.
+///
+/// @code
+/// TestSummaryEntity row;
+/// row.set_zoneName(Zone::name(Zone::Core));
+/// row.set_criteria(QStringLiteral("size > 3"));
+/// row.set_allowed(0);
+/// row.set_detected(2);
+/// @endcode
 class VANTORBASE_EXPORT TestSummaryEntity : public QObject
 {
     Q_OBJECT

@@ -5,6 +5,12 @@
 
 /// A work directory that may lie anywhere: for programs that do not live under /opt, and for tests. Ready to use: to be
 /// constructed before anything asks for a path, and to outlive all that does.
+///
+/// @code
+/// const AbsoluteBaseDir folder(QStringLiteral("/srv/unit"));
+/// qInfo() << BaseDirHelper::dataDir(); // "/srv/unit/data/"
+/// qInfo() << BaseDirHelper::tmpFiberInspectionImagePath(); // "/srv/unit/tmp/fiber_image.jpg"
+/// @endcode
 class VANTORBASE_EXPORT AbsoluteBaseDir : public BaseDirHelper
 {
 public:

@@ -11,6 +11,17 @@
 /// under workDir(); asking earlier is a programming error, which is warned of and gives paths under "/opt//". One that
 /// does not live under /opt constructs an AbsoluteBaseDir instead. The functions compose text: none of them creates a
 /// directory. Directory paths end in "/". Paths with a doubled slash are meant to have it.
+///
+/// @code
+/// class Folders : public BaseDirHelper
+/// {
+/// public:
+///     QString applicationDirName() override { return QStringLiteral("unit"); }
+/// };
+///
+/// const Folders folders;
+/// qInfo() << BaseDirHelper::dataDir(); // "/opt/unit/data/"
+/// @endcode
 class VANTORBASE_EXPORT BaseDirHelper
 {
 public:

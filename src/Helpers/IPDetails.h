@@ -5,6 +5,14 @@
 #include "VantorBase_export.h"
 
 /// The settings of one network interface as text. The user interface watches them.
+///
+/// @code
+/// IPDetails shown;
+/// QObject::connect(&shown, &IPDetails::address_changed, [](const QString &address) { qInfo() << address; });
+/// IPDetails found;
+/// if (NetworkHelper::getInterfaceIPv4Details(QStringLiteral("eth0"), found) && found != shown)
+///     shown = found; // tells what has changed
+/// @endcode
 class VANTORBASE_EXPORT IPDetails : public QObject
 {
     Q_OBJECT

@@ -14,6 +14,15 @@ class QObject;
 constexpr char CLASS_NAME_TAG[] = "className";
 
 /// Turns the declared properties of an object into one flat JSON object and back.
+///
+/// @code
+/// IPDetails details;
+/// details.set_address(QStringLiteral("192.0.2.7"));
+/// const QByteArray json = JsonHelper::toByteArray(details);
+/// IPDetails copy;
+/// if (!JsonHelper::fromJson(json, &copy))
+///     qWarning() << "neither a JSON object nor an array";
+/// @endcode
 class VANTORBASE_EXPORT JsonHelper
 {
 public:

@@ -18,6 +18,15 @@ class IPDetails;
 /// changes something, two for an IPv6 address, one for a route. One that changes something waits three more for who is
 /// changing the same files. What was not found leaves the output as it was, unless the function says otherwise. A name
 /// that Linux gives no interface is refused where it would become part of a path that is opened or of a command.
+///
+/// @code
+/// QString address;
+/// if (NetworkHelper::getIPv4Address(QStringLiteral("eth0"), address))
+///     qInfo() << "this unit is" << address;
+/// IPDetails details;
+/// if (NetworkHelper::getInterfaceIPv4Details(QStringLiteral("eth0"), details))
+///     NetworkHelper::updateSystemDNSServers(details.primaryDNS(), details.secondaryDNS(), details.domain());
+/// @endcode
 class VANTORBASE_EXPORT NetworkHelper : public QObject
 {
     Q_OBJECT
@@ -52,11 +61,13 @@ public:
 
     /// Likewise, and tells what failed:
     ///
-    ///     NetworkHelper::ConfigurationSteps failed;
-    ///     if (!NetworkHelper::configureSystem(failed))
-    ///         qWarning() << "no name service:" << failed;
-    ///     if (failed & NetworkHelper::LinkExitHook)
-    ///         showPage(Page::AddressesByHand);
+    /// @code
+    /// NetworkHelper::ConfigurationSteps failed;
+    /// if (!NetworkHelper::configureSystem(failed))
+    ///     qWarning() << "no name service:" << failed;
+    /// if (failed & NetworkHelper::LinkExitHook)
+    ///     qWarning() << "addresses have to be typed";
+    /// @endcode
     ///
     /// A hook counts as linked when the link is there afterwards, whatever ln said.
     /// @param failed all steps that failed; those that were not come to are not among them

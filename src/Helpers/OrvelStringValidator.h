@@ -7,6 +7,12 @@
 #include <QString>
 
 /// Checks the text that a user types. QML calls it.
+///
+/// @code
+/// const QString typed = QStringLiteral("10.1");
+/// if (!OrvelStringValidator::validateIpv4(typed) && !OrvelStringValidator::validateIpv6(typed))
+///     qInfo() << typed << "is no address";
+/// @endcode
 class VANTORBASE_EXPORT OrvelStringValidator : public QObject
 {
     Q_OBJECT

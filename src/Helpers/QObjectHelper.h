@@ -11,6 +11,16 @@ class QObject;
 
 /// Treats an object as a record of its declared properties, inherited ones included, "objectName" never.
 /// Bad arguments give a warning in the log and an empty or false result.
+///
+/// @code
+/// TcpServer server; // any object with properties
+/// qInfo() << QObjectHelper::propertyNames(&server);
+/// IPDetails source;
+/// IPDetails target;
+/// source.set_domain(QStringLiteral("example.org"));
+/// if (QObjectHelper::reassign(&source, &target))
+///     qInfo().noquote() << QObjectHelper::toString(&target);
+/// @endcode
 class VANTORBASE_EXPORT QObjectHelper
 {
 public:

@@ -12,6 +12,16 @@
 /// Every function blocks its caller: a command for at most 500 ms until it has started and then for its time-out.
 /// Outputs given as pointers may be null. Any thread may call any of them. A command line is cut at blanks, double
 /// quotes group words.
+///
+/// @code
+/// constexpr quint32 timeout = 2000; // milliseconds
+/// QByteArray output;
+/// int exitCode = 0;
+/// if (SystemHelper::runCommand(QStringLiteral("ip -o link"), timeout, &output, &exitCode))
+///     qInfo().noquote() << output;
+/// else if (exitCode == SystemHelper::timedOut)
+///     qWarning() << "no answer in time";
+/// @endcode
 class VANTORBASE_EXPORT SystemHelper
 {
 public:

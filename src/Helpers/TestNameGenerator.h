@@ -33,6 +33,16 @@ struct NameGenFault;
 /// B1, B2, B3, and Cable-08 to Cable-11 keeps the width of its numbers. The rightmost column turns fastest.
 ///
 /// Columns are ranged one by one and not as one number: A9 to B1 is refused, because 1 comes before 9.
+///
+/// @code
+/// QVector<QString> names;
+/// const auto error = TestNameGenerator::generateTestNames(
+///     QStringLiteral("A1"), QStringLiteral("B3"), names, TestNameGenerator::maxPermittedGeneration);
+/// if (error == TestNameGenerator::NoError)
+///     qInfo() << names; // A1, A2, A3, B1, B2, B3
+/// else
+///     qWarning() << error;
+/// @endcode
 class VANTORBASE_EXPORT TestNameGenerator : public QObject
 {
     Q_OBJECT
@@ -94,11 +104,13 @@ public:
 
 /// Why a pair of names gives no run, and where.
 ///
-///     QVector<QString> names;
-///     NameGenFault fault;
-///     TestNameGenerator::generateTestNames("A9", "B1", names, 1000, fault);
-///     if (fault.hasColumn())
-///         qWarning() << fault.error << "at column" << fault.column + 1 << fault.from.value << fault.to.value;
+/// @code
+/// QVector<QString> names;
+/// NameGenFault fault;
+/// TestNameGenerator::generateTestNames(QStringLiteral("A9"), QStringLiteral("B1"), names, 1000, fault);
+/// if (fault.hasColumn())
+///     qWarning() << fault.error << "at column" << fault.column + 1 << fault.from.value << fault.to.value;
+/// @endcode
 struct VANTORBASE_EXPORT NameGenFault
 {
     static constexpr int namesAsAWhole = -1; ///< no single column is at fault

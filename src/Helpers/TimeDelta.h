@@ -17,6 +17,12 @@
 ///
 /// Nothing saturates: what leaves 64 bits, or the int of a result, wraps around in two's complement. Division truncates
 /// toward zero; the caller must not divide by zero.
+///
+/// @code
+/// constexpr TimeDelta span = TimeDelta::FromHours(1) + TimeDelta::FromMinutes(30);
+/// static_assert(span.InSeconds() == 5400, "is known when it is compiled");
+/// qInfo() << span.ToStringHrMinSec(); // "01:30:00"
+/// @endcode
 class VANTORBASE_EXPORT TimeDelta
 {
 public:

@@ -18,6 +18,13 @@ class QTimer;
 /// number of digits means 6, as with QString::number(); more than 100 mean 100.
 ///
 /// docs/formatting.md shows what each function makes of typical and extreme values, and which overload JavaScript gets.
+///
+/// @code
+/// qInfo() << UnitHelper::toHexString(255); // "0x00FF"
+/// qInfo() << UnitHelper::formatBitsPerSecondDataRate(1500, 1); // "1.5 Kbps"
+/// qInfo() << UnitHelper::numericalValueToString(12.3456, 2); // "12.35"
+/// qInfo() << UnitHelper::durationSecondsToString(3723); // "01:02:03"
+/// @endcode
 class VANTORBASE_EXPORT UnitHelper : public QObject
 {
     Q_OBJECT

@@ -13,6 +13,18 @@
 /// To end: connect the thread's finished() to deleteLater() when the manager is moved, emit requestStop(), quit the
 /// thread, and wait for it. A manager must not be deleted from another thread while it works. In its own thread a
 /// receiver of any of its signals may: the signals that would have followed are not emitted then.
+///
+/// @code
+/// class Sweeper : public AbstractCoreManager
+/// {
+/// protected:
+///     void handleAsyncStart() override
+///     {
+///         SystemHelper::removeFilesFromDir(BaseDirHelper::tmpDir(), QString()); // slow, in the manager's thread
+///         AbstractCoreManager::handleAsyncStart(); // running, and started() is emitted
+///     }
+/// };
+/// @endcode
 class VANTORBASE_EXPORT AbstractCoreManager : public QObject
 {
     Q_OBJECT

@@ -10,6 +10,19 @@
 /// or analyseFailed(). Requests are dropped until the manager's own thread has handled the start; a request queued
 /// behind the start, by QMetaObject::invokeMethod(), is in time. Every further start adds one more analysis, and one
 /// more answer, to each request.
+///
+/// @code
+/// QThread thread; // a member of the application, which ends it
+/// auto *const manager = new CoreFiberInspectionManager;
+/// manager->moveToThread(&thread);
+/// QObject::connect(&thread, &QThread::finished, manager, &QObject::deleteLater);
+/// QObject::connect(manager, &CoreFiberInspectionManager::analyseFinished,
+///     [](bool passed) { qInfo() << (passed ? "passed" : "failed"); });
+/// thread.start();
+/// Q_EMIT manager->requestStart();
+/// QMetaObject::invokeMethod(manager, "requestAnalyse", Q_ARG(QString, QStringLiteral("port 1")),
+///     Q_ARG(FiberInspection::Standard::Id, FiberInspection::Standard::IEC61300_3_35_MM));
+/// @endcode
 class VANTORBASE_EXPORT CoreFiberInspectionManager : public AbstractCoreManager
 {
     Q_OBJECT

@@ -6,6 +6,15 @@
 #include "VantorBase_export.h"
 
 /// The inspection manager, which also tells what stands behind the verdict. Works in a thread of its own.
+///
+/// @code
+/// InspectionManager manager; // in this thread: the answer comes before the request returns
+/// QObject::connect(&manager, &InspectionManager::inspected, [](const FiberInspection::Inspection &inspection) {
+///     qInfo() << inspection.passed() << inspection.defects().size() << "defects";
+/// });
+/// Q_EMIT manager.requestStart();
+/// Q_EMIT manager.requestAnalyse(QStringLiteral("port 1"), FiberInspection::Standard::IEC61300_3_35_MM);
+/// @endcode
 class VANTORBASE_EXPORT InspectionManager : public CoreFiberInspectionManager
 {
     Q_OBJECT

@@ -12,6 +12,14 @@ class InspectionManager;
 
 /// What the inspection pages see of the inspection manager. Lives in the user interface's thread, the manager may live
 /// in another one. Receivers of the answers may destroy it.
+///
+/// @code
+/// InspectionManager manager; // of an application in a thread of its own
+/// Q_EMIT manager.requestStart();
+/// FiberManager fibers(&manager);
+/// QObject::connect(&fibers, &FiberManager::analyseFinished, [](bool passed) { qInfo() << passed; });
+/// fibers.requestAnalyse(QStringLiteral("port 1"), FiberInspection::Standard::IEC61300_3_35_MM);
+/// @endcode
 class VANTORBASE_EXPORT FiberManager : public QObject
 {
     Q_OBJECT

@@ -11,6 +11,16 @@ class QQmlEngine;
 
 /// What the pages of the fibre inspection need of an application, in one call. The pages themselves are loaded by their
 /// addresses, as an item of the application's page stack; the camera page has to be told its `deviceName`.
+///
+/// @code
+/// InspectionManager manager; // of an application in a thread of its own
+/// FiberManager fiberManager(&manager);
+/// QQmlApplicationEngine engine;
+/// InspectionPages::ContextObjects objects;
+/// objects.fiberManager = &fiberManager;
+/// InspectionPages::setUp(&engine, objects);
+/// engine.load(QStringLiteral("qrc:/unit/Main.qml")); // has the others as ids around the pages
+/// @endcode
 class VANTORBASE_EXPORT InspectionPages
 {
 public:

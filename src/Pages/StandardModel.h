@@ -10,6 +10,12 @@
 
 /// The standards that the user can choose, with the roles "id", a FiberInspection::Standard::Id, and "name". Scripts
 /// ask it by rows and roles, as QmlModelUtils.js does.
+///
+/// @code
+/// const StandardModel standards;
+/// for (int row = 0; row < standards.count(); ++row)
+///     qInfo() << standards.data(row, QStringLiteral("id")) << standards.data(row, QStringLiteral("name"));
+/// @endcode
 class VANTORBASE_EXPORT StandardModel : public QAbstractListModel
 {
     Q_OBJECT

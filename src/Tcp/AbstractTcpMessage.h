@@ -5,6 +5,17 @@
 #include "VantorBase_export.h"
 
 /// Base of the messages between two units. A message class adds its content as properties and sets its type.
+///
+/// @code
+/// class Reading : public AbstractTcpMessage
+/// {
+///     Q_OBJECT
+///     VANTOR_PROPERTY(double, loss, 0) // dB
+///
+/// public:
+///     Reading() { set_type(1); }
+/// };
+/// @endcode
 class VANTORBASE_EXPORT AbstractTcpMessage : public QObject
 {
     Q_OBJECT

@@ -18,6 +18,16 @@ class SocketBuffer;
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no connection are lost. A
 /// receiver of any signal may start, stop or destroy the client, also from an event loop of its own, as a dialog runs
 /// one. While 8 calls nest in such loops, it does not connect again by itself.
+///
+/// @code
+/// TcpClient client;
+/// QObject::connect(&client, &TcpClient::dataReceived, &client, [](const QByteArray &payload) {
+///     AbstractTcpMessage message;
+///     if (message.fromByteArray(payload))
+///         qInfo() << "message of type" << message.type();
+/// });
+/// client.start(QStringLiteral("192.0.2.7"), 4000);
+/// @endcode
 class VANTORBASE_EXPORT TcpClient : public QObject
 {
     Q_OBJECT

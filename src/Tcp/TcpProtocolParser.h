@@ -10,6 +10,17 @@
 class AbstractTcpMessage;
 
 /// The frames of the link: the size of the payload in ASCII digits, then the payload, a JSON object.
+///
+/// @code
+/// AbstractTcpMessage message;
+/// QByteArray received = TcpProtocolParser::messageToData(message);
+/// for (;;) {
+///     const QByteArray payload = TcpProtocolParser::retrieveMessageData(received);
+///     if (payload.isEmpty())
+///         break;
+///     message.fromByteArray(payload);
+/// }
+/// @endcode
 class VANTORBASE_EXPORT TcpProtocolParser
 {
 public:

@@ -18,6 +18,17 @@ class SocketBuffer;
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. A
 /// receiver of any signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs
 /// one. While 8 calls nest in such loops, newcomers wait.
+///
+/// @code
+/// TcpServer server;
+/// QObject::connect(&server, &TcpServer::clientConnected, &server, [&server] {
+///     AbstractTcpMessage greeting;
+///     greeting.set_type(7);
+///     Q_EMIT server.send(greeting);
+/// });
+/// if (!server.start(4000))
+///     qWarning() << "the port is taken";
+/// @endcode
 class VANTORBASE_EXPORT TcpServer : public QObject
 {
     Q_OBJECT

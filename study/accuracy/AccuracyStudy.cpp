@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
 #include "study/Commands.h"
@@ -9,7 +10,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QLoggingCategory>
 #include <QSaveFile>
 
 #include <unistd.h>
@@ -154,35 +154,48 @@ bool fillDocument(const Findings &findings, const QString &path)
     }
     return write(path, text->toUtf8());
 }
-} // namespace
 
-int runAccuracy(const QStringList &arguments)
+int write(const Findings &findings, const Options &options)
 {
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false\n*.warning=false"));
-    AccuracyCommandLine commandLine;
-    if (const std::optional<int> code = commandLine.answered(arguments))
-        return *code;
-    const Options &options = commandLine.options();
+    if (!options.outputFolder.isEmpty() && !writePlots(findings, options.outputFolder))
+        return Tools::NotWritten;
+    if (options.document.isEmpty())
+        return Tools::print(findings.toMarkdown().toUtf8());
+    return fillDocument(findings, options.document) ? Tools::Done : Tools::NotWritten;
+}
+
+int study(const Options &options)
+{
+    Tools::Program::showLog(Tools::Program::Log::Nothing);
+    QString problem;
+    if (!options.outputFolder.isEmpty() && !Plot::canDraw(&problem)) {
+        Tools::Terminal::tell(problem);
+        return Tools::Unavailable;
+    }
 
     QElapsedTimer timer;
     timer.start();
     const auto experiments = allExperiments();
     const Plan plan = makePlan(experiments, options.faces);
-    QString problem;
     const bool showsProgress = !options.quiet && Tools::Terminal::isTerminal(STDERR_FILENO);
     const auto outcomes = examineAll(plan.faces, options.jobs, showsProgress, &problem);
     if (!outcomes) {
         Tools::Terminal::tell(problem);
-        return Failed;
+        return Tools::NotPassed;
     }
 
     const Findings findings = evaluate(experiments, plan, *outcomes);
-    const bool written = (options.outputFolder.isEmpty() || writePlots(findings, options.outputFolder))
-        && (options.document.isEmpty() ? print(findings.toMarkdown().toUtf8())
-                                       : fillDocument(findings, options.document));
+    const int exitCode = write(findings, options);
     if (!options.quiet)
         Tools::Terminal::tell(QStringLiteral("%1 faces in %2 s").arg(plan.faces.size()).arg(timer.elapsed() / 1000));
-    return written ? Measured : NotWritten;
+    return exitCode;
+}
+} // namespace
+
+int runAccuracy(const Tools::Program &program)
+{
+    AccuracyCommandLine commandLine;
+    return program.run(&commandLine, [&] { return study(commandLine.options()); });
 }
 
 } // namespace Study

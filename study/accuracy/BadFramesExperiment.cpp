@@ -75,8 +75,9 @@ struct Answers
 
 void add(const Inspection &inspection, Answers *answers)
 {
-    const bool noCladding = inspection.reason == QLatin1String("Failed to detect cladding");
-    const bool noCrop = inspection.reason == QLatin1String("crop geometry is invalid");
+    using Reason = FiberInspection::Inspection::Reason;
+    const bool noCladding = inspection.reason == Reason::NoFibre || inspection.reason == Reason::SeveralFibres;
+    const bool noCrop = inspection.reason == Reason::FibreAtBorder;
     answers->passed.add(inspection.hasVerdict() && inspection.passed);
     answers->failed.add(inspection.hasVerdict() && !inspection.passed);
     answers->noCladding.add(noCladding);

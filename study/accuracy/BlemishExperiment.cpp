@@ -312,12 +312,12 @@ void BlemishExperiment::evaluate(
         for (const Place place : {Place::Core, Place::Cladding})
             charts.append(detectionChart(answers, mode, place));
     }
-    findings->addPlot(QStringLiteral("detection"), Plot::svg(charts, 2, {900, 680}));
+    findings->addPlot(QStringLiteral("detection"), {charts, 2, {900, 680}});
 
     tellSizeError(answers, findings);
     tellSizeClasses(answers, findings);
     const QVector<Plot::Chart> sizeCharts{sizeChart(answers, Place::Core), sizeChart(answers, Place::Cladding)};
-    findings->addPlot(QStringLiteral("size-error"), Plot::svg(sizeCharts, 2, {900, 380}));
+    findings->addPlot(QStringLiteral("size-error"), {sizeCharts, 2, {900, 380}});
 }
 
 } // namespace Study

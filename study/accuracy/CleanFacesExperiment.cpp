@@ -217,7 +217,7 @@ void CleanFacesExperiment::evaluate(
         tellCondition(answers, condition, findings);
         charts.append(chart(answers, condition));
     }
-    findings->addPlot(QStringLiteral("clean"), Plot::svg(charts, 3, {1080, 960}));
+    findings->addPlot(QStringLiteral("clean"), {charts, 3, {1080, 960}});
 }
 
 } // namespace Study

@@ -198,7 +198,7 @@ void ContrastExperiment::evaluate(
         chart(rates, 0, Place::Cladding, QStringLiteral("Pits in the cladding")),
         chart(rates, 1, Place::Cladding, QStringLiteral("Stains in the cladding")),
     };
-    findings->addPlot(QStringLiteral("contrast"), Plot::svg(charts, 3, {1080, 380}));
+    findings->addPlot(QStringLiteral("contrast"), {charts, 3, {1080, 380}});
 }
 
 } // namespace Study

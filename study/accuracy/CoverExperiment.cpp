@@ -139,7 +139,7 @@ void CoverExperiment::evaluate(
     Plot::LineChart stainChart =
         chart(stain, Cover::Stain, QStringLiteral("A pit in the middle of a stain"), QStringLiteral("the stain"));
     stainChart.x.label = contrast;
-    findings->addPlot(QStringLiteral("cover"), Plot::svg({rimChart, stainChart}, 2, {900, 380}));
+    findings->addPlot(QStringLiteral("cover"), {{rimChart, stainChart}, 2, {900, 380}});
 }
 
 } // namespace Study

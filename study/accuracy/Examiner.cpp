@@ -23,6 +23,7 @@ using FiberInspection::Defect;
 using FiberInspection::LoadedImage;
 using FiberInspection::Standard;
 using FiberInspection::Zone;
+using Reason = FiberInspection::Inspection::Reason;
 
 namespace {
 constexpr double outlineReach =
@@ -81,7 +82,7 @@ Inspection analyse(const Face &face, Standard::Id standard, const QImage &pictur
     const FiberInspection::Inspection found = FiberInspection::inspect(picture, standard);
     Inspection inspection;
     inspection.standard = standard;
-    inspection.reason = found.reasonText();
+    inspection.reason = found.reason();
     inspection.passed = found.passed();
     inspection.contours = found.counts().contours;
     inspection.rawDefects = found.counts().raw;
@@ -93,40 +94,33 @@ Inspection analyse(const Face &face, Standard::Id standard, const QImage &pictur
 }
 
 /// The face as the camera stores it, with what JPEG makes of it.
-QImage photograph(const Face &face, QString *problem)
+LoadedImage photograph(const Face &face)
 {
     const QImage image = paintEndface(face.scene);
-    if (image.isNull()) {
-        *problem = face.scene.problem();
-        return {};
-    }
+    if (image.isNull())
+        return {{}, Reason::NoImage, face.scene.problem()};
     QBuffer jpeg;
     QImageWriter writer(&jpeg, "jpg");
     writer.setQuality(face.jpegQuality);
-    if (!writer.write(image)) {
-        *problem = writer.errorString();
-        return {};
-    }
-    const LoadedImage loaded = FiberInspection::decodeImage(jpeg.data());
-    *problem = loaded.detail;
-    return loaded.image;
+    if (!writer.write(image))
+        return {{}, Reason::NoImage, writer.errorString()};
+    return FiberInspection::decodeImage(jpeg.data());
 }
 } // namespace
 
 FaceOutcome examine(const Face &face)
 {
-    QString problem;
-    const QImage picture = photograph(face, &problem);
+    const LoadedImage picture = photograph(face);
     FaceOutcome outcome;
     for (const Standard::Id standard : face.standards) {
         for (int run = 0; run < face.runs; ++run) {
-            if (!picture.isNull()) {
-                outcome.append(analyse(face, standard, picture));
+            if (picture.reason == Reason::None) {
+                outcome.append(analyse(face, standard, picture.image));
                 continue;
             }
             Inspection inspection;
             inspection.standard = standard;
-            inspection.reason = problem;
+            inspection.reason = picture.reason;
             outcome.append(inspection);
         }
     }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/Inspection.h"
 #include "FiberInspection/Standard.h"
 #include "simulation/EndfacePainter.h"
 
-#include <QString>
 #include <QVector>
 
 namespace Study {
@@ -33,14 +33,14 @@ struct Finding
 struct Inspection
 {
     FiberInspection::Standard::Id standard = FiberInspection::Standard::IEC61300_3_35_SM_RL45;
-    QString reason; ///< why there is no verdict; empty when there is one
+    FiberInspection::Inspection::Reason reason = FiberInspection::Inspection::Reason::None; ///< for having no verdict
     bool passed = false;
     int contours = 0;
     int rawDefects = 0;
     int mergedDefects = 0;
     QVector<Finding> findings;
 
-    bool hasVerdict() const { return reason.isEmpty(); }
+    bool hasVerdict() const { return reason == FiberInspection::Inspection::Reason::None; }
     bool finds(int blemish) const;
     bool findsAsScratch(int blemish) const;
     int findingsOf(int blemish) const; ///< more than one when it was found in pieces

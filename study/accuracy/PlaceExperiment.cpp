@@ -116,7 +116,7 @@ void PlaceExperiment::evaluate(
         chart.bands.append(rateBand(distances(), rates));
         chart.series.append(rateSeries(QStringLiteral("%1 µm").arg(sizes()[size]), distances(), rates));
     }
-    findings->addPlot(QStringLiteral("place"), Plot::svg(chart));
+    findings->addPlot(QStringLiteral("place"), {{chart}});
 }
 
 } // namespace Study

@@ -174,7 +174,7 @@ void addPlot(const std::array<Answers, fileSets.size()> &answers, Findings *find
             series.points.append({100 * (i + 0.5) / shares.size(), 100 * shares[i]});
         chart.series.append(series);
     }
-    findings->addPlot(QStringLiteral("repeat"), Plot::svg(chart));
+    findings->addPlot(QStringLiteral("repeat"), {{chart}});
 }
 } // namespace
 

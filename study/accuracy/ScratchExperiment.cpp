@@ -187,7 +187,7 @@ void ScratchExperiment::evaluate(
         tellFactor(answers, factor, findings);
         charts.append(chart(answers, factor));
     }
-    findings->addPlot(QStringLiteral("scratches"), Plot::svg(charts, 2, {900, 720}));
+    findings->addPlot(QStringLiteral("scratches"), {charts, 2, {900, 720}});
 }
 
 } // namespace Study

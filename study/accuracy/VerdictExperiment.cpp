@@ -286,7 +286,7 @@ void addPlot(const ConfusionMap &confusions, Findings *findings)
         add(&rejects, falseRejects(confusion));
     }
     chart.groups = {accepts, rejects};
-    findings->addPlot(QStringLiteral("verdicts"), Plot::svg(chart, {760, 400}));
+    findings->addPlot(QStringLiteral("verdicts"), {{chart}, 1, {760, 400}});
 }
 } // namespace
 

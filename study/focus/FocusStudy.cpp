@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
 #include "common/Terminal.h"
-#include "focus/FilterLog.h"
 #include "study/CommandLine.h"
 #include "study/Commands.h"
 #include "study/focus/StudyExperiments.h"
@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSaveFile>
 
 namespace Focus {
 
@@ -28,10 +29,10 @@ constexpr Part parts[] = {
 
 bool write(const QString &path, const QByteArray &content, QString *problem)
 {
-    QString reason;
-    if (Plot::save(content, path, &reason))
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
         return true;
-    *problem = QStringLiteral("%1: %2").arg(path, reason);
+    *problem = QStringLiteral("%1: %2").arg(path, file.errorString());
     return false;
 }
 
@@ -71,8 +72,12 @@ bool writeStudy(const QString &folder, const Effort &effort, QString *problem)
     }
 
     for (auto plot = findings.plots().cbegin(); plot != findings.plots().cend(); ++plot) {
-        if (!write(QStringLiteral("%1/%2.svg").arg(imageFolder, plot.key()), plot.value(), problem))
+        const QString path = QStringLiteral("%1/%2.svg").arg(imageFolder, plot.key());
+        QString reason;
+        if (!Plot::save(plot.value(), path, &reason)) {
+            *problem = QStringLiteral("%1: %2").arg(path, reason);
             return false;
+        }
     }
     return writeDocument(folder + QStringLiteral("/focus.md"), findings, problem);
 }
@@ -106,15 +111,19 @@ private:
 
 } // namespace Focus
 
-int Study::runFocus(const QStringList &arguments)
+int Study::runFocus(const Tools::Program &program)
 {
     Focus::FocusCommandLine commandLine;
-    if (const std::optional<int> code = commandLine.answered(arguments))
-        return *code;
-    Focus::FilterLog::install(false);
-    QString problem;
-    if (Focus::writeStudy(commandLine.folder(), commandLine.effort(), &problem))
-        return Measured;
-    Tools::Terminal::tell(problem);
-    return NotWritten;
+    return program.run(&commandLine, [&]() -> int {
+        Tools::Program::showLog(Tools::Program::Log::Nothing);
+        QString problem;
+        if (!Plot::canDraw(&problem)) {
+            Tools::Terminal::tell(problem);
+            return Tools::Unavailable;
+        }
+        if (Focus::writeStudy(commandLine.folder(), commandLine.effort(), &problem))
+            return Tools::Done;
+        Tools::Terminal::tell(problem);
+        return Tools::NotWritten;
+    });
 }

@@ -76,7 +76,7 @@ QVector<int> lightConditions()
 }
 } // namespace
 
-QByteArray focusCurvePlot(const QVector<Stack> &stacks, int faces)
+Plot::Picture focusCurvePlot(const QVector<Stack> &stacks, int faces)
 {
     Plot::LineChart chart;
     chart.title = QStringLiteral("The focus value through the focus");
@@ -100,10 +100,10 @@ QByteArray focusCurvePlot(const QVector<Stack> &stacks, int faces)
         chart.series.prepend(median);
         chart.bands.prepend(range);
     }
-    return Plot::svg(chart);
+    return {{chart}};
 }
 
-QByteArray focusNoisePlot(const QVector<Stack> &stacks)
+Plot::Picture focusNoisePlot(const QVector<Stack> &stacks)
 {
     const auto medianFocus = [&](int condition, int step) {
         Sample focus;
@@ -123,7 +123,7 @@ QByteArray focusNoisePlot(const QVector<Stack> &stacks)
     light.title = QStringLiteral("Uneven light does not matter");
     light.series = seriesByBlur(lightConditions(), medianFocus);
     light.series.first().name = QStringLiteral("even light");
-    return Plot::svg({noise, light}, 2, {1100, 430});
+    return {{noise, light}, 2, {1100, 430}};
 }
 
 } // namespace Focus

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "study/focus/StackTables.h"
 
-#include "focus/Thresholds.h"
+#include "FiberInspection/LiveReading.h"
 #include "plot/Charts.h"
 #include "study/report/Statistics.h"
 
@@ -139,7 +139,8 @@ Study::Table thresholdsTable(const QVector<Stack> &stacks)
     const QVector<StackCondition> all = stackConditions();
     for (int condition = 0; condition < all.size(); ++condition) {
         QStringList row{all.at(condition).name};
-        for (const double threshold : {captureFocus, badFocus}) {
+        for (const double threshold :
+            {FiberInspection::LiveReading::captureFocus, FiberInspection::LiveReading::badFocus}) {
             for (const Cleanness cleanness : {Cleanness::Clean, Cleanness::Soiled})
                 row.append(crossingText(stacks, under(condition, cleanness), threshold));
         }

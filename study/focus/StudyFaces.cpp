@@ -35,13 +35,13 @@ EndfaceScene studyFace(int number, Cleanness cleanness, const QSize &size)
 
 StudyReading readPicture(const QImage &picture, const QPointF &fibre, double blur)
 {
-    const Measurement measured = measure(Simulation::videoFrame(picture));
+    const FiberInspection::LiveReading measured = measure(Simulation::videoFrame(picture)).reading;
     StudyReading reading;
     reading.blur = blur;
-    reading.found = measured.found;
-    reading.hasSeveralCircles = !measured.found && measured.remark == LiveRemark::severalCircles();
-    reading.focus = measured.focus;
-    reading.displacement = measured.position - fibre;
+    reading.found = measured.hasFibre();
+    reading.hasSeveralCircles = measured.state == FiberInspection::LiveReading::State::SeveralFibres;
+    reading.focus = reading.found ? measured.focusValue : 0;
+    reading.displacement = measured.claddingPosition - fibre;
     return reading;
 }
 

@@ -138,7 +138,7 @@ void addPlaces(const AnswersByBlur &answers, Findings *findings)
     findings->addTable(QStringLiteral("displacement"), table);
 }
 
-QByteArray foundPlot(const std::array<AnswersByBlur, conditions.size()> &answers, int faces)
+Plot::Picture foundPlot(const std::array<AnswersByBlur, conditions.size()> &answers, int faces)
 {
     Plot::LineChart chart;
     chart.title = QStringLiteral("How often the fast search finds the fibre");
@@ -163,7 +163,7 @@ QByteArray foundPlot(const std::array<AnswersByBlur, conditions.size()> &answers
         byMeans.points.append({blurs.at(blur), 100 * answers.at(usualCondition).at(blur).foundByMeans.rate()});
     chart.series.append(byMeans);
     chart.vertical = {{Simulation::Lens::sharpestBlur, QStringLiteral("in focus"), {}}};
-    return Plot::svg(chart);
+    return {{chart}};
 }
 } // namespace
 

@@ -76,7 +76,7 @@ void studyPlaces(const Effort &effort, Study::Findings *findings)
     chart.y.maximum = 100;
     chart.series = {foundSeries, measuredSeries};
     chart.vertical = {{0, QStringLiteral("touches the border"), {}}};
-    findings->addPlot(QStringLiteral("focus-place"), Plot::svg(chart, {760, 380}));
+    findings->addPlot(QStringLiteral("focus-place"), {{chart}, 1, {760, 380}});
     findings->addValue(QStringLiteral("place-found"), whole.toText());
     findings->addValue(QStringLiteral("place-measured"), wholeMeasured.toText());
 }

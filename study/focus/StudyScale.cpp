@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "focus/Thresholds.h"
+#include "FiberInspection/LiveReading.h"
 #include "study/focus/StudyExperiments.h"
 #include "study/focus/StudyFaces.h"
 #include "study/report/Statistics.h"
@@ -24,7 +24,7 @@ struct SharpFaces
         found.add(reading.found);
         if (reading.found)
             focus.add(reading.focus);
-        capturable.add(reading.found && reading.focus > captureFocus);
+        capturable.add(reading.found && reading.focus > FiberInspection::LiveReading::captureFocus);
     }
 
     QStringList cells() const

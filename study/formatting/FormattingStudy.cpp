@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
 #include "study/Commands.h"
 #include "study/formatting/FormattingDocument.h"
-
-#include <QLoggingCategory>
 
 namespace Study {
 
@@ -25,19 +24,19 @@ private:
 };
 } // namespace
 
-int runFormatting(const QStringList &arguments)
+int runFormatting(const Tools::Program &program)
 {
-    if (const std::optional<int> code = FormattingCommandLine().answered(arguments))
-        return *code;
-    QLoggingCategory::setFilterRules(QStringLiteral("*=false")); // what functions find fault with is meant to be shown
-
-    QString problem;
-    const QString document = formattingDocument(&problem);
-    if (document.isEmpty()) {
+    FormattingCommandLine commandLine;
+    return program.run(&commandLine, []() -> int {
+        // What functions find fault with is meant to be shown.
+        Tools::Program::showLog(Tools::Program::Log::Nothing);
+        QString problem;
+        const QString document = formattingDocument(&problem);
+        if (!document.isEmpty())
+            return Tools::print(document.toUtf8());
         Tools::Terminal::tell(problem);
-        return Failed;
-    }
-    return print(document.toUtf8()) ? Measured : NotWritten;
+        return Tools::NotPassed;
+    });
 }
 
 } // namespace Study

@@ -4,7 +4,6 @@
 #include "plot/Charts.h"
 #include "study/report/Table.h"
 
-#include <QByteArray>
 #include <QMap>
 #include <QString>
 
@@ -16,18 +15,18 @@ class Findings
 public:
     void addTable(const QString &name, const Table &table) { mTables.insert(name, table.toMarkdown()); }
     void addValue(const QString &name, const QString &value) { mValues.insert(name, value); }
-    void addPlot(const QString &name, const QByteArray &svg) { mPlots.insert(name, svg); }
+    void addPlot(const QString &name, const Plot::Picture &picture) { mPlots.insert(name, picture); }
 
     const QMap<QString, QString> &tables() const { return mTables; }
     const QMap<QString, QString> &values() const { return mValues; }
-    const QMap<QString, QByteArray> &plots() const { return mPlots; }
+    const QMap<QString, Plot::Picture> &plots() const { return mPlots; }
 
     QString toMarkdown() const; ///< tables and values one after the other, in the form that a document has them
 
 private:
     QMap<QString, QString> mTables;
     QMap<QString, QString> mValues;
-    QMap<QString, QByteArray> mPlots;
+    QMap<QString, Plot::Picture> mPlots;
 };
 
 } // namespace Study

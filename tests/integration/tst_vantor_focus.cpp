@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
+#include "StandInPrograms.h"
 #include "common/FileNameCodec.h"
 #include "simulation/EndfaceScenes.h"
 
@@ -90,6 +91,24 @@ int countElements(const QString &path, const char *name, QStringList *texts = nu
             texts->append(reader.readElementText());
     }
     return reader.hasError() ? -1 : count;
+}
+
+/// How high the dots of that colour lie, pixels from the top.
+QVector<double> dotsOf(const QString &path, const char *color)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    static const QRegularExpression place(QStringLiteral("translate\\([^,]+,([^)]+)\\)"));
+    QVector<double> heights;
+    QXmlStreamReader reader(&file);
+    while (!reader.atEnd()) {
+        reader.readNext();
+        if (reader.isStartElement() && reader.name() == QLatin1String("use")
+            && reader.attributes().value(QLatin1String("color")) == QLatin1String(color))
+            heights.append(place.match(reader.attributes().value(QLatin1String("transform"))).captured(1).toDouble());
+    }
+    return heights;
 }
 } // namespace
 
@@ -421,11 +440,28 @@ private Q_SLOTS:
     {
         const QString plot = path("plot.svg");
 
-        QCOMPARE(run(words("--sweep 11 --plot") << plot).exitCode, 0);
+        const Run result = run(words("--sweep 11 --json --plot") << plot);
+        QCOMPARE(result.exitCode, 0);
+
+        QVector<double> focus; // of the frames with a fibre
+        for (const QByteArray &line : result.output.split('\n')) {
+            const QJsonObject frame = QJsonDocument::fromJson(line).object();
+            if (frame.value(QLatin1String("found")).toBool())
+                focus.append(frame.value(QLatin1String("focus")).toDouble());
+        }
+        const QVector<double> heights = dotsOf(plot, "rgb(  0, 114, 178)");
+        QVERIFY(focus.size() > 5);
+        QCOMPARE(heights.size(), focus.size() + 1); // one in the legend
+        const auto extremes = std::minmax_element(focus.cbegin(), focus.cend());
+        const auto low = static_cast<int>(extremes.first - focus.cbegin());
+        const auto high = static_cast<int>(extremes.second - focus.cbegin());
+        const double scale = (heights[high] - heights[low]) / (focus[high] - focus[low]);
+        QVERIFY(scale < 0); // y runs down
+        for (int i = 0; i < focus.size(); ++i)
+            QVERIFY(qAbs(heights[i] - heights[low] - scale * (focus[i] - focus[low])) < 0.1);
 
         QStringList texts;
         QCOMPARE(countElements(plot, "svg", &texts), 1);
-        QVERIFY(countElements(plot, "polyline") >= 1);
         QVERIFY(texts.contains(QStringLiteral("1.0 bad focus")));
         QVERIFY(texts.contains(QStringLiteral("2.5 capture")));
         QVERIFY(texts.contains(QStringLiteral("Frame")));
@@ -441,6 +477,22 @@ private Q_SLOTS:
         QStringList texts;
         QCOMPARE(countElements(plot, "svg", &texts), 1);
         QVERIFY(texts.contains(QStringLiteral("fibre not found")));
+    }
+
+    void withoutGnuplotThereIsNoPlotAndNothingIsMeasured()
+    {
+        StandInPrograms programs;
+        programs.hideOthers();
+
+        const Run result = run(words("--sweep 3 --plot") << path("plot.svg"));
+        QCOMPARE(result.exitCode, 69);
+        QVERIFY(result.output.isEmpty());
+        QCOMPARE(result.messageLines().size(), 1);
+        QVERIFY(result.messages.contains("gnuplot-nox"));
+        QVERIFY(!QFile::exists(path("plot.svg")));
+
+        QCOMPARE(run(words("--sweep 3 --csv")).exitCode, 0); // the figures need none
+        QVERIFY(run({QStringLiteral("--help")}).output.contains("69 gnuplot"));
     }
 
     void aPlotThatCannotBeWrittenIsReported()
@@ -461,7 +513,7 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished(patience));
 
         QCOMPARE(process.exitCode(), 74);
-        QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write the report\n"));
+        QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write to stdout: No space left on device\n"));
     }
 
     void everyEntryOfAFolderIsMeasuredOrTold()

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "FiberInspection/Geometry.h"
 #include "FiberInspection/Standard.h"
 #include "InspectProgram.h"
 #include "JsonOutput.h"
@@ -168,6 +169,16 @@ private Q_SLOTS:
         for (const char *const option : {"--standard", "--list-standards", "--fov", "--scale", "--steps", "--out",
                  "--jobs", "--timeout", "--repeat", "--json", "--csv", "--quiet", "--verbose", "--version", "--help"})
             QVERIFY2(run.output.contains(option), option);
+    }
+
+    void helpTellsTheFieldOfViewOfTheScope()
+    {
+        const QSize fov = FiberInspection::Device::ks20().fov;
+
+        const InspectRun run = runInspect({QStringLiteral("--help")});
+
+        const QString told = QStringLiteral("(default: %1x%2)").arg(fov.width()).arg(fov.height());
+        QVERIFY2(run.output.simplified().contains(told.toUtf8()), run.output.constData());
     }
 
     void versionIsOneLine()

@@ -288,7 +288,7 @@ private Q_SLOTS:
         QVERIFY(program.waitForEnd());
         QCOMPARE(program.exitCode(), 74);
         QCOMPARE(program.readAllStandardError(),
-            QByteArray("vantor-inspect: cannot write the report: No space left on device\n"));
+            QByteArray("vantor-inspect: cannot write to stdout: No space left on device\n"));
         QCOMPARE(program.temporaryFiles(), QStringList());
     }
 
@@ -301,7 +301,7 @@ private Q_SLOTS:
         QVERIFY(program.waitForEnd());
         QCOMPARE(program.exitCode(), 74);
         QCOMPARE(program.readAllStandardError(),
-            QByteArray("vantor-inspect: cannot write the report: Bad file descriptor\n"));
+            QByteArray("vantor-inspect: cannot write to stdout: Bad file descriptor\n"));
     }
 
     void withoutAFolderForTemporaryFilesNothingIsAnalysed()

@@ -175,7 +175,7 @@ private Q_SLOTS:
         const Outcome outcome = run(split("A1 A2"), QStringLiteral("/dev/full"));
 
         QCOMPARE(outcome.exitCode, int(NotWritten));
-        QCOMPARE(outcome.errors, QStringLiteral("vantor-names: cannot write the names\n"));
+        QCOMPARE(outcome.errors, QStringLiteral("vantor-names: cannot write to stdout: No space left on device\n"));
     }
 };
 

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "StandInPrograms.h"
+
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -79,8 +82,7 @@ private Q_SLOTS:
         QVERIFY(!text.contains(QStringLiteral("old")));
         QVERIFY(text.endsWith(QStringLiteral("<!-- value: stacks -->12<!-- end --> stacks.\n")));
         for (const char *const name : {"focus-curve", "focus-found", "focus-noise", "focus-place"})
-            QVERIFY2(
-                countElements(path("images/") + QLatin1String(name) + QStringLiteral(".svg"), "polyline") > 0, name);
+            QVERIFY2(countElements(path("images/") + QLatin1String(name) + QStringLiteral(".svg"), "path") > 0, name);
         for (const char *const name : {"focus.md", "images/focus-curve.svg", "images/focus-found.svg"})
             QVERIFY2(read(other.filePath(QLatin1String(name))) == read(path(name)), name);
     }
@@ -93,6 +95,27 @@ private Q_SLOTS:
 
         QCOMPARE(result.exitCode, 74);
         QVERIFY(result.messages.contains("cannot be created"));
+    }
+
+    void withoutGnuplotNoStudyBeginsThatDraws_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+
+        QTest::newRow("accuracy") << QStringList{QStringLiteral("accuracy"), QStringLiteral("--out")};
+        QTest::newRow("focus") << QStringList{QStringLiteral("focus"), QStringLiteral("--quick")};
+    }
+
+    void withoutGnuplotNoStudyBeginsThatDraws()
+    {
+        QFETCH(QStringList, arguments);
+        StandInPrograms programs;
+        programs.hideOthers();
+
+        const Run result = run(arguments + QStringList{mFolder->path()});
+
+        QCOMPARE(result.exitCode, 69);
+        QVERIFY(result.messages.contains("gnuplot-nox"));
+        QVERIFY(QDir(mFolder->path()).isEmpty());
     }
 
     void everyCommandTellsItsHelpAndVersion_data()

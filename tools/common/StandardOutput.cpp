@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/StandardOutput.h"
 
+#include "common/ExitCode.h"
 #include "common/StopSignals.h"
+#include "common/Terminal.h"
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
+#include <cstring>
 #include <unistd.h>
 
 namespace Tools {
@@ -27,9 +31,20 @@ bool StandardOutput::write(const QByteArray &bytes)
     return true;
 }
 
+int StandardOutput::tellFailure() const
+{
+    const int signal = mSignals ? mSignals->received() : 0;
+    if (signal != 0)
+        return StoppedBySignal + signal;
+    if (mError == EPIPE)
+        return StoppedBySignal + SIGPIPE;
+    Terminal::tell(QStringLiteral("cannot write to stdout: %1").arg(QString::fromLocal8Bit(std::strerror(mError))));
+    return NotWritten;
+}
+
 bool StandardOutput::waitUntilWritable()
 {
-    return StopSignals::waitUntilWritable(STDOUT_FILENO) && mSignals->received() == 0;
+    return StopSignals::waitUntilWritable(STDOUT_FILENO) && (!mSignals || mSignals->received() == 0);
 }
 
 } // namespace Tools

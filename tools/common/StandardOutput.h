@@ -11,7 +11,8 @@ class StopSignals;
 class StandardOutput
 {
 public:
-    explicit StandardOutput(StopSignals *signals)
+    /// @param signals if given, those that end a wait for the reader
+    explicit StandardOutput(StopSignals *signals = nullptr)
         : mSignals(signals)
     {
     }
@@ -19,13 +20,15 @@ public:
     /// @return false when there is no use in going on: the reader is gone, the disk is full, or a signal has come
     bool write(const QByteArray &bytes);
 
-    int error() const { return mError; } ///< errno of the write that failed, 0 if none did
+    /// To be asked after a write that failed. Says what is wrong, unless a signal has come or the reader is gone.
+    /// @return the exit code of the program
+    int tellFailure() const;
 
 private:
     bool waitUntilWritable();
 
     StopSignals *mSignals;
-    int mError = 0;
+    int mError = 0; ///< errno of the write that failed, 0 if none did
 };
 
 } // namespace Tools

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "endface/EndfaceCommand.h"
 
+#include "common/CommandLineBase.h"
+#include "common/ExitCode.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QBuffer>
-#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
@@ -101,24 +102,23 @@ std::optional<EndfaceDefect> parseDefect(const QString &text)
 }
 
 /// The command line, and the first thing that is wrong with it.
-class Command
+class Command : public Tools::CommandLineBase
 {
 public:
-    Command(const QStringList &arguments, QTextStream *out, QTextStream *err)
+    Command(QTextStream *out, QTextStream *err)
         : mStdout(out)
         , mStderr(err)
     {
         describeOptions();
-        mParsed = mParser.parse(arguments);
     }
 
-    int run()
+    int run(const QStringList &arguments)
     {
-        if (!mParsed)
-            return usageError(mParser.errorText());
-        if (mParser.isSet(mHelp)) {
-            *mStdout << mParser.helpText();
-            return EndfaceOk;
+        if (!parse(arguments))
+            return usageError(problem());
+        if (!answer().isEmpty()) {
+            *mStdout << answer();
+            return Tools::Done;
         }
         if (mParser.isSet(mListPresets))
             return listPresets();
@@ -130,28 +130,32 @@ public:
     }
 
 private:
+    bool readOptions() override { return true; } // each is read where it is needed
+
     void describeOptions()
     {
         mParser.setApplicationDescription(QStringLiteral(
             "Paints the end face of a fibre connector as a bright-field microscope shows it, and writes the truth "
             "about it as JSON.\nLengths are micrometres; positions count from the fibre centre, x to the right and y "
-            "down."));
+            "down.\n\n"
+            "Exit code: 0 all was painted, 64 wrong usage, 71 out of memory, 74 a picture or its truth cannot be\n"
+            "written."));
         mParser.addPositionalArgument(
             QStringLiteral("FILE"), QStringLiteral("The picture to write, .jpg or .png."), QStringLiteral("FILE"));
-        mParser.addOptions({mHelp, mPreset, mListPresets, mSeed, mSize, mFov, mCore, mMultimode, mOffset, mBlur, mNoise,
-            mIllumination, mDefect, mSpecks, mFrame, mTruth, mQuality, mSamples, mRandom, mOutFolder});
+        mParser.addOptions({mPreset, mListPresets, mSeed, mSize, mFov, mCore, mMultimode, mOffset, mBlur, mNoise,
+            mIllumination, mDefect, mSpecks, mFrame, mTruth, mQuality, mSamples, mRandom, mOutFolder, mVersion, mHelp});
     }
 
     int usageError(const QString &text)
     {
         *mStderr << "vantor-endface: " << text << '\n';
-        return EndfaceUsageError;
+        return Tools::WrongUsage;
     }
 
     int writeError(const QString &path, const QString &reason)
     {
         *mStderr << "vantor-endface: cannot write " << path << ": " << reason << '\n';
-        return EndfaceWriteError;
+        return Tools::NotWritten;
     }
 
     int invalidValue(const QCommandLineOption &option, const QString &expectation)
@@ -165,7 +169,7 @@ private:
         const QStringList names = endfacePresets();
         for (const QString &name : names)
             *mStdout << name.leftJustified(10) << ' ' << endfacePresetDescription(name) << '\n';
-        return EndfaceOk;
+        return Tools::Done;
     }
 
     int writeOne()
@@ -178,7 +182,7 @@ private:
             return invalidValue(mPreset, QStringLiteral("a name that --list-presets shows"));
         EndfaceScene scene = endfacePreset(preset);
         const int code = applyOptions(&scene);
-        return code == EndfaceOk ? write(scene, files.first(), mParser.value(mTruth)) : code;
+        return code == Tools::Done ? write(scene, files.first(), mParser.value(mTruth)) : code;
     }
 
     int writeSamples(const QDir &folder)
@@ -188,10 +192,10 @@ private:
         const QStringList names = endfacePresets();
         for (const QString &name : names) {
             const int code = write(endfacePreset(name), folder.filePath(name + QLatin1String(".jpg")), {});
-            if (code != EndfaceOk)
+            if (code != Tools::Done)
                 return code;
         }
-        return EndfaceOk;
+        return Tools::Done;
     }
 
     int writeRandomScenes()
@@ -217,12 +221,12 @@ private:
             int code = applyOptions(&scene);
             scene.seed = seed;
             const QString name = QStringLiteral("face-%1.jpg").arg(seed, 6, 10, QLatin1Char('0'));
-            if (code == EndfaceOk)
+            if (code == Tools::Done)
                 code = write(scene, folder.filePath(name), {});
-            if (code != EndfaceOk)
+            if (code != Tools::Done)
                 return code;
         }
-        return EndfaceOk;
+        return Tools::Done;
     }
 
     std::optional<double> seedOption() const { return wholeNumber(mParser.value(mSeed), 0, maxSeed); }
@@ -231,11 +235,11 @@ private:
     {
         for (const auto apply : {&Command::applyGeometry, &Command::applyOptics, &Command::applyBlemishes}) {
             const int code = (this->*apply)(scene);
-            if (code != EndfaceOk)
+            if (code != Tools::Done)
                 return code;
         }
         const QString problem = scene->problem();
-        return problem.isEmpty() ? EndfaceOk : usageError(problem);
+        return problem.isEmpty() ? Tools::Done : usageError(problem);
     }
 
     int applyGeometry(EndfaceScene *scene)
@@ -266,8 +270,8 @@ private:
             scene->offset = {offset[0], offset[1]};
         }
         if (!applyNumber(mFov, &scene->fovWidth) || !applyNumber(mCore, &scene->coreDiameter))
-            return EndfaceUsageError;
-        return EndfaceOk;
+            return Tools::WrongUsage;
+        return Tools::Done;
     }
 
     int applyOptics(EndfaceScene *scene)
@@ -286,8 +290,8 @@ private:
             scene->illuminationAngle = light.value(1, scene->illuminationAngle);
         }
         if (!applyNumber(mBlur, &scene->blurSigma) || !applyNumber(mNoise, &scene->noiseSigma))
-            return EndfaceUsageError;
-        return EndfaceOk;
+            return Tools::WrongUsage;
+        return Tools::Done;
     }
 
     int applyBlemishes(EndfaceScene *scene)
@@ -303,7 +307,7 @@ private:
             scene->defects.append(*defect);
         }
         if (!mParser.isSet(mSpecks))
-            return EndfaceOk;
+            return Tools::Done;
         if (!scene->problem().isEmpty())
             return usageError(scene->problem());
         const int most = maxEndfaceSpecks(*scene);
@@ -311,7 +315,7 @@ private:
         if (!specks)
             return invalidValue(mSpecks, QStringLiteral("a number from 0 to %1 on this picture").arg(most));
         addEndfaceSpecks(scene, static_cast<int>(*specks));
-        return EndfaceOk;
+        return Tools::Done;
     }
 
     bool applyNumber(const QCommandLineOption &option, double *value)
@@ -365,19 +369,11 @@ private:
             return writeError(picturePath, pictureFile.errorString());
         if (!truthFile.commit())
             return writeError(truthPath, truthFile.errorString());
-        return EndfaceOk;
-    }
-
-    static QCommandLineOption option(const char *name, const char *description, const char *valueName = "")
-    {
-        return {QString::fromUtf8(name), QString::fromUtf8(description), QString::fromUtf8(valueName)};
+        return Tools::Done;
     }
 
     QTextStream *mStdout;
     QTextStream *mStderr;
-    QCommandLineParser mParser;
-    bool mParsed = false;
-    const QCommandLineOption mHelp{{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this text.")};
     const QCommandLineOption mPreset = option("preset", "Starts from a prepared scene (default: clean).", "NAME");
     const QCommandLineOption mListPresets = option("list-presets", "Lists the prepared scenes.");
     const QCommandLineOption mSeed = option("seed", "Seed of grain, outlines and noise.", "N");
@@ -407,7 +403,7 @@ private:
 
 int runEndfaceCommand(const QStringList &arguments, QTextStream &out, QTextStream &err)
 {
-    const int code = Command(arguments, &out, &err).run();
+    const int code = Command(&out, &err).run(arguments);
     out.flush();
     err.flush();
     return code;

@@ -1,16 +1,28 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
+#include "common/Terminal.h"
 #include "endface/EndfaceCommand.h"
 
 #include <QCoreApplication>
 
-#include <cstdio>
+#include <unistd.h>
+
+namespace {
+int run()
+{
+    QString output;
+    QString messages;
+    QTextStream out(&output);
+    QTextStream err(&messages);
+    const int exitCode = runEndfaceCommand(QCoreApplication::arguments(), out, err);
+    Tools::Terminal::write(STDERR_FILENO, messages.toUtf8());
+    const int printed = Tools::print(output.toUtf8());
+    return exitCode == Tools::Done ? printed : exitCode;
+}
+} // namespace
 
 int main(int argc, char *argv[])
 {
-    QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("vantor-endface"));
-    QTextStream out(stdout);
-    QTextStream err(stderr);
-    const int code = runEndfaceCommand(QCoreApplication::arguments(), out, err);
-    return code == EndfaceOk && out.status() != QTextStream::Ok ? EndfaceWriteError : code;
+    const Tools::Program program(argc, argv, "vantor-endface");
+    return program.run(run);
 }

@@ -48,7 +48,7 @@ CommandLine::CommandLine()
           option("max-blur", "Of the painted frames at both ends, in micrometres (default: 6; in focus: 0.9).", "BLUR"))
     , mCsv(option("csv", "Print CSV, one line a frame."))
     , mJson(option("json", "Print one JSON object a line."))
-    , mPlot(option("plot", "Draw focus against frame into this SVG file.", "FILE"))
+    , mPlot(option("plot", "Draw focus against frame into this SVG file, with gnuplot.", "FILE"))
     , mVerbose(option("verbose", "Show the log of the filter on stderr."))
 {
     mParser.setApplicationDescription(QStringLiteral(
@@ -56,7 +56,8 @@ CommandLine::CommandLine()
         "lies. A focus value of 1.0 or less is bad; above 2.5 the picture can be captured.\n\n"
         "The filter takes the whole width of a frame for 860 micrometres.\n\n"
         "Exit code: 0 the fibre was found in at least one frame, 1 it never was, 64 wrong usage, 66 it was not and\n"
-        "some input could not be read, 74 the report or the plot cannot be written."));
+        "some input could not be read, 69 gnuplot, which draws the plot, is not installed, 71 out of memory, 74 the\n"
+        "report or the plot cannot be written."));
     mParser.addPositionalArgument(QStringLiteral("FOLDER|FRAME"),
         QStringLiteral("Pictures, raw NV12 files (*.nv12, *.yuv, *.raw; several frames may follow each other), and "
                        "folders of these (their subfolders are not searched)."),

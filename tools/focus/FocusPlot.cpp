@@ -14,9 +14,9 @@ Plot::LineChart focusPlot(const QVector<Reading> &readings, const QString &subti
     missed.style = Plot::Series::Style::Points;
     missed.color = QStringLiteral("#9aa0a6");
     for (int i = 0; i < readings.size(); ++i) {
-        const Measurement &measured = readings.at(i).measurement;
-        focus.points.append({i + 1.0, measured.found ? measured.focus : Plot::automatic});
-        if (!measured.found)
+        const FiberInspection::LiveReading &measured = readings.at(i).measurement.reading;
+        focus.points.append({i + 1.0, measured.hasFibre() ? measured.focusValue : Plot::automatic});
+        if (!measured.hasFibre())
             missed.points.append({i + 1.0, 0});
     }
 

@@ -5,12 +5,13 @@
 #include "common/FileNameCodec.h"
 #include "common/JsonWriter.h"
 #include "common/ShortestNumber.h"
-#include "focus/Thresholds.h"
 
 #include <algorithm>
 #include <array>
 
 namespace Focus {
+
+using FiberInspection::LiveReading;
 
 namespace {
 constexpr int numberWidth = 8; // columns
@@ -81,31 +82,31 @@ QByteArray Report::line(const Reading &reading) const
 
 QByteArray Report::textLine(const Reading &reading) const
 {
-    const Measurement &measured = reading.measurement;
+    const LiveReading &measured = reading.measurement.reading;
+    const bool found = measured.hasFibre();
     QString text = Tools::Terminal::printableName(reading.name).leftJustified(mNameWidth);
     if (mHasBlur)
         text += QLatin1Char(' ') + fixed(reading.blur.value_or(0), 2);
-    const QString focus = fixed(measured.focus, 1, measured.found);
-    if (measured.found && measured.focus > captureFocus)
+    const QString focus = fixed(measured.focusValue, 1, found);
+    if (measured.isSharpEnoughToCapture())
         text += mStyle.good(focus);
     else
-        text += measured.found && measured.focus > badFocus ? focus : mStyle.bad(focus);
-    text += QStringLiteral("  ")
-        + (measured.found ? QStringLiteral("yes") : QStringLiteral("no")).leftJustified(foundWidth);
-    text += fixed(measured.position.x(), 1, measured.found) + fixed(measured.position.y(), 1, measured.found)
-        + fixed(measured.milliseconds, 2);
-    if (!measured.remark.isEmpty())
-        text += QStringLiteral("  ") + mStyle.dim(Tools::Terminal::printable(measured.remark));
+        text += measured.state == LiveReading::State::Measured ? focus : mStyle.bad(focus);
+    text += QStringLiteral("  ") + (found ? QStringLiteral("yes") : QStringLiteral("no")).leftJustified(foundWidth);
+    text += fixed(measured.claddingPosition.x(), 1, found) + fixed(measured.claddingPosition.y(), 1, found)
+        + fixed(reading.measurement.milliseconds, 2);
+    if (const QString remark = remarkOn(measured); !remark.isEmpty())
+        text += QStringLiteral("  ") + mStyle.dim(Tools::Terminal::printable(remark));
     return text.toUtf8() + '\n';
 }
 
 QByteArray Report::csvLine(const Reading &reading) const
 {
-    const Measurement &measured = reading.measurement;
-    QStringList fields{Tools::Terminal::printableName(reading.name), shortest(measured.focus, measured.found),
-        measured.found ? QStringLiteral("true") : QStringLiteral("false"),
-        shortest(measured.position.x(), measured.found), shortest(measured.position.y(), measured.found),
-        shortest(measured.milliseconds), measured.remark};
+    const LiveReading &measured = reading.measurement.reading;
+    const bool found = measured.hasFibre();
+    QStringList fields{Tools::Terminal::printableName(reading.name), shortest(measured.focusValue, found),
+        found ? QStringLiteral("true") : QStringLiteral("false"), shortest(measured.claddingPosition.x(), found),
+        shortest(measured.claddingPosition.y(), found), shortest(reading.measurement.milliseconds), remarkOn(measured)};
     if (mHasBlur)
         fields.insert(1, shortest(reading.blur.value_or(0)));
     return Tools::csvLine(fields);
@@ -113,19 +114,22 @@ QByteArray Report::csvLine(const Reading &reading) const
 
 QByteArray Report::jsonLine(const Reading &reading)
 {
-    const Measurement &measured = reading.measurement;
+    const LiveReading &measured = reading.measurement.reading;
     Tools::JsonWriter json;
     json.beginObject().member("frame", reading.name);
     if (!Tools::FileNameCodec::isText(reading.name))
         json.member("frameBytes", Tools::FileNameCodec::percentEncoded(reading.name));
     if (reading.blur)
         json.member("blur", *reading.blur);
-    json.member("found", measured.found);
-    if (measured.found)
-        json.member("focus", measured.focus).member("x", measured.position.x()).member("y", measured.position.y());
-    json.member("elapsedMs", measured.milliseconds);
-    if (!measured.remark.isEmpty())
-        json.member("remark", measured.remark);
+    json.member("found", measured.hasFibre());
+    if (measured.hasFibre()) {
+        json.member("focus", measured.focusValue)
+            .member("x", measured.claddingPosition.x())
+            .member("y", measured.claddingPosition.y());
+    }
+    json.member("elapsedMs", reading.measurement.milliseconds);
+    if (const QString remark = remarkOn(measured); !remark.isEmpty())
+        json.member("remark", remark);
     return json.endObject().bytes() + '\n';
 }
 
@@ -135,7 +139,8 @@ QByteArray Report::summary(const QVector<Reading> &readings) const
         return {};
     const auto countAbove = [&readings](double focus) {
         return static_cast<int>(std::count_if(readings.cbegin(), readings.cend(), [focus](const Reading &reading) {
-            return reading.measurement.found && reading.measurement.focus > focus;
+            const LiveReading &measured = reading.measurement.reading;
+            return measured.hasFibre() && measured.focusValue > focus;
         }));
     };
     const int frames = readings.size();
@@ -145,12 +150,12 @@ QByteArray Report::summary(const QVector<Reading> &readings) const
     if (const Reading *const best = sharpest(readings)) {
         text += QStringLiteral("; sharpest: %1 with %2\n")
                     .arg(mStyle.bold(Tools::Terminal::printableName(best->name)))
-                    .arg(best->measurement.focus, 0, 'f', 1);
+                    .arg(best->measurement.reading.focusValue, 0, 'f', 1);
         text += QStringLiteral("%1 can be captured (focus above %2), %3 are out of focus (not above %4)")
-                    .arg(countAbove(captureFocus))
-                    .arg(captureFocus, 0, 'f', 1)
-                    .arg(found - countAbove(badFocus))
-                    .arg(badFocus, 0, 'f', 1);
+                    .arg(countAbove(LiveReading::captureFocus))
+                    .arg(LiveReading::captureFocus, 0, 'f', 1)
+                    .arg(found - countAbove(LiveReading::badFocus))
+                    .arg(LiveReading::badFocus, 0, 'f', 1);
     }
     return text.toUtf8() + '\n';
 }
@@ -159,8 +164,9 @@ const Reading *sharpest(const QVector<Reading> &readings)
 {
     const Reading *best = nullptr;
     for (const Reading &reading : readings) {
-        const bool isBetter = !best || reading.measurement.focus > best->measurement.focus;
-        if (reading.measurement.found && isBetter)
+        const LiveReading &measured = reading.measurement.reading;
+        const bool isBetter = !best || measured.focusValue > best->measurement.reading.focusValue;
+        if (measured.hasFibre() && isBetter)
             best = &reading;
     }
     return best;

@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "focus/ThresholdLines.h"
 
-#include "focus/Thresholds.h"
+#include "FiberInspection/LiveReading.h"
 
 namespace Focus {
+
+using FiberInspection::LiveReading;
 
 QVector<Plot::ReferenceLine> thresholdLines()
 {
     return {
-        {badFocus, QStringLiteral("%1 bad focus").arg(badFocus, 0, 'f', 1), QStringLiteral("#b3261e")},
-        {captureFocus, QStringLiteral("%1 capture").arg(captureFocus, 0, 'f', 1), QStringLiteral("#1e7d34")},
+        {LiveReading::badFocus, QStringLiteral("%1 bad focus").arg(LiveReading::badFocus, 0, 'f', 1),
+            QStringLiteral("#b3261e")},
+        {LiveReading::captureFocus, QStringLiteral("%1 capture").arg(LiveReading::captureFocus, 0, 'f', 1),
+            QStringLiteral("#1e7d34")},
     };
 }
 

@@ -1,37 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/FileNameCodec.h"
+#include "common/Program.h"
 #include "focus/CommandLine.h"
-#include "focus/ExitCode.h"
-#include "focus/FilterLog.h"
 #include "focus/FocusPlot.h"
 #include "focus/LiveMeter.h"
 #include "focus/Report.h"
 
-#include <QCoreApplication>
-
-#include <cstdio>
 #include <memory>
 #include <unistd.h>
 
 using namespace Focus;
+using Tools::Program;
 using Tools::Terminal::tell;
 
 namespace {
-bool print(const QByteArray &text)
-{
-    const auto size = static_cast<std::size_t>(text.size());
-    const bool isWritten = std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-    if (!isWritten)
-        tell(QStringLiteral("cannot write the report"));
-    return isWritten;
-}
-
-int refuse(const QString &problem)
-{
-    tell(problem);
-    return WrongUsage;
-}
-
 std::unique_ptr<FrameSource> frameSource(const Options &options)
 {
     if (options.action == Options::Action::MeasureSweep)
@@ -55,7 +36,7 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
 {
     QString problem;
     const Plot::LineChart chart = focusPlot(readings, plotSubtitle(options));
-    if (options.plotFile.isEmpty() || Plot::save(Plot::svg(chart), options.plotFile, &problem))
+    if (options.plotFile.isEmpty() || Plot::save({{chart}}, options.plotFile, &problem))
         return true;
     tell(QStringLiteral("%1: %2").arg(Tools::Terminal::printableName(options.plotFile), problem));
     return false;
@@ -63,12 +44,17 @@ bool writePlot(const Options &options, const QVector<Reading> &readings)
 
 int measureAll(const Options &options)
 {
+    Program::showLog(options.verbose ? Program::Log::Everything : Program::Log::Nothing);
+    if (QString problem; !options.plotFile.isEmpty() && !Plot::canDraw(&problem)) {
+        tell(problem);
+        return Tools::Unavailable;
+    }
     const std::unique_ptr<FrameSource> source = frameSource(options);
     const bool isForPerson = options.format == Options::Format::Text;
     const Tools::TextStyle style(isForPerson && Tools::Terminal::hasColors(STDOUT_FILENO));
     const Report report(options, source->nameWidth(), style);
-    if (!print(report.header()))
-        return NotWritten;
+    if (const int printed = Tools::print(report.header()); printed != Tools::Done)
+        return printed;
 
     QVector<Reading> readings;
     bool allReadable = true;
@@ -79,32 +65,23 @@ int measureAll(const Options &options)
             continue;
         }
         readings.append({frame.name, frame.blur, measure(frame.picture)});
-        if (!print(report.line(readings.constLast())))
-            return NotWritten;
+        if (const int printed = Tools::print(report.line(readings.constLast())); printed != Tools::Done)
+            return printed;
     }
-    if (!print(report.summary(readings)) || !writePlot(options, readings))
-        return NotWritten;
+    if (const int printed = Tools::print(report.summary(readings)); printed != Tools::Done)
+        return printed;
+    if (!writePlot(options, readings))
+        return Tools::NotWritten;
 
     if (sharpest(readings))
-        return Found;
-    return allReadable ? NeverFound : UnreadableInput;
+        return Tools::Done;
+    return allReadable ? Tools::NotPassed : Tools::UnreadableInput;
 }
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    Tools::Terminal::reserveStandardStreams();
-    Tools::FileNameCodec::install();
-    const QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("vantor-focus"));
-
+    const Program program(argc, argv, "vantor-focus");
     CommandLine commandLine;
-    if (!commandLine.parse(QCoreApplication::arguments()))
-        return refuse(commandLine.problem());
-    if (const QString answer = commandLine.answer(); !answer.isEmpty())
-        return print(answer.toUtf8()) ? Found : NotWritten;
-    const Options &options = commandLine.options();
-    FilterLog::install(options.verbose);
-
-    return measureAll(options);
+    return program.run(&commandLine, [&] { return measureAll(commandLine.options()); });
 }

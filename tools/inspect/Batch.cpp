@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/Batch.h"
 
+#include "common/ExitCode.h"
 #include "common/StopSignals.h"
-#include "inspect/ExitCode.h"
 #include "inspect/Pictures.h"
 #include "inspect/ReportText.h"
 
-#include <cerrno>
-#include <csignal>
-#include <cstring>
 #include <unistd.h>
 
 namespace Inspect {
@@ -140,22 +137,16 @@ int Batch::stop()
     mProgress.clear();
     mWorkers.endAll();
 
-    if (mSignals->received() != 0)
-        return StoppedBySignal + mSignals->received();
-    if (mStandardOutput.error() == EPIPE)
-        return StoppedBySignal + SIGPIPE;
-    Tools::Terminal::tell(QStringLiteral("cannot write the report: %1")
-                              .arg(QString::fromLocal8Bit(std::strerror(mStandardOutput.error()))));
-    return NotWritten;
+    return mStandardOutput.tellFailure();
 }
 
 int Batch::exitCode() const
 {
     if (mLacksPictures)
-        return NotWritten;
+        return Tools::NotWritten;
     if (mCounts[static_cast<int>(Verdict::NotAnalysed)] > 0 || mLeftOut > 0)
-        return SomeNotAnalysed;
-    return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? SomeFailed : AllPassed;
+        return Tools::NotAnswered;
+    return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? Tools::NotPassed : Tools::Done;
 }
 
 } // namespace Inspect

@@ -15,13 +15,21 @@ constexpr int maxTimeout = 3600; // seconds
 constexpr int maxFieldOfView = 100000; // micrometres
 constexpr float minScale = 0.01F;
 constexpr float maxScale = 100;
+
+QString usualFieldOfView()
+{
+    const QSize size = FiberInspection::Device::ks20().fov;
+    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+}
 } // namespace
 
 CommandLine::CommandLine()
     : mListStandards(option("list-standards", "List the standards with their zones and criteria."))
     , mStandard(
           option("standard", "Grade by these standards, separated by commas, or by all (default: sm-rl45).", "NAME"))
-    , mFieldOfView(option("fov", "Field of view of the whole image in micrometres (default: 860x645).", "WxH"))
+    , mFieldOfView(QStringLiteral("fov"),
+          QStringLiteral("Field of view of the whole image in micrometres (default: %1).").arg(usualFieldOfView()),
+          QStringLiteral("WxH"))
     , mScale(option("scale", "Divide the size of the image before it is analysed (default: 1).", "S"))
     , mOut(option({QStringLiteral("o"), QStringLiteral("out")},
           "Keep the annotated images in this folder (default: none are kept).", "DIR"))
@@ -48,13 +56,13 @@ CommandLine::CommandLine()
           "No report for a person, no progress bar: the exit code tells the verdict."))
     , mVerbose(option("verbose", "Show the log of the analysis on stderr."))
 {
-    mParser.setApplicationDescription(
-        QStringLiteral("Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
-                       "What lies in a folder and is no image is told on stderr. Each image is analysed in a process\n"
-                       "that can neither open files nor reach a network, and that is ended when it takes too long.\n\n"
-                       "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed or were left out of a\n"
-                       "folder, 64 wrong usage, 69 there is no place for temporary files, 74 a report or a picture\n"
-                       "could not be written. Of several, 64, 69 and 74 come first, then the highest."));
+    mParser.setApplicationDescription(QStringLiteral(
+        "Grades photographs of fibre end faces by IEC 61300-3-35.\n\n"
+        "What lies in a folder and is no image is told on stderr. Each image is analysed in a process\n"
+        "that can neither open files nor reach a network, and that is ended when it takes too long.\n\n"
+        "Exit code: 0 all passed, 1 some failed, 2 some could not be analysed or were left out of a\n"
+        "folder, 64 wrong usage, 69 there is no place for temporary files, 71 out of memory,\n"
+        "74 a report or a picture could not be written. Of several, 64, 69 and 74 come first, then the highest."));
     mParser.addPositionalArgument(QStringLiteral("IMAGE|FOLDER"),
         QStringLiteral("Photographs, and folders of photographs (their subfolders are not searched)."),
         QStringLiteral("IMAGE|FOLDER..."));
@@ -122,7 +130,8 @@ bool CommandLine::readFieldOfView()
     const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
     const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
     if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView)
-        return refuseValue(mFieldOfView, QStringLiteral("WIDTHxHEIGHT in micrometres, such as 860x645"));
+        return refuseValue(
+            mFieldOfView, QStringLiteral("WIDTHxHEIGHT in micrometres, such as %1").arg(usualFieldOfView()));
     mOptions.device.fov = size;
     return true;
 }

@@ -26,7 +26,7 @@ constexpr int statsInterval = 1000; // milliseconds
 int tellOutOfMemory()
 {
     tell(QStringLiteral("out of memory; a smaller --max-frame needs less"));
-    return OutOfMemory;
+    return Tools::OutOfMemory;
 }
 
 Session::Session(const Options &options, Tools::StopSignals *signals)
@@ -44,8 +44,8 @@ Session::Session(const Options &options, Tools::StopSignals *signals)
         mInput.read();
         passInput();
     });
-    connect(
-        &mSignalNotifier, &QSocketNotifier::activated, this, [this] { end(StoppedBySignal + mSignals->received()); });
+    connect(&mSignalNotifier, &QSocketNotifier::activated, this,
+        [this] { end(Tools::StoppedBySignal + mSignals->received()); });
 
     connect(mEndpoint.get(), &Endpoint::connected, this, &Session::passInput, Qt::QueuedConnection);
     connect(mEndpoint.get(), &Endpoint::disconnected, this, &Session::onDisconnected);
@@ -62,18 +62,18 @@ Session::Session(const Options &options, Tools::StopSignals *signals)
 int Session::run()
 {
     if (!mEndpoint->open())
-        return CannotListen;
+        return Tools::Unavailable;
     if (mOptions.stats)
         mStatsTimer.start(statsInterval);
-    if (QCoreApplication::exec() == OutOfMemory) {
+    if (QCoreApplication::exec() == Tools::OutOfMemory) {
         end(tellOutOfMemory());
         return mExitCode;
     }
 
     if (mEndpoint->bytesToWrite() > 0) {
         tell(QStringLiteral("%1 bytes were not sent").arg(mEndpoint->bytesToWrite()));
-        if (mExitCode == AllSent)
-            mExitCode = SomeNotSent;
+        if (mExitCode == Tools::Done)
+            mExitCode = Tools::NotPassed;
     }
     if (mOptions.stats)
         tell(mTraffic.inAll());
@@ -87,7 +87,7 @@ void Session::onDisconnected()
     mPassTimer.stop();
     if (mEndpoint->bytesUnsent() > 0) {
         tell(QStringLiteral("%1 bytes that were waiting to be sent are lost").arg(mEndpoint->bytesUnsent()));
-        mExitCode = SomeNotSent;
+        mExitCode = Tools::NotPassed;
     }
     if (mInput.isDone())
         end(mExitCode);
@@ -118,7 +118,7 @@ void Session::answer(const QByteArray &payload)
         mTraffic.addSent(frameSize(payload.size()));
     } else if (!wasDropping) {
         tell(QStringLiteral("the peer does not read; answers are dropped"));
-        mExitCode = SomeNotSent;
+        mExitCode = Tools::NotPassed;
     }
 }
 
@@ -148,7 +148,7 @@ void Session::sendLine(const LineReader::Line &line)
     const QByteArray payload = line.isTooLong ? QByteArray() : payloadOf(line.text, mOptions.maxFrame, &problem);
     if (payload.isEmpty()) {
         tell(QStringLiteral("line %1 is not sent: %2").arg(line.number).arg(problem));
-        mExitCode = SomeNotSent;
+        mExitCode = Tools::NotPassed;
         return;
     }
     mEndpoint->send(payload);
@@ -164,7 +164,7 @@ void Session::onInputPassed()
 {
     if (mInput.error() != 0) {
         tell(QStringLiteral("cannot read the input: %1").arg(QString::fromLocal8Bit(std::strerror(mInput.error()))));
-        mExitCode = SomeNotSent;
+        mExitCode = Tools::NotPassed;
     }
     mLingerTimer.start(mOptions.linger);
 }
@@ -175,13 +175,7 @@ bool Session::writeOutput()
     mOutput.clear();
     if (isWritten)
         return true;
-    if (mSignals->received() != 0) {
-        end(StoppedBySignal + mSignals->received());
-    } else {
-        tell(QStringLiteral("cannot write to stdout: %1")
-                 .arg(QString::fromLocal8Bit(std::strerror(mStandardOutput.error()))));
-        end(NotWritten);
-    }
+    end(mStandardOutput.tellFailure());
     return false;
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "common/ExitCode.h"
 #include "common/StandardOutput.h"
 #include "link/Endpoint.h"
-#include "link/ExitCode.h"
 #include "link/LineReader.h"
 #include "link/Traffic.h"
 
@@ -57,7 +57,7 @@ private:
     QTimer mLingerTimer;
     bool mIsDroppingAnswers = false;
     bool mIsEnding = false;
-    int mExitCode = AllSent;
+    int mExitCode = Tools::Done;
 };
 
 } // namespace Link

@@ -13,8 +13,8 @@ CommandLine::CommandLine()
     mParser.setApplicationDescription(QStringLiteral(
         "Prints the run of test names between two names, column by column: A1 to B3 gives A1, A2, A3, B1, B2, B3.\n"
         "A column is one character, or a number. If a pair breaks a rule, a sentence says which, and where.\n\n"
-        "Exit code: 0 the names were printed, 1 the pair breaks a rule, 64 wrong usage, 74 the names cannot be\n"
-        "written."));
+        "Exit code: 0 the names were printed, 1 the pair breaks a rule, 64 wrong usage, 71 out of memory,\n"
+        "74 the names cannot be written."));
     mParser.addPositionalArgument(QStringLiteral("FIRST"), QStringLiteral("The first name."));
     mParser.addPositionalArgument(
         QStringLiteral("LAST"), QStringLiteral("The last name; behind -- if it starts with a dash."));

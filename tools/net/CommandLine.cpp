@@ -14,16 +14,16 @@ CommandLine::CommandLine()
     , mYes(option("yes", "With dns add and configure: do it. Without it they only tell what they would do."))
     , mVerbose(option("verbose", "Show the library's log on stderr."))
 {
-    mParser.setApplicationDescription(QStringLiteral(
-        "Shows and sets the network of this unit.\n\n"
-        "  show [INTERFACE]               addresses, gateway and name servers of one or all interfaces\n"
-        "  check ADDRESS                  what each check of the library makes of a text\n"
-        "  mac random                     a locally administered MAC address\n"
-        "  mac parse MAC                  its bytes and its number\n"
-        "  dns add PRIMARY [SECONDARY]    adds servers for the local name server to ask\n"
-        "  configure                      makes the local name server the one that programs ask\n\n"
-        "Exit code: 0 done, 1 failed, not found or not accepted, 64 wrong usage, 74 the report cannot be\n"
-        "written."));
+    mParser.setApplicationDescription(
+        QStringLiteral("Shows and sets the network of this unit.\n\n"
+                       "  show [INTERFACE]               addresses, gateway and name servers of one or all interfaces\n"
+                       "  check ADDRESS                  what each check of the library makes of a text\n"
+                       "  mac random                     a locally administered MAC address\n"
+                       "  mac parse MAC                  its bytes and its number\n"
+                       "  dns add PRIMARY [SECONDARY]    adds servers for the local name server to ask\n"
+                       "  configure                      makes the local name server the one that programs ask\n\n"
+                       "Exit code: 0 done, 1 failed, not found or not accepted, 64 wrong usage, 71 out of memory,\n"
+                       "74 the report cannot be written."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
     mParser.addOptions({mJson, mDomain, mApplication, mYes, mVerbose, mVersion, mHelp});

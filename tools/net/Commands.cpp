@@ -5,12 +5,12 @@
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
 #include "common/JsonWriter.h"
+#include "common/Program.h"
 #include "common/Terminal.h"
 #include "net/InterfaceFacts.h"
 
 #include <QFileInfo>
 
-#include <cstdio>
 #include <unistd.h>
 
 namespace Net {
@@ -42,25 +42,18 @@ template <typename Action>
 Outcome afterConfirmation(const Options &options, const QByteArray &plan, Action action)
 {
     if (!options.confirmed)
-        return {WrongUsage, plan, QStringLiteral("nothing was changed; add --yes to do this")};
-    const bool isTold = print(plan);
+        return {Tools::WrongUsage, plan, QStringLiteral("nothing was changed; add --yes to do this")};
+    const int told = Tools::print(plan);
     const Outcome outcome = action();
-    return isTold || outcome.exitCode != Done ? outcome
-                                              : Outcome{NotWritten, {}, QStringLiteral("cannot write the report")};
+    return told == Tools::Done || outcome.exitCode != Tools::Done ? outcome : Outcome{told, {}, {}};
 }
 } // namespace
-
-bool print(const QByteArray &text)
-{
-    const auto size = static_cast<std::size_t>(text.size());
-    return std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-}
 
 Outcome show(const Options &options)
 {
     const QStringList all = InterfaceFacts::allInterfaces();
     if (!options.operand.isEmpty() && !all.contains(options.operand))
-        return {NotDone, {}, QStringLiteral("there is no interface \"%1\"").arg(options.operand)};
+        return {Tools::NotPassed, {}, QStringLiteral("there is no interface \"%1\"").arg(options.operand)};
 
     Outcome outcome;
     const Tools::TextStyle style(!options.json && Tools::Terminal::hasColors(STDOUT_FILENO));
@@ -77,7 +70,7 @@ Outcome check(const Options &options)
     const bool isAddress = NetworkHelper::ipAddressIsValid(options.operand);
     const bool isIpv4 = OrvelStringValidator::validateIpv4(options.operand);
     const bool isIpv6 = OrvelStringValidator::validateIpv6(options.operand);
-    const ExitCode exitCode = isAddress || isIpv4 || isIpv6 ? Done : NotDone;
+    const int exitCode = isAddress || isIpv4 || isIpv6 ? Tools::Done : Tools::NotPassed;
     if (!options.json)
         return {exitCode,
             yesOrNo("strict IPv4", isIpv4) + yesOrNo("shorthand IPv4", isAddress) + yesOrNo("IPv6", isIpv6), {}};
@@ -97,8 +90,8 @@ Outcome randomMac()
     QString mac;
     NetworkHelper::generateRandomMACAddress(mac);
     if (mac.size() != macTextSize)
-        return {NotDone, {}, QStringLiteral("the random source fails")};
-    return {Done, mac.toUtf8() + '\n', {}};
+        return {Tools::NotPassed, {}, QStringLiteral("the random source fails")};
+    return {Tools::Done, mac.toUtf8() + '\n', {}};
 }
 
 Outcome parseMac(const Options &options)
@@ -106,12 +99,12 @@ Outcome parseMac(const Options &options)
     QVector<unsigned char> bytes;
     NetworkHelper::convertStringMACAddressToByteArray(options.operand, bytes);
     if (bytes.isEmpty())
-        return {NotDone, {}, QStringLiteral("\"%1\" is no MAC address").arg(options.operand)};
+        return {Tools::NotPassed, {}, QStringLiteral("\"%1\" is no MAC address").arg(options.operand)};
     QString text;
     quint64 number = 0;
     NetworkHelper::convertByteArrayToStringMACAddress(bytes, text);
     NetworkHelper::convertStringMACAddressToNumeric(options.operand, number);
-    return {Done, text.toUtf8() + "  " + QByteArray::number(number) + '\n', {}};
+    return {Tools::Done, text.toUtf8() + "  " + QByteArray::number(number) + '\n', {}};
 }
 
 Outcome addServers(const Options &options)
@@ -123,7 +116,7 @@ Outcome addServers(const Options &options)
     return afterConfirmation(options, plan, [&]() -> Outcome {
         if (NetworkHelper::updateSystemDNSServers(options.primary, options.secondary, options.domain))
             return {};
-        return {NotDone, {}, QStringLiteral("the name servers were not added; --verbose tells why")};
+        return {Tools::NotPassed, {}, QStringLiteral("the name servers were not added; --verbose tells why")};
     });
 }
 
@@ -140,11 +133,11 @@ Outcome configure(const Options &options)
     return afterConfirmation(options, plan, []() -> Outcome {
         const QString hook = BaseDirHelper::scriptDir() + QStringLiteral("ipdetails");
         if (!QFileInfo::exists(hook))
-            return {NotDone, {}, QStringLiteral("there is no %1; nothing was changed").arg(hook)};
+            return {Tools::NotPassed, {}, QStringLiteral("there is no %1; nothing was changed").arg(hook)};
         NetworkHelper::ConfigurationSteps failed;
         if (NetworkHelper::configureSystem(failed))
             return {};
-        return {NotDone, {}, QStringLiteral("not all of it was done; --verbose tells why")};
+        return {Tools::NotPassed, {}, QStringLiteral("not all of it was done; --verbose tells why")};
     });
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "net/ExitCode.h"
+#include "common/ExitCode.h"
 #include "net/Options.h"
 
 #include <QByteArray>
@@ -11,7 +11,7 @@ namespace Net {
 /// What a command has to say and how it ended.
 struct Outcome
 {
-    ExitCode exitCode = Done;
+    int exitCode = Tools::Done;
     QByteArray output;
     QString problem; ///< for stderr
 };
@@ -22,7 +22,5 @@ Outcome randomMac();
 Outcome parseMac(const Options &options);
 Outcome addServers(const Options &options);
 Outcome configure(const Options &options);
-
-bool print(const QByteArray &text); ///< @return whether stdout takes it
 
 } // namespace Net

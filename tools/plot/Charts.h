@@ -9,12 +9,14 @@
 #include <QVector>
 
 #include <limits>
+#include <optional>
 #include <variant>
 
-/// Charts for reports, as SVG text. The same chart gives the same bytes on every machine.
+/// Charts for reports, as SVG text that gnuplot draws: a program that has to be installed. The same picture gives the
+/// same bytes on the same machine.
 ///
-/// Numbers that are not finite are gaps, and so is on a logarithmic axis what is not above zero. Colours are SVG's
-/// ("#0072b2"); empty ones come from a palette that colour-blind people can tell apart.
+/// Numbers that are not finite are gaps, and so is on a logarithmic axis what is not above zero. Colours are those of
+/// the web ("#0072b2"); empty ones come from a palette that colour-blind people can tell apart.
 namespace Plot {
 
 constexpr double automatic = std::numeric_limits<double>::quiet_NaN();
@@ -86,25 +88,31 @@ struct BarChart
 {
     QString title;
     QString subtitle;
-    QString categoryLabel;
     QStringList categories;
     Axis y; ///< starts at zero unless said otherwise
     QVector<BarGroup> groups;
-    QVector<ReferenceLine> horizontal; ///< values of y
-    int valueDecimals = -1; ///< of the numbers above the bars; -1: no numbers
 };
 
 using Chart = std::variant<LineChart, BarChart>;
 
 constexpr QSize usualSize{760, 440}; ///< pixels
 
-QByteArray svg(const Chart &chart, const QSize &size = usualSize);
+/// One or several charts, row by row; each gets an equal part of the size.
+struct Picture
+{
+    QVector<Chart> charts;
+    int columns = 1;
+    QSize size = usualSize;
+};
 
-/// Several charts in one picture, row by row; each gets an equal part of it.
-QByteArray svg(const QVector<Chart> &charts, int columns, const QSize &size);
+/// Whether gnuplot is installed; if not, the problem says what to do.
+bool canDraw(QString *problem);
 
-/// Writes the file whole or not at all.
-/// @return whether it was written; if not, problem (if given) says why
-bool save(const QByteArray &svg, const QString &path, QString *problem = nullptr);
+/// The picture as SVG. Nothing on failure; the problem says why.
+std::optional<QByteArray> svg(const Picture &picture, QString *problem);
+
+/// Draws, and writes the file whole or not at all.
+/// @return whether it was written; if not, problem says why
+bool save(const Picture &picture, const QString &path, QString *problem);
 
 } // namespace Plot

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
+
+#include "common/FileNameCodec.h"
+#include "common/StandardOutput.h"
+#include "common/Terminal.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <csignal>
+#include <new>
+#include <unistd.h>
+
+namespace Tools {
+
+namespace {
+/// Memory that runs out while an event is handled, here or in the library, ends the event loop: no exception may get
+/// into it, it is not made for that.
+class Application : public QCoreApplication
+{
+public:
+    using QCoreApplication::QCoreApplication;
+
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        try {
+            return QCoreApplication::notify(receiver, event);
+        } catch (const std::bad_alloc &) {
+            exit(OutOfMemory);
+            return true;
+        }
+    }
+};
+
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char *argv[])
+{
+    Terminal::reserveStandardStreams();
+    FileNameCodec::install(); // the arguments are read with it
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe shows as an error of write
+    return std::make_unique<Application>(argc, argv);
+}
+
+/// Unasked, a warning is a message of the program.
+void tellWarning(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    Terminal::tell(text);
+}
+
+void showLine(QtMsgType, const QMessageLogContext &, const QString &text)
+{
+    Terminal::write(STDERR_FILENO, (Terminal::printable(text) + QLatin1Char('\n')).toUtf8());
+}
+
+QString rulesFor(Program::Log log)
+{
+    switch (log) {
+    case Program::Log::Nothing:
+        return QStringLiteral("*.debug=false\n*.info=false\n*.warning=false");
+    case Program::Log::Warnings:
+        return QStringLiteral("*.debug=false\n*.info=false");
+    case Program::Log::Everything:
+        break;
+    }
+    return {};
+}
+} // namespace
+
+Program::Program(int &argc, char *argv[], const char *name)
+    : mApplication(makeApplication(argc, argv))
+{
+    QCoreApplication::setApplicationName(QString::fromUtf8(name));
+}
+
+Program::~Program() = default;
+
+int Program::run(CommandLineBase *commandLine, const std::function<int()> &work) const
+{
+    return run([&]() -> int {
+        if (!commandLine->parse(QCoreApplication::arguments())) {
+            Terminal::tell(commandLine->problem());
+            return WrongUsage;
+        }
+        const QString answer = commandLine->answer();
+        return answer.isEmpty() ? work() : print(answer.toUtf8());
+    });
+}
+
+// A member, so that there is an application.
+int Program::run(const std::function<int()> &work) const // NOLINT(readability-convert-member-functions-to-static)
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc &) {
+        Terminal::tell(QStringLiteral("out of memory"));
+        return OutOfMemory;
+    }
+}
+
+void Program::showLog(Log log)
+{
+    qInstallMessageHandler(log == Log::Warnings ? tellWarning : showLine);
+    QLoggingCategory::setFilterRules(rulesFor(log));
+}
+
+int print(const QByteArray &text)
+{
+    StandardOutput output;
+    return output.write(text) ? Done : output.tellFailure();
+}
+
+} // namespace Tools
