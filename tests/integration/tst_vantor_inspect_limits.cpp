@@ -203,6 +203,37 @@ private Q_SLOTS:
         QVERIFY2(largestProcess() < mostMemoryForSmallFile, qPrintable(QString::number(largestProcess() / mebibyte)));
     }
 
+    void fewerWorkersThanWantedInspectAllImages_data()
+    {
+        QTest::addColumn<int>("descriptors");
+        for (const int descriptors : {30, 45, 60})
+            QTest::newRow(qPrintable(QString::number(descriptors))) << descriptors;
+    }
+    void fewerWorkersThanWantedInspectAllImages()
+    {
+        constexpr int wanted = 64;
+        QFETCH(int, descriptors);
+        QTemporaryDir out;
+        InspectProgram program;
+        QStringList arguments{
+            QStringLiteral("--json"), QStringLiteral("--jobs=%1").arg(wanted), QStringLiteral("--out"), out.path()};
+        for (int i = 0; i < wanted; ++i) {
+            const QString image = out.filePath(QStringLiteral("face%1.png").arg(i));
+            QVERIFY(QFile::copy(mGood, image));
+            arguments.append(image);
+        }
+
+        program.beginThrough({QStringLiteral("sh"), QStringLiteral("-c"),
+                                 QStringLiteral("ulimit -n %1; exec \"$0\" \"$@\"").arg(descriptors)},
+            arguments);
+
+        QVERIFY(program.waitForEnd(patience));
+        QCOMPARE(reasonsIn(jsonLines(program.readAllStandardOutput())), QStringList());
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(QDir(out.path()).entryList({QStringLiteral("*_result.jpg")}, QDir::Files).size(), wanted);
+    }
+
     void aFileThatIsTooLongIsNotRead()
     {
         const QString path = in(QStringLiteral("long.jpg"));
@@ -264,14 +295,17 @@ private Q_SLOTS:
     void onlyTheStepImagesThatWereAskedForAreTaken_data()
     {
         QTest::addColumn<bool>("steps");
-        QTest::newRow("none") << false;
-        QTest::newRow("all") << true;
+        QTest::addColumn<QString>("plantedEnd");
+        QTest::newRow("none") << false << ".png";
+        QTest::newRow("all") << true << ".png";
+        QTest::newRow("a name with a line break") << true << ".png\n";
     }
 
     void onlyTheStepImagesThatWereAskedForAreTaken()
     {
         constexpr int planted = 20;
         QFETCH(bool, steps);
+        QFETCH(QString, plantedEnd);
         QTemporaryDir out;
         InspectProgram program;
         program.begin(QStringList{QStringLiteral("--repeat=5"), QStringLiteral("--out"), out.path(), mGood}
@@ -280,7 +314,7 @@ private Q_SLOTS:
         do {
             const QString folder = workerFolder(program);
             for (int i = 0; i < planted && !folder.isEmpty(); ++i) {
-                QFile file(folder + QStringLiteral("/steps/kept_%1_planted.png").arg(20 + i));
+                QFile file(folder + QStringLiteral("/steps/kept_%1_planted%2").arg(20 + i).arg(plantedEnd));
                 isPlanted = (file.open(QIODevice::WriteOnly) && file.write("x") == 1) || isPlanted;
             }
         } while (!program.waitForFinished(1) && program.state() != QProcess::NotRunning);
@@ -288,7 +322,9 @@ private Q_SLOTS:
         QVERIFY(isPlanted);
         const int taken = QDir(out.path()).entryList({QStringLiteral("*.png")}, QDir::Files).size();
         QVERIFY2(taken <= (steps ? 14 : 0), qPrintable(QString::number(taken)));
-        QVERIFY(!program.readAllStandardError().isEmpty() || !steps);
+        const bool isName = plantedEnd == QLatin1String(".png");
+        QVERIFY(isName || QDir(out.path()).entryList({QStringLiteral("*\n")}, QDir::Files).isEmpty());
+        QVERIFY(!program.readAllStandardError().isEmpty() || !steps || !isName);
     }
 
     void stepImagesThatAreLostOnTheTemporaryDiskAreTold()

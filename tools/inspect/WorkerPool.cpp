@@ -114,20 +114,25 @@ bool WorkerPool::hasIdle() const
         || std::any_of(mWorkers.cbegin(), mWorkers.cend(), [](const Worker &worker) { return worker.task == idle; });
 }
 
-void WorkerPool::start(int task)
+bool WorkerPool::start(int task)
 {
     Worker *worker = idleWorker();
     if (!worker)
         worker = forkWorker();
+    if (!worker && !mWorkers.empty()) {
+        mSize = mWorkers.size();
+        return false;
+    }
     if (!worker) {
         mOutcomes.push_back(
             {task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}, {}});
-        return;
+        return true;
     }
     worker->task = task;
     worker->timeLeft = qint64(mSession.options.timeout) * mSession.options.repeat * 1000;
     const auto number = static_cast<quint32>(task);
     Process::writeAll(worker->requests, &number, sizeof number); // should it be dead already, reading from it tells
+    return true;
 }
 
 std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
@@ -207,8 +212,11 @@ WorkerPool::Worker *WorkerPool::forkWorker()
     Pipe fetched;
     Pipe inspections;
     const Memory image;
+    const Pipe spare[2]; // for the files that this process opens later
     const QString folder = mSession.temporaryFolder + QLatin1Char('/') + QString::number(++mForked);
-    if (!requests.isOpen() || !fetched.isOpen() || !inspections.isOpen() || image.file() < 0)
+    const bool hasRoom =
+        std::all_of(std::begin(spare), std::end(spare), [](const Pipe &pipe) { return pipe.isOpen(); });
+    if (!requests.isOpen() || !fetched.isOpen() || !inspections.isOpen() || image.file() < 0 || !hasRoom)
         return nullptr;
 
     const pid_t fetcher = fork();
