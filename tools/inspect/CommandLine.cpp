@@ -126,7 +126,7 @@ bool CommandLine::readFieldOfView()
 {
     if (!mParser.isSet(mFieldOfView))
         return true;
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,6})x([0-9]{1,6})$"));
+    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,6})x([0-9]{1,6})\\z"));
     const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
     const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
     if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView)
