@@ -89,6 +89,13 @@ bool areEqual(const TestResult &a, const TestResult &b)
 }
 } // namespace
 
+GradedDefect GradedDefect::of(Zone::Id zone, const Defect &defect, const QRect &crop, float micronsPerPixel)
+{
+    const QPointF fibre(crop.width() / 2.0, crop.height() / 2.0);
+    const QPointF center = (defect.enclosingCircle.center - fibre) * static_cast<double>(micronsPerPixel);
+    return {zone, defect.type, static_cast<double>(defect.size), center, defect.causesFailure};
+}
+
 bool GradedDefect::operator==(const GradedDefect &other) const
 {
     return zone == other.zone && kind == other.kind && sizeMicrons == other.sizeMicrons
@@ -105,9 +112,9 @@ bool DefectCounts::operator==(const DefectCounts &other) const
     return contours == other.contours && raw == other.raw && merged == other.merged;
 }
 
-QString Inspection::reasonText() const
+QString Inspection::reasonText(Reason reason)
 {
-    return QString::fromLatin1(InspectionCore::reasonText(mReason));
+    return QString::fromLatin1(InspectionCore::reasonText(reason));
 }
 
 QString Inspection::problem() const

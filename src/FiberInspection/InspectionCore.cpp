@@ -42,11 +42,6 @@ Reason reasonOf(ImageFault fault)
     return Reason::None;
 }
 
-qint64 usableLimit(qint64 maxImagePixels)
-{
-    return qBound<qint64>(1, maxImagePixels, ImageFile::largestMaxPixels);
-}
-
 /// An image on the pixels of the matrix, which lives as long as the image and its copies.
 QImage sharing(const cv::Mat &colors)
 {
@@ -154,12 +149,12 @@ InspectionCore::InspectionCore(
 
 LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels, QByteArray *content)
 {
-    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels), content));
+    return loadedImage(ImageDecoder::decodeFile(path, ImageFile::usableMaxPixels(maxImagePixels), content));
 }
 
 LoadedImage InspectionCore::decodeImage(const QByteArray &bytes, qint64 maxImagePixels)
 {
-    return loadedImage(ImageDecoder::decode(bytes, usableLimit(maxImagePixels)));
+    return loadedImage(ImageDecoder::decode(bytes, ImageFile::usableMaxPixels(maxImagePixels)));
 }
 
 QImage InspectionCore::bgrOf(const QImage &image)
@@ -250,7 +245,7 @@ bool InspectionCore::loadImage(const QImage &image)
     if (image.isNull())
         return fail(Reason::NoImage);
     const QString problem =
-        ImageFormats::problemOfSize(image.width(), image.height(), usableLimit(mOptions.maxImagePixels));
+        ImageFormats::problemOfSize(image.width(), image.height(), ImageFile::usableMaxPixels(mOptions.maxImagePixels));
     if (!problem.isEmpty())
         return fail(Reason::ImageTooLarge, problem);
     mConverted = bgrOf(image);
@@ -299,7 +294,7 @@ bool InspectionCore::scaleDown()
     const float height = static_cast<float>(mGray.rows) / scale;
     const bool isUsable = std::isfinite(scale) && width >= 1 && height >= 1
         && static_cast<double>(width) * static_cast<double>(height)
-            <= static_cast<double>(usableLimit(mOptions.maxImagePixels))
+            <= static_cast<double>(ImageFile::usableMaxPixels(mOptions.maxImagePixels))
         && std::max(width, height) < static_cast<float>(std::numeric_limits<int>::max());
     if (!isUsable)
         return fail(Reason::UnusableScale,
@@ -429,13 +424,8 @@ void InspectionCore::grade(const std::vector<Defect> &defects, const ZoneSizes &
 
 void InspectionCore::appendGraded(Zone::Id zone, const QVector<Defect> &defects)
 {
-    const QPointF fibre(mInspection.mCrop.width() / 2.0, mInspection.mCrop.height() / 2.0);
-    const auto micronsPerPixel = static_cast<double>(mInspection.mMicronsPerPixel);
-    for (const Defect &defect : defects) {
-        const QPointF center = (defect.enclosingCircle.center - fibre) * micronsPerPixel;
-        mInspection.mDefects.append(
-            {zone, defect.type, static_cast<double>(defect.size), center, defect.causesFailure});
-    }
+    for (const Defect &defect : defects)
+        mInspection.mDefects.append(GradedDefect::of(zone, defect, mInspection.mCrop, mInspection.mMicronsPerPixel));
 }
 
 bool InspectionCore::fail(Reason reason, const QString &detail)

@@ -53,6 +53,13 @@ Sandbox::Budget budgetFor(int image, const Options &options)
         static_cast<quint64>(options.timeout) * static_cast<quint64>(options.repeat)};
 }
 
+/// As inspectFile() would say it.
+QString problemOf(const Fetched &fetch)
+{
+    using Found = FiberInspection::Inspection;
+    return QStringLiteral("%1: %2").arg(Found::reasonText(Found::Reason::FileUnreadable), fetch.text());
+}
+
 void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
 {
     const Pictures pictures(folder);
@@ -80,7 +87,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
         const Inspection inspection = fetch.problem == Fetched::None
             ? inspect(task, imagePath, session.options, pictures)
-            : notAnalysed(task, QStringLiteral("Failed to load image: ") + fetch.text());
+            : notAnalysed(task, problemOf(fetch));
         const QByteArray message = InspectionMessage::toBytes(inspection);
         if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))
             return;
