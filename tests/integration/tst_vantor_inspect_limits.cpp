@@ -40,6 +40,15 @@ qint64 largestProcess()
     return usage.ru_maxrss * kibibyte;
 }
 
+/// Of a processor; of the processes that this one has waited for, and of theirs.
+double secondsOfChildren()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
 QByteArray bigEndian(int value)
 {
     return QByteArray(1, static_cast<char>(value >> 8)) + static_cast<char>(value & 0xFF);
@@ -232,6 +241,47 @@ private Q_SLOTS:
         QCOMPARE(program.readAllStandardError(), QByteArray());
         QCOMPARE(program.exitCode(), 0);
         QCOMPARE(QDir(out.path()).entryList({QStringLiteral("*_result.jpg")}, QDir::Files).size(), wanted);
+    }
+
+    void whoHasUsedUpItsLifeIsTold()
+    {
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--repeat=100000"), mGood});
+        const std::vector<qint64> workers = program.workers(1);
+        QCOMPARE(workers.size(), std::size_t(1));
+        const rlimit second{1, 1};
+        QCOMPARE(prlimit(static_cast<pid_t>(workers[0]), RLIMIT_CPU, &second, nullptr), 0);
+
+        QVERIFY(program.waitForEnd(patience));
+        QCOMPARE(reasonsIn(jsonLines(program.readAllStandardOutput())),
+            QStringList{QStringLiteral("the analysis used up its time of the processor")});
+    }
+
+    void aLongRunHasWorkersEnough()
+    {
+        constexpr double lifeTime = 4; // seconds of a processor that a worker has with a timeout of one
+        constexpr int few = 10;
+        const QString large = in(QStringLiteral("large.png"));
+        QVERIFY(goodFace().scaled(3200, 2400).save(large));
+        const auto run = [&large](int images) {
+            QStringList arguments{QStringLiteral("--json"), QStringLiteral("--timeout=1")};
+            for (int i = 0; i < images; ++i)
+                arguments.append(large);
+            return runInspect(arguments);
+        };
+        const double before = secondsOfChildren();
+        QCOMPARE(run(few).outputLines().size(), few);
+        const double each = (secondsOfChildren() - before) / few;
+        const int images = 1 + static_cast<int>(lifeTime * 1.25 / each); // the start of the program counts as well
+        const double start = secondsOfChildren();
+
+        const InspectRun longRun = run(images);
+
+        QVERIFY(secondsOfChildren() - start > lifeTime);
+        const QStringList lines = longRun.outputLines();
+        QCOMPARE(lines.size(), images);
+        for (const QString &line : lines)
+            QVERIFY2(!line.contains(QStringLiteral("the analysis")), qPrintable(line));
     }
 
     void aFileThatIsTooLongIsNotRead()

@@ -39,6 +39,12 @@ struct Options
     /// How many times more pixels than usual an image may have.
     int timesTheUsualPixels() const { return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels); }
 
+    /// Seconds for all runs of an image.
+    quint64 timePerImage() const { return static_cast<quint64>(timeout) * static_cast<quint64>(repeat); }
+
+    /// Seconds of a processor, after which a worker is replaced at the latest.
+    quint64 timePerWorker() const { return 4 * timePerImage(); }
+
     /// Reports for a person, as opposed to JSON or CSV.
     bool isForPerson() const { return format == Format::Text; }
 };

@@ -49,8 +49,8 @@ Sandbox::Budget budgetFor(int image, const Options &options)
     {
     };
     const bool isSmall = fstat(image, &status) == 0 && status.st_size <= smallImage;
-    return {(isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options),
-        static_cast<quint64>(options.timeout) * static_cast<quint64>(options.repeat)};
+    return {
+        (isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options), options.timePerImage()};
 }
 
 /// As inspectFile() would say it.
@@ -74,7 +74,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     Sandbox sandbox;
     if (!problem)
         problem = sandbox.enter({QFile::encodeName(folder), pictures.foldersToWrite(session.options)},
-            Sandbox::mostMemory * timesTheUsualPixels(session.options));
+            {Sandbox::mostMemory * timesTheUsualPixels(session.options), session.options.timePerWorker()});
     if (problem) {
         Tools::Terminal::tell(QStringLiteral("the analysis cannot be shut in: %1").arg(QLatin1String(problem)));
         return;

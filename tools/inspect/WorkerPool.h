@@ -57,6 +57,7 @@ private:
     };
 
     Worker *idleWorker();
+    bool isWornOut(const Worker &worker) const; ///< has not enough time left for another image
     Worker *forkWorker();
     int timeUntilNextLook() const;
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
