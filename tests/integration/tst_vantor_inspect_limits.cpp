@@ -263,23 +263,23 @@ private Q_SLOTS:
         constexpr int few = 10;
         const QString large = in(QStringLiteral("large.png"));
         QVERIFY(goodFace().scaled(3200, 2400).save(large));
-        const auto run = [&large](int images) {
+        const auto run = [&large](int count) {
             QStringList arguments{QStringLiteral("--json"), QStringLiteral("--timeout=1")};
-            for (int i = 0; i < images; ++i)
+            for (int i = 0; i < count; ++i)
                 arguments.append(large);
             return runInspect(arguments);
         };
         const double before = secondsOfChildren();
         QCOMPARE(run(few).outputLines().size(), few);
         const double each = (secondsOfChildren() - before) / few;
-        const int images = 1 + static_cast<int>(lifeTime * 1.25 / each); // the start of the program counts as well
+        const int many = 1 + static_cast<int>(lifeTime * 1.25 / each); // the start of the program counts as well
         const double start = secondsOfChildren();
 
-        const InspectRun longRun = run(images);
+        const InspectRun longRun = run(many);
 
         QVERIFY(secondsOfChildren() - start > lifeTime);
         const QStringList lines = longRun.outputLines();
-        QCOMPARE(lines.size(), images);
+        QCOMPARE(lines.size(), many);
         for (const QString &line : lines)
             QVERIFY2(!line.contains(QStringLiteral("the analysis")), qPrintable(line));
     }
