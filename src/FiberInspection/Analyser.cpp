@@ -101,6 +101,7 @@ TestResult Analyser::analyse(Standard::Id standardId, const QString &name)
 
 FiledInspection Analyser::inspectAndFile(Standard::Id standardId, const QString &name)
 {
+    const LogScope log(*QLoggingCategory::defaultCategory());
     mLast = {}; // should there be an exception
     const AnalyserPrivate::Analysis analysis =
         AnalyserPrivate::analyseFile(standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false);

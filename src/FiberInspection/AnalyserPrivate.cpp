@@ -22,6 +22,7 @@ StepImages::Show writer(const QString &fileName)
             qCWarning(messageLog) << "step image not written:" << path;
     };
 }
+
 /// The annotated crop as it was written, or nothing.
 QByteArray writeResultImage(const Inspection &inspection, const QString &path)
 {
@@ -44,6 +45,7 @@ AnalyserPrivate::Analysis AnalyserPrivate::analyseFile(
     // request comes to this thread: that analysis is within this one, and may write the image before or after it.
     static QRecursiveMutex oneAtATime;
     const QMutexLocker lock(&oneAtATime);
+    const LogScope log(*QLoggingCategory::defaultCategory()); // also where an inspect() that is silent shows a step
 
     InspectionOptions options;
     options.scale = scale;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 
-#include "FiberInspection/ImageDecoder_p.h"
 #include "FiberInspection/ImageFile_p.h"
+#include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
 #include "Helpers/WholeFile_p.h"
@@ -76,10 +76,10 @@ QSize AnalyserPrivate::imageSize(const cv::Mat &mat)
 
 cv::Mat AnalyserPrivate::loadImage(const QString &path, QString *problem)
 {
-    const DecodedImage image = ImageDecoder::decodeFile(path, ImageFile::maxPixels());
+    const LoadedImage loaded = InspectionCore::readImage(path, ImageFile::maxPixels());
     if (problem)
-        *problem = image.problem;
-    return image.pixels;
+        *problem = loaded.detail;
+    return loaded.image.isNull() ? cv::Mat() : StepImages::viewOf(loaded.image).clone();
 }
 
 QByteArray AnalyserPrivate::encodeImage(const cv::Mat &mat, const QString &extension)

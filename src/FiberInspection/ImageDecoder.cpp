@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <new>
 
 namespace FiberInspection {
 
@@ -37,6 +38,12 @@ DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
         return {{}, QStringLiteral("not an image of a known format"), ImageFault::UnknownFormat};
     try {
         return format->decode(bytes, maxPixels);
+    } catch (const std::bad_alloc &) { // no fault of the image
+        throw;
+    } catch (const cv::Exception &exception) {
+        if (exception.code == cv::Error::StsNoMem)
+            throw;
+        return ImageFormats::damaged(exception.what());
     } catch (const std::exception &exception) {
         return ImageFormats::damaged(exception.what());
     }
@@ -94,12 +101,20 @@ DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize)
 {
     const cv::Mat view(1, bytes.size(), CV_8UC1, const_cast<char *>(bytes.constData()));
     const cv::Mat pixels = cv::imdecode(view, cv::IMREAD_COLOR);
-    if (pixels.empty())
+    if (pixels.empty()) {
+        requireMemory(declaredSize);
         return refused(QStringLiteral("the image data is damaged"));
+    }
     const QSize size(pixels.cols, pixels.rows);
     if (size != declaredSize && size != declaredSize.transposed())
         return refused(QStringLiteral("the image is not of the size that it declares"));
     return decoded(pixels);
+}
+
+void requireMemory(const QSize &size)
+{
+    constexpr int bytesPerPixel = 12; // the picture, and a strip of four samples of 16 bits that is as large
+    const cv::Mat probe(size.height(), size.width(), CV_8UC(bytesPerPixel));
 }
 
 int exifOrientation(const uchar *tiff, qsizetype size)

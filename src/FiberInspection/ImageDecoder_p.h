@@ -23,7 +23,8 @@ struct DecodedImage
 /// The content decides on the format; what is not JPEG, PNG, BMP, PNM, TIFF or WebP meets no decoder. The pixels are
 /// those of cv::imdecode() with IMREAD_COLOR, byte by byte. A file of which a decoder says that something is wrong, in
 /// which something is missing or left over before its end, or which holds more than one image, is refused, and so is
-/// one whose header promises too much. What follows behind the end of an image (padding, a preview) does not count.
+/// one whose header promises too much. What follows behind the end of an image (padding, a preview) does not count. For
+/// want of memory both functions throw.
 class ImageDecoder
 {
 public:

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFile_p.h"
+#include "FiberInspection/Inspection.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -9,7 +10,8 @@
 namespace FiberInspection {
 
 namespace {
-constexpr qint64 maxFileSize = 256LL * 1024 * 1024; // bytes
+constexpr qint64 maxFileSize = LoadedImage::maxFileSize;
+constexpr qint64 largestMaxPixels = 1024LL * 1024 * 1024; // what OpenCV can hold
 
 /// The whole content, as far as it is bearable. The size that a file states may be out of date, or 0 for any content.
 QByteArray readBounded(QFile *file)
@@ -33,7 +35,7 @@ ImageFile unreadable(const QString &problem, ImageFault fault = ImageFault::Unre
 
 std::atomic<qint64> &pixelLimit()
 {
-    static std::atomic<qint64> limit{ImageFile::defaultMaxPixels};
+    static std::atomic<qint64> limit{InspectionOptions::defaultMaxImagePixels};
     return limit;
 }
 } // namespace
@@ -68,7 +70,12 @@ qint64 ImageFile::maxPixels()
 
 void ImageFile::setMaxPixels(qint64 pixels)
 {
-    pixelLimit() = qBound<qint64>(1, pixels, largestMaxPixels);
+    pixelLimit() = usableMaxPixels(pixels);
+}
+
+qint64 ImageFile::usableMaxPixels(qint64 pixels)
+{
+    return qBound<qint64>(1, pixels, largestMaxPixels);
 }
 
 } // namespace FiberInspection

@@ -7,7 +7,8 @@
 #include <QtEndian>
 
 /// The decoders, one a format. Each is told bytes of its format, decides by the first header whether the size is
-/// bearable, and throws what OpenCV and the allocation of memory throw.
+/// bearable, and throws what OpenCV and the allocation of memory throw. For want of memory it throws always, since that
+/// is no fault of the image.
 namespace FiberInspection::ImageFormats {
 
 bool isJpeg(const QByteArray &bytes);
@@ -43,6 +44,9 @@ DecodedImage refusedForSize(qint64 width, qint64 height, const QString &problem)
 
 /// The pixels by way of OpenCV, for a file of which everything else is known to be right.
 DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize);
+
+/// Throws when there is no memory for the decoding of so large an image: of a failure that may be due to that.
+void requireMemory(const QSize &size);
 
 /// The orientation that a TIFF structure (as Exif stores it) asks for: 1 to 8, or 1 when it does not.
 int exifOrientation(const uchar *tiff, qsizetype size);

@@ -22,8 +22,9 @@ QString textOf(const std::exception &exception)
     return QString::fromUtf8(exception.what()).simplified();
 }
 
-/// On the calling thread alone: OpenCV does not share out what is nested in a loop of its own. Of one photograph its
-/// threads gain little, and they stand in the way of those who inspect many at once.
+/// On the calling thread: OpenCV does not share out what is nested in a loop of its own. Of one photograph its threads
+/// gain little, and they stand in the way of those who inspect many at once. There is one mark for such a loop in the
+/// process, and of inspections that overlap the first one to end takes it away from all.
 template <typename Run>
 void onThisThread(Run run)
 {
@@ -88,6 +89,13 @@ bool areEqual(const TestResult &a, const TestResult &b)
 }
 } // namespace
 
+GradedDefect GradedDefect::of(Zone::Id zone, const Defect &defect, const QRect &crop, float micronsPerPixel)
+{
+    const QPointF fibre(crop.width() / 2.0, crop.height() / 2.0);
+    const QPointF center = (defect.enclosingCircle.center - fibre) * static_cast<double>(micronsPerPixel);
+    return {zone, defect.type, static_cast<double>(defect.size), center, defect.causesFailure};
+}
+
 bool GradedDefect::operator==(const GradedDefect &other) const
 {
     return zone == other.zone && kind == other.kind && sizeMicrons == other.sizeMicrons
@@ -104,9 +112,9 @@ bool DefectCounts::operator==(const DefectCounts &other) const
     return contours == other.contours && raw == other.raw && merged == other.merged;
 }
 
-QString Inspection::reasonText() const
+QString Inspection::reasonText(Reason reason)
 {
-    return QString::fromLatin1(InspectionCore::reasonText(mReason));
+    return QString::fromLatin1(InspectionCore::reasonText(reason));
 }
 
 QString Inspection::problem() const
@@ -119,7 +127,7 @@ QImage Inspection::annotatedImage() const
     if (!hasVerdict())
         return {};
     try {
-        QImage picture = mImage.copy(mCrop).convertToFormat(QImage::Format_BGR888);
+        QImage picture = InspectionCore::bgrOf(mImage.copy(mCrop));
         cv::Mat canvas(picture.height(), picture.width(), CV_8UC3, picture.bits(),
             static_cast<std::size_t>(picture.bytesPerLine()));
         for (const QVector<QPointF> &outline : mOutlines)

@@ -41,6 +41,9 @@ struct VANTORBASE_EXPORT GradedDefect
     QPointF centerMicrons; ///< of that circle, from the centre of the fibre; x runs right, y down
     bool causesFailure = false; ///< above what a rule allows
 
+    /// @param crop that the pixels of the defect are counted in, with the fibre in its middle
+    static GradedDefect of(Zone::Id zone, const Defect &defect, const QRect &crop, float micronsPerPixel);
+
     bool operator==(const GradedDefect &other) const;
     bool operator!=(const GradedDefect &other) const { return !(*this == other); }
 };
@@ -108,7 +111,8 @@ public:
     bool passed() const { return mResult.passed(); } ///< false also without a verdict
 
     Reason reason() const { return mReason; }
-    QString reasonText() const; ///< as the log says it; empty with a verdict
+    QString reasonText() const { return reasonText(mReason); } ///< as the log says it; empty with a verdict
+    static QString reasonText(Reason reason);
     const QString &detail() const { return mDetail; } ///< what exactly is wrong, where more is known
     QString problem() const; ///< both in one line
 
@@ -156,6 +160,8 @@ private:
 /// An image file in memory, or why there is none.
 struct LoadedImage
 {
+    static constexpr qint64 maxFileSize = 256LL * 1024 * 1024; ///< bytes; larger files are not read
+
     QImage image; ///< upright, without alpha; null when there is a reason
     Inspection::Reason reason = Inspection::Reason::None;
     QString detail;
@@ -172,10 +178,11 @@ VANTORBASE_EXPORT LoadedImage decodeImage(
 
 /// Locates the fibre in a photograph, finds its defects, and grades them.
 ///
-/// Nothing but the arguments counts, and nothing is left behind: no file is written, no lock taken, no thread started.
-/// All threads may call at once, and two do twice the work of one. The log goes to the category "vantor.inspection",
-/// which is silent unless a rule switches it on. Never throws; an exception of onStep ends the inspection without a
-/// verdict.
+/// Nothing but the arguments counts, and nothing is left behind: no file is written, no other work waited for. All
+/// threads may call at once, and two do twice the work of one. One inspection at a time starts no thread; of several
+/// that overlap, OpenCV may share out a step to threads of its own, which stay. Without a seed the process-wide
+/// generator is drawn from, which has a lock. The log goes to the category "vantor.inspection", which is silent unless
+/// a rule switches it on. Never throws; an exception of onStep ends the inspection without a verdict.
 /// @param image of any format, as the camera made it: upright, the whole field of view; alpha is dropped
 /// @param device whose field of view, in micrometres, is the width of the image
 VANTORBASE_EXPORT Inspection inspect(const QImage &image, Standard::Id standardId,

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -39,11 +40,6 @@ Reason reasonOf(ImageFault fault)
         return Reason::ImageTooLarge;
     }
     return Reason::None;
-}
-
-qint64 usableLimit(qint64 maxImagePixels)
-{
-    return qBound<qint64>(1, maxImagePixels, ImageFile::largestMaxPixels);
 }
 
 /// An image on the pixels of the matrix, which lives as long as the image and its copies.
@@ -153,12 +149,33 @@ InspectionCore::InspectionCore(
 
 LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels, QByteArray *content)
 {
-    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels), content));
+    return loadedImage(ImageDecoder::decodeFile(path, ImageFile::usableMaxPixels(maxImagePixels), content));
 }
 
 LoadedImage InspectionCore::decodeImage(const QByteArray &bytes, qint64 maxImagePixels)
 {
-    return loadedImage(ImageDecoder::decode(bytes, usableLimit(maxImagePixels)));
+    return loadedImage(ImageDecoder::decode(bytes, ImageFile::usableMaxPixels(maxImagePixels)));
+}
+
+QImage InspectionCore::bgrOf(const QImage &image)
+{
+    constexpr int pieceSize = 64 * 1024; // bytes; QImage shares out from twice as many on
+    if (image.format() == QImage::Format_BGR888)
+        return image;
+    QImage bgr(image.size(), QImage::Format_BGR888);
+    if (bgr.isNull())
+        return {};
+    const int rows = std::max(1, pieceSize / std::max(image.bytesPerLine(), bgr.bytesPerLine()));
+    for (int top = 0; top < image.height(); top += rows) {
+        const int count = std::min(rows, image.height() - top);
+        QImage piece(image.constScanLine(top), image.width(), count, image.bytesPerLine(), image.format());
+        piece.setColorTable(image.colorTable());
+        const QImage converted = piece.convertToFormat(QImage::Format_BGR888);
+        if (converted.isNull())
+            return {};
+        std::memcpy(bgr.scanLine(top), converted.constBits(), static_cast<std::size_t>(converted.sizeInBytes()));
+    }
+    return bgr;
 }
 
 Inspection InspectionCore::broken(Standard::Id standardId, const QString &detail)
@@ -228,10 +245,10 @@ bool InspectionCore::loadImage(const QImage &image)
     if (image.isNull())
         return fail(Reason::NoImage);
     const QString problem =
-        ImageFormats::problemOfSize(image.width(), image.height(), usableLimit(mOptions.maxImagePixels));
+        ImageFormats::problemOfSize(image.width(), image.height(), ImageFile::usableMaxPixels(mOptions.maxImagePixels));
     if (!problem.isEmpty())
         return fail(Reason::ImageTooLarge, problem);
-    mConverted = image.convertToFormat(QImage::Format_BGR888);
+    mConverted = bgrOf(image);
     if (mConverted.isNull())
         return fail(Reason::AnalysisBroken, QStringLiteral("no memory for the image"));
     mColors = StepImages::viewOf(mConverted);
@@ -277,7 +294,7 @@ bool InspectionCore::scaleDown()
     const float height = static_cast<float>(mGray.rows) / scale;
     const bool isUsable = std::isfinite(scale) && width >= 1 && height >= 1
         && static_cast<double>(width) * static_cast<double>(height)
-            <= static_cast<double>(usableLimit(mOptions.maxImagePixels))
+            <= static_cast<double>(ImageFile::usableMaxPixels(mOptions.maxImagePixels))
         && std::max(width, height) < static_cast<float>(std::numeric_limits<int>::max());
     if (!isUsable)
         return fail(Reason::UnusableScale,
@@ -407,13 +424,8 @@ void InspectionCore::grade(const std::vector<Defect> &defects, const ZoneSizes &
 
 void InspectionCore::appendGraded(Zone::Id zone, const QVector<Defect> &defects)
 {
-    const QPointF fibre(mInspection.mCrop.width() / 2.0, mInspection.mCrop.height() / 2.0);
-    const auto micronsPerPixel = static_cast<double>(mInspection.mMicronsPerPixel);
-    for (const Defect &defect : defects) {
-        const QPointF center = (defect.enclosingCircle.center - fibre) * micronsPerPixel;
-        mInspection.mDefects.append(
-            {zone, defect.type, static_cast<double>(defect.size), center, defect.causesFailure});
-    }
+    for (const Defect &defect : defects)
+        mInspection.mDefects.append(GradedDefect::of(zone, defect, mInspection.mCrop, mInspection.mMicronsPerPixel));
 }
 
 bool InspectionCore::fail(Reason reason, const QString &detail)

@@ -20,6 +20,10 @@ public:
     static LoadedImage readImage(const QString &path, qint64 maxImagePixels, QByteArray *content = nullptr);
     static LoadedImage decodeImage(const QByteArray &bytes, qint64 maxImagePixels);
 
+    /// The image in blue, green and red; null for want of memory. Converted by this thread alone: QImage itself shares
+    /// out what is large to the pool of the application, and waits for it.
+    static QImage bgrOf(const QImage &image);
+
     /// What becomes of an inspection that an exception ended.
     static Inspection broken(Standard::Id standardId, const QString &detail);
 

@@ -5,7 +5,9 @@
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
+#include <jerror.h>
 #include <jpeglib.h>
+#include <new>
 
 namespace FiberInspection::ImageFormats {
 
@@ -241,7 +243,13 @@ public:
         return hasSoundScans();
     }
 
-    const char *message() const { return mMessage; }
+    /// What has ended it; throws when that was no fault of the image.
+    const char *message() const
+    {
+        if (mErrors.msg_code == JERR_OUT_OF_MEMORY)
+            throw std::bad_alloc();
+        return mMessage;
+    }
 
 private:
     static Decompression *of(j_common_ptr info) { return static_cast<Decompression *>(info->client_data); }

@@ -3,7 +3,9 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <png.h>
 
 namespace FiberInspection::ImageFormats {
@@ -80,7 +82,8 @@ public:
 
         if (setjmp(mJump) != 0) // NOLINT(cert-err52-cpp): the library knows no other way
             return false;
-        mPng = png_create_read_struct(PNG_LIBPNG_VER_STRING, this, &Reading::onProblem, &Reading::onProblem);
+        mPng = png_create_read_struct_2(PNG_LIBPNG_VER_STRING, this, &Reading::onProblem, &Reading::onProblem, this,
+            &Reading::allocate, &Reading::release);
         mInfo = mPng ? png_create_info_struct(mPng) : nullptr;
         mEndInfo = mInfo ? png_create_info_struct(mPng) : nullptr;
         if (!mEndInfo)
@@ -126,9 +129,25 @@ public:
         return exifOrientation(nullptr, 0);
     }
 
-    const char *message() const { return mMessage; }
+    /// What has ended it; throws when that was no fault of the image.
+    const char *message() const
+    {
+        if (mIsOutOfMemory)
+            throw std::bad_alloc();
+        return mMessage;
+    }
 
 private:
+    static png_voidp allocate(png_structp png, png_alloc_size_t size)
+    {
+        void *const memory = std::malloc(size);
+        if (!memory)
+            static_cast<Reading *>(png_get_mem_ptr(png))->mIsOutOfMemory = true;
+        return memory;
+    }
+
+    static void release(png_structp /*png*/, png_voidp memory) { std::free(memory); }
+
     static void onRead(png_structp png, png_bytep bytes, std::size_t size)
     {
         auto *const self = static_cast<Reading *>(png_get_io_ptr(png));
@@ -190,6 +209,7 @@ private:
     png_infop mInfo = nullptr;
     png_infop mEndInfo = nullptr;
     std::jmp_buf mJump{};
+    bool mIsOutOfMemory = false;
     char mMessage[256] = "";
 };
 } // namespace

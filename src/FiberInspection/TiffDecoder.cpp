@@ -433,7 +433,10 @@ DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qi
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
     const QString problemOfFile = problemOfPieces(tiff, layout, bytes, structure);
-    return problemOfFile.isEmpty() ? DecodedImage() : refused(problemOfFile);
+    if (problemOfFile.isEmpty())
+        return DecodedImage();
+    requireMemory(*size);
+    return refused(problemOfFile);
 }
 } // namespace
 

@@ -6,6 +6,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 
 namespace FiberInspection::ImageFormats {
 
@@ -80,11 +81,12 @@ Structure walk(const QByteArray &bytes)
     return structure;
 }
 
+/// Throws for what is no fault of the image.
 const char *message(VP8StatusCode status)
 {
     switch (status) {
     case VP8_STATUS_OUT_OF_MEMORY:
-        return "out of memory";
+        throw std::bad_alloc();
     case VP8_STATUS_UNSUPPORTED_FEATURE:
         return "unsupported feature";
     case VP8_STATUS_SUSPENDED:
@@ -146,7 +148,7 @@ DecodedImage decodeWebp(const QByteArray &bytes, qint64 maxPixels)
     const std::unique_ptr<WebPIDecoder, decltype(&WebPIDelete)> decoder(
         WebPINewRGB(MODE_BGR, pixels.data, pixels.total() * bgrChannels, static_cast<int>(pixels.step)), &WebPIDelete);
     if (!decoder)
-        return damaged(message(VP8_STATUS_OUT_OF_MEMORY));
+        throw std::bad_alloc();
     // The coding has neither checksums nor an end: zeros decode to some pixels as well. But it has to come to the last
     // pixel with the last bytes.
     const auto feed = [&](qint64 end) {

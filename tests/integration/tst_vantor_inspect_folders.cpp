@@ -99,6 +99,25 @@ private Q_SLOTS:
             QVERIFY(!objects.back().contains(QStringLiteral("imageBytes")));
     }
 
+    void filesOfEveryFormatAreFound_data()
+    {
+        QTest::addColumn<QString>("suffix");
+        for (const char *const suffix :
+            {"bmp", "jpeg", "jpg", "JPG", "pbm", "pgm", "png", "pnm", "ppm", "tif", "tiff", "webp"})
+            QTest::newRow(suffix) << QString::fromLatin1(suffix);
+    }
+    void filesOfEveryFormatAreFound()
+    {
+        QFETCH(QString, suffix);
+        const QString folder = newFolder(QByteArray("format-" + suffix.toLatin1()).constData());
+        QVERIFY(goodFace().save(folder + QStringLiteral("/face.") + suffix, "PNG")); // the content decides
+
+        const InspectRun run = runInspect({folder});
+
+        QCOMPARE(run.messages, QByteArray());
+        QCOMPARE(run.exitCode, 0);
+    }
+
     void everyEntryIsGradedOrTold()
     {
         const QString folder = newFolder("mixed");

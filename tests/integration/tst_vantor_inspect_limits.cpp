@@ -40,6 +40,15 @@ qint64 largestProcess()
     return usage.ru_maxrss * kibibyte;
 }
 
+/// Of a processor; of the processes that this one has waited for, and of theirs.
+double secondsOfChildren()
+{
+    rusage usage{};
+    getrusage(RUSAGE_CHILDREN, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec)
+        + static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
 QByteArray bigEndian(int value)
 {
     return QByteArray(1, static_cast<char>(value >> 8)) + static_cast<char>(value & 0xFF);
@@ -203,6 +212,78 @@ private Q_SLOTS:
         QVERIFY2(largestProcess() < mostMemoryForSmallFile, qPrintable(QString::number(largestProcess() / mebibyte)));
     }
 
+    void fewerWorkersThanWantedInspectAllImages_data()
+    {
+        QTest::addColumn<int>("descriptors");
+        for (const int descriptors : {30, 45, 60})
+            QTest::newRow(qPrintable(QString::number(descriptors))) << descriptors;
+    }
+    void fewerWorkersThanWantedInspectAllImages()
+    {
+        constexpr int wanted = 64;
+        QFETCH(int, descriptors);
+        QTemporaryDir out;
+        InspectProgram program;
+        QStringList arguments{
+            QStringLiteral("--json"), QStringLiteral("--jobs=%1").arg(wanted), QStringLiteral("--out"), out.path()};
+        for (int i = 0; i < wanted; ++i) {
+            const QString image = out.filePath(QStringLiteral("face%1.png").arg(i));
+            QVERIFY(QFile::copy(mGood, image));
+            arguments.append(image);
+        }
+
+        program.beginThrough({QStringLiteral("sh"), QStringLiteral("-c"),
+                                 QStringLiteral("ulimit -n %1; exec \"$0\" \"$@\"").arg(descriptors)},
+            arguments);
+
+        QVERIFY(program.waitForEnd(patience));
+        QCOMPARE(reasonsIn(jsonLines(program.readAllStandardOutput())), QStringList());
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(QDir(out.path()).entryList({QStringLiteral("*_result.jpg")}, QDir::Files).size(), wanted);
+    }
+
+    void whoHasUsedUpItsLifeIsTold()
+    {
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--repeat=100000"), mGood});
+        const std::vector<qint64> workers = program.workers(1);
+        QCOMPARE(workers.size(), std::size_t(1));
+        const rlimit second{1, 1};
+        QCOMPARE(prlimit(static_cast<pid_t>(workers[0]), RLIMIT_CPU, &second, nullptr), 0);
+
+        QVERIFY(program.waitForEnd(patience));
+        QCOMPARE(reasonsIn(jsonLines(program.readAllStandardOutput())),
+            QStringList{QStringLiteral("the analysis used up its time of the processor")});
+    }
+
+    void aLongRunHasWorkersEnough()
+    {
+        constexpr double lifeTime = 4; // seconds of a processor that a worker has with a timeout of one
+        constexpr int few = 10;
+        const QString large = in(QStringLiteral("large.png"));
+        QVERIFY(goodFace().scaled(3200, 2400).save(large));
+        const auto run = [&large](int count) {
+            QStringList arguments{QStringLiteral("--json"), QStringLiteral("--timeout=1")};
+            for (int i = 0; i < count; ++i)
+                arguments.append(large);
+            return runInspect(arguments);
+        };
+        const double before = secondsOfChildren();
+        QCOMPARE(run(few).outputLines().size(), few);
+        const double each = (secondsOfChildren() - before) / few;
+        const int many = 1 + static_cast<int>(lifeTime * 1.25 / each); // the start of the program counts as well
+        const double start = secondsOfChildren();
+
+        const InspectRun longRun = run(many);
+
+        QVERIFY(secondsOfChildren() - start > lifeTime);
+        const QStringList lines = longRun.outputLines();
+        QCOMPARE(lines.size(), many);
+        for (const QString &line : lines)
+            QVERIFY2(!line.contains(QStringLiteral("the analysis")), qPrintable(line));
+    }
+
     void aFileThatIsTooLongIsNotRead()
     {
         const QString path = in(QStringLiteral("long.jpg"));
@@ -264,14 +345,17 @@ private Q_SLOTS:
     void onlyTheStepImagesThatWereAskedForAreTaken_data()
     {
         QTest::addColumn<bool>("steps");
-        QTest::newRow("none") << false;
-        QTest::newRow("all") << true;
+        QTest::addColumn<QString>("plantedEnd");
+        QTest::newRow("none") << false << ".png";
+        QTest::newRow("all") << true << ".png";
+        QTest::newRow("a name with a line break") << true << ".png\n";
     }
 
     void onlyTheStepImagesThatWereAskedForAreTaken()
     {
         constexpr int planted = 20;
         QFETCH(bool, steps);
+        QFETCH(QString, plantedEnd);
         QTemporaryDir out;
         InspectProgram program;
         program.begin(QStringList{QStringLiteral("--repeat=5"), QStringLiteral("--out"), out.path(), mGood}
@@ -280,7 +364,7 @@ private Q_SLOTS:
         do {
             const QString folder = workerFolder(program);
             for (int i = 0; i < planted && !folder.isEmpty(); ++i) {
-                QFile file(folder + QStringLiteral("/steps/kept_%1_planted.png").arg(20 + i));
+                QFile file(folder + QStringLiteral("/steps/kept_%1_planted%2").arg(20 + i).arg(plantedEnd));
                 isPlanted = (file.open(QIODevice::WriteOnly) && file.write("x") == 1) || isPlanted;
             }
         } while (!program.waitForFinished(1) && program.state() != QProcess::NotRunning);
@@ -288,7 +372,9 @@ private Q_SLOTS:
         QVERIFY(isPlanted);
         const int taken = QDir(out.path()).entryList({QStringLiteral("*.png")}, QDir::Files).size();
         QVERIFY2(taken <= (steps ? 14 : 0), qPrintable(QString::number(taken)));
-        QVERIFY(!program.readAllStandardError().isEmpty() || !steps);
+        const bool isName = plantedEnd == QLatin1String(".png");
+        QVERIFY(isName || QDir(out.path()).entryList({QStringLiteral("*\n")}, QDir::Files).isEmpty());
+        QVERIFY(!program.readAllStandardError().isEmpty() || !steps || !isName);
     }
 
     void stepImagesThatAreLostOnTheTemporaryDiskAreTold()

@@ -288,6 +288,23 @@ private Q_SLOTS:
         QCOMPARE(child.signal, SIGXCPU);
     }
 
+    void timeOfItsLifeEndsWhoDoesNotListen()
+    {
+        const QByteArray folder = QFile::encodeName(mInside.path());
+
+        const ForkedChild child = ForkedChild::run([&] {
+            Sandbox sandbox;
+            if (sandbox.enter({folder, {folder}}, {Sandbox::mostMemory, 1}))
+                return 1;
+            sandbox.setBudget({Sandbox::mostMemory, 100});
+            std::signal(SIGXCPU, SIG_IGN);
+            for (volatile bool isOn = true; isOn;) {}
+            return 0;
+        });
+
+        QCOMPARE(child.signal, SIGKILL);
+    }
+
     void largeFilesAreNotToBeWritten()
     {
         const QByteArray path = QFile::encodeName(mInside.filePath(QStringLiteral("large")));

@@ -43,28 +43,30 @@ private:
     rlimit mFormer{};
 };
 
-/// While it lives, the process gets no more than this much memory on top of what it has.
+/// While it lives, the process gets no more than this much memory on top of what it has. What was reserved for later,
+/// as for the allocations of another thread, is no use to it either.
 class MemoryLimit
 {
 public:
     explicit MemoryLimit(quint64 moreBytes)
     {
-        getrlimit(RLIMIT_AS, &mFormer);
-        const rlimit limit{static_cast<rlim_t>(addressSpace() + moreBytes), mFormer.rlim_max};
-        setrlimit(RLIMIT_AS, &limit);
+        getrlimit(RLIMIT_DATA, &mFormer);
+        const rlimit limit{static_cast<rlim_t>(usedBytes() + moreBytes), mFormer.rlim_max};
+        setrlimit(RLIMIT_DATA, &limit);
     }
     MemoryLimit(const MemoryLimit &) = delete;
     MemoryLimit &operator=(const MemoryLimit &) = delete;
-    ~MemoryLimit() { setrlimit(RLIMIT_AS, &mFormer); }
+    ~MemoryLimit() { setrlimit(RLIMIT_DATA, &mFormer); }
 
 private:
-    static quint64 addressSpace()
+    static quint64 usedBytes()
     {
+        constexpr int dataAndStack = 5;
         QFile file(QStringLiteral("/proc/self/statm"));
         if (!file.open(QIODevice::ReadOnly))
             return 0;
-        const QByteArray pages = file.readAll();
-        return pages.left(pages.indexOf(' ')).toULongLong() * static_cast<quint64>(sysconf(_SC_PAGESIZE));
+        const quint64 pages = file.readAll().split(' ').value(dataAndStack).toULongLong();
+        return pages * static_cast<quint64>(sysconf(_SC_PAGESIZE));
     }
 
     rlimit mFormer{};

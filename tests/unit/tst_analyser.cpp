@@ -27,6 +27,7 @@ using FiberInspection::Analyser;
 using FiberInspection::AnalyserPrivate;
 using FiberInspection::Circle;
 using FiberInspection::Device;
+using FiberInspection::Inspection;
 using FiberInspection::Standard;
 using FiberInspection::TestResult;
 
@@ -770,13 +771,53 @@ private Q_SLOTS:
 
     void exceptionsReachTheCaller()
     {
+        Analyser analyser;
+        analyser.analyse(anyStandard, QStringLiteral("port 1"));
+        QVERIFY(analyser.lastInspection().hasVerdict());
         mWorkDir.reset();
         const ThrowingDirectories directories;
-        Analyser analyser;
 
         QVERIFY_EXCEPTION_THROWN(analyser.analyse(anyStandard, QStringLiteral("port 1")), std::runtime_error);
 
-        QVERIFY(analyser.lastSourceImagePath().isEmpty());
+        // Nothing of the one before.
+        QVERIFY(analyser.lastInspection() == Inspection());
+        QCOMPARE(analyser.lastSourceImagePath(), QString());
+        QCOMPARE(analyser.lastResultImagePath(), QString());
+    }
+
+    void theLastInspectionIsTheOneThatEndedLast()
+    {
+        Analyser analyser;
+        QVERIFY(analyser.lastInspection() == Inspection());
+
+        const TestResult result = analyser.analyse(anyStandard, QStringLiteral("port 1"));
+        QVERIFY(analyser.lastInspection().hasVerdict());
+        QCOMPARE(analyser.lastInspection().standardId(), anyStandard);
+        QCOMPARE(analyser.lastInspection().passed(), result.passed());
+
+        const auto filed = analyser.inspectAndFile(Standard::IEC61300_3_35_MM, QStringLiteral("port 2"));
+        QCOMPARE(analyser.lastInspection().standardId(), Standard::IEC61300_3_35_MM);
+        QVERIFY(analyser.lastInspection() == filed.inspection);
+        QCOMPARE(analyser.lastSourceImagePath(), filed.sourceImagePath);
+        QCOMPARE(analyser.lastResultImagePath(), filed.resultImagePath);
+    }
+
+    void theLimitOfPixelsCounts()
+    {
+        const qint64 former = Analyser::maxImagePixels();
+        const QSize size = DrawnFibre().size;
+        const auto reasonWithLimit = [](qint64 pixels) {
+            Analyser analyser;
+            Analyser::setMaxImagePixels(pixels);
+            analyser.analyse(anyStandard, QStringLiteral("port 1"));
+            return analyser.lastInspection().reason();
+        };
+        const Inspection::Reason large = reasonWithLimit(qint64(size.width()) * size.height() - 1);
+        const Inspection::Reason fitting = reasonWithLimit(qint64(size.width()) * size.height());
+        Analyser::setMaxImagePixels(former);
+
+        QCOMPARE(large, Inspection::Reason::ImageTooLarge);
+        QCOMPARE(fitting, Inspection::Reason::None);
     }
 };
 

@@ -1139,6 +1139,36 @@ private Q_SLOTS:
         QVERIFY2(problem.startsWith(reason), qPrintable(problem));
     }
 
+    // What a decoder warns about is refused, but for what says nothing about the pixels.
+    void aWarningOfTheTiffDecoderCounts_data()
+    {
+        enum Type { Short = 3 };
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("problem");
+        // The directory is the end of the file, in the order of its tags.
+        const auto withTag = [](int number, quint32 value) {
+            QByteArray bytes = tiff(plainStrips());
+            const int directory = bytes.size() - 4 - 9 * 12 - 2;
+            bytes.replace(directory, 2, littleEndian(10, 2));
+            return bytes.insert(bytes.size() - 4,
+                littleEndian(quint32(number), 2) + littleEndian(Short, 2) + littleEndian(1, 4)
+                    + littleEndian(value, 4));
+        };
+        QTest::newRow("none") << withTag(296, 2) << QString();
+        QTest::newRow("a tag of the camera's own") << withTag(65000, 2) << QString();
+        QTest::newRow("tags out of order") << withTag(
+            255, 1) << QStringLiteral("the image data is damaged: Invalid TIFF directory; tags are not sorted");
+    }
+    void aWarningOfTheTiffDecoderCounts()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, problem);
+
+        const QString found = problemOf(bytes);
+
+        QVERIFY2(found.startsWith(problem) && found.isEmpty() == problem.isEmpty(), qPrintable(found));
+    }
+
     void theReasonComesToTheInspection()
     {
         const QByteArray whole = jpeg(photograph());

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "EncodedImages.h"
+#include "Faults.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/Inspection.h"
 #include "ForkedChild.h"
 #include "LogCapture.h"
 #include "WorkTimer.h"
@@ -22,7 +24,9 @@ constexpr qint64 mebibyte = 1048576;
 #if defined(__SANITIZE_ADDRESS__)
 constexpr qint64 instrumentation = 512; // mebibytes that are kept after they were freed
 constexpr double slowness = 8;
+constexpr bool canLimitMemory = false; // needs address space without bounds
 #else
+constexpr bool canLimitMemory = true;
 constexpr qint64 instrumentation = 0;
 constexpr double slowness = 1;
 #endif
@@ -310,6 +314,45 @@ private Q_SLOTS:
 
         QVERIFY(isRefused);
         QVERIFY(isRead);
+    }
+
+    // A photograph that is right must not be called damaged because there is no room for it.
+    void wantOfMemoryIsNoDamage_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const cv::Mat picture = plainPicture(2000, 2000);
+        QTest::newRow("JPEG") << jpeg(picture);
+        QTest::newRow("progressive JPEG") << encoded(".jpg", picture, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
+        QTest::newRow("PNG") << encoded(".png", picture);
+        QTest::newRow("TIFF") << encoded(".tiff", picture);
+        QTest::newRow("WebP") << encoded(".webp", picture, {cv::IMWRITE_WEBP_QUALITY, 90});
+        QTest::newRow("BMP") << encoded(".bmp", picture);
+        QTest::newRow("PNM") << encoded(".ppm", picture);
+    }
+    void wantOfMemoryIsNoDamage()
+    {
+        if (!canLimitMemory)
+            QSKIP("the sanitizers need address space without bounds");
+        constexpr int mostMebibytes = 64;
+        constexpr int step = 8;
+        QFETCH(QByteArray, bytes);
+        int broken = 0;
+        int read = 0;
+
+        for (int mebibytes = 0; mebibytes <= mostMebibytes; mebibytes += step) {
+            const ForkedChild child = ForkedChild::run([&bytes, mebibytes] {
+                const Faults::MemoryLimit limit(static_cast<quint64>(mebibytes * mebibyte));
+                return static_cast<int>(decodeImage(bytes).reason);
+            });
+            const auto reason = static_cast<Inspection::Reason>(child.exitCode);
+            broken += reason == Inspection::Reason::AnalysisBroken ? 1 : 0;
+            read += reason == Inspection::Reason::None ? 1 : 0;
+            QVERIFY2(broken + read == 1 + mebibytes / step,
+                qPrintable(QStringLiteral("%1 MiB: %2").arg(mebibytes).arg(child.exitCode)));
+        }
+
+        QVERIFY(broken > 0);
+        QVERIFY(read > 0);
     }
 
 private:

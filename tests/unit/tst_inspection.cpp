@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DrawnFibre.h"
+#include "Faults.h"
+#include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/Inspection.h"
+#include "ForkedChild.h"
 #include "LogCapture.h"
 #include "WorkDir.h"
 #include "simulation/EndfaceScenes.h"
@@ -10,12 +13,17 @@
 #include <QFile>
 #include <QHash>
 #include <QLoggingCategory>
+#include <QSemaphore>
 #include <QSet>
+#include <QThread>
+#include <QThreadPool>
 #include <QtTest>
 
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <malloc.h>
 #include <stdexcept>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -29,6 +37,12 @@ using Reason = Inspection::Reason;
 Q_DECLARE_METATYPE(FiberInspection::Inspection::Reason)
 
 namespace {
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool canLimitMemory = false;
+#else
+constexpr bool canLimitMemory = true;
+#endif
+constexpr int mappedSize = 64 * 1024; ///< bytes; a piece of memory as large as this is gone when it is freed
 constexpr Standard::Id usual = Standard::IEC61300_3_35_SM_RL45;
 
 QImage paintedFace(const char *preset)
@@ -89,6 +103,18 @@ QImage paintOver(const QImage &image, const InspectionOptions &options)
     return {};
 }
 
+/// All that was freed before and can be used again.
+void takeWhatIsLeft()
+{
+    constexpr std::size_t smallest = 16; // bytes
+    for (std::size_t size = mappedSize; size >= smallest; size -= smallest) {
+        void *volatile taken = nullptr;
+        do
+            taken = std::malloc(size);
+        while (taken);
+    }
+}
+
 /// Counts how often a file is opened while the object lives.
 class OpenCounter
 {
@@ -144,7 +170,41 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(mFolder.isValid()); }
+    void initTestCase()
+    {
+        QVERIFY(mFolder.isValid());
+        QVERIFY(!canLimitMemory || mallopt(M_MMAP_THRESHOLD, mappedSize) != 0);
+    }
+
+    // Comes first: the threads of OpenCV, once started, are there for good.
+    void oneInspectionStartsNoThread()
+    {
+        enum Outcome : int { Nothing, NoVerdict, Threads, NoThreadsEver };
+        if (std::thread::hardware_concurrency() < 2)
+            QSKIP("OpenCV has no threads to start here");
+        const ForkedChild child = ForkedChild::run([] {
+            const auto threads = [] { return QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs).size(); };
+            cv::setNumThreads(1); // the painter starts none either
+            const cv::Mat gray = DrawnFibre().gray();
+            cv::setNumThreads(4);
+            QImage image(gray.cols, gray.rows, QImage::Format_RGB32);
+            for (int y = 0; y < gray.rows; ++y) {
+                for (int x = 0; x < gray.cols; ++x)
+                    image.setPixel(x, y, qRgb(gray.at<uchar>(y, x), gray.at<uchar>(y, x), gray.at<uchar>(y, x)));
+            }
+            const int before = threads();
+
+            const Inspection inspection = inspect(image, usual);
+            inspection.annotatedImage();
+
+            if (threads() != before)
+                return Threads;
+            cv::parallel_for_(cv::Range(0, 64), [](const cv::Range &) { QThread::msleep(1); });
+            return threads() == before ? NoThreadsEver : inspection.hasVerdict() ? Nothing : NoVerdict;
+        });
+
+        QCOMPARE(child.exitCode, int(Nothing));
+    }
 
     // --- the value
 
@@ -309,6 +369,8 @@ private Q_SLOTS:
         const Inspection inspection = inspect(image, usual, Device::ks20(), withSeed(5));
 
         QCOMPARE(inspection.image().constBits(), image.constBits());
+        QCOMPARE(inspection.annotatedImage(),
+            inspect(image.convertToFormat(QImage::Format_BGR888), usual, Device::ks20(), withSeed(5)).annotatedImage());
         if (keepsGrays) {
             QCOMPARE(inspection.defects(), expected.defects());
             QCOMPARE(inspection.annotatedImage(), expected.annotatedImage());
@@ -548,6 +610,24 @@ private Q_SLOTS:
         cv::setNumThreads(before);
     }
 
+    void theThreadsOfTheApplicationAreNotWaitedFor()
+    {
+        const QImage face = paintedFace("dirty").convertToFormat(QImage::Format_RGB32);
+        const ForkedChild child = ForkedChild::run(
+            [&face] {
+                QSemaphore forEver;
+                QThreadPool *const pool = QThreadPool::globalInstance();
+                for (int i = 0; i < pool->maxThreadCount(); ++i)
+                    pool->start([&forEver] { forEver.acquire(); });
+                const Inspection inspection = inspect(face, usual);
+                return inspection.annotatedImage().isNull() ? 1 : 0;
+            },
+            10);
+
+        QCOMPARE(child.signal, 0);
+        QCOMPARE(child.exitCode, 0);
+    }
+
     void threadsWithoutASeedDoNotDisturbEachOther()
     {
         const QImage clean = paintedFace("clean");
@@ -618,6 +698,35 @@ private Q_SLOTS:
         QVERIFY(!inspection.saveAnnotatedImage(in(QStringLiteral("nothing.known"))));
     }
 
+    void withoutMemoryThereIsNoAnnotatedImage()
+    {
+        if (!canLimitMemory)
+            QSKIP("the sanitizers need memory without bounds");
+        enum Outcome : int { Nothing, SomePicture, NoPictureEver };
+        DrawnFibre fibre;
+        fibre.size = QSize(3200, 2400);
+        fibre.center = QPointF(1600, 1200);
+        fibre.claddingRadius = 66; // the band of accepted radii is narrow on a large picture
+        fibre.pitRadius = 40;
+        const Inspection inspection = inspectFile(stored(QStringLiteral("large.jpg"), fibre.jpeg()), usual);
+        QVERIFY2(inspection.hasVerdict(), qPrintable(inspection.problem()));
+
+        const ForkedChild child = ForkedChild::run([&inspection] {
+            const auto isThere = [&inspection] { return !inspection.annotatedImage().isNull(); };
+            {
+                const Faults::MemoryLimit limit(0);
+                if (isThere())
+                    return SomePicture;
+                takeWhatIsLeft();
+                if (isThere())
+                    return SomePicture;
+            }
+            return isThere() ? Nothing : NoPictureEver;
+        });
+
+        QCOMPARE(child.exitCode, int(Nothing));
+    }
+
     void everyStepIsShown()
     {
         QStringList names;
@@ -668,6 +777,51 @@ private Q_SLOTS:
         QVERIFY(QDir::setCurrent(former));
         QCOMPARE(QDir(empty.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
         QCOMPARE(QDir(mFolder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::System), before);
+        QCOMPARE(log.asText(), QStringList());
+    }
+
+    void readingAFileSaysNothing()
+    {
+        const LogCapture log;
+
+        QCOMPARE(loadImage(in(QStringLiteral("missing"))).reason, Reason::FileMissing);
+        QCOMPARE(decodeImage("no image").reason, Reason::UnknownFormat);
+        QCOMPARE(log.asText(), QStringList());
+
+        QLoggingCategory::setFilterRules(QStringLiteral("vantor.inspection=true"));
+        loadImage(in(QStringLiteral("missing")));
+        QLoggingCategory::setFilterRules({});
+        QCOMPARE(log.lines().size(), 1);
+        QCOMPARE(log.lines().constFirst().category, QStringLiteral("vantor.inspection"));
+    }
+
+    void anAnalysisWithinAStepSaysEverything()
+    {
+        const TemporaryWorkDir workDir;
+        QVERIFY(paintedFace("pitted").save(BaseDirHelper::tmpFiberInspectionImagePath(), "PNG"));
+        const LogCapture log;
+        const auto analysed = [] {
+            QStringList texts;
+            const LogCapture inner;
+            Analyser().analyse(usual, QStringLiteral("../out"));
+            const QVector<LogCapture::Line> lines = inner.lines();
+            for (const LogCapture::Line &line : lines)
+                texts << line.category + QLatin1Char(' ') + line.text.section(QLatin1Char(' '), 0, 0);
+            return texts;
+        };
+        const QStringList alone = analysed();
+        QStringList within;
+        InspectionOptions options;
+        options.onStep = [&](const QString &step, const QImage &) {
+            if (step == QLatin1String("01_gray"))
+                within = analysed();
+        };
+
+        inspect(paintedFace("clean"), usual, Device::ks20(), options);
+
+        QVERIFY(alone.size() > 30);
+        QVERIFY(alone.constLast().startsWith(QLatin1String("default not")));
+        QCOMPARE(within, alone);
         QCOMPARE(log.asText(), QStringList());
     }
 

@@ -80,6 +80,13 @@ QVector<QByteArray> namesIn(DIR *folder, QString *problem)
 }
 } // namespace
 
+QStringList FolderListing::imageSuffixes()
+{
+    return {QStringLiteral("bmp"), QStringLiteral("jpeg"), QStringLiteral("jpg"), QStringLiteral("pbm"),
+        QStringLiteral("pgm"), QStringLiteral("png"), QStringLiteral("pnm"), QStringLiteral("ppm"),
+        QStringLiteral("tif"), QStringLiteral("tiff"), QStringLiteral("webp")};
+}
+
 FolderListing FolderListing::of(const QString &folder, const QStringList &suffixes)
 {
     FolderListing listing;

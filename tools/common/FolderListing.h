@@ -22,6 +22,9 @@ struct FolderListing
     QVector<LeftOut> leftOut; ///< sorted likewise
     QString problem; ///< why the folder could not be read, or not to its end; empty otherwise
 
+    /// Of the images that can be read, in lower case.
+    static QStringList imageSuffixes();
+
     /// @param suffixes in lower case, without the dot
     static FolderListing of(const QString &folder, const QStringList &suffixes);
 };

@@ -18,7 +18,7 @@ constexpr double maxBlur = 60; // micrometres
 /// The parser knows no optional values: writes the default behind a --sweep without a number.
 QStringList withSweepSteps(const QStringList &arguments, int steps)
 {
-    static const QRegularExpression number(QStringLiteral("^[0-9]+$"));
+    static const QRegularExpression number(QStringLiteral("\\A[0-9]+\\z"));
     QStringList result;
     for (int i = 0; i < arguments.size(); ++i) {
         const QString &argument = arguments.at(i);
@@ -113,7 +113,7 @@ bool CommandLine::readRawLayout()
 {
     if (!mParser.isSet(mSize))
         return !mParser.isSet(mStride) || refuse(QStringLiteral("--stride needs --size"));
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,5})x([0-9]{1,5})$"));
+    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,5})x([0-9]{1,5})\\z"));
     const QRegularExpressionMatch match = pattern.match(mParser.value(mSize));
     const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
     const bool isEven = size.width() % 2 == 0 && size.height() % 2 == 0;

@@ -21,13 +21,6 @@ QStringList rawSuffixes()
     return {QStringLiteral("nv12"), QStringLiteral("raw"), QStringLiteral("yuv")};
 }
 
-QStringList pictureSuffixes()
-{
-    return {QStringLiteral("bmp"), QStringLiteral("jpeg"), QStringLiteral("jpg"), QStringLiteral("pgm"),
-        QStringLiteral("png"), QStringLiteral("ppm"), QStringLiteral("tif"), QStringLiteral("tiff"),
-        QStringLiteral("webp")};
-}
-
 bool isRaw(const QString &path)
 {
     return rawSuffixes().contains(QFileInfo(path).suffix().toLower());
@@ -84,7 +77,7 @@ FileFrames::FileFrames(const QStringList &operands, const RawLayout &rawLayout)
 
 void FileFrames::listFolder(const QString &path)
 {
-    Tools::FolderListing folder = Tools::FolderListing::of(path, pictureSuffixes() + rawSuffixes());
+    Tools::FolderListing folder = Tools::FolderListing::of(path, Tools::FolderListing::imageSuffixes() + rawSuffixes());
     QCollator order{QLocale(QLocale::English)};
     order.setNumericMode(true);
     std::stable_sort(folder.files.begin(), folder.files.end(), order);

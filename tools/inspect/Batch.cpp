@@ -71,10 +71,10 @@ void Batch::startTasks()
     const auto hasRoom = [this]() { return mWaitingBytes < mostBytesAhead || mStarted == mPrinted; };
     for (; mStarted < last && hasRoom() && mWorkers.hasIdle(); ++mStarted) {
         const Task &task = mSession.tasks[mStarted];
-        if (task.image.problem.isEmpty())
-            mWorkers.start(mStarted);
-        else
+        if (!task.image.problem.isEmpty())
             keep(mStarted, reportOf(notAnalysed(task, task.image.problem)));
+        else if (!mWorkers.start(mStarted))
+            break;
     }
 }
 

@@ -36,10 +36,11 @@ CommandLine::CommandLine()
     , mSteps(option("steps", "Keep images of the steps of the analysis too; needs --out."))
     , mJobs(
           option({QStringLiteral("j"), QStringLiteral("jobs")}, "Analyse with this many processes (default: 1).", "N"))
-    , mMaxMegapixels(option("max-megapixels",
-          "Do not decode images of more than so many times 1024 * 1024 pixels (default: 16); the memory that an image "
-          "may take grows with it.",
-          "N"))
+    , mMaxMegapixels(QStringLiteral("max-megapixels"),
+          QStringLiteral("Do not decode images of more than so many times 1024 * 1024 pixels (default: %1); the memory "
+                         "that an image may take grows with it.")
+              .arg(Options::usualMegapixels),
+          QStringLiteral("N"))
     , mTimeout(option("timeout",
           "Give an image up when its analysis takes longer (default: 30); with --repeat, this times the repetitions.",
           "SECONDS"))
@@ -126,7 +127,7 @@ bool CommandLine::readFieldOfView()
 {
     if (!mParser.isSet(mFieldOfView))
         return true;
-    static const QRegularExpression pattern(QStringLiteral("^([0-9]{1,6})x([0-9]{1,6})$"));
+    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,6})x([0-9]{1,6})\\z"));
     const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
     const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
     if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/Fetcher.h"
 
+#include "FiberInspection/Inspection.h"
 #include "inspect/Process.h"
 #include "inspect/Worker.h"
 
@@ -17,7 +18,7 @@
 namespace Inspect {
 
 namespace {
-constexpr qint64 largestImage = 256LL * 1024 * 1024; // bytes
+constexpr qint64 largestImage = FiberInspection::LoadedImage::maxFileSize;
 constexpr std::size_t blockSize = 262144; // bytes
 
 Fetched copy(int image, int memory, std::vector<char> &block)

@@ -8,11 +8,7 @@ namespace Inspect {
 namespace {
 void listFolder(const QString &path, ImageList *list)
 {
-    static const QStringList suffixes{QStringLiteral("bmp"), QStringLiteral("jpeg"), QStringLiteral("jpg"),
-        QStringLiteral("pgm"), QStringLiteral("png"), QStringLiteral("ppm"), QStringLiteral("tif"),
-        QStringLiteral("tiff"), QStringLiteral("webp")};
-
-    const Tools::FolderListing folder = Tools::FolderListing::of(path, suffixes);
+    const Tools::FolderListing folder = Tools::FolderListing::of(path, Tools::FolderListing::imageSuffixes());
     for (const QString &file : folder.files)
         list->images.append({file, {}});
     list->leftOut += folder.leftOut;

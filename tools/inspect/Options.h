@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberInspection/Geometry.h"
-#include "FiberInspection/Standard.h"
+#include "FiberInspection/Inspection.h"
 
 #include <QStringList>
 #include <QVector>
@@ -15,6 +14,10 @@ struct Options
     enum class Action : int { Inspect, ListStandards };
     enum class Format : int { Text, Json, Csv };
 
+    static constexpr qint64 megapixel = 1024LL * 1024; ///< pixels
+    static constexpr int usualMegapixels =
+        static_cast<int>(FiberInspection::InspectionOptions::defaultMaxImagePixels / megapixel);
+
     Action action = Action::Inspect;
     QStringList operands; ///< image files and folders
     QVector<FiberInspection::Standard::Id> standards; ///< each once
@@ -23,7 +26,7 @@ struct Options
     QString outputFolder; ///< empty: nothing is kept
     bool saveSteps = false;
     int jobs = 1;
-    int maxMegapixels = 16; ///< 1024 * 1024 pixels each; larger images are not decoded
+    int maxMegapixels = usualMegapixels; ///< larger images are not decoded
     int timeout = 30; ///< seconds for each run of an image
     int repeat = 1; ///< runs per image and standard
     bool reportsRuns = false; ///< --repeat was given
@@ -31,14 +34,16 @@ struct Options
     bool quiet = false;
     bool verbose = false;
 
-    qint64 maxImagePixels() const { return qint64(maxMegapixels) * 1024 * 1024; }
+    qint64 maxImagePixels() const { return maxMegapixels * megapixel; }
 
     /// How many times more pixels than usual an image may have.
-    int timesTheUsualPixels() const
-    {
-        constexpr int usualMegapixels = 16;
-        return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels);
-    }
+    int timesTheUsualPixels() const { return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels); }
+
+    /// Seconds for all runs of an image.
+    quint64 timePerImage() const { return static_cast<quint64>(timeout) * static_cast<quint64>(repeat); }
+
+    /// Seconds of a processor, after which a worker is replaced at the latest.
+    quint64 timePerWorker() const { return 4 * timePerImage(); }
 
     /// Reports for a person, as opposed to JSON or CSV.
     bool isForPerson() const { return format == Format::Text; }

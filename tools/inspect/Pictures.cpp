@@ -38,6 +38,7 @@ qint64 mostBytesOf(const Options &options)
 {
     return mostBytes * options.timesTheUsualPixels();
 }
+
 /// As a whole or, on a full disk, not at all.
 void write(const QImage &picture, const QString &path)
 {
@@ -97,7 +98,7 @@ void Pictures::take(const OutputFolder &output, const Options &options, Inspecti
 void Pictures::takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const
 {
     // A worker that was taken over shall not choose names for other images.
-    static const QRegularExpression stepSuffix(QStringLiteral("^_\\d\\d_[a-z_]+\\.png$"));
+    static const QRegularExpression stepSuffix(QStringLiteral("\\A_\\d\\d_[a-z_]+\\.png\\z"));
 
     const int most = mostSteps(options);
     const QString name = Tools::Terminal::printableName(inspection->task.outputName);

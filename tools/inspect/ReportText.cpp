@@ -14,6 +14,7 @@
 namespace Inspect {
 
 using FiberInspection::Defect;
+using FiberInspection::GradedDefect;
 using FiberInspection::Rule;
 using FiberInspection::RuleResult;
 using FiberInspection::Standard;
@@ -82,32 +83,33 @@ QString position(double value)
     return number.startsWith(QLatin1Char('-')) ? number : QLatin1Char('+') + number;
 }
 
-QVector<Defect> failingDefects(const QVector<Defect> &defects)
+/// Those of a zone, the largest first.
+QVector<GradedDefect> failingDefects(const Inspection &inspection, Zone::Id zone, const QVector<Defect> &defects)
 {
-    QVector<Defect> failing;
-    std::copy_if(defects.cbegin(), defects.cend(), std::back_inserter(failing),
-        [](const Defect &defect) { return defect.causesFailure; });
-    std::stable_sort(failing.begin(), failing.end(), [](const Defect &a, const Defect &b) { return a.size > b.size; });
+    const Measurements &measured = inspection.measurements;
+    QVector<GradedDefect> failing;
+    for (const Defect &defect : defects) {
+        if (defect.causesFailure)
+            failing.append(GradedDefect::of(zone, defect, measured.crop, measured.pixelSize));
+    }
+    std::stable_sort(failing.begin(), failing.end(),
+        [](const GradedDefect &a, const GradedDefect &b) { return a.sizeMicrons > b.sizeMicrons; });
     return failing;
 }
 
-/// The largest of them; the crop has the fibre in its middle.
-QStringList defectLines(const Inspection &inspection, Zone::Id zone, const QVector<Defect> &defects)
+QStringList defectLines(const QVector<GradedDefect> &defects)
 {
-    const auto pixelSize = static_cast<double>(inspection.measurements.pixelSize);
-    const QPointF fibre(inspection.measurements.crop.width() / 2.0, inspection.measurements.crop.height() / 2.0);
-
     QStringList lines;
-    for (const Defect &defect : defects) {
+    for (const GradedDefect &defect : defects) {
         if (lines.size() == mostDefectsShown) {
             lines.append(
                 QStringLiteral("%1 and %2 more").arg(left(QString(), zoneWidth)).arg(defects.size() - lines.size()));
             break;
         }
-        const QPointF place = (defect.enclosingCircle.center - fibre) * pixelSize;
-        lines.append(left(Zone::name(zone), zoneWidth) + left(defectTypeName(defect.type), kindWidth)
-            + right(micrometres(static_cast<double>(defect.size)), numberWidth)
-            + right(position(place.x()), numberWidth) + right(position(place.y()), numberWidth));
+        lines.append(left(Zone::name(defect.zone), zoneWidth) + left(defectTypeName(defect.kind), kindWidth)
+            + right(micrometres(defect.sizeMicrons), numberWidth)
+            + right(position(defect.centerMicrons.x()), numberWidth)
+            + right(position(defect.centerMicrons.y()), numberWidth));
     }
     return lines;
 }
@@ -115,8 +117,8 @@ QStringList defectLines(const Inspection &inspection, Zone::Id zone, const QVect
 QStringList defectsTable(const Inspection &inspection, const Tools::TextStyle &style)
 {
     const TestResult &result = inspection.result;
-    const QStringList lines = defectLines(inspection, Zone::Core, failingDefects(result.coreDefects()))
-        + defectLines(inspection, Zone::Cladding, failingDefects(result.claddingDefects()));
+    const QStringList lines = defectLines(failingDefects(inspection, Zone::Core, result.coreDefects()))
+        + defectLines(failingDefects(inspection, Zone::Cladding, result.claddingDefects()));
     if (lines.isEmpty())
         return {};
     const QString header = left(QStringLiteral("Failing"), zoneWidth) + left(QStringLiteral("Kind"), kindWidth)

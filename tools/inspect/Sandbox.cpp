@@ -176,7 +176,7 @@ void limit(__rlimit_resource resource, rlim_t most)
     setrlimit(resource, &limits);
 }
 
-/// The soft limit only: the next image may need more.
+/// The soft limit only: the next image may need more, and the hard one cannot be raised again.
 void limitForNow(__rlimit_resource resource, rlim_t most)
 {
     rlimit limits{};
@@ -210,7 +210,7 @@ Sandbox::Support Sandbox::support()
     return support;
 }
 
-const char *Sandbox::enter(const Folders &folders, quint64 memory)
+const char *Sandbox::enter(const Folders &folders, const Budget &life)
 {
     mMemoryAtStart = usedAddressSpace();
     limit(RLIMIT_CORE, 0);
@@ -218,7 +218,8 @@ const char *Sandbox::enter(const Folders &folders, quint64 memory)
     limit(RLIMIT_NOFILE, mostOpenFiles);
     limit(RLIMIT_NPROC, 0); // says nothing to root
     if (mMemoryAtStart > 0 && !hasShadowMemory)
-        limit(RLIMIT_AS, mMemoryAtStart + memory);
+        limit(RLIMIT_AS, mMemoryAtStart + life.memory);
+    limit(RLIMIT_CPU, usedProcessorTime() + life.processorTime);
 
     const Support supported = support();
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)

@@ -33,14 +33,16 @@ public:
         QList<QByteArray> writable; ///< where files may be created, written and removed, too
     };
 
-    /// Uses whatever the kernel supports. @param memory bytes of address space that no budget exceeds
+    /// Uses whatever the kernel supports. @param life what all images together may take, of memory the hungriest
     /// @return nullptr, or which step failed: the process must not go on then
-    const char *enter(const Folders &folders, quint64 memory = mostMemory);
+    const char *enter(const Folders &folders, const Budget &life = {mostMemory, mostProcessorTime});
 
-    /// Before each image. What goes beyond gets no memory, or is ended by the kernel.
+    /// Before each image. What goes beyond gets no memory, or is ended by a signal. Code that was taken over may not
+    /// listen to that; nothing leads beyond the life.
     void setBudget(const Budget &budget) const;
 
     static constexpr quint64 mostMemory = 900ULL * 1024 * 1024; ///< bytes of address space, unless more is asked for
+    static constexpr quint64 mostProcessorTime = 3600; ///< seconds, unless told
     static constexpr quint64 largestFile = 320ULL * 1024 * 1024; ///< bytes of each file that is written
 
 private:

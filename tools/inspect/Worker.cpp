@@ -49,8 +49,15 @@ Sandbox::Budget budgetFor(int image, const Options &options)
     {
     };
     const bool isSmall = fstat(image, &status) == 0 && status.st_size <= smallImage;
-    return {(isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options),
-        static_cast<quint64>(options.timeout) * static_cast<quint64>(options.repeat)};
+    return {
+        (isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options), options.timePerImage()};
+}
+
+/// As inspectFile() would say it.
+QString problemOf(const Fetched &fetch)
+{
+    using Found = FiberInspection::Inspection;
+    return QStringLiteral("%1: %2").arg(Found::reasonText(Found::Reason::FileUnreadable), fetch.text());
 }
 
 void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
@@ -67,7 +74,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
     Sandbox sandbox;
     if (!problem)
         problem = sandbox.enter({QFile::encodeName(folder), pictures.foldersToWrite(session.options)},
-            Sandbox::mostMemory * timesTheUsualPixels(session.options));
+            {Sandbox::mostMemory * timesTheUsualPixels(session.options), session.options.timePerWorker()});
     if (problem) {
         Tools::Terminal::tell(QStringLiteral("the analysis cannot be shut in: %1").arg(QLatin1String(problem)));
         return;
@@ -80,7 +87,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
         const Inspection inspection = fetch.problem == Fetched::None
             ? inspect(task, imagePath, session.options, pictures)
-            : notAnalysed(task, QStringLiteral("Failed to load image: ") + fetch.text());
+            : notAnalysed(task, problemOf(fetch));
         const QByteArray message = InspectionMessage::toBytes(inspection);
         if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))
             return;

@@ -12,9 +12,11 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -30,8 +32,30 @@ constexpr int longestWait = 500; // milliseconds
 /// Between two looks at what the workers have written.
 constexpr int betweenLooks = 100; // milliseconds
 
-QString describeEnd(int status)
+/// Seconds of a processor; nothing of a process that is gone for good. One that has just ended can still be asked.
+std::optional<double> processorTime(pid_t pid)
 {
+    clockid_t clock{};
+    timespec used{};
+    if (clock_getcpuclockid(pid, &clock) != 0 || clock_gettime(clock, &used) != 0)
+        return std::nullopt;
+    return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
+}
+
+bool hasUsedUpItsTime(pid_t pid)
+{
+    constexpr double fewTicks = 0.25; // seconds; the limit counts ticks, the clock what really ran
+    constexpr double mostOfIt = 0.95;
+    rlimit limits{};
+    const std::optional<double> used = processorTime(pid);
+    const bool isKnown = used && prlimit(pid, RLIMIT_CPU, nullptr, &limits) == 0;
+    return isKnown && *used + fewTicks >= mostOfIt * static_cast<double>(limits.rlim_max);
+}
+
+QString describeEnd(int status, bool isOverTime)
+{
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL && isOverTime)
+        return QStringLiteral("the analysis used up its time of the processor");
     if (WIFSIGNALED(status)) {
         return QStringLiteral("the analysis was ended by signal %1 (%2)")
             .arg(WTERMSIG(status))
@@ -114,20 +138,29 @@ bool WorkerPool::hasIdle() const
         || std::any_of(mWorkers.cbegin(), mWorkers.cend(), [](const Worker &worker) { return worker.task == idle; });
 }
 
-void WorkerPool::start(int task)
+bool WorkerPool::start(int task)
 {
     Worker *worker = idleWorker();
+    while (worker && isWornOut(*worker)) {
+        bury(*worker);
+        worker = idleWorker();
+    }
     if (!worker)
         worker = forkWorker();
+    if (!worker && !mWorkers.empty()) {
+        mSize = mWorkers.size();
+        return false;
+    }
     if (!worker) {
         mOutcomes.push_back(
             {task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}, {}});
-        return;
+        return true;
     }
     worker->task = task;
-    worker->timeLeft = qint64(mSession.options.timeout) * mSession.options.repeat * 1000;
+    worker->timeLeft = qint64(mSession.options.timePerImage()) * 1000;
     const auto number = static_cast<quint32>(task);
     Process::writeAll(worker->requests, &number, sizeof number); // should it be dead already, reading from it tells
+    return true;
 }
 
 std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
@@ -175,8 +208,7 @@ void WorkerPool::endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes)
         worker.timeLeft -= elapsed;
         if (worker.timeLeft > 0)
             continue;
-        const int seconds = mSession.options.timeout * mSession.options.repeat;
-        outcomes->push_back(bury(worker, QStringLiteral("timed out after %1 s").arg(seconds)));
+        outcomes->push_back(bury(worker, QStringLiteral("timed out after %1 s").arg(mSession.options.timePerImage())));
     }
 }
 
@@ -201,14 +233,26 @@ WorkerPool::Worker *WorkerPool::idleWorker()
     return worker == mWorkers.end() ? nullptr : &*worker;
 }
 
+bool WorkerPool::isWornOut(const Worker &worker) const
+{
+    constexpr quint64 slack = 2; // seconds
+    const Options &options = mSession.options;
+    const std::optional<double> used = processorTime(worker.pid);
+    return used
+        && *used + static_cast<double>(options.timePerImage() + slack) > static_cast<double>(options.timePerWorker());
+}
+
 WorkerPool::Worker *WorkerPool::forkWorker()
 {
     Pipe requests;
     Pipe fetched;
     Pipe inspections;
     const Memory image;
+    const Pipe spare[2]; // for the files that this process opens later
     const QString folder = mSession.temporaryFolder + QLatin1Char('/') + QString::number(++mForked);
-    if (!requests.isOpen() || !fetched.isOpen() || !inspections.isOpen() || image.file() < 0)
+    const bool hasRoom =
+        std::all_of(std::begin(spare), std::end(spare), [](const Pipe &pipe) { return pipe.isOpen(); });
+    if (!requests.isOpen() || !fetched.isOpen() || !inspections.isOpen() || image.file() < 0 || !hasRoom)
         return nullptr;
 
     const pid_t fetcher = fork();
@@ -256,11 +300,12 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
 
 WorkerPool::Outcome WorkerPool::bury(Worker &worker, const QString &reason)
 {
+    const bool isOverTime = hasUsedUpItsTime(worker.pid);
     Process::end(worker.fetcher);
     const int status = Process::end(worker.pid);
     close(worker.requests);
     close(worker.inspections);
-    Outcome outcome{worker.task, std::nullopt, reason.isEmpty() ? describeEnd(status) : reason, {},
+    Outcome outcome{worker.task, std::nullopt, reason.isEmpty() ? describeEnd(status, isOverTime) : reason, {},
         lastWordsOfWorker(worker.folder)};
     QDir(worker.folder).removeRecursively();
     mWorkers.erase(mWorkers.begin() + (&worker - mWorkers.data()));

@@ -34,8 +34,9 @@ public:
 
     bool hasIdle() const;
 
-    /// Gives the task to an idle process, or to a new one.
-    void start(int task);
+    /// Gives the task to an idle process, or to a new one. False: no further one can be had, those there are have to
+    /// do.
+    bool start(int task);
 
     /// Waits until something is done, or until the file descriptor can be read, or a moment is over.
     std::vector<Outcome> wait(int fileDescriptor);
@@ -56,6 +57,7 @@ private:
     };
 
     Worker *idleWorker();
+    bool isWornOut(const Worker &worker) const; ///< has not enough time left for another image
     Worker *forkWorker();
     int timeUntilNextLook() const;
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
@@ -64,7 +66,7 @@ private:
     Outcome bury(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
 
     const Session &mSession;
-    std::size_t mSize;
+    std::size_t mSize; ///< the most workers
     int mForked = 0;
     std::vector<Worker> mWorkers;
     QElapsedTimer mSinceLook; ///< at what the workers have written
