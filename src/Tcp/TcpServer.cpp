@@ -2,6 +2,7 @@
 #include "Tcp/TcpServer.h"
 
 #include "Tcp/HeldSocket_p.h"
+#include "Tcp/Listener_p.h"
 #include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
 
@@ -17,15 +18,16 @@ constexpr int acceptRetryDelay = 1000; // milliseconds
 
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
+    , mServer(std::make_unique<Listener>())
     , mSocketBuffer(std::make_shared<SocketBuffer>())
     , mCalls(std::make_shared<NestedCalls>([this] { acceptOrPause(); }))
 {
     mAcceptTimer.setSingleShot(true);
     mAcceptTimer.setInterval(acceptRetryDelay);
     connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptOrPause);
-    connect(&mServer, &QTcpServer::acceptError, this, &TcpServer::onAcceptError);
+    connect(mServer.get(), &Listener::acceptFailed, this, &TcpServer::onAcceptFailed);
 
-    connect(&mServer, &QTcpServer::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
+    connect(mServer.get(), &Listener::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
     connect(this, &TcpServer::send, this, &TcpServer::onSend, Qt::AutoConnection);
 }
 
@@ -50,7 +52,7 @@ bool TcpServer::start(const QHostAddress &address, int port)
         return false;
     }
     mIsDeaf = false;
-    if (!mServer.listen(address, static_cast<quint16>(port)))
+    if (!mServer->listen(address, static_cast<quint16>(port)))
         return false;
     acceptOrPause();
     return true;
@@ -58,8 +60,8 @@ bool TcpServer::start(const QHostAddress &address, int port)
 
 void TcpServer::stop()
 {
-    if (mServer.isListening())
-        mServer.close();
+    if (mServer->isListening())
+        mServer->close();
 }
 
 qint64 TcpServer::bytesToWrite() const
@@ -93,21 +95,16 @@ bool TcpServer::dropsLeftovers() const
     return mSocketBuffer->dropsLeftovers();
 }
 
-void TcpServer::onAcceptError()
+void TcpServer::onAcceptFailed(const QString &reason)
 {
     mAcceptTimer.start();
     if (!std::exchange(mIsDeaf, true))
-        qWarning().noquote() << "cannot accept connections, trying again every second:" << mServer.errorString();
+        qWarning().noquote() << "cannot accept connections, trying again every second:" << reason;
 }
 
 void TcpServer::acceptOrPause()
 {
-    if (!mServer.isListening()) // Qt does not ask
-        return;
-    if (mCalls->areMost())
-        mServer.pauseAccepting();
-    else
-        mServer.resumeAccepting();
+    mServer->setAccepting(!mCalls->areMost());
 }
 
 void TcpServer::onNewConnection()
@@ -117,7 +114,7 @@ void TcpServer::onNewConnection()
     qDebug() << "Client connected";
     if (!self)
         return;
-    QTcpSocket *const newcomer = mServer.nextPendingConnection();
+    QTcpSocket *const newcomer = mServer->takeNewcomer();
     if (!newcomer) // taken by an event loop within a receiver
         return;
     const HeldSocket socket = holdSocket(newcomer);
@@ -141,7 +138,7 @@ void TcpServer::onNewConnection()
         return;
     const bool isGone = socket->state() != QAbstractSocket::ConnectedState;
     connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
-    const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
+    const NestedCall call(mCalls);
     Q_EMIT clientConnected();
     if (self && mSocket == socket && socket->bytesAvailable() > 0) // it came, and was told, in a loop further up
         onReadyRead();

@@ -4,11 +4,12 @@
 #include "Tcp/AbstractTcpMessage.h"
 #include "VantorBase_export.h"
 
-#include <QTcpServer>
+#include <QHostAddress>
 #include <QTimer>
 
 #include <memory>
 
+class Listener;
 class NestedCalls;
 class QTcpSocket;
 class SocketBuffer;
@@ -72,14 +73,14 @@ Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 
 private:
-    void onAcceptError();
+    void onAcceptFailed(const QString &reason);
     void acceptOrPause();
     void onNewConnection();
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
     void noteUnsent();
 
-    QTcpServer mServer;
+    std::unique_ptr<Listener> mServer; ///< never null
     QTimer mAcceptTimer; ///< runs while connections cannot be accepted
     bool mIsDeaf = false; ///< and that was told
     std::shared_ptr<SocketBuffer> mSocketBuffer; ///< never null; calls that stand on it hold it, too
