@@ -10,10 +10,26 @@
 #include <QPointer>
 
 #include <limits>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <utility>
 
 namespace {
 constexpr int acceptRetryDelay = 1000; // milliseconds
+
+/// Qt notices it once all has been read.
+bool hasPeerClosed(const QTcpSocket &socket)
+{
+    pollfd descriptor{static_cast<int>(socket.socketDescriptor()), POLLRDHUP, 0};
+    return socket.state() != QAbstractSocket::ConnectedState || poll(&descriptor, 1, 0) != 0;
+}
+
+qint64 unreadBytes(const QTcpSocket &socket)
+{
+    int inSystem = 0;
+    ioctl(static_cast<int>(socket.socketDescriptor()), FIONREAD, &inSystem);
+    return socket.bytesAvailable() + inSystem;
+}
 } // namespace
 
 TcpServer::TcpServer(QObject *parent)
@@ -112,6 +128,8 @@ void TcpServer::onNewConnection()
     mIsDeaf = false;
     const QPointer<TcpServer> self(this);
     qDebug() << "Client connected";
+    if (self)
+        hearOutClosed();
     if (!self)
         return;
     QTcpSocket *const newcomer = mServer->takeNewcomer();
@@ -119,6 +137,8 @@ void TcpServer::onNewConnection()
         return;
     const HeldSocket socket = holdSocket(newcomer);
     if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
+        if (const qint64 unread = unreadBytes(*oldSocket); unread > 0)
+            qWarning() << "bytes of a replaced connection are dropped:" << unread;
         oldSocket->abort(); // clientDisconnected() comes from here
         if (!self)
             return;
@@ -146,13 +166,29 @@ void TcpServer::onNewConnection()
         Q_EMIT clientDisconnected();
 }
 
-void TcpServer::onReadyRead()
+void TcpServer::hearOutClosed()
 {
     const QPointer<TcpServer> self(this);
     const HeldSocket socket = mSocket;
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
+    bool isMore = socket != nullptr;
+    while (isMore && self && mSocket == socket && hasPeerClosed(*socket)) {
+        isMore = socket->state() == QAbstractSocket::ConnectedState && socket->waitForReadyRead(0);
+        // Qt tells of no more bytes while a receiver of earlier ones runs an event loop. It is given them afterwards.
+        while (self && mSocket == socket && buffer->readFrom(*socket))
+            isMore = true;
+    }
+}
+
+void TcpServer::onReadyRead()
+{
+    const QPointer<TcpServer> self(this);
     QByteArray data;
     const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
-    while (self && mSocket == socket && buffer->readFrom(*socket)) { // an old client's bytes stay unread
+    HeldSocket socket = mSocket;
+    // While a receiver runs an event loop more may come, and be read when another connection takes the place of this
+    // one.
+    while (self && ((mSocket && buffer->readFrom(*mSocket)) || std::exchange(socket, mSocket) != mSocket)) {
         while (buffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -14,7 +14,8 @@ class NestedCalls;
 class QTcpSocket;
 class SocketBuffer;
 
-/// The end of the link that listens. It talks to one client at a time: the newest.
+/// The end of the link that listens. It talks to one client at a time: the newest. What one sent before it closed the
+/// connection is received all the same; of one that is replaced while it is connected, the log tells what was not read.
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. A
 /// receiver of any signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs
@@ -76,6 +77,7 @@ private:
     void onAcceptFailed(const QString &reason);
     void acceptOrPause();
     void onNewConnection();
+    void hearOutClosed(); ///< reads what the client sent before it closed the connection; it is received as ever
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
     void noteUnsent();
