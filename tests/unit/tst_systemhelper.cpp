@@ -287,6 +287,29 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
     }
 
+    // Qt learns of the end of a process by it.
+    void anApplicationThatBlocksTheSignalOfChildrenIsNotHungUp()
+    {
+        constexpr unsigned patience = 10; // seconds
+        const ForkedChild child = ForkedChild::run(
+            [] {
+                sigset_t signals;
+                sigset_t after;
+                sigemptyset(&signals);
+                sigaddset(&signals, SIGCHLD);
+                sigprocmask(SIG_BLOCK, &signals, nullptr);
+                const bool ends = !SystemHelper::runCommand(QStringLiteral("sleep 1000"), 300, nullptr, nullptr);
+                QByteArray output;
+                const bool runs = SystemHelper::runCommand(QStringLiteral("echo here"), 3000, &output, nullptr);
+                sigprocmask(SIG_BLOCK, nullptr, &after);
+                return ends && runs && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
+            },
+            patience);
+
+        QCOMPARE(child.signal, 0);
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
     void aCommandThatPrintsAllTheTimeIsKilledWhenItsTimeIsUp()
     {
         const LogCapture log;
