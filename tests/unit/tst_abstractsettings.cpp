@@ -18,7 +18,11 @@
 namespace {
 constexpr uid_t anotherUser = 65534; // and group
 constexpr rlim_t writtenAtMost = 4096; // bytes of a file
-const QString tooLong(2 * writtenAtMost, QLatin1Char('x'));
+
+QString tooLong()
+{
+    return QString(2 * writtenAtMost, QLatin1Char('x'));
+}
 } // namespace
 
 class Settings : public AbstractSettings
@@ -468,10 +472,10 @@ private Q_SLOTS:
         {
             const Faults::FileSizeLimit limit(writtenAtMost);
 
-            settings.store()->setValue(QStringLiteral("key"), tooLong);
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
             QVERIFY(!settings.sync());
             QCOMPARE(log.warnings().filter(path), QStringList(told));
-            settings.store()->setValue(QStringLiteral("key"), tooLong);
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
             QVERIFY(!settings.sync());
             QCOMPARE(content(path), before);
         }
@@ -531,7 +535,7 @@ private Q_SLOTS:
         const LogCapture log;
         {
             const Faults::FileSizeLimit limit(writtenAtMost);
-            settings.store()->setValue(QStringLiteral("key"), tooLong);
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
             QCoreApplication::sendPostedEvents();
             for (int i = 0; i < 3; ++i) // no better
                 QCoreApplication::postEvent(settings.store(), new QEvent(QEvent::UpdateRequest));
@@ -540,9 +544,9 @@ private Q_SLOTS:
             QCOMPARE(log.warnings().filter(path), QStringList(told));
         }
 
-        QTRY_COMPARE(content(path), "[General]\nkey=" + tooLong.toUtf8() + '\n');
+        QTRY_COMPARE(content(path), "[General]\nkey=" + tooLong().toUtf8() + '\n');
         const Faults::FileSizeLimit limit(writtenAtMost);
-        settings.store()->setValue(QStringLiteral("key"), tooLong + tooLong);
+        settings.store()->setValue(QStringLiteral("key"), tooLong() + tooLong());
         QCoreApplication::sendPostedEvents();
         QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // it is another failure
     }

@@ -306,7 +306,7 @@ private Q_SLOTS:
     // Qt learns of the end of a process by it.
     void anApplicationThatBlocksTheSignalOfChildrenIsNotHungUp()
     {
-        constexpr unsigned patience = 10; // seconds
+        constexpr unsigned enough = 10; // seconds
         const ForkedChild child = ForkedChild::run(
             [] {
                 sigset_t signals;
@@ -320,7 +320,7 @@ private Q_SLOTS:
                 sigprocmask(SIG_BLOCK, nullptr, &after);
                 return ends && runs && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
             },
-            patience);
+            enough);
 
         QCOMPARE(child.signal, 0);
         QVERIFY2(child.exitCode == 0, child.standardError.constData());

@@ -176,6 +176,7 @@ private Q_SLOTS:
         mDeepest = 0;
         mIsFull = false;
         mPayloads.clear();
+        mTold.clear();
         mPeerSocket = nullptr;
         mLog = std::make_unique<LogCapture>();
         mClients = std::make_unique<Clients>();
@@ -476,10 +477,9 @@ private Q_SLOTS:
             return Loopback::frame('{' + QByteArray::number(number) + QByteArray(padding, ' ') + '}');
         };
         startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
-        QStringList told;
-        connect(mServer, &TcpServer::clientConnected, this, [&] { told << QStringLiteral("came"); });
-        connect(mServer, &TcpServer::clientDisconnected, this, [&] { told << QStringLiteral("left"); });
-        const auto closeAndComeAgain = [&](QTcpSocket *client) {
+        connect(mServer, &TcpServer::clientConnected, this, [this] { mTold << QStringLiteral("came"); });
+        connect(mServer, &TcpServer::clientDisconnected, this, [this] { mTold << QStringLiteral("left"); });
+        const auto closeAndComeAgain = [=](QTcpSocket *client) {
             client->write(padded(2) + padded(3));
             client->disconnectFromHost();
             if (inALoop)
@@ -491,8 +491,8 @@ private Q_SLOTS:
             if (inALoop)
                 runLoopUntil([this] { return mCame == 2; });
         };
-        connect(mServer, &TcpServer::dataReceived, this, [&](const QByteArray &data) {
-            told << QString::fromLatin1(data.mid(1, 1));
+        connect(mServer, &TcpServer::dataReceived, this, [=](const QByteArray &data) {
+            mTold << QString::fromLatin1(data.mid(1, 1));
             if (inALoop && !std::exchange(mWasCalled, true))
                 closeAndComeAgain(mClients->newest());
         });
@@ -501,13 +501,13 @@ private Q_SLOTS:
 
         client->write(padded(1));
         if (!inALoop) {
-            QTRY_COMPARE_WITH_TIMEOUT(told.size(), 2, patience);
+            QTRY_COMPARE_WITH_TIMEOUT(mTold.size(), 2, patience);
             closeAndComeAgain(client);
         }
 
-        QTRY_VERIFY_WITH_TIMEOUT(told.contains(QStringLiteral("4")), patience);
-        // In the loop the end of the connection is told, as everything is; the messages wait for the receiver.
-        QCOMPARE(told.join(QLatin1Char(' ')),
+        QTRY_VERIFY_WITH_TIMEOUT(mTold.contains(QStringLiteral("4")), patience);
+        // In the loop the end of the connection is mTold, as everything is; the messages wait for the receiver.
+        QCOMPARE(mTold.join(QLatin1Char(' ')),
             inALoop ? QStringLiteral("came 1 left came 2 3 4") : QStringLiteral("came 1 2 3 left came 4"));
         QCOMPARE(mLog->warnings(), QStringList());
         theyTalk(*mClients->newest(), mServer);
@@ -887,6 +887,7 @@ private:
     int mDeepest = 0;
     bool mIsFull = false; ///< as many are on the stack as may be
     QByteArrayList mPayloads;
+    QStringList mTold; ///< in the order of the signals
 };
 
 QTEST_GUILESS_MAIN(TestTcpReentrancy)
