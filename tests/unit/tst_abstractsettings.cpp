@@ -21,7 +21,7 @@ constexpr rlim_t writtenAtMost = 4096; // bytes of a file
 
 QString tooLong()
 {
-    return QString(2 * writtenAtMost, QLatin1Char('x'));
+    return QStringLiteral("x").repeated(2 * static_cast<int>(writtenAtMost));
 }
 } // namespace
 

@@ -488,7 +488,7 @@ private:
         const qint64 elapsed = timer.elapsed();
 
         std::fprintf(stderr, "%lld ms, told: %s\n", elapsed, qPrintable(log.warnings().join(QLatin1Char('|'))));
-        return log.warnings().size() == 1 && elapsed < (peers - 1) * retryDelay ? 0 : 6;
+        return log.warnings().size() == 1 && elapsed < (peers - 1) * qint64(retryDelay) ? 0 : 6;
     }
 
     /// A peer that the server has seen come and go, as nearly all do.
