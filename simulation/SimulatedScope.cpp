@@ -4,8 +4,13 @@
 #include "simulation/EndfaceScenes.h"
 #include "simulation/FrameMaker.h"
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
 #include <algorithm>
 #include <cmath>
+#include <dlfcn.h>
 
 SimulatedScope *SimulatedScope::instance()
 {
@@ -21,6 +26,17 @@ SimulatedScope::SimulatedScope()
 }
 
 SimulatedScope::~SimulatedScope() = default;
+
+QString SimulatedScope::pluginPath()
+{
+    static const char within = 0;
+    Dl_info library = {};
+    dladdr(&within, &library);
+    const QFileInfo file(QFile::decodeName(library.dli_fname));
+    const QDir path(file.canonicalPath() + QLatin1String("/" VANTORBASE_PLUGIN_PATH));
+    const bool isThere = file.isAbsolute() && path.exists(QStringLiteral("mediaservice/libsimscope.so"));
+    return isThere ? path.path() : QString();
+}
 
 QString SimulatedScope::displayName()
 {

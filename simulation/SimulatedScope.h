@@ -15,9 +15,19 @@
 
 class FrameMaker;
 
-/// A fibre scope made of software: what a hand would do to a real one, and what its camera sees.
+/// A fibre scope made of software: what a hand would do to a real one, and what its camera sees. So pages and programs
+/// for a scope can be tried without one.
 ///
-/// The plug-in offers it to Qt Multimedia as a camera. One object per process, in the user interface's thread.
+/// A plug-in that lies beside this library offers it to Qt Multimedia as a camera. One object per process, in the user
+/// interface's thread.
+///
+/// @code
+/// QCoreApplication::addLibraryPath(SimulatedScope::pluginPath()); // before the first camera is asked for
+/// SimulatedScope *const scope = SimulatedScope::instance();
+/// scope->setFace(QStringLiteral("pitted"));
+/// scope->setFocus(0); // sharp
+/// qInfo() << "look for the camera" << SimulatedScope::displayName() << "at one of" << SimulatedScope::faces();
+/// @endcode
 class SIMULATEDSCOPE_EXPORT SimulatedScope : public QObject
 {
     Q_OBJECT
@@ -40,6 +50,10 @@ public:
     /// Made by the first call.
     static SimulatedScope *instance();
     ~SimulatedScope() override;
+
+    /// The path of the plug-in that offers the camera, for QCoreApplication::addLibraryPath(). Empty if the plug-in is
+    /// not installed.
+    static QString pluginPath();
 
     /// The display name of the camera.
     static QString displayName();

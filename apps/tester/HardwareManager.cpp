@@ -53,10 +53,10 @@ QString HardwareManager::scopeName()
     return FiberInspection::Device::ks20().name;
 }
 
-void HardwareManager::prepare(const QString &pluginFolder)
+void HardwareManager::prepare(const QString &pluginPath)
 {
     QFile::remove(linkPath()); // the one of the run before
-    const QString plugin = QDir(pluginFolder).filePath(QLatin1String(pluginName));
+    const QString plugin = pluginPath + QLatin1String("/mediaservice/") + QLatin1String(pluginName);
     if (isRealScopeThere() || !QFile::exists(plugin))
         return;
     const QString folder = QFileInfo(linkPath()).path();

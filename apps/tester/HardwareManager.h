@@ -22,8 +22,8 @@ public:
 
     /// To be called before the Qt application object exists: offers the plug-in of the simulated scope to Qt Multimedia
     /// by a link below BaseDirHelper::libDir(), unless a real scope is there.
-    /// @param pluginFolder where the plug-in was built or installed
-    static void prepare(const QString &pluginFolder);
+    /// @param pluginPath of the simulated scope; empty: there is none
+    static void prepare(const QString &pluginPath);
 
 Q_SIGNALS:
     void isScopeConnectedChanged(bool isScopeConnected);

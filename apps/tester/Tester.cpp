@@ -32,10 +32,10 @@ InspectionThread::~InspectionThread()
     mThread.wait();
 }
 
-void Tester::prepareProcess(const QString &pluginFolder)
+void Tester::prepareProcess(const QString &pluginPath)
 {
     WorkFolder::create();
-    HardwareManager::prepare(pluginFolder);
+    HardwareManager::prepare(pluginPath);
     const DesktopSession session;
     OrvelApplication::initCore();
     OrvelApplication::initGui();

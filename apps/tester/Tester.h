@@ -42,8 +42,8 @@ public:
     Tester &operator=(const Tester &) = delete;
 
     /// What has to happen before the Qt application object exists. A BaseDirHelper has to be there.
-    /// @param pluginFolder of the simulated scope
-    static void prepareProcess(const QString &pluginFolder);
+    /// @param pluginPath of the simulated scope; empty: there is none
+    static void prepareProcess(const QString &pluginPath);
 
     /// Null when the user interface could not be loaded.
     QQuickWindow *window() const;

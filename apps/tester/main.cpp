@@ -2,10 +2,9 @@
 #include "Helpers/AbsoluteBaseDir.h"
 #include "Tester.h"
 #include "WorkFolder.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QCommandLineParser>
-#include <QDir>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QQuickWindow>
 
@@ -74,14 +73,6 @@ int parse(int &argc, char *argv[], Options &options)
     return -1;
 }
 
-/// The folder of the simulated scope, installed or in the build tree.
-QString pluginFolder(const QString &program)
-{
-    const QDir programs = QFileInfo(program).absoluteDir();
-    const QString installed = programs.absoluteFilePath(QStringLiteral(VANTOR_SIMSCOPE_FROM_PROGRAMS));
-    return QFileInfo::exists(installed) ? installed
-                                        : programs.absoluteFilePath(QStringLiteral("../plugins/mediaservice"));
-}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -92,7 +83,7 @@ int main(int argc, char *argv[])
         return exitCode;
 
     const AbsoluteBaseDir folders(options.folder); // before all that asks for a path
-    Tester::prepareProcess(pluginFolder(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()));
+    Tester::prepareProcess(SimulatedScope::pluginPath());
 
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationVersion(QStringLiteral(VANTORBASE_VERSION));

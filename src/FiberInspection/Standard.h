@@ -30,7 +30,8 @@ struct VANTORBASE_EXPORT Zone
 /// Only the core and the cladding zone carry rules. `Manual` has neither rules nor diameters.
 ///
 /// @code
-/// for (const Standard::Id id : Standard::allStandardIds()) {
+/// const QVector<Standard::Id> ids = Standard::allStandardIds();
+/// for (const Standard::Id id : ids) {
 ///     const Standard standard(id);
 ///     qInfo() << standard.name() << "core up to" << standard.core().outerDiameter << "um";
 ///     for (const Rule &rule : standard.core().rules)

@@ -63,12 +63,19 @@ export PKG_CONFIG_PATH
 through_cmake() {
     rm -rf "$2"
     cmake -S "$here" -B "$2" -G Ninja -DCMAKE_PREFIX_PATH="$1" -DCMAKE_CXX_COMPILER="$compiler" \
+        -DSCOPE_EXAMPLE="$source_tree/examples/scope/main.cpp" \
         -DCMAKE_CXX_FLAGS="${flags[*]:2}" "${@:3}" &&
         cmake --build "$2"
 }
 check "a program builds through CMake" through_cmake "$prefix" "$work/cmake"
 check "it runs and sees the right values" "$work/cmake/consumer"
 [[ ! -x $work/cmake/consumer ]] || "$work/cmake/consumer" || true
+fails_the_pitted_face() {
+    local verdict status=0
+    verdict=$(QT_QPA_PLATFORM=offscreen timeout 60 "$work/cmake/scope") || status=$?
+    [[ $status -eq 1 && $verdict == FAILED ]]
+}
+check "a program photographs and grades what the simulated scope sees" fails_the_pitted_face
 
 # --- The same program through pkg-config ------------------------------------------------------------------------------
 
@@ -226,6 +233,9 @@ damaged no-library "$(readlink -f "$library")"
 check "a package without its library is refused" not through_cmake "$work/no-library" "$work/bad"
 damaged no-header "$headers/FiberInspection/Rule.h"
 check "a package without a header is noticed" not through_cmake "$work/no-header" "$work/bad"
+damaged no-simulation "$(find "$prefix" -name VantorBaseSimulationTargets.cmake)"
+check "a package without the component that is asked for is not found" \
+    not through_cmake "$work/no-simulation" "$work/bad"
 damaged no-config "$(find "$prefix" -name VantorBaseConfig.cmake)"
 check "a package without its config is not found" not through_cmake "$work/no-config" "$work/bad"
 check "a version that is too old is refused" not pkg-config --exists 'vantorbase >= 999'

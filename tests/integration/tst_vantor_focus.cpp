@@ -444,7 +444,8 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 0);
 
         QVector<double> focus; // of the frames with a fibre
-        for (const QByteArray &line : result.output.split('\n')) {
+        const QByteArrayList lines = result.output.split('\n');
+        for (const QByteArray &line : lines) {
             const QJsonObject frame = QJsonDocument::fromJson(line).object();
             if (frame.value(QLatin1String("found")).toBool())
                 focus.append(frame.value(QLatin1String("focus")).toDouble());
@@ -513,7 +514,8 @@ private Q_SLOTS:
         QVERIFY(process.waitForFinished(patience));
 
         QCOMPARE(process.exitCode(), 74);
-        QCOMPARE(process.readAllStandardError(), QByteArray("vantor-focus: cannot write to stdout: No space left on device\n"));
+        QCOMPARE(process.readAllStandardError(),
+            QByteArray("vantor-focus: cannot write to stdout: No space left on device\n"));
     }
 
     void everyEntryOfAFolderIsMeasuredOrTold()

@@ -134,7 +134,7 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        QCoreApplication::addLibraryPath(QStringLiteral(VANTOR_PLUGIN_FOLDER));
+        QCoreApplication::addLibraryPath(SimulatedScope::pluginPath());
         QQuickStyle::setStyle(QStringLiteral("Material"));
     }
 

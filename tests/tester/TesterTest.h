@@ -88,10 +88,10 @@ public:
 /// The body of main(): the application in a work directory of its own, then the test. Shutting down has to be silent,
 /// too.
 template <typename Test>
-int runTesterTest(int argc, char *argv[], const QString &workDir, const QString &pluginFolder)
+int runTesterTest(int argc, char *argv[], const QString &workDir, const QString &pluginPath)
 {
     const AbsoluteBaseDir folders(workDir);
-    Tester::prepareProcess(pluginFolder);
+    Tester::prepareProcess(pluginPath);
     const QGuiApplication application(argc, argv);
     const LogFaults faults;
     int result = 1;

@@ -203,7 +203,7 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false\ndefault.info=false\nqml.debug=false"));
     const QTemporaryDir workDir;
     const AbsoluteBaseDir folders(workDir.path());
-    Tester::prepareProcess(QStringLiteral(VANTOR_PLUGINS));
+    Tester::prepareProcess(SimulatedScope::pluginPath());
     const QGuiApplication application(argc, argv);
     Tester tester(QSize(800, 480));
     if (!tester.window())

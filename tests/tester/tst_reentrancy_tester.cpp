@@ -115,7 +115,7 @@ private Q_SLOTS:
         initTesterResources();
         mDirs = std::make_unique<AbsoluteBaseDir>(mFolder.path());
         WorkFolder::create();
-        HardwareManager::prepare(QStringLiteral(VANTOR_PLUGINS));
+        HardwareManager::prepare(SimulatedScope::pluginPath());
     }
     void cleanupTestCase() { mDirs.reset(); }
 

@@ -3,6 +3,7 @@
 #include "Helpers/BaseDirHelper.h"
 #include "SmallDisk.h"
 #include "TesterTest.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDir>
 #include <QFile>
@@ -194,7 +195,7 @@ int main(int argc, char *argv[])
     const QTemporaryDir workDir;
     const SmallDisk disk(workDir.path(), diskSize); // before there are threads
     workDisk = &disk;
-    return runTesterTest<tst_TesterFaults>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+    return runTesterTest<tst_TesterFaults>(argc, argv, workDir.path(), SimulatedScope::pluginPath());
 }
 
 #include "tst_tester_faults.moc"

@@ -2,6 +2,7 @@
 // From the home page to the verdict, on every way there is.
 #include "FiberInspection/Standard.h"
 #include "TesterTest.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QPointer>
 
@@ -305,7 +306,7 @@ void tst_TesterInspection::aPictureThatIsSavedAtOnceIsInspected()
 int main(int argc, char *argv[])
 {
     const QTemporaryDir workDir;
-    return runTesterTest<tst_TesterInspection>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+    return runTesterTest<tst_TesterInspection>(argc, argv, workDir.path(), SimulatedScope::pluginPath());
 }
 
 #include "tst_tester_inspection.moc"

@@ -2,6 +2,7 @@
 // What is around the pages: keys, language, title bar, notifications, locked pages.
 #include "FiberInspection/Standard.h"
 #include "TesterTest.h"
+#include "simulation/SimulatedScope.h"
 
 #include <algorithm>
 
@@ -389,7 +390,7 @@ void tst_TesterShell::aBouncingKeyOfTheScopeCapturesOnce()
 int main(int argc, char *argv[])
 {
     const QTemporaryDir workDir;
-    return runTesterTest<tst_TesterShell>(argc, argv, workDir.path(), QStringLiteral(VANTOR_PLUGINS));
+    return runTesterTest<tst_TesterShell>(argc, argv, workDir.path(), SimulatedScope::pluginPath());
 }
 
 #include "tst_tester_shell.moc"

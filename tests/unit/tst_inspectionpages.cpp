@@ -153,7 +153,7 @@ private Q_SLOTS:
         const LogCapture log;
         const StandardModel model;
         QCOMPARE(asked.size(), 2);
-        for (const QString &name : asked) {
+        for (const QString &name : qAsConst(asked)) {
             QVERIFY2(model.roles().contains(name), qPrintable(name));
             QVERIFY(model.data(0, name).isValid());
         }

@@ -58,7 +58,8 @@ QByteArray drawn(const Chart &chart)
 QStringList textsOf(const QByteArray &svg)
 {
     QStringList texts;
-    for (const Element &element : elementsOf(svg)) {
+    const QVector<Element> elements = elementsOf(svg);
+    for (const Element &element : elements) {
         if (element.name == QLatin1String("text"))
             texts.append(element.text.trimmed());
     }
@@ -81,7 +82,8 @@ QVector<QVector<QPointF>> curvesOf(const QByteArray &svg, const QColor &color)
 {
     static const QRegularExpression step(QStringLiteral("([ML])(-?[0-9.]+),(-?[0-9.]+)"));
     QVector<QVector<QPointF>> curves;
-    for (const Element &element : elementsOf(svg)) {
+    const QVector<Element> elements = elementsOf(svg);
+    for (const Element &element : elements) {
         if (element.name != QLatin1String("path") || !hasColor(element, "stroke", color))
             continue;
         QRegularExpressionMatchIterator steps = step.globalMatch(element.value("d"));
@@ -98,7 +100,8 @@ QVector<QVector<QPointF>> curvesOf(const QByteArray &svg, const QColor &color)
 int countDots(const QByteArray &svg, const QColor &color)
 {
     int count = 0;
-    for (const Element &element : elementsOf(svg))
+    const QVector<Element> elements = elementsOf(svg);
+    for (const Element &element : elements)
         count += element.name == QLatin1String("use") && hasColor(element, "color", color) ? 1 : 0;
     return count;
 }
@@ -106,7 +109,8 @@ int countDots(const QByteArray &svg, const QColor &color)
 QVector<QRectF> filledAreasOf(const QByteArray &svg, const QColor &color)
 {
     QVector<QRectF> areas;
-    for (const Element &element : elementsOf(svg)) {
+    const QVector<Element> elements = elementsOf(svg);
+    for (const Element &element : elements) {
         if (element.name != QLatin1String("polygon") || !hasColor(element, "fill", color))
             continue;
         QPolygonF polygon;
@@ -147,7 +151,7 @@ private Q_SLOTS:
         const QVector<QVector<QPointF>> curves = curvesOf(drawn(chart), ink);
 
         QCOMPARE(curves.size(), 1);
-        const QVector<QPointF> points = curves.first();
+        const QVector<QPointF> &points = curves.first();
         QCOMPARE(points.size(), 3);
         QVERIFY(points[0].x() < points[2].x());
         QVERIFY(points[0].y() > points[2].y()); // y runs down
@@ -297,7 +301,7 @@ private Q_SLOTS:
         QVERIFY(qAbs(bars[1].height() - 2 * bars[0].height()) < 3 * pixel);
         QVERIFY(qAbs(bars[0].bottom() - bars[1].bottom()) < pixel);
         QVERIFY(bars[0].right() < bars[1].left());
-        for (const QString &category : chart.categories)
+        for (const QString &category : qAsConst(chart.categories))
             QVERIFY2(textsOf(picture).contains(category), qPrintable(category));
     }
 

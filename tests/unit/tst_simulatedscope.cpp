@@ -74,7 +74,11 @@ private:
     }
 
 private Q_SLOTS:
-    void initTestCase() { QCoreApplication::addLibraryPath(QStringLiteral(VANTOR_PLUGIN_FOLDER)); }
+    void initTestCase()
+    {
+        QVERIFY(!SimulatedScope::pluginPath().isEmpty());
+        QCoreApplication::addLibraryPath(SimulatedScope::pluginPath());
+    }
 
     void init()
     {

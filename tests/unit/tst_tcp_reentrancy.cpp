@@ -425,7 +425,7 @@ private Q_SLOTS:
         if (line.isEmpty()) {
             mClients->connectOne(mPort);
             QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
-            connect(mServer, &TcpServer::clientDisconnected, this, [&] {
+            connect(mServer, &TcpServer::clientDisconnected, this, [this, talk] {
                 if (!std::exchange(mWasCalled, true))
                     talk();
             });

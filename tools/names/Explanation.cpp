@@ -37,7 +37,7 @@ QString sentenceOf(const NameGenFault &fault, const QString &first, const QStrin
             .arg(column, fault.from.value, fault.to.value);
     case Generator::FromToTokenNotEqual:
         return QStringLiteral("column %1 is %2 in the first name (\"%3\") and %4 in the last one (\"%5\")")
-            .arg(column, kindOf(fault.from.type), fault.from.value, kindOf(fault.to.type), fault.to.value.left(1));
+            .arg(column, kindOf(fault.from.type), fault.from.value, kindOf(fault.to.type), fault.to.value.mid(0, 1));
     case Generator::ExceedsMax:
         return fault.hasColumn()
             ? QStringLiteral("there would be more than %1 names, from column %2 on").arg(QString::number(max), column)

@@ -387,7 +387,8 @@ QByteArray script(const Picture &picture)
             .arg(size.width())
             .arg(size.height());
     for (int i = 0; i < picture.charts.size(); ++i) {
-        const QRectF area({i % columns * part.width(), i / columns * part.height()}, part);
+        const QPoint place(i % columns, i / columns);
+        const QRectF area({place.x() * part.width(), place.y() * part.height()}, part);
         text += QLatin1String("reset\n") + QLatin1String(look);
         std::visit([&](const auto &chart) { ChartScript(size, area, &text).draw(chart); }, picture.charts.at(i));
     }

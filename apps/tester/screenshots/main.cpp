@@ -6,7 +6,6 @@
 #include "simulation/SimulatedScope.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QGuiApplication>
 #include <QImage>
 #include <QTemporaryDir>
@@ -141,8 +140,7 @@ int main(int argc, char *argv[])
     }
     const QTemporaryDir workDir;
     const AbsoluteBaseDir folders(workDir.path());
-    const QString program = QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget();
-    Tester::prepareProcess(QFileInfo(program).absolutePath() + QStringLiteral("/../plugins/mediaservice"));
+    Tester::prepareProcess(SimulatedScope::pluginPath());
     const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationVersion(QStringLiteral(VANTORBASE_VERSION));
     Tester tester(QSize(800, 480));

@@ -20,18 +20,20 @@ Item {
 
     // The last one counts, unless it fails.
     function captureImageToFile(path) {
+        const all = captures;
         const early = {};
         earlyAnswers = early;
         const requestId = camera.imageCapture.captureToLocation(path);
         earlyAnswers = null;
         if (requestId >= 0) // a camera that does not take the request gives it no number
-            captures.push(early[requestId] || newCapture(requestId));
+            all.push(early[requestId] || newCapture(requestId));
         tell();
     }
 
     // Whatever becomes of it, it is not told any more.
     function forgetCapture() {
-        captures.length = 0;
+        const all = captures;
+        all.length = 0;
     }
 
     function newCapture(requestId) {
@@ -40,7 +42,8 @@ Item {
 
     // Puts down what the camera answers to a request that may still be told.
     function answer(requestId, change) {
-        var capture = captures.find(function(one) { return one.id === requestId; });
+        const all = captures;
+        var capture = all.find(function(one) { return one.id === requestId; });
         if (!capture && earlyAnswers)
             capture = earlyAnswers[requestId] = earlyAnswers[requestId] || newCapture(requestId);
         if (!capture)

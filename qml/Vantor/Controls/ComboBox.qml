@@ -63,8 +63,9 @@ Controls.ComboBox {
     // A model may have changed under the current row without a word. The value is read anew whenever the rows were
     // touched, if only to stay where they are; text and value alone can change by it.
     function refreshCurrentValue() {
-        if (currentIndex >= 0 && delegateModel && delegateModel.items)
-            delegateModel.items.addGroups(currentIndex, 1, "items");
+        const rows = delegateModel;
+        if (currentIndex >= 0 && rows && rows.items)
+            rows.items.addGroups(currentIndex, 1, "items");
     }
 
     function valueOfRow(index) {
