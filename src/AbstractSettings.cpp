@@ -5,21 +5,33 @@
 
 #include <QBasicTimer>
 #include <QCoreApplication>
+#include <QDataStream>
+#include <QDateTime>
 #include <QDebug>
 #include <QEvent>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
 #include <QStringList>
-#include <QTemporaryFile>
 #include <QTimerEvent>
 
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
 #include <climits>
+#include <fcntl.h>
+#include <optional>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <utility>
 
 namespace {
 constexpr int retryMilliseconds = 1000; // until the event loop tries again to write what it was refused
 constexpr qint64 mostForeignBytes = 1 << 20; // of a file that is never written
+constexpr qint64 mostOwnBytes = 1 << 26;
+constexpr qint64 mostForAByte = 4; // bytes, "\\xff"; a character is two, and as text 6 at most, "\\x1234"
+constexpr qint64 mostForACharacterOfAKey = 6; // bytes, "%U1234"
+constexpr qint64 mostForAnEmptyValue = 64; // bytes, with the key's section
 
 /// QSettings would read whatever is there, however long that takes, and put a file in place of what a link leads to.
 bool isUsable(const QString &path)
@@ -31,6 +43,74 @@ bool isUsable(const QString &path)
 QString nowhere(const QString &path)
 {
     return QLatin1Char('/') + QString(NAME_MAX + 1, QLatin1Char('-')) + path;
+}
+
+QVariantMap valuesOf(const QSettings &settings)
+{
+    QVariantMap values;
+    const QStringList keys = settings.allKeys();
+    for (const QString &key : keys)
+        values.insert(key, settings.value(key));
+    return values;
+}
+
+/// The values of a file with these bytes; nothing if that cannot be found out. QSettings reads files only, by their
+/// names, and may know one of that name, size and time already.
+std::optional<QVariantMap> valuesOf(const QByteArray &bytes)
+{
+    static std::atomic<qint64> time{0};
+    const int descriptor = memfd_create("settings", MFD_CLOEXEC);
+    QFile copy;
+    if (descriptor < 0 || !copy.open(descriptor, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
+        || copy.write(bytes) != bytes.size() || !copy.flush()
+        || !copy.setFileTime(QDateTime::fromMSecsSinceEpoch(++time), QFileDevice::FileModificationTime))
+        return {};
+    const QSettings settings(QStringLiteral("/proc/self/fd/%1").arg(descriptor), QSettings::IniFormat);
+    if (settings.status() == QSettings::AccessError)
+        return {};
+    return valuesOf(settings);
+}
+
+/// Whether the one is what becomes of the other in a file, where values are texts, and an empty list is none.
+bool isSame(const QVariant &value, const QVariant &stored)
+{
+    if (value == stored)
+        return true;
+    const QStringList texts = value.toStringList();
+    return texts == stored.toStringList() && (!texts.isEmpty() || !stored.isValid());
+}
+
+bool areSame(const QVariantMap &values, const QVariantMap &stored)
+{
+    return values.size() == stored.size()
+        && std::equal(values.keyValueBegin(), values.keyValueEnd(), stored.keyValueBegin(),
+            [](const auto &one, const auto &other) {
+                return one.first == other.first && isSame(one.second, other.second);
+            });
+}
+
+/// No fewer bytes than a file with these values has, and not many times as many.
+qint64 estimateSize(const QVariantMap &values)
+{
+    qint64 size = 0;
+    for (auto value = values.begin(); value != values.end(); ++value) {
+        QByteArray bytes;
+        QDataStream stream(&bytes, QIODevice::WriteOnly);
+        value->save(stream);
+        size += bytes.size() * mostForAByte + value.key().size() * mostForACharacterOfAKey + mostForAnEmptyValue;
+    }
+    return size;
+}
+
+/// Whether a file of this size can be written in the folder. If that cannot be found out, it can.
+bool hasRoom(const QString &folder, qint64 size)
+{
+    const int probe = open(QFile::encodeName(folder).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (probe < 0)
+        return errno != ENOSPC && errno != EDQUOT;
+    const int error = posix_fallocate(probe, 0, size);
+    close(probe);
+    return error != ENOSPC && error != EDQUOT && error != EFBIG;
 }
 
 /// A store that writes to a file of ours or to none, and tells when it could not write.
@@ -45,14 +125,10 @@ public:
 
     bool store()
     {
-        const QString hindrance = findHindrance();
-        mIsRefused = !hindrance.isEmpty();
-        if (mIsRefused) {
-            tellRefusal(hindrance);
-            return false;
-        }
-        sync();
-        return isStored();
+        const QString problem = write();
+        if (!problem.isEmpty())
+            qWarning().noquote() << problem;
+        return problem.isEmpty();
     }
 
 protected:
@@ -62,17 +138,14 @@ protected:
             return QSettings::event(event);
         if (mIsInMemory)
             return true;
-        const QString hindrance = findHindrance();
-        const bool wasRefused = std::exchange(mIsRefused, !hindrance.isEmpty());
-        if (mIsRefused) {
-            if (!wasRefused)
-                tellRefusal(hindrance);
+        const QString problem = write();
+        const bool isNew = std::exchange(mProblem, problem) != problem;
+        if (!problem.isEmpty()) {
             mRetry.start(retryMilliseconds, this); // QSettings itself asks once, until it has written
-            return true;
+            if (isNew)
+                qWarning().noquote() << problem;
         }
-        const bool isHandled = QSettings::event(event);
-        isStored();
-        return isHandled;
+        return true;
     }
 
     void timerEvent(QTimerEvent *event) override
@@ -97,23 +170,22 @@ private:
         readForeignFile();
     }
 
-    /// QSettings would not stop at a limit, and write to what it has read. It understands files only.
+    /// QSettings would not stop at a limit, and write to what it has read.
     void readForeignFile()
     {
         QFile file;
         if (!FileAccess::openLinked(mPath, &file) && !FileAccess::openForeign(mPath, &file))
             return;
         QByteArray bytes;
-        QTemporaryFile copy;
-        if (!FileAccess::readAll(&file, mostForeignBytes, &bytes) || !copy.open() || copy.write(bytes) != bytes.size()
-            || !copy.flush()) {
+        std::optional<QVariantMap> values;
+        if (FileAccess::readAll(&file, mostForeignBytes, &bytes))
+            values = valuesOf(bytes);
+        if (!values) {
             qWarning().noquote() << "Failed to read settings from" << mPath;
             return;
         }
-        const QSettings settings(copy.fileName(), QSettings::IniFormat);
-        const QStringList keys = settings.allKeys();
-        for (const QString &key : keys)
-            setValue(key, settings.value(key));
+        for (auto value = values->cbegin(); value != values->cend(); ++value)
+            setValue(value.key(), *value);
     }
 
     /// What is in the way of writing; empty when nothing is. Looked at each time. The lock is waited for, and a folder
@@ -126,25 +198,37 @@ private:
         return isUsable(lock) ? QString() : lock;
     }
 
-    static void tellRefusal(const QString &hindrance)
+    /// @return why the values are not on the disk; empty when they are
+    QString write()
     {
-        qWarning().noquote() << "Failed to store settings, this is no file of ours:" << hindrance;
+        const QString hindrance = findHindrance();
+        if (!hindrance.isEmpty())
+            return QStringLiteral("Failed to store settings, this is no file of ours: ") + hindrance;
+        // QSettings takes a write that the disk had half the room for to be a whole one, and the file is lost.
+        const QFileInfo file(mPath);
+        const bool isTried = hasRoom(file.path(), file.size() + estimateSize(valuesOf(*this)));
+        if (isTried)
+            sync();
+        const bool seemsStored = isTried && status() == QSettings::NoError;
+        return isStored(seemsStored) ? QString() : QStringLiteral("Failed to store settings in ") + mPath;
     }
 
-    /// The status never recovers from a failure. That of a new store on the same file, with the same values, tells how
-    /// things are now.
-    bool isStored() const
+    /// The status tells the first failure, also that a line was malformed, and never another one; nor does it recover.
+    /// @param isElse what to return if that cannot be found out
+    bool isStored(bool isElse) const
     {
-        if (status() != QSettings::AccessError
-            || QSettings(fileName(), QSettings::IniFormat).status() != QSettings::AccessError)
-            return true;
-        qWarning().noquote() << "Failed to store settings in" << mPath;
-        return false;
+        QFile file;
+        QByteArray bytes;
+        if (!FileAccess::isNothing(mPath)
+            && (!FileAccess::openRegular(mPath, &file) || !FileAccess::readAll(&file, mostOwnBytes, &bytes)))
+            return false;
+        const std::optional<QVariantMap> stored = valuesOf(bytes);
+        return stored ? areSame(valuesOf(*this), *stored) : isElse;
     }
 
     const QString mPath;
     const bool mIsInMemory; ///< what is at the path was no file of ours at the beginning
-    bool mIsRefused = false; ///< the last attempt to write was
+    QString mProblem; ///< of the event loop's last attempt to write; empty when there was none
     QBasicTimer mRetry;
 };
 } // namespace

@@ -19,8 +19,9 @@ class QSettings;
 /// The file is a regular one that belongs to root or to us, or there is none yet. Anything else is never written: the
 /// log tells, and the values stay in memory. Two kinds are read once, up to 1 MiB: what a link leads to, if both are
 /// root's or ours, and the file of another user that nobody else can write, in a folder that only root and we can
-/// write. While something that is not ours stands in the way later, as a lock of another user, the event loop tries
-/// again each second.
+/// write. While something that is not ours stands in the way later, as a lock of another user, or the disk is full, the
+/// file stays as it is, and the event loop tries again each second. The disk is full when it has not room for the
+/// largest file that the values can become.
 ///
 /// @code
 /// class Settings : public AbstractSettings

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -37,15 +38,24 @@ constexpr unsigned long killPoll = 1;
 /// Places of our other programs, from the folder of this library: of a build, and of an installation.
 constexpr const char *programFolders[] = {"../libexec/vantorbase/", VANTORBASE_PROGRAM_FOLDER "/"};
 
+char libraryPath[PATH_MAX]; // empty if it cannot be found out
+
+/// When it is loaded: its name may be relative, and the process go to a folder where another one has that name.
+[[gnu::constructor]] void findLibrary()
+{
+    Dl_info library = {};
+    if (dladdr(reinterpret_cast<const void *>(&findLibrary), &library) == 0
+        || !realpath(library.dli_fname, libraryPath))
+        libraryPath[0] = '\0';
+}
+
 /// The program that watches commands. It is where this library is; empty if it is not there.
 QByteArray findWatcher()
 {
-    Dl_info library = {};
-    dladdr(reinterpret_cast<const void *>(&findWatcher), &library);
-    const QString folder = QFileInfo(QFile::decodeName(library.dli_fname)).canonicalPath() + QLatin1Char('/');
+    const QString folder = QFileInfo(QFile::decodeName(libraryPath)).path() + QLatin1Char('/');
     for (const char *const place : programFolders) {
         const QFileInfo program(folder + QLatin1String(place) + QLatin1String(CommandWatch::name));
-        if (program.isFile() && program.isExecutable())
+        if (libraryPath[0] != '\0' && program.isFile() && program.isExecutable())
             return QFile::encodeName(program.canonicalFilePath());
     }
     qWarning().noquote() << CommandWatch::name << "is not installed beside" << folder

@@ -5,13 +5,34 @@
 #include <QProcess>
 #include <QVector>
 
+#include <csignal>
+
+/// While it lives, this thread hears of the ends of children, as Qt has to: with the signal blocked it waits for ever.
+class ChildSignal
+{
+public:
+    ChildSignal()
+    {
+        sigset_t signals;
+        sigemptyset(&signals);
+        sigaddset(&signals, SIGCHLD);
+        pthread_sigmask(SIG_UNBLOCK, &signals, &mFormer);
+    }
+    ~ChildSignal() { pthread_sigmask(SIG_SETMASK, &mFormer, nullptr); }
+    ChildSignal(const ChildSignal &) = delete;
+    ChildSignal &operator=(const ChildSignal &) = delete;
+
+private:
+    sigset_t mFormer{};
+};
+
 /// A command that can be ended with all that it has started, also what has left its group, its session or its parent.
 ///
 /// A watcher stands between us and the command: a small program that does nothing but wait, and to whom the kernel
 /// gives the orphans of the command. It ends as the command ends; what goes on in the background is nobody's then, and
 /// goes on. The command leads a process group of its own. Where the program is not installed, a copy of this process
-/// watches.
-class CommandProcess : public QProcess
+/// watches. Lives in one scope of one thread.
+class CommandProcess : private ChildSignal, public QProcess
 {
 public:
     CommandProcess();

@@ -2,6 +2,7 @@
 #include "Tcp/TcpServer.h"
 
 #include "Tcp/HeldSocket_p.h"
+#include "Tcp/Listener_p.h"
 #include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
 
@@ -9,23 +10,40 @@
 #include <QPointer>
 
 #include <limits>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <utility>
 
 namespace {
 constexpr int acceptRetryDelay = 1000; // milliseconds
+
+/// Qt notices it once all has been read.
+bool hasPeerClosed(const QTcpSocket &socket)
+{
+    pollfd descriptor{static_cast<int>(socket.socketDescriptor()), POLLRDHUP, 0};
+    return socket.state() != QAbstractSocket::ConnectedState || poll(&descriptor, 1, 0) != 0;
+}
+
+qint64 unreadBytes(const QTcpSocket &socket)
+{
+    int inSystem = 0;
+    ioctl(static_cast<int>(socket.socketDescriptor()), FIONREAD, &inSystem);
+    return socket.bytesAvailable() + inSystem;
+}
 } // namespace
 
 TcpServer::TcpServer(QObject *parent)
     : QObject(parent)
+    , mServer(std::make_unique<Listener>())
     , mSocketBuffer(std::make_shared<SocketBuffer>())
     , mCalls(std::make_shared<NestedCalls>([this] { acceptOrPause(); }))
 {
     mAcceptTimer.setSingleShot(true);
     mAcceptTimer.setInterval(acceptRetryDelay);
     connect(&mAcceptTimer, &QTimer::timeout, this, &TcpServer::acceptOrPause);
-    connect(&mServer, &QTcpServer::acceptError, this, &TcpServer::onAcceptError);
+    connect(mServer.get(), &Listener::acceptFailed, this, &TcpServer::onAcceptFailed);
 
-    connect(&mServer, &QTcpServer::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
+    connect(mServer.get(), &Listener::newConnection, this, &TcpServer::onNewConnection, Qt::AutoConnection);
     connect(this, &TcpServer::send, this, &TcpServer::onSend, Qt::AutoConnection);
 }
 
@@ -50,7 +68,7 @@ bool TcpServer::start(const QHostAddress &address, int port)
         return false;
     }
     mIsDeaf = false;
-    if (!mServer.listen(address, static_cast<quint16>(port)))
+    if (!mServer->listen(address, static_cast<quint16>(port)))
         return false;
     acceptOrPause();
     return true;
@@ -58,8 +76,8 @@ bool TcpServer::start(const QHostAddress &address, int port)
 
 void TcpServer::stop()
 {
-    if (mServer.isListening())
-        mServer.close();
+    if (mServer->isListening())
+        mServer->close();
 }
 
 qint64 TcpServer::bytesToWrite() const
@@ -93,21 +111,16 @@ bool TcpServer::dropsLeftovers() const
     return mSocketBuffer->dropsLeftovers();
 }
 
-void TcpServer::onAcceptError()
+void TcpServer::onAcceptFailed(const QString &reason)
 {
     mAcceptTimer.start();
     if (!std::exchange(mIsDeaf, true))
-        qWarning().noquote() << "cannot accept connections, trying again every second:" << mServer.errorString();
+        qWarning().noquote() << "cannot accept connections, trying again every second:" << reason;
 }
 
 void TcpServer::acceptOrPause()
 {
-    if (!mServer.isListening()) // Qt does not ask
-        return;
-    if (mCalls->areMost())
-        mServer.pauseAccepting();
-    else
-        mServer.resumeAccepting();
+    mServer->setAccepting(!mCalls->areMost());
 }
 
 void TcpServer::onNewConnection()
@@ -115,13 +128,17 @@ void TcpServer::onNewConnection()
     mIsDeaf = false;
     const QPointer<TcpServer> self(this);
     qDebug() << "Client connected";
+    if (self)
+        hearOutClosed();
     if (!self)
         return;
-    QTcpSocket *const newcomer = mServer.nextPendingConnection();
+    QTcpSocket *const newcomer = mServer->takeNewcomer();
     if (!newcomer) // taken by an event loop within a receiver
         return;
     const HeldSocket socket = holdSocket(newcomer);
     if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
+        if (const qint64 unread = unreadBytes(*oldSocket); unread > 0)
+            qWarning() << "bytes of a replaced connection are dropped:" << unread;
         oldSocket->abort(); // clientDisconnected() comes from here
         if (!self)
             return;
@@ -141,7 +158,7 @@ void TcpServer::onNewConnection()
         return;
     const bool isGone = socket->state() != QAbstractSocket::ConnectedState;
     connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
-    const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
+    const NestedCall call(mCalls);
     Q_EMIT clientConnected();
     if (self && mSocket == socket && socket->bytesAvailable() > 0) // it came, and was told, in a loop further up
         onReadyRead();
@@ -149,13 +166,29 @@ void TcpServer::onNewConnection()
         Q_EMIT clientDisconnected();
 }
 
-void TcpServer::onReadyRead()
+void TcpServer::hearOutClosed()
 {
     const QPointer<TcpServer> self(this);
     const HeldSocket socket = mSocket;
+    const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
+    bool isMore = socket != nullptr;
+    while (isMore && self && mSocket == socket && hasPeerClosed(*socket)) {
+        isMore = socket->state() == QAbstractSocket::ConnectedState && socket->waitForReadyRead(0);
+        // Qt tells of no more bytes while a receiver of earlier ones runs an event loop. It is given them afterwards.
+        while (self && mSocket == socket && buffer->readFrom(*socket))
+            isMore = true;
+    }
+}
+
+void TcpServer::onReadyRead()
+{
+    const QPointer<TcpServer> self(this);
     QByteArray data;
     const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
-    while (self && mSocket == socket && buffer->readFrom(*socket)) { // an old client's bytes stay unread
+    HeldSocket socket = mSocket;
+    // While a receiver runs an event loop more may come, and be read when another connection takes the place of this
+    // one.
+    while (self && ((mSocket && buffer->readFrom(*mSocket)) || std::exchange(socket, mSocket) != mSocket)) {
         while (buffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -4,16 +4,18 @@
 #include "Tcp/AbstractTcpMessage.h"
 #include "VantorBase_export.h"
 
-#include <QTcpServer>
+#include <QHostAddress>
 #include <QTimer>
 
 #include <memory>
 
+class Listener;
 class NestedCalls;
 class QTcpSocket;
 class SocketBuffer;
 
-/// The end of the link that listens. It talks to one client at a time: the newest.
+/// The end of the link that listens. It talks to one client at a time: the newest. What one sent before it closed the
+/// connection is received all the same; of one that is replaced while it is connected, the log tells what was not read.
 ///
 /// Belongs to the thread that creates it; emit send() there. Messages sent while there is no client are lost. A
 /// receiver of any signal may start, stop or destroy the server, also from an event loop of its own, as a dialog runs
@@ -72,14 +74,15 @@ Q_SIGNALS:
     void send(const AbstractTcpMessage &message);
 
 private:
-    void onAcceptError();
+    void onAcceptFailed(const QString &reason);
     void acceptOrPause();
     void onNewConnection();
+    void hearOutClosed(); ///< reads what the client sent before it closed the connection; it is received as ever
     void onReadyRead();
     void onSend(const AbstractTcpMessage &message);
     void noteUnsent();
 
-    QTcpServer mServer;
+    std::unique_ptr<Listener> mServer; ///< never null
     QTimer mAcceptTimer; ///< runs while connections cannot be accepted
     bool mIsDeaf = false; ///< and that was told
     std::shared_ptr<SocketBuffer> mSocketBuffer; ///< never null; calls that stand on it hold it, too

@@ -93,6 +93,9 @@ private Q_SLOTS:
         row("isolate", "\xE2\x81\xA6", "\\xe2\\x81\\xa6");
         row("line separator", "\xE2\x80\xA8", "\\xe2\\x80\\xa8");
         row("byte order mark", "\xEF\xBB\xBF", "\\xef\\xbb\\xbf");
+        row("invisible tag", "a\xF3\xA0\x81\x81", "a\\xf3\\xa0\\x81\\x81");
+        row("format of music", "\xF0\x9D\x85\xB3", "\\xf0\\x9d\\x85\\xb3");
+        row("half of a pair", "\xED\xA0\xBD", "\\xed\\xa0\\xbd");
         row("emoji with a joiner", "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x94\xAC",
             "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x94\xAC");
         row("backslash", "a\\x1b", "a\\\\x1b");

@@ -13,8 +13,12 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <random>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 constexpr int patience = 20000; // milliseconds
@@ -589,6 +593,46 @@ private Q_SLOTS:
         QVERIFY(program.says("cannot write to stdout: No space left on device"));
     }
 
+    void outputThatIsLostAtTheEndCounts_data()
+    {
+        QTest::addColumn<bool>("readerSleeps"); // until a signal comes; else the disk is full
+        QTest::addColumn<int>("endCode");
+        QTest::newRow("a full disk") << false << 74;
+        QTest::newRow("a reader that sleeps, and a signal") << true << 143;
+    }
+
+    void outputThatIsLostAtTheEndCounts()
+    {
+        QFETCH(bool, readerSleeps);
+        QFETCH(int, endCode);
+        const QString pipe = mFolder.filePath(QStringLiteral("pipe"));
+        if (readerSleeps)
+            QVERIFY(makeFullPipe(pipe));
+        QTcpServer units;
+        QVERIFY(units.listen(QHostAddress::LocalHost, quint16(mPort)));
+        LinkProgram program;
+        program.setStandardOutputFile(readerSleeps ? pipe : QStringLiteral("/dev/full"));
+        program.connectTo(Loopback::address(), mPort);
+        program.write(numberLine(1));
+        program.closeWriteChannel();
+        QVERIFY(waitUntil([&] { return units.hasPendingConnections(); }, patience));
+        QTcpSocket *const unit = units.nextPendingConnection();
+        QVERIFY(waitUntil([&] { return unit->bytesAvailable() > 0; }, patience));
+
+        program.sendSignal(SIGSTOP); // so that it finds the answer and the end of the connection at once
+        unit->write(Loopback::frame(1));
+        unit->disconnectFromHost();
+        QVERIFY(waitUntil([&] { return unit->state() == QAbstractSocket::UnconnectedState; }, patience));
+        program.sendSignal(SIGCONT);
+        if (readerSleeps) {
+            program.waitForMessage("the connection is lost", 500); // which does not come if it writes first
+            program.sendSignal(SIGTERM);
+        }
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.endCode(), endCode);
+    }
+
     // --- A peer of another make ---
 
     void aPeerInPythonTalksToTheListeningEnd() const
@@ -998,6 +1042,20 @@ private:
         return bytes;
     }
 
+    /// Nobody reads from it, and this process keeps it open.
+    bool makeFullPipe(const QString &path)
+    {
+        const QByteArray name = QFile::encodeName(path);
+        if (mkfifo(name.constData(), S_IRUSR | S_IWUSR) != 0)
+            return false;
+        const int end = open(name.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        if (end < 0 || !mFullPipe.open(end, QIODevice::ReadWrite | QIODevice::Unbuffered, QFileDevice::AutoCloseHandle))
+            return false;
+        const QByteArray block(4096, 'x');
+        while (write(end, block.constData(), size_t(block.size())) > 0) {}
+        return errno == EAGAIN;
+    }
+
     static bool writeFile(const QString &path, const QByteArray &bytes)
     {
         QFile file(path);
@@ -1024,6 +1082,7 @@ private:
     }
 
     QTemporaryDir mFolder;
+    QFile mFullPipe;
     int mPort = 0;
 };
 

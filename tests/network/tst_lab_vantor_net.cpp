@@ -136,6 +136,40 @@ private Q_SLOTS:
         QCOMPARE(run.output, QByteArray("vantor-net: there is no interface \"d9\"\n"));
     }
 
+    void aRecordThatIsNotReadIsToldOf_data()
+    {
+        QTest::addColumn<QString>("planting");
+        QTest::newRow("that others could have written") << QStringLiteral("echo ip_address=6.6.6.6 >%1; chmod 666 %1");
+        QTest::newRow("a pipe") << QStringLiteral("mkfifo %1");
+        QTest::newRow("a link that leads nowhere") << QStringLiteral("ln -s /nothing %1");
+    }
+
+    void aRecordThatIsNotReadIsToldOf()
+    {
+        QFETCH(QString, planting);
+        const QString record = NetworkHelper::getInterfaceIPDetailsFileName(QStringLiteral("lo"), false);
+        QVERIFY(Lab::succeeds(planting.arg(record)));
+
+        const Lab::Run run = net(QStringLiteral("show lo 2>&1 >/dev/null"));
+        const Lab::Run json = net(QStringLiteral("show --json lo 2>/dev/null"));
+
+        QVERIFY(Lab::succeeds(QStringLiteral("rm %1").arg(record)));
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.output, QStringLiteral("vantor-net: %1 is not read; --verbose tells why\n").arg(record).toUtf8());
+        QVERIFY(!json.output.contains("6.6.6.6"));
+    }
+
+    void aRecordWithoutAnAddressIsShown()
+    {
+        const QString record = NetworkHelper::getInterfaceIPDetailsFileName(QStringLiteral("lo"), false);
+        QVERIFY(Lab::succeeds(QStringLiteral("echo subnet_mask=255.0.0.0 >%1").arg(record)));
+
+        const Lab::Run run = net(QStringLiteral("show lo 2>&1"));
+
+        QVERIFY(Lab::succeeds(QStringLiteral("rm %1").arg(record)));
+        QVERIFY2(run.output.contains("255.0.0.0") && !run.output.contains("not read"), run.output.constData());
+    }
+
     void serversAreAddedAfterAYes()
     {
         const QByteArray before = Lab::read(QStringLiteral("/etc/resolv.dmasq"));

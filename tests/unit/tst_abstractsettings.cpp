@@ -17,6 +17,12 @@
 
 namespace {
 constexpr uid_t anotherUser = 65534; // and group
+constexpr rlim_t writtenAtMost = 4096; // bytes of a file
+
+QString tooLong()
+{
+    return QStringLiteral("x").repeated(2 * static_cast<int>(writtenAtMost));
+}
 } // namespace
 
 class Settings : public AbstractSettings
@@ -444,6 +450,105 @@ private Q_SLOTS:
         QVERIFY(settings.sync());
         QCOMPARE(log.warnings().filter(path).size(), told);
         QCOMPARE(content(path), QByteArray("[General]\nkey=2\n"));
+    }
+
+    // The status that QSettings keeps is its first, which is that of the line then.
+    void aMalformedLineHidesNoFailure_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::newRow("in a section") << QByteArray("[General]\nkey=1\nnonsense\n");
+        QTest::newRow("in another one") << QByteArray("[General]\nkey=1\n\n[other]\nnonsense\n");
+        QTest::newRow("the section") << QByteArray("[General\nkey=1\n");
+    }
+
+    void aMalformedLineHidesNoFailure()
+    {
+        QFETCH(const QByteArray, before);
+        const QString path = newPath();
+        write(path, before);
+        Settings settings(path);
+        const QString told = QStringLiteral("Failed to store settings in ") + path;
+        const LogCapture log;
+        {
+            const Faults::FileSizeLimit limit(writtenAtMost);
+
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
+            QVERIFY(!settings.sync());
+            QCOMPARE(log.warnings().filter(path), QStringList(told));
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
+            QVERIFY(!settings.sync());
+            QCOMPARE(content(path), before);
+        }
+
+        const int toldBefore = log.warnings().filter(path).size();
+        settings.store()->setValue(QStringLiteral("key"), 2);
+        QVERIFY(settings.sync());
+        QCOMPARE(Settings(path).value(QStringLiteral("key")).toInt(), 2);
+        QVERIFY(content(path).contains("key=2\n"));
+        QVERIFY(settings.sync()); // there is nothing to write
+        QCOMPARE(log.warnings().filter(path).size(), toldBefore);
+    }
+
+    void afterAFailureEveryKindOfValueIsFoundStored()
+    {
+        const QString path = newPath();
+        write(path, "nonsense\n");
+        Settings settings(path);
+        const LogCapture log;
+        const QVariant values[] = {{}, true, -7, 0.1, 0.1F, qInf(), QChar(u'x'), QString(),
+            QStringLiteral("a, \"b\"; %1\n"), QByteArray("\0\x01\xff", 3), QStringList(),
+            QStringList{QStringLiteral("one")}, QStringList{QString(), QStringLiteral("@two")},
+            QVariantList{1, QStringLiteral("2"), QVariant()}, QVariantMap{{QStringLiteral("a"), 1}}, QSize(1, 2),
+            QRect(1, 2, 3, 4), QDate(2026, 1, 2), QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5, 6)),
+            QUrl(QStringLiteral("http://a/b?c"))};
+
+        for (const QVariant &value : values) {
+            settings.store()->setValue(QStringLiteral("group/a key"), value);
+            QVERIFY2(settings.sync(), value.typeName());
+            QVERIFY2(settings.sync(), value.typeName());
+        }
+        settings.store()->remove(QStringLiteral("group"));
+        QVERIFY(settings.sync());
+
+        QCOMPARE(log.warnings().filter(path), QStringList());
+        const Faults::FileSizeLimit limit(0);
+        for (const QVariant &value : values) { // which is not there now
+            settings.store()->setValue(QStringLiteral("group/a key"), value);
+            QVERIFY2(!settings.sync(), value.typeName());
+        }
+    }
+
+    void whatCouldNotBeWrittenIsTriedAgain_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::newRow("as it should be") << QByteArray("[General]\nkey=1\n");
+        QTest::newRow("with a malformed line") << QByteArray("[General]\nkey=1\nnonsense\n");
+    }
+
+    void whatCouldNotBeWrittenIsTriedAgain()
+    {
+        QFETCH(const QByteArray, before);
+        const QString path = newPath();
+        write(path, before);
+        Settings settings(path);
+        const QString told = QStringLiteral("Failed to store settings in ") + path;
+        const LogCapture log;
+        {
+            const Faults::FileSizeLimit limit(writtenAtMost);
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
+            QCoreApplication::sendPostedEvents();
+            for (int i = 0; i < 3; ++i) // no better
+                QCoreApplication::postEvent(settings.store(), new QEvent(QEvent::UpdateRequest));
+            QCoreApplication::sendPostedEvents();
+            QCOMPARE(content(path), before);
+            QCOMPARE(log.warnings().filter(path), QStringList(told));
+        }
+
+        QTRY_COMPARE(content(path), "[General]\nkey=" + tooLong().toUtf8() + '\n');
+        const Faults::FileSizeLimit limit(writtenAtMost);
+        settings.store()->setValue(QStringLiteral("key"), tooLong() + tooLong());
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(log.warnings().filter(path), (QStringList{told, told})); // it is another failure
     }
 
     void settingsThatAreStoredAreNotTold()

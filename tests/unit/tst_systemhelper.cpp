@@ -58,6 +58,16 @@ QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no such file");
 }
 
+bool copyLibrary(const QString &folder)
+{
+    const QList<QByteArray> mappings = read(QStringLiteral("/proc/self/maps")).split('\n');
+    const auto library = std::find_if(mappings.cbegin(), mappings.cend(),
+        [](const QByteArray &mapping) { return mapping.contains("/libVantorBase.so."); });
+    return library != mappings.cend()
+        && QFile::copy(
+            QFile::decodeName(library->mid(library->indexOf('/'))), folder + QStringLiteral("/libVantorBase.so.0.1"));
+}
+
 bool makeFifo(const QString &path)
 {
     return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
@@ -180,6 +190,12 @@ class TestSystemHelper : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        const QString folder = qEnvironmentVariable("VANTOR_TEST_FOLDER"); // for a process that a test starts
+        QVERIFY(folder.isEmpty() || QDir::setCurrent(folder));
+    }
+
     void aCommandGivesItsOutputOfBothChannels()
     {
         const LogCapture log;
@@ -285,6 +301,29 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, -2);
         QCOMPARE(result.output, QByteArray("untouched"));
         QCOMPARE(log.asText(), QStringList(QStringLiteral("warning: Command didn't finish:  \"sleep 5\"")));
+    }
+
+    // Qt learns of the end of a process by it.
+    void anApplicationThatBlocksTheSignalOfChildrenIsNotHungUp()
+    {
+        constexpr unsigned enough = 10; // seconds
+        const ForkedChild child = ForkedChild::run(
+            [] {
+                sigset_t signals;
+                sigset_t after;
+                sigemptyset(&signals);
+                sigaddset(&signals, SIGCHLD);
+                sigprocmask(SIG_BLOCK, &signals, nullptr);
+                const bool ends = !SystemHelper::runCommand(QStringLiteral("sleep 1000"), 300, nullptr, nullptr);
+                QByteArray output;
+                const bool runs = SystemHelper::runCommand(QStringLiteral("echo here"), 3000, &output, nullptr);
+                sigprocmask(SIG_BLOCK, nullptr, &after);
+                return ends && runs && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
+            },
+            enough);
+
+        QCOMPARE(child.signal, 0);
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 
     void aCommandThatPrintsAllTheTimeIsKilledWhenItsTimeIsUp()
@@ -441,15 +480,40 @@ private Q_SLOTS:
         QTRY_VERIFY(!namesakes().contains(QByteArray::number(command.watcher())));
     }
 
+    // Where the process happens to be now somebody else may have put one.
+    void theWatcherIsSoughtWhereTheLibraryWasLoaded()
+    {
+        const QTemporaryDir folders;
+        const QString elsewhere = folders.filePath(QStringLiteral("elsewhere"));
+        const QString watcher = elsewhere + QStringLiteral("/libexec/vantorbase/command-watcher");
+        QVERIFY(QDir(folders.path()).mkpath(QStringLiteral("here/lib")));
+        QVERIFY(QDir(folders.path()).mkpath(QStringLiteral("elsewhere/lib")));
+        QVERIFY(QDir(folders.path()).mkpath(QStringLiteral("elsewhere/libexec/vantorbase")));
+        QVERIFY(copyLibrary(folders.filePath(QStringLiteral("here/lib"))));
+        QVERIFY(copyLibrary(elsewhere + QStringLiteral("/lib")));
+        QVERIFY(write(watcher, "#!/bin/sh\ntouch " + QFile::encodeName(elsewhere) + "/was-here\n"));
+        QVERIFY(QFile::setPermissions(watcher, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QProcess process;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral("lib"));
+        environment.insert(QStringLiteral("VANTOR_TEST_FOLDER"), elsewhere);
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(folders.filePath(QStringLiteral("here")));
+
+        process.start(QCoreApplication::applicationFilePath(), {QStringLiteral("doubleQuotesGroupWords")});
+        QVERIFY(process.waitForFinished());
+
+        const QByteArray output = process.readAll();
+        QVERIFY2(process.exitCode() == 0, output.constData());
+        QVERIFY2(output.contains(QFile::encodeName(folders.filePath(QStringLiteral("here/lib/ so copies")))),
+            output.constData());
+        QVERIFY(!QFile::exists(elsewhere + QStringLiteral("/was-here")));
+    }
+
     void withoutTheWatchersProgramACopyWatchesAndTheLogTellsOnce()
     {
         const QTemporaryDir dir; // with the library alone
-        const QList<QByteArray> mappings = read(QStringLiteral("/proc/self/maps")).split('\n');
-        const auto library = std::find_if(mappings.cbegin(), mappings.cend(),
-            [](const QByteArray &mapping) { return mapping.contains("/libVantorBase.so."); });
-        QVERIFY(library != mappings.cend());
-        QVERIFY(QFile::copy(QFile::decodeName(library->mid(library->indexOf('/'))),
-            dir.filePath(QStringLiteral("libVantorBase.so.0.1"))));
+        QVERIFY(copyLibrary(dir.path()));
         QProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("LD_LIBRARY_PATH"),

@@ -33,6 +33,7 @@ using Loopback::payload;
 
 namespace {
 constexpr int patience = 20000; // milliseconds
+constexpr int retryDelay = 1000; // milliseconds
 constexpr int twoRetries = 2500; // milliseconds
 constexpr int mebibyte = 1024 * 1024; // bytes
 
@@ -206,9 +207,24 @@ private Q_SLOTS:
         QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 
+    void aServerWithoutDescriptorsTriesAgain_data()
+    {
+        QTest::addColumn<bool>("anotherWasThere");
+        QTest::newRow("for the first peer") << false;
+        QTest::newRow("for a later one") << true;
+    }
+
     void aServerWithoutDescriptorsTriesAgain()
     {
-        const ForkedChild child = ForkedChild::run(&runOutOfDescriptors);
+        QFETCH(const bool, anotherWasThere);
+        const ForkedChild child = ForkedChild::run([=] { return runOutOfDescriptors(anotherWasThere); });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
+    void aServerThatHasDescriptorsAgainIsAsBefore()
+    {
+        const ForkedChild child = ForkedChild::run(&connectAfterAShortage);
 
         QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
@@ -408,7 +424,7 @@ private:
         return size == payloadSize && times > 1 && times < most ? 0 : 1;
     }
 
-    static int runOutOfDescriptors()
+    static int runOutOfDescriptors(bool anotherWasThere)
     {
         constexpr int mostTurns = 1000; // of the event loop; a busy one takes as many in a few milliseconds
         const LogCapture log;
@@ -419,6 +435,9 @@ private:
         const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         if (!server.start(port))
             return 1;
+        if (anotherWasThere && !comeAndGo(server, port))
+            return 5;
+        const int before = came.count();
         auto fillers = std::make_unique<NoDescriptors>();
 
         if (!connectPlainly(client, port))
@@ -435,10 +454,53 @@ private:
         const bool isWritten = writePlainly(client, frame(7));
         const bool isBack = QTest::qWaitFor([&] { return data.count() == 1; }, patience);
         std::fprintf(stderr, "%d turns, back: %d, told: %s\n", turns, isBack, qPrintable(told.join(QLatin1Char('|'))));
-        return isWritten && isBack && came.count() == 1 && turns < mostTurns && told.size() == 1
+        return isWritten && isBack && came.count() == before + 1 && turns < mostTurns && told.size() == 1
                 && told.constFirst().startsWith(QLatin1String("cannot accept connections, trying again every second: "))
             ? 0
             : 4;
+    }
+
+    static int connectAfterAShortage()
+    {
+        constexpr int peers = 3;
+        const LogCapture log;
+        TcpServer server;
+        const int port = Loopback::freePort();
+        const QSignalSpy came(&server, &TcpServer::clientConnected);
+        const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        if (!server.start(port))
+            return 1;
+        auto fillers = std::make_unique<NoDescriptors>();
+        if (!connectPlainly(client, port))
+            return 2;
+        if (!QTest::qWaitFor([&] { return log.warnings().size() == 1; }, patience))
+            return 3;
+        fillers.reset();
+        if (!QTest::qWaitFor([&] { return came.count() == 1; }, patience))
+            return 4;
+
+        QElapsedTimer timer;
+        timer.start();
+        for (int i = 0; i < peers; ++i) {
+            if (!comeAndGo(server, port))
+                return 5;
+        }
+        const qint64 elapsed = timer.elapsed();
+
+        std::fprintf(stderr, "%lld ms, told: %s\n", elapsed, qPrintable(log.warnings().join(QLatin1Char('|'))));
+        return log.warnings().size() == 1 && elapsed < (peers - 1) * qint64(retryDelay) ? 0 : 6;
+    }
+
+    /// A peer that the server has seen come and go, as nearly all do.
+    static bool comeAndGo(const TcpServer &server, int port)
+    {
+        const QSignalSpy came(&server, &TcpServer::clientConnected);
+        const QSignalSpy left(&server, &TcpServer::clientDisconnected);
+        const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        const bool hasCome =
+            connectPlainly(client, port) && QTest::qWaitFor([&] { return came.count() == 1; }, patience);
+        close(client);
+        return hasCome && QTest::qWaitFor([&] { return left.count() > 0; }, patience);
     }
 
     static int runOutOfDescriptorsTwice()

@@ -176,6 +176,7 @@ private Q_SLOTS:
         mDeepest = 0;
         mIsFull = false;
         mPayloads.clear();
+        mTold.clear();
         mPeerSocket = nullptr;
         mLog = std::make_unique<LogCapture>();
         mClients = std::make_unique<Clients>();
@@ -456,6 +457,60 @@ private Q_SLOTS:
         mPeerSocket->write(frame(7).left(1));
 
         QTRY_COMPARE_WITH_TIMEOUT(mPayloads, QByteArrayList{payload(7)}, patience);
+    }
+
+    // A connection that its peer has closed is heard to its end, also when that comes together with the next one.
+    void whatAClosedConnectionHasBroughtIsReceived_data()
+    {
+        QTest::addColumn<bool>("inALoop"); // of the receiver of the first message; else the thread was busy
+        QTest::addColumn<int>("padding"); // bytes of each message
+        QTest::newRow("while a receiver runs an event loop") << true << 0;
+        QTest::newRow("while a receiver runs an event loop, more than is read ahead") << true << 900 * 1000;
+        QTest::newRow("while the thread is busy") << false << 0;
+    }
+
+    void whatAClosedConnectionHasBroughtIsReceived()
+    {
+        QFETCH(const bool, inALoop);
+        QFETCH(const int, padding);
+        const auto padded = [padding](int number) {
+            return Loopback::frame('{' + QByteArray::number(number) + QByteArray(padding, ' ') + '}');
+        };
+        startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+        connect(mServer, &TcpServer::clientConnected, this, [this] { mTold << QStringLiteral("came"); });
+        connect(mServer, &TcpServer::clientDisconnected, this, [this] { mTold << QStringLiteral("left"); });
+        const auto closeAndComeAgain = [=](QTcpSocket *client) {
+            client->write(padded(2) + padded(3));
+            client->disconnectFromHost();
+            if (inALoop)
+                runLoopUntil([client] { return client->state() == QAbstractSocket::UnconnectedState; });
+            else
+                QVERIFY(client->state() == QAbstractSocket::UnconnectedState || client->waitForDisconnected());
+            QVERIFY(mClients->connectOne(mPort)->waitForConnected());
+            mClients->newest()->write(padded(4));
+            if (inALoop)
+                runLoopUntil([this] { return mCame == 2; });
+        };
+        connect(mServer, &TcpServer::dataReceived, this, [=](const QByteArray &data) {
+            mTold << QString::fromLatin1(data.mid(1, 1));
+            if (inALoop && !std::exchange(mWasCalled, true))
+                closeAndComeAgain(mClients->newest());
+        });
+        QTcpSocket *const client = mClients->connectOne(mPort);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
+
+        client->write(padded(1));
+        if (!inALoop) {
+            QTRY_COMPARE_WITH_TIMEOUT(mTold.size(), 2, patience);
+            closeAndComeAgain(client);
+        }
+
+        QTRY_VERIFY_WITH_TIMEOUT(mTold.contains(QStringLiteral("4")), patience);
+        // In the loop the end of the connection is mTold, as everything is; the messages wait for the receiver.
+        QCOMPARE(mTold.join(QLatin1Char(' ')),
+            inALoop ? QStringLiteral("came 1 left came 2 3 4") : QStringLiteral("came 1 2 3 left came 4"));
+        QCOMPARE(mLog->warnings(), QStringList());
+        theyTalk(*mClients->newest(), mServer);
     }
 
     void newcomersDuringAnEventLoopOfAReceiverLeaveNothingBehind()
@@ -832,6 +887,7 @@ private:
     int mDeepest = 0;
     bool mIsFull = false; ///< as many are on the stack as may be
     QByteArrayList mPayloads;
+    QStringList mTold; ///< in the order of the signals
 };
 
 QTEST_GUILESS_MAIN(TestTcpReentrancy)

@@ -445,6 +445,7 @@ private Q_SLOTS:
 
     void aReplacedClientIsNotReadAnyMore()
     {
+        const LogCapture log;
         QVERIFY(connectClient(mFirst));
         connect(mServer.get(), &TcpServer::dataReceived, this, [this](const QByteArray &data) {
             mPayloads << data;
@@ -460,6 +461,8 @@ private Q_SLOTS:
         mSecond->write(frame(9));
 
         QTRY_COMPARE(mPayloads, (QByteArrayList{payload(7), payload(9)}));
+        const QString told = QStringLiteral("bytes of a replaced connection are dropped: %1").arg(frame(8).size());
+        QCOMPARE(log.warnings(), QStringList(told));
     }
 
     void ofTwoClientsThatComeInEachOtherTheNewestStays()

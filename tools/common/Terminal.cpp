@@ -17,27 +17,27 @@ namespace Tools {
 
 namespace {
 /// What would move the cursor, hide or reorder text, or is none. The joiners are left: emoji and scripts need them.
-bool isHarmful(QChar character)
+bool isHarmful(uint codePoint)
 {
-    constexpr ushort zeroWidthNonJoiner = 0x200C;
-    constexpr ushort zeroWidthJoiner = 0x200D;
-    switch (character.category()) {
+    constexpr uint zeroWidthNonJoiner = 0x200C;
+    constexpr uint zeroWidthJoiner = 0x200D;
+    switch (QChar::category(codePoint)) {
     case QChar::Other_Control:
     case QChar::Other_Surrogate:
     case QChar::Separator_Line:
     case QChar::Separator_Paragraph:
         return true;
     case QChar::Other_Format:
-        return character != QChar(zeroWidthNonJoiner) && character != QChar(zeroWidthJoiner);
+        return codePoint != zeroWidthNonJoiner && codePoint != zeroWidthJoiner;
     default:
         return false;
     }
 }
 
-QString asBytes(QChar character)
+QString asBytes(const QString &character)
 {
-    const uchar byte = FileNameCodec::byteOf(character);
-    const QByteArray bytes = byte != 0 ? QByteArray(1, static_cast<char>(byte)) : QString(character).toUtf8();
+    const uchar byte = FileNameCodec::byteOf(character.at(0));
+    const QByteArray bytes = byte != 0 ? QByteArray(1, static_cast<char>(byte)) : character.toUtf8();
     QString text;
     for (const char each : bytes)
         text += QStringLiteral("\\x%1").arg(static_cast<uchar>(each), 2, 16, QLatin1Char('0'));
@@ -76,14 +76,11 @@ QString Terminal::printable(const QString &text)
     QString result;
     result.reserve(text.size());
     for (int i = 0; i < text.size(); ++i) {
-        const QChar character = text.at(i);
-        const bool isPair = character.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
-        if (isPair)
-            result += text.at(i++);
-        if (isPair || !isHarmful(character))
-            result += text.at(i);
-        else
-            result += asBytes(character);
+        const QChar first = text.at(i);
+        const bool isPair = first.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
+        const QString character = text.mid(i, isPair ? 2 : 1);
+        const uint codePoint = isPair ? QChar::surrogateToUcs4(first, text.at(++i)) : first.unicode();
+        result += isHarmful(codePoint) ? asBytes(character) : character;
     }
     return result;
 }

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 using Tools::Terminal::tell;
 
@@ -54,7 +55,7 @@ Session::Session(const Options &options, Tools::StopSignals *signals)
     for (QTimer *const timer : {&mPassTimer, &mOutputTimer, &mLingerTimer})
         timer->setSingleShot(true);
     connect(&mPassTimer, &QTimer::timeout, this, &Session::passInput);
-    connect(&mOutputTimer, &QTimer::timeout, this, &Session::writeOutput);
+    connect(&mOutputTimer, &QTimer::timeout, this, &Session::passOutput);
     connect(&mLingerTimer, &QTimer::timeout, this, [this] { end(mExitCode); });
     connect(&mStatsTimer, &QTimer::timeout, this, [this] { tell(mTraffic.sinceLastTime()); });
 }
@@ -101,7 +102,7 @@ void Session::onReceived(const QByteArray &payload)
     const QByteArray line = lineOf(payload);
     mOutput += mIsForPerson ? Tools::Terminal::printable(QString::fromUtf8(line.chopped(1))).toUtf8() + '\n' : line;
     if (mOutput.size() > mostOutputKept)
-        writeOutput();
+        passOutput();
     else if (!mOutputTimer.isActive())
         mOutputTimer.start();
     if (mOptions.echo)
@@ -169,14 +170,17 @@ void Session::onInputPassed()
     mLingerTimer.start(mOptions.linger);
 }
 
-bool Session::writeOutput()
+void Session::passOutput()
 {
-    const bool isWritten = mStandardOutput.write(mOutput);
-    mOutput.clear();
-    if (isWritten)
-        return true;
-    end(mStandardOutput.tellFailure());
-    return false;
+    const int problem = writeOutput();
+    if (problem != Tools::Done)
+        end(problem);
+}
+
+int Session::writeOutput()
+{
+    const QByteArray output = std::exchange(mOutput, {});
+    return mStandardOutput.write(output) ? int(Tools::Done) : mStandardOutput.tellFailure();
 }
 
 void Session::end(int exitCode)
@@ -185,8 +189,10 @@ void Session::end(int exitCode)
         return;
     mIsEnding = true;
     mExitCode = exitCode;
-    if (mSignals->received() == 0)
-        writeOutput();
+    const int signal = mSignals->received(); // before the notifier tells of it
+    const int problem = signal != 0 ? Tools::StoppedBySignal + signal : writeOutput();
+    if (problem != Tools::Done && exitCode != Tools::OutOfMemory && exitCode < Tools::StoppedBySignal)
+        mExitCode = problem;
     QCoreApplication::exit();
 }
 

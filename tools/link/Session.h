@@ -38,7 +38,8 @@ private:
     bool takesMore() const;
     void onInputPassed();
 
-    bool writeOutput(); ///< false when there is no use in going on
+    void passOutput(); ///< ends when there is no use in going on
+    int writeOutput(); ///< @return the exit code of the program if that fails, else 0
     void end(int exitCode);
 
     const Options &mOptions;

@@ -60,6 +60,8 @@ Outcome show(const Options &options)
     const QStringList wanted = options.operand.isEmpty() ? all : QStringList{options.operand};
     for (const QString &interface : wanted) {
         const InterfaceFacts facts = InterfaceFacts::of(interface);
+        for (const QString &record : facts.unreadRecords)
+            Tools::Terminal::tell(QStringLiteral("%1 is not read; --verbose tells why").arg(record));
         outcome.output += options.json ? facts.toJson() : facts.toText(style);
     }
     return outcome;

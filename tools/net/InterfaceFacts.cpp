@@ -5,7 +5,7 @@
 #include "Helpers/NetworkHelper.h"
 #include "common/JsonWriter.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QNetworkInterface>
 
 namespace Net {
@@ -19,16 +19,21 @@ QString known(const QString &value)
     return value == QLatin1String("-") ? QString() : value;
 }
 
-/// The record of the DHCP client; empty where there is none, which is no reason for a warning here.
-bool readRecord(const QString &interface, bool ipv6, IPDetails *details)
+/// The record of the DHCP client. That there is none is no reason for a warning here.
+bool readRecord(const QString &interface, bool ipv6, IPDetails *details, QStringList *unread)
 {
-    if (!QFile::exists(NetworkHelper::getInterfaceIPDetailsFileName(interface, ipv6)))
+    const QString path = NetworkHelper::getInterfaceIPDetailsFileName(interface, ipv6);
+    const QFileInfo file(path);
+    if (!file.exists() && !file.isSymLink())
         return false;
     if (ipv6)
         NetworkHelper::getInterfaceIPv6Details(interface, *details);
     else
         NetworkHelper::getInterfaceIPv4Details(interface, *details);
-    return true;
+    const bool isRead = details->address_dirty(); // a record without an address tells other things
+    if (!isRead)
+        unread->append(path);
+    return isRead;
 }
 
 void addServers(const IPDetails &details, QStringList *servers)
@@ -51,14 +56,14 @@ InterfaceFacts InterfaceFacts::of(const QString &interface)
     NetworkHelper::getIPv6DefaultGateway(interface, facts.ipv6Gateway);
 
     IPDetails ipv4;
-    if (readRecord(interface, false, &ipv4)) {
+    if (readRecord(interface, false, &ipv4, &facts.unreadRecords)) {
         facts.netmask = known(ipv4.netmask());
         facts.gateway = known(ipv4.gateway());
         facts.domain = known(ipv4.domain());
         addServers(ipv4, &facts.nameServers);
     }
     IPDetails ipv6;
-    if (readRecord(interface, true, &ipv6)) {
+    if (readRecord(interface, true, &ipv6, &facts.unreadRecords)) {
         addServers(ipv6, &facts.nameServers);
         if (facts.domain.isEmpty())
             facts.domain = known(ipv6.domain());
