@@ -4,13 +4,13 @@
 #include "simulation/EndfaceRandom.h"
 
 #include <QJsonArray>
+#include <QtMath>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace {
-constexpr double pi = 3.14159265358979323846;
 constexpr int samplesPerSide = 3; // of a pixel that a blemish crosses
 constexpr double maxBlurPixels = 64.0;
 constexpr double edgeSoftness = 0.5; // micrometres from full to no effect at the edge of a blemish
@@ -65,7 +65,7 @@ public:
     {
         double sum = 0.0;
         for (Wave &wave : mWaves) {
-            const double phase = random->uniform(0.0, 2.0 * pi);
+            const double phase = random->uniform(0.0, 2.0 * M_PI);
             const double height = random->uniform(0.3, 1.0);
             wave = {height * std::cos(phase), height * std::sin(phase)};
             sum += height;
@@ -153,8 +153,8 @@ public:
         : mHalfWidth(defect.size / 2.0)
         , mHalfLength(defect.length / 2.0)
         , mTaper(std::min(10.0, defect.length / 4.0))
-        , mCosine(std::cos(defect.angle * pi / 180.0))
-        , mSine(std::sin(defect.angle * pi / 180.0))
+        , mCosine(std::cos(defect.angle * M_PI / 180.0))
+        , mSine(std::sin(defect.angle * M_PI / 180.0))
     {
         for (double &depth : mDepths)
             depth = 1.0 - defect.irregularity * random->uniform();
@@ -394,8 +394,8 @@ private:
 
     void applyLight()
     {
-        const double directionX = std::cos(mScene.illuminationAngle * pi / 180.0) / mWidth;
-        const double directionY = std::sin(mScene.illuminationAngle * pi / 180.0) / mWidth;
+        const double directionX = std::cos(mScene.illuminationAngle * M_PI / 180.0) / mWidth;
+        const double directionY = std::sin(mScene.illuminationAngle * M_PI / 180.0) / mWidth;
         const QPointF center = middle();
         const double cornerSquared = square(center.x()) + square(center.y());
         for (int y = 0; y < mHeight; ++y) {
@@ -557,7 +557,7 @@ Reach reachOf(const EndfaceDefect &defect)
         return {std::max(0.0, distance - radius), distance + radius};
     }
     const double half = defect.length / 2.0;
-    const QPointF direction(std::cos(defect.angle * pi / 180.0), std::sin(defect.angle * pi / 180.0));
+    const QPointF direction(std::cos(defect.angle * M_PI / 180.0), std::sin(defect.angle * M_PI / 180.0));
     const QPointF nearest = c + direction * std::clamp(-QPointF::dotProduct(c, direction), -half, half);
     const QPointF one = c + direction * half;
     const QPointF other = c - direction * half;

@@ -3,12 +3,13 @@
 
 #include "simulation/EndfaceRandom.h"
 
+#include <QtMath>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace {
-constexpr double pi = 3.14159265358979323846;
 constexpr double inspectedDiameter = 250.0; // micrometres, the contact zone
 constexpr double inspectedMargin = 20.0; // pixels on each side of it
 constexpr double speckPitch = 7.0; // pixels; closer specks would melt into one another
@@ -62,7 +63,7 @@ EndfaceDefect stain(double size, QPointF center, double contrast)
 QPointF pointInDisc(double radius, EndfaceRandom *random)
 {
     const double distance = radius * std::sqrt(random->uniform());
-    const double angle = random->uniform(0.0, 2.0 * pi);
+    const double angle = random->uniform(0.0, 2.0 * M_PI);
     return {distance * std::cos(angle), distance * std::sin(angle)};
 }
 

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "simulation/camera/CameraControls.h"
+#include "simulation/camera/CameraInfo.h"
+#include "simulation/camera/CaptureDestination.h"
+#include "simulation/camera/DeviceSelector.h"
 #include "simulation/camera/SimulatedCamera.h"
 #include "simulation/camera/StillCapture.h"
+#include "simulation/camera/StillEncoder.h"
 #include "simulation/camera/ViewFinder.h"
 
 #include <QMediaService>
@@ -24,8 +27,8 @@ private:
     SimulatedCamera mCamera;
     ViewFinder mViewFinder;
     StillCapture mStillCapture;
-    OneDevice mDevice;
-    ScopeInfo mInfo;
-    ToFile mDestination;
-    JpegOnly mEncoder;
+    DeviceSelector mDevice;
+    CameraInfo mInfo;
+    CaptureDestination mDestination;
+    StillEncoder mEncoder;
 };

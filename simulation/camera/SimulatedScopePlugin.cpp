@@ -3,6 +3,7 @@
 
 #include "simulation/SimulatedScope.h"
 #include "simulation/camera/CameraService.h"
+#include "simulation/camera/DeviceSelector.h"
 
 QMediaService *SimulatedScopePlugin::create(const QString &key)
 {
@@ -18,7 +19,7 @@ QList<QByteArray> SimulatedScopePlugin::devices(const QByteArray &service) const
 {
     if (service != Q_MEDIASERVICE_CAMERA || !SimulatedScope::instance()->isPlugged())
         return {};
-    return {OneDevice::name()};
+    return {DeviceSelector::name()};
 }
 
 QString SimulatedScopePlugin::deviceDescription(const QByteArray &service, const QByteArray &device)
@@ -28,7 +29,7 @@ QString SimulatedScopePlugin::deviceDescription(const QByteArray &service, const
 
 QByteArray SimulatedScopePlugin::defaultDevice(const QByteArray &service) const
 {
-    return devices(service).isEmpty() ? QByteArray() : OneDevice::name();
+    return devices(service).isEmpty() ? QByteArray() : DeviceSelector::name();
 }
 
 QCamera::Position SimulatedScopePlugin::cameraPosition(const QByteArray &) const

@@ -3,6 +3,8 @@
 
 #include "simulation/EndfaceScenes.h"
 
+#include <QtMath>
+
 #include <cmath>
 
 namespace Study {
@@ -10,7 +12,6 @@ namespace Study {
 using FiberInspection::Standard;
 
 namespace {
-constexpr double pi = 3.14159265358979323846;
 constexpr quint64 blemishStream = quint64(1) << 40U; // apart from those of the painter
 } // namespace
 
@@ -75,7 +76,7 @@ EndfaceDefect scratch(double width, double length, const QPointF &center, double
 
 QPointF placeAt(double distance, double angle)
 {
-    return QPointF(std::cos(angle * pi / 180.0), std::sin(angle * pi / 180.0)) * distance;
+    return QPointF(std::cos(angle * M_PI / 180.0), std::sin(angle * M_PI / 180.0)) * distance;
 }
 
 QPointF placeWithin(double radius, EndfaceRandom *random)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "study/accuracy/Truth.h"
 
+#include <QtMath>
+
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
@@ -16,7 +18,6 @@ using FiberInspection::TestResult;
 using FiberInspection::Zone;
 
 namespace {
-constexpr double pi = 3.14159265358979323846;
 constexpr double mergeDistance = 4.0; // micrometres; point-like defects that are not farther apart count as one
 constexpr double touchDistance = 0.0; // blemishes that touch make one outline, whatever they are
 
@@ -39,7 +40,7 @@ struct Capsule
     {
         if (blemish.kind != EndfaceDefect::Kind::Scratch)
             return;
-        const double angle = blemish.angle * pi / 180.0;
+        const double angle = blemish.angle * M_PI / 180.0;
         const QPointF half = QPointF(std::cos(angle), std::sin(angle)) * std::max(0.0, blemish.length / 2.0 - radius);
         from -= half;
         to += half;
@@ -222,7 +223,7 @@ private:
         for (const int blemish : group) {
             const Capsule &shape = capsule(blemish);
             for (int i = 0; i < pointsPerEnd; ++i) {
-                const double angle = 2.0 * pi * i / pointsPerEnd;
+                const double angle = 2.0 * M_PI * i / pointsPerEnd;
                 const QPointF radius = QPointF(std::cos(angle), std::sin(angle)) * shape.radius;
                 for (const QPointF &point : {shape.from + radius, shape.to + radius})
                     points.emplace_back(static_cast<float>(point.x()), static_cast<float>(point.y()));

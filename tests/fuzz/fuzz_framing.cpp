@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A stream, cut at places that its first byte chooses, must give the same payloads and the same log through the
 // endpoints' buffer and through the parser as through the plain form.
-#include "PlainFraming.h"
+#include "ReferenceFraming.h"
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
@@ -87,7 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         start += piece.size();
 
         plain += piece;
-        const Outcome expected = drain(stream.size(), [&] { return PlainFraming::retrieveMessageData(plain); });
+        const Outcome expected = drain(stream.size(), [&] { return ReferenceFraming::retrieveMessageData(plain); });
         parsed += piece;
         mustAgree(
             "parser", drain(stream.size(), [&] { return TcpProtocolParser::retrieveMessageData(parsed); }), expected);

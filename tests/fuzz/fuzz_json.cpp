@@ -3,8 +3,8 @@
 // memory is lost. Qt 5.15 loses that of values whose key stands twice; it must not get to see them.
 #include "Helpers/JsonHelper.h"
 #include "Helpers/QObjectHelper.h"
-#include "PlainJson.h"
 #include "Property.h"
+#include "ReferenceJson.h"
 
 #include <QJsonDocument>
 #include <QString>
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     Record record;
 
     const bool isRead = JsonHelper::fromJson(bytes, &record);
-    const bool isRefused = !isRead && PlainJson::namesAKeyTwice(bytes); // then Qt would lose memory here, too
+    const bool isRefused = !isRead && ReferenceJson::namesAKeyTwice(bytes); // then Qt would lose memory here, too
     must(isRefused || isRead == !QJsonDocument::fromJson(bytes).isNull(),
         "an object or an array is read if no key stands twice, nothing else");
 

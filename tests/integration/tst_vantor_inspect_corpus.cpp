@@ -5,6 +5,7 @@
 #include "simulation/EndfaceScenes.h"
 
 #include <QJsonArray>
+#include <QtMath>
 #include <QtTest>
 
 #include <cmath>
@@ -44,7 +45,6 @@ public:
 
 private:
     static constexpr int facesOfAKind = 6;
-    static constexpr double pi = 3.14159265358979323846;
 
     double uniform(double low, double high)
     {
@@ -53,7 +53,7 @@ private:
 
     EndfaceDefect pit(double size, double distance)
     {
-        const double angle = uniform(0, 2 * pi);
+        const double angle = uniform(0, 2 * M_PI);
         EndfaceDefect defect;
         defect.size = size;
         defect.center = QPointF(distance * std::cos(angle), distance * std::sin(angle));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "SmallDisk.h"
+
 #include <QFile>
 #include <QString>
 #include <QtGlobal>
@@ -94,9 +96,8 @@ inline bool withSmallDisk(const QString &folder, int kibibytes, const std::funct
 {
     bool mounted = false;
     std::thread thread([&] {
-        const QByteArray options = QByteArrayLiteral("size=") + QByteArray::number(kibibytes) + 'k';
-        mounted = unshare(CLONE_NEWNS) == 0 && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
-            && mount("tmpfs", QFile::encodeName(folder).constData(), "tmpfs", 0, options.constData()) == 0;
+        const SmallDisk disk(folder, kibibytes);
+        mounted = disk.problem().isEmpty();
         if (mounted)
             function();
     });

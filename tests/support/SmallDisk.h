@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "OwnNamespace.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QString>
@@ -13,8 +15,8 @@
 #include <sys/statvfs.h>
 #include <unistd.h>
 
-/// A disk of a few megabytes over a folder, which this process sees alone for as long as the object lives. To be
-/// constructed before there are threads.
+/// A disk of a few megabytes over a folder, which this process sees alone for as long as the object lives; as root,
+/// this thread. To be constructed before there are threads unless it is root that does so.
 class SmallDisk
 {
 public:
@@ -22,7 +24,9 @@ public:
         : mFolder(QFile::encodeName(folder))
     {
         const QByteArray options = QByteArrayLiteral("size=") + QByteArray::number(kibibytes) + 'k';
-        mIsMounted = enterNamespace() && mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
+        if (!OwnNamespace::enter(CLONE_NEWNS, geteuid(), getegid(), &mProblem))
+            return;
+        mIsMounted = mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0
             && mount("tmpfs", mFolder.constData(), "tmpfs", 0, options.constData()) == 0;
         if (!mIsMounted)
             mProblem = QStringLiteral("no disk of its own: ") + QString::fromLocal8Bit(std::strerror(errno));
@@ -39,25 +43,6 @@ public:
     QString problem() const { return mProblem; }
 
 private:
-    static bool writeLine(const char *path, const QByteArray &line)
-    {
-        QFile file(QString::fromUtf8(path));
-        return file.open(QIODevice::WriteOnly) && file.write(line) == line.size();
-    }
-
-    static QByteArray itself(quint32 id) { return QByteArray::number(id) + ' ' + QByteArray::number(id) + " 1"; }
-
-    /// Not root: enters a namespace of users, too.
-    static bool enterNamespace()
-    {
-        const uid_t user = geteuid();
-        const gid_t group = getegid();
-        if (user == 0)
-            return unshare(CLONE_NEWNS) == 0;
-        return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeLine("/proc/self/setgroups", "deny")
-            && writeLine("/proc/self/uid_map", itself(user)) && writeLine("/proc/self/gid_map", itself(group));
-    }
-
     QByteArray mFolder;
     QString mProblem;
     bool mIsMounted = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
-#include "PlainPipeline.h"
+#include "ReferencePipeline.h"
 #include "WorkDir.h"
 #include "WorkTimer.h"
 #include "simulation/EndfacePainter.h"
@@ -152,7 +152,7 @@ QStringList comparable(QStringList lines)
 }
 
 /// The log of an inspection that came to its end.
-QStringList expectedLog(const PlainForms::Inspection &inspection)
+QStringList expectedLog(const Reference::Inspection &inspection)
 {
     const auto step = [](const char *text) { return logged("info", text, "N ms"); };
     QStringList grading;
@@ -257,7 +257,7 @@ private:
 
     /// Runs the inspection with step images and compares every one of them, the verdict, and the inspection with what
     /// the plain form gives.
-    void compareWithPlainForm(const QString &path, Standard::Id id, float scale, PlainForms::Inspection *plain)
+    void compareWithPlainForm(const QString &path, Standard::Id id, float scale, Reference::Inspection *plain)
     {
         Inspection inspection;
         const LogCapture log;
@@ -266,9 +266,9 @@ private:
         const cv::Mat withoutCore = readImage(path + QStringLiteral("_03_cropped_without_core.png"));
         {
             const LogCapture silence;
-            *plain = PlainForms::inspect(photo, id, QSize(860, 640), scale, withoutCore);
+            *plain = Reference::inspect(photo, id, QSize(860, 640), scale, withoutCore);
         }
-        const PlainForms::Inspection &expected = *plain;
+        const Reference::Inspection &expected = *plain;
 
         QCOMPARE(inspection.reasonText(), expected.failure);
         QCOMPARE(result.error(), !expected.failure.isEmpty());
@@ -418,7 +418,7 @@ private Q_SLOTS:
         QFETCH(float, scale);
         const QString path = write(blemishedFace().image());
 
-        PlainForms::Inspection plain;
+        Reference::Inspection plain;
         compareWithPlainForm(path, static_cast<Standard::Id>(standard), scale, &plain);
         if (QTest::currentTestFailed())
             return;
@@ -437,7 +437,7 @@ private Q_SLOTS:
         int inspected = 0;
         for (unsigned seed = 1; seed <= 8; ++seed) {
             const QString path = write(blemishedFace().noise(seed, 3 + seed).image());
-            PlainForms::Inspection plain;
+            Reference::Inspection plain;
             compareWithPlainForm(path, Standard::IEC61300_3_35_SM_RL26, 1, &plain);
             if (QTest::currentTestFailed())
                 return;
@@ -467,7 +467,7 @@ private Q_SLOTS:
             options.multimode = seed % 4 == 0;
             const QString path = photoPath(seed % 2 == 0 ? QStringLiteral("photo.png") : QStringLiteral("photo.jpg"));
             QVERIFY(paintEndface(randomEndfaceScene(seed, options)).save(path));
-            PlainForms::Inspection plain;
+            Reference::Inspection plain;
             compareWithPlainForm(path, options.multimode ? Standard::IEC61300_3_35_MM : standards[seed % 3], 1, &plain);
             if (QTest::currentTestFailed())
                 return;
@@ -481,7 +481,7 @@ private Q_SLOTS:
         const QString path = photoPath();
         QVERIFY(paintEndface(dirtyEndfaceScene(7, 1500)).save(path));
 
-        PlainForms::Inspection plain;
+        Reference::Inspection plain;
         compareWithPlainForm(path, Standard::IEC61300_3_35_SM_RL45, 1, &plain);
 
         QCOMPARE(plain.failure, QString());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
-#include "PlainDefects.h"
+#include "ReferenceDefects.h"
 #include "WorkTimer.h"
 
 #include <QtTest>
@@ -397,7 +397,7 @@ private Q_SLOTS:
                 pixel = {random.below(extent) - 20, random.below(flatness) - 5};
             const float pixelSize = random.oneOf(pixelSizes);
 
-            const Defect expected = PlainForms::createDefectFromPixels(pixels, pixelSize);
+            const Defect expected = Reference::createDefectFromPixels(pixels, pixelSize);
             const Defect defect = AnalyserPrivate::createDefectFromPixels(pixels, pixelSize);
 
             QVERIFY2(sameBits(defect, expected), qPrintable(asText({defect, expected})));
@@ -422,7 +422,7 @@ private Q_SLOTS:
         int compared = 0;
         for (int run = 0; run < 120; ++run) {
             for (const CvPoints &pixels : contoursOf(form, random)) {
-                const Defect expected = PlainForms::createDefectFromPixels(pixels, 1.075F);
+                const Defect expected = Reference::createDefectFromPixels(pixels, 1.075F);
                 const Defect defect = AnalyserPrivate::createDefectFromPixels(pixels, 1.075F);
                 QVERIFY2(sameBits(defect, expected),
                     qPrintable(QStringLiteral("%1 pixels, run %2").arg(pixels.size()).arg(run)));
@@ -580,7 +580,7 @@ private Q_SLOTS:
 
         const std::vector<Defect> result = AnalyserPrivate::mergeDefects(defects, 4);
 
-        QVERIFY(sameBits(result, PlainForms::mergeDefects(defects, 4)));
+        QVERIFY(sameBits(result, Reference::mergeDefects(defects, 4)));
         QCOMPARE(result.size(), std::size_t(1));
         QCOMPARE(result.front().pixels.size(), 12);
     }
@@ -642,7 +642,7 @@ private Q_SLOTS:
             const std::vector<Defect> defects = random.defects(random.below(largestCount), extent, odd);
             const float threshold = random.threshold();
 
-            const std::vector<Defect> expected = PlainForms::mergeDefects(defects, threshold);
+            const std::vector<Defect> expected = Reference::mergeDefects(defects, threshold);
             const std::vector<Defect> result = AnalyserPrivate::mergeDefects(defects, threshold);
 
             QVERIFY2(sameBits(result, expected),
@@ -811,7 +811,7 @@ private Q_SLOTS:
             std::vector<Defect> expectedCladding;
 
             AnalyserPrivate::splitDefectsToZones(defects, core, cladding, contact, imageSize, sizes);
-            PlainForms::splitDefectsToZones(defects, expectedCore, expectedCladding, imageSize, sizes);
+            Reference::splitDefectsToZones(defects, expectedCore, expectedCladding, imageSize, sizes);
 
             QVERIFY2(sameBits(core, expectedCore), qPrintable(asText(defects)));
             QVERIFY2(sameBits(cladding, expectedCladding), qPrintable(asText(defects)));

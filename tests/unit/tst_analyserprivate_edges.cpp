@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
-#include "PlainForms.h"
+#include "ReferenceImages.h"
 
 #include <QtTest>
 
@@ -225,7 +225,7 @@ private Q_SLOTS:
         AnalyserPrivate::removeCoreCircle(mat, 60, claddingColor);
 
         QVector<int> colors;
-        for (const QPoint &pixel : PlainForms::corePixels(before, 60, claddingColor)) {
+        for (const QPoint &pixel : Reference::corePixels(before, 60, claddingColor)) {
             const int color = mat.at<uchar>(pixel.x(), pixel.y());
             if (!colors.contains(color))
                 colors << color;
@@ -395,7 +395,7 @@ private Q_SLOTS:
             }
 
             cv::Mat expected = before.clone();
-            for (const QPoint &pixel : PlainForms::corePixels(before, diameter, color)) {
+            for (const QPoint &pixel : Reference::corePixels(before, diameter, color)) {
                 uchar &painted = after.at<uchar>(pixel.x(), pixel.y());
                 // Clamped colours keep their low byte out of this check; they have a test of their own.
                 if (color > lowestInt + 4 && color < highestInt - 4) {
@@ -631,7 +631,7 @@ private Q_SLOTS:
             const int colorAround = input.whole(0, 2) == 0 ? input.color() : input.whole(0, 120);
 
             cv::Mat expected = before.clone();
-            PlainForms::removeCladdingEdges(expected, gray, radius, claddingColor, colorAround);
+            Reference::removeCladdingEdges(expected, gray, radius, claddingColor, colorAround);
             cv::Mat edges = before.clone();
             AnalyserPrivate::removeCladdingEdges(edges, gray, radius, claddingColor, colorAround);
 
@@ -716,10 +716,10 @@ private Q_SLOTS:
             const QPoint start(coordinate(), coordinate());
             const QPoint end(coordinate(), coordinate());
             const int distance = input.whole(-20, 20);
-            const PlainForms::Pixel plainNext =
-                PlainForms::nextPixel({start.x(), start.y()}, {end.x(), end.y()}, distance);
-            const PlainForms::Pixel plainPrev =
-                PlainForms::prevPixel({start.x(), start.y()}, {end.x(), end.y()}, distance);
+            const Reference::Pixel plainNext =
+                Reference::nextPixel({start.x(), start.y()}, {end.x(), end.y()}, distance);
+            const Reference::Pixel plainPrev =
+                Reference::prevPixel({start.x(), start.y()}, {end.x(), end.y()}, distance);
 
             const QPoint next = AnalyserPrivate::nextPixel(start, end, distance);
             const QPoint prev = AnalyserPrivate::prevPixel(start, end, distance);
@@ -885,7 +885,7 @@ private Q_SLOTS:
             const float innerRadius = input.radius();
             const float outerRadius = input.radius();
             cv::Mat expected = before.clone();
-            PlainForms::removeEdgesWithinRing(expected, innerRadius, outerRadius);
+            Reference::removeEdgesWithinRing(expected, innerRadius, outerRadius);
 
             cv::Mat edges = before.clone();
             AnalyserPrivate::removeEdgesWithinRing(edges, innerRadius, outerRadius);
@@ -899,7 +899,7 @@ private Q_SLOTS:
     {
         cv::Mat edges = filled(41, 41, 255);
         cv::Mat expected = edges.clone();
-        PlainForms::removeEdgesWithinRing(expected, 12, -1);
+        Reference::removeEdgesWithinRing(expected, 12, -1);
 
         AnalyserPrivate::applyZonesOnEdges(edges, {3, 6, 9, 12});
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
-#include "PlainForms.h"
+#include "ReferenceImages.h"
 #include "WorkTimer.h"
 
 #include <QtTest>
@@ -356,7 +356,7 @@ private Q_SLOTS:
 
             const float distance = AnalyserPrivate::distanceBetweenPoints(a.x, a.y, b.x, b.y);
 
-            QVERIFY(distance == PlainForms::distance(a.x, a.y, b.x, b.y));
+            QVERIFY(distance == Reference::distance(a.x, a.y, b.x, b.y));
             QVERIFY(AnalyserPrivate::distanceBetweenPoints(a, b) == distance);
             QVERIFY(AnalyserPrivate::distanceBetweenPoints(QPointF(a.x, a.y), QPointF(b.x, b.y)) == distance);
         }
@@ -683,7 +683,7 @@ private Q_SLOTS:
 
         for (int radius = 1; radius <= 12; ++radius) {
             LogCapture log;
-            const PlainForms::CircleAnswer expected = PlainForms::findCladdingCircle(mat, float(radius));
+            const Reference::CircleAnswer expected = Reference::findCladdingCircle(mat, float(radius));
             QVERIFY(AnalyserPrivate::findCladdingCircle(mat, float(radius)) == expected.circle);
         }
     }
@@ -700,7 +700,7 @@ private Q_SLOTS:
                 discs.emplace_back(float(input.whole(0, 240)), float(input.whole(0, 180)), radius);
             const cv::Mat mat = faceWithDiscs(240, 180, discs, input.whole(8, 60)); // some too pale to be found
             const float expectedRadius = radius + float(input.whole(-30, 130)) / 10;
-            const PlainForms::CircleAnswer expected = PlainForms::findCladdingCircle(mat, expectedRadius);
+            const Reference::CircleAnswer expected = Reference::findCladdingCircle(mat, expectedRadius);
             LogCapture log;
 
             const Circle circle = AnalyserPrivate::findCladdingCircle(mat, expectedRadius);
@@ -802,7 +802,7 @@ private Q_SLOTS:
             for (int disc = input.whole(0, 1); disc >= 0; --disc)
                 discs.emplace_back(float(input.whole(0, cols)), float(input.whole(0, rows)), std::max(radius, 1.0F));
             const cv::Mat mat = faceWithDiscs(cols, rows, discs);
-            const PlainForms::CircleAnswer expected = PlainForms::approximateFindCladdingCircle(mat);
+            const Reference::CircleAnswer expected = Reference::approximateFindCladdingCircle(mat);
             LogCapture log;
 
             const Circle circle = AnalyserPrivate::approximateFindCladdingCircle(mat);
@@ -941,7 +941,7 @@ private Q_SLOTS:
             const QPointF center(coordinate(), coordinate());
             const float diameter = input.diameter();
             const QSize resolution(input.whole(-1, 300), input.whole(-1, 300));
-            const PlainForms::CropAnswer expected = PlainForms::calculateCrop(center, diameter, resolution);
+            const Reference::CropAnswer expected = Reference::calculateCrop(center, diameter, resolution);
             LogCapture log;
 
             const QRect crop = AnalyserPrivate::calculateCrop(center, diameter, resolution);
@@ -1175,7 +1175,7 @@ private Q_SLOTS:
         QCOMPARE(AnalyserPrivate::backgroundColor(part, 38), AnalyserPrivate::backgroundColor(copy, 38));
     }
 
-    void colorsAgreeWithThePlainForms()
+    void colorsAgreeWithTheReference()
     {
         RandomInput input;
         int nothing = 0;
@@ -1198,15 +1198,15 @@ private Q_SLOTS:
                                         .toUtf8();
 
             const int cladding = AnalyserPrivate::claddingColor(mat, diameter, coreDiameter);
-            QVERIFY2(cladding == PlainForms::claddingColor(mat, diameter, coreDiameter), name);
+            QVERIFY2(cladding == Reference::claddingColor(mat, diameter, coreDiameter), name);
             QVERIFY2(AnalyserPrivate::colorAroundCircle(mat, diameter, minColor, maxColor)
-                    == PlainForms::colorAroundCircle(mat, diameter, minColor, maxColor),
+                    == Reference::colorAroundCircle(mat, diameter, minColor, maxColor),
                 name);
             QVERIFY2(AnalyserPrivate::colorAroundCircle(mat, diameter, 0, 255)
-                    == PlainForms::colorAroundCircle(mat, diameter, 0, 255),
+                    == Reference::colorAroundCircle(mat, diameter, 0, 255),
                 name);
             QVERIFY2(
-                AnalyserPrivate::backgroundColor(mat, diameter) == PlainForms::backgroundColor(mat, diameter), name);
+                AnalyserPrivate::backgroundColor(mat, diameter) == Reference::backgroundColor(mat, diameter), name);
             nothing += cladding == -8 ? 1 : 0;
         }
         QVERIFY(nothing < runs * 2 / 3);
@@ -1314,7 +1314,7 @@ private Q_SLOTS:
 
             const double level = AnalyserPrivate::getBlurLevel(mat, circle);
 
-            QVERIFY(level == PlainForms::getBlurLevel(mat, circle));
+            QVERIFY(level == Reference::getBlurLevel(mat, circle));
             QVERIFY(level == std::round(level * 10) / 10);
         }
     }
@@ -1330,7 +1330,7 @@ private Q_SLOTS:
             const cv::Mat image =
                 AnalyserPrivate::createOpenCVImageFromBytes(frame.data, size.width(), size.width(), size.height());
 
-            QVERIFY(areEqual(image, PlainForms::createOpenCVImageFromBytes(frame.data, size.width(), size.height())));
+            QVERIFY(areEqual(image, Reference::createOpenCVImageFromBytes(frame.data, size.width(), size.height())));
             QVERIFY(areEqual(image, frame.rowRange(0, size.height())));
         }
     }
@@ -1390,7 +1390,7 @@ private Q_SLOTS:
         for (int width = -2; width <= 16; ++width) {
             for (int height = -2; height <= 16; ++height) {
                 QVERIFY(areEqual(AnalyserPrivate::createOpenCVImageFromBytes(frame.data, width, width, height),
-                    PlainForms::createOpenCVImageFromBytes(frame.data, width, height)));
+                    Reference::createOpenCVImageFromBytes(frame.data, width, height)));
             }
         }
     }

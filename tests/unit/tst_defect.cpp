@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/Defect.h"
-#include "PlainDefects.h"
+#include "ReferenceDefects.h"
 
 #include <QtTest>
 
@@ -272,7 +272,7 @@ private Q_SLOTS:
 
         QCOMPARE(defect.isCloseTo(other, threshold), close);
         QCOMPARE(other.isCloseTo(defect, threshold), close);
-        QCOMPARE(PlainForms::isCloseTo(defect, other, threshold), close);
+        QCOMPARE(Reference::isCloseTo(defect, other, threshold), close);
     }
 
     void closenessIgnoresEverythingButThePixels()
@@ -304,7 +304,7 @@ private Q_SLOTS:
             const Defect defect = randomDefect();
             const Defect other = randomDefect();
             const float threshold = thresholds[random() % thresholds.size()];
-            const bool expected = PlainForms::isCloseTo(defect, other, threshold);
+            const bool expected = Reference::isCloseTo(defect, other, threshold);
             closeOnes += expected ? 1 : 0;
             QCOMPARE(defect.isCloseTo(other, threshold), expected);
         }

@@ -2,8 +2,8 @@
 #include "Helpers/JsonHelper.h"
 #include "Helpers/QObjectHelper.h"
 #include "LogCapture.h"
-#include "PlainJson.h"
 #include "Property.h"
+#include "ReferenceJson.h"
 #include "WorkTimer.h"
 
 #include <QJsonArray>
@@ -605,7 +605,7 @@ private Q_SLOTS:
         std::mt19937 random(1);
         for (int i = 0; i < count; ++i) {
             const QByteArray json = '[' + randomValue(random, 0) + ']';
-            const bool isTwice = PlainJson::namesAKeyTwice(json);
+            const bool isTwice = ReferenceJson::namesAKeyTwice(json);
             const QJsonDocument document = JsonHelper::parse(json);
             QVERIFY2(document.isNull() == isTwice, json.constData());
             if (!isTwice)

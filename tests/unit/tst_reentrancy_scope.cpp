@@ -321,7 +321,7 @@ private Q_SLOTS:
     void aReceiverOfTheDeviceMayDeleteTheService()
     {
         const Camera camera;
-        QSignalSpy names(camera.selector, QOverload<const QString &>::of(&OneDevice::selectedDeviceChanged));
+        QSignalSpy names(camera.selector, QOverload<const QString &>::of(&DeviceSelector::selectedDeviceChanged));
         connect(camera.selector, QOverload<int>::of(&QVideoDeviceSelectorControl::selectedDeviceChanged), this,
             [&] { delete camera.service; });
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "LogCapture.h"
 #include "Loopback.h"
-#include "PlainFraming.h"
+#include "ReferenceFraming.h"
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 #include "WorkTimer.h"
@@ -230,7 +230,7 @@ private Q_SLOTS:
             for (QByteArray read : reads) {
                 LogCapture log;
                 plainBuffer += read;
-                const Bytes expected = drain([&] { return PlainFraming::retrieveMessageData(plainBuffer); });
+                const Bytes expected = drain([&] { return ReferenceFraming::retrieveMessageData(plainBuffer); });
                 const QStringList expectedLog = log.asText();
 
                 log.clear();
@@ -377,7 +377,7 @@ private Q_SLOTS:
             for (const QByteArray &piece : pieces) {
                 LogCapture log;
                 plainBuffer += piece;
-                const Bytes expected = drain([&] { return PlainFraming::retrieveMessageData(plainBuffer); });
+                const Bytes expected = drain([&] { return ReferenceFraming::retrieveMessageData(plainBuffer); });
                 const QStringList expectedLog = log.asText();
                 QVERIFY(expected.size() <= maxPayloads);
 

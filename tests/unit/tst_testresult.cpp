@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/TestResult.h"
 #include "LogCapture.h"
-#include "PlainDefects.h"
+#include "ReferenceDefects.h"
 
 #include <QMetaMethod>
 #include <QMetaProperty>
@@ -155,7 +155,7 @@ private Q_SLOTS:
         QCOMPARE(result.violated, matches);
         QCOMPARE(defect.causesFailure, matches);
         QCOMPARE(log.lines().size(), matches ? 1 : 0);
-        QCOMPARE(PlainForms::matchesRule(rule, defect), matches);
+        QCOMPARE(Reference::matchesRule(rule, defect), matches);
 
         RuleResult ofOtherKind(rule);
         Defect otherDefect = sized(scratch, size);
@@ -583,7 +583,7 @@ private Q_SLOTS:
                 for (int rule = 0; rule < zones[zone].rules.size(); ++rule) {
                     QVector<int> matching;
                     for (int i = 0; i < lists[zone].size(); ++i) {
-                        if (PlainForms::matchesRule(zones[zone].rules[rule], lists[zone][i]))
+                        if (Reference::matchesRule(zones[zone].rules[rule], lists[zone][i]))
                             matching.append(i);
                     }
                     const int allowed = zones[zone].rules[rule].maxAllowedAmount;

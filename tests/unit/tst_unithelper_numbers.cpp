@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The numeric functions beside a plain rendition of the same rules, over random and extreme input.
 #include "Helpers/UnitHelper.h"
-#include "PlainNumbers.h"
+#include "ReferenceNumbers.h"
 
 #include <QRandomGenerator>
 #include <QtTest>
@@ -105,7 +105,7 @@ Integer plainTruncated(long double value)
 int plainIntegerDigits(double value)
 {
     const double bound = 9223372036854775808.0;
-    return value >= 1 ? std::min(PlainNumbers::exactDigits(std::min(value, bound)).pointAt, 19) : 0;
+    return value >= 1 ? std::min(ReferenceNumbers::exactDigits(std::min(value, bound)).pointAt, 19) : 0;
 }
 
 QString lowerCase(const QString &text)
@@ -116,10 +116,11 @@ QString lowerCase(const QString &text)
 QString plainMeasureCount(double value, int precision)
 {
     if (std::isfinite(value) && std::floor(value) == value) {
-        const QString text = PlainNumbers::fixed(value, 0);
+        const QString text = ReferenceNumbers::fixed(value, 0);
         return text == QLatin1String("-0") ? QStringLiteral("0") : text;
     }
-    return lowerCase(PlainNumbers::significant(value, plainPrecision(qint64(precision) + plainIntegerDigits(value))));
+    return lowerCase(
+        ReferenceNumbers::significant(value, plainPrecision(qint64(precision) + plainIntegerDigits(value))));
 }
 
 /// Decimals of the text that are left without the zeros at its end.
@@ -127,7 +128,7 @@ int plainDecimals(double value, int maxDecimals)
 {
     if (!std::isfinite(value))
         return 0;
-    const QString text = PlainNumbers::fixed(value, maxDecimals);
+    const QString text = ReferenceNumbers::fixed(value, maxDecimals);
     const int point = text.indexOf(QLatin1Char('.'));
     int end = text.size();
     while (point >= 0 && text[end - 1] == QLatin1Char('0'))
@@ -140,20 +141,20 @@ QString plainNumericalValue(double value, int precision)
 {
     const double size = std::fabs(value);
     if (size < 0.000001 || std::isnan(value))
-        return PlainNumbers::significant(value, 3);
+        return ReferenceNumbers::significant(value, 3);
     if (size >= 1000000000)
-        return PlainNumbers::significant(value, 6);
+        return ReferenceNumbers::significant(value, 6);
 
     const int decimals = plainDecimals(value, precision < 0 || precision > 7 ? 7 : precision);
     if (size * 1000000 <= 1 || decimals == 7)
-        return PlainNumbers::scientific(value, 3);
+        return ReferenceNumbers::scientific(value, 3);
 
-    const QString text = PlainNumbers::fixed(value, decimals);
+    const QString text = ReferenceNumbers::fixed(value, decimals);
     QString digits = text;
     digits.remove(QLatin1Char('-')).remove(QLatin1Char('.'));
     while (digits.startsWith(QLatin1Char('0')))
         digits.remove(0, 1);
-    return digits.size() < 3 ? PlainNumbers::significant(value, 3) : text;
+    return digits.size() < 3 ? ReferenceNumbers::significant(value, 3) : text;
 }
 } // namespace
 
@@ -171,18 +172,18 @@ class TestUnitHelperNumbers : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void thePlainFormsAreRight()
+    void theReferenceIsRight()
     {
-        QCOMPARE(PlainNumbers::fixed(2.5, 0), QStringLiteral("3"));
-        QCOMPARE(PlainNumbers::fixed(-9.996, 2), QStringLiteral("-10.00"));
-        QCOMPARE(PlainNumbers::fixed(0.1, 20), QStringLiteral("0.10000000000000000555"));
-        QCOMPARE(PlainNumbers::significant(0.0001, 3), QStringLiteral("0.0001"));
-        QCOMPARE(PlainNumbers::significant(0.00001, 3), QStringLiteral("1E-05"));
-        QCOMPARE(PlainNumbers::significant(999.6, 3), QStringLiteral("1E+03"));
-        QCOMPARE(PlainNumbers::significant(100, 3), QStringLiteral("100"));
-        QCOMPARE(PlainNumbers::significant(0, 3), QStringLiteral("0"));
-        QCOMPARE(PlainNumbers::scientific(12345.0, 3), QStringLiteral("1.235E+04"));
-        QCOMPARE(PlainNumbers::scientific(5e-324, 2), QStringLiteral("4.94E-324"));
+        QCOMPARE(ReferenceNumbers::fixed(2.5, 0), QStringLiteral("3"));
+        QCOMPARE(ReferenceNumbers::fixed(-9.996, 2), QStringLiteral("-10.00"));
+        QCOMPARE(ReferenceNumbers::fixed(0.1, 20), QStringLiteral("0.10000000000000000555"));
+        QCOMPARE(ReferenceNumbers::significant(0.0001, 3), QStringLiteral("0.0001"));
+        QCOMPARE(ReferenceNumbers::significant(0.00001, 3), QStringLiteral("1E-05"));
+        QCOMPARE(ReferenceNumbers::significant(999.6, 3), QStringLiteral("1E+03"));
+        QCOMPARE(ReferenceNumbers::significant(100, 3), QStringLiteral("100"));
+        QCOMPARE(ReferenceNumbers::significant(0, 3), QStringLiteral("0"));
+        QCOMPARE(ReferenceNumbers::scientific(12345.0, 3), QStringLiteral("1.235E+04"));
+        QCOMPARE(ReferenceNumbers::scientific(5e-324, 2), QStringLiteral("4.94E-324"));
     }
 
     void realsAreConverted()
@@ -321,19 +322,19 @@ private Q_SLOTS:
         for (int round = 0; round < rounds; ++round) {
             const double value = anyReal(&random);
             const int precision = anyPrecision(&random);
-            const QString fixed = lowerCase(PlainNumbers::fixed(value, plainPrecision(precision)));
+            const QString fixed = lowerCase(ReferenceNumbers::fixed(value, plainPrecision(precision)));
             COMPARE_TEXT(UnitHelper::formatDecimalValue(value, precision), fixed, value);
             COMPARE_TEXT(
                 UnitHelper::toPercentageString(value, precision, true, false), fixed + QLatin1Char('%'), value);
             COMPARE_TEXT(UnitHelper::toPercentageString(value, precision, false, true),
-                lowerCase(
-                    PlainNumbers::significant(value, plainPrecision(qint64(precision) + plainIntegerDigits(value)))),
+                lowerCase(ReferenceNumbers::significant(
+                    value, plainPrecision(qint64(precision) + plainIntegerDigits(value)))),
                 value);
             COMPARE_TEXT(UnitHelper::formatDecimalValueWithMeasureCount(value, precision),
                 plainMeasureCount(value, precision), value);
             const double max = anyReal(&random);
             COMPARE_TEXT(UnitHelper::toOpticalPowerString(value, max),
-                value >= max ? QStringLiteral("-") : lowerCase(PlainNumbers::fixed(value, 2)), value);
+                value >= max ? QStringLiteral("-") : lowerCase(ReferenceNumbers::fixed(value, 2)), value);
         }
     }
 
@@ -364,7 +365,7 @@ private Q_SLOTS:
             const QString plain = QString::number(integer);
             COMPARE_TEXT(UnitHelper::numericalValueToString(integer),
                 plain.size() - int(integer < 0) <= 9 ? plain
-                                                     : PlainNumbers::significant(static_cast<double>(integer), 6),
+                                                     : ReferenceNumbers::significant(static_cast<double>(integer), 6),
                 double(integer));
         }
     }
@@ -395,7 +396,8 @@ private Q_SLOTS:
             const QString units[] = {QStringLiteral(" B"), QStringLiteral(" kB"), QStringLiteral(" MB"),
                 QStringLiteral(" GB"), QStringLiteral(" TB")};
             COMPARE_TEXT(UnitHelper::bytesToReadable(count, points),
-                PlainNumbers::fixed(size, steps == 0 ? 0 : int(std::min(points, 100U))) + units[steps], double(count));
+                ReferenceNumbers::fixed(size, steps == 0 ? 0 : int(std::min(points, 100U))) + units[steps],
+                double(count));
         }
     }
 

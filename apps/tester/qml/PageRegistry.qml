@@ -2,7 +2,8 @@
 import OrvelPage 1.0
 import QtQuick 2.11
 
-// All pages of the application. A new page is a file in pages/ and an entry here; with a summary it has a tile at home.
+// All pages of the application. A new page is a file in pages/, which CMakeLists.txt names, and an entry here; with a
+// summary it has a tile at home.
 QtObject {
     readonly property string pages: "qrc:/tester/pages/"
     readonly property string libraryPages: "qrc:/Vantor/Pages/"

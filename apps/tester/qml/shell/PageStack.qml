@@ -90,7 +90,7 @@ FocusScope {
 
         Keys.onPressed: event.accepted = true
 
-        Shortcut { // of two that claim a key none is activated
+        Shortcut { // with two shortcuts for one key neither is activated
             sequence: "WebCam"
             enabled: root.busy
         }

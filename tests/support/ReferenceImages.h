@@ -17,7 +17,7 @@
 
 /// The image functions in their plainest form: slow, one statement per sentence of the rule, no shared parts with the
 /// library. Where the rule would read beyond the image or never end, what lies beyond is left out.
-namespace PlainForms {
+namespace Reference {
 
 using FiberInspection::Circle;
 
@@ -307,4 +307,4 @@ inline void removeEdgesWithinRing(cv::Mat &mat, float innerRadius, float outerRa
     }
 }
 
-} // namespace PlainForms
+} // namespace Reference

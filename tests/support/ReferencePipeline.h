@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "PlainDefects.h"
-#include "PlainForms.h"
+#include "ReferenceDefects.h"
+#include "ReferenceImages.h"
 
 #include <QMap>
 
@@ -12,7 +12,7 @@
 #include <vector>
 
 /// The inspection once more, step by step, from the plain forms and the calls of OpenCV.
-namespace PlainForms {
+namespace Reference {
 
 using FiberInspection::Standard;
 using FiberInspection::TestResult;
@@ -229,4 +229,4 @@ inline Inspection inspect(
     return inspection;
 }
 
-} // namespace PlainForms
+} // namespace Reference

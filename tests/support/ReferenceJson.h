@@ -10,18 +10,18 @@
 
 /// The plain way to see whether an object of a JSON text names a key twice: go down into every value, let Qt read the
 /// keys one by one, and remember them.
-class PlainJson
+class ReferenceJson
 {
 public:
     static bool namesAKeyTwice(const QByteArray &json)
     {
-        PlainJson plain(json);
+        ReferenceJson plain(json);
         plain.passValue();
         return plain.mFound;
     }
 
 private:
-    explicit PlainJson(const QByteArray &json)
+    explicit ReferenceJson(const QByteArray &json)
         : mJson(json)
     {
         if (mJson.startsWith("\xef\xbb\xbf"))

@@ -15,7 +15,7 @@
 #include <vector>
 
 /// The defect functions once more, as slow and plain as they can be said: every pair, every pixel, no short cut.
-namespace PlainForms {
+namespace Reference {
 
 using FiberInspection::Circle;
 using FiberInspection::Defect;
@@ -173,4 +173,4 @@ inline void splitDefectsToZones(const std::vector<Defect> &defects, std::vector<
     }
 }
 
-} // namespace PlainForms
+} // namespace Reference

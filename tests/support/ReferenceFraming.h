@@ -5,7 +5,7 @@
 #include <QDebug>
 
 /// The framing once more, step by step and in any time it likes.
-namespace PlainFraming {
+namespace ReferenceFraming {
 
 constexpr qint64 maxHeldBack = 64LL * 1024 * 1024;
 
@@ -44,4 +44,4 @@ inline QByteArray retrieveMessageData(QByteArray &buffer)
     return payload;
 }
 
-} // namespace PlainFraming
+} // namespace ReferenceFraming

@@ -9,7 +9,7 @@
 
 /// Numbers as text in the plainest form: all decimals that a double has, then rounding digit by digit, halves away from
 /// zero. Letters of exponents are capital ones.
-namespace PlainNumbers {
+namespace ReferenceNumbers {
 
 /// The digits of a finite number without sign and point; the point is behind `pointAt` of them.
 struct Digits
@@ -130,4 +130,4 @@ inline QString significant(double value, int count)
     return withSign(value, digits.size() > whole ? digits.left(whole) + '.' + digits.mid(whole) : digits);
 }
 
-} // namespace PlainNumbers
+} // namespace ReferenceNumbers
