@@ -129,7 +129,7 @@ void WorkerPool::endAll()
         kill(worker.fetcher, SIGKILL);
     }
     while (!mWorkers.empty())
-        bury(mWorkers.back());
+        reap(mWorkers.back());
 }
 
 bool WorkerPool::hasIdle() const
@@ -142,7 +142,7 @@ bool WorkerPool::start(int task)
 {
     Worker *worker = idleWorker();
     while (worker && isWornOut(*worker)) {
-        bury(*worker);
+        reap(*worker);
         worker = idleWorker();
     }
     if (!worker)
@@ -208,7 +208,7 @@ void WorkerPool::endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes)
         worker.timeLeft -= elapsed;
         if (worker.timeLeft > 0)
             continue;
-        outcomes->push_back(bury(worker, QStringLiteral("timed out after %1 s").arg(mSession.options.timePerImage())));
+        outcomes->push_back(reap(worker, QStringLiteral("timed out after %1 s").arg(mSession.options.timePerImage())));
     }
 }
 
@@ -220,7 +220,7 @@ void WorkerPool::endGreedy(std::vector<Outcome> *outcomes)
     for (std::size_t i = mWorkers.size(); i-- > 0;) { // also the idle ones: who was taken over need not wait for a task
         if (!Pictures(mWorkers[i].folder).areTooMany(mSession.options))
             continue;
-        Outcome outcome = bury(mWorkers[i], QStringLiteral("the analysis filled its folder"));
+        Outcome outcome = reap(mWorkers[i], QStringLiteral("the analysis filled its folder"));
         if (outcome.task != idle)
             outcomes->push_back(std::move(outcome));
     }
@@ -276,7 +276,7 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     char buffer[64 * 1024];
     const ssize_t size = Process::read(worker.inspections, buffer, sizeof buffer);
     if (size <= 0) {
-        Outcome outcome = bury(worker);
+        Outcome outcome = reap(worker);
         if (outcome.task != idle)
             outcomes->push_back(std::move(outcome));
         return;
@@ -288,7 +288,7 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     if (!isDamaged)
         inspection = InspectionMessage::take(&worker.received, mSession.tasks[worker.task], &isDamaged);
     if (isDamaged) {
-        Outcome outcome = bury(worker, QStringLiteral("the analysis sent what is no report"));
+        Outcome outcome = reap(worker, QStringLiteral("the analysis sent what is no report"));
         if (outcome.task != idle)
             outcomes->push_back(std::move(outcome));
     } else if (inspection) {
@@ -298,7 +298,7 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     }
 }
 
-WorkerPool::Outcome WorkerPool::bury(Worker &worker, const QString &reason)
+WorkerPool::Outcome WorkerPool::reap(Worker &worker, const QString &reason)
 {
     const bool isOverTime = hasUsedUpItsTime(worker.pid);
     Process::end(worker.fetcher);

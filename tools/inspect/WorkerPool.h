@@ -63,7 +63,7 @@ private:
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
     void endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes);
     void endGreedy(std::vector<Outcome> *outcomes); ///< those that write too much
-    Outcome bury(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
+    Outcome reap(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
 
     const Session &mSession;
     std::size_t mSize; ///< the most workers
