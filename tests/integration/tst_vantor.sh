@@ -83,6 +83,24 @@ failing_installation() {
 }
 verify "a failing installation is told with its packages" failing_installation
 
+# Those that pass their arguments on have the help of the program.
+every_command_has_its_own_help() {
+    local name text
+    while read -r name; do
+        text=$(PATH="$work/bin:$PATH" "$work/checkout/vantor" "$name" --help)
+        [[ $text == "Usage: ./vantor $name"* && $text == *$'\n\n'?* ]] || { echo "$name: $text"; return 1; }
+        same "$("$work/checkout/vantor" help "$name")" "$text" || return 1
+    done < <(sed -n 's/^command_\([a-z]*\)().*/\1/p' "$root/vantor" | grep -vx -e app -e inspect)
+    [[ -n ${text:-} ]]
+}
+superfluous_argument() {
+    local status=0
+    "$work/checkout/vantor" clean nonsense 2>"$work/stderr" || status=$?
+    same "$status" 64 && [[ $(<"$work/stderr") == *nonsense* ]]
+}
+verify "every command has its own help" every_command_has_its_own_help
+verify "an argument that a command does not take is reported and ends with 64" superfluous_argument
+
 # --- The sample of `inspect` ------------------------------------------------------------------------------------------
 
 # inspected ARGUMENT...: what vantor-inspect is given
