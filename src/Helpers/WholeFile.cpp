@@ -4,27 +4,20 @@
 #include <QFileInfo>
 #include <QRandomGenerator>
 
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
+constexpr QLatin1String unfinished(".unfinished-");
+
 /// In the same folder. Short, because the name at the path may be as long as a name can be.
 QString unfinishedPath(const QString &path)
 {
     constexpr int base = 36;
-    return QStringLiteral("%1/.unfinished-%2")
-        .arg(QFileInfo(path).path(), QString::number(QRandomGenerator::global()->generate64(), base));
-}
-
-/// After a power failure the folder has the new file, or none of it.
-void syncFolderOf(const QString &path)
-{
-    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    fsync(folder);
-    close(folder);
+    return QStringLiteral("%1/%2%3").arg(
+        QFileInfo(path).path(), unfinished, QString::number(QRandomGenerator::global()->generate64(), base));
 }
 } // namespace
 
@@ -42,21 +35,21 @@ WholeFile::~WholeFile()
 
 bool WholeFile::open()
 {
-    return mUnfinished.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered);
+    return noted(mUnfinished.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered));
 }
 
 bool WholeFile::write(const QByteArray &piece)
 {
-    return mUnfinished.write(piece) == piece.size();
+    return noted(mUnfinished.write(piece) == piece.size());
 }
 
 bool WholeFile::commit()
 {
     const QByteArray from = QFile::encodeName(mUnfinished.fileName());
     if (fsync(mUnfinished.handle()) != 0 || std::rename(from.constData(), QFile::encodeName(mPath).constData()) != 0)
-        return false;
+        return noted(false);
     mUnfinished.close();
-    syncFolderOf(mPath);
+    syncFolder(QFileInfo(mPath).path()); // after a power failure the folder has the new file, or none of it
     return true;
 }
 
@@ -64,4 +57,26 @@ bool WholeFile::write(const QString &path, const QByteArray &content)
 {
     WholeFile file(path);
     return file.open() && file.write(content) && file.commit();
+}
+
+bool WholeFile::isUnfinished(const QString &fileName)
+{
+    return fileName.startsWith(unfinished);
+}
+
+bool WholeFile::syncFolder(const QString &folder)
+{
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool isSynced = fsync(descriptor) == 0;
+    ::close(descriptor);
+    return isSynced;
+}
+
+bool WholeFile::noted(bool isDone)
+{
+    if (!isDone)
+        mError = errno;
+    return isDone;
 }

@@ -21,10 +21,22 @@ public:
     bool write(const QByteArray &piece);
     bool commit();
 
+    /// The errno of the step that failed.
+    int error() const { return mError; }
+
     /// All of it in one go.
     static bool write(const QString &path, const QByteArray &content);
 
+    /// Whether a file of that name is what a writer has left that died.
+    static bool isUnfinished(const QString &fileName);
+
+    /// What was done to the entries of the folder outlives a power failure.
+    static bool syncFolder(const QString &folder);
+
 private:
+    bool noted(bool isDone);
+
     const QString mPath;
     QFile mUnfinished;
+    int mError = 0;
 };
