@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+
+namespace Records {
+
+/// What kept a call from doing its work.
+enum class Fault : int {
+    None,
+    NotOpen, ///< the store was not opened, or could not be
+    WrongThread, ///< not the one that opened the store
+    ReadOnly, ///< the store, its folder, or the disk
+    DiskFull, ///< nothing was changed; the call may be repeated when there is room again
+    Busy, ///< another program writes, for longer than was waited
+    LaterVersion, ///< written by a later version of this library
+    Damaged, ///< the database; opening the store again keeps it aside and begins a new one
+    Foreign, ///< a database, but none of ours
+    NotFound, ///< there is no such record
+    Invalid, ///< the arguments make no record
+    PictureMissing,
+    PictureDamaged, ///< its bytes do not have its name as their sum
+    Unusable, ///< files or database, for a reason that only the text tells
+    OutOfMemory,
+    NoDriver, ///< Qt's plug-in for SQLite is not installed
+};
+
+/// Whether something went wrong: for programs, and for people.
+struct Problem
+{
+    Fault fault = Fault::None;
+    QString text; ///< one line; empty when all is well
+
+    bool ok() const { return fault == Fault::None; }
+};
+
+/// A value, or why there is none.
+template <typename Value>
+struct Answer
+{
+    Value value{};
+    Problem problem;
+
+    bool ok() const { return problem.ok(); }
+};
+
+} // namespace Records

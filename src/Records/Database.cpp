@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/Database_p.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QUrl>
+
+#include <atomic>
+#include <sys/statvfs.h>
+
+namespace Records {
+
+namespace {
+constexpr int patience = 5000; // milliseconds to wait for another program that writes
+
+constexpr quint64 indexSize = 32 * 1024; // bytes of the smallest index of a journal
+
+// Result codes of SQLite; what is above the lowest byte of one tells more of the same.
+constexpr int primaryCode = 0xff;
+enum Code : int {
+    Busy = 5,
+    Locked = 6,
+    NoMemory = 7,
+    ReadOnly = 8,
+    InputOutput = 10,
+    Corrupt = 11,
+    Full = 13,
+    Constraint = 19,
+    NotADatabase = 26,
+};
+
+QString newConnectionName()
+{
+    static std::atomic<quint64> count{0};
+    return QStringLiteral("VantorBaseRecords-%1").arg(++count);
+}
+
+Fault faultOf(int code)
+{
+    switch (code & primaryCode) {
+    case Busy:
+    case Locked:
+        return Fault::Busy;
+    case NoMemory:
+        return Fault::OutOfMemory;
+    case ReadOnly:
+        return Fault::ReadOnly;
+    case Corrupt:
+    case NotADatabase:
+        return Fault::Damaged;
+    case Full:
+        return Fault::DiskFull;
+    case Constraint:
+        return Fault::Invalid;
+    default:
+        return Fault::Unusable;
+    }
+}
+
+/// The index of the journal tells a full disk as a failure of the disk.
+bool isDiskFull(const QString &path)
+{
+    struct statvfs disk = {};
+    return statvfs(QFile::encodeName(QFileInfo(path).path()).constData(), &disk) == 0
+        && disk.f_bavail * disk.f_frsize < indexSize;
+}
+
+QString optionsFor(Database::Access access)
+{
+    const QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(patience);
+    if (access == Database::Access::ReadWrite)
+        return options;
+    return options + QStringLiteral(";QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI");
+}
+
+/// A path may hold characters that mean something in a URI.
+QString nameFor(const QString &path, Database::Access access)
+{
+    if (access == Database::Access::ReadWrite)
+        return path;
+    const QString uri = QStringLiteral("file:") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/"));
+    return access == Database::Access::Immutable ? uri + QStringLiteral("?immutable=1") : uri;
+}
+} // namespace
+
+Database::Database(const QString &path, const QString &suspicion)
+    : mPath(path)
+    , mSuspicion(suspicion)
+    , mConnection(newConnectionName())
+{
+}
+
+Database::~Database()
+{
+    mDatabase = {};
+    QSqlDatabase::removeDatabase(mConnection);
+}
+
+Problem Database::open(Access access)
+{
+    if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
+        return {Fault::NoDriver, QStringLiteral("Qt's driver for SQLite is not installed")};
+    mDatabase = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), mConnection);
+    mDatabase.setConnectOptions(optionsFor(access));
+    mDatabase.setDatabaseName(nameFor(mPath, access));
+    if (!mDatabase.open())
+        return problemOf(mDatabase.lastError());
+    for (const char *const setting : {
+             "PRAGMA trusted_schema = OFF", // a file from elsewhere runs no code of its own
+             "PRAGMA cell_size_check = ON", // damage is told, not followed
+             "PRAGMA foreign_keys = ON",
+             "PRAGMA synchronous = FULL", // what was told to be stored outlives a power failure
+         }) {
+        const Problem problem = run(setting);
+        if (!problem.ok())
+            return problem;
+    }
+    return {};
+}
+
+Problem Database::run(const char *statement, const QVariantList &values)
+{
+    Query query(*this, statement);
+    query.run(values);
+    return query.problem();
+}
+
+Answer<QVariant> Database::value(const char *statement, const QVariantList &values) const
+{
+    QSqlQuery query = this->query();
+    query.prepare(QString::fromLatin1(statement));
+    for (const QVariant &value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        return {{}, problemOf(query)};
+    const QVariant first = query.next() ? query.value(0) : QVariant();
+    return {first, problemOf(query)};
+}
+
+QSqlQuery Database::query() const
+{
+    QSqlQuery query(mDatabase);
+    query.setForwardOnly(true); // or Qt would keep all rows
+    return query;
+}
+
+Problem Database::problemOf(const QSqlQuery &query) const
+{
+    return problemOf(query.lastError());
+}
+
+Problem Database::problemOf(const QSqlError &error) const
+{
+    if (!error.isValid())
+        return {};
+    const int code = error.nativeErrorCode().toInt();
+    const bool isFull = (code & primaryCode) == InputOutput && isDiskFull(mPath);
+    const Fault fault = isFull ? Fault::DiskFull : faultOf(code);
+    if (fault == Fault::Damaged)
+        QFile(mSuspicion).open(QIODevice::WriteOnly);
+    return {fault, QStringLiteral("%1: %2").arg(mPath, error.databaseText().simplified())};
+}
+
+Query::Query(const Database &database, const char *statement)
+    : Query(database, QString::fromLatin1(statement))
+{
+}
+
+Query::Query(const Database &database, const QString &statement)
+    : mDatabase(database)
+    , mQuery(database.query())
+{
+    if (!mQuery.prepare(statement))
+        mProblem = mDatabase.problemOf(mQuery);
+}
+
+bool Query::run(const QVariantList &values)
+{
+    if (!mProblem.ok())
+        return false;
+    for (int i = 0; i < values.size(); ++i)
+        mQuery.bindValue(i, values[i]);
+    if (!mQuery.exec())
+        mProblem = mDatabase.problemOf(mQuery);
+    return mProblem.ok();
+}
+
+bool Query::next()
+{
+    if (!mProblem.ok())
+        return false;
+    const bool isThere = mQuery.next();
+    if (!isThere)
+        mProblem = mDatabase.problemOf(mQuery);
+    return isThere;
+}
+
+QDateTime Query::time(int column) const
+{
+    return isNull(column) ? QDateTime() : QDateTime::fromMSecsSinceEpoch(longNumber(column), Qt::UTC);
+}
+
+Transaction::Transaction(Database &database)
+    : mDatabase(database)
+    , mProblem(database.run("BEGIN IMMEDIATE"))
+    , mIsOpen(mProblem.ok())
+{
+}
+
+Transaction::~Transaction()
+{
+    if (mIsOpen)
+        mDatabase.run("ROLLBACK");
+}
+
+Problem Transaction::commit()
+{
+    const Problem problem = mDatabase.run("COMMIT");
+    mIsOpen = !problem.ok();
+    return problem;
+}
+
+QVariant toValue(const QDateTime &time)
+{
+    return time.isValid() ? QVariant(time.toMSecsSinceEpoch()) : QVariant(QVariant::LongLong);
+}
+
+QVariant toValue(const QString &text)
+{
+    return text.isNull() ? QVariant(QStringLiteral("")) : QVariant(text);
+}
+
+} // namespace Records

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Records/Answer.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariant>
+
+namespace Records {
+
+/// A connection to one file. Where a call finds the database damaged, a file tells that to who opens it next.
+class Database
+{
+public:
+    enum class Access : int {
+        ReadWrite,
+        ReadOnly, ///< beside who writes
+        Immutable, ///< nobody writes, and nothing can be written beside it
+    };
+
+    /// @param suspicion path of the file that is made when the database is seen to be damaged
+    explicit Database(const QString &path, const QString &suspicion);
+    ~Database();
+    Database(const Database &) = delete;
+    Database &operator=(const Database &) = delete;
+
+    Problem open(Access access);
+
+    Problem run(const char *statement, const QVariantList &values = {});
+
+    /// The first value of the first row; invalid when there is none.
+    Answer<QVariant> value(const char *statement, const QVariantList &values = {}) const;
+
+    QSqlQuery query() const;
+    Problem problemOf(const QSqlQuery &query) const;
+    bool isOpen() const { return mDatabase.isOpen(); }
+
+private:
+    Problem problemOf(const QSqlError &error) const;
+
+    const QString mPath;
+    const QString mSuspicion;
+    const QString mConnection;
+    QSqlDatabase mDatabase;
+};
+
+/// One statement with its values and rows.
+class Query
+{
+public:
+    Query(const Database &database, const char *statement);
+    Query(const Database &database, const QString &statement);
+
+    /// For a statement that can be run again with other values.
+    bool run(const QVariantList &values);
+    bool next(); ///< a problem may end the rows as well
+    Problem problem() const { return mProblem; }
+    int changed() const { return mQuery.numRowsAffected(); }
+    qint64 lastId() const { return mQuery.lastInsertId().toLongLong(); }
+
+    // Of the row at hand.
+    bool isNull(int column) const { return mQuery.isNull(column); }
+    int number(int column) const { return mQuery.value(column).toInt(); }
+    qint64 longNumber(int column) const { return mQuery.value(column).toLongLong(); }
+    double real(int column) const { return mQuery.value(column).toDouble(); }
+    float single(int column) const { return static_cast<float>(real(column)); }
+    QString text(int column) const { return mQuery.value(column).toString(); }
+    QByteArray bytes(int column) const { return mQuery.value(column).toByteArray(); }
+    QDateTime time(int column) const; ///< UTC; invalid for nothing
+
+private:
+    const Database &mDatabase;
+    QSqlQuery mQuery;
+    Problem mProblem;
+};
+
+/// All that is run meanwhile, or none of it: without a commit() it is undone.
+class Transaction
+{
+public:
+    explicit Transaction(Database &database);
+    ~Transaction();
+    Transaction(const Transaction &) = delete;
+    Transaction &operator=(const Transaction &) = delete;
+
+    const Problem &problem() const { return mProblem; } ///< of its beginning
+    Problem commit();
+
+private:
+    Database &mDatabase;
+    Problem mProblem;
+    bool mIsOpen;
+};
+
+/// As the database keeps them.
+QVariant toValue(const QDateTime &time);
+QVariant toValue(const QString &text); ///< no text is an empty one
+
+} // namespace Records

@@ -1,0 +1,477 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/InspectionRows_p.h"
+
+#include <QDataStream>
+
+#include <algorithm>
+
+namespace Records::InspectionRows {
+
+using namespace FiberInspection;
+using Reason = Inspection::Reason;
+
+namespace {
+constexpr auto streamVersion = QDataStream::Qt_5_15;
+constexpr int compression = 1; // outlines are mostly zeroes between small numbers; more takes time and gains little
+constexpr quint32 maxShapeSize = 256U * 1024 * 1024; // bytes; more than the outline of any picture takes
+
+constexpr char insertInspection[] =
+    "INSERT INTO inspection (identity, point, made, standard, verdict, reason, detail, decision, note, scope, "
+    "fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
+    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, "
+    "gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+constexpr char insertZone[] =
+    "INSERT INTO zone (inspection, zone, inner_diameter, outer_diameter, violations) VALUES (?, ?, ?, ?, ?)";
+constexpr char insertRule[] =
+    "INSERT INTO rule (inspection, zone, position, kind, operator, min_size, max_size, allowed, found, violated) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
+constexpr char insertDefect[] = "INSERT INTO defect (inspection, position, zone, kind, size, x, y, fails, shape) "
+                                "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)";
+
+constexpr char words[] =
+    "INSERT OR REPLACE INTO search (rowid, job, customer, site, operator, point, note) "
+    "SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note "
+    "FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
+
+constexpr char summaryColumns[] =
+    "inspection.id, inspection.point, point.name, point.side, job.id, job.name, inspection.made, "
+    "inspection.standard, inspection.verdict, inspection.reason, inspection.detail, inspection.decision, "
+    "inspection.note";
+constexpr int summaryCount = 13;
+constexpr char otherColumns[] =
+    "inspection.identity, scope, fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
+    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, gray_cladding, "
+    "gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated";
+constexpr char withPointAndJob[] =
+    "LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
+
+constexpr char zonesOf[] =
+    "SELECT zone, inner_diameter, outer_diameter, violations FROM zone WHERE inspection = ? ORDER BY zone";
+constexpr char rulesOf[] = "SELECT zone, kind, operator, min_size, max_size, allowed, found, violated FROM rule "
+                           "WHERE inspection = ? ORDER BY zone, position";
+constexpr char defectsOf[] =
+    "SELECT zone, kind, size, x, y, fails, shape FROM defect WHERE inspection = ? ORDER BY position";
+
+/// Words, because the numbers of the reasons may change from version to version.
+struct ReasonName
+{
+    Reason reason;
+    const char *name;
+};
+constexpr ReasonName reasonNames[] = {
+    {Reason::None, "none"},
+    {Reason::FileMissing, "file missing"},
+    {Reason::NotAFile, "not a file"},
+    {Reason::FileUnreadable, "file unreadable"},
+    {Reason::FileEmpty, "file empty"},
+    {Reason::UnknownFormat, "unknown format"},
+    {Reason::ImageDamaged, "image damaged"},
+    {Reason::ImageTooLarge, "image too large"},
+    {Reason::NoImage, "no image"},
+    {Reason::NotConvertible, "not convertible"},
+    {Reason::UnusableScale, "unusable scale"},
+    {Reason::NoFibre, "no fibre"},
+    {Reason::SeveralFibres, "several fibres"},
+    {Reason::FibreAtBorder, "fibre at border"},
+    {Reason::AnalysisBroken, "analysis broken"},
+};
+
+QString nameOf(Reason reason)
+{
+    const auto *const found = std::find_if(std::begin(reasonNames), std::end(reasonNames),
+        [reason](const ReasonName &entry) { return entry.reason == reason; });
+    return found == std::end(reasonNames) ? QString() : QString::fromLatin1(found->name);
+}
+
+/// A reason that only a later version knows is as good as none that is known: there is no verdict, and the detail
+/// tells.
+Reason reasonOf(const QString &name)
+{
+    const auto *const found = std::find_if(std::begin(reasonNames), std::end(reasonNames),
+        [&name](const ReasonName &entry) { return name == QLatin1String(entry.name); });
+    return found == std::end(reasonNames) ? Reason::AnalysisBroken : found->reason;
+}
+
+Verdict verdictOf(const Inspection &inspection)
+{
+    if (!inspection.hasVerdict())
+        return Verdict::None;
+    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
+}
+
+// A number that is missing is stored as nothing, not as 0.
+QVariant orNothing(bool isThere, qint64 number)
+{
+    return isThere ? QVariant(number) : QVariant(QVariant::LongLong);
+}
+
+QVariant hashValue(const QByteArray &hash)
+{
+    return hash.isEmpty() ? QVariant(QVariant::ByteArray) : QVariant(QByteArray::fromHex(hash));
+}
+
+QByteArray packed(const StoredDefect &defect)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(streamVersion);
+    stream << defect.enclosingCircle.center << static_cast<double>(defect.enclosingCircle.radius)
+           << defect.boundingRectPoints << defect.pixels;
+    return qCompress(bytes, compression);
+}
+
+/// Believes no length that the bytes cannot hold.
+bool readPoints(QDataStream &stream, QVector<QPointF> *points)
+{
+    constexpr qint64 pointSize = 2 * sizeof(double);
+    quint32 count = 0;
+    stream >> count;
+    if (stream.status() != QDataStream::Ok || count > stream.device()->bytesAvailable() / pointSize)
+        return false;
+    points->resize(static_cast<int>(count));
+    for (QPointF &point : *points)
+        stream >> point;
+    return stream.status() == QDataStream::Ok;
+}
+
+bool unpack(const QByteArray &shape, StoredDefect *defect)
+{
+    QDataStream length(shape); // the size of what was packed stands before it
+    quint32 size = 0;
+    length >> size;
+    if (length.status() != QDataStream::Ok || size > maxShapeSize)
+        return false;
+    const QByteArray bytes = qUncompress(shape);
+    QDataStream stream(bytes);
+    stream.setVersion(streamVersion);
+    double radius = 0;
+    stream >> defect->enclosingCircle.center >> radius;
+    defect->enclosingCircle.radius = static_cast<float>(radius);
+    return readPoints(stream, &defect->boundingRectPoints) && readPoints(stream, &defect->pixels) && stream.atEnd();
+}
+
+QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const Pictures &pictures)
+{
+    const Circle &cladding = inspection.claddingCircle();
+    const QRect &crop = inspection.crop();
+    const GrayLevels &gray = inspection.grayLevels();
+    const DefectCounts &counts = inspection.counts();
+    return {QUuid::createUuid().toRfc4122(), orNothing(origin.point != noId, origin.point), toValue(origin.made),
+        static_cast<int>(inspection.standardId()), static_cast<int>(verdictOf(inspection)), nameOf(inspection.reason()),
+        toValue(inspection.detail()), static_cast<int>(Decision::Undecided), toValue(QString()),
+        toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
+        static_cast<double>(origin.scale), origin.maxImagePixels,
+        orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0))),
+        origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double), toValue(origin.software),
+        static_cast<double>(inspection.micronsPerPixel()), cladding.center.x(), cladding.center.y(),
+        static_cast<double>(cladding.radius), crop.x(), crop.y(), crop.width(), crop.height(), gray.cladding,
+        gray.aroundCore, gray.aroundCladding, counts.contours, counts.raw, counts.merged, hashValue(pictures.source),
+        hashValue(pictures.annotated)};
+}
+
+Problem addZone(Database &database, Id id, const StoredZone &zone)
+{
+    const Problem problem = database.run(
+        insertZone, {id, static_cast<int>(zone.zone), zone.innerDiameter, zone.outerDiameter, zone.violations});
+    if (!problem.ok())
+        return problem;
+    Query query(database, insertRule);
+    for (int i = 0; i < zone.rules.size(); ++i) {
+        const StoredRule &stored = zone.rules[i];
+        const Rule &rule = stored.rule;
+        if (!query.run({id, static_cast<int>(zone.zone), i, static_cast<int>(rule.defectType),
+                static_cast<int>(rule.ruleOperator), rule.minSize, rule.maxSize, rule.maxAllowedAmount, stored.found,
+                stored.violated}))
+            break;
+    }
+    return query.problem();
+}
+
+Problem addZones(Database &database, Id id, const QVector<StoredZone> &zones)
+{
+    for (const StoredZone &zone : zones) {
+        const Problem problem = addZone(database, id, zone);
+        if (!problem.ok())
+            return problem;
+    }
+    return {};
+}
+
+Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defects)
+{
+    Query query(database, insertDefect);
+    for (int i = 0; i < defects.size(); ++i) {
+        const GradedDefect &graded = defects[i].graded;
+        if (!query.run({id, i, static_cast<int>(graded.zone), static_cast<int>(graded.kind), graded.sizeMicrons,
+                graded.centerMicrons.x(), graded.centerMicrons.y(), graded.causesFailure, packed(defects[i])}))
+            break;
+    }
+    return query.problem();
+}
+
+Problem index(Database &database, Id id)
+{
+    Query query(database, QLatin1String(words) + QStringLiteral("WHERE inspection.id = ?"));
+    query.run({id});
+    return query.problem();
+}
+
+void readSummary(const Query &row, InspectionSummary *summary)
+{
+    summary->id = row.longNumber(0);
+    summary->point = row.longNumber(1);
+    summary->pointName = row.text(2);
+    summary->side = static_cast<Side>(row.number(3));
+    summary->job = row.longNumber(4);
+    summary->jobName = row.text(5);
+    summary->made = row.time(6);
+    summary->standard = static_cast<Standard::Id>(row.number(7));
+    summary->verdict = static_cast<Verdict>(row.number(8));
+    summary->reason = reasonOf(row.text(9));
+    summary->detail = row.text(10);
+    summary->decision = static_cast<Decision>(row.number(11));
+    summary->note = row.text(12);
+}
+
+StoredInspection readInspection(const Query &row)
+{
+    StoredInspection stored;
+    readSummary(row, &stored);
+    int column = summaryCount;
+    const auto number = [&] { return row.number(column++); };
+    const auto real = [&] { return row.real(column++); };
+    const auto single = [&] { return row.single(column++); };
+
+    Origin &origin = stored.origin;
+    origin.point = stored.point;
+    origin.made = stored.made;
+    stored.identity = QUuid::fromRfc4122(row.bytes(column++));
+    origin.device.name = row.text(column++);
+    origin.device.fov.setWidth(number());
+    origin.device.fov.setHeight(number());
+    origin.scale = single();
+    origin.maxImagePixels = row.longNumber(column++);
+    if (!row.isNull(column))
+        origin.seed = static_cast<quint64>(row.longNumber(column));
+    ++column;
+    if (!row.isNull(column))
+        origin.focusValue = row.real(column);
+    ++column;
+    origin.software = row.text(column++);
+
+    stored.micronsPerPixel = single();
+    stored.claddingCircle.center.setX(real());
+    stored.claddingCircle.center.setY(real());
+    stored.claddingCircle.radius = single();
+    stored.crop.moveLeft(number());
+    stored.crop.moveTop(number());
+    stored.crop.setWidth(number());
+    stored.crop.setHeight(number());
+    stored.grayLevels.cladding = number();
+    stored.grayLevels.aroundCore = number();
+    stored.grayLevels.aroundCladding = number();
+    stored.counts.contours = number();
+    stored.counts.raw = number();
+    stored.counts.merged = number();
+    stored.picture = row.bytes(column++).toHex();
+    stored.annotatedPicture = row.bytes(column++).toHex();
+    return stored;
+}
+
+Problem readZones(const Database &database, StoredInspection *stored)
+{
+    Query zones(database, zonesOf);
+    zones.run({stored->id});
+    while (zones.next())
+        stored->zones.append(
+            {static_cast<Zone::Id>(zones.number(0)), zones.number(1), zones.number(2), zones.number(3), {}});
+    if (!zones.problem().ok())
+        return zones.problem();
+
+    Query rules(database, rulesOf);
+    rules.run({stored->id});
+    while (rules.next()) {
+        const auto isOurs = [&](const StoredZone &zone) { return zone.zone == rules.number(0); };
+        const auto zone = std::find_if(stored->zones.begin(), stored->zones.end(), isOurs);
+        if (zone == stored->zones.end())
+            continue;
+        Rule rule;
+        rule.defectType = static_cast<Defect::Type>(rules.number(1));
+        rule.ruleOperator = static_cast<Rule::Operator>(rules.number(2));
+        rule.minSize = rules.number(3);
+        rule.maxSize = rules.number(4);
+        rule.maxAllowedAmount = rules.number(5);
+        zone->rules.append({rule, rules.number(6), rules.number(7) != 0});
+    }
+    return rules.problem();
+}
+
+Problem readDefects(const Database &database, StoredInspection *stored)
+{
+    Query row(database, defectsOf);
+    row.run({stored->id});
+    while (row.next()) {
+        StoredDefect defect;
+        defect.graded = {static_cast<Zone::Id>(row.number(0)), static_cast<Defect::Type>(row.number(1)), row.real(2),
+            {row.real(3), row.real(4)}, row.number(5) != 0};
+        if (!unpack(row.bytes(6), &defect))
+            return {Fault::Damaged, QStringLiteral("Inspection %1: the shape of a defect is damaged").arg(stored->id)};
+        stored->defects.append(defect);
+    }
+    return row.problem();
+}
+
+/// What may be searched for, in the words of the index: each the beginning of a word, all of them wanted.
+QString searchFor(const QString &text)
+{
+    QStringList wanted;
+    const QStringList typed = text.split(QChar::Space, Qt::SkipEmptyParts);
+    for (const QString &word : typed) {
+        const QVector<uint> characters = word.toUcs4();
+        const bool isWord =
+            std::any_of(characters.cbegin(), characters.cend(), [](uint c) { return QChar::isLetterOrNumber(c); });
+        if (!isWord || wanted.size() >= Filter::maxWords)
+            continue; // the index holds no signs
+        QString quoted = word;
+        quoted.remove(QChar::Null).replace(QLatin1Char('"'), QStringLiteral("\"\""));
+        wanted << QStringLiteral("\"%1\"*").arg(quoted);
+    }
+    return wanted.join(QLatin1Char(' '));
+}
+
+/// The rows that a filter lets through, as the end of a statement.
+struct Choice
+{
+    QString source; ///< from where the ids come
+    QString id; ///< the column that tells the order
+    QStringList conditions;
+    QVariantList values;
+
+    explicit Choice(const Filter &filter);
+
+    void add(const char *condition, const QVariant &value)
+    {
+        conditions << QString::fromLatin1(condition);
+        values << value;
+    }
+
+    QString text() const
+    {
+        const QString where =
+            conditions.isEmpty() ? QString() : QStringLiteral(" WHERE ") + conditions.join(QStringLiteral(" AND "));
+        return QStringLiteral(" FROM ") + source + where;
+    }
+};
+
+Choice::Choice(const Filter &filter)
+    : source(QStringLiteral("inspection"))
+    , id(QStringLiteral("inspection.id"))
+{
+    const QString search = searchFor(filter.text.simplified());
+    if (!search.isEmpty()) {
+        source = QStringLiteral("search CROSS JOIN inspection ON inspection.id = search.rowid"); // in that order
+        id = QStringLiteral("search.rowid");
+        add("search MATCH ?", search);
+    }
+    if (filter.job)
+        add("inspection.point IN (SELECT point.id FROM point WHERE point.job = ?)", *filter.job);
+    if (filter.point)
+        add("inspection.point = ?", *filter.point);
+    if (filter.verdict)
+        add("inspection.verdict = ?", static_cast<int>(*filter.verdict));
+    if (filter.standard)
+        add("inspection.standard = ?", static_cast<int>(*filter.standard));
+    if (filter.from.isValid())
+        add("inspection.made >= ?", toValue(filter.from));
+    if (filter.until.isValid())
+        add("inspection.made <= ?", toValue(filter.until));
+}
+} // namespace
+
+Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspection, const Pictures &pictures)
+{
+    Query query(database, insertInspection);
+    if (!query.run(valuesOf(origin, inspection, pictures)))
+        return {noId, query.problem()};
+    const Id id = query.lastId();
+    Problem problem = addZones(database, id, StoredZone::of(inspection.result()));
+    if (problem.ok())
+        problem = addDefects(database, id, StoredDefect::of(inspection));
+    if (problem.ok())
+        problem = index(database, id);
+    return {id, problem};
+}
+
+Problem decide(Database &database, Id id, Decision decision, const QString &note)
+{
+    Query query(database, "UPDATE inspection SET decision = ?, note = ? WHERE id = ?");
+    if (!query.run({static_cast<int>(decision), toValue(note), id}))
+        return query.problem();
+    if (query.changed() == 0)
+        return {Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)};
+    return index(database, id);
+}
+
+Answer<StoredInspection> one(const Database &database, Id id)
+{
+    Query query(database,
+        QStringLiteral("SELECT %1, %2 FROM inspection %3 WHERE inspection.id = ?")
+            .arg(QLatin1String(summaryColumns), QLatin1String(otherColumns), QLatin1String(withPointAndJob)));
+    query.run({id});
+    if (!query.problem().ok() || !query.next())
+        return {{},
+            query.problem().ok() ? Problem{Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)}
+                                 : query.problem()};
+    StoredInspection stored = readInspection(query);
+    Problem problem = readZones(database, &stored);
+    if (problem.ok())
+        problem = readDefects(database, &stored);
+    return {stored, problem};
+}
+
+Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &filter, const Page &page)
+{
+    const Choice choice(filter);
+    // The ids first, from what is narrow; then the rows of these alone.
+    const QString statement =
+        QStringLiteral("SELECT %1 FROM (SELECT inspection.id AS id %2 ORDER BY %3 DESC LIMIT ? OFFSET ?) AS page "
+                       "CROSS JOIN inspection ON inspection.id = page.id %4 ORDER BY page.id DESC")
+            .arg(QLatin1String(summaryColumns), choice.text(), choice.id, QLatin1String(withPointAndJob));
+    Query query(database, statement);
+    query.run(choice.values + QVariantList{page.rows, page.offset});
+    QVector<InspectionSummary> rows;
+    while (query.next()) {
+        rows.append(InspectionSummary());
+        readSummary(query, &rows.last());
+    }
+    return {rows, query.problem()};
+}
+
+Answer<int> count(const Database &database, const Filter &filter)
+{
+    const Choice choice(filter);
+    Query query(database, QStringLiteral("SELECT count(*)") + choice.text());
+    query.run(choice.values);
+    const int found = query.next() ? query.number(0) : 0;
+    return {found, query.problem()};
+}
+
+Problem indexJob(Database &database, Id job)
+{
+    Query query(database, QLatin1String(words) + QStringLiteral("WHERE point.job = ?"));
+    query.run({job});
+    return query.problem();
+}
+
+Answer<QVector<Named>> allPictures(const Database &database)
+{
+    Query query(database, "SELECT id, picture, annotated FROM inspection ORDER BY id");
+    query.run({});
+    QVector<Named> all;
+    while (query.next())
+        all.append(Named{query.longNumber(0), {query.bytes(1).toHex(), query.bytes(2).toHex()}});
+    return {all, query.problem()};
+}
+
+} // namespace Records::InspectionRows

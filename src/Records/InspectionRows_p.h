@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Records/Database_p.h"
+#include "Records/Record.h"
+
+namespace Records {
+
+/// Inspections in the tables. What changes them runs within a transaction of the caller.
+namespace InspectionRows {
+
+/// The names of the pictures of an inspection, empty where there is none.
+struct Pictures
+{
+    QByteArray source;
+    QByteArray annotated;
+};
+
+Answer<Id> add(
+    Database &database, const Origin &origin, const FiberInspection::Inspection &inspection, const Pictures &pictures);
+Problem decide(Database &database, Id id, Decision decision, const QString &note);
+
+Answer<StoredInspection> one(const Database &database, Id id);
+Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &filter, const Page &page);
+Answer<int> count(const Database &database, const Filter &filter);
+
+/// Makes the inspections of the job found by the words that it has now.
+Problem indexJob(Database &database, Id job);
+
+/// The pictures of one inspection.
+struct Named
+{
+    Id inspection = noId;
+    Pictures pictures;
+};
+Answer<QVector<Named>> allPictures(const Database &database);
+
+} // namespace InspectionRows
+
+} // namespace Records

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Records/Database_p.h"
+#include "Records/Record.h"
+
+namespace Records {
+
+/// Jobs and points in the tables. What changes them runs within a transaction of the caller.
+namespace JobRows {
+
+/// @param job receives what the store gives to it
+Problem add(Database &database, Job *job);
+Problem update(Database &database, const Job &job);
+Answer<Job> one(const Database &database, Id id);
+Answer<QVector<Job>> some(const Database &database, const Page &page);
+
+Problem addPoints(Database &database, Id job, const QVector<QString> &names, const PointRun &run);
+Answer<QVector<Point>> points(const Database &database, Id job);
+JobProgress progressOf(const QVector<Point> &points);
+
+} // namespace JobRows
+
+} // namespace Records

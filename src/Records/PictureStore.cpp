@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/PictureStore.h"
+
+#include "Helpers/WholeFile_p.h"
+
+#include <QCryptographicHash>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+namespace Records {
+
+namespace {
+constexpr int hashLength = 64; // hexadecimal digits
+constexpr int shelfLength = 2; // of these; a folder each, or all pictures would lie in one
+
+bool isHash(const QByteArray &text)
+{
+    const auto isDigit = [](char c) { return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'); };
+    return text.size() == hashLength && std::all_of(text.cbegin(), text.cend(), isDigit);
+}
+
+Fault faultOf(int error)
+{
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        return Fault::DiskFull;
+    case EROFS:
+    case EACCES:
+    case EPERM:
+        return Fault::ReadOnly;
+    case ENOMEM:
+        return Fault::OutOfMemory;
+    default:
+        return Fault::Unusable;
+    }
+}
+
+Problem cannotWrite(const QString &path, int error)
+{
+    return {
+        faultOf(error), QStringLiteral("Cannot write %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)))};
+}
+
+/// The entry of the folder is on the disk as well.
+bool makeFolder(const QString &path)
+{
+    if (QDir(path).exists())
+        return true;
+    const QFileInfo info(path);
+    errno = 0;
+    return QDir().mkpath(path) && WholeFile::syncFolder(info.path());
+}
+
+/// @param name of the folder and of the file must agree
+bool isPicture(const QFileInfo &file)
+{
+    const QByteArray name = file.fileName().toLatin1();
+    return isHash(name) && file.dir().dirName().toLatin1() == name.left(shelfLength);
+}
+} // namespace
+
+PictureStore::PictureStore(const QString &folder)
+    : mFolder(folder)
+{
+}
+
+QByteArray PictureStore::hashOf(const QByteArray &bytes)
+{
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex();
+}
+
+Answer<PictureStore::Kept> PictureStore::put(const QByteArray &bytes) const
+{
+    if (bytes.isEmpty() || bytes.size() > maxPictureSize)
+        return {{}, {Fault::Invalid, QStringLiteral("A picture of %1 bytes is not kept").arg(bytes.size())}};
+
+    const QByteArray hash = hashOf(bytes);
+    const QString target = path(hash);
+    const bool isThere = contains(hash);
+    if (isThere && read(hash).ok())
+        return {{hash, false}, {}};
+    if (!makeFolder(mFolder) || !makeFolder(QFileInfo(target).path()))
+        return {{}, cannotWrite(QFileInfo(target).path(), errno)};
+    WholeFile file(target);
+    if (!file.open() || !file.write(bytes) || !file.commit())
+        return {{}, cannotWrite(target, file.error())};
+    return {{hash, !isThere}, {}};
+}
+
+Answer<QByteArray> PictureStore::read(const QByteArray &hash) const
+{
+    QFile file(path(hash));
+    if (!isHash(hash) || !file.exists())
+        return {{}, {Fault::PictureMissing, QStringLiteral("There is no picture %1").arg(QString::fromLatin1(hash))}};
+    if (!file.open(QIODevice::ReadOnly))
+        return {{}, {Fault::Unusable, QStringLiteral("Cannot read %1: %2").arg(file.fileName(), file.errorString())}};
+    const QByteArray bytes = file.read(maxPictureSize + 1);
+    if (hashOf(bytes) != hash)
+        return {{}, {Fault::PictureDamaged, QStringLiteral("The picture %1 is damaged").arg(file.fileName())}};
+    return {bytes, {}};
+}
+
+bool PictureStore::contains(const QByteArray &hash) const
+{
+    return isHash(hash) && QFileInfo(path(hash)).isFile();
+}
+
+bool PictureStore::remove(const QByteArray &hash) const
+{
+    return isHash(hash) && QFile::remove(path(hash));
+}
+
+QString PictureStore::path(const QByteArray &hash) const
+{
+    if (!isHash(hash))
+        return {};
+    const QString name = QString::fromLatin1(hash);
+    return QStringLiteral("%1/%2/%3").arg(mFolder, name.left(shelfLength), name);
+}
+
+bool PictureStore::isEmpty() const
+{
+    QDirIterator files(mFolder, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        if (isPicture(files.fileInfo()))
+            return false;
+    }
+    return true;
+}
+
+int PictureStore::sweep(const std::function<bool(const QByteArray &hash)> &isWanted) const
+{
+    int removed = 0;
+    QDirIterator files(mFolder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString file = files.next();
+        const bool isLeft = WholeFile::isUnfinished(files.fileName());
+        const bool isUnwanted = !isLeft && isPicture(files.fileInfo()) && !isWanted(files.fileName().toLatin1());
+        if ((isLeft || isUnwanted) && QFile::remove(file))
+            ++removed;
+    }
+    return removed;
+}
+
+} // namespace Records

@@ -1,0 +1,605 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/RecordStore.h"
+
+#include "Helpers/TestNameGenerator.h"
+#include "Helpers/WholeFile_p.h"
+#include "Records/InspectionRows_p.h"
+#include "Records/JobRows_p.h"
+#include "Records/Schema_p.h"
+#include "Records/StoreFolder_p.h"
+#include "Records/StoreLock_p.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QMetaEnum>
+#include <QSet>
+#include <QThread>
+
+#include <cstdio>
+#include <exception>
+#include <fcntl.h>
+#include <type_traits>
+#include <unistd.h>
+
+namespace Records {
+
+using FiberInspection::Inspection;
+
+namespace {
+constexpr const char *quickAnswer = "ok"; // of SQLite's own check
+
+Problem problemOf(const Problem &problem)
+{
+    return problem;
+}
+
+template <typename Value>
+Problem problemOf(const Answer<Value> &answer)
+{
+    return answer.problem;
+}
+
+/// A problem as what the call answers with.
+template <typename Result>
+Result failed(const Problem &problem)
+{
+    if constexpr (std::is_same_v<Result, Problem>)
+        return problem;
+    else
+        return Result{{}, problem};
+}
+
+Problem invalid(const QString &text)
+{
+    return {Fault::Invalid, text};
+}
+
+Problem checkTexts(const QStringList &texts)
+{
+    for (const QString &text : texts) {
+        if (text.size() > RecordStore::maxTextLength)
+            return invalid(QStringLiteral("A text of %1 characters is too long").arg(text.size()));
+    }
+    return {};
+}
+
+Problem checkJob(const Job &job)
+{
+    if (job.name.trimmed().isEmpty())
+        return invalid(QStringLiteral("A job needs a name"));
+    return checkTexts({job.name, job.customer, job.site, job.operatorName});
+}
+
+Page usable(const Page &page)
+{
+    return {qMax(0, page.offset), qBound(0, page.rows, Page::maxRows)};
+}
+
+Problem namesOf(const PointRun &run, QVector<QString> *names)
+{
+    NameGenFault fault;
+    const auto error =
+        TestNameGenerator::generateTestNames(run.from, run.to, *names, RecordStore::maxPointsOfRun, fault);
+    if (error == TestNameGenerator::NoError)
+        return {};
+    const char *const name = QMetaEnum::fromType<TestNameGenerator::GenerateError>().valueToKey(error);
+    const QString where = fault.hasColumn() ? QStringLiteral(" at column %1").arg(fault.column + 1) : QString();
+    return invalid(QStringLiteral("No run of names leads from \"%1\" to \"%2\": %3%4")
+                       .arg(run.from, run.to, QString::fromLatin1(name), where));
+}
+
+Origin completed(Origin origin)
+{
+    if (!origin.made.isValid())
+        origin.made = QDateTime::currentDateTimeUtc();
+    if (origin.software.isEmpty())
+        origin.software = QStringLiteral("VantorBase " VANTORBASE_VERSION);
+    return origin;
+}
+
+QByteArray pngOf(const QImage &image)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    return !image.isNull() && image.save(&buffer, "PNG") ? bytes : QByteArray();
+}
+
+/// Pictures that are no longer new once their record is stored; until then, what is new goes again.
+class NewPictures
+{
+public:
+    explicit NewPictures(const PictureStore &store)
+        : mStore(store)
+    {
+    }
+    ~NewPictures()
+    {
+        for (const QByteArray &hash : mNew)
+            mStore.remove(hash);
+    }
+    NewPictures(const NewPictures &) = delete;
+    NewPictures &operator=(const NewPictures &) = delete;
+
+    /// @return its name; none for no bytes
+    Answer<QByteArray> put(const QByteArray &bytes)
+    {
+        if (bytes.isEmpty())
+            return {};
+        const Answer<PictureStore::Kept> kept = mStore.put(bytes);
+        if (kept.value.isNew)
+            mNew << kept.value.hash;
+        return {kept.value.hash, kept.problem};
+    }
+
+    void keep() { mNew.clear(); }
+
+private:
+    const PictureStore &mStore;
+    QList<QByteArray> mNew;
+};
+
+QSet<QByteArray> namesOf(const QVector<InspectionRows::Named> &all)
+{
+    QSet<QByteArray> names;
+    names.reserve(2 * all.size());
+    for (const InspectionRows::Named &named : all) {
+        for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+            if (!hash.isEmpty())
+                names.insert(hash);
+        }
+    }
+    return names;
+}
+
+/// Whether SQLite's own check finds nothing. @param faults receives what it finds
+Problem checkWhole(const Database &database, QStringList *faults)
+{
+    Query query(database, "PRAGMA integrity_check");
+    query.run({});
+    while (query.next()) {
+        if (query.text(0) != QLatin1String(quickAnswer))
+            faults->append(query.text(0));
+    }
+    Query orphans(database, "PRAGMA foreign_key_check");
+    orphans.run({});
+    while (orphans.next())
+        faults->append(QStringLiteral("A row of %1 belongs to nothing").arg(orphans.text(0)));
+    return query.problem().ok() ? orphans.problem() : query.problem();
+}
+
+bool putOnDisk(const QString &path)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool isThere = fsync(descriptor) == 0;
+    ::close(descriptor);
+    return isThere;
+}
+
+/// What keeps a database from being written, but not from being read.
+bool canBeRead(Fault fault)
+{
+    return fault == Fault::LaterVersion || fault == Fault::DiskFull || fault == Fault::ReadOnly || fault == Fault::Busy;
+}
+
+Opened howWithout(Fault fault)
+{
+    switch (fault) {
+    case Fault::Busy:
+        return Opened::InUse;
+    case Fault::DiskFull:
+        return Opened::FullDisk;
+    case Fault::LaterVersion:
+        return Opened::LaterVersion;
+    default:
+        return Opened::ReadOnlyFolder;
+    }
+}
+} // namespace
+
+RecordStore::RecordStore()
+    : mPictures(QString())
+{
+}
+
+RecordStore::~RecordStore()
+{
+    close();
+}
+
+void RecordStore::close()
+{
+    mDatabase.reset();
+    if (mLock)
+        StoreLock::release(std::move(mLock));
+    mLock.reset();
+}
+
+bool RecordStore::isOpen() const
+{
+    return mDatabase != nullptr;
+}
+
+/// In the right thread, with an open store, and whatever happens inside comes out as a value.
+template <typename Call>
+auto RecordStore::guarded(Call call) const -> decltype(call())
+{
+    using Result = decltype(call());
+    if (!mDatabase)
+        return failed<Result>({Fault::NotOpen, QStringLiteral("The store is not open")});
+    if (QThread::currentThread() != mThread)
+        return failed<Result>({Fault::WrongThread, QStringLiteral("The store was opened in another thread")});
+    try {
+        return call();
+    } catch (const std::exception &exception) {
+        return failed<Result>({Fault::OutOfMemory, QString::fromLocal8Bit(exception.what())});
+    }
+}
+
+/// The same within a transaction, and alone among the threads of this process.
+template <typename Call>
+auto RecordStore::writing(Call call) -> decltype(call())
+{
+    using Result = decltype(call());
+    return guarded([&]() -> Result {
+        if (!mLock)
+            return failed<Result>({Fault::ReadOnly, QStringLiteral("The store is open for reading only")});
+        const QMutexLocker locker(&mLock->writing());
+        Transaction transaction(*mDatabase);
+        if (!transaction.problem().ok())
+            return failed<Result>(transaction.problem());
+        Result result = call();
+        if (!problemOf(result).ok())
+            return result;
+        const Problem problem = transaction.commit();
+        return problem.ok() ? result : failed<Result>(problem);
+    });
+}
+
+// --- Opening ---------------------------------------------------------------------------------------------------------
+
+Opening RecordStore::open(const QString &path, Mode mode)
+{
+    close();
+    const StoreFolder folder(path);
+    mThread = QThread::currentThread();
+    mPictures = PictureStore(folder.pictures());
+    if (mode == Mode::ReadOnly)
+        return openForReading(folder, Opened::AsReader, {});
+
+    QDir().mkpath(path); // what goes wrong with it shows with the lock
+    Problem problem;
+    mLock = StoreLock::take(path, &problem);
+    return mLock ? openForWriting(folder) : openForReading(folder, howWithout(problem.fault), problem);
+}
+
+Opening RecordStore::openForWriting(const StoreFolder &folder)
+{
+    if (folder.isBeheaded())
+        return beginAnew(
+            folder, {Fault::Damaged, folder.database() + QStringLiteral(" is missing, what belongs to it is not")});
+
+    bool isNew = false;
+    const Problem problem = prepare(folder, &isNew);
+    if (problem.ok()) {
+        Opening opening;
+        opening.how = isNew ? Opened::Begun : Opened::Usable;
+        if (mLock->wasInterrupted() && mLock.use_count() == 1)
+            opening.swept = sweepNow();
+        return opening;
+    }
+    mDatabase.reset();
+    if (problem.fault == Fault::Damaged && mLock.use_count() == 1)
+        return beginAnew(folder, problem);
+    close();
+    if (canBeRead(problem.fault))
+        return openForReading(folder, howWithout(problem.fault), problem);
+    return {Opened::No, problem, {}, 0};
+}
+
+/// Opens the database and brings it up to date.
+Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
+{
+    mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
+    Problem problem = mDatabase->open(Database::Access::ReadWrite);
+    if (problem.ok())
+        problem = Schema::prepare(*mDatabase, isNew);
+    if (problem.ok())
+        problem = mDatabase->run("DELETE FROM job WHERE id < 0"); // a file that is write-protected shows only now
+    if (!problem.ok() || !QFile::exists(folder.suspicion()))
+        return problem;
+
+    // It was seen to be damaged. The check takes its time, so it is for such a case only.
+    QStringList faults;
+    problem = checkWhole(*mDatabase, &faults);
+    if (problem.ok() && !faults.isEmpty())
+        problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(folder.database(), faults.first())};
+    if (problem.ok())
+        QFile::remove(folder.suspicion());
+    return problem;
+}
+
+Opening RecordStore::beginAnew(const StoreFolder &folder, const Problem &problem)
+{
+    const QString aside = folder.setAside();
+    if (aside.isEmpty()) {
+        close();
+        return {Opened::No, {problem.fault, problem.text + QStringLiteral(", and it cannot be kept aside")}, {}, 0};
+    }
+    QFile::remove(folder.suspicion());
+    bool isNew = false;
+    const Problem second = prepare(folder, &isNew);
+    if (second.ok())
+        return {Opened::BegunAnew, problem, aside, 0};
+    close();
+    return {Opened::No, second, aside, 0};
+}
+
+/// @param problem why not for writing
+Opening RecordStore::openForReading(const StoreFolder &folder, Opened how, const Problem &problem)
+{
+    const Opening none{Opened::No,
+        problem.ok() ? Problem{Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder.path())} : problem,
+        {}, 0};
+    if (!folder.hasDatabase())
+        return none;
+
+    Problem second;
+    for (const Database::Access access : {Database::Access::ReadOnly, Database::Access::Immutable}) {
+        // What is still in the journal would be overlooked; and who keeps it may be about to write.
+        if (access == Database::Access::Immutable && folder.hasJournal())
+            break;
+        mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
+        second = mDatabase->open(access);
+        if (second.ok())
+            second = Schema::check(*mDatabase);
+        if (second.fault == Fault::LaterVersion)
+            return {Opened::LaterVersion, second, {}, 0};
+        if (second.ok())
+            return {how, problem, {}, 0};
+    }
+    close();
+    return {Opened::No, second, {}, 0};
+}
+
+// --- Jobs ------------------------------------------------------------------------------------------------------------
+
+Answer<Job> RecordStore::addJob(const Job &job)
+{
+    const Problem problem = checkJob(job);
+    if (!problem.ok())
+        return {{}, problem};
+    return writing([&]() -> Answer<Job> {
+        Job added = job;
+        const Problem failure = JobRows::add(*mDatabase, &added);
+        return {added, failure};
+    });
+}
+
+Problem RecordStore::updateJob(const Job &job)
+{
+    const Problem problem = checkJob(job);
+    if (!problem.ok())
+        return problem;
+    return writing([&]() -> Problem {
+        const Answer<Job> present = JobRows::one(*mDatabase, job.id);
+        return present.ok() ? JobRows::update(*mDatabase, job) : present.problem;
+    });
+}
+
+Answer<Job> RecordStore::job(Id id) const
+{
+    return guarded([&] { return JobRows::one(*mDatabase, id); });
+}
+
+Answer<QVector<Job>> RecordStore::jobs(const Page &page) const
+{
+    return guarded([&] { return JobRows::some(*mDatabase, usable(page)); });
+}
+
+Answer<JobProgress> RecordStore::progress(Id job) const
+{
+    const Answer<QVector<Point>> all = points(job);
+    return {JobRows::progressOf(all.value), all.problem};
+}
+
+Answer<QVector<Point>> RecordStore::addPoints(Id job, const PointRun &run)
+{
+    QVector<QString> names;
+    Problem problem = namesOf(run, &names);
+    if (problem.ok())
+        problem = checkTexts({run.from, run.to});
+    if (!problem.ok())
+        return {{}, problem};
+    return writing([&]() -> Answer<QVector<Point>> {
+        const Answer<Job> present = JobRows::one(*mDatabase, job);
+        if (!present.ok())
+            return {{}, present.problem};
+        const Problem failure = JobRows::addPoints(*mDatabase, job, names, run);
+        if (!failure.ok())
+            return {{}, failure};
+        const Answer<QVector<Point>> all = JobRows::points(*mDatabase, job);
+        return {all.value.mid(all.value.size() - names.size()), all.problem};
+    });
+}
+
+Answer<QVector<Point>> RecordStore::points(Id job) const
+{
+    return guarded([&] { return JobRows::points(*mDatabase, job); });
+}
+
+// --- Inspections -----------------------------------------------------------------------------------------------------
+
+Answer<Id> RecordStore::addInspection(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
+{
+    return guarded([&]() -> Answer<Id> {
+        if (!mLock)
+            return {noId, {Fault::ReadOnly, QStringLiteral("The store is open for reading only")}};
+        if (inspection.reason() == Inspection::Reason::NotInspected)
+            return {noId, invalid(QStringLiteral("Nothing was inspected"))};
+        const Problem problem = checkTexts({origin.software, origin.device.name});
+        return problem.ok() ? store(completed(origin), inspection, picture) : Answer<Id>{noId, problem};
+    });
+}
+
+/// The pictures are on the disk before a row names them.
+Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
+{
+    const QByteArray annotated = pngOf(inspection.annotatedImage());
+    const QMutexLocker locker(&mLock->writing());
+    NewPictures pictures(mPictures);
+    const Answer<QByteArray> source = pictures.put(picture);
+    const Answer<QByteArray> painted = source.ok() ? pictures.put(annotated) : Answer<QByteArray>();
+    for (const Problem &problem : {source.problem, painted.problem}) {
+        if (!problem.ok())
+            return {noId, problem};
+    }
+
+    Transaction transaction(*mDatabase);
+    if (!transaction.problem().ok())
+        return {noId, transaction.problem()};
+    if (origin.point != noId && !mDatabase->value("SELECT id FROM point WHERE id = ?", {origin.point}).value.isValid())
+        return {noId, {Fault::NotFound, QStringLiteral("There is no point %1").arg(origin.point)}};
+    const Answer<Id> id = InspectionRows::add(*mDatabase, origin, inspection, {source.value, painted.value});
+    if (!id.ok())
+        return {noId, id.problem};
+    const Problem problem = transaction.commit();
+    if (!problem.ok())
+        return {noId, problem};
+    pictures.keep();
+    return id;
+}
+
+Problem RecordStore::setDecision(Id inspection, Decision decision, const QString &note)
+{
+    const Problem problem = checkTexts({note});
+    if (!problem.ok())
+        return problem;
+    return writing([&] { return InspectionRows::decide(*mDatabase, inspection, decision, note); });
+}
+
+Answer<QVector<InspectionSummary>> RecordStore::list(const Filter &filter, const Page &page) const
+{
+    return guarded([&] { return InspectionRows::some(*mDatabase, filter, usable(page)); });
+}
+
+Answer<int> RecordStore::count(const Filter &filter) const
+{
+    return guarded([&] { return InspectionRows::count(*mDatabase, filter); });
+}
+
+Answer<StoredInspection> RecordStore::inspection(Id id) const
+{
+    return guarded([&] {
+        Answer<StoredInspection> stored = InspectionRows::one(*mDatabase, id);
+        stored.value.isPictureThere = mPictures.contains(stored.value.picture);
+        stored.value.isAnnotatedPictureThere = mPictures.contains(stored.value.annotatedPicture);
+        return stored;
+    });
+}
+
+Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
+{
+    return guarded([&] { return mPictures.read(hash); });
+}
+
+Answer<Inspection> RecordStore::inspectAgain(Id id) const
+{
+    const Answer<StoredInspection> stored = inspection(id);
+    if (!stored.ok())
+        return {{}, stored.problem};
+    const Answer<QByteArray> bytes = picture(stored.value.picture);
+    if (!bytes.ok())
+        return {{}, bytes.problem};
+    const Origin &origin = stored.value.origin;
+    const FiberInspection::LoadedImage loaded = FiberInspection::decodeImage(bytes.value, origin.maxImagePixels);
+    if (loaded.image.isNull())
+        return {{}, {Fault::Invalid, QStringLiteral("The picture cannot be decoded: %1").arg(loaded.detail)}};
+    return {FiberInspection::inspect(loaded.image, stored.value.standard, origin.device, origin.options()), {}};
+}
+
+// --- Upkeep ----------------------------------------------------------------------------------------------------------
+
+int RecordStore::sweepNow()
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
+    if (!all.ok())
+        return 0; // what is named is not known, so everything may be
+    const QSet<QByteArray> names = namesOf(all.value);
+    return mPictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); });
+}
+
+Answer<int> RecordStore::sweep()
+{
+    return writing([&]() -> Answer<int> { return {sweepNow(), {}}; });
+}
+
+Answer<Verification> RecordStore::verify(const std::function<bool(int done, int all)> &goesOn) const
+{
+    return guarded([&]() -> Answer<Verification> {
+        Verification found;
+        const Problem problem = checkWhole(*mDatabase, &found.databaseFaults);
+        if (!problem.ok())
+            return {found, problem};
+        const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
+        for (int i = 0; i < all.value.size(); ++i) {
+            if (goesOn && !goesOn(i, all.value.size()))
+                break;
+            const InspectionRows::Named &named = all.value[i];
+            for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+                if (hash.isEmpty())
+                    continue;
+                const Fault fault = mPictures.read(hash).problem.fault;
+                if (fault != Fault::None)
+                    found.pictureFaults.append({named.inspection, hash, fault});
+                ++found.pictures;
+            }
+        }
+        return {found, all.problem};
+    });
+}
+
+Answer<Backup> RecordStore::backup(const QString &path) const
+{
+    return guarded([&]() -> Answer<Backup> {
+        const StoreFolder target(path);
+        if (QFile::exists(target.database()))
+            return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(path))};
+        QDir().mkpath(path);
+        const QString copy = target.database() + QStringLiteral(".unfinished");
+        QFile::remove(copy);
+        Problem problem = mDatabase->run("VACUUM INTO ?", {copy});
+        Backup done;
+        if (problem.ok())
+            problem = copyPictures(PictureStore(target.pictures()), &done);
+        const bool isWhole = problem.ok() && putOnDisk(copy) && QFile::rename(copy, target.database());
+        WholeFile::syncFolder(path);
+        if (!isWhole)
+            QFile::remove(copy);
+        if (problem.ok() && !isWhole)
+            problem = {Fault::Unusable, QStringLiteral("Cannot write %1").arg(target.database())};
+        return {done, problem};
+    });
+}
+
+/// Those that the copy of the database names are among those that this one names by now.
+Problem RecordStore::copyPictures(const PictureStore &target, Backup *done) const
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
+    if (!all.ok())
+        return all.problem;
+    const QSet<QByteArray> names = namesOf(all.value);
+    for (const QByteArray &hash : names) {
+        const Answer<QByteArray> bytes = mPictures.read(hash);
+        const Problem problem = bytes.ok() ? target.put(bytes.value).problem : Problem();
+        if (!problem.ok())
+            return problem;
+        ++(bytes.ok() ? done->pictures : done->missing);
+    }
+    return {};
+}
+
+} // namespace Records

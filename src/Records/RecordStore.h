@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Records/Answer.h"
+#include "Records/PictureStore.h"
+#include "Records/Record.h"
+
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class QThread;
+
+namespace Records {
+
+class Database;
+class StoreFolder;
+class StoreLock;
+
+/// How a store was opened.
+enum class Opened : int {
+    No, ///< the problem tells why
+    Usable, ///< for reading and writing
+    Begun, ///< the same; there was none before
+    BegunAnew, ///< the same; what was there is damaged, and was kept aside
+    AsReader, ///< for reading, as was asked for
+    InUse, ///< for reading: another program writes
+    ReadOnlyFolder, ///< for reading
+    FullDisk, ///< for reading
+    LaterVersion, ///< for reading: a later version of this library wrote it
+};
+
+/// What opening a store came to.
+struct Opening
+{
+    Opened how = Opened::No;
+    Problem problem; ///< what is in the way of writing, or was wrong with what was kept aside
+    QString keptAside; ///< folder with the former database and pictures; empty when there is none
+    int swept = 0; ///< files that a program left which was ended while it wrote
+
+    bool isOpen() const { return how != Opened::No; }
+    bool canWrite() const { return how == Opened::Usable || how == Opened::Begun || how == Opened::BegunAnew; }
+};
+
+/// What became of a picture that an inspection names.
+struct PictureFault
+{
+    Id inspection = noId;
+    QByteArray hash;
+    Fault fault = Fault::None; ///< PictureMissing, PictureDamaged, or Unusable when it cannot be read
+};
+
+/// What verify() has found.
+struct Verification
+{
+    QStringList databaseFaults; ///< as the database tells them
+    QVector<PictureFault> pictureFaults;
+    int pictures = 0; ///< that were looked at
+
+    bool allWell() const { return databaseFaults.isEmpty() && pictureFaults.isEmpty(); }
+};
+
+/// What backup() has written.
+struct Backup
+{
+    int pictures = 0;
+    int missing = 0; ///< pictures that are named, but could not be read
+};
+
+/// Jobs, their points and the inspections of these, kept in one folder: a database and its pictures.
+///
+/// @code
+/// RecordStore store;
+/// const Opening opening = store.open(QStringLiteral("/srv/records"));
+/// if (!opening.canWrite())
+///     qWarning() << opening.problem.text;
+/// const QByteArray photograph = QByteArrayLiteral("...");
+/// const auto inspection = inspect(decodeImage(photograph).image, Standard::IEC61300_3_35_SM_RL45);
+/// const Answer<Id> id = store.addInspection(Origin::of(noId), inspection, photograph);
+/// if (id.ok())
+///     qInfo() << store.inspection(id.value).value.defects.size(); // as it will be next year
+/// @endcode
+///
+/// What a call has stored when it comes back is there after a crash and after a power failure. What it could not store
+/// leaves no trace. Nothing is ever deleted but files that no record names. No exception leaves a call.
+///
+/// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
+/// folder, and may write as well. Of all programs one writes, the first to come; others read beside it. There must be
+/// a QCoreApplication.
+class VANTORBASERECORDS_EXPORT RecordStore
+{
+public:
+    enum class Mode : int { ReadWrite, ReadOnly };
+
+    static constexpr int maxTextLength = 4000; ///< characters of a name or a note
+    static constexpr int maxPointsOfRun = 1000;
+
+    RecordStore();
+    ~RecordStore();
+    RecordStore(const RecordStore &) = delete;
+    RecordStore &operator=(const RecordStore &) = delete;
+
+    /// What was open before is closed. A store that cannot be written to is opened for reading.
+    Opening open(const QString &folder, Mode mode = Mode::ReadWrite);
+    void close();
+    bool isOpen() const;
+    bool canWrite() const { return mLock != nullptr; }
+
+    /// @return the job with what the store has given to it
+    Answer<Job> addJob(const Job &job);
+
+    /// Changes name, customer, site, operator, and when it was closed. Its standard stays: its verdicts are by that.
+    Problem updateJob(const Job &job);
+
+    Answer<Job> job(Id id) const;
+    Answer<QVector<Job>> jobs(const Page &page = {}) const; ///< the latest first
+    Answer<JobProgress> progress(Id job) const;
+
+    /// Adds the points behind those that the job has: all of the run, or none.
+    Answer<QVector<Point>> addPoints(Id job, const PointRun &run);
+    Answer<QVector<Point>> points(Id job) const; ///< in their order
+
+    /// Stores all that the inspection says. Its verdict may be shown when this has come back.
+    /// @param picture the bytes of the image file that was inspected; may be empty when there was none
+    Answer<Id> addInspection(
+        const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
+
+    Problem setDecision(Id inspection, Decision decision, const QString &note);
+
+    Answer<QVector<InspectionSummary>> list(const Filter &filter = {}, const Page &page = {}) const;
+    Answer<int> count(const Filter &filter = {}) const;
+    Answer<StoredInspection> inspection(Id id) const;
+    Answer<QByteArray> picture(const QByteArray &hash) const; ///< the bytes that were stored
+
+    /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same.
+    Answer<FiberInspection::Inspection> inspectAgain(Id id) const;
+
+    /// Removes pictures that no inspection names. Opening does it when it is needed.
+    Answer<int> sweep();
+
+    /// Checks the database and the sums of all pictures. Takes its time.
+    /// @param goesOn if given, is told of each picture, and ends the work by answering false
+    Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
+
+    /// Writes a copy into a folder that holds no store yet: a store itself, as it is at this moment. Others may write
+    /// meanwhile. The database gets its name when all the rest is on the disk.
+    Answer<Backup> backup(const QString &folder) const;
+
+private:
+    template <typename Call>
+    auto guarded(Call call) const -> decltype(call());
+    template <typename Call>
+    auto writing(Call call) -> decltype(call());
+
+    Opening openForWriting(const StoreFolder &folder);
+    Opening beginAnew(const StoreFolder &folder, const Problem &problem);
+    Opening openForReading(const StoreFolder &folder, Opened how, const Problem &problem);
+    Problem prepare(const StoreFolder &folder, bool *isNew);
+    Answer<Id> store(const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
+    int sweepNow();
+    Problem copyPictures(const PictureStore &target, Backup *done) const;
+
+    std::unique_ptr<Database> mDatabase;
+    std::shared_ptr<StoreLock> mLock;
+    PictureStore mPictures;
+    QThread *mThread = nullptr;
+};
+
+} // namespace Records

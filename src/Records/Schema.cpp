@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/Schema_p.h"
+
+#include <array>
+
+namespace Records::Schema {
+
+namespace {
+// Tells our database from others: "VBRC".
+constexpr int ownMark = 1447187011;
+constexpr const char *setMark = "PRAGMA application_id = 1447187011";
+
+// Times are milliseconds since 1970, UTC; sizes are micrometres unless they count pixels. A row never takes the id of
+// another one, not even of one that was deleted.
+constexpr const char *tables[] = {
+    R"(CREATE TABLE job (
+        id INTEGER PRIMARY KEY AUTOINCREMENT,
+        identity BLOB NOT NULL UNIQUE CHECK (length(identity) = 16),
+        name TEXT NOT NULL CHECK (name <> ''),
+        customer TEXT NOT NULL,
+        site TEXT NOT NULL,
+        operator TEXT NOT NULL,
+        standard INTEGER NOT NULL,
+        created INTEGER NOT NULL,
+        closed INTEGER) STRICT)",
+    R"(CREATE TABLE point (
+        id INTEGER PRIMARY KEY AUTOINCREMENT,
+        job INTEGER NOT NULL REFERENCES job,
+        name TEXT NOT NULL CHECK (name <> ''),
+        position INTEGER NOT NULL,
+        side INTEGER NOT NULL,
+        fibre INTEGER NOT NULL,
+        UNIQUE (job, position),
+        UNIQUE (job, name, side)) STRICT)",
+    R"(CREATE TABLE inspection (
+        id INTEGER PRIMARY KEY AUTOINCREMENT,
+        identity BLOB NOT NULL UNIQUE CHECK (length(identity) = 16),
+        point INTEGER REFERENCES point,
+        made INTEGER NOT NULL,
+        standard INTEGER NOT NULL,
+        verdict INTEGER NOT NULL CHECK (verdict IN (0, 1, 2)),
+        reason TEXT NOT NULL CHECK ((reason = 'none') = (verdict <> 0)),
+        detail TEXT NOT NULL,
+        decision INTEGER NOT NULL,
+        note TEXT NOT NULL,
+        scope TEXT NOT NULL,
+        fov_width INTEGER NOT NULL,
+        fov_height INTEGER NOT NULL,
+        scale REAL NOT NULL,
+        max_pixels INTEGER NOT NULL,
+        seed INTEGER,
+        focus REAL,
+        software TEXT NOT NULL,
+        microns_per_pixel REAL NOT NULL,
+        cladding_x REAL NOT NULL,
+        cladding_y REAL NOT NULL,
+        cladding_radius REAL NOT NULL,
+        crop_x INTEGER NOT NULL,
+        crop_y INTEGER NOT NULL,
+        crop_width INTEGER NOT NULL,
+        crop_height INTEGER NOT NULL,
+        gray_cladding INTEGER NOT NULL,
+        gray_around_core INTEGER NOT NULL,
+        gray_around_cladding INTEGER NOT NULL,
+        contours INTEGER NOT NULL,
+        raw_defects INTEGER NOT NULL,
+        merged_defects INTEGER NOT NULL,
+        picture BLOB CHECK (length(picture) = 32),
+        annotated BLOB CHECK (length(annotated) = 32)) STRICT)",
+    // What lists are chosen by: narrow, so that the last page of a long list is not far away.
+    "CREATE INDEX inspection_facts ON inspection (id, verdict, standard, made, point)",
+    "CREATE INDEX inspection_point ON inspection (point, id, verdict, decision)",
+    R"(CREATE TABLE zone (
+        inspection INTEGER NOT NULL REFERENCES inspection ON DELETE CASCADE,
+        zone INTEGER NOT NULL,
+        inner_diameter INTEGER NOT NULL,
+        outer_diameter INTEGER NOT NULL,
+        violations INTEGER NOT NULL,
+        PRIMARY KEY (inspection, zone)) STRICT, WITHOUT ROWID)",
+    R"(CREATE TABLE rule (
+        inspection INTEGER NOT NULL,
+        zone INTEGER NOT NULL,
+        position INTEGER NOT NULL,
+        kind INTEGER NOT NULL,
+        operator INTEGER NOT NULL,
+        min_size INTEGER NOT NULL,
+        max_size INTEGER NOT NULL,
+        allowed INTEGER NOT NULL,
+        found INTEGER NOT NULL,
+        violated INTEGER NOT NULL,
+        PRIMARY KEY (inspection, zone, position),
+        FOREIGN KEY (inspection, zone) REFERENCES zone ON DELETE CASCADE) STRICT, WITHOUT ROWID)",
+    R"(CREATE TABLE defect (
+        inspection INTEGER NOT NULL REFERENCES inspection ON DELETE CASCADE,
+        position INTEGER NOT NULL,
+        zone INTEGER NOT NULL,
+        kind INTEGER NOT NULL,
+        size REAL NOT NULL,
+        x REAL NOT NULL,
+        y REAL NOT NULL,
+        fails INTEGER NOT NULL,
+        shape BLOB NOT NULL,
+        PRIMARY KEY (inspection, position)) STRICT)",
+};
+
+// The words of each inspection, under its id.
+constexpr const char *search[] = {
+    R"(CREATE VIRTUAL TABLE search USING fts5 (
+        job, customer, site, operator, point, note,
+        tokenize = 'unicode61 remove_diacritics 2', prefix = '1 2 3'))",
+    R"(INSERT INTO search (rowid, job, customer, site, operator, point, note)
+        SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note
+        FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job)",
+};
+
+template <std::size_t count>
+Problem runAll(Database &database, const char *const (&statements)[count])
+{
+    for (const char *const statement : statements) {
+        const Problem problem = database.run(statement);
+        if (!problem.ok())
+            return problem;
+    }
+    return {};
+}
+
+struct Step
+{
+    Problem (*run)(Database &database);
+    const char *note; ///< that it was taken
+};
+
+// The version of a database is the number of steps that it has taken. What was released is never changed here.
+constexpr std::array<Step, 2> steps = {{
+    {[](Database &database) { return runAll(database, tables); }, "PRAGMA user_version = 1"},
+    {[](Database &database) { return runAll(database, search); }, "PRAGMA user_version = 2"},
+}};
+
+struct State
+{
+    int mark = 0;
+    int version = 0;
+    int tables = 0;
+
+    bool isEmpty() const { return mark == 0 && version == 0 && tables == 0; }
+};
+
+Answer<State> stateOf(const Database &database)
+{
+    const Answer<QVariant> mark = database.value("PRAGMA application_id");
+    const Answer<QVariant> version = database.value("PRAGMA user_version");
+    const Answer<QVariant> count = database.value("SELECT count(*) FROM sqlite_schema");
+    for (const Answer<QVariant> *const answer : {&mark, &version, &count}) {
+        if (!answer->ok())
+            return {{}, answer->problem};
+    }
+    return {{mark.value.toInt(), version.value.toInt(), count.value.toInt()}, {}};
+}
+
+Problem take(Database &database, const Step &step)
+{
+    Transaction transaction(database);
+    if (!transaction.problem().ok())
+        return transaction.problem();
+    Problem problem = step.run(database);
+    if (problem.ok())
+        problem = database.run(step.note);
+    return problem.ok() ? transaction.commit() : problem;
+}
+
+/// Reads from each table: what is grossly damaged shows at once.
+Problem touch(const Database &database)
+{
+    for (const char *const statement : {"SELECT max(id) FROM job", "SELECT max(id) FROM point",
+             "SELECT max(id) FROM inspection", "SELECT inspection FROM zone LIMIT 1",
+             "SELECT inspection FROM rule LIMIT 1", "SELECT inspection FROM defect LIMIT 1"}) {
+        const Problem problem = database.value(statement).problem;
+        if (!problem.ok())
+            return problem;
+    }
+    return {};
+}
+
+Problem judge(const State &state)
+{
+    const int known = static_cast<int>(steps.size());
+    if (state.mark != ownMark)
+        return {Fault::Foreign, QStringLiteral("The database is none of ours")};
+    if (state.version > known)
+        return {Fault::LaterVersion,
+            QStringLiteral("The store has version %1, this program knows up to %2").arg(state.version).arg(known)};
+    return {};
+}
+} // namespace
+
+Problem prepare(Database &database, bool *isNew)
+{
+    Answer<State> state = stateOf(database);
+    if (!state.ok())
+        return state.problem;
+    *isNew = state.value.isEmpty();
+    if (*isNew) {
+        const Answer<QVariant> journal = database.value("PRAGMA journal_mode = WAL"); // readers need not wait
+        const Problem problem = journal.ok() ? database.run(setMark) : journal.problem;
+        if (!problem.ok())
+            return problem;
+        state.value.mark = ownMark;
+    }
+    const Problem verdict = judge(state.value);
+    if (!verdict.ok())
+        return verdict;
+    for (std::size_t i = static_cast<std::size_t>(state.value.version); i < steps.size(); ++i) {
+        const Problem problem = take(database, steps[i]);
+        if (!problem.ok())
+            return problem;
+    }
+    return touch(database);
+}
+
+Problem check(const Database &database)
+{
+    const Answer<State> state = stateOf(database);
+    if (!state.ok())
+        return state.problem;
+    const Problem verdict = judge(state.value);
+    return verdict.ok() ? touch(database) : verdict;
+}
+
+} // namespace Records::Schema

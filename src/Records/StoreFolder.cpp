@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Helpers/WholeFile_p.h"
+#include "Records/PictureStore.h"
+#include "Records/StoreFolder_p.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFileInfo>
+
+namespace Records {
+
+namespace {
+constexpr int mostFoldersASecond = 100;
+
+/// A new folder named after the time, which nobody else uses.
+QString makeFolderOfTime(const QString &beside)
+{
+    const QString time = QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-ddThh-mm-ssZ"));
+    const QString name = QStringLiteral("%1-%2").arg(beside, time);
+    if (QDir().mkdir(name))
+        return name;
+    for (int i = 2; i <= mostFoldersASecond; ++i) {
+        const QString numbered = QStringLiteral("%1-%2").arg(name).arg(i);
+        if (QDir().mkdir(numbered))
+            return numbered;
+    }
+    return {};
+}
+} // namespace
+
+StoreFolder::StoreFolder(const QString &path)
+    : mPath(path)
+{
+}
+
+QString StoreFolder::database() const
+{
+    return mPath + QStringLiteral("/records.sqlite");
+}
+
+QString StoreFolder::journal() const
+{
+    return database() + QStringLiteral("-wal");
+}
+
+QString StoreFolder::pictures() const
+{
+    return mPath + QStringLiteral("/pictures");
+}
+
+QString StoreFolder::lock() const
+{
+    return mPath + QStringLiteral("/records.lock");
+}
+
+QString StoreFolder::suspicion() const
+{
+    return mPath + QStringLiteral("/records.suspect");
+}
+
+bool StoreFolder::hasDatabase() const
+{
+    return QFileInfo(database()).size() > 0;
+}
+
+bool StoreFolder::hasJournal() const
+{
+    return QFileInfo(journal()).size() > 0;
+}
+
+bool StoreFolder::isBeheaded() const
+{
+    return !hasDatabase() && (hasJournal() || !PictureStore(pictures()).isEmpty());
+}
+
+QString StoreFolder::setAside() const
+{
+    const QString aside = makeFolderOfTime(database());
+    if (aside.isEmpty())
+        return {};
+    // Pictures first: as long as the database is in its place, the next start does all of this again.
+    bool isDone = true;
+    for (const QString &path : {pictures(), database(), journal()}) {
+        const QFileInfo info(path);
+        if (info.exists())
+            isDone = QDir().rename(path, QStringLiteral("%1/%2").arg(aside, info.fileName())) && isDone;
+    }
+    QFile::remove(database() + QStringLiteral("-shm")); // an index of the journal, made anew when it is needed
+    WholeFile::syncFolder(aside);
+    WholeFile::syncFolder(mPath);
+    return isDone ? aside : QString();
+}
+
+} // namespace Records

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <QString>
+
+namespace Records {
+
+/// Names of what lies in the folder of a store.
+class StoreFolder
+{
+public:
+    explicit StoreFolder(const QString &path);
+
+    const QString &path() const { return mPath; }
+    QString database() const;
+    QString journal() const; ///< of the database: what has not found its way into it yet
+    QString pictures() const;
+    QString lock() const;
+    QString suspicion() const; ///< a file that is there since the database was seen to be damaged
+
+    bool hasDatabase() const; ///< one that is not empty
+    bool hasJournal() const;
+
+    /// Pictures or a journal without their database: the database was taken away, or lost.
+    bool isBeheaded() const;
+
+    /// Moves database, journal and pictures into a new folder beside them, named after the database and the time.
+    /// Returns its path; empty when that could not be done.
+    QString setAside() const;
+
+private:
+    QString mPath;
+};
+
+} // namespace Records
