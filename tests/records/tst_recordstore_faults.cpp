@@ -1,0 +1,496 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
+#include "OwnConnection.h"
+#include "StoredFaces.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <functional>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Records;
+
+namespace {
+const Face &badFace()
+{
+    return Face::of(QStringLiteral("pitted"));
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void overwrite(const QString &path, qint64 position, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QVERIFY(file.seek(position));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// All files below the folder, without those that come and go with a connection.
+QStringList filesIn(const QString &folder)
+{
+    QStringList files;
+    QDirIterator walk(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString path = walk.next();
+        if (!path.endsWith(QLatin1String("-wal")) && !path.endsWith(QLatin1String("-shm")))
+            files << QDir(folder).relativeFilePath(path);
+    }
+    files.sort();
+    return files;
+}
+
+/// A process of its own, which runs until it is told to end or is killed.
+class OtherProcess
+{
+public:
+    /// @param function what it does first; when it comes back, so does the constructor
+    explicit OtherProcess(const std::function<void()> &function)
+    {
+        int ready[2];
+        int end[2];
+        if (pipe(ready) != 0 || pipe(end) != 0)
+            return;
+        mChild = fork();
+        if (mChild == 0) {
+            close(end[1]);
+            alarm(60);
+            function();
+            char byte = 0;
+            if (write(ready[1], &byte, 1) == 1)
+                while (read(end[0], &byte, 1) > 0) {}
+            _exit(0);
+        }
+        close(ready[1]);
+        close(end[0]);
+        mEnd = end[1];
+        char byte = 0;
+        mIsReady = read(ready[0], &byte, 1) == 1;
+        close(ready[0]);
+    }
+    ~OtherProcess() { end(); }
+    OtherProcess(const OtherProcess &) = delete;
+    OtherProcess &operator=(const OtherProcess &) = delete;
+
+    bool isReady() const { return mIsReady; }
+
+    /// As it is, without any farewell to the store.
+    void end()
+    {
+        if (mChild <= 0)
+            return;
+        ::kill(mChild, SIGKILL);
+        waitpid(mChild, nullptr, 0);
+        close(mEnd);
+        mChild = -1;
+    }
+
+private:
+    pid_t mChild = -1;
+    int mEnd = -1;
+    bool mIsReady = false;
+};
+
+enum class Harm : int { Garbage, Header, Truncated, Emptied, Removed };
+} // namespace
+
+Q_DECLARE_METATYPE(Harm)
+
+class TestRecordStoreFaults : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { badFace(); }
+
+    void init()
+    {
+        mDir = std::make_unique<QTemporaryDir>();
+        mFolder = mDir->filePath(QStringLiteral("store"));
+        mDatabase = mFolder + QStringLiteral("/records.sqlite");
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).how, Opened::Begun);
+        QCOMPARE(badFace().addTo(store).value, Id(1));
+    }
+
+    void aReadOnlyFolderCanBeRead_data()
+    {
+        QTest::addColumn<QStringList>("closed");
+        QTest::newRow("folder") << QStringList({QStringLiteral(".")});
+        QTest::newRow("lock") << QStringList({QStringLiteral("records.lock")});
+        QTest::newRow("database") << QStringList({QStringLiteral("records.sqlite")});
+        QTest::newRow("all") << QStringList(
+            {QStringLiteral("."), QStringLiteral("records.lock"), QStringLiteral("records.sqlite")});
+    }
+    void aReadOnlyFolderCanBeRead()
+    {
+        QFETCH(const QStringList, closed);
+        const QStringList before = filesIn(mFolder);
+        for (const QString &name : closed)
+            QFile::setPermissions(mFolder + QLatin1Char('/') + name, QFile::ReadOwner | QFile::ExeOwner);
+
+        Faults::withoutOverride([&] {
+            RecordStore store;
+            const Opening opening = store.open(mFolder);
+            QVERIFY2(opening.how == Opened::ReadOnlyFolder, qPrintable(opening.problem.text));
+            QCOMPARE(opening.problem.fault, Fault::ReadOnly);
+            QVERIFY(!opening.problem.text.isEmpty());
+            QVERIFY(!store.canWrite());
+            QCOMPARE(store.list().value.size(), 1);
+            QCOMPARE(store.inspection(1).value.defects, StoredDefect::of(badFace().inspection));
+            QVERIFY(store.verify().value.allWell());
+            QCOMPARE(badFace().addTo(store).problem.fault, Fault::ReadOnly);
+            QCOMPARE(store.setDecision(1, Decision::Accepted, {}).fault, Fault::ReadOnly);
+            QCOMPARE(store.sweep().problem.fault, Fault::ReadOnly);
+        });
+
+        QFile::setPermissions(mFolder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(filesIn(mFolder), before);
+    }
+
+    void aReadOnlyDiskCanBeRead()
+    {
+        const bool hasRun = Faults::withSmallDisk(mFolder, 4096, [&] {
+            {
+                RecordStore store;
+                store.open(mFolder);
+                QVERIFY(badFace().addTo(store).ok());
+            }
+            QCOMPARE(
+                mount(nullptr, QFile::encodeName(mFolder).constData(), nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+            RecordStore store;
+            QCOMPARE(store.open(mFolder).how, Opened::ReadOnlyFolder);
+            QCOMPARE(store.inspection(1).value.defects.size(), badFace().inspection.defects().size());
+        });
+        QVERIFY(hasRun);
+    }
+
+    void noStoreCanBeBegunInAReadOnlyFolder()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("other"));
+        QVERIFY(QDir().mkdir(folder));
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+        Opening opening;
+        Faults::withoutOverride([&] { opening = RecordStore().open(folder); });
+
+        QCOMPARE(opening.how, Opened::No);
+        QCOMPARE(opening.problem.fault, Fault::ReadOnly);
+        QVERIFY(opening.problem.text.contains(folder));
+    }
+
+    void aReaderLeavesTheFolderAlone()
+    {
+        const QStringList before = filesIn(mFolder);
+        {
+            RecordStore reader;
+            QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+            QCOMPARE(reader.list().value.size(), 1);
+            QVERIFY(!reader.canWrite());
+        }
+        QCOMPARE(filesIn(mFolder), before);
+    }
+
+    void aFullDiskLosesNothing()
+    {
+        const bool hasRun = Faults::withSmallDisk(mFolder, 4096, [&] {
+            RecordStore store;
+            QVERIFY(store.open(mFolder).canWrite());
+            int stored = 0;
+            int refused = 0;
+            for (int round = 0; round < 2; ++round) {
+                // From nothing to enough: the disk is full at another step each time.
+                for (int free = 0; free <= 512; free += free < 128 ? 8 : 64) {
+                    const Face &face = badFace();
+                    const QByteArray picture = face.picture + QByteArray::number(1000 * round + free);
+                    const QStringList before = filesIn(mFolder);
+                    DiskFilling filling(mFolder, free);
+                    const Answer<Id> id = store.addInspection(face.origin(), face.inspection, picture);
+                    QCOMPARE(store.count().value, stored + (id.ok() ? 1 : 0));
+                    filling.remove();
+                    if (id.ok()) {
+                        ++stored;
+                        continue;
+                    }
+                    QCOMPARE(id.problem.fault, Fault::DiskFull);
+                    QVERIFY(!id.problem.text.isEmpty());
+                    QCOMPARE(filesIn(mFolder), before);
+                    ++refused;
+                }
+                // With room again, all is as ever.
+                QVERIFY(badFace().addTo(store).ok());
+                ++stored;
+            }
+            QVERIFY(refused > 4);
+            QVERIFY(stored > 4);
+            const Answer<Verification> found = store.verify();
+            QVERIFY2(found.value.allWell(), qPrintable(found.value.databaseFaults.join(QLatin1Char('\n'))));
+            QCOMPARE(store.sweep().value, 0);
+        });
+        QVERIFY(hasRun);
+    }
+
+    void aStoreOnAFullDiskCanBeRead()
+    {
+        const bool hasRun = Faults::withSmallDisk(mFolder, 4096, [&] {
+            {
+                RecordStore store;
+                store.open(mFolder);
+                QVERIFY(badFace().addTo(store).ok());
+            }
+            DiskFilling filling(mFolder, 0);
+            RecordStore store;
+            const Opening opening = store.open(mFolder);
+            QVERIFY2(opening.isOpen(), qPrintable(opening.problem.text));
+            QCOMPARE(store.list().value.size(), 1);
+            QCOMPARE(badFace().addTo(store).problem.fault,
+                opening.how == Opened::FullDisk ? Fault::ReadOnly : Fault::DiskFull);
+            filling.remove();
+            QCOMPARE(store.open(mFolder).how, Opened::Usable);
+            QVERIFY(badFace().addTo(store).ok());
+        });
+        QVERIFY(hasRun);
+    }
+
+    void aStoreOfALaterVersionCanBeRead()
+    {
+        {
+            OwnConnection own(mFolder);
+            own.run(QStringLiteral("ALTER TABLE inspection ADD COLUMN mood TEXT"));
+            own.run(QStringLiteral("PRAGMA user_version = 99"));
+        }
+        const QByteArray before = contentOf(mDatabase);
+        for (const auto mode : {RecordStore::Mode::ReadWrite, RecordStore::Mode::ReadOnly}) {
+            RecordStore store;
+            const Opening opening = store.open(mFolder, mode);
+            QCOMPARE(opening.how, Opened::LaterVersion);
+            QVERIFY2(opening.problem.text.contains(QStringLiteral("99")), qPrintable(opening.problem.text));
+            QCOMPARE(store.inspection(1).value.defects, StoredDefect::of(badFace().inspection));
+            QCOMPARE(badFace().addTo(store).problem.fault, Fault::ReadOnly);
+        }
+        QVERIFY(contentOf(mDatabase) == before);
+    }
+
+    void aDamagedDatabaseIsKeptAside_data()
+    {
+        QTest::addColumn<Harm>("harm");
+        QTest::newRow("garbage") << Harm::Garbage;
+        QTest::newRow("header") << Harm::Header;
+        QTest::newRow("truncated") << Harm::Truncated;
+        QTest::newRow("emptied") << Harm::Emptied;
+        QTest::newRow("removed") << Harm::Removed;
+    }
+    void aDamagedDatabaseIsKeptAside()
+    {
+        QFETCH(const Harm, harm);
+        inflict(harm);
+        const QByteArray damaged = contentOf(mDatabase);
+        const QStringList pictures = filesIn(mFolder + QStringLiteral("/pictures"));
+        QCOMPARE(pictures.size(), 2);
+
+        RecordStore reader;
+        if (harm != Harm::Emptied && harm != Harm::Removed) {
+            QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).problem.fault, Fault::Damaged);
+            QVERIFY(contentOf(mDatabase) == damaged); // a reader moves nothing
+        }
+        RecordStore store;
+        const Opening opening = store.open(mFolder);
+
+        QVERIFY2(opening.how == Opened::BegunAnew, qPrintable(opening.problem.text));
+        QCOMPARE(opening.problem.fault, Fault::Damaged);
+        QVERIFY(!opening.problem.text.isEmpty());
+        QVERIFY(QFileInfo(opening.keptAside).fileName().startsWith(QStringLiteral("records.sqlite-2")));
+        QVERIFY(contentOf(opening.keptAside + QStringLiteral("/records.sqlite")) == damaged);
+        QCOMPARE(filesIn(opening.keptAside + QStringLiteral("/pictures")), pictures);
+        QCOMPARE(store.count().value, 0);
+        QVERIFY(badFace().addTo(store).ok());
+        QVERIFY(store.verify().value.allWell());
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+    }
+
+    void damageThatShowsLaterIsKeptAsideTheNextTime()
+    {
+        overwriteTables();
+        RecordStore store;
+        QVERIFY(store.open(mFolder).isOpen());
+        Problem problem = store.inspection(1).problem;
+        QVERIFY2(problem.fault == Fault::Damaged, qPrintable(problem.text));
+
+        const Opening opening = store.open(mFolder);
+
+        QVERIFY2(opening.how == Opened::BegunAnew, qPrintable(opening.problem.text));
+        QVERIFY(QFile::exists(opening.keptAside + QStringLiteral("/records.sqlite")));
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+    }
+
+    void aWrongSuspicionChangesNothing()
+    {
+        overwrite(mFolder + QStringLiteral("/records.suspect"), 0, {});
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QCOMPARE(store.count().value, 1);
+        QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
+    }
+
+    void aDatabaseOfSomebodyElseIsLeftAlone()
+    {
+        QVERIFY(QFile::remove(mDatabase));
+        {
+            OwnConnection own(mFolder);
+            own.run(QStringLiteral("CREATE TABLE recipes (name TEXT)"));
+        }
+        const QByteArray before = contentOf(mDatabase);
+        QVERIFY(!before.isEmpty());
+
+        const Opening opening = RecordStore().open(mFolder);
+
+        QCOMPARE(opening.how, Opened::No);
+        QCOMPARE(opening.problem.fault, Fault::Foreign);
+        QVERIFY(contentOf(mDatabase) == before);
+    }
+
+    void whatIsNoFileIsTold()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("other"));
+        QVERIFY(QDir().mkpath(folder + QStringLiteral("/records.sqlite")));
+        QCOMPARE(RecordStore().open(folder).how, Opened::No);
+        QCOMPARE(RecordStore().open(mDatabase).how, Opened::No);
+    }
+
+    void onlyOneProcessWrites()
+    {
+        RecordStore store;
+        {
+            const OtherProcess other([this] {
+                RecordStore &theirs = *new RecordStore; // until the process ends
+                if (!theirs.open(mFolder).canWrite())
+                    _exit(1);
+            });
+            QVERIFY(other.isReady());
+
+            const Opening opening = store.open(mFolder);
+            QCOMPARE(opening.how, Opened::InUse);
+            QCOMPARE(opening.problem.fault, Fault::Busy);
+            QCOMPARE(store.list().value.size(), 1);
+            QCOMPARE(badFace().addTo(store).problem.fault, Fault::ReadOnly);
+        }
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QVERIFY(badFace().addTo(store).ok());
+    }
+
+    void aReaderSeesWhatAnotherProcessStores()
+    {
+        RecordStore reader;
+        QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        reader.close(); // no connection may be carried into another process
+        const OtherProcess other([this] {
+            RecordStore &theirs = *new RecordStore;
+            theirs.open(mFolder);
+            if (badFace().addTo(theirs).value != 2)
+                _exit(1);
+        });
+        QVERIFY(other.isReady());
+        QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QCOMPARE(reader.count().value, 2);
+        QCOMPARE(reader.inspection(2).value.defects, StoredDefect::of(badFace().inspection));
+    }
+
+    void whatADeadProcessLeftIsSwept()
+    {
+        const QStringList before = filesIn(mFolder);
+        {
+            const OtherProcess other([this] {
+                RecordStore &theirs = *new RecordStore;
+                theirs.open(mFolder);
+                const PictureStore pictures(mFolder + QStringLiteral("/pictures"));
+                const QByteArray hash = pictures.put("a picture whose row never came").value.hash;
+                QFile left(QFileInfo(pictures.path(hash)).path() + QStringLiteral("/.unfinished-1"));
+                if (!left.open(QIODevice::WriteOnly))
+                    _exit(1);
+            });
+            QVERIFY(other.isReady());
+        }
+
+        RecordStore store;
+        const Opening opening = store.open(mFolder);
+
+        QCOMPARE(opening.how, Opened::Usable);
+        QCOMPARE(opening.swept, 2);
+        QVERIFY(store.inspection(1).value.isPictureThere);
+        store.close();
+        QCOMPARE(store.open(mFolder).swept, 0);
+        store.close();
+        QCOMPARE(filesIn(mFolder), before);
+    }
+
+    void noPictureIsSweptWhileAnotherThreadStores()
+    {
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        std::thread thread([this] {
+            RecordStore own;
+            own.open(mFolder);
+            for (int i = 0; i < 20; ++i)
+                own.addInspection({}, badFace().inspection, badFace().picture + QByteArray::number(i));
+        });
+        for (int i = 0; i < 20; ++i)
+            store.sweep();
+        thread.join();
+
+        QCOMPARE(store.count().value, 21);
+        QVERIFY(store.verify().value.allWell());
+    }
+
+private:
+    void inflict(Harm harm)
+    {
+        switch (harm) {
+        case Harm::Garbage:
+            overwrite(mDatabase, 0, QByteArray(static_cast<int>(QFileInfo(mDatabase).size()), 'x'));
+            break;
+        case Harm::Header:
+            overwrite(mDatabase, 0, QByteArray(100, '\x55'));
+            break;
+        case Harm::Truncated:
+            QVERIFY(QFile::resize(mDatabase, QFileInfo(mDatabase).size() / 2));
+            break;
+        case Harm::Emptied:
+            QVERIFY(QFile::resize(mDatabase, 0));
+            break;
+        case Harm::Removed:
+            QVERIFY(QFile::remove(mDatabase));
+            break;
+        }
+    }
+
+    /// The pages of the index that leads to the shapes of defects.
+    void overwriteTables()
+    {
+        QByteArray page;
+        qint64 pageSize = 0;
+        {
+            OwnConnection own(mFolder);
+            pageSize = own.run(QStringLiteral("PRAGMA page_size")).first().toLongLong();
+            page = own.run(QStringLiteral("SELECT rootpage FROM sqlite_schema WHERE name = 'inspection'"))
+                       .first()
+                       .toLatin1();
+        }
+        overwrite(
+            mDatabase, (page.toLongLong() - 1) * pageSize + 8, QByteArray(static_cast<int>(pageSize) - 8, '\x7f'));
+    }
+
+    std::unique_ptr<QTemporaryDir> mDir;
+    QString mFolder;
+    QString mDatabase;
+};
+
+QTEST_GUILESS_MAIN(TestRecordStoreFaults)
+#include "tst_recordstore_faults.moc"
