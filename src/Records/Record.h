@@ -41,6 +41,16 @@ enum class PointState : int {
 };
 
 /// Work for one customer: points, all of one standard.
+///
+/// @code
+/// Job job;
+/// job.name = QStringLiteral("Panel 7");
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"));
+/// const Id id = store.addJob(job).value.id;
+/// for (const Point &point : store.addPoints(id, {QStringLiteral("A01"), QStringLiteral("A72")}).value)
+///     qInfo() << point.position << point.name;
+/// @endcode
 struct Job
 {
     Id id = noId; ///< given by the store, as are the identity and the time of creation
@@ -189,6 +199,16 @@ struct StoredInspection : InspectionSummary
 };
 
 /// What a list is to show. What is not set does not count.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// Filter filter;
+/// filter.text = QStringLiteral("mul 12");
+/// filter.verdict = Verdict::Failed;
+/// for (const InspectionSummary &row : store.list(filter, {50, 50}).value) // the second page
+///     qInfo() << row.made << row.jobName << row.pointName << row.note;
+/// @endcode
 struct Filter
 {
     static constexpr int maxWords = 16; ///< of the text; more are not looked at

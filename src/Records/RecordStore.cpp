@@ -292,7 +292,7 @@ Opening RecordStore::openForWriting(const StoreFolder &folder)
         return opening;
     }
     mDatabase.reset();
-    if (problem.fault == Fault::Damaged && mLock.use_count() == 1)
+    if (problem.fault == Fault::Damaged)
         return beginAnew(folder, problem);
     close();
     if (canBeRead(problem.fault))
@@ -324,7 +324,8 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
 
 Opening RecordStore::beginAnew(const StoreFolder &folder, const Problem &problem)
 {
-    const QString aside = folder.setAside();
+    const bool isAlone = mLock.use_count() == 1; // no other thread has it open
+    const QString aside = isAlone ? folder.setAside() : QString();
     if (aside.isEmpty()) {
         close();
         return {Opened::No, {problem.fault, problem.text + QStringLiteral(", and it cannot be kept aside")}, {}, 0};
@@ -350,8 +351,10 @@ Opening RecordStore::openForReading(const StoreFolder &folder, Opened how, const
     Problem second;
     for (const Database::Access access : {Database::Access::ReadOnly, Database::Access::Immutable}) {
         // What is still in the journal would be overlooked; and who keeps it may be about to write.
-        if (access == Database::Access::Immutable && folder.hasJournal())
+        if (access == Database::Access::Immutable && folder.hasJournal()) {
+            second.text += QStringLiteral(", and what its journal holds can only be read where there is write access");
             break;
+        }
         mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
         second = mDatabase->open(access);
         if (second.ok())

@@ -200,8 +200,7 @@ Problem prepare(Database &database, bool *isNew)
         return state.problem;
     *isNew = state.value.isEmpty();
     if (*isNew) {
-        const Answer<QVariant> journal = database.value("PRAGMA journal_mode = WAL"); // readers need not wait
-        const Problem problem = journal.ok() ? database.run(setMark) : journal.problem;
+        const Problem problem = database.run(setMark);
         if (!problem.ok())
             return problem;
         state.value.mark = ownMark;
@@ -209,6 +208,10 @@ Problem prepare(Database &database, bool *isNew)
     const Problem verdict = judge(state.value);
     if (!verdict.ok())
         return verdict;
+    // Readers need not wait then. A copy comes without it; while somebody reads that, it stays as it is.
+    const Problem journal = database.value("PRAGMA journal_mode = WAL").problem;
+    if (!journal.ok() && journal.fault != Fault::Busy)
+        return journal;
     for (std::size_t i = static_cast<std::size_t>(state.value.version); i < steps.size(); ++i) {
         const Problem problem = take(database, steps[i]);
         if (!problem.ok())

@@ -70,6 +70,7 @@ through_cmake() {
 check "a program builds through CMake" through_cmake "$prefix" "$work/cmake"
 check "it runs and sees the right values" "$work/cmake/consumer"
 [[ ! -x $work/cmake/consumer ]] || "$work/cmake/consumer" || true
+check "a program stores an inspection" "$work/cmake/records"
 fails_the_pitted_face() {
     local verdict status=0
     verdict=$(QT_QPA_PLATFORM=offscreen timeout 60 "$work/cmake/scope") || status=$?
@@ -90,6 +91,10 @@ with_pkg_config() { with_packages vantorbase "$@"; }
 check "the program builds through pkg-config" \
     with_packages "vantorbase Qt5Qml" "$here/main.cpp" -o "$work/consumer"
 check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/consumer"
+
+check "a program with a store builds through pkg-config" \
+    with_packages vantorbase-records "$here/records.cpp" -o "$work/records"
+check "it stores an inspection" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/records"
 
 # The README's first program, as a reader would copy it.
 awk '/^```cpp$/ { block++; next } /^```$/ { if (block) exit } block' "$source_tree/README.md" >"$work/readme.cpp"

@@ -13,6 +13,7 @@ FEWEST_LINES = 3
 MOST_LINES = 10
 DOCUMENTATION = re.compile(r"\s*/// ?(.*)")
 CLASS = re.compile(r"class (?:\w+_EXPORT )?(\w+)(?: final)?(?: :.*)?$")
+NAMESPACES = {"FiberInspection": ["FiberInspection"], "Records": ["Records", "FiberInspection"]}  # by folder
 TYPE = re.compile(r"(class|struct) \w+")
 
 
@@ -74,8 +75,8 @@ def function_with(example: Example, number: int) -> str:
         if line.startswith("};"):
             inside_type = False
     body = ["{", *statements, "}"]
-    if name_of(example.header).startswith("FiberInspection/"):
-        types.insert(0, "using namespace FiberInspection;")
+    for name in NAMESPACES.get(name_of(example.header).split("/")[0], []):
+        types.insert(0, f"using namespace {name};")
     return "\n".join([f"namespace example{number} {{", *types, "void use();", "void use()", *body, "}", ""])
 
 

@@ -340,6 +340,43 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
     }
 
+    void aDamagedDatabaseThatAnotherThreadUsesStaysWhereItIs()
+    {
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        QVERIFY(QFile::rename(mDatabase, mDatabase + QStringLiteral(".moved")));
+
+        const Opening opening = RecordStore().open(mFolder);
+
+        QCOMPARE(opening.how, Opened::No);
+        QVERIFY(!opening.problem.text.isEmpty());
+        QVERIFY(store.inspection(1).value.isPictureThere);
+    }
+
+    void aJournalThatCannotBeReadIsTold()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkdir(folder));
+        {
+            RecordStore store;
+            QVERIFY(store.open(mFolder).canWrite());
+            QVERIFY(badFace().addTo(store).ok()); // still in the journal
+            for (const char *const end : {"", "-wal"})
+                QVERIFY(QFile::copy(
+                    mDatabase + QLatin1String(end), folder + QStringLiteral("/records.sqlite") + QLatin1String(end)));
+        }
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+        Opening opening;
+        Faults::withoutOverride([&] { opening = RecordStore().open(folder); });
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+        QCOMPARE(opening.how, Opened::No); // not without what was stored last
+        QVERIFY2(opening.problem.text.contains(QStringLiteral("journal")), qPrintable(opening.problem.text));
+        RecordStore store;
+        QCOMPARE(store.open(folder).how, Opened::Usable);
+        QCOMPARE(store.count().value, 2);
+    }
+
     void aDatabaseOfSomebodyElseIsLeftAlone()
     {
         QVERIFY(QFile::remove(mDatabase));
