@@ -474,4 +474,12 @@ Answer<QVector<Named>> allPictures(const Database &database)
     return {all, query.problem()};
 }
 
+Answer<bool> isNamed(const Database &database, const QByteArray &hash)
+{
+    const QVariant value = hashValue(hash);
+    const Answer<QVariant> found =
+        database.value("SELECT id FROM inspection WHERE picture = ? OR annotated = ? LIMIT 1", {value, value});
+    return {found.value.isValid(), found.problem};
+}
+
 } // namespace Records::InspectionRows

@@ -35,6 +35,9 @@ struct Named
 };
 Answer<QVector<Named>> allPictures(const Database &database);
 
+/// Whether an inspection names the picture. Looks at all of them.
+Answer<bool> isNamed(const Database &database, const QByteArray &hash);
+
 } // namespace InspectionRows
 
 } // namespace Records

@@ -64,6 +64,20 @@ bool isPicture(const QFileInfo &file)
     const QByteArray name = file.fileName().toLatin1();
     return isHash(name) && file.dir().dirName().toLatin1() == name.left(shelfLength);
 }
+
+int sweepFolder(const QString &folder, const std::function<bool(const QByteArray &hash)> &isWanted)
+{
+    int removed = 0;
+    QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const QString file = files.next();
+        const bool isLeft = WholeFile::isUnfinished(files.fileName());
+        const bool isUnwanted = !isLeft && isPicture(files.fileInfo()) && !isWanted(files.fileName().toLatin1());
+        if ((isLeft || isUnwanted) && QFile::remove(file))
+            ++removed;
+    }
+    return removed;
+}
 } // namespace
 
 PictureStore::PictureStore(const QString &folder)
@@ -138,16 +152,15 @@ bool PictureStore::isEmpty() const
 
 int PictureStore::sweep(const std::function<bool(const QByteArray &hash)> &isWanted) const
 {
-    int removed = 0;
-    QDirIterator files(mFolder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        const QString file = files.next();
-        const bool isLeft = WholeFile::isUnfinished(files.fileName());
-        const bool isUnwanted = !isLeft && isPicture(files.fileInfo()) && !isWanted(files.fileName().toLatin1());
-        if ((isLeft || isUnwanted) && QFile::remove(file))
-            ++removed;
-    }
-    return removed;
+    return sweepFolder(mFolder, isWanted);
+}
+
+int PictureStore::sweepOne(const QByteArray &hash, bool isWanted) const
+{
+    if (!isHash(hash))
+        return 0;
+    return sweepFolder(
+        QFileInfo(path(hash)).path(), [&](const QByteArray &other) { return other != hash || isWanted; });
 }
 
 } // namespace Records

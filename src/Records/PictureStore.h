@@ -54,6 +54,9 @@ public:
     /// how many files it removed; files of other names stay.
     int sweep(const std::function<bool(const QByteArray &hash)> &isWanted) const;
 
+    /// The same for one picture, and for what a writer of it has left.
+    int sweepOne(const QByteArray &hash, bool isWanted) const;
+
 private:
     QString mFolder;
 };

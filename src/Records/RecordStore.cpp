@@ -287,8 +287,8 @@ Opening RecordStore::openForWriting(const StoreFolder &folder)
     if (problem.ok()) {
         Opening opening;
         opening.how = isNew ? Opened::Begun : Opened::Usable;
-        if (mLock->wasInterrupted() && mLock.use_count() == 1)
-            opening.swept = sweepNow();
+        if (mLock->interruption().hasHappened && mLock.use_count() == 1)
+            opening.swept = sweepAfterInterruption();
         return opening;
     }
     mDatabase.reset();
@@ -453,6 +453,8 @@ Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection
 {
     const QByteArray annotated = pngOf(inspection.annotatedImage());
     const QMutexLocker locker(&mLock->writing());
+    if (!mLock->note({PictureStore::hashOf(picture), PictureStore::hashOf(annotated)}))
+        return {noId, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
     NewPictures pictures(mPictures);
     const Answer<QByteArray> source = pictures.put(picture);
     const Answer<QByteArray> painted = source.ok() ? pictures.put(annotated) : Answer<QByteArray>();
@@ -533,6 +535,19 @@ int RecordStore::sweepNow()
         return 0; // what is named is not known, so everything may be
     const QSet<QByteArray> names = namesOf(all.value);
     return mPictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); });
+}
+
+int RecordStore::sweepAfterInterruption()
+{
+    const StoreLock::Interruption &former = mLock->interruption();
+    if (!former.isOfThisBoot)
+        return sweepNow();
+    int swept = 0;
+    for (const QByteArray &hash : former.pictures) {
+        const Answer<bool> isNamed = InspectionRows::isNamed(*mDatabase, hash);
+        swept += mPictures.sweepOne(hash, isNamed.value || !isNamed.ok());
+    }
+    return swept;
 }
 
 Answer<int> RecordStore::sweep()

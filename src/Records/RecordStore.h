@@ -159,6 +159,7 @@ private:
     Problem prepare(const StoreFolder &folder, bool *isNew);
     Answer<Id> store(const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
     int sweepNow();
+    int sweepAfterInterruption();
     Problem copyPictures(const PictureStore &target, Backup *done) const;
 
     std::unique_ptr<Database> mDatabase;

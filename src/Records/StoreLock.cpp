@@ -16,7 +16,8 @@ namespace Records {
 
 namespace {
 constexpr mode_t ownerWrites = 0644;
-constexpr char mark[] = "A program writes into this store, or was ended while it did so.\n";
+constexpr char mark[] = "A program writes into this store, or was ended while it did so.";
+constexpr qint64 longestMark = 4096; // bytes
 
 struct Registry
 {
@@ -62,16 +63,43 @@ int openLocked(const QString &path, Problem *problem)
         close(descriptor);
     return -1;
 }
+
+/// Changes when the machine starts; empty when it is not known.
+QByteArray bootId()
+{
+    QFile file(QStringLiteral("/proc/sys/kernel/random/boot_id"));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
+}
+
+StoreLock::Interruption readNotes(int descriptor)
+{
+    QByteArray text(longestMark, '\0');
+    const ssize_t size = pread(descriptor, text.data(), static_cast<std::size_t>(text.size()), 0);
+    if (size <= 0)
+        return {};
+    text.truncate(static_cast<int>(size));
+    QList<QByteArray> lines = text.split('\n');
+    StoreLock::Interruption former{true, false, {}};
+    const QByteArray boot = bootId();
+    former.isOfThisBoot = !boot.isEmpty() && lines.value(1) == boot;
+    former.pictures = lines.mid(2);
+    return former;
+}
 } // namespace
 
 StoreLock::StoreLock(int descriptor)
     : mDescriptor(descriptor)
-    , mWasInterrupted(lseek(descriptor, 0, SEEK_END) > 0)
+    , mInterruption(readNotes(descriptor))
 {
-    // Whether the mark gets there on a full disk does not matter: there, nothing is left behind that could be swept.
-    const bool isMarked = mWasInterrupted || write(mDescriptor, mark, sizeof mark - 1) > 0;
-    if (isMarked)
-        fsync(mDescriptor);
+    note({}); // should there be no room for it, there will be none for a picture either
+    fsync(mDescriptor);
+}
+
+bool StoreLock::note(const QList<QByteArray> &pictures) const
+{
+    const QByteArray text = QByteArray(mark) + '\n' + bootId() + '\n' + pictures.join('\n');
+    return pwrite(mDescriptor, text.constData(), static_cast<std::size_t>(text.size()), 0) == text.size()
+        && ftruncate(mDescriptor, text.size()) == 0;
 }
 
 StoreLock::~StoreLock()

@@ -3,6 +3,8 @@
 
 #include "Records/Answer.h"
 
+#include <QByteArray>
+#include <QList>
 #include <QMutex>
 
 #include <memory>
@@ -23,8 +25,18 @@ public:
     StoreLock(const StoreLock &) = delete;
     StoreLock &operator=(const StoreLock &) = delete;
 
-    /// The process that had it before ended without a release.
-    bool wasInterrupted() const { return mWasInterrupted; }
+    /// How the process ended that had it before.
+    struct Interruption
+    {
+        bool hasHappened = false; ///< it did not release the lock
+        bool isOfThisBoot = false; ///< what it noted last is known then; the machine itself may have stopped otherwise
+        QList<QByteArray> pictures; ///< that it was about to store
+    };
+    const Interruption &interruption() const { return mInterruption; }
+
+    /// Notes names of pictures before they are stored, for who comes after a kill. Without that, to find the one that
+    /// no row names, all would have to be looked at. Returns whether there was room for it.
+    bool note(const QList<QByteArray> &pictures) const;
 
     /// Held by the thread that writes pictures and rows, or sweeps.
     QMutex &writing() { return mWriting; }
@@ -33,7 +45,7 @@ private:
     explicit StoreLock(int descriptor);
 
     int mDescriptor;
-    bool mWasInterrupted;
+    Interruption mInterruption;
     QMutex mWriting;
 };
 

@@ -3,10 +3,13 @@
 #include "Records/RecordStore.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFile>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QTemporaryDir>
+#include <QVariant>
 
 #include <benchmark/benchmark.h>
 
@@ -40,6 +43,24 @@ constexpr const char *filling[] = {
     "COMMIT",
 };
 
+void expect(bool isRight, const char *what)
+{
+    if (!isRight)
+        qFatal("%s", what);
+}
+
+/// A file for each picture that a row names.
+void layOutPictures(const QString &folder, QSqlQuery *rows)
+{
+    const PictureStore pictures(folder + QStringLiteral("/pictures"));
+    rows->exec(QStringLiteral("SELECT picture FROM inspection UNION ALL SELECT annotated FROM inspection"));
+    while (rows->next()) {
+        const QString path = pictures.path(rows->value(0).toByteArray().toHex());
+        QDir().mkpath(QFileInfo(path).path());
+        QFile(path).open(QIODevice::WriteOnly);
+    }
+}
+
 void fill(const QString &folder)
 {
     RecordStore().open(folder); // makes the tables
@@ -52,8 +73,18 @@ void fill(const QString &folder)
             if (!query.exec(QString::fromUtf8(statement)))
                 qFatal("%s: %s", statement, qPrintable(query.lastError().text()));
         }
+        layOutPictures(folder, &query);
     }
     QSqlDatabase::removeDatabase(QStringLiteral("bench"));
+}
+
+/// As a program leaves it that was killed while it stored.
+void interrupt(const QString &folder)
+{
+    QFile boot(QStringLiteral("/proc/sys/kernel/random/boot_id"));
+    QFile lock(folder + QStringLiteral("/records.lock"));
+    expect(boot.open(QIODevice::ReadOnly) && lock.open(QIODevice::WriteOnly), "the store cannot be interrupted");
+    lock.write("In use\n" + boot.readAll() + PictureStore::hashOf("one") + '\n' + PictureStore::hashOf("two"));
 }
 
 template <typename Call>
@@ -66,12 +97,6 @@ void bench(const char *name, Call call)
         })
         ->Unit(benchmark::kMillisecond)
         ->UseRealTime();
-}
-
-void expect(bool isRight, const char *what)
-{
-    if (!isRight)
-        qFatal("%s", what);
 }
 
 void benchList(const char *name, const RecordStore &store, const Filter &filter, int offset, int rows)
@@ -104,6 +129,11 @@ int main(int argc, char **argv)
         RecordStore another;
         expect(another.open(folder).canWrite(), "the store does not open");
     });
+    bench("open_after_a_kill", [&folder] {
+        interrupt(folder);
+        RecordStore another;
+        expect(another.open(folder).swept == 0, "there was nothing to sweep");
+    });
     benchList("list_first_page", store, {}, 0, 50);
     benchList("list_last_page", store, {}, inspectionCount - 50, 50);
     Filter failed;
@@ -134,6 +164,7 @@ int main(int argc, char **argv)
     for (const char *const name : {"search_m", "search_mul_7", "search_last_page_of_m", "search_c_p_a_1_z",
              "search_one", "search_nothing", "search_m_without_verdict"})
         goals.push_back({name, name, {}, 100});
-    goals.push_back({"open", "open", {}, 200});
+    for (const char *const name : {"open", "open_after_a_kill"})
+        goals.push_back({name, name, {}, 200});
     return runBenchmarks(argc, argv, goals);
 }

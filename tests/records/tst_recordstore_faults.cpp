@@ -11,6 +11,7 @@
 #include <csignal>
 #include <functional>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace Records;
@@ -110,7 +111,11 @@ class TestRecordStoreFaults : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { badFace(); }
+    void initTestCase()
+    {
+        badFace();
+        Face::of(QStringLiteral("clean"));
+    }
 
     void init()
     {
@@ -445,26 +450,53 @@ private Q_SLOTS:
         const QStringList before = filesIn(mFolder);
         {
             const OtherProcess other([this] {
-                RecordStore &theirs = *new RecordStore;
-                theirs.open(mFolder);
-                const PictureStore pictures(mFolder + QStringLiteral("/pictures"));
-                const QByteArray hash = pictures.put("a picture whose row never came").value.hash;
-                QFile left(QFileInfo(pictures.path(hash)).path() + QStringLiteral("/.unfinished-1"));
-                if (!left.open(QIODevice::WriteOnly))
-                    _exit(1);
+                std::thread([this] {
+                    RecordStore store;
+                    store.open(mFolder);
+                    OwnConnection own(mFolder); // in the way of the row, when the pictures are there
+                    own.run(QStringLiteral("BEGIN IMMEDIATE"));
+                    store.addInspection({}, Face::of(QStringLiteral("clean")).inspection, "a picture without a row");
+                }).detach();
             });
             QVERIFY(other.isReady());
+            QTRY_COMPARE(filesIn(mFolder).size(), before.size() + 2);
         }
+        QFile left(mFolder + QStringLiteral("/pictures/")
+            + QString::fromLatin1(PictureStore::hashOf("a picture without a row").left(2))
+            + QStringLiteral("/.unfinished-1"));
+        QVERIFY(left.open(QIODevice::WriteOnly));
 
         RecordStore store;
         const Opening opening = store.open(mFolder);
 
         QCOMPARE(opening.how, Opened::Usable);
-        QCOMPARE(opening.swept, 2);
+        QCOMPARE(opening.swept, 3);
+        QCOMPARE(store.count().value, 1);
         QVERIFY(store.inspection(1).value.isPictureThere);
         store.close();
         QCOMPARE(store.open(mFolder).swept, 0);
         store.close();
+        QCOMPARE(filesIn(mFolder), before);
+    }
+
+    void whatAMachineLeftThatStoppedIsSwept_data()
+    {
+        QTest::addColumn<QByteArray>("note");
+        QTest::newRow("another start of the machine") << QByteArray("In use\n00000000-0000-0000-0000-000000000000\n");
+        QTest::newRow("cut off") << QByteArray("In u");
+        QTest::newRow("noise") << QByteArray(5000, '\xff');
+        QTest::newRow("zeroes") << QByteArray(100, '\0');
+    }
+    void whatAMachineLeftThatStoppedIsSwept()
+    {
+        QFETCH(const QByteArray, note);
+        const QStringList before = filesIn(mFolder);
+        PictureStore(mFolder + QStringLiteral("/pictures")).put("whose row the disk never saw");
+        overwrite(mFolder + QStringLiteral("/records.lock"), 0, note);
+
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).swept, 1);
+        QVERIFY(store.inspection(1).value.isPictureThere);
         QCOMPARE(filesIn(mFolder), before);
     }
 
