@@ -49,7 +49,7 @@ bool WholeFile::commit()
     if (fsync(mUnfinished.handle()) != 0 || std::rename(from.constData(), QFile::encodeName(mPath).constData()) != 0)
         return noted(false);
     mUnfinished.close();
-    syncFolder(QFileInfo(mPath).path()); // after a power failure the folder has the new file, or none of it
+    noted(syncFolder(QFileInfo(mPath).path())); // after a power failure the folder has the new file, or none of it
     return true;
 }
 
@@ -69,7 +69,7 @@ bool WholeFile::syncFolder(const QString &folder)
     const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return false;
-    const bool isSynced = fsync(descriptor) == 0;
+    const bool isSynced = fsync(descriptor) == 0 || errno == EINVAL; // not every file system can
     ::close(descriptor);
     return isSynced;
 }

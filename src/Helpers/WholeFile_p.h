@@ -21,7 +21,7 @@ public:
     bool write(const QByteArray &piece);
     bool commit();
 
-    /// The errno of the step that failed.
+    /// The errno of the step that failed. After a commit(): why a power failure might undo it; 0 if it cannot.
     int error() const { return mError; }
 
     /// All of it in one go.

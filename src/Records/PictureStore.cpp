@@ -105,7 +105,11 @@ Answer<PictureStore::Kept> PictureStore::put(const QByteArray &bytes) const
     WholeFile file(target);
     if (!file.open() || !file.write(bytes) || !file.commit())
         return {{}, cannotWrite(target, file.error())};
-    return {{hash, !isThere}, {}};
+    if (file.error() == 0)
+        return {{hash, !isThere}, {}};
+    if (!isThere)
+        QFile::remove(target);
+    return {{}, cannotWrite(QFileInfo(target).path(), file.error())};
 }
 
 Answer<QByteArray> PictureStore::read(const QByteArray &hash) const

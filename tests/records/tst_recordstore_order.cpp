@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "StoredFaces.h"
+
+#include <QDirIterator>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <cerrno>
+#include <cstdio>
+#include <dlfcn.h>
+#include <unistd.h>
+
+using namespace Records;
+
+namespace {
+/// What reached the disk, in its order: "unfinished" and "journal" are files, "shelf" is a folder of pictures.
+QStringList &diskLog()
+{
+    static QStringList log;
+    return log;
+}
+
+/// The entry of the log that is to fail.
+QString &failing()
+{
+    static QString entry;
+    return entry;
+}
+
+QString entryOf(const QString &path)
+{
+    const QFileInfo info(path);
+    if (info.fileName().startsWith(QStringLiteral(".unfinished")))
+        return QStringLiteral("unfinished");
+    if (info.fileName().endsWith(QStringLiteral("-wal")))
+        return QStringLiteral("journal");
+    if (!info.isDir())
+        return info.fileName();
+    return info.dir().dirName() == QStringLiteral("pictures") ? QStringLiteral("shelf") : info.fileName();
+}
+
+int logged(const char *name, int file)
+{
+    const QString entry = entryOf(QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file)).symLinkTarget());
+    diskLog() << entry;
+    if (entry == failing()) {
+        errno = EIO;
+        return -1;
+    }
+    return reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, name))(file);
+}
+
+QStringList filesIn(const QString &folder)
+{
+    QStringList files;
+    QDirIterator walk(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (walk.hasNext())
+        files << walk.next();
+    return files;
+}
+} // namespace
+
+// These stand before those of the C library, also for the library under test and for SQLite.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int fsync(int file)
+{
+    return logged("fsync", file);
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int fdatasync(int file)
+{
+    return logged("fdatasync", file);
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int rename(const char *from, const char *to)
+{
+    diskLog() << QStringLiteral("rename");
+    return reinterpret_cast<int (*)(const char *, const char *)>(dlsym(RTLD_NEXT, "rename"))(from, to);
+}
+
+class TestRecordStoreOrder : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        mDir = std::make_unique<QTemporaryDir>();
+        mStore = std::make_unique<RecordStore>();
+        QCOMPARE(mStore->open(mDir->path()).how, Opened::Begun);
+        Face::of(QStringLiteral("pitted"));
+        failing().clear();
+        diskLog().clear();
+    }
+
+    void picturesAreOnTheDiskBeforeTheirRow()
+    {
+        QVERIFY(Face::of(QStringLiteral("pitted")).addTo(*mStore).ok());
+
+        const QStringList picture{QStringLiteral("pictures"), QStringLiteral("unfinished"), QStringLiteral("rename"),
+            QStringLiteral("shelf")};
+        const QString root = QFileInfo(mDir->path()).fileName();
+        const int row = diskLog().indexOf(QStringLiteral("journal"));
+        QCOMPARE(diskLog().mid(0, row), QStringList(root) + picture + picture);
+        QVERIFY(row > 0);
+    }
+
+    void whatTheDiskRefusesIsNotStored_data()
+    {
+        QTest::addColumn<QString>("entry");
+        QTest::newRow("a picture") << QStringLiteral("unfinished");
+        QTest::newRow("the name of a picture") << QStringLiteral("shelf");
+        QTest::newRow("the row") << QStringLiteral("journal");
+    }
+    void whatTheDiskRefusesIsNotStored()
+    {
+        QFETCH(const QString, entry);
+        const QStringList before = filesIn(mDir->path());
+
+        failing() = entry;
+        const Answer<Id> id = Face::of(QStringLiteral("pitted")).addTo(*mStore);
+        failing().clear();
+
+        QCOMPARE(id.problem.fault, Fault::Unusable);
+        QVERIFY(!id.problem.text.isEmpty());
+        QCOMPARE(filesIn(mDir->path()), before);
+        QCOMPARE(mStore->count().value, 0);
+        QVERIFY(Face::of(QStringLiteral("pitted")).addTo(*mStore).ok());
+        QVERIFY(mStore->verify().value.allWell());
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> mDir;
+    std::unique_ptr<RecordStore> mStore;
+};
+
+QTEST_GUILESS_MAIN(TestRecordStoreOrder)
+#include "tst_recordstore_order.moc"
