@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
 #include <csignal>
 #include <functional>
 #include <sys/wait.h>
@@ -502,19 +503,26 @@ private Q_SLOTS:
 
     void noPictureIsSweptWhileAnotherThreadStores()
     {
+        constexpr int count = 30;
         RecordStore store;
         QVERIFY(store.open(mFolder).canWrite());
-        std::thread thread([this] {
+        std::atomic<int> stored{0};
+        std::thread thread([this, &stored] {
             RecordStore own;
             own.open(mFolder);
-            for (int i = 0; i < 20; ++i)
-                own.addInspection({}, badFace().inspection, badFace().picture + QByteArray::number(i));
+            while (stored < count) {
+                const Face &face = badFace();
+                own.addInspection(face.origin(), face.inspection, face.picture + QByteArray::number(stored));
+                ++stored;
+            }
         });
-        for (int i = 0; i < 20; ++i)
-            store.sweep();
+        int swept = 0;
+        while (stored < count)
+            swept += store.sweep().value;
         thread.join();
 
-        QCOMPARE(store.count().value, 21);
+        QCOMPARE(swept, 0);
+        QCOMPARE(store.count().value, 1 + count);
         QVERIFY(store.verify().value.allWell());
     }
 
