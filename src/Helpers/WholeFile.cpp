@@ -10,14 +10,14 @@
 #include <unistd.h>
 
 namespace {
-constexpr QLatin1String unfinished(".unfinished-");
+constexpr char unfinished[] = ".unfinished-";
 
 /// In the same folder. Short, because the name at the path may be as long as a name can be.
 QString unfinishedPath(const QString &path)
 {
     constexpr int base = 36;
-    return QStringLiteral("%1/%2%3").arg(
-        QFileInfo(path).path(), unfinished, QString::number(QRandomGenerator::global()->generate64(), base));
+    return QStringLiteral("%1/%2%3").arg(QFileInfo(path).path(), QLatin1String(unfinished),
+        QString::number(QRandomGenerator::global()->generate64(), base));
 }
 } // namespace
 
@@ -61,7 +61,7 @@ bool WholeFile::write(const QString &path, const QByteArray &content)
 
 bool WholeFile::isUnfinished(const QString &fileName)
 {
-    return fileName.startsWith(unfinished);
+    return fileName.startsWith(QLatin1String(unfinished));
 }
 
 bool WholeFile::syncFolder(const QString &folder)

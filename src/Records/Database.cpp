@@ -14,7 +14,7 @@ namespace Records {
 namespace {
 constexpr int patience = 5000; // milliseconds to wait for another program that writes
 
-constexpr quint64 indexSize = 32 * 1024; // bytes of the smallest index of a journal
+constexpr quint64 indexSize = 32ULL * 1024; // bytes of the smallest index of a journal
 
 // Result codes of SQLite; what is above the lowest byte of one tells more of the same.
 constexpr int primaryCode = 0xff;
@@ -228,7 +228,7 @@ QVariant toValue(const QDateTime &time)
 
 QVariant toValue(const QString &text)
 {
-    return text.isNull() ? QVariant(QStringLiteral("")) : QVariant(text);
+    return text.isNull() ? QVariant(QString(QLatin1String(""))) : QVariant(text);
 }
 
 } // namespace Records

@@ -4,10 +4,8 @@
 #include "Records/Database_p.h"
 #include "Records/Record.h"
 
-namespace Records {
-
 /// Inspections in the tables. What changes them runs within a transaction of the caller.
-namespace InspectionRows {
+namespace Records::InspectionRows {
 
 /// The names of the pictures of an inspection, empty where there is none.
 struct Pictures
@@ -38,6 +36,4 @@ Answer<QVector<Named>> allPictures(const Database &database);
 /// Whether an inspection names the picture. Looks at all of them.
 Answer<bool> isNamed(const Database &database, const QByteArray &hash);
 
-} // namespace InspectionRows
-
-} // namespace Records
+} // namespace Records::InspectionRows

@@ -4,10 +4,8 @@
 #include "Records/Database_p.h"
 #include "Records/Record.h"
 
-namespace Records {
-
 /// Jobs and points in the tables. What changes them runs within a transaction of the caller.
-namespace JobRows {
+namespace Records::JobRows {
 
 /// @param job receives what the store gives to it
 Problem add(Database &database, Job *job);
@@ -19,6 +17,4 @@ Problem addPoints(Database &database, Id job, const QVector<QString> &names, con
 Answer<QVector<Point>> points(const Database &database, Id job);
 JobProgress progressOf(const QVector<Point> &points);
 
-} // namespace JobRows
-
-} // namespace Records
+} // namespace Records::JobRows

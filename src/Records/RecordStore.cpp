@@ -116,7 +116,7 @@ public:
     }
     ~NewPictures()
     {
-        for (const QByteArray &hash : mNew)
+        for (const QByteArray &hash : qAsConst(mNew))
             mStore.remove(hash);
     }
     NewPictures(const NewPictures &) = delete;
@@ -261,19 +261,19 @@ auto RecordStore::writing(Call call) -> decltype(call())
 
 // --- Opening ---------------------------------------------------------------------------------------------------------
 
-Opening RecordStore::open(const QString &path, Mode mode)
+Opening RecordStore::open(const QString &folder, Mode mode)
 {
     close();
-    const StoreFolder folder(path);
+    const StoreFolder place(folder);
     mThread = QThread::currentThread();
-    mPictures = PictureStore(folder.pictures());
+    mPictures = PictureStore(place.pictures());
     if (mode == Mode::ReadOnly)
-        return openForReading(folder, Opened::AsReader, {});
+        return openForReading(place, Opened::AsReader, {});
 
-    QDir().mkpath(path); // what goes wrong with it shows with the lock
+    QDir().mkpath(folder); // what goes wrong with it shows with the lock
     Problem problem;
-    mLock = StoreLock::take(path, &problem);
-    return mLock ? openForWriting(folder) : openForReading(folder, howWithout(problem.fault), problem);
+    mLock = StoreLock::take(folder, &problem);
+    return mLock ? openForWriting(place) : openForReading(place, howWithout(problem.fault), problem);
 }
 
 Opening RecordStore::openForWriting(const StoreFolder &folder)
@@ -580,13 +580,13 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
     });
 }
 
-Answer<Backup> RecordStore::backup(const QString &path) const
+Answer<Backup> RecordStore::backup(const QString &folder) const
 {
     return guarded([&]() -> Answer<Backup> {
-        const StoreFolder target(path);
+        const StoreFolder target(folder);
         if (QFile::exists(target.database()))
-            return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(path))};
-        QDir().mkpath(path);
+            return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
+        QDir().mkpath(folder);
         const QString copy = target.database() + QStringLiteral(".unfinished");
         QFile::remove(copy);
         Problem problem = mDatabase->run("VACUUM INTO ?", {copy});
@@ -594,7 +594,7 @@ Answer<Backup> RecordStore::backup(const QString &path) const
         if (problem.ok())
             problem = copyPictures(PictureStore(target.pictures()), &done);
         const bool isWhole = problem.ok() && putOnDisk(copy) && QFile::rename(copy, target.database());
-        WholeFile::syncFolder(path);
+        WholeFile::syncFolder(folder);
         if (!isWhole)
             QFile::remove(copy);
         if (problem.ok() && !isWhole)

@@ -3,10 +3,8 @@
 
 #include "Records/Database_p.h"
 
-namespace Records {
-
 /// The tables of a store, and how those of an earlier version become those of this one.
-namespace Schema {
+namespace Records::Schema {
 
 /// Brings the tables up to date, each step whole or not at all. LaterVersion, Foreign and Damaged: nothing was changed.
 /// @param isNew whether there were none
@@ -15,6 +13,4 @@ Problem prepare(Database &database, bool *isNew);
 /// What prepare() tells without changing anything.
 Problem check(const Database &database);
 
-} // namespace Schema
-
-} // namespace Records
+} // namespace Records::Schema

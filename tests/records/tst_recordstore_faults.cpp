@@ -555,9 +555,9 @@ private:
         qint64 pageSize = 0;
         {
             OwnConnection own(mFolder);
-            pageSize = own.run(QStringLiteral("PRAGMA page_size")).first().toLongLong();
+            pageSize = own.run(QStringLiteral("PRAGMA page_size")).value(0).toLongLong();
             page = own.run(QStringLiteral("SELECT rootpage FROM sqlite_schema WHERE name = 'inspection'"))
-                       .first()
+                       .value(0)
                        .toLatin1();
         }
         overwrite(
