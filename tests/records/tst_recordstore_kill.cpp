@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
 #include "StoredFaces.h"
 
+#include <QDir>
 #include <QDirIterator>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -8,6 +10,8 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
+#include <memory>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +23,9 @@ constexpr int usualKills = 50;
 constexpr const char *killsVariable = "VANTOR_RECORDS_KILLS"; // how many instead
 constexpr int killsOfOneStore = 10; // what is stored grows, and all of it is looked at after each
 constexpr unsigned longestLife = 100; // milliseconds, from the start or from the first verdict
+
+constexpr int diskSize = 32 * 1024; // kibibytes
+constexpr int mostFree = 512; // kibibytes left on a disk that is filled
 
 /// What somebody saw: the verdict of an inspection that was told to be stored.
 struct Shown
@@ -32,8 +39,7 @@ struct Shown
 {
     alarm(60); // should nobody kill it
     RecordStore store;
-    if (!store.open(folder).canWrite())
-        _exit(1);
+    while (!store.open(folder).canWrite()) {} // as long as the disk is full
     const QString names[] = {QStringLiteral("clean"), QStringLiteral("pitted"), QStringLiteral("scratched")};
     for (quint32 i = 0;; ++i) {
         const Face &face = Face::of(names[i % 3]);
@@ -44,6 +50,8 @@ struct Shown
         // No two photographs are the same.
         const QByteArray picture = face.picture + QByteArray::number(run) + '-' + QByteArray::number(i);
         const Answer<Id> id = store.addInspection(Origin::of(noId, Device::ks20(), options), inspection, picture);
+        if (id.problem.fault == Fault::DiskFull)
+            continue;
         if (!id.ok())
             _exit(2);
         const Shown shown{id.value, static_cast<int>(inspection.passed() ? Verdict::Passed : Verdict::Failed)};
@@ -112,36 +120,69 @@ private Q_SLOTS:
 
     void whatWasShownIsThereAfterAKill()
     {
-        const int kills =
-            qEnvironmentVariableIsSet(killsVariable) ? qEnvironmentVariableIntValue(killsVariable) : usualKills;
+        const QTemporaryDir dir;
+        killOften(dir.path(), killCount(), {});
+    }
+
+    void whatWasShownIsThereAfterAKillOnADiskThatFillsUpAndEmpties()
+    {
+        const QTemporaryDir dir;
+        const bool hasRun = Faults::withSmallDisk(dir.path(), diskSize, [&] {
+            killOften(dir.path(), killCount() / 2, [&dir] {
+                const auto free = QRandomGenerator::global()->bounded(mostFree);
+                return std::make_unique<DiskFilling>(dir.path(), free);
+            });
+        });
+        QVERIFY(hasRun);
+    }
+
+private:
+    using Fill = std::function<std::unique_ptr<DiskFilling>()>;
+
+    static int killCount()
+    {
+        return qEnvironmentVariableIsSet(killsVariable) ? qEnvironmentVariableIntValue(killsVariable) : usualKills;
+    }
+
+    /// @param fill if given, fills the disk for every other process
+    static void killOften(const QString &root, int kills, const Fill &fill)
+    {
         int shownInAll = 0;
         int sweptInAll = 0;
-        std::unique_ptr<QTemporaryDir> folder;
         for (int i = 0; i < kills; ++i) {
-            if (i % killsOfOneStore == 0)
-                folder = std::make_unique<QTemporaryDir>();
+            const QString folder = QStringLiteral("%1/%2").arg(root).arg(i / killsOfOneStore);
+            if (i % killsOfOneStore == 0 && i > 0)
+                QDir(QStringLiteral("%1/%2").arg(root).arg(i / killsOfOneStore - 1)).removeRecursively();
+            const bool isAtWork = i % 2 == 1;
+            std::unique_ptr<DiskFilling> filling = fill && !isAtWork ? fill() : nullptr;
             int status = 0;
-            const QVector<Shown> shown = killAtRandom(folder->path(), static_cast<quint32>(i), i % 2 == 1, &status);
+            const QVector<Shown> shown = killAtRandom(folder, static_cast<quint32>(i), isAtWork, &status);
+            filling.reset();
             QVERIFY2(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL, qPrintable(QString::number(status)));
 
             RecordStore store;
-            const Opening opening = store.open(folder->path());
+            const Opening opening = store.open(folder);
             QVERIFY2(opening.canWrite() && opening.keptAside.isEmpty(), qPrintable(opening.problem.text));
-            for (const Shown &one : shown) {
-                const Answer<StoredInspection> stored = store.inspection(one.id);
-                QVERIFY2(stored.ok(), qPrintable(stored.problem.text));
-                QCOMPARE(static_cast<int>(stored.value.verdict), one.verdict);
-                QVERIFY(stored.value.isPictureThere && stored.value.isAnnotatedPictureThere);
-            }
-            const Verification found = store.verify().value;
-            QVERIFY2(found.allWell(), qPrintable(found.databaseFaults.join(QLatin1Char('\n'))));
-            QCOMPARE(unfinishedIn(folder->path()), QStringList());
-            QCOMPARE(store.sweep().value, 0); // opening has done it
+            checkAll(store, shown);
+            QCOMPARE(unfinishedIn(folder), QStringList());
             shownInAll += shown.size();
             sweptInAll += opening.swept;
         }
         std::printf("%d kills, %d verdicts shown, %d files swept\n", kills, shownInAll, sweptInAll);
         QVERIFY(shownInAll >= kills / 2);
+    }
+
+    static void checkAll(RecordStore &store, const QVector<Shown> &shown)
+    {
+        for (const Shown &one : shown) {
+            const Answer<StoredInspection> stored = store.inspection(one.id);
+            QVERIFY2(stored.ok(), qPrintable(stored.problem.text));
+            QCOMPARE(static_cast<int>(stored.value.verdict), one.verdict);
+            QVERIFY(stored.value.isPictureThere && stored.value.isAnnotatedPictureThere);
+        }
+        const Verification found = store.verify().value;
+        QVERIFY2(found.allWell(), qPrintable(found.databaseFaults.join(QLatin1Char('\n'))));
+        QCOMPARE(store.sweep().value, 0); // opening has done it
     }
 };
 
