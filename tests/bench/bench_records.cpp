@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Goals.h"
 #include "Records/RecordStore.h"
+#include "simulation/EndfaceScenes.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -47,6 +49,14 @@ void expect(bool isRight, const char *what)
 {
     if (!isRight)
         qFatal("%s", what);
+}
+
+QByteArray photographOf(const QString &preset)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    expect(paintEndface(endfacePreset(preset)).save(&buffer, "JPEG", 92), "there is no photograph");
+    return bytes;
 }
 
 /// A file for each picture that a row names.
@@ -133,6 +143,17 @@ int main(int argc, char **argv)
         interrupt(folder);
         RecordStore another;
         expect(another.open(folder).swept == 0, "there was nothing to sweep");
+    });
+    const QByteArray photograph = photographOf(QStringLiteral("scratched"));
+    const auto inspection = FiberInspection::inspect(
+        FiberInspection::decodeImage(photograph).image, FiberInspection::Standard::IEC61300_3_35_SM_RL45);
+    const QTemporaryDir otherDir;
+    RecordStore other;
+    other.open(otherDir.path());
+    int photographs = 0;
+    bench("add_inspection", [&other, &inspection, &photograph, &photographs] {
+        const QByteArray picture = photograph + QByteArray::number(++photographs);
+        expect(other.addInspection({}, inspection, picture).ok(), "the inspection is not stored");
     });
     benchList("list_first_page", store, {}, 0, 50);
     benchList("list_last_page", store, {}, inspectionCount - 50, 50);

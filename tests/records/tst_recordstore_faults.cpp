@@ -5,6 +5,8 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QRandomGenerator>
+#include <QSet>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -337,6 +339,44 @@ private Q_SLOTS:
         QCOMPARE(store.open(mFolder).how, Opened::Usable);
     }
 
+    void noDamageEndsTheProgramOrThePictures_data()
+    {
+        QTest::addColumn<quint32>("seed");
+        constexpr quint32 count = 12;
+        for (quint32 seed = 0; seed < count; ++seed)
+            QTest::newRow(QByteArray::number(seed).constData()) << seed;
+    }
+    void noDamageEndsTheProgramOrThePictures()
+    {
+        QFETCH(const quint32, seed);
+        constexpr int mostBytes = 40;
+        constexpr int rounds = 3;
+        const QSet<QString> pictures = pictureNames();
+        QCOMPARE(pictures.size(), 2);
+        QRandomGenerator random(seed);
+        const auto size = static_cast<int>(QFileInfo(mDatabase).size());
+        for (int i = random.bounded(1, mostBytes); i > 0; --i)
+            overwrite(mDatabase, random.bounded(size), QByteArray(1, static_cast<char>(random.bounded(256))));
+
+        for (int round = 0; round < rounds; ++round) {
+            RecordStore store;
+            const Opening opening = store.open(mFolder);
+            QCOMPARE(opening.problem.ok(), opening.problem.text.isEmpty());
+            Filter filter;
+            filter.text = QStringLiteral("x");
+            store.list(filter);
+            store.list();
+            store.jobs();
+            store.points(1);
+            store.inspection(1);
+            store.inspectAgain(1);
+            store.setDecision(1, Decision::Accepted, QStringLiteral("x"));
+            Face::of(QStringLiteral("clean")).addTo(store);
+            store.verify();
+        }
+        QVERIFY(pictureNames().contains(pictures));
+    }
+
     void aWrongSuspicionChangesNothing()
     {
         overwrite(mFolder + QStringLiteral("/records.suspect"), 0, {});
@@ -548,7 +588,17 @@ private:
         }
     }
 
-    /// The pages of the index that leads to the shapes of defects.
+    /// Of all pictures of the store, and of what was kept aside of it.
+    QSet<QString> pictureNames() const
+    {
+        QSet<QString> names;
+        const QStringList files = filesIn(mFolder).filter(QStringLiteral("pictures/"));
+        for (const QString &file : files)
+            names << QFileInfo(file).fileName();
+        return names;
+    }
+
+    /// The root of the table of inspections.
     void overwriteTables()
     {
         QByteArray page;
