@@ -169,8 +169,15 @@ Problem take(Database &database, const Step &step)
 }
 
 /// Reads from each table: what is grossly damaged shows at once.
-Problem touch(const Database &database)
+Problem touch(const Database &database, int version)
 {
+    constexpr int firstTables = 6;
+    constexpr int withSearch = 2; // the version that brought another one
+    const int tableCount = firstTables + (version >= withSearch ? 1 : 0);
+    const Answer<QVariant> found = database.value("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN "
+                                                  "('job', 'point', 'inspection', 'zone', 'rule', 'defect', 'search')");
+    if (!found.ok() || found.value.toInt() != tableCount)
+        return found.ok() ? Problem{Fault::Damaged, QStringLiteral("A table of the store is missing")} : found.problem;
     for (const char *const statement : {"SELECT max(id) FROM job", "SELECT max(id) FROM point",
              "SELECT max(id) FROM inspection", "SELECT inspection FROM zone LIMIT 1",
              "SELECT inspection FROM rule LIMIT 1", "SELECT inspection FROM defect LIMIT 1"}) {
@@ -217,7 +224,7 @@ Problem prepare(Database &database, bool *isNew)
         if (!problem.ok())
             return problem;
     }
-    return touch(database);
+    return touch(database, static_cast<int>(steps.size()));
 }
 
 Problem check(const Database &database)
@@ -226,7 +233,7 @@ Problem check(const Database &database)
     if (!state.ok())
         return state.problem;
     const Problem verdict = judge(state.value);
-    return verdict.ok() ? touch(database) : verdict;
+    return verdict.ok() ? touch(database, state.value.version) : verdict;
 }
 
 } // namespace Records::Schema

@@ -104,7 +104,7 @@ private:
     bool mIsReady = false;
 };
 
-enum class Harm : int { Garbage, Header, Truncated, Emptied, Removed };
+enum class Harm : int { Garbage, Header, Truncated, Emptied, Removed, TableGone, SearchGone };
 } // namespace
 
 Q_DECLARE_METATYPE(Harm)
@@ -295,6 +295,8 @@ private Q_SLOTS:
         QTest::newRow("truncated") << Harm::Truncated;
         QTest::newRow("emptied") << Harm::Emptied;
         QTest::newRow("removed") << Harm::Removed;
+        QTest::newRow("without a table") << Harm::TableGone;
+        QTest::newRow("without what is searched") << Harm::SearchGone;
     }
     void aDamagedDatabaseIsKeptAside()
     {
@@ -584,6 +586,12 @@ private:
             break;
         case Harm::Removed:
             QVERIFY(QFile::remove(mDatabase));
+            break;
+        case Harm::SearchGone:
+            QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("DROP TABLE search")), QStringList());
+            break;
+        case Harm::TableGone:
+            QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("DROP TABLE defect")), QStringList());
             break;
         }
     }

@@ -96,6 +96,19 @@ private Q_SLOTS:
         QVERIFY(store.verify().value.allWell());
     }
 
+    void aStoreOfAnEarlierVersionCanBeReadAsItIs()
+    {
+        {
+            OwnConnection own(mDir->path());
+            own.run(QStringLiteral("DROP TABLE search"));
+            own.run(QStringLiteral("PRAGMA user_version = 1"));
+        }
+        RecordStore store;
+        QCOMPARE(store.open(mDir->path(), RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QCOMPARE(store.list().value.size(), 1);
+        QCOMPARE(store.inspection(1).value.defects, StoredDefect::of(Face::of(QStringLiteral("pitted")).inspection));
+    }
+
     void aStepThatFailsChangesNothing()
     {
         {
