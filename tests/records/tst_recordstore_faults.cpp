@@ -352,7 +352,7 @@ private Q_SLOTS:
     {
         QFETCH(const quint32, seed);
         constexpr int mostBytes = 40;
-        constexpr int rounds = 3;
+        constexpr int rounds = 2;
         const QSet<QString> pictures = pictureNames();
         QCOMPARE(pictures.size(), 2);
         QRandomGenerator random(seed);
@@ -545,7 +545,7 @@ private Q_SLOTS:
 
     void noPictureIsSweptWhileAnotherThreadStores()
     {
-        constexpr int count = 30;
+        constexpr int count = 15;
         RecordStore store;
         QVERIFY(store.open(mFolder).canWrite());
         std::atomic<int> stored{0};
