@@ -3,7 +3,7 @@
 
 #include "FiberInspection/Geometry.h"
 #include "Helpers/BaseDirHelper.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDebug>
 #include <QDir>
@@ -29,8 +29,7 @@ bool isRealScopeThere()
 
 QString linkPath()
 {
-    return QDir::cleanPath(BaseDirHelper::libDir() + QStringLiteral("qt5/plugins/mediaservice/")) + QLatin1Char('/')
-        + QLatin1String(pluginName);
+    return BaseDirHelper::libDir() + QStringLiteral("qt5/plugins/mediaservice/") + QLatin1String(pluginName);
 }
 } // namespace
 

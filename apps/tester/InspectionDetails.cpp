@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectionDetails.h"
 
-#include "FiberManager.h"
+#include "Pages/FiberManager.h"
 
 #include <QVariantMap>
 

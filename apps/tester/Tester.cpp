@@ -3,10 +3,9 @@
 
 #include "DesktopSession.h"
 #include "OrvelApplication.h"
-#include "OrvelPage.h"
-#include "QmlResources.h"
-#include "SimulatedScope.h"
-#include "TesterDirHelper.h"
+#include "Pages/InspectionPages.h"
+#include "WorkFolder.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQuickStyle>
@@ -35,7 +34,7 @@ InspectionThread::~InspectionThread()
 
 void Tester::prepareProcess(const QString &pluginFolder)
 {
-    TesterDirHelper::createFolders();
+    WorkFolder::create();
     HardwareManager::prepare(pluginFolder);
     const DesktopSession session;
     OrvelApplication::initCore();
@@ -46,14 +45,14 @@ void Tester::prepareProcess(const QString &pluginFolder)
 Tester::Tester(const QSize &screenSize)
 {
     QQuickStyle::setStyle(QStringLiteral("Material"));
-    initVantorQmlResources();
     initTesterResources();
-    registerPageTypes();
 
     mLanguage.setEngine(&mEngine);
+    InspectionPages::ContextObjects pageObjects; // Main.qml has the others
+    pageObjects.fiberManager = &mFiberManager;
+    pageObjects.hardwareManager = &mHardware;
+    InspectionPages::setUp(&mEngine, pageObjects);
     QQmlContext *const context = mEngine.rootContext();
-    context->setContextProperty(QStringLiteral("fiberManager"), &mFiberManager);
-    context->setContextProperty(QStringLiteral("hardwareManager"), &mHardware);
     context->setContextProperty(QStringLiteral("inspectionDetails"), &mDetails);
     context->setContextProperty(QStringLiteral("language"), &mLanguage);
     context->setContextProperty(

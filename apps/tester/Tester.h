@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FiberManager.h"
 #include "HardwareManager.h"
 #include "InspectionDetails.h"
-#include "InspectionManager.h"
 #include "Language.h"
+#include "Managers/InspectionManager.h"
+#include "Pages/FiberManager.h"
 #include "VantorBase.h"
 
 #include <QQmlApplicationEngine>
@@ -41,7 +41,7 @@ public:
     Tester(const Tester &) = delete;
     Tester &operator=(const Tester &) = delete;
 
-    /// What has to happen before the Qt application object exists. A TesterDirHelper has to be there.
+    /// What has to happen before the Qt application object exists. A BaseDirHelper has to be there.
     /// @param pluginFolder of the simulated scope
     static void prepareProcess(const QString &pluginFolder);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Helpers/AbsoluteBaseDir.h"
 #include "Tester.h"
-#include "TesterDirHelper.h"
+#include "WorkFolder.h"
 
 #include <QCommandLineParser>
 #include <QDir>
@@ -15,7 +16,7 @@ constexpr int usageError = 64;
 
 struct Options
 {
-    QString folder = TesterDirHelper::defaultFolder();
+    QString folder = WorkFolder::defaultPath();
     QSize screenSize{800, 480};
     QString language;
 };
@@ -62,7 +63,7 @@ int parse(int &argc, char *argv[], Options &options)
         return fail(QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().constFirst()));
 
     if (parser.isSet(folder))
-        options.folder = QFileInfo(parser.value(folder)).absoluteFilePath();
+        options.folder = parser.value(folder);
     if (parser.isSet(size))
         options.screenSize = sizeFromText(parser.value(size));
     if (!options.screenSize.isValid())
@@ -90,7 +91,7 @@ int main(int argc, char *argv[])
     if (exitCode >= 0)
         return exitCode;
 
-    const TesterDirHelper folders(options.folder); // before all that asks for a path
+    const AbsoluteBaseDir folders(options.folder); // before all that asks for a path
     Tester::prepareProcess(pluginFolder(QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget()));
 
     const QGuiApplication application(argc, argv);

@@ -5,14 +5,11 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace FiberInspection {
 
@@ -27,52 +24,68 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// After a power failure the folder has the new picture, or none.
-void syncFolderOf(const QString &path)
-{
-    const int folder = open(QFile::encodeName(QFileInfo(path).path()).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0)
-        return;
-    fsync(folder);
-    close(folder);
-}
-
-/// Copies in pieces. The target is written under another name, forced to the disk, and renamed.
+/// Copies in pieces.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
     QFile source(from);
-    QSaveFile target(to);
-    if (!source.open(QIODevice::ReadOnly) || !target.open(QIODevice::WriteOnly))
+    WholeFile target(to);
+    if (!source.open(QIODevice::ReadOnly) || !target.open())
         return false;
     while (!source.atEnd()) {
         const QByteArray piece = source.read(pieceSize);
-        if (piece.isEmpty() || target.write(piece) != piece.size())
+        if (piece.isEmpty() || !target.write(piece))
             return false;
     }
-    // commit() alone would rename what a failed flush has left behind.
-    const bool isOnDisk = source.error() == QFileDevice::NoError && target.flush() && fsync(target.handle()) == 0;
-    if (!isOnDisk || !target.commit())
-        return false;
-    syncFolderOf(to);
-    return true;
+    return source.error() == QFileDevice::NoError && target.commit();
 }
 
-/// Replaces the target. When that fails there is none in the end: nothing is better than the picture of another fibre.
-void fileImage(const QString &from, const QString &to)
+/// A picture that is to be filed.
+struct Picture
 {
-    const QFileInfo source(from);
-    if (!source.isFile()) {
+    QString path; ///< where it was read or written
+    QByteArray content; ///< empty: what the file holds now
+    bool isThere = true;
+};
+
+/// Replaces the target. When that fails there is none in the end: nothing is better than the picture of another fibre.
+void filePicture(const Picture &picture, const QString &to)
+{
+    const QFileInfo source(picture.path);
+    if (!picture.isThere || (picture.content.isEmpty() && !source.isFile())) {
         QFile::remove(to);
-        qCWarning(messageLog) << "not filed, there is no" << from;
+        qCWarning(messageLog) << "not filed, there is no" << picture.path;
         return;
     }
     const QFileInfo target(to);
-    if (!target.isSymLink() && source.canonicalFilePath() == target.canonicalFilePath())
+    if (!target.isSymLink() && source.exists() && source.canonicalFilePath() == target.canonicalFilePath())
         return;
     QFile::remove(to); // of a link, not what it points to
-    if (!copyWhole(from, to))
+    const bool isFiled =
+        picture.content.isEmpty() ? copyWhole(picture.path, to) : WholeFile::write(to, picture.content);
+    if (!isFiled)
         qCWarning(messageLog) << "not filed:" << to;
+}
+
+/// Files the pictures under the name, and tells where.
+void filePictures(const AnalyserPrivate::Analysis &analysis, const QString &name, FiledInspection *filed)
+{
+    const QString inspectionDir = BaseDirHelper::fiberInspectionDir();
+    const QString testDir = QStringLiteral("%1%2/").arg(inspectionDir, name);
+    if (name.contains(QChar::Null) || !liesIn(inspectionDir, testDir)) {
+        qCWarning(messageLog) << "not filed, the name leads out of the inspection directory:" << name;
+        return;
+    }
+
+    if (!QDir().mkpath(testDir))
+        qCWarning(messageLog) << "folder not created:" << testDir;
+    filed->sourceImagePath = testDir + Analyser::fiberSourceImageName();
+    filed->resultImagePath = testDir + Analyser::fiberResultImageName();
+    filePicture({Analyser::tmpFiberInspectionImagePath(), analysis.photograph}, filed->sourceImagePath);
+    // Without a verdict it is the picture of an earlier inspection that is filed.
+    const bool isThere = !analysis.inspection.hasVerdict() || !analysis.resultImage.isEmpty();
+    filePicture(
+        {BaseDirHelper::tmpFiberInspectionResultImagePath(), analysis.resultImage, isThere}, filed->resultImagePath);
 }
 } // namespace
 
@@ -83,30 +96,19 @@ Analyser::Analyser()
 
 TestResult Analyser::analyse(Standard::Id standardId, const QString &name)
 {
-    mLastInspection = {}; // should there be an exception
-    const TestResult result = AnalyserPrivate::analyse(
-        standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false, &mLastInspection);
-    fileImages(name);
-    return result;
+    return inspectAndFile(standardId, name).inspection.result();
 }
 
-void Analyser::fileImages(const QString &name)
+FiledInspection Analyser::inspectAndFile(Standard::Id standardId, const QString &name)
 {
-    const QString inspectionDir = BaseDirHelper::fiberInspectionDir();
-    const QString testDir = QStringLiteral("%1%2/").arg(inspectionDir, name);
-    mLastSourceImagePath.clear();
-    mLastResultImagePath.clear();
-    if (name.contains(QChar::Null) || !liesIn(inspectionDir, testDir)) {
-        qCWarning(messageLog) << "not filed, the name leads out of the inspection directory:" << name;
-        return;
-    }
-
-    if (!QDir().mkpath(testDir))
-        qCWarning(messageLog) << "folder not created:" << testDir;
-    mLastSourceImagePath = testDir + fiberSourceImageName();
-    mLastResultImagePath = testDir + fiberResultImageName();
-    fileImage(tmpFiberInspectionImagePath(), mLastSourceImagePath);
-    fileImage(BaseDirHelper::tmpFiberInspectionResultImagePath(), mLastResultImagePath);
+    mLast = {}; // should there be an exception
+    const AnalyserPrivate::Analysis analysis =
+        AnalyserPrivate::analyseFile(standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false);
+    FiledInspection filed;
+    filed.inspection = analysis.inspection;
+    filePictures(analysis, name, &filed);
+    mLast = filed;
+    return filed;
 }
 
 Circle Analyser::approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height)

@@ -5,6 +5,7 @@
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <QFile>
 #include <QMutex>
@@ -21,13 +22,26 @@ StepImages::Show writer(const QString &fileName)
             qCWarning(messageLog) << "step image not written:" << path;
     };
 }
+/// The annotated crop as it was written, or nothing.
+QByteArray writeResultImage(const Inspection &inspection, const QString &path)
+{
+    const QImage picture = inspection.annotatedImage();
+    const QByteArray content = picture.isNull()
+        ? QByteArray()
+        : AnalyserPrivate::encodeImage(StepImages::viewOf(picture), path.mid(path.lastIndexOf(QLatin1Char('.'))));
+    if (!content.isEmpty() && WholeFile::write(path, content))
+        return content;
+    QFile::remove(path); // nothing is better than the picture of another fibre
+    qCWarning(messageLog) << "result image not written:" << path;
+    return {};
+}
 } // namespace
 
-TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
-    bool saveStepsImages, Inspection *inspection)
+AnalyserPrivate::Analysis AnalyserPrivate::analyseFile(
+    Standard::Id standardId, const QString &fileName, const Device &device, float scale, bool saveStepsImages)
 {
     // Every analysis writes the same result image. A handler of the log may run an event loop, in which the next
-    // request comes to this thread: that analysis is within this one, which writes its own image when it goes on.
+    // request comes to this thread: that analysis is within this one, and may write the image before or after it.
     static QRecursiveMutex oneAtATime;
     const QMutexLocker lock(&oneAtATime);
 
@@ -35,18 +49,24 @@ TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &file
     options.scale = scale;
     options.maxImagePixels = ImageFile::maxPixels();
     InspectionTrace trace(saveStepsImages ? writer(fileName) : StepImages::Show());
-    const Inspection found = InspectionCore(standardId, device, options, trace).inspectFile(fileName);
-    if (found.hasVerdict()) {
-        const QString resultImagePath = BaseDirHelper::tmpFiberInspectionResultImagePath();
-        if (!found.saveAnnotatedImage(resultImagePath)) {
-            QFile::remove(resultImagePath); // nothing is better than the picture of another fibre
-            qCWarning(messageLog) << "result image not written:" << resultImagePath;
-        }
-        trace.finished(found.passed());
+    Analysis analysis;
+    analysis.inspection =
+        InspectionCore(standardId, device, options, trace).inspectFile(fileName, &analysis.photograph);
+    if (analysis.inspection.hasVerdict()) {
+        analysis.resultImage =
+            writeResultImage(analysis.inspection, BaseDirHelper::tmpFiberInspectionResultImagePath());
+        trace.finished(analysis.inspection.passed());
     }
+    return analysis;
+}
+
+TestResult AnalyserPrivate::analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
+    bool saveStepsImages, Inspection *inspection)
+{
+    const Analysis analysis = analyseFile(standardId, fileName, device, scale, saveStepsImages);
     if (inspection)
-        *inspection = found;
-    return found.result();
+        *inspection = analysis.inspection;
+    return analysis.inspection.result();
 }
 
 } // namespace FiberInspection

@@ -26,13 +26,26 @@ class VANTORBASE_EXPORT AnalyserPrivate
 public:
     AnalyserPrivate() = delete;
 
+    /// An inspection, with what it has read and written: the files may be those of another one by now.
+    struct Analysis
+    {
+        Inspection inspection;
+        QByteArray photograph; ///< content of the file; empty when it could not be read
+        QByteArray resultImage; ///< content of the result image; empty when it was not written
+    };
+
     /// Inspects one still photograph: locates the fibre, finds its defects, and grades them.
     ///
     /// Writes the annotated crop to BaseDirHelper::tmpFiberInspectionResultImagePath() and, if asked to, numbered step
-    /// images beside the photograph. Without a verdict the result is an error. One analysis runs at a time in a
-    /// process; a second caller waits. OpenCV's exceptions reach the caller.
+    /// images beside the photograph. One analysis runs at a time in a process: one of another thread waits, one that a
+    /// handler of the log asks for in the same thread runs at once, within the other. OpenCV's exceptions reach the
+    /// caller, and so does a want of memory.
     /// @param fileName colour photograph; its path is also the prefix of the step images
     /// @param scale divisor of the image size; 1 leaves it
+    static Analysis analyseFile(
+        Standard::Id standardId, const QString &fileName, const Device &device, float scale, bool saveStepsImages);
+
+    /// The same. Without a verdict the result is an error.
     /// @param inspection if given, receives all that was found out, also without a verdict
     static TestResult analyse(Standard::Id standardId, const QString &fileName, const Device &device, float scale,
         bool saveStepsImages, Inspection *inspection = nullptr);
@@ -45,6 +58,10 @@ public:
     /// Empty for a file that is missing, damaged, incomplete, of unreasonable size, or none of these.
     /// @param problem if given, receives why the image is empty
     static cv::Mat loadImage(const QString &path, QString *problem = nullptr);
+
+    /// The content of an image file, by the extension with its dot; empty when that is unknown or the image has no such
+    /// form.
+    static QByteArray encodeImage(const cv::Mat &mat, const QString &extension);
 
     /// Encodes by the extension of the path. The file appears whole or not at all. Returns whether it was written.
     static bool saveImage(const cv::Mat &mat, const QString &path);
@@ -60,8 +77,8 @@ public:
     /// @param candidates if given, receives how many there are; not touched where nothing is searched
     static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius, int *candidates = nullptr);
 
-    /// Fast search at a sixth of the size, for live frames of the scope Device::ks20().
-    static Circle approximateFindCladdingCircle(const cv::Mat &grayImage);
+    /// Fast search at a sixth of the size, for live frames of the scope Device::ks20(). Candidates as above.
+    static Circle approximateFindCladdingCircle(const cv::Mat &grayImage, int *candidates = nullptr);
     static Circle approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height);
 
     /// The square around the fibre: the zone and a margin of 20 pixels on each side. Empty if it leaves the image.
@@ -92,7 +109,8 @@ public:
     static int backgroundColor(const cv::Mat &mat, float claddingDiameter);
 
     /// Focus measure around the core, larger is sharper: variance of the Laplacian, rounded up to one decimal.
-    static double getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle);
+    /// @param fits if given, receives whether what is looked at lies within the image; if not, the measure is 0
+    static double getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle, bool *fits = nullptr);
     static double getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle);
 
     /// The luminance plane of a 4:2:0 frame as an image of its own. The buffer holds width * height * 3 / 2 bytes, its

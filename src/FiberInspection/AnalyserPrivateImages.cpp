@@ -5,6 +5,7 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
+#include "Helpers/WholeFile_p.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -81,19 +82,26 @@ cv::Mat AnalyserPrivate::loadImage(const QString &path, QString *problem)
     return image.pixels;
 }
 
+QByteArray AnalyserPrivate::encodeImage(const cv::Mat &mat, const QString &extension)
+{
+    try {
+        std::vector<uchar> bytes;
+        if (!cv::imencode(extension.toStdString(), mat, bytes))
+            return {};
+        return {reinterpret_cast<const char *>(bytes.data()), static_cast<int>(bytes.size())};
+    } catch (const cv::Exception &exception) {
+        qCDebug(messageLog) << "image not encoded:" << extension << exception.what();
+        return {};
+    }
+}
+
 bool AnalyserPrivate::saveImage(const cv::Mat &mat, const QString &path)
 {
     const int extensionStart = path.lastIndexOf(QLatin1Char('.'));
     if (extensionStart < 0)
         return false;
-    try {
-        std::vector<uchar> bytes;
-        return cv::imencode(path.mid(extensionStart).toStdString(), mat, bytes)
-            && ImageFile::write(path, reinterpret_cast<const char *>(bytes.data()), static_cast<qint64>(bytes.size()));
-    } catch (const cv::Exception &exception) {
-        qCDebug(messageLog) << "image not encoded:" << path << exception.what();
-        return false;
-    }
+    const QByteArray content = encodeImage(mat, path.mid(extensionStart));
+    return !content.isEmpty() && WholeFile::write(path, content);
 }
 
 QImage AnalyserPrivate::matToQImage(const cv::Mat &mat)
@@ -162,7 +170,7 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
     return {circle[0], circle[1], circle[2]};
 }
 
-Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
+Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage, int *candidates)
 {
     constexpr double scaleForCircleDetection = 6.0;
     constexpr int toleranceMarginForRadius = 5;
@@ -180,7 +188,7 @@ Circle AnalyserPrivate::approximateFindCladdingCircle(const cv::Mat &grayImage)
     cv::resize(grayImage, scaledImage, scaledSize, 0, 0, cv::INTER_LINEAR);
     const double reducedRadius = static_cast<double>(claddingRadius) / scaleForCircleDetection;
     const Circle reducedCircle =
-        findCladdingCircle(scaledImage, static_cast<float>(reducedRadius + toleranceMarginForRadius));
+        findCladdingCircle(scaledImage, static_cast<float>(reducedRadius + toleranceMarginForRadius), candidates);
     if (reducedCircle.radius < 1.0F)
         return {};
     return {reducedCircle.center * scaleForCircleDetection,
@@ -305,7 +313,7 @@ int AnalyserPrivate::backgroundColor(const cv::Mat &mat, float claddingDiameter)
     return meanColor(mat, claddingRadius, [=](double square, int) { return square > innerSquare; });
 }
 
-double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle)
+double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingCircle, bool *fits)
 {
     constexpr float diameterMargin = 20.0F;
 
@@ -316,6 +324,8 @@ double AnalyserPrivate::getBlurLevel(const cv::Mat &mat, const Circle &claddingC
     // The radius stands for the diameter on purpose: only the core and the inner cladding are looked at.
     const QRect cropGeometry =
         calculateCrop(claddingCircle.center, claddingCircle.radius + diameterMargin, imageSize(mat));
+    if (fits)
+        *fits = cropGeometry.isValid();
     if (!cropGeometry.isValid())
         return 0;
 

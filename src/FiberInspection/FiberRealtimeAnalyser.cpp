@@ -22,4 +22,9 @@ QVideoFilterRunnable *FiberRealtimeAnalyser::createFilterRunnable()
     return new FiberRealtimeAnalyserRunnable(mLink);
 }
 
+LiveReading FiberRealtimeAnalyser::lastReading() const
+{
+    return mLink->lastReading();
+}
+
 } // namespace FiberInspection

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/LiveReading.h"
 #include "Property.h"
 #include "VantorBase_export.h"
 
@@ -20,6 +21,13 @@ class LiveAnalysisLink;
 /// emitted; they may be read in any thread. The filter may be destroyed at any time: that waits for the publication of
 /// an analysis, if one is under way, but not for ever. A receiver in the pool thread that has not come back after a
 /// second, because it waits for the very thread that destroys the filter, is left behind, and the log says so.
+///
+///     FiberRealtimeAnalyser filter;
+///     QObject::connect(&filter, &FiberRealtimeAnalyser::focusValue_changed, page, &Page::showFocus); // queued
+///     const std::unique_ptr<QVideoFilterRunnable> runnable(filter.createFilterRunnable());
+///     runnable->run(&frame, surfaceFormat, {}); // a video output does this
+///     if (!filter.lastReading().hasFibre())
+///         page->showHint(filter.lastReading().state);
 class VANTORBASE_EXPORT FiberRealtimeAnalyser : public QAbstractVideoFilter
 {
     Q_OBJECT
@@ -32,6 +40,11 @@ public:
     /// For the video framework, which owns the result.
     QVideoFilterRunnable *createFilterRunnable() override;
     ~FiberRealtimeAnalyser() override;
+
+    /// What became of the last frame that was looked at, also when it told nothing and no signal came. Frames that are
+    /// invalid, or come while another is analysed, are not looked at. Any thread may ask; in a receiver of the two
+    /// signals, in the pool thread, it is the reading that they come from. All runnables of a filter write it.
+    LiveReading lastReading() const;
 
 private:
     std::shared_ptr<LiveAnalysisLink> mLink;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FiberInspection/Analyser.h"
+#include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/FiberRealtimeAnalyserRunnable_p.h"
 #include "FiberInspection/LiveAnalysisLink_p.h"
 #include "FiberInspection/Log_p.h"
@@ -8,6 +8,8 @@
 #include <QThreadPool>
 #include <QVideoFrame>
 #include <QtConcurrentRun>
+
+#include <opencv2/core.hpp>
 
 #include <algorithm>
 #include <cstring>
@@ -90,14 +92,63 @@ bool isPlanar420(QVideoFrame::PixelFormat format)
 }
 
 /// Whether a mapped frame holds all the rows that its format promises.
-bool isAnalysable(const QVideoFrame &frame)
+bool isComplete(const QVideoFrame &frame)
 {
     const qint64 width = frame.width();
     const qint64 height = frame.height();
     const qint64 stride = frame.bytesPerLine();
     const qint64 bytes = frame.mappedBytes();
-    return isPlanar420(frame.pixelFormat()) && width > 0 && height > 0 && stride >= width
-        && bytes >= width * height * 3 / 2 && bytes >= stride * (height - 1) + width;
+    return width > 0 && height > 0 && stride >= width && bytes >= width * height * 3 / 2
+        && bytes >= stride * (height - 1) + width;
+}
+
+/// None if a mapped frame can be analysed.
+LiveReading::State obstacleIn(const QVideoFrame &frame)
+{
+    if (!isPlanar420(frame.pixelFormat()))
+        return LiveReading::State::FormatUnsupported;
+    return isComplete(frame) ? LiveReading::State::None : LiveReading::State::FrameUnusable;
+}
+
+LiveReading readingWithout(LiveReading::State state, const QString &detail = {})
+{
+    LiveReading reading;
+    reading.state = state;
+    reading.detail = detail;
+    return reading;
+}
+
+LiveReading broken(const std::exception &exception)
+{
+    qCWarning(messageLog) << "frame not analysed:" << exception.what();
+    return readingWithout(LiveReading::State::AnalysisBroken, QString::fromLocal8Bit(exception.what()));
+}
+
+LiveReading::State stateOf(bool fits, double focusValue)
+{
+    if (!fits)
+        return LiveReading::State::FibreAtBorder;
+    return focusValue <= LiveReading::badFocus ? LiveReading::State::OutOfFocus : LiveReading::State::Measured;
+}
+
+/// Rows without padding.
+LiveReading readingOf(uchar *luminance, int width, int height)
+{
+    const bool isEven = width % 2 == 0 && height % 2 == 0; // colour is shared among blocks of 2 x 2 pixels
+    if (!isEven)
+        return readingWithout(LiveReading::State::FrameUnusable);
+    const cv::Mat gray(height, width, CV_8UC1, luminance);
+    int candidates = 0;
+    const Circle circle = AnalyserPrivate::approximateFindCladdingCircle(gray, &candidates);
+    if (!circle.isValid())
+        return readingWithout(candidates > 1 ? LiveReading::State::SeveralFibres : LiveReading::State::NoFibre);
+
+    LiveReading reading;
+    bool fits = false;
+    reading.focusValue = AnalyserPrivate::getBlurLevel(gray, circle, &fits);
+    reading.claddingPosition = circle.center;
+    reading.state = stateOf(fits, reading.focusValue);
+    return reading;
 }
 
 void logFormatOnce(const QVideoFrame &frame)
@@ -172,7 +223,7 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
         try {
             startAnalysis(*frame, fiberRealtimeAnalyser, work);
         } catch (const std::exception &exception) { // out of memory or threads: this frame is dropped
-            qCWarning(messageLog) << "frame not analysed:" << exception.what();
+            fiberRealtimeAnalyser->publish(broken(exception));
         }
     }
     return *frame;
@@ -182,8 +233,12 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame,
     const std::shared_ptr<LiveAnalysisLink> &fiberRealtimeAnalyser, const std::shared_ptr<Work> &work)
 {
     const MappedFrame mapped(frame);
-    if (!mapped.isMapped() || mProcessing)
+    if (mProcessing)
         return;
+    if (!mapped.isMapped()) {
+        fiberRealtimeAnalyser->publish(readingWithout(LiveReading::State::FrameUnusable));
+        return;
+    }
     logFormatOnce(frame); // a log may run an event loop, too: nothing is held yet that an end of this would wait for
     if (mProcessing.exchange(true))
         return;
@@ -193,25 +248,31 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame,
         work->idle.release();
     });
 
-    if (!isAnalysable(frame) || !fiberRealtimeAnalyser->isOpen())
+    if (!fiberRealtimeAnalyser->isOpen())
         return;
+    if (const LiveReading::State obstacle = obstacleIn(frame); obstacle != LiveReading::State::None) {
+        fiberRealtimeAnalyser->publish(readingWithout(obstacle));
+        return;
+    }
     work->luminance.copyFrom(frame);
     QtConcurrent::run(&analysisThreads(), [link = fiberRealtimeAnalyser, work, processing]() {
         Luminance &luminance = work->luminance;
-        processImage(*link, luminance.bytes(), luminance.width(), luminance.width(), luminance.height());
+        processImage(*link, luminance.bytes(), luminance.width(), luminance.height());
     });
 }
 
 void FiberRealtimeAnalyserRunnable::processImage(
-    LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height)
+    LiveAnalysisLink &fiberRealtimeAnalyser, uchar *luminance, int width, int height)
 {
+    LiveReading reading;
     try {
-        const Circle circle = Analyser::approximateFindCladdingCircle(data, bytesPerLine, width, height);
-        if (!circle.isValid())
-            return;
-        const double focus = Analyser::getBlurLevel(data, bytesPerLine, width, height, circle);
-        fiberRealtimeAnalyser.publish(focus, circle.center);
+        reading = readingOf(luminance, width, height);
     } catch (const std::exception &exception) {
+        reading = broken(exception);
+    }
+    try {
+        fiberRealtimeAnalyser.publish(reading);
+    } catch (const std::exception &exception) { // of a receiver
         qCWarning(messageLog) << "frame not analysed:" << exception.what();
     }
 }

@@ -30,8 +30,7 @@ private:
 
     static void startAnalysis(QVideoFrame &frame, const std::shared_ptr<LiveAnalysisLink> &fiberRealtimeAnalyser,
         const std::shared_ptr<Work> &work);
-    static void processImage(
-        LiveAnalysisLink &fiberRealtimeAnalyser, uchar *data, int bytesPerLine, int width, int height);
+    static void processImage(LiveAnalysisLink &fiberRealtimeAnalyser, uchar *luminance, int width, int height);
 
     std::shared_ptr<LiveAnalysisLink> mFiberRealtimeAnalyser;
     static std::atomic<bool> mProcessing; ///< set by the video thread, cleared by the pool thread

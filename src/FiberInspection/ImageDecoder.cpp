@@ -42,9 +42,11 @@ DecodedImage ImageDecoder::decode(const QByteArray &bytes, qint64 maxPixels)
     }
 }
 
-DecodedImage ImageDecoder::decodeFile(const QString &path, qint64 maxPixels)
+DecodedImage ImageDecoder::decodeFile(const QString &path, qint64 maxPixels, QByteArray *content)
 {
     const ImageFile file = ImageFile::read(path);
+    if (content)
+        *content = file.bytes;
     const DecodedImage image =
         file.fault == ImageFault::None ? decode(file.bytes, maxPixels) : DecodedImage{{}, file.problem, file.fault};
     if (image.fault != ImageFault::None)

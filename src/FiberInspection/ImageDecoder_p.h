@@ -33,7 +33,8 @@ public:
     static DecodedImage decode(const QByteArray &bytes, qint64 maxPixels);
 
     /// Reads and decodes the file, which is opened once.
-    static DecodedImage decodeFile(const QString &path, qint64 maxPixels);
+    /// @param content if given, receives the bytes that were decoded; empty when the file could not be read
+    static DecodedImage decodeFile(const QString &path, qint64 maxPixels, QByteArray *content = nullptr);
 };
 
 } // namespace FiberInspection

@@ -5,7 +5,6 @@
 #include <QFileInfo>
 
 #include <atomic>
-#include <cstdio>
 
 namespace FiberInspection {
 
@@ -27,9 +26,9 @@ QByteArray readBounded(QFile *file)
     return bytes;
 }
 
-ImageFile unreadable(const QString &problem)
+ImageFile unreadable(const QString &problem, ImageFault fault = ImageFault::Unreadable)
 {
-    return {{}, problem, ImageFault::Unreadable};
+    return {{}, problem, fault};
 }
 
 std::atomic<qint64> &pixelLimit()
@@ -43,22 +42,22 @@ ImageFile ImageFile::read(const QString &path)
 {
     const QFileInfo info(path);
     if (!info.exists())
-        return unreadable(QStringLiteral("no such file"));
+        return unreadable(QStringLiteral("no such file"), ImageFault::Missing);
     if (!info.isFile()) // opening a pipe would wait for a writer
-        return unreadable(QStringLiteral("not a file"));
+        return unreadable(QStringLiteral("not a file"), ImageFault::NotAFile);
 
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return unreadable(file.errorString());
     if (file.size() > maxFileSize)
-        return {{}, QStringLiteral("%1 bytes are too many").arg(file.size()), ImageFault::TooLarge};
+        return unreadable(QStringLiteral("%1 bytes are too many").arg(file.size()), ImageFault::TooLarge);
     const QByteArray bytes = readBounded(&file);
     if (file.error() != QFileDevice::NoError)
         return unreadable(file.errorString());
     if (bytes.size() > maxFileSize)
-        return {{}, QStringLiteral("more than %1 bytes are too many").arg(maxFileSize), ImageFault::TooLarge};
+        return unreadable(QStringLiteral("more than %1 bytes are too many").arg(maxFileSize), ImageFault::TooLarge);
     if (bytes.isEmpty())
-        return unreadable(QStringLiteral("the file is empty"));
+        return unreadable(QStringLiteral("the file is empty"), ImageFault::Empty);
     return {bytes, {}, ImageFault::None};
 }
 
@@ -70,20 +69,6 @@ qint64 ImageFile::maxPixels()
 void ImageFile::setMaxPixels(qint64 pixels)
 {
     pixelLimit() = qBound<qint64>(1, pixels, largestMaxPixels);
-}
-
-bool ImageFile::write(const QString &path, const char *data, qint64 size)
-{
-    const QString temporaryPath = path + QStringLiteral(".part");
-    QFile::remove(temporaryPath); // a link planted there must not be followed
-    QFile file(temporaryPath);
-    const bool written =
-        file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(data, size) == size && file.flush();
-    file.close();
-    if (written && std::rename(QFile::encodeName(temporaryPath).constData(), QFile::encodeName(path).constData()) == 0)
-        return true;
-    file.remove();
-    return false;
 }
 
 } // namespace FiberInspection

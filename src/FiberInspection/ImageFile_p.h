@@ -7,7 +7,7 @@
 namespace FiberInspection {
 
 /// What keeps an image from being seen.
-enum class ImageFault : int { None, Unreadable, UnknownFormat, Damaged, TooLarge };
+enum class ImageFault : int { None, Missing, NotAFile, Unreadable, Empty, UnknownFormat, Damaged, TooLarge };
 
 /// An image file as read from disk; what ImageDecoder makes of it is another matter.
 struct ImageFile
@@ -25,9 +25,6 @@ struct ImageFile
     /// The most pixels of an image that is decoded, for the whole process; all threads may call.
     static qint64 maxPixels();
     static void setMaxPixels(qint64 pixels);
-
-    /// Writes the bytes beside the path and renames them over it, so that no half-written file is ever seen there.
-    static bool write(const QString &path, const char *data, qint64 size);
 };
 
 } // namespace FiberInspection

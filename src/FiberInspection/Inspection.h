@@ -84,7 +84,10 @@ public:
     enum class Reason : int {
         None, ///< there is one
         NotInspected, ///< the value was never made by an inspection
-        FileUnreadable, ///< missing, empty, no file, or not for us
+        FileMissing, ///< or the name of nothing
+        NotAFile, ///< a folder, a pipe, a device
+        FileUnreadable, ///< not for us, or the disk fails
+        FileEmpty,
         UnknownFormat, ///< neither JPEG, PNG, BMP, PNM, TIFF nor WebP
         ImageDamaged, ///< or incomplete, or of a kind that no decoder here knows
         ImageTooLarge, ///< more bytes or pixels than are decoded

@@ -23,8 +23,14 @@ Reason reasonOf(ImageFault fault)
     switch (fault) {
     case ImageFault::None:
         break;
+    case ImageFault::Missing:
+        return Reason::FileMissing;
+    case ImageFault::NotAFile:
+        return Reason::NotAFile;
     case ImageFault::Unreadable:
         return Reason::FileUnreadable;
+    case ImageFault::Empty:
+        return Reason::FileEmpty;
     case ImageFault::UnknownFormat:
         return Reason::UnknownFormat;
     case ImageFault::Damaged:
@@ -145,9 +151,9 @@ InspectionCore::InspectionCore(
     mInspection.mResult = TestResult(mStandard);
 }
 
-LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels)
+LoadedImage InspectionCore::readImage(const QString &path, qint64 maxImagePixels, QByteArray *content)
 {
-    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels)));
+    return loadedImage(ImageDecoder::decodeFile(path, usableLimit(maxImagePixels), content));
 }
 
 LoadedImage InspectionCore::decodeImage(const QByteArray &bytes, qint64 maxImagePixels)
@@ -172,7 +178,10 @@ const char *InspectionCore::reasonText(Reason reason)
         break;
     case Reason::NotInspected:
         return "Nothing was inspected";
+    case Reason::FileMissing:
+    case Reason::NotAFile:
     case Reason::FileUnreadable:
+    case Reason::FileEmpty:
     case Reason::UnknownFormat:
     case Reason::ImageDamaged:
     case Reason::ImageTooLarge:
@@ -192,9 +201,9 @@ const char *InspectionCore::reasonText(Reason reason)
     return "";
 }
 
-Inspection InspectionCore::inspectFile(const QString &path)
+Inspection InspectionCore::inspectFile(const QString &path, QByteArray *content)
 {
-    loadFile(path) && inspect();
+    loadFile(path, content) && inspect();
     return mInspection;
 }
 
@@ -204,9 +213,9 @@ Inspection InspectionCore::inspectImage(const QImage &image)
     return mInspection;
 }
 
-bool InspectionCore::loadFile(const QString &path)
+bool InspectionCore::loadFile(const QString &path, QByteArray *content)
 {
-    const LoadedImage loaded = readImage(path, mOptions.maxImagePixels);
+    const LoadedImage loaded = readImage(path, mOptions.maxImagePixels, content);
     if (loaded.image.isNull())
         return fail(loaded.reason, loaded.detail);
     mInspection.mImage = loaded.image;

@@ -13,10 +13,11 @@ public:
     InspectionCore(
         Standard::Id standardId, const Device &device, const InspectionOptions &options, InspectionTrace &trace);
 
-    Inspection inspectFile(const QString &path);
+    /// @param content if given, receives the bytes of the file; empty when it could not be read
+    Inspection inspectFile(const QString &path, QByteArray *content = nullptr);
     Inspection inspectImage(const QImage &image);
 
-    static LoadedImage readImage(const QString &path, qint64 maxImagePixels);
+    static LoadedImage readImage(const QString &path, qint64 maxImagePixels, QByteArray *content = nullptr);
     static LoadedImage decodeImage(const QByteArray &bytes, qint64 maxImagePixels);
 
     /// What becomes of an inspection that an exception ended.
@@ -28,7 +29,7 @@ private:
     struct ZoneDiameters;
 
     // The stages in their order. False: there is no verdict, and the inspection says why.
-    bool loadFile(const QString &path);
+    bool loadFile(const QString &path, QByteArray *content);
     bool loadImage(const QImage &image);
     bool inspect();
     bool convertToGray();

@@ -19,11 +19,13 @@ bool LiveAnalysisLink::isOpen() const
     return openAnalyser() != nullptr;
 }
 
-void LiveAnalysisLink::publish(double focusValue, const QPointF &claddingPosition)
+void LiveAnalysisLink::publish(LiveReading reading)
 {
     {
         const QMutexLocker lock(&mMutex);
-        if (!mAnalyser)
+        reading.frame = mLastReading.frame + 1;
+        mLastReading = reading;
+        if (!mAnalyser || !reading.hasFibre())
             return;
         mPublisher = QThread::currentThreadId();
     }
@@ -34,9 +36,15 @@ void LiveAnalysisLink::publish(double focusValue, const QPointF &claddingPositio
     });
     // A receiver of the first signal may destroy the filter in this very thread.
     if (FiberRealtimeAnalyser *const analyser = openAnalyser())
-        analyser->set_focusValue(focusValue);
+        analyser->set_focusValue(reading.focusValue);
     if (FiberRealtimeAnalyser *const analyser = openAnalyser())
-        analyser->set_claddingPosition(claddingPosition);
+        analyser->set_claddingPosition(reading.claddingPosition);
+}
+
+LiveReading LiveAnalysisLink::lastReading() const
+{
+    const QMutexLocker lock(&mMutex);
+    return mLastReading;
 }
 
 bool LiveAnalysisLink::isPublishedHere() const

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/LiveReading.h"
+
 #include <QMutex>
-#include <QPointF>
 #include <QWaitCondition>
 
 namespace FiberInspection {
@@ -17,8 +18,11 @@ public:
 
     bool isOpen() const;
 
-    /// Sets both values of the filter, unless it is gone. The signals are emitted here, without a lock held.
-    void publish(double focusValue, const QPointF &claddingPosition);
+    /// Numbers the reading and keeps it as the last one. If it has a fibre, sets both values of the filter, unless that
+    /// is gone. The signals are emitted here, without a lock held.
+    void publish(LiveReading reading);
+
+    LiveReading lastReading() const;
 
     /// Whether the caller is, directly, a receiver of what is being published.
     bool isPublishedHere() const;
@@ -39,6 +43,7 @@ private:
     QWaitCondition mPublished;
     FiberRealtimeAnalyser *mAnalyser; ///< null when the filter is gone
     Qt::HANDLE mPublisher = nullptr; ///< the thread that publishes
+    LiveReading mLastReading;
 };
 
 } // namespace FiberInspection

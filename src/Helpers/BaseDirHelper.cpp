@@ -11,6 +11,12 @@
 BaseDirHelper *BaseDirHelper::mInstance = nullptr;
 
 BaseDirHelper::BaseDirHelper()
+    : BaseDirHelper(QString())
+{
+}
+
+BaseDirHelper::BaseDirHelper(const QString &absoluteWorkDir)
+    : mAbsoluteWorkDir(absoluteWorkDir)
 {
     if (!mInstance)
         mInstance = this;
@@ -31,6 +37,8 @@ QString BaseDirHelper::workDir()
 {
     if (!mInstance)
         qWarning() << "No BaseDirHelper has been constructed, so the application's folder has no name";
+    if (mInstance && !mInstance->mAbsoluteWorkDir.isEmpty())
+        return mInstance->mAbsoluteWorkDir;
     return QStringLiteral("/opt/%1/").arg(mInstance ? mInstance->applicationDirName() : QString());
 }
 

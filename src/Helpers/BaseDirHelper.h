@@ -8,9 +8,9 @@
 /// Where things live on the device: the one source of every directory and file path.
 ///
 /// An application derives from this class, names its folder, and constructs one object before it asks for any path
-/// under workDir(); asking earlier is a programming error, which is warned of and gives paths under "/opt//". The
-/// functions compose text: none of them creates a directory. Directory paths end in "/". Paths with a doubled slash are
-/// meant to have it.
+/// under workDir(); asking earlier is a programming error, which is warned of and gives paths under "/opt//". One that
+/// does not live under /opt constructs an AbsoluteBaseDir instead. The functions compose text: none of them creates a
+/// directory. Directory paths end in "/". Paths with a doubled slash are meant to have it.
 class VANTORBASE_EXPORT BaseDirHelper
 {
 public:
@@ -72,6 +72,13 @@ protected:
     /// Registers the object as the instance unless there is one already.
     BaseDirHelper();
 
+    /// The same, and workDir() is this folder. @param absoluteWorkDir with a slash at its end
+    explicit BaseDirHelper(const QString &absoluteWorkDir);
+
+    QString absoluteWorkDir() const { return mAbsoluteWorkDir; }
+
 private:
+    const QString mAbsoluteWorkDir; ///< empty: workDir() lies under /opt/
+
     static BaseDirHelper *mInstance;
 };

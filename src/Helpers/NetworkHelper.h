@@ -3,6 +3,7 @@
 
 #include "VantorBase_export.h"
 
+#include <QFlags>
 #include <QObject>
 #include <QString>
 #include <QVector>
@@ -28,6 +29,18 @@ public:
     enum IPInfo : int { Address, Netmask, Gateway, PrimaryDNS, SecondaryDNS, Domain, Max };
     Q_ENUM(IPInfo)
 
+    /// What configureSystem() does, in its order.
+    enum ConfigurationStep : int {
+        LinkExitHook = 0x01, ///< of the DHCP client; when it fails the others go on
+        PrepareNameServerFile = 0x02, ///< /tmp/dnsmasq.conf; when it fails this is the end
+        ReplaceNameServerFile = 0x04, ///< /etc/dnsmasq.conf
+        PrepareResolverFile = 0x08, ///< /tmp/resolv.conf; when it fails this is the end
+        ReplaceResolverFile = 0x10, ///< /etc/resolv.conf
+        RestartNameServer = 0x20,
+    };
+    Q_DECLARE_FLAGS(ConfigurationSteps, ConfigurationStep)
+    Q_FLAG(ConfigurationSteps)
+
     /// Writes a configuration for dhclient; starting the client is up to the caller.
     /// @param timeout seconds
     /// @param fileName the file's path, also when it could not be written
@@ -36,6 +49,19 @@ public:
     /// Installs the DHCP client's exit hook and makes the local name server the one that all programs ask. To be called
     /// once at start, as root, before any DHCP client runs.
     static void configureSystem();
+
+    /// Likewise, and tells what failed:
+    ///
+    ///     NetworkHelper::ConfigurationSteps failed;
+    ///     if (!NetworkHelper::configureSystem(failed))
+    ///         qWarning() << "no name service:" << failed;
+    ///     if (failed & NetworkHelper::LinkExitHook)
+    ///         showPage(Page::AddressesByHand);
+    ///
+    /// A hook counts as linked when the link is there afterwards, whatever ln said.
+    /// @param failed all steps that failed; those that were not come to are not among them
+    /// @return whether everything was done
+    static bool configureSystem(ConfigurationSteps &failed);
 
     /// Adds servers for the local name server to ask; empty ones are left out. A domain alone is not added.
     static bool updateSystemDNSServers(const QString &primary, const QString &secondary, const QString &domain);
@@ -79,3 +105,5 @@ private:
 
     static std::atomic<bool> mIsHardwareSimulation;
 };
+
+Q_DECLARE_OPERATORS_FOR_FLAGS(NetworkHelper::ConfigurationSteps)

@@ -82,37 +82,73 @@ QByteArray dhcpClientConfig(quint32 timeout, bool ipv6)
         + QByteArray::number(timeout) + ";\n";
 }
 
-void linkExitHook()
+using Step = NetworkHelper::ConfigurationStep;
+using Steps = NetworkHelper::ConfigurationSteps;
+
+bool isLink(const QString &link, const QString &target)
+{
+    const QFileInfo info(link);
+    return info.isSymLink() && info.symLinkTarget() == target;
+}
+
+Steps linkExitHook()
 {
     const QString link = QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails");
     const QString target = BaseDirHelper::workDir() + QStringLiteral("scripts/ipdetails");
-    const QFileInfo info(link);
-    if (info.isSymLink() && info.symLinkTarget() == target)
-        return;
+    if (isLink(link, target))
+        return {};
     // It warns of success and is silent about failure: programs that watch the log count on it.
     if (run(QStringLiteral("ln -sf %1 /etc/dhcp/dhclient-exit-hooks.d/ipdetails").arg(target)))
         qWarning() << "Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to " << target;
+    return isLink(link, target) ? Steps() : Step::LinkExitHook;
+}
+
+/// A configuration file by way of /tmp.
+struct SystemFile
+{
+    QString name;
+    QByteArray text;
+    Step prepare; ///< of the file under /tmp
+    Step replace; ///< of the one in /etc
+};
+
+SystemFile nameServerFile()
+{
+    return {QStringLiteral("dnsmasq.conf"),
+        QByteArrayLiteral("listen-address=127.0.0.1\n"
+                          "interface=lo\n"
+                          "bind-interfaces\n"
+                          "resolv-file=/etc/resolv.dmasq\n"),
+        Step::PrepareNameServerFile, Step::ReplaceNameServerFile};
+}
+
+SystemFile resolverFile()
+{
+    return {QStringLiteral("resolv.conf"),
+        QByteArrayLiteral("nameserver ::1\n"
+                          "nameserver 127.0.0.1\n"),
+        Step::PrepareResolverFile, Step::ReplaceResolverFile};
 }
 
 /// Writes /tmp/NAME, and /etc/NAME in its place: a move between two disks would be neither whole nor durable.
-/// @return false if the file under /tmp could not even be opened
-bool replaceInEtc(const QString &name, const QByteArray &text)
+Steps replaceInEtc(const SystemFile &wanted)
 {
-    const QString source = QStringLiteral("/tmp/") + name;
-    const QString target = QStringLiteral("/etc/") + name;
+    const QString source = QStringLiteral("/tmp/") + wanted.name;
+    const QString target = QStringLiteral("/etc/") + wanted.name;
     FileAccess::removeUnfinished(target);
     QFile file;
     if (!FileAccess::createNew(source, &file)) {
         qWarning().noquote() << QStringLiteral("Failed to open %1 for writing").arg(source);
-        return false;
+        return wanted.prepare;
     }
-    file.write(text); // as far as there is room: anybody may fill that disk
+    file.write(wanted.text); // as far as there is room: anybody may fill that disk
     file.close();
-    if (FileAccess::replace(target, text))
-        QFile::remove(source);
-    else
+    if (!FileAccess::replace(target, wanted.text)) {
         qWarning().noquote() << QStringLiteral("Failed to create %1").arg(target);
-    return true;
+        return wanted.replace;
+    }
+    QFile::remove(source);
+    return {};
 }
 
 struct Servers
@@ -175,20 +211,24 @@ bool NetworkHelper::createDhcpClientConfig(quint32 timeout, bool ipv6, QString &
 
 void NetworkHelper::configureSystem()
 {
+    ConfigurationSteps ignored;
+    configureSystem(ignored);
+}
+
+bool NetworkHelper::configureSystem(ConfigurationSteps &failed)
+{
     const FilesLock lock;
-    linkExitHook();
-    if (!replaceInEtc(QStringLiteral("dnsmasq.conf"),
-            QByteArrayLiteral("listen-address=127.0.0.1\n"
-                              "interface=lo\n"
-                              "bind-interfaces\n"
-                              "resolv-file=/etc/resolv.dmasq\n")))
-        return;
-    if (!replaceInEtc(QStringLiteral("resolv.conf"),
-            QByteArrayLiteral("nameserver ::1\n"
-                              "nameserver 127.0.0.1\n")))
-        return;
-    if (!run(QStringLiteral("systemctl restart dnsmasq")))
+    failed = linkExitHook();
+    for (const SystemFile &file : {nameServerFile(), resolverFile()}) {
+        failed |= replaceInEtc(file);
+        if (failed & file.prepare)
+            return false;
+    }
+    if (!run(QStringLiteral("systemctl restart dnsmasq"))) {
         qWarning() << "Failed to restart dnsmasq; name service may not work!";
+        failed |= RestartNameServer;
+    }
+    return !failed;
 }
 
 bool NetworkHelper::updateSystemDNSServers(const QString &primary, const QString &secondary, const QString &domain)

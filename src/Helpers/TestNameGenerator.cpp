@@ -39,7 +39,8 @@ int endOfNumber(const QString &tokens, int start)
     return end;
 }
 
-/// How many values each column takes. Tokens are those of `from` and `to`, and each as long as these.
+/// How many values each column takes. Tokens are those of `from` and `to`, and each as long as these. After an error
+/// there are as many counts as columns before the faulty one.
 GenerateError countRanges(
     const QString &from, const QString &fromTokens, const QString &to, const QString &toTokens, QVector<qint64> *counts)
 {
@@ -65,6 +66,46 @@ GenerateError countRanges(
         }
     }
     return GenerateError::NoError;
+}
+
+/// The first column whose place in the other name is not all of its kind; tells how far the names agree.
+int firstColumnSplitOtherwise(const QVector<NameGenColumnValue> &columns, const QString &otherTokens)
+{
+    int start = 0;
+    for (int i = 0; i < columns.size(); ++i) {
+        const int length = columns[i].value.size();
+        if (otherTokens.midRef(start, length) != QString(length, columns[i].type))
+            return i;
+        start += length;
+    }
+    return NameGenFault::namesAsAWhole;
+}
+
+/// The first column at which the product of the counts passes the limit.
+int firstColumnBeyond(const QVector<qint64> &counts, qint64 limit)
+{
+    qint64 product = 1;
+    for (int i = 0; i < counts.size(); ++i) {
+        product = std::min(product * counts[i], moreThanAnyLimit);
+        if (product > limit)
+            return i;
+    }
+    return NameGenFault::namesAsAWhole;
+}
+
+GenerateError faultAtColumn(
+    GenerateError error, int column, const QVector<NameGenColumnValue> &columns, const QString &to, NameGenFault *fault)
+{
+    fault->error = error;
+    if (column < 0 || column >= columns.size())
+        return error;
+    const int start = std::accumulate(columns.cbegin(), columns.cbegin() + column, 0,
+        [](int length, const NameGenColumnValue &value) { return length + value.value.size(); });
+    fault->column = column;
+    fault->from = columns[column];
+    fault->to.value = to.mid(start, fault->from.value.size());
+    fault->to.type = tokenOf(to[start]);
+    return error;
 }
 
 /// The product of the counts, as far as it can matter for a limit.
@@ -253,10 +294,19 @@ int TestNameGenerator::getLeadingZeroCount(const NameGenColumnValue &colValue)
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
+    NameGenFault ignored;
+    return generateTestNames(from, to, returnNames, maxTestCount, ignored);
+}
+
+TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
+    const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount, NameGenFault &fault)
+{
+    fault = {};
+    const auto failAsAWhole = [&fault](GenerateError error) { return fault.error = error; };
     if (from.size() != to.size())
-        return FromToLengthMismatch;
+        return failAsAWhole(FromToLengthMismatch);
     if (from.isEmpty())
-        return EmptyFromAndToStrings;
+        return failAsAWhole(EmptyFromAndToStrings);
     if (from == to) {
         returnNames.append(from);
         return NoError;
@@ -265,30 +315,33 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString fromTokens = tokenise(from);
     const QString toTokens = tokenise(to);
     if (fromTokens.size() != toTokens.size())
-        return FromToTokensLengthMismatch;
+        return failAsAWhole(FromToTokensLengthMismatch);
     if (fromTokens.size() != from.size() || toTokens.size() != to.size())
-        return TokensLengthMismatchWithParentString;
+        return failAsAWhole(TokensLengthMismatchWithParentString);
 
     const QVector<NameGenColumnValue> columns = getAllColumnValues(from, fromTokens);
+    const auto failAt = [&](GenerateError error, int column) {
+        return faultAtColumn(error, column, columns, to, &fault);
+    };
     if (columns.size() != getAllColumnValues(to, toTokens).size())
-        return FromToColumnsLengthMismatch;
+        return failAt(FromToColumnsLengthMismatch, firstColumnSplitOtherwise(columns, toTokens));
 
     QVector<qint64> counts;
     const GenerateError rangeError = countRanges(from, fromTokens, to, toTokens, &counts);
     if (rangeError != NoError)
-        return rangeError;
+        return failAt(rangeError, counts.size());
     if (columns.size() != counts.size())
-        return InvalidRange;
+        return failAsAWhole(InvalidRange);
     if (maxTestCount < productOf(counts))
-        return ExceedsMax;
+        return failAt(ExceedsMax, firstColumnBeyond(counts, maxTestCount));
 
     std::vector<Wheel> wheels;
     std::transform(columns.cbegin(), columns.cend(), counts.cbegin(), std::back_inserter(wheels),
         [](const NameGenColumnValue &column, qint64 count) { return Wheel(column, count); });
     if (wheels.empty())
-        return PermutationCalculationFailed;
+        return failAsAWhole(PermutationCalculationFailed);
     if (combinationCountOf(wheels) > mostNames - returnNames.size())
-        return ExceedsMax; // where a column that counts 0 has lifted the limit, or there is none
+        return failAsAWhole(ExceedsMax); // where a column that counts 0 has lifted the limit, or there is none
 
     returnNames += combinationsOf(std::move(wheels));
     return NoError;
@@ -297,9 +350,16 @@ TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
 TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(
     const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount)
 {
+    NameGenFault ignored;
+    return generateTestNames(prefix, from, to, returnNames, maxTestCount, ignored);
+}
+
+TestNameGenerator::GenerateError TestNameGenerator::generateTestNames(const QString &prefix, const QString &from,
+    const QString &to, QVector<QString> &returnNames, int maxTestCount, NameGenFault &fault)
+{
     // A copy: the prefix may be one of the names, which move when others are appended.
     const auto addPrefix = [prefix](QString &name) { name.prepend(prefix); };
-    const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount);
+    const GenerateError error = generateTestNames(from, to, returnNames, maxTestCount, fault);
     if (error == NoError)
         std::for_each(returnNames.begin(), returnNames.end(), addPrefix);
     return error;

@@ -27,6 +27,8 @@ struct VANTORBASE_EXPORT NameGenPermutation
     void resetIndex();
 };
 
+struct NameGenFault;
+
 /// Expands a first and a last test name into all the names between them, column by column: A1 to B3 gives A1, A2, A3,
 /// B1, B2, B3, and Cable-08 to Cable-11 keeps the width of its numbers. The rightmost column turns fastest.
 ///
@@ -82,4 +84,35 @@ public:
     /// there.
     static GenerateError generateTestNames(
         const QString &prefix, const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount);
+
+    // The same two, which also tell which column is at fault.
+    static GenerateError generateTestNames(
+        const QString &from, const QString &to, QVector<QString> &returnNames, int maxTestCount, NameGenFault &fault);
+    static GenerateError generateTestNames(const QString &prefix, const QString &from, const QString &to,
+        QVector<QString> &returnNames, int maxTestCount, NameGenFault &fault);
+};
+
+/// Why a pair of names gives no run, and where.
+///
+///     QVector<QString> names;
+///     NameGenFault fault;
+///     TestNameGenerator::generateTestNames("A9", "B1", names, 1000, fault);
+///     if (fault.hasColumn())
+///         qWarning() << fault.error << "at column" << fault.column + 1 << fault.from.value << fault.to.value;
+struct VANTORBASE_EXPORT NameGenFault
+{
+    static constexpr int namesAsAWhole = -1; ///< no single column is at fault
+
+    TestNameGenerator::GenerateError error = TestNameGenerator::NoError;
+
+    /// Counted from 0, of the first name. Of ExceedsMax: where the names become more than the limit; as a whole when
+    /// the limit is that of a QVector.
+    int column = namesAsAWhole;
+
+    NameGenColumnValue from; ///< that column; empty without one
+
+    /// What stands at its place in the last name, as long as that; the type is that of its first character.
+    NameGenColumnValue to;
+
+    bool hasColumn() const { return column != namesAsAWhole; }
 };

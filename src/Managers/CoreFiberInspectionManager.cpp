@@ -41,23 +41,24 @@ void CoreFiberInspectionManager::handleVerdict(const FiberInspection::Inspection
 
 void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId)
 {
-    FiberInspection::TestResult result; // an error until there is a verdict
+    // Whoever reads the log or hears of the verdict may delete this, or have the next image inspected in an event loop.
+    const QPointer<CoreFiberInspectionManager> self(this);
+    FiberInspection::Analyser analyser = mFiberAnalyser;
+    FiberInspection::FiledInspection filed; // without a verdict until there is one
     try {
-        result = mFiberAnalyser.analyse(standardId, name);
+        filed = analyser.inspectAndFile(standardId, name);
     } catch (const std::exception &exception) { // in an event loop it would end the application
         qWarning() << "inspection ended by an exception:" << exception.what();
     }
 
-    if (result.error()) {
+    if (!self)
+        return;
+    mFiberAnalyser = analyser;
+    if (!filed.inspection.hasVerdict()) {
         Q_EMIT analyseFailed();
         return;
     }
-    // Whoever hears of the verdict may delete this, or have the next image inspected in an event loop.
-    const QPointer<CoreFiberInspectionManager> self(this);
-    const QString sourcePath = mFiberAnalyser.lastSourceImagePath();
-    const QString resultPath = mFiberAnalyser.lastResultImagePath();
-    const FiberInspection::Inspection inspection = mFiberAnalyser.lastInspection();
-    handleVerdict(inspection, sourcePath, resultPath);
+    handleVerdict(filed.inspection, filed.sourceImagePath, filed.resultImagePath);
     if (self)
-        Q_EMIT analyseFinished(inspection.passed(), sourcePath, resultPath);
+        Q_EMIT analyseFinished(filed.inspection.passed(), filed.sourceImagePath, filed.resultImagePath);
 }

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Tcp/FrameLength_p.h"
 #include "Tcp/SocketBuffer_p.h"
 #include "Tcp/TcpProtocolParser.h"
 
@@ -7,55 +6,49 @@
 #include <QIODevice>
 
 #include <cstring>
-#include <limits>
 
 namespace {
 constexpr int pieceSize = 256 * 1024; // bytes; remains in the processor's cache
 constexpr int mostKept = 4 * pieceSize; // bytes of memory, when a large frame has passed
-constexpr int longestLength = std::numeric_limits<int>::digits10 + 1; // digits of a length without zeros before it
-
-bool isDigit(char byte)
-{
-    return byte >= '0' && byte <= '9';
-}
-
-/// The frame that stands there if it is complete, not too large, and its length nothing but digits.
-FrameLength wholeFrame(const char *begin, const char *end, int folded, int largest)
-{
-    const FrameLength frame = readPlainLength(begin, end);
-    const auto [start, size] = frame;
-    const bool isWhole = start >= 0 && size > 0 && size <= end - begin - start && start + folded <= largest - size;
-    return isWhole ? frame : FrameLength();
-}
 
 /// Whether nobody kept it, so that its memory serves again. Acquires: another thread may have read it until now.
 bool isOurs(QByteArray *payload)
 {
     return payload->data_ptr()->ref.atomic.loadAcquire() == 1;
 }
+
+void copyInto(QByteArray *payload, const char *begin, int size)
+{
+    if (!isOurs(payload)) {
+        *payload = QByteArray(begin, size);
+        return;
+    }
+    payload->resize(size);
+    std::memcpy(payload->data(), begin, static_cast<std::size_t>(size));
+}
 } // namespace
 
 SocketBuffer::SocketBuffer(int largeFrame)
     : mLargeFrame(largeFrame)
-    , mLargestFrame(TcpProtocolParser::maxBufferSize)
+    , mReader(TcpProtocolParser::maxBufferSize)
 {
 }
 
 void SocketBuffer::setLargestFrame(int bytes)
 {
-    mLargestFrame = qBound(1, bytes, TcpProtocolParser::maxBufferSize);
+    mReader.setLargestFrame(qBound(1, bytes, TcpProtocolParser::maxBufferSize));
 }
 
 void SocketBuffer::beginConnection()
 {
-    const FrameCut rest = mDropsLeftovers ? keepWholePayloads() : FrameCut();
-    const int leftovers = unframedSize();
+    const Frame rest = mDropsLeftovers ? keepWholePayloads() : Frame();
+    const int leftovers = mReader.unframedSize(mBytes, mPosition);
     if (mDropsLeftovers) {
         mBytes.clear();
-        mFolded = 0;
+        mReader.startNextLength();
     }
     // Last: a handler of the log may run an event loop, in which the new connection brings its first bytes.
-    if (rest.kind == FrameCut::Invalid)
+    if (rest.kind == Frame::Invalid)
         rest.tell();
     else if (leftovers > 0 && mDropsLeftovers)
         qWarning() << "bytes of a former connection are dropped:" << leftovers;
@@ -63,14 +56,12 @@ void SocketBuffer::beginConnection()
         qWarning() << "bytes of a former connection stand before the new one's:" << leftovers;
 }
 
-FrameCut SocketBuffer::keepWholePayloads()
+Frame SocketBuffer::keepWholePayloads()
 {
     for (QByteArray payload;;) {
-        if (!takePlainFrame(&payload)) {
-            const FrameCut cut = takeAnyFrame(&payload);
-            if (payload.isEmpty())
-                return cut;
-        }
+        const Frame frame = takeFrame(&payload);
+        if (payload.isEmpty())
+            return frame;
         mWholePayloads << payload;
     }
 }
@@ -93,16 +84,16 @@ bool SocketBuffer::readFrom(QIODevice &device)
 
 bool SocketBuffer::readWholeFrame(QIODevice &device, int available)
 {
-    if (available < mLargeFrame || available > mLargestFrame || !mBytes.isEmpty() || !mWholePayloads.isEmpty())
+    if (available < mLargeFrame || available > mReader.largestFrame() || !mBytes.isEmpty() || !mWholePayloads.isEmpty())
         return false;
-    char head[longestLength + 1];
-    const qint64 headSize = device.peek(head, sizeof head);
-    const auto [start, length] = readPlainLength(head, head + headSize);
-    if (start < 0 || length != available - start)
+    char head[FrameReader::longestPlainHead];
+    const qint64 headSize = qMax<qint64>(device.peek(head, sizeof head), 0);
+    const int start = FrameReader::startOfWholeFrame(head, head + headSize, available);
+    if (start < 0)
         return false;
     device.skip(start);
-    QByteArray payload(length, Qt::Uninitialized); // of the device it would keep more alive than itself
-    payload.truncate(static_cast<int>(qMax<qint64>(device.read(payload.data(), length), 0)));
+    QByteArray payload(available - start, Qt::Uninitialized); // of the device it would keep more alive than itself
+    payload.truncate(static_cast<int>(qMax<qint64>(device.read(payload.data(), payload.size()), 0)));
     mWholePayloads << payload;
     return true;
 }
@@ -113,45 +104,28 @@ bool SocketBuffer::takePayload(QByteArray *payload)
         *payload = mWholePayloads.takeFirst();
         return true;
     }
-    if (takePlainFrame(payload))
-        return true;
-    const FrameCut cut = takeAnyFrame(payload);
+    const Frame frame = takeFrame(payload);
     const bool isTaken = !payload->isEmpty();
-    cut.tell();
+    frame.tell();
     return isTaken;
 }
 
-bool SocketBuffer::takePlainFrame(QByteArray *payload)
+Frame SocketBuffer::takeFrame(QByteArray *payload)
 {
-    const char *const begin = mBytes.constData() + mPosition;
-    const auto [start, size] = wholeFrame(begin, mBytes.constData() + mBytes.size(), mFolded, mLargestFrame);
-    if (start < 0)
-        return false;
-
-    if (isOurs(payload)) {
-        payload->resize(size);
-        std::memcpy(payload->data(), begin + start, static_cast<std::size_t>(size));
+    const Frame frame = mReader.read(mBytes, mPosition);
+    if (frame.kind == Frame::Payload) {
+        copyInto(payload, mBytes.constData() + frame.start, frame.size);
+        mPosition = frame.start + frame.size;
     } else {
-        *payload = QByteArray(begin + start, size);
+        payload->clear();
     }
-    mPosition += start + size;
-    mFolded = 0;
-    return true;
-}
-
-FrameCut SocketBuffer::takeAnyFrame(QByteArray *payload)
-{
-    const FrameCut cut = FrameCut::find(mBytes, mPosition, mFolded, mLargestFrame);
-    *payload = cut.kind == FrameCut::Payload ? mBytes.mid(cut.start, cut.size) : QByteArray();
-    if (cut.kind == FrameCut::Payload)
-        mPosition = cut.start + cut.size;
-    if (cut.kind == FrameCut::Invalid)
-        mPosition = mBytes.size();
-    if (cut.kind != FrameCut::Partial)
-        mFolded = 0;
+    if (frame.kind == Frame::Invalid)
+        mPosition = mBytes.size(); // the start of a later frame goes too, on purpose
+    if (frame.kind != Frame::Partial)
+        mReader.startNextLength();
     if (payload->isEmpty())
         cutOff();
-    return cut;
+    return frame;
 }
 
 void SocketBuffer::cutOff()
@@ -160,36 +134,5 @@ void SocketBuffer::cutOff()
     mPosition = 0;
     if (mBytes.capacity() > mostKept && mBytes.size() <= pieceSize)
         mBytes.squeeze();
-    foldLength();
-}
-
-int SocketBuffer::unframedSize() const
-{
-    const char *begin = mBytes.constData() + mPosition;
-    const char *const end = mBytes.constData() + mBytes.size();
-    int folded = mFolded;
-    for (;;) {
-        const auto [start, size] = wholeFrame(begin, end, folded, mLargestFrame);
-        if (start < 0)
-            return static_cast<int>(end - begin) + folded;
-        begin += start + size;
-        folded = 0;
-    }
-}
-
-void SocketBuffer::foldLength()
-{
-    const int start = mBytes.indexOf('{');
-    const QByteArray length = mBytes.left(start < 0 ? mBytes.size() : start);
-    if (length.size() <= longestLength)
-        return;
-
-    // What may follow depends on how it ends: behind a blank no digit, behind a zero byte anything.
-    QByteArray shortLength = QByteArray::number(length.toInt());
-    if (length.contains('\0'))
-        shortLength.append('\0');
-    else if (!isDigit(length.back()))
-        shortLength.append(' ');
-    mBytes.replace(0, length.size(), shortLength);
-    mFolded += length.size() - shortLength.size();
+    mReader.fold(&mBytes);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Tcp/FrameCut_p.h"
+#include "Tcp/FrameReader_p.h"
 
 #include <QByteArrayList>
 
@@ -17,7 +17,7 @@ public:
 
     /// @param bytes of a whole frame; one that is larger erases what is held, as what is no frame does
     void setLargestFrame(int bytes);
-    int largestFrame() const { return mLargestFrame; }
+    int largestFrame() const { return mReader.largestFrame(); }
 
     void setDropsLeftovers(bool drops) { mDropsLeftovers = drops; }
     bool dropsLeftovers() const { return mDropsLeftovers; }
@@ -40,29 +40,19 @@ private:
     /// Reads a large frame straight into its payload, which saves a copy of it, when just that is there.
     bool readWholeFrame(QIODevice &device, int available);
 
-    /// Takes the next payload if it is complete and its length nothing but digits, as with nearly every one.
-    bool takePlainFrame(QByteArray *payload);
-
-    /// Takes the next payload as Qt reads its length; otherwise the payload is empty, what was taken is cut off, and
-    /// what is there instead is yet to be told.
-    FrameCut takeAnyFrame(QByteArray *payload);
+    /// Takes the next payload; if there is none, the payload is empty, what was taken is cut off, and what is there
+    /// instead is yet to be told.
+    Frame takeFrame(QByteArray *payload);
 
     /// A receiver that is busy still wants those that came whole. @return what stands behind the last one
-    FrameCut keepWholePayloads();
+    Frame keepWholePayloads();
 
     void cutOff(); ///< what was taken
 
-    /// What would be left if all complete frames were taken: a receiver that is busy has not come to them yet.
-    int unframedSize() const;
-
-    /// Shortens a length with many zeros or blanks: without end they must not be read again for every byte to come.
-    void foldLength();
-
     const int mLargeFrame;
-    int mLargestFrame; ///< bytes
+    FrameReader mReader;
     bool mDropsLeftovers = false;
     QByteArrayList mWholePayloads; ///< come before all bytes
     QByteArray mBytes;
     int mPosition = 0; ///< of the first byte that was not taken
-    int mFolded = 0; ///< bytes that were received for the length at the position, and dropped
 };

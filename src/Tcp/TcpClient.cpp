@@ -150,7 +150,9 @@ void TcpClient::onReadyRead()
     const QPointer<TcpClient> self(this);
     const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
     QByteArray data;
-    while (self && buffer->readFrom(*mSocket)) { // more may come while a receiver runs an event loop of its own
+    HeldSocket socket = mSocket;
+    // More may come while a receiver runs an event loop of its own, and be read when this connection ends in there.
+    while (self && (buffer->readFrom(*mSocket) || std::exchange(socket, mSocket) != mSocket)) {
         while (buffer->takePayload(&data)) {
             Q_EMIT dataReceived(data);
             if (!self)

@@ -2,7 +2,7 @@
 #include "Tcp/TcpProtocolParser.h"
 
 #include "Tcp/AbstractTcpMessage.h"
-#include "Tcp/FrameCut_p.h"
+#include "Tcp/FrameReader_p.h"
 
 #include <charconv>
 #include <iterator>
@@ -30,15 +30,15 @@ QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer)
 
 QByteArray TcpProtocolParser::retrieveMessageData(QByteArray &buffer, int &position, int folded, int largestFrame)
 {
-    const FrameCut cut = FrameCut::find(buffer, position, folded, largestFrame);
+    const Frame frame = FrameReader(largestFrame, folded).read(buffer, position);
     QByteArray payload;
-    if (cut.kind == FrameCut::Payload) {
-        payload = buffer.mid(cut.start, cut.size);
-        position = cut.start + cut.size;
-    } else if (cut.kind == FrameCut::Invalid) {
+    if (frame.kind == Frame::Payload) {
+        payload = buffer.mid(frame.start, frame.size);
+        position = frame.start + frame.size;
+    } else if (frame.kind == Frame::Invalid) {
         buffer.clear(); // the start of a later frame goes too, on purpose
         position = 0;
     }
-    cut.tell();
+    frame.tell();
     return payload;
 }

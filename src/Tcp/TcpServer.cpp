@@ -142,6 +142,8 @@ void TcpServer::onNewConnection()
     connectHeld(socket, &QTcpSocket::disconnected, this, &TcpServer::clientDisconnected, mCalls);
     const NestedCall call(mCalls); // behind nextPendingConnection(), which goes on accepting
     Q_EMIT clientConnected();
+    if (self && mSocket == socket && socket->bytesAvailable() > 0) // it came, and was told, in a loop further up
+        onReadyRead();
     if (isGone && self)
         Q_EMIT clientDisconnected();
 }

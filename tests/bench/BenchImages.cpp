@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
 
-#include "EndfacePainter.h"
+#include "simulation/EndfacePainter.h"
 
 #include <QImage>
 
@@ -9,12 +9,7 @@
 
 BenchImages::BenchImages()
 {
-    QDir().mkpath(tmpDir());
-}
-
-QString BenchImages::applicationDirName()
-{
-    return QStringLiteral("..") + mFolder.path();
+    makeFolder(QStringLiteral("tmp"));
 }
 
 QString BenchImages::paint(const EndfaceScene &scene, const QString &fileName) const

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Helpers/BaseDirHelper.h"
+#include "Helpers/AbsoluteBaseDir.h"
 
 #include <QDir>
 #include <QString>
@@ -10,12 +10,10 @@
 struct EndfaceScene;
 
 /// A temporary folder for the images of a bench, which is also the work directory of the library.
-class BenchImages : public BaseDirHelper
+class BenchImages
 {
 public:
     BenchImages();
-
-    QString applicationDirName() override;
 
     QString path(const QString &fileName) const { return mFolder.filePath(fileName); }
 
@@ -28,5 +26,6 @@ public:
     QString paintNoise(int width, int height, int noiseSpan, const QString &fileName) const;
 
 private:
-    QTemporaryDir mFolder;
+    const QTemporaryDir mFolder;
+    const AbsoluteBaseDir mBaseDir{mFolder.path()};
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "Goals.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QFile>
 #include <QLoggingCategory>

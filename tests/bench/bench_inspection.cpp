@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/Inspection.h"
 #include "Floor.h"
 #include "Goals.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BenchImages.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "Goals.h"
+#include "simulation/EndfaceScenes.h"
+#include "simulation/VideoFrames.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -26,43 +27,28 @@
 using namespace FiberInspection;
 
 namespace {
-/// A painted frame in NV12: luminance, then as good as no colour.
+/// A painted frame, as the camera gives it and as bare luminance.
 class Frame
 {
 public:
     explicit Frame(const QSize &size)
-        : mSize(size)
     {
         EndfaceScene scene = endfacePreset(QStringLiteral("clean"));
         scene.size = size;
-        const QImage image = paintEndface(scene).convertToFormat(QImage::Format_Grayscale8);
-        constexpr char noColor = '\x80';
-        mBytes.fill(noColor, size.width() * size.height() * 3 / 2);
-        const auto width = static_cast<std::size_t>(size.width());
-        char *line = mBytes.data();
-        for (int y = 0; y < size.height(); ++y, line += width)
-            std::memcpy(line, image.constScanLine(y), width);
+        mImage = paintEndface(scene).convertToFormat(QImage::Format_Grayscale8);
+        for (int y = 0; y < height(); ++y)
+            mLuminance.append(reinterpret_cast<const char *>(mImage.constScanLine(y)), width());
     }
 
-    int width() const { return mSize.width(); }
-    int height() const { return mSize.height(); }
-    const QByteArray &bytes() const { return mBytes; }
-    std::size_t luminanceBytes() const
-    {
-        return static_cast<std::size_t>(width()) * static_cast<std::size_t>(height());
-    }
-    QVideoFrame video() const
-    {
-        QVideoFrame frame(mBytes.size(), mSize, width(), QVideoFrame::Format_NV12);
-        frame.map(QAbstractVideoBuffer::WriteOnly);
-        std::memcpy(frame.bits(), mBytes.constData(), static_cast<std::size_t>(mBytes.size()));
-        frame.unmap();
-        return frame;
-    }
+    int width() const { return mImage.width(); }
+    int height() const { return mImage.height(); }
+    const QByteArray &luminance() const { return mLuminance; }
+    std::size_t luminanceBytes() const { return static_cast<std::size_t>(mLuminance.size()); }
+    QVideoFrame video() const { return Simulation::videoFrame(mImage); }
 
 private:
-    QSize mSize;
-    QByteArray mBytes;
+    QImage mImage;
+    QByteArray mLuminance;
 };
 
 /// The least that a live analysis can cost: a copy of the luminance and the calls to OpenCV that it cannot do without.
@@ -74,7 +60,7 @@ double liveFloor(const Frame &frame)
     const auto reducedRadius = static_cast<int>(claddingRadius * frame.width() / fovWidth / reduction + 5);
 
     const cv::Mat image(frame.height(), frame.width(), CV_8UC1);
-    std::memcpy(image.data, frame.bytes().constData(), frame.luminanceBytes());
+    std::memcpy(image.data, frame.luminance().constData(), frame.luminanceBytes());
     cv::Mat reduced;
     cv::resize(image, reduced, {static_cast<int>(image.cols / reduction), static_cast<int>(image.rows / reduction)});
     std::vector<cv::Vec3f> circles;
@@ -96,7 +82,7 @@ double liveFloor(const Frame &frame)
 double analyseLive(const Frame &frame)
 {
     const std::unique_ptr<uchar[]> luminance(new uchar[frame.luminanceBytes()]);
-    std::memcpy(luminance.get(), frame.bytes().constData(), frame.luminanceBytes());
+    std::memcpy(luminance.get(), frame.luminance().constData(), frame.luminanceBytes());
     const Circle circle =
         Analyser::approximateFindCladdingCircle(luminance.get(), frame.width(), frame.width(), frame.height());
     return Analyser::getBlurLevel(luminance.get(), frame.width(), frame.width(), frame.height(), circle);
@@ -153,7 +139,7 @@ void benchVideoThread(const char *name, const Frame *frame, Step step)
             constexpr double nanosecondsPerSecond = 1e9;
             RunningFilter filter;
             QVideoFrame video = frame->video();
-            QByteArray copy(frame->bytes().size(), '\0');
+            QByteArray copy(frame->luminance().size() * 3 / 2, '\0'); // with the colours
             filter.run(&video); // the first frame starts the pool's thread
             for (auto _ : state) {
                 QThread::msleep(framePause);

@@ -72,10 +72,16 @@ check "it runs and sees the right values" "$work/cmake/consumer"
 
 # --- The same program through pkg-config ------------------------------------------------------------------------------
 
-# with_pkg_config ARGUMENT...: xargs undoes the escapes that pkg-config writes for blanks
-with_pkg_config() { pkg-config --cflags --libs vantorbase | xargs "$compiler" "${flags[@]}" "$@"; }
+# with_packages "PACKAGE..." ARGUMENT...: xargs undoes the escapes that pkg-config writes for blanks
+with_packages() {
+    local -a packages
+    read -ra packages <<<"$1"
+    pkg-config --cflags --libs "${packages[@]}" | xargs "$compiler" "${flags[@]}" "${@:2}"
+}
+with_pkg_config() { with_packages vantorbase "$@"; }
 
-check "the program builds through pkg-config" with_pkg_config "$here/main.cpp" -o "$work/consumer"
+check "the program builds through pkg-config" \
+    with_packages "vantorbase Qt5Qml" "$here/main.cpp" -o "$work/consumer"
 check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/consumer"
 
 # The README's first program, as a reader would copy it.
@@ -177,6 +183,37 @@ installed_binaries_are_hardened() {
 fortified_calls_are_used() { nm -D --undefined-only "$library" | grep '__[a-z]*_chk@'; }
 check "every installed binary is hardened" installed_binaries_are_hardened
 [[ $(cached VANTORBASE_SANITIZE) == ON ]] || check "the library calls fortified functions" fortified_calls_are_used
+
+# --- Reading a crash ---------------------------------------------------------------------------------------------------
+
+# The build says of an address which line of which source that is.
+tells_the_line() {
+    local address
+    address=$(nm -DC --defined-only "$library" | sed -n 's/ T UnitHelper::toHexString(.*//p' | head -n 1)
+    addr2line -Cfe "$(readlink -f "$library")" "0x$address" | tee /dev/stderr | grep -q 'UnitHelper\.cpp:[1-9]'
+}
+build_id() { readelf -nW "$1" | sed -n 's/.*Build ID: //p'; }
+# What ships has none of it, is the same program otherwise, and is as hard to take over.
+ships_without_debug_information() {
+    local binary twin count=0 status=0
+    while IFS= read -r -d '' binary; do
+        [[ $(head -c 4 "$binary") == $'\x7fELF' ]] || continue
+        twin=${binary/#"$work/stripped"/"$prefix"}
+        [[ $(readelf -SW "$binary") != *.debug_* ]] || { echo "$binary: not stripped"; status=1; }
+        [[ $(readelf -SW "$twin") == *.debug_line* ]] || { echo "$twin: nothing to read a crash with"; status=1; }
+        [[ -n $(build_id "$binary") && $(build_id "$binary") == $(build_id "$twin") ]] ||
+            { echo "$binary: not to be matched with its build"; status=1; }
+        hardened "$binary" || status=1
+        count=$((count + 1))
+    done < <(find "$work/stripped" -type f -print0)
+    echo "$count binaries"
+    [[ $status -eq 0 && $count -gt 1 ]]
+}
+check "the build tells the line of an address" tells_the_line
+check "the library installs without debug information" cmake --install "$build" --strip --prefix "$work/stripped"
+check "what ships can be matched with what can be read" ships_without_debug_information
+echo "       $(stat -Lc %s "$library") bytes of library," \
+    "$(stat -Lc %s "$(find "$work/stripped" -name libVantorBase.so)") as it ships"
 
 # --- A package that is not whole must not pass ------------------------------------------------------------------------
 

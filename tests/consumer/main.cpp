@@ -9,6 +9,7 @@
 #include <FiberInspection/Rule.h>
 #include <FiberInspection/Standard.h>
 #include <FiberInspection/TestResult.h>
+#include <Helpers/AbsoluteBaseDir.h>
 #include <Helpers/BaseDirHelper.h>
 #include <Helpers/IPDetails.h>
 #include <Helpers/JsonHelper.h>
@@ -21,6 +22,7 @@
 #include <Helpers/UnitHelper.h>
 #include <Managers/AbstractCoreManager.h>
 #include <Managers/CoreFiberInspectionManager.h>
+#include <Managers/InspectionManager.h>
 #include <OrvelApplication.h>
 #include <Property.h>
 #include <QmlResources.h>
@@ -34,8 +36,18 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QObject>
+#include <QQmlComponent>
+#include <QQmlContext>
+#include <QQmlEngine>
 #include <QTemporaryDir>
 #include <QTextStream>
+
+#include <Pages/FiberManager.h>
+#include <Pages/InspectionPages.h>
+#include <Pages/OrvelPage.h>
+#include <Pages/StandardModel.h>
+
+#include <memory>
 
 using namespace FiberInspection;
 
@@ -145,9 +157,13 @@ void checkGeometry(Checks &checks)
 
 void checkDirectories(Checks &checks)
 {
-    const Directories directories;
-    checks.expect(BaseDirHelper::instance() == &directories, "the application's object is registered");
-    checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/opt/consumer/tmp/"), "the folder of temporary files");
+    {
+        const Directories directories;
+        checks.expect(BaseDirHelper::instance() == &directories, "the application's object is registered");
+        checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/opt/consumer/tmp/"), "the folder of temporary files");
+    }
+    const AbsoluteBaseDir elsewhere(QStringLiteral("/srv/consumer"));
+    checks.expect(BaseDirHelper::tmpDir() == QStringLiteral("/srv/consumer/tmp/"), "a folder that is not below /opt");
 }
 
 void checkInspection(Checks &checks)
@@ -220,6 +236,34 @@ void checkFiles(Checks &checks)
     checks.expect(QFile::exists(QStringLiteral(":/Vantor/Pages/FiberInspectionPage.qml")), "the pages are there");
 }
 
+// One call, and the pages find what they look for.
+void checkPages(Checks &checks)
+{
+    InspectionManager inspections;
+    FiberManager fiberManager(&inspections);
+    QObject snackBar;
+    InspectionPages::ContextObjects objects;
+    objects.fiberManager = &fiberManager;
+    objects.snackBar = &snackBar;
+    QQmlEngine engine;
+    InspectionPages::setUp(&engine, objects);
+
+    const auto published = engine.rootContext()->contextProperty(QStringLiteral("fiberManager"));
+    checks.expect(published.value<QObject *>() == &fiberManager, "the pages find the inspection");
+    QQmlComponent component(&engine);
+    component.setData("import QtQml 2.11\nimport FiberInspection 1.0\nimport OrvelPage 1.0\n"
+                      "FiberRealtimeAnalyser { objectName: OrvelPage.FiberInspectionResult }",
+        {});
+    const std::unique_ptr<QObject> object(component.create());
+    checks.expect(object && object->objectName() == QString::number(OrvelPage::FiberInspectionResult),
+        "the modules that the pages import are there");
+
+    const StandardModel standards;
+    checks.expect(standards.roles() == QStringList({QStringLiteral("id"), QStringLiteral("name")}),
+        "the roles that the pages ask for");
+    checks.expect(standards.count() == Standard::allStandardIds().size(), "all standards can be chosen");
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -237,5 +281,6 @@ int main(int argc, char *argv[])
     checkAddresses(checks);
     checkLink(checks);
     checkFiles(checks);
+    checkPages(checks);
     return checks.failed() == 0 ? 0 : 1;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileNameCodec.h"
-#include "FolderListing.h"
-#include "JsonWriter.h"
-#include "Terminal.h"
+#include "common/FileNameCodec.h"
+#include "common/FolderListing.h"
+#include "common/JsonWriter.h"
+#include "common/Terminal.h"
 
 #include <QDir>
 #include <QJsonArray>

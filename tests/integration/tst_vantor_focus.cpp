@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceScenes.h"
-#include "FileNameCodec.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
+#include "common/FileNameCodec.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QProcess>
@@ -72,12 +72,6 @@ bool writeFile(const QString &path, const QByteArray &content)
 {
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
-}
-
-QByteArray read(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 /// How often an element occurs in the picture; -1 if that is not well-formed.
@@ -223,12 +217,9 @@ private Q_SLOTS:
         row("--size 0x0 x.nv12");
         row("--size 99998x2 x.nv12");
         row("--stride 832 x.nv12");
+        row("--study out");
         row("--size 800x600 --stride 799 x.nv12");
         row("--plot= x.png");
-        row("--study= ");
-        row("--study out --sweep");
-        row("--study out --json");
-        row("--quick --sweep");
     }
 
     void wrongUsageIsRefused()
@@ -494,41 +485,6 @@ private Q_SLOTS:
                 start + QStringLiteral("dangling.png: left out: a link that leads nowhere"),
                 start + QStringLiteral("notes\\x1b[2J.txt: left out: no known image suffix")}));
         QCOMPARE(run({QStringLiteral("--json"), latin1}).exitCode, 0);
-    }
-
-    void aStudyFillsItsTablesIntoTheTextAndIsTheSameEachTime()
-    {
-        const QTemporaryDir other;
-        for (const QString &folder : {mFolder->path(), other.path()}) {
-            QVERIFY(writeFile(folder + QStringLiteral("/focus.md"),
-                "Before.\n\n<!-- table: peaks -->\nold\n<!-- end -->\n\nAfter "
-                "<!-- value: stacks -->0<!-- end --> stacks.\n"));
-            const Run result = run({QStringLiteral("--study"), folder, QStringLiteral("--quick")});
-            QVERIFY2(result.exitCode == 0, result.messages.constData());
-            QVERIFY(result.output.isEmpty());
-        }
-
-        const QString text = QString::fromUtf8(read(path("focus.md")));
-        QVERIFY(text.startsWith(QStringLiteral("Before.")));
-        QVERIFY(text.contains(QStringLiteral("| noise 0.9 | 2 |")));
-        QVERIFY(!text.contains(QStringLiteral("old")));
-        QVERIFY(text.endsWith(QStringLiteral("<!-- value: stacks -->12<!-- end --> stacks.\n")));
-        for (const char *const name : {"focus-curve", "focus-found", "focus-noise", "focus-place"})
-            QVERIFY2(
-                countElements(path("images/") + QLatin1String(name) + QStringLiteral(".svg"), "polyline") > 0, name);
-        const QStringList files = words("focus.md images/focus-curve.svg images/focus-found.svg");
-        for (const QString &name : files)
-            QVERIFY2(read(other.filePath(name)) == read(mFolder->filePath(name)), qPrintable(name));
-    }
-
-    void aStudyThatCannotBeWrittenIsReported()
-    {
-        QVERIFY(write("file", "in the way"));
-
-        const Run result = run({QStringLiteral("--quick"), QStringLiteral("--study"), path("file")});
-
-        QCOMPARE(result.exitCode, 74);
-        QVERIFY(result.messages.contains("cannot be created"));
     }
 
 private:

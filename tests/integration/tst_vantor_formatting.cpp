@@ -12,7 +12,7 @@ QByteArray document(const QString &timeZone, const QString &locale)
     environment.insert(QStringLiteral("LC_ALL"), locale);
     QProcess program;
     program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(VANTOR_FORMATTING_PROGRAM), QStringList());
+    program.start(QStringLiteral(VANTOR_STUDY_PROGRAM), {QStringLiteral("formatting")});
     if (!program.waitForFinished() || program.exitCode() != 0)
         return program.readAllStandardError();
     return program.readAllStandardOutput();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Csv.h"
 #include "FiberInspection/Standard.h"
 #include "InspectProgram.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
+#include "common/Csv.h"
 
 #include <QJsonArray>
 #include <QtTest>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfacePainter.h"
-#include "EndfaceScenes.h"
 #include "InspectProgram.h"
 #include "JsonOutput.h"
+#include "simulation/EndfacePainter.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QJsonArray>
 #include <QtTest>

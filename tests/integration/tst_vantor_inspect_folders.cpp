@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileNameCodec.h"
 #include "InspectProgram.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
+#include "common/FileNameCodec.h"
 
 #include <QtTest>
 

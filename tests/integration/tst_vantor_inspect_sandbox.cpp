@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ForkedChild.h"
-#include "Sandbox.h"
+#include "inspect/Sandbox.h"
 
 #include <QtTest>
 

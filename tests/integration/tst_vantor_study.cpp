@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Document.h"
-#include "Statistics.h"
+#include "study/report/Document.h"
+#include "study/report/Statistics.h"
 
 #include <QProcess>
 #include <QRegularExpression>
@@ -341,7 +341,7 @@ private:
     {
         constexpr int longest = 500000; // milliseconds
         QProcess process;
-        process.start(QStringLiteral(VANTOR_STUDY_PROGRAM), arguments);
+        process.start(QStringLiteral(VANTOR_STUDY_PROGRAM), QStringList{QStringLiteral("accuracy")} + arguments);
         if (!process.waitForFinished(longest) || process.exitStatus() != QProcess::NormalExit)
             return -1;
         mOutput = QString::fromUtf8(process.readAllStandardOutput());

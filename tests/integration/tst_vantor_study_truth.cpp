@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Scenes.h"
-#include "Truth.h"
+#include "study/accuracy/Scenes.h"
+#include "study/accuracy/Truth.h"
 
 #include <QLoggingCategory>
 #include <QtTest>

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Helpers/BaseDirHelper.h"
-
 #include <QByteArray>
 #include <QProcess>
 #include <QStringList>
@@ -50,13 +48,6 @@ private:
 
 QByteArray read(const QString &path); ///< empty when it cannot be read
 bool write(const QString &path, const QByteArray &bytes);
-
-/// What /opt/tester/ is to the library.
-class Tester : public BaseDirHelper
-{
-public:
-    QString applicationDirName() override { return QStringLiteral("tester"); }
-};
 
 /// dnsmasq at the peer: DHCP for both families, router advertisements, and names. board.lab is 10.20.0.77 and
 /// fd00:20::77, and only it knows.

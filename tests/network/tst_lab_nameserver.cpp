@@ -2,6 +2,7 @@
 // The road of a name: program, local name server, the servers it is told, the peer. systemctl is a stand-in that
 // restarts the real dnsmasq.
 #include "ForkedChild.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
@@ -69,6 +70,8 @@ void addPlants()
         QTest::newRow(what) << QString::fromUtf8(what);
 }
 } // namespace
+
+Q_DECLARE_METATYPE(NetworkHelper::ConfigurationSteps)
 
 class TestLabNameserver : public QObject
 {
@@ -260,6 +263,68 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings().constLast(), QStringLiteral("Failed to restart dnsmasq; name service may not work!"));
         QVERIFY(!update(peer));
+    }
+
+    void theStepsThatFailedAreTold_data()
+    {
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("removal");
+        QTest::addColumn<NetworkHelper::ConfigurationSteps>("expected");
+        const auto row = [](const char *name, const char *obstacle, const char *removal,
+                             NetworkHelper::ConfigurationSteps steps) { // a file that is a mount point is not replaced
+            QTest::newRow(name) << QString::fromUtf8(obstacle) << QString::fromUtf8(removal) << steps;
+        };
+        row("none", "true", "true", {});
+        row("the link", "mv /etc/dhcp/dhclient-exit-hooks.d /etc/dhcp/away",
+            "mv /etc/dhcp/away /etc/dhcp/dhclient-exit-hooks.d", NetworkHelper::LinkExitHook);
+        row("the link, though ln is content", "mkdir /etc/dhcp/dhclient-exit-hooks.d/ipdetails", "true",
+            NetworkHelper::LinkExitHook);
+        row("the first file under /tmp", "mkdir /tmp/dnsmasq.conf", "true", NetworkHelper::PrepareNameServerFile);
+        row("the first file", "mount --bind /etc/dnsmasq.conf /etc/dnsmasq.conf", "umount /etc/dnsmasq.conf",
+            NetworkHelper::ReplaceNameServerFile);
+        row("the second file under /tmp", "mkdir /tmp/resolv.conf", "true", NetworkHelper::PrepareResolverFile);
+        row("the second file", "mount --bind /etc/resolv.conf /etc/resolv.conf", "umount /etc/resolv.conf",
+            NetworkHelper::ReplaceResolverFile);
+        row("the restart", "touch /run/systemctl.fails", "true", NetworkHelper::RestartNameServer);
+        row("several, and the end is reached",
+            "touch /run/systemctl.fails; mkdir /etc/dhcp/dhclient-exit-hooks.d/ipdetails; "
+            "for file in /etc/resolv.conf /etc/dnsmasq.conf; do mount --bind $file $file; done",
+            "umount /etc/resolv.conf /etc/dnsmasq.conf",
+            NetworkHelper::LinkExitHook | NetworkHelper::ReplaceNameServerFile | NetworkHelper::ReplaceResolverFile
+                | NetworkHelper::RestartNameServer);
+        row("two, and the end is not reached",
+            "mv /etc/dhcp/dhclient-exit-hooks.d /etc/dhcp/away; mkdir /tmp/dnsmasq.conf /tmp/resolv.conf",
+            "mv /etc/dhcp/away /etc/dhcp/dhclient-exit-hooks.d",
+            NetworkHelper::LinkExitHook | NetworkHelper::PrepareNameServerFile);
+    }
+
+    void theStepsThatFailedAreTold()
+    {
+        QFETCH(QString, obstacle);
+        QFETCH(QString, removal);
+        QFETCH(NetworkHelper::ConfigurationSteps, expected);
+        QVERIFY(Lab::succeeds(obstacle));
+        NetworkHelper::ConfigurationSteps failed = ~NetworkHelper::ConfigurationSteps();
+        QStringList plainLog;
+        QStringList log;
+        bool isDone = true;
+
+        {
+            const LogCapture capture;
+            NetworkHelper::configureSystem();
+            plainLog = capture.asText();
+        }
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -f %1 2>/dev/null || true").arg(exitHook)));
+        {
+            const LogCapture capture;
+            isDone = NetworkHelper::configureSystem(failed);
+            log = capture.asText();
+        }
+
+        QVERIFY(Lab::succeeds(removal));
+        QCOMPARE(failed, expected);
+        QCOMPARE(isDone, !expected);
+        QCOMPARE(log, plainLog);
     }
 
     void aNameReachesThePeer()
@@ -806,7 +871,7 @@ private Q_SLOTS:
     }
 
 private:
-    Lab::Tester mTester;
+    const AbsoluteBaseDir mFolder{QStringLiteral("/opt/tester")};
     Lab::PeerServer mPeer;
 };
 

@@ -71,6 +71,18 @@ private Q_SLOTS:
                     .output.contains("Failed to create /etc/resolv.conf\n"));
     }
 
+    // It makes its link within the folder then, and has no complaint.
+    void aFolderInPlaceOfTheHookIsToldOf()
+    {
+        const QString hook = QStringLiteral("/etc/dhcp/dhclient-exit-hooks.d/ipdetails");
+        QVERIFY(Lab::succeeds(QStringLiteral("mv %1 /run/hook; mkdir %1").arg(hook)));
+
+        const Lab::Run run = net(QStringLiteral("configure --application tester --yes"));
+
+        QVERIFY(Lab::succeeds(QStringLiteral("rm -r %1; mv /run/hook %1").arg(hook)));
+        QCOMPARE(run.exitCode, 1);
+    }
+
     void anInterfaceIsShownWithAllThatIsKnown()
     {
         QString fileName;

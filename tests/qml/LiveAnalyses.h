@@ -2,7 +2,7 @@
 #pragma once
 
 #include "FiberInspection/FiberRealtimeAnalyser.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QObject>
 #include <QVideoSurfaceFormat>

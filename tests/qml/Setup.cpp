@@ -3,18 +3,17 @@
 
 #include "Destruction.h"
 #include "Expect.h"
-#include "FiberManager.h"
 #include "HeldManager.h"
-#include "InspectionManager.h"
 #include "Keyboard.h"
 #include "LiveAnalyses.h"
+#include "Managers/InspectionManager.h"
 #include "NativeModel.h"
-#include "OrvelPage.h"
+#include "Pages/FiberManager.h"
+#include "Pages/InspectionPages.h"
 #include "Processor.h"
-#include "QmlResources.h"
-#include "SimulatedScope.h"
 #include "TestFiles.h"
 #include "WorkDir.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QQmlContext>
 #include <QQmlEngine>
@@ -80,8 +79,6 @@ Setup::~Setup()
 void Setup::applicationAvailable()
 {
     QQuickStyle::setStyle(QStringLiteral("Material"));
-    initVantorQmlResources();
-    registerPageTypes();
     mApplication = std::make_unique<Application>();
 }
 
@@ -93,6 +90,7 @@ void Setup::qmlEngineAvailable(QQmlEngine *engine)
     registerSingleton<Keyboard>("Keyboard");
     registerSingleton<LiveAnalyses>("LiveAnalyses");
     registerSingleton<Processor>("Processor");
+    InspectionPages::setUp(engine, {}); // each test brings the objects that it wants
     engine->rootContext()->setContextProperty(QStringLiteral("realFiberManager"), &mApplication->fiberManager);
     engine->rootContext()->setContextProperty(QStringLiteral("heldManager"), &mApplication->heldManager);
     engine->rootContext()->setContextProperty(QStringLiteral("simulatedScope"), SimulatedScope::instance());

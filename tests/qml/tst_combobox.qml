@@ -86,6 +86,21 @@ Item {
         }
     }
     Component {
+        id: watchedCombo
+
+        VantorControls.ComboBox {
+            property var seen: [] // what the handlers see, in their order
+
+            model: listModel
+            textRole: "name"
+            valueRole: "number"
+            currentIndex: -1
+            onCurrentIndexChanged: seen.push("index: " + currentValue + ", row: " + valueOfRow(currentIndex))
+            onCurrentValueChanged: seen.push("value: " + currentValue)
+            onActivated: seen.push("activated: " + currentValue)
+        }
+    }
+    Component {
         id: emptyCombo
 
         VantorControls.ComboBox {}
@@ -114,6 +129,33 @@ Item {
         function createNativeCombo() {
             const model = createTemporaryObject(nativeModelComponent, scene);
             return createTemporaryObject(nativeCombo, scene, { model: model });
+        }
+
+        function seenBy(combo) {
+            const seen = combo.seen;
+            combo.seen = [];
+            return seen;
+        }
+
+        function test_theValueIsTrueInItsOwnHandlerAndOldInThatOfTheIndex() {
+            const combo = createTemporaryObject(watchedCombo, scene);
+            seenBy(combo);
+
+            combo.setCurrentValue(7);
+            compare(seenBy(combo), ["index: undefined, row: 7", "value: 7"]);
+            combo.currentIndex = 2;
+            compare(seenBy(combo), ["index: 7, row: 3", "value: 3"]);
+        }
+
+        function test_theValueIsThatOfTheRowThatTheUserChose() {
+            const combo = createTemporaryObject(watchedCombo, scene);
+            combo.setCurrentValue(0);
+            seenBy(combo);
+
+            combo.forceActiveFocus();
+            keyClick(Qt.Key_Down);
+
+            compare(seenBy(combo), ["index: 0, row: 7", "value: 7", "activated: 7"]);
         }
 
         function painted(text) {

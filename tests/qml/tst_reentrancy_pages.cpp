@@ -3,10 +3,9 @@
 #include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "LogCapture.h"
 #include "NestedLoop.h"
-#include "OrvelPage.h"
-#include "QmlResources.h"
-#include "SimulatedScope.h"
-#include "StandardModel.h"
+#include "Pages/InspectionPages.h"
+#include "Pages/StandardModel.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QPointer>
@@ -137,8 +136,6 @@ private Q_SLOTS:
     {
         QCoreApplication::addLibraryPath(QStringLiteral(VANTOR_PLUGIN_FOLDER));
         QQuickStyle::setStyle(QStringLiteral("Material"));
-        initVantorQmlResources();
-        registerPageTypes();
     }
 
     void init()
@@ -146,9 +143,11 @@ private Q_SLOTS:
         mLog = std::make_unique<LogCapture>();
         mApplication = std::make_unique<Application>();
         mEngine = std::make_unique<QQmlEngine>();
-        for (const char *name :
-            {"appController", "fiberManager", "hardwareManager", "messageBoxManager", "snackBar", "stackView"})
-            mEngine->rootContext()->setContextProperty(QString::fromLatin1(name), mApplication.get());
+        InspectionPages::ContextObjects objects;
+        for (QObject **object : {&objects.appController, &objects.fiberManager, &objects.hardwareManager,
+                 &objects.messageBoxManager, &objects.snackBar, &objects.stackView})
+            *object = mApplication.get();
+        InspectionPages::setUp(mEngine.get(), objects);
         mWindow = std::make_unique<QQuickWindow>();
         mWindow->resize(800, 480);
     }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Helpers/BaseDirHelper.h"
+#include "Helpers/AbsoluteBaseDir.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 
 /// While it lives, BaseDirHelper::workDir() is a fresh temporary folder with an empty tmp/ and data/. One per process.
-class TemporaryWorkDir : public BaseDirHelper
+class TemporaryWorkDir
 {
 public:
     TemporaryWorkDir()
@@ -18,13 +18,11 @@ public:
 
     bool isValid() const { return mDir.isValid(); }
 
-    /// The folder without the way round by /opt that workDir() takes; no slash at its end.
+    /// The folder, without the slash that workDir() ends in.
     QString path() const { return mDir.path(); }
     QString filePath(const QString &name) const { return mDir.filePath(name); }
 
-    // The folder's path brings its own slash.
-    QString applicationDirName() override { return QStringLiteral("..") + mDir.path(); }
-
 private:
-    QTemporaryDir mDir;
+    const QTemporaryDir mDir;
+    const AbsoluteBaseDir mBaseDir{mDir.path()};
 };

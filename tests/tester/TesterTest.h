@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
-#include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QGuiApplication>
 #include <QObject>
@@ -90,7 +90,7 @@ public:
 template <typename Test>
 int runTesterTest(int argc, char *argv[], const QString &workDir, const QString &pluginFolder)
 {
-    const TesterDirHelper folders(workDir);
+    const AbsoluteBaseDir folders(workDir);
     Tester::prepareProcess(pluginFolder);
     const QGuiApplication application(argc, argv);
     const LogFaults faults;

@@ -3,10 +3,10 @@
 // would notice in the end: a slow start, a jerky picture, a warm unit, memory that fills. The goals are those of a
 // quiet machine; with --busy, of one that other programs use, too.
 #include "FrameCounter.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
-#include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -202,7 +202,7 @@ int main(int argc, char *argv[])
     }
     QLoggingCategory::setFilterRules(QStringLiteral("default.debug=false\ndefault.info=false\nqml.debug=false"));
     const QTemporaryDir workDir;
-    const TesterDirHelper folders(workDir.path());
+    const AbsoluteBaseDir folders(workDir.path());
     Tester::prepareProcess(QStringLiteral(VANTOR_PLUGINS));
     const QGuiApplication application(argc, argv);
     Tester tester(QSize(800, 480));

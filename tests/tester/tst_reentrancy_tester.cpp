@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the tester offers to its pages, without the pages: receivers destroy it, ask it again, or come when it is gone.
 #include "DrawnFibre.h"
-#include "FiberManager.h"
 #include "HardwareManager.h"
+#include "Helpers/AbsoluteBaseDir.h"
 #include "InspectionDetails.h"
-#include "InspectionManager.h"
 #include "Language.h"
 #include "LogCapture.h"
+#include "Managers/InspectionManager.h"
 #include "NestedLoop.h"
-#include "SimulatedScope.h"
-#include "TesterDirHelper.h"
+#include "Pages/FiberManager.h"
+#include "WorkFolder.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -83,7 +84,7 @@ class TestReentrancyTester : public QObject
 
 private:
     QTemporaryDir mFolder;
-    std::unique_ptr<TesterDirHelper> mDirs;
+    std::unique_ptr<AbsoluteBaseDir> mDirs;
     std::unique_ptr<LogCapture> mLog;
 
     static void addDeedRows(const QStringList &moments, const char *again)
@@ -112,8 +113,8 @@ private Q_SLOTS:
     {
         QVERIFY(mFolder.isValid());
         initTesterResources();
-        mDirs = std::make_unique<TesterDirHelper>(mFolder.path());
-        TesterDirHelper::createFolders();
+        mDirs = std::make_unique<AbsoluteBaseDir>(mFolder.path());
+        WorkFolder::create();
         HardwareManager::prepare(QStringLiteral(VANTOR_PLUGINS));
     }
     void cleanupTestCase() { mDirs.reset(); }

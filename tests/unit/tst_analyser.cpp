@@ -16,9 +16,12 @@
 
 #include <csignal>
 #include <dlfcn.h>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <sys/resource.h>
+#include <utility>
+#include <vector>
 
 using FiberInspection::Analyser;
 using FiberInspection::AnalyserPrivate;
@@ -46,6 +49,13 @@ QStringList &diskLog()
     static QStringList log;
     return log;
 }
+
+/// What is done once, just before the next file gets its final name.
+std::function<void()> &beforeRename()
+{
+    static std::function<void()> deed;
+    return deed;
+}
 } // namespace
 
 // Stands before the one of the C library, also for the library under test.
@@ -58,6 +68,15 @@ extern "C" int fsync(int file)
     diskLog() << QStringLiteral("%1 [%2]").arg(QLatin1String(synced.isDir() ? "folder" : "file in"), pictures);
     static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
     return real(file);
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int rename(const char *from, const char *to)
+{
+    if (const std::function<void()> deed = std::exchange(beforeRename(), nullptr))
+        deed();
+    static const auto real = reinterpret_cast<int (*)(const char *, const char *)>(dlsym(RTLD_NEXT, "rename"));
+    return real(from, to);
 }
 
 namespace {
@@ -87,6 +106,12 @@ private:
     }
     static QByteArray cameraImage() { return readFile(BaseDirHelper::tmpFiberInspectionImagePath()); }
     static QByteArray resultImage() { return readFile(BaseDirHelper::tmpFiberInspectionResultImagePath()); }
+    static QByteArray encoded(const cv::Mat &mat)
+    {
+        std::vector<uchar> bytes;
+        cv::imencode(".png", mat, bytes);
+        return {reinterpret_cast<const char *>(bytes.data()), static_cast<int>(bytes.size())};
+    }
     static QString notFiled(const QString &path) { return QStringLiteral("not filed: \"%1\"").arg(path); }
     static QString missing(const QString &path) { return QStringLiteral("not filed, there is no \"%1\"").arg(path); }
 
@@ -144,9 +169,42 @@ private Q_SLOTS:
 
         analyser.analyse(anyStandard, QStringLiteral("durable"));
 
-        const QStringList order{QStringLiteral("file in []"), QStringLiteral("folder [source.jpg]"),
-            QStringLiteral("file in [source.jpg]"), QStringLiteral("folder [result.jpg source.jpg]")};
+        const QStringList order{QStringLiteral("file in [fiber_image.jpg]"),
+            QStringLiteral("folder [fiber_image.jpg fiber_result_image.jpg]"), QStringLiteral("file in []"),
+            QStringLiteral("folder [source.jpg]"), QStringLiteral("file in [source.jpg]"),
+            QStringLiteral("folder [result.jpg source.jpg]")};
         QCOMPARE(diskLog(), order);
+    }
+
+    void whoSavesToOnePathAtOnceSavesAsWell()
+    {
+        const QString path = mWorkDir->filePath(QStringLiteral("picture.png"));
+        const cv::Mat first(40, 40, CV_8UC1, cv::Scalar(10));
+        const cv::Mat second(80, 80, CV_8UC1, cv::Scalar(20));
+        QByteArray meanwhile;
+        bool isSecondSaved = false;
+
+        beforeRename() = [&] {
+            isSecondSaved = AnalyserPrivate::saveImage(second, path);
+            meanwhile = readFile(path);
+        };
+        const bool isFirstSaved = AnalyserPrivate::saveImage(first, path);
+
+        QVERIFY(isSecondSaved);
+        QVERIFY(isFirstSaved);
+        QCOMPARE(readFile(path), encoded(first)); // the last to finish wins
+        QCOMPARE(meanwhile, encoded(second));
+        QCOMPARE(filesBelow(mWorkDir->path()).size(), 2); // with the camera's
+    }
+
+    void aNameAsLongAsCanBeIsSavedTo()
+    {
+        constexpr int longestName = 255; // bytes
+        const QString path = mWorkDir->filePath(QString(longestName - 4, QLatin1Char('x')) + QStringLiteral(".png"));
+
+        QVERIFY(AnalyserPrivate::saveImage(cv::Mat(4, 4, CV_8UC1, cv::Scalar(10)), path));
+
+        QVERIFY(QFile::exists(path));
     }
 
     void theVerdictIsThatOfTheFixedCameraImage_data()

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfacePainter.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
 #include "PlainPipeline.h"
 #include "WorkDir.h"
 #include "WorkTimer.h"
+#include "simulation/EndfacePainter.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QElapsedTimer>

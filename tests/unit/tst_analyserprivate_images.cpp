@@ -1880,17 +1880,18 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{QStringLiteral("image.png")});
     }
 
-    void aLinkPlantedBesideTheFileIsNotFollowed()
+    void aLinkInPlaceOfTheFileIsReplacedAndNotFollowed()
     {
         const QTemporaryDir folder;
         const QString file = folder.filePath(QStringLiteral("image.png"));
         const QString victim = folder.filePath(QStringLiteral("victim"));
         QVERIFY(store(victim, "precious"));
-        QCOMPARE(::symlink(victim.toUtf8().constData(), (file + QStringLiteral(".part")).toUtf8().constData()), 0);
+        QCOMPARE(::symlink(victim.toUtf8().constData(), file.toUtf8().constData()), 0);
 
         QVERIFY(AnalyserPrivate::saveImage(RandomInput().colorImage(16, 16), file));
 
         QCOMPARE(contentOf(victim), QByteArray("precious"));
+        QVERIFY(!QFileInfo(file).isSymLink());
         QVERIFY(!AnalyserPrivate::loadImage(file).empty());
     }
 };

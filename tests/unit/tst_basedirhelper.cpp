@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Helpers/AbsoluteBaseDir.h"
 #include "Helpers/BaseDirHelper.h"
 #include "LogCapture.h"
 #include "WorkDir.h"
@@ -193,6 +194,60 @@ private Q_SLOTS:
         const NamedBaseDir app(name);
 
         QCOMPARE(BaseDirHelper::workDir(), workDir);
+    }
+
+    void aFolderMayLieAnywhere_data()
+    {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QString>("workDir");
+        const auto row = [](const char *name, const char *folder, const char *workDir) {
+            QTest::newRow(name) << QString::fromUtf8(folder) << QString::fromUtf8(workDir);
+        };
+        row("plain", "/srv/unit", "/srv/unit/");
+        row("with a slash", "/srv/unit/", "/srv/unit/");
+        row("where units have it", "/opt/app", "/opt/app/");
+        row("roundabout", "/srv//other/../unit/.", "/srv/unit/");
+        row("the root", "/", "/");
+        row("placeholder", "/srv/%1", "/srv/%1/");
+        row("not ASCII", "/srv/Prüfer ≥", "/srv/Prüfer ≥/");
+    }
+
+    void aFolderMayLieAnywhere()
+    {
+        QFETCH(QString, folder);
+        QFETCH(QString, workDir);
+        const LogCapture log;
+        AbsoluteBaseDir dir(folder);
+
+        QCOMPARE(BaseDirHelper::instance(), static_cast<BaseDirHelper *>(&dir));
+        QCOMPARE(BaseDirHelper::workDir(), workDir);
+        QCOMPARE(BaseDirHelper::tmpDir(), workDir + QStringLiteral("tmp/"));
+        QCOMPARE(BaseDirHelper::tmpLastSyncTarFileName(), workDir + QStringLiteral("tmp//last_sync.tar.gz"));
+        QCOMPARE(QDir::cleanPath(QStringLiteral("/opt/") + dir.applicationDirName()), QDir::cleanPath(workDir));
+        QVERIFY(log.lines().isEmpty());
+    }
+
+    void aRelativeFolderStaysWhereItWas()
+    {
+        const QString before = QDir::currentPath();
+        const QTemporaryDir here;
+        QVERIFY(QDir::setCurrent(here.path()));
+        const QString expected = QDir::currentPath() + QStringLiteral("/unit/");
+
+        const AbsoluteBaseDir dir(QStringLiteral("unit"));
+        QVERIFY(QDir::setCurrent(before));
+
+        QCOMPARE(BaseDirHelper::workDir(), expected);
+        QVERIFY(!QFileInfo::exists(expected));
+    }
+
+    void aSecondFolderChangesNothing()
+    {
+        const NamedBaseDir app(QStringLiteral("app"));
+        AbsoluteBaseDir second(QStringLiteral("/srv/unit"));
+
+        QCOMPARE(BaseDirHelper::workDir(), QStringLiteral("/opt/app/"));
+        QCOMPARE(second.applicationDirName(), QStringLiteral("../srv/unit"));
     }
 
     void binDirWarnsOfAMissingFile_data()

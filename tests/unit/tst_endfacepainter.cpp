@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceCommand.h"
-#include "EndfaceScenes.h"
+#include "endface/EndfaceCommand.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QJsonArray>

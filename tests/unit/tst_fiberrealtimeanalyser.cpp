@@ -8,6 +8,7 @@
 #include <QAbstractPlanarVideoBuffer>
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QMetaEnum>
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QPointer>
@@ -36,6 +37,8 @@
 using FiberInspection::AnalyserPrivate;
 using FiberInspection::Circle;
 using FiberInspection::FiberRealtimeAnalyser;
+using FiberInspection::LiveReading;
+using State = LiveReading::State;
 
 namespace {
 const char *const firstFrameRole = "--first-frame";
@@ -724,6 +727,138 @@ private Q_SLOTS:
         QCOMPARE(view.filter->focusValue(), 0.0);
         QVERIFY(view.filter->claddingPosition().y() < 70);
         QCOMPARE(mLog->warnings(), QStringList{QStringLiteral("Invalid x or y coordinates")});
+    }
+
+    void everyFrameThatIsLookedAtHasAReading_data()
+    {
+        QTest::addColumn<QVideoFrame>("frame");
+        QTest::addColumn<State>("state");
+        const auto row = [](const char *name, State state, const QVideoFrame &frame) {
+            QTest::newRow(name) << frame << state;
+        };
+        const auto fibre = [](double blur, const QPointF &center) {
+            DrawnFibre face = usualFibre();
+            face.blur = blur;
+            face.center = center;
+            return frameOf(face);
+        };
+        const auto refuse = [](int *, int *) -> uchar * { return nullptr; };
+        const auto fail = [](int *, int *) -> uchar * { throw std::runtime_error("cable pulled"); };
+        const QSize size(800, 600);
+        const QByteArray bytes = planar420(usualFibre().gray(), 800);
+        row("cannot be mapped", State::FrameUnusable, QVideoFrame(new OwnBuffer(refuse), size, usualFormat));
+        row("a byte is missing", State::FrameUnusable, frameOfBytes(bytes.chopped(1), size, 800, usualFormat));
+        row("rows too short", State::FrameUnusable, frameOfBytes(bytes, size, 799, usualFormat));
+        row("odd", State::FrameUnusable, frameOfBytes(bytes, QSize(799, 599), 800, usualFormat));
+        row("no 4:2:0", State::FormatUnsupported, frameOfBytes(bytes, size, 800, QVideoFrame::Format_YUYV));
+        row("compressed", State::FormatUnsupported, frameOfBytes(bytes, size, 800, QVideoFrame::Format_Jpeg));
+        row("nothing but grey", State::NoFibre, frameOfBytes(QByteArray(bytes.size(), 'x'), size, 800, usualFormat));
+        row("a pixel or so", State::NoFibre, frameOfBytes(bytes, QSize(2, 2), 2, usualFormat));
+        row("two fibres", State::SeveralFibres, frameOfBytes(planar420(twoFibres(), 800), size, 800, usualFormat));
+        row("above the upper border", State::FibreAtBorder, fibre(1.0, QPointF(400, 56)));
+        row("blurred", State::OutOfFocus, fibre(4.0, QPointF(390, 310)));
+        row("sharp", State::Measured, fibre(0.8, QPointF(390, 310)));
+        row("a buffer that throws", State::AnalysisBroken, QVideoFrame(new OwnBuffer(fail), size, usualFormat));
+    }
+    void everyFrameThatIsLookedAtHasAReading()
+    {
+        QFETCH(QVideoFrame, frame);
+        QFETCH(State, state);
+        LiveView view;
+        view.analyse(frameOf(smallFibre()));
+        const double focusBefore = view.filter->focusValue();
+        const QPointF placeBefore = view.filter->claddingPosition();
+
+        view.analyse(frame);
+
+        const LiveReading reading = view.filter->lastReading();
+        const bool hasFibre = state == State::FibreAtBorder || state == State::OutOfFocus || state == State::Measured;
+        QCOMPARE(reading.state, state);
+        QCOMPARE(reading.frame, quint64(2));
+        QCOMPARE(reading.hasFibre(), hasFibre);
+        QCOMPARE(reading.focusValue, hasFibre ? view.filter->focusValue() : -1.0);
+        QCOMPARE(reading.claddingPosition, hasFibre ? view.filter->claddingPosition() : QPointF());
+        QCOMPARE(reading.detail, state == State::AnalysisBroken ? QStringLiteral("cable pulled") : QString());
+        if (!hasFibre) {
+            QCOMPARE(view.filter->focusValue(), focusBefore);
+            QCOMPARE(view.filter->claddingPosition(), placeBefore);
+        }
+    }
+
+    void theThresholdsDivideTheReadings()
+    {
+        LiveReading reading;
+        QVERIFY(!reading.hasFibre() && !reading.isSharpEnoughToCapture());
+        reading.state = State::Measured;
+        reading.focusValue = LiveReading::captureFocus;
+        QVERIFY(!reading.isSharpEnoughToCapture());
+        reading.focusValue += 0.1;
+        QVERIFY(reading.isSharpEnoughToCapture());
+
+        // All states of a rising focus in one row: out of focus up to 1.0, and measured from 1.1 on.
+        int outOfFocus = 0;
+        int measured = 0;
+        for (int step = 8; step < 60; ++step) {
+            DrawnFibre fibre = usualFibre();
+            fibre.blur = step / 10.0;
+            LiveView view;
+            view.analyse(frameOf(fibre));
+            const LiveReading told = view.filter->lastReading();
+            if (!told.hasFibre())
+                continue;
+            QCOMPARE(told.state, told.focusValue <= 1.0 ? State::OutOfFocus : State::Measured);
+            ++(told.focusValue <= 1.0 ? outOfFocus : measured);
+        }
+        QVERIFY(outOfFocus > 0 && measured > 0);
+    }
+
+    void whatIsNotLookedAtLeavesTheReading()
+    {
+        LiveView view;
+        QCOMPARE(view.filter->lastReading().state, State::None);
+        QCOMPARE(view.filter->lastReading().frame, quint64(0));
+
+        view.analyse(QVideoFrame());
+        view.runnable->run(nullptr, QVideoSurfaceFormat(), QVideoFilterRunnable::LastInChain);
+        QCOMPARE(view.filter->lastReading().frame, quint64(0));
+
+        QSemaphore entered;
+        QSemaphore leave;
+        view.onFocus([&] {
+            entered.release();
+            leave.tryAcquire(1, 20000);
+        });
+        view.run(frameOf(smallFibre()));
+        QVERIFY(entered.tryAcquire(1, 20000));
+        view.run(frameOf(smallFibre(2.0))); // passes by
+        leave.release();
+        view.runnable.reset();
+        QCOMPARE(view.filter->lastReading().frame, quint64(1));
+    }
+
+    void receiversSeeTheReadingThatTheyAreToldOf()
+    {
+        LiveView view;
+        LiveReading atFocus; // written by the pool thread, read when it has ended
+        LiveReading atPlace;
+        view.onFocus([&] { atFocus = view.filter->lastReading(); });
+        view.onPlace([&] { atPlace = view.filter->lastReading(); });
+
+        view.analyse(frameOf(smallFibre()));
+
+        QCOMPARE(atFocus.frame, quint64(1));
+        QCOMPARE(atFocus.focusValue, view.filter->focusValue());
+        QCOMPARE(atPlace.claddingPosition, view.filter->claddingPosition());
+    }
+
+    void aReadingCanTravelInASignal()
+    {
+        const QMetaEnum states = QMetaEnum::fromType<State>();
+        QCOMPARE(states.keyCount(), 9);
+        QCOMPARE(states.valueToKey(int(State::FibreAtBorder)), "FibreAtBorder");
+        LiveReading reading;
+        reading.frame = 7;
+        QCOMPARE(QVariant::fromValue(reading).value<LiveReading>().frame, quint64(7));
     }
 
     void equalFramesAreToldOnce()

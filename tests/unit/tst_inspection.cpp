@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DrawnFibre.h"
-#include "EndfaceScenes.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/Inspection.h"
 #include "LogCapture.h"
 #include "WorkDir.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QFile>
@@ -361,12 +361,14 @@ private Q_SLOTS:
         QFile huge(in(QStringLiteral("huge.jpg")));
         QVERIFY(huge.open(QIODevice::WriteOnly) && huge.resize(300LL * 1024 * 1024)); // a hole
 
-        row("missing", in(QStringLiteral("missing.jpg")), Reason::FileUnreadable, "no such file");
-        row("no name", {}, Reason::FileUnreadable, "no such file");
-        row("a folder", mFolder.path(), Reason::FileUnreadable, "not a file");
-        row("a pipe that nobody writes to", pipe, Reason::FileUnreadable, "not a file");
-        row("a dangling link", in(QStringLiteral("dangling.jpg")), Reason::FileUnreadable, "no such file");
-        row("empty", stored(QStringLiteral("empty.jpg"), QByteArray()), Reason::FileUnreadable, "the file is empty");
+        row("missing", in(QStringLiteral("missing.jpg")), Reason::FileMissing, "no such file");
+        row("no name", {}, Reason::FileMissing, "no such file");
+        row("a folder", mFolder.path(), Reason::NotAFile, "not a file");
+        row("a pipe that nobody writes to", pipe, Reason::NotAFile, "not a file");
+        row("a dangling link", in(QStringLiteral("dangling.jpg")), Reason::FileMissing, "no such file");
+        // Refused to root as well; a file without permissions would be read.
+        row("not for reading", QStringLiteral("/proc/self/mem"), Reason::FileUnreadable, "Input/output error");
+        row("empty", stored(QStringLiteral("empty.jpg"), QByteArray()), Reason::FileEmpty, "the file is empty");
         row("too many bytes", huge.fileName(), Reason::ImageTooLarge, "314572800 bytes are too many");
         row("text", stored(QStringLiteral("text.jpg"), QByteArray("no image")), Reason::UnknownFormat,
             "not an image of a known format");

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AxisRange.h"
-#include "Charts.h"
-#include "SvgCanvas.h"
+#include "plot/AxisRange.h"
+#include "plot/Charts.h"
+#include "plot/SvgCanvas.h"
 
 #include <QTemporaryDir>
 #include <QXmlStreamReader>

@@ -6,7 +6,9 @@
 #include "NestedLoop.h"
 #include "WorkDir.h"
 
+#include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QPointer>
 #include <QThread>
 #include <QtTest>
@@ -20,6 +22,7 @@ using FiberInspection::Standard;
 
 namespace {
 constexpr Standard::Id anyStandard = Standard::IEC61300_3_35_SM_RL45;
+constexpr double pitted = 7; ///< pixels
 
 enum class Deed {
     Delete,
@@ -47,13 +50,54 @@ class ListenedManager : public CoreFiberInspectionManager
 {
 public:
     std::function<void()> onVerdict;
+    QHash<QString, Inspection> inspections; ///< by the path of the result
 
 protected:
-    void handleVerdict(const Inspection &, const QString &, const QString &) override
+    void handleVerdict(const Inspection &inspection, const QString &, const QString &resultFilePath) override
     {
+        inspections.insert(resultFilePath, inspection);
         if (const std::function<void()> receiver = onVerdict)
             receiver();
     }
+};
+
+/// Does something once, in the middle of the first line of the log that begins like that.
+class LogDeed
+{
+public:
+    LogDeed(const QString &lineBegin, const std::function<void()> &deed)
+        : mLineBegin(lineBegin)
+        , mDeed(deed)
+    {
+        sCurrent = this;
+        mFormerHandler = qInstallMessageHandler(&LogDeed::read);
+    }
+    ~LogDeed()
+    {
+        qInstallMessageHandler(mFormerHandler);
+        sCurrent = nullptr;
+    }
+    LogDeed(const LogDeed &) = delete;
+    LogDeed &operator=(const LogDeed &) = delete;
+
+    bool isDone() const { return mIsDone; }
+
+private:
+    static void read(QtMsgType, const QMessageLogContext &, const QString &text)
+    {
+        LogDeed *const self = sCurrent;
+        if (self->mIsDone || !text.startsWith(self->mLineBegin))
+            return;
+        self->mIsDone = true;
+        self->mDeed();
+    }
+
+    static inline LogDeed *sCurrent = nullptr;
+
+    const QString mLineBegin;
+    const std::function<void()> mDeed;
+    QtMessageHandler mFormerHandler = nullptr;
+    bool mIsDone = false;
 };
 
 template <typename Manager>
@@ -105,6 +149,17 @@ private:
     static QString filedPath(const QString &name)
     {
         return BaseDirHelper::fiberInspectionDir() + name + QStringLiteral("/result.jpg");
+    }
+    static QString sourceOf(const QString &resultPath)
+    {
+        return QFileInfo(resultPath).path() + QStringLiteral("/source.jpg");
+    }
+
+    /// The file that an inspection has to leave as its result.
+    QByteArray pictureOf(const Inspection &inspection) const
+    {
+        const QString path = mWorkDir->filePath(QStringLiteral("expected.jpg"));
+        return inspection.saveAnnotatedImage(path) ? readFile(path) : QByteArray();
     }
 
 private Q_SLOTS:
@@ -237,6 +292,82 @@ private Q_SLOTS:
         delete manager;
     }
 
+    // A window that shows the log may run an event loop: new photographs and requests come in the midst of an
+    // inspection.
+    void aRequestWithinAnotherOneLeavesItsAnswerAlone_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::newRow("while it is inspected") << QStringLiteral("image loaded");
+        QTest::newRow("after it was inspected") << QStringLiteral("TOOK");
+        QTest::newRow("with the verdict") << QStringLiteral("TEST FAILED");
+        QTest::newRow("while it is filed") << QStringLiteral("not filed");
+    }
+    void aRequestWithinAnotherOneLeavesItsAnswerAlone()
+    {
+        QFETCH(QString, line);
+        const bool isSourceFiled = !line.startsWith(QStringLiteral("not filed"));
+        const QString outer = filedPath(QStringLiteral("outer"));
+        const QString inner = filedPath(QStringLiteral("inner"));
+        if (!isSourceFiled) // a folder is in the way
+            QVERIFY(QDir().mkpath(sourceOf(outer) + QStringLiteral("/inner")));
+        const QByteArray dirty = smallFace(pitted);
+        QVERIFY(writeFile(BaseDirHelper::tmpFiberInspectionImagePath(), dirty));
+        ListenedManager manager;
+        QStringList answers;
+        connect(&manager, &CoreFiberInspectionManager::analyseFinished, this,
+            [&](bool passed, const QString &source, const QString &result) {
+                QCOMPARE(source, sourceOf(result));
+                answers << QStringLiteral("%1 %2").arg(passed).arg(result);
+            });
+        connect(&manager, &CoreFiberInspectionManager::analyseFailed, this, [&] { answers << QString(); });
+        Q_EMIT manager.requestStart();
+
+        {
+            const LogDeed log(line, [&] {
+                writeFile(BaseDirHelper::tmpFiberInspectionImagePath(), smallFace());
+                Q_EMIT manager.requestAnalyse(QStringLiteral("inner"), anyStandard);
+            });
+            Q_EMIT manager.requestAnalyse(QStringLiteral("outer"), anyStandard);
+            QVERIFY(log.isDone());
+        }
+
+        QCOMPARE(answers, (QStringList{QStringLiteral("1 ") + inner, QStringLiteral("0 ") + outer}));
+        QVERIFY(manager.inspections.value(inner).passed());
+        QVERIFY(!manager.inspections.value(outer).passed());
+        QCOMPARE(readFile(inner), pictureOf(manager.inspections.value(inner)));
+        QCOMPARE(readFile(outer), pictureOf(manager.inspections.value(outer)));
+        QCOMPARE(readFile(sourceOf(inner)), smallFace());
+        if (isSourceFiled)
+            QCOMPARE(readFile(sourceOf(outer)), dirty);
+    }
+
+    void aReaderOfTheLogMayDeleteTheManager_data()
+    {
+        QTest::addColumn<QString>("line");
+        for (const char *line : {"---- START BENCHMARK ----", "image loaded", "TOOK", "TEST PASSED", "not filed"})
+            QTest::newRow(line) << QString::fromUtf8(line);
+    }
+    void aReaderOfTheLogMayDeleteTheManager()
+    {
+        QFETCH(QString, line);
+        if (line == QStringLiteral("not filed"))
+            QVERIFY(QDir().mkpath(filedPath(QStringLiteral("port 1")) + QStringLiteral("/inner")));
+        QVERIFY(writeFile(BaseDirHelper::tmpFiberInspectionImagePath(), smallFace()));
+        const QPointer<ListenedManager> manager = new ListenedManager;
+        int answers = 0;
+        const auto count = [&answers] { ++answers; };
+        connect(manager, &CoreFiberInspectionManager::analyseFinished, this, count);
+        connect(manager, &CoreFiberInspectionManager::analyseFailed, this, count);
+        Q_EMIT manager->requestStart();
+
+        const LogDeed log(line, [&] { delete manager; });
+        Q_EMIT manager->requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QVERIFY(log.isDone());
+        QVERIFY(!manager);
+        QCOMPARE(answers, 0);
+    }
+
     void theThreadMayBeEndedByAReceiver_data()
     {
         QTest::addColumn<QString>("signalName");
@@ -333,9 +464,10 @@ private:
     }
 
     /// As little as the analysis takes: most of the time under valgrind is spent on pixels.
-    static QByteArray smallFace()
+    static QByteArray smallFace(double pitRadius = 0)
     {
         DrawnFibre fibre;
+        fibre.pitRadius = pitRadius;
         fibre.size = QSize(400, 300);
         fibre.center = QPointF(200, 150);
         return fibre.jpeg();

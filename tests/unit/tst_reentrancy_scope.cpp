@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The receivers of what a camera tells unplug it, stop it, and destroy its service, as a page does that goes.
-#include "CameraService.h"
 #include "NestedLoop.h"
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
+#include "simulation/camera/CameraService.h"
 
 #include <QAbstractVideoSurface>
 #include <QPointer>

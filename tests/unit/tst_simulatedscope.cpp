@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SimulatedScope.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QAbstractVideoSurface>
 #include <QCamera>

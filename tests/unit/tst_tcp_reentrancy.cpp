@@ -396,6 +396,68 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(mCame - mLeft, 1, patience);
     }
 
+    // Else a peer that asks, and waits for the answer, waits for ever.
+    void whatANewcomerSendsBeforeItIsToldIsReceived_data()
+    {
+        QTest::addColumn<QString>("line"); // in whose handler of the log a loop runs; empty: where the old one leaves
+        QTest::addColumn<bool>("leaves"); // at once
+        QTest::newRow("while the old one leaves") << QString() << false;
+        QTest::newRow("while the old one leaves, and leaves as well") << QString() << true;
+        QTest::newRow("while the log tells of it") << QStringLiteral("Client connected") << false;
+        QTest::newRow("while the log tells of it, and leaves") << QStringLiteral("Client connected") << true;
+    }
+
+    void whatANewcomerSendsBeforeItIsToldIsReceived()
+    {
+        QFETCH(QString, line);
+        QFETCH(bool, leaves);
+        startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+        const auto talk = [this, leaves] {
+            QTcpSocket *const newcomer = mClients->newest();
+            newcomer->write(frame(7));
+            if (leaves)
+                newcomer->disconnectFromHost();
+            const auto end = leaves ? QAbstractSocket::UnconnectedState : QAbstractSocket::ConnectedState;
+            runLoopUntil([newcomer, end] { return newcomer->state() == end && newcomer->bytesToWrite() == 0; });
+        };
+        std::unique_ptr<LogInterruption> interruption;
+        if (line.isEmpty()) {
+            mClients->connectOne(mPort);
+            QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
+            connect(mServer, &TcpServer::clientDisconnected, this, [&] {
+                if (!std::exchange(mWasCalled, true))
+                    talk();
+            });
+        } else {
+            interruption = std::make_unique<LogInterruption>(line, talk);
+        }
+        const int before = mCame;
+
+        mClients->connectOne(mPort);
+
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads, QByteArrayList{payload(7)}, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame, before + 1, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame - mLeft, leaves ? 0 : 1, patience);
+    }
+
+    // The rest of a frame, which the old socket has read; the new one has nothing to add.
+    void whatComesInAnEventLoopOfTheLogOutlivesTheConnection()
+    {
+        startPeer();
+        createClient(SIGNAL(connected()), SLOT(doNothing()));
+        const LogInterruption interruption(QStringLiteral("Partial buffer"), [this] {
+            mPeerSocket->write(frame(7).mid(1));
+            mPeerSocket->disconnectFromHost();
+            runLoopUntil([this] { return mLeft == 1; });
+        });
+        QVERIFY(mClient->start(Loopback::address(), mPeer->serverPort()));
+        QTRY_VERIFY_WITH_TIMEOUT(mPeerSocket, patience);
+
+        mPeerSocket->write(frame(7).left(1));
+
+        QTRY_COMPARE_WITH_TIMEOUT(mPayloads, QByteArrayList{payload(7)}, patience);
+    }
+
     void newcomersDuringAnEventLoopOfAReceiverLeaveNothingBehind()
     {
         constexpr int count = 300;

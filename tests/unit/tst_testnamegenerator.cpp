@@ -341,6 +341,101 @@ private Q_SLOTS:
         QCOMPARE(names, QVector<QString>{u("before")});
     }
 
+    void theColumnAtFaultIsTold_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<Error>("error");
+        QTest::addColumn<int>("column");
+        QTest::addColumn<QString>("columns");
+
+        const auto row = [](const char *from, const char *to, Error error, int column, const char *columns) {
+            QTest::addRow("%s to %s", from, to) << u(from) << u(to) << error << column << u(columns);
+        };
+        constexpr int none = NameGenFault::namesAsAWhole;
+        row("A1", "A2", Error::NoError, none, "");
+        row("x7", "x7", Error::NoError, none, "");
+        row("", "", Error::EmptyFromAndToStrings, none, "");
+        row("A1", "A10", Error::FromToLengthMismatch, none, "");
+        row("a1", "A1", Error::FromToTokenNotEqual, 0, "a:a A:A");
+        row("a-", "ab", Error::FromToTokenNotEqual, 1, "S:- a:b");
+        row("00A1", "1A11", Error::FromToTokenNotEqual, 1, "A:A N:1");
+        row("C1", "A3", Error::ToLessThanFrom, 0, "A:C A:A");
+        row("A-9", "B-1", Error::ToLessThanFrom, 2, "N:9 N:1");
+        row("12b-10", "13c-09", Error::ToLessThanFrom, 3, "N:10 N:09");
+        row("11A1", "1A11", Error::ToLessThanFrom, 0, "N:11 N:1A");
+        row("A11", "A1B", Error::FromToColumnsLengthMismatch, 1, "N:11 N:1B");
+        row("A1B", "A11", Error::FromToColumnsLengthMismatch, 2, "A:B N:1");
+        row("A1", "B9", Error::ExceedsMax, 1, "N:1 N:9");
+        row("A1-1", "Z1-2", Error::ExceedsMax, 0, "A:A A:Z");
+        row("00-00-0", "04-01-1", Error::ExceedsMax, 4, "N:0 N:1"); // ten are allowed
+        row("B000000000", "A999999999", Error::ExceedsMax, none, ""); // not by the limit
+    }
+
+    void theColumnAtFaultIsTold()
+    {
+        QFETCH(const QString, from);
+        QFETCH(const QString, to);
+        QFETCH(const Error, error);
+        QFETCH(const int, column);
+        QVector<QString> plain;
+        QVector<QString> names;
+        QVector<QString> prefixed;
+        NameGenFault fault{Error::InvalidRange, 7, {QChar(u'A'), u("old")}, {QChar(u'A'), u("old")}};
+        NameGenFault faultBehindPrefix = fault;
+
+        QCOMPARE(TestNameGenerator::generateTestNames(from, to, names, 10, fault), error);
+        QCOMPARE(TestNameGenerator::generateTestNames(u("P-"), from, to, prefixed, 10, faultBehindPrefix), error);
+        QCOMPARE(TestNameGenerator::generateTestNames(from, to, plain, 10), error);
+
+        QCOMPARE(names, plain);
+        QCOMPARE(prefixed.size(), plain.size());
+        for (const NameGenFault &told : {fault, faultBehindPrefix}) {
+            QCOMPARE(told.error, error);
+            QCOMPARE(told.column, column);
+            QCOMPARE(told.hasColumn(), column >= 0);
+            QTEST(told.hasColumn() ? asText({told.from, told.to}) : told.from.value + told.to.value, "columns");
+        }
+    }
+
+    // Whatever the pair: it is the first column of which the plain reading says so.
+    void aFaultOfAnyPairNamesItsColumn()
+    {
+        constexpr int pairs = 20000;
+        QRandomGenerator random(3);
+        const QString letters = u("AZaz09-.");
+        const auto anyName = [&](int length) {
+            QString name;
+            for (int i = 0; i < length; ++i)
+                name += letters[random.bounded(letters.size())];
+            return name;
+        };
+
+        for (int i = 0; i < pairs; ++i) {
+            const int length = random.bounded(1, 6);
+            const QString from = anyName(length);
+            const QString to = anyName(length);
+            QVector<QString> names;
+            NameGenFault fault;
+            const Error error = TestNameGenerator::generateTestNames(from, to, names, 20, fault);
+
+            const QByteArray pair = (from + u(" to ") + to).toUtf8();
+            QVERIFY2(fault.error == error && fault.hasColumn() == (error != Error::NoError), pair.constData());
+            if (error == Error::NoError)
+                continue;
+            const auto columns = TestNameGenerator::getAllColumnValues(from, TestNameGenerator::tokenise(from));
+            int start = 0;
+            for (int c = 0; c < fault.column; ++c)
+                start += columns[c].value.size();
+            const QString there = to.mid(start, fault.from.value.size());
+            QVERIFY2(fault.from.value == columns[fault.column].value && fault.to.value == there, pair.constData());
+            const QString kinds = TestNameGenerator::tokenise(there);
+            QVERIFY2(fault.to.type == kinds[0], pair.constData());
+            QCOMPARE(error == Error::FromToTokenNotEqual,
+                error != Error::FromToColumnsLengthMismatch && fault.from.type != fault.to.type);
+        }
+    }
+
     void theLimitMayBeReached()
     {
         QVector<QString> names;

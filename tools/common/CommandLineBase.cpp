@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLineBase.h"
+#include "common/CommandLineBase.h"
 
 #include <QCoreApplication>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Csv.h"
+#include "common/Csv.h"
 
 namespace Tools {
 

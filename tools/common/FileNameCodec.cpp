@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileNameCodec.h"
+#include "common/FileNameCodec.h"
 
 #include <QFile>
 

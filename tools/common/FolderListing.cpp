@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FolderListing.h"
+#include "common/FolderListing.h"
 
 #include <QFile>
 

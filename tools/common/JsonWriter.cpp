@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "JsonWriter.h"
+#include "common/JsonWriter.h"
 
-#include "ShortestNumber.h"
+#include "common/ShortestNumber.h"
 
 namespace Tools {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "KeptMemory.h"
+#include "common/KeptMemory.h"
 
 #include <malloc.h>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ProgressBar.h"
+#include "common/ProgressBar.h"
 
-#include "Terminal.h"
+#include "common/Terminal.h"
 
 #include <unistd.h>
 

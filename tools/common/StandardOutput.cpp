@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StandardOutput.h"
+#include "common/StandardOutput.h"
 
-#include "StopSignals.h"
+#include "common/StopSignals.h"
 
 #include <cerrno>
 #include <climits>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StopSignals.h"
+#include "common/StopSignals.h"
 
 #include <cerrno>
 #include <csignal>

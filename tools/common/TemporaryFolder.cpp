@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "TemporaryFolder.h"
+#include "common/TemporaryFolder.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Terminal.h"
+#include "common/Terminal.h"
 
-#include "FileNameCodec.h"
-#include "StopSignals.h"
+#include "common/FileNameCodec.h"
+#include "common/StopSignals.h"
 
 #include <QCoreApplication>
 

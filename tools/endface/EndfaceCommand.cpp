@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceCommand.h"
+#include "endface/EndfaceCommand.h"
 
-#include "EndfaceScenes.h"
+#include "simulation/EndfaceScenes.h"
 
 #include <QBuffer>
 #include <QCommandLineParser>

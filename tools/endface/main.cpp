@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "EndfaceCommand.h"
+#include "endface/EndfaceCommand.h"
 
 #include <QCoreApplication>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
+#include "focus/CommandLine.h"
 
 #include <QRegularExpression>
 
@@ -49,11 +49,6 @@ CommandLine::CommandLine()
     , mCsv(option("csv", "Print CSV, one line a frame."))
     , mJson(option("json", "Print one JSON object a line."))
     , mPlot(option("plot", "Draw focus against frame into this SVG file.", "FILE"))
-    , mStudy(option("study",
-          "Measure many painted frames, and write into this folder what they tell about the focus value: focus.md and "
-          "images/focus-*.svg.",
-          "DIR"))
-    , mQuick(option("quick", "With --study: one face of each kind, to see that it works."))
     , mVerbose(option("verbose", "Show the log of the filter on stderr."))
 {
     mParser.setApplicationDescription(QStringLiteral(
@@ -66,8 +61,8 @@ CommandLine::CommandLine()
         QStringLiteral("Pictures, raw NV12 files (*.nv12, *.yuv, *.raw; several frames may follow each other), and "
                        "folders of these (their subfolders are not searched)."),
         QStringLiteral("FOLDER|FRAME..."));
-    mParser.addOptions({mSize, mStride, mSweep, mSeed, mNoise, mIllumination, mMaxBlur, mCsv, mJson, mPlot, mStudy,
-        mQuick, mVerbose, mVersion, mHelp});
+    mParser.addOptions({mSize, mStride, mSweep, mSeed, mNoise, mIllumination, mMaxBlur, mCsv, mJson, mPlot, mVerbose,
+        mVersion, mHelp});
 }
 
 bool CommandLine::parse(const QStringList &arguments)
@@ -77,9 +72,9 @@ bool CommandLine::parse(const QStringList &arguments)
 
 bool CommandLine::readOptions()
 {
-    chooseAction();
+    if (mParser.isSet(mSweep))
+        mOptions.action = Options::Action::MeasureSweep;
     mOptions.operands = mParser.positionalArguments();
-    mOptions.quickStudy = mParser.isSet(mQuick);
     mOptions.verbose = mParser.isSet(mVerbose);
     if (mParser.isSet(mJson))
         mOptions.format = Options::Format::Json;
@@ -88,32 +83,19 @@ bool CommandLine::readOptions()
     return readNames() && readRawLayout() && readSweep() && checkCombinations();
 }
 
-void CommandLine::chooseAction()
-{
-    if (mParser.isSet(mSweep))
-        mOptions.action = Options::Action::MeasureSweep;
-    else if (mParser.isSet(mStudy))
-        mOptions.action = Options::Action::Study;
-}
-
 bool CommandLine::checkCombinations()
 {
     const bool hasSweep = mParser.isSet(mSweep);
-    const bool hasStudy = mParser.isSet(mStudy);
     const bool hasFiles = !mOptions.operands.isEmpty();
     if (mParser.isSet(mJson) && mParser.isSet(mCsv))
         return refuse(QStringLiteral("--json and --csv exclude each other"));
-    if (int(hasSweep) + int(hasStudy) + int(hasFiles) > 1)
-        return refuse(QStringLiteral("frames, --sweep and --study exclude each other"));
+    if (hasSweep && hasFiles)
+        return refuse(QStringLiteral("frames and --sweep exclude each other"));
     if (!hasSweep && isAnySet({&mSeed, &mNoise, &mIllumination, &mMaxBlur}))
         return refuse(QStringLiteral("--seed, --noise, --illumination and --max-blur need --sweep"));
     if (!hasFiles && isAnySet({&mSize, &mStride}))
         return refuse(QStringLiteral("--size and --stride are for files"));
-    if (hasStudy && isAnySet({&mCsv, &mJson, &mPlot}))
-        return refuse(QStringLiteral("--study prints no report and draws plots of its own"));
-    if (!hasStudy && mOptions.quickStudy)
-        return refuse(QStringLiteral("--quick needs --study"));
-    if (!hasSweep && !hasStudy && !hasFiles)
+    if (!hasSweep && !hasFiles)
         return refuse(QStringLiteral("which frames? See --help"));
     return true;
 }
@@ -121,11 +103,8 @@ bool CommandLine::checkCombinations()
 bool CommandLine::readNames()
 {
     mOptions.plotFile = mParser.value(mPlot);
-    mOptions.studyFolder = mParser.value(mStudy);
     if (mParser.isSet(mPlot) && mOptions.plotFile.isEmpty())
         return refuseValue(mPlot, QStringLiteral("the name of a file"));
-    if (mParser.isSet(mStudy) && mOptions.studyFolder.isEmpty())
-        return refuseValue(mStudy, QStringLiteral("the name of a folder"));
     return true;
 }
 
@@ -155,7 +134,7 @@ bool CommandLine::readSweep()
     const bool ok = readWholeNumber(mSweep, 2, maxSteps, &steps)
         && readWholeNumber(mSeed, 0, std::numeric_limits<quint32>::max(), &seed)
         && readNumber(mNoise, 0, maxNoise, &sweep.noise) && readNumber(mIllumination, -1, 1, &sweep.illumination)
-        && readNumber(mMaxBlur, FocusStack::sharpestBlur, maxBlur, &sweep.maxBlur);
+        && readNumber(mMaxBlur, Simulation::Lens::sharpestBlur, maxBlur, &sweep.maxBlur);
     sweep.steps = static_cast<int>(steps);
     sweep.seed = static_cast<quint32>(seed);
     return ok;

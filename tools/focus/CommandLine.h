@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "CommandLineBase.h"
-#include "Options.h"
+#include "common/CommandLineBase.h"
+#include "focus/Options.h"
 
 namespace Focus {
 
@@ -18,7 +18,6 @@ public:
 
 private:
     bool readOptions() override;
-    void chooseAction();
     bool checkCombinations();
     bool readRawLayout();
     bool readSweep();
@@ -38,8 +37,6 @@ private:
     const QCommandLineOption mCsv;
     const QCommandLineOption mJson;
     const QCommandLineOption mPlot;
-    const QCommandLineOption mStudy;
-    const QCommandLineOption mQuick;
     const QCommandLineOption mVerbose;
 };
 

@@ -9,7 +9,7 @@ enum ExitCode : int {
     NeverFound = 1,
     WrongUsage = 64,
     UnreadableInput = 66, ///< and the fibre was not found in what could be read
-    NotWritten = 74, ///< report, plot or study
+    NotWritten = 74, ///< report or plot
 };
 
 } // namespace Focus

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FileFrames.h"
+#include "focus/FileFrames.h"
 
 #include "FiberInspection/Inspection.h"
-#include "FolderListing.h"
-#include "VideoFrames.h"
+#include "common/FolderListing.h"
+#include "simulation/VideoFrames.h"
 
 #include <QCollator>
 #include <QFile>
@@ -61,7 +61,7 @@ Frame readPicture(const QString &path)
         cv::cvtColor(picture, luminance, cv::COLOR_BGR2GRAY);
         const QImage view(luminance.data, luminance.cols, luminance.rows, static_cast<int>(luminance.step),
             QImage::Format_Grayscale8);
-        frame.picture = videoFrame(view);
+        frame.picture = Simulation::videoFrame(view);
     } catch (const std::exception &exception) {
         frame.problem = QString::fromUtf8(exception.what());
     }
@@ -146,7 +146,7 @@ Frame FileFrames::readRaw(const QString &path)
     if (bytes.size() < frameBytes)
         return finishFile(QStringLiteral("%1 bytes are no frame, that would be %2").arg(bytes.size()).arg(frameBytes));
 
-    frame.picture = videoFrame(bytes, mRawLayout.size, mRawLayout.stride);
+    frame.picture = Simulation::videoFrame(bytes, mRawLayout.size, mRawLayout.stride);
     return start + frameBytes < file.size() ? frame : finishFile({});
 }
 

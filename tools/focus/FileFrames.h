@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Frame.h"
+#include "focus/Frame.h"
 
 #include <QSize>
 #include <QStringList>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "FilterLog.h"
+#include "focus/FilterLog.h"
 
-#include "Terminal.h"
+#include "common/Terminal.h"
 
 #include <QLoggingCategory>
 #include <QMutex>

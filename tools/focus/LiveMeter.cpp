@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "LiveMeter.h"
+#include "focus/LiveMeter.h"
 
 #include "FiberInspection/FiberRealtimeAnalyser.h"
-#include "FilterLog.h"
+#include "focus/FilterLog.h"
 
 #include <QElapsedTimer>
 #include <QVideoSurfaceFormat>

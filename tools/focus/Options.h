@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FileFrames.h"
-#include "SweepFrames.h"
+#include "focus/FileFrames.h"
+#include "focus/SweepFrames.h"
 
 namespace Focus {
 
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { MeasureFiles, MeasureSweep, Study };
+    enum class Action : int { MeasureFiles, MeasureSweep };
     enum class Format : int { Text, Csv, Json };
 
     Action action = Action::MeasureFiles;
@@ -18,8 +18,6 @@ struct Options
     SweepSettings sweep;
     Format format = Format::Text;
     QString plotFile; ///< empty: no plot
-    QString studyFolder;
-    bool quickStudy = false;
     bool verbose = false;
 };
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Report.h"
+#include "focus/Report.h"
 
-#include "Csv.h"
-#include "FileNameCodec.h"
-#include "JsonWriter.h"
-#include "ShortestNumber.h"
-#include "Thresholds.h"
+#include "common/Csv.h"
+#include "common/FileNameCodec.h"
+#include "common/JsonWriter.h"
+#include "common/ShortestNumber.h"
+#include "focus/Thresholds.h"
 
 #include <algorithm>
 #include <array>

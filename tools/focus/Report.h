@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Frame.h"
-#include "LiveMeter.h"
-#include "Options.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "focus/Frame.h"
+#include "focus/LiveMeter.h"
+#include "focus/Options.h"
 
 namespace Focus {
 

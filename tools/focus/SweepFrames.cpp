@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SweepFrames.h"
+#include "focus/SweepFrames.h"
 
-#include "EndfaceScenes.h"
-#include "VideoFrames.h"
+#include "simulation/EndfaceScenes.h"
+#include "simulation/VideoFrames.h"
 
 namespace Focus {
 
@@ -26,7 +26,7 @@ bool SweepFrames::next(Frame *frame)
     *frame = Frame();
     frame->name = QStringLiteral("sweep#%1").arg(mNext + 1);
     frame->blur = mStack.blurAt(mNext);
-    frame->picture = videoFrame(mStack.frameAt(mNext, mNoise));
+    frame->picture = Simulation::videoFrame(mStack.frameAt(mNext, mNoise));
     ++mNext;
     return true;
 }

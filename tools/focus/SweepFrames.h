@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FocusStack.h"
-#include "Frame.h"
+#include "focus/Frame.h"
+#include "simulation/FocusStack.h"
 
 namespace Focus {
 
@@ -27,7 +27,7 @@ public:
     int nameWidth() const override;
 
 private:
-    FocusStack mStack;
+    Simulation::FocusStack mStack;
     double mNoise;
     int mNext = 0;
 };

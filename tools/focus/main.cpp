@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
-#include "ExitCode.h"
-#include "FileNameCodec.h"
-#include "FilterLog.h"
-#include "FocusPlot.h"
-#include "FocusStudy.h"
-#include "LiveMeter.h"
-#include "Report.h"
-#include "StudyExperiments.h"
+#include "common/FileNameCodec.h"
+#include "focus/CommandLine.h"
+#include "focus/ExitCode.h"
+#include "focus/FilterLog.h"
+#include "focus/FocusPlot.h"
+#include "focus/LiveMeter.h"
+#include "focus/Report.h"
 
 #include <QCoreApplication>
 
@@ -91,15 +89,6 @@ int measureAll(const Options &options)
         return Found;
     return allReadable ? NeverFound : UnreadableInput;
 }
-
-int study(const Options &options)
-{
-    QString problem;
-    if (runFocusStudy(options.studyFolder, options.quickStudy ? Effort::least() : Effort(), &problem))
-        return Found;
-    tell(problem);
-    return NotWritten;
-}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -117,5 +106,5 @@ int main(int argc, char *argv[])
     const Options &options = commandLine.options();
     FilterLog::install(options.verbose);
 
-    return options.action == Options::Action::Study ? study(options) : measureAll(options);
+    return measureAll(options);
 }

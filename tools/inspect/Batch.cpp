@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Batch.h"
+#include "inspect/Batch.h"
 
-#include "ExitCode.h"
-#include "Pictures.h"
-#include "ReportText.h"
-#include "StopSignals.h"
+#include "common/StopSignals.h"
+#include "inspect/ExitCode.h"
+#include "inspect/Pictures.h"
+#include "inspect/ReportText.h"
 
 #include <cerrno>
 #include <csignal>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "ProgressBar.h"
-#include "Report.h"
-#include "StandardOutput.h"
-#include "WorkerPool.h"
+#include "common/ProgressBar.h"
+#include "common/StandardOutput.h"
+#include "inspect/Report.h"
+#include "inspect/WorkerPool.h"
 
 #include <QMap>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
+#include "inspect/CommandLine.h"
 
-#include "StandardNames.h"
+#include "inspect/StandardNames.h"
 
 #include <QRegularExpression>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Fetcher.h"
+#include "inspect/Fetcher.h"
 
-#include "Process.h"
-#include "Worker.h"
+#include "inspect/Process.h"
+#include "inspect/Worker.h"
 
 #include <QFile>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ImageList.h"
+#include "inspect/ImageList.h"
 
 #include <QFileInfo>
 

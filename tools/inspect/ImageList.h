@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "FolderListing.h"
+#include "common/FolderListing.h"
 
 namespace Inspect {
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Inspection.h"
+#include "inspect/Inspection.h"
 
-#include "Options.h"
-#include "Pictures.h"
+#include "inspect/Options.h"
+#include "inspect/Pictures.h"
 
 #include <QElapsedTimer>
 

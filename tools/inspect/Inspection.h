@@ -2,7 +2,7 @@
 #pragma once
 
 #include "FiberInspection/Inspection.h"
-#include "Task.h"
+#include "inspect/Task.h"
 
 namespace Inspect {
 

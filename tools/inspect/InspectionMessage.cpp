@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "InspectionMessage.h"
+#include "inspect/InspectionMessage.h"
 
 #include <QDataStream>
 

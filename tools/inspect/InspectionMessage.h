@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Inspection.h"
+#include "inspect/Inspection.h"
 
 #include <QByteArray>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "OutputFolder.h"
+#include "inspect/OutputFolder.h"
 
-#include "Process.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "inspect/Process.h"
 
 #include <QDir>
 #include <QFile>

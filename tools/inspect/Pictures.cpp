@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Pictures.h"
+#include "inspect/Pictures.h"
 
-#include "Inspection.h"
-#include "Options.h"
-#include "OutputFolder.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "inspect/Inspection.h"
+#include "inspect/Options.h"
+#include "inspect/OutputFolder.h"
 
 #include <QBuffer>
 #include <QDir>

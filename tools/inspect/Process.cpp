@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Process.h"
+#include "inspect/Process.h"
 
 #include <algorithm>
 #include <cerrno>

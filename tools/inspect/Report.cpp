@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Report.h"
+#include "inspect/Report.h"
 
-#include "Options.h"
-#include "ReportCsv.h"
-#include "ReportJson.h"
-#include "ReportText.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "inspect/Options.h"
+#include "inspect/ReportCsv.h"
+#include "inspect/ReportJson.h"
+#include "inspect/ReportText.h"
 
 namespace Inspect {
 

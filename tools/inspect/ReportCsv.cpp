@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ReportCsv.h"
+#include "inspect/ReportCsv.h"
 
-#include "Csv.h"
-#include "Inspection.h"
-#include "Options.h"
-#include "ShortestNumber.h"
-#include "StandardNames.h"
-#include "Terminal.h"
+#include "common/Csv.h"
+#include "common/ShortestNumber.h"
+#include "common/Terminal.h"
+#include "inspect/Inspection.h"
+#include "inspect/Options.h"
+#include "inspect/StandardNames.h"
 
 #include <QStringList>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ReportJson.h"
+#include "inspect/ReportJson.h"
 
-#include "FileNameCodec.h"
-#include "Inspection.h"
-#include "JsonWriter.h"
-#include "Options.h"
-#include "StandardNames.h"
+#include "common/FileNameCodec.h"
+#include "common/JsonWriter.h"
+#include "inspect/Inspection.h"
+#include "inspect/Options.h"
+#include "inspect/StandardNames.h"
 
 namespace Inspect {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ReportText.h"
+#include "inspect/ReportText.h"
 
-#include "Inspection.h"
-#include "Options.h"
-#include "StandardNames.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "inspect/Inspection.h"
+#include "inspect/Options.h"
+#include "inspect/StandardNames.h"
 
 #include <QStringList>
 

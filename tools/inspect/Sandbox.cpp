@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Sandbox.h"
+#include "inspect/Sandbox.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "StandardNames.h"
+#include "inspect/StandardNames.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Task.h"
+#include "inspect/Task.h"
 
-#include "Options.h"
-#include "OutputFolder.h"
-#include "StandardNames.h"
+#include "inspect/Options.h"
+#include "inspect/OutputFolder.h"
+#include "inspect/StandardNames.h"
 
 #include <QDir>
 #include <QFileInfo>

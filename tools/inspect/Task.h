@@ -2,7 +2,7 @@
 #pragma once
 
 #include "FiberInspection/Standard.h"
-#include "ImageList.h"
+#include "inspect/ImageList.h"
 
 namespace Inspect {
 

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Worker.h"
+#include "inspect/Worker.h"
 
-#include "Fetcher.h"
-#include "Inspection.h"
-#include "InspectionMessage.h"
-#include "KeptMemory.h"
-#include "Pictures.h"
-#include "Process.h"
+#include "common/KeptMemory.h"
+#include "inspect/Fetcher.h"
+#include "inspect/Inspection.h"
+#include "inspect/InspectionMessage.h"
+#include "inspect/Pictures.h"
+#include "inspect/Process.h"
 
 #include <QFile>
 #include <QLoggingCategory>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Options.h"
-#include "OutputFolder.h"
-#include "Sandbox.h"
-#include "Task.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "inspect/Options.h"
+#include "inspect/OutputFolder.h"
+#include "inspect/Sandbox.h"
+#include "inspect/Task.h"
 
 namespace Inspect {
 

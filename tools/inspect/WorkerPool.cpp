@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "WorkerPool.h"
+#include "inspect/WorkerPool.h"
 
-#include "Fetcher.h"
-#include "InspectionMessage.h"
-#include "Pictures.h"
-#include "Process.h"
+#include "inspect/Fetcher.h"
+#include "inspect/InspectionMessage.h"
+#include "inspect/Pictures.h"
+#include "inspect/Process.h"
 
 #include <QDir>
 

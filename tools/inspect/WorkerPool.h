@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Inspection.h"
-#include "Worker.h"
+#include "inspect/Inspection.h"
+#include "inspect/Worker.h"
 
 #include <QElapsedTimer>
 

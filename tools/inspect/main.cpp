@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Batch.h"
-#include "CommandLine.h"
-#include "ExitCode.h"
-#include "FileNameCodec.h"
-#include "ReportText.h"
-#include "StopSignals.h"
-#include "TemporaryFolder.h"
+#include "common/FileNameCodec.h"
+#include "common/StopSignals.h"
+#include "common/TemporaryFolder.h"
+#include "inspect/Batch.h"
+#include "inspect/CommandLine.h"
+#include "inspect/ExitCode.h"
+#include "inspect/ReportText.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

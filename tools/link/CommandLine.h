@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "CommandLineBase.h"
-#include "Options.h"
+#include "common/CommandLineBase.h"
+#include "link/Options.h"
 
 namespace Link {
 

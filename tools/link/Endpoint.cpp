@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Endpoint.h"
+#include "link/Endpoint.h"
 
 #include "Tcp/TcpClient.h"
 #include "Tcp/TcpServer.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
 
 using Tools::Terminal::tell;
 

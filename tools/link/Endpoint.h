@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Options.h"
+#include "link/Options.h"
 
 #include <QObject>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "LineReader.h"
+#include "link/LineReader.h"
 
 #include <cerrno>
 #include <unistd.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Payload.h"
+#include "link/Payload.h"
 
 #include "Helpers/JsonHelper.h"
-#include "JsonWriter.h"
+#include "common/JsonWriter.h"
 
 namespace Link {
 

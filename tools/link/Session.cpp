@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Session.h"
+#include "link/Session.h"
 
-#include "Payload.h"
-#include "StopSignals.h"
-#include "Terminal.h"
+#include "common/StopSignals.h"
+#include "common/Terminal.h"
+#include "link/Payload.h"
 
 #include <QCoreApplication>
 

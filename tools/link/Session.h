@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Endpoint.h"
-#include "ExitCode.h"
-#include "LineReader.h"
-#include "StandardOutput.h"
-#include "Traffic.h"
+#include "common/StandardOutput.h"
+#include "link/Endpoint.h"
+#include "link/ExitCode.h"
+#include "link/LineReader.h"
+#include "link/Traffic.h"
 
 #include <QSocketNotifier>
 #include <QTimer>

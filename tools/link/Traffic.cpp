@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Traffic.h"
+#include "link/Traffic.h"
 
 namespace Link {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
-#include "ExitCode.h"
-#include "Session.h"
-#include "StopSignals.h"
-#include "Terminal.h"
+#include "common/StopSignals.h"
+#include "common/Terminal.h"
+#include "link/CommandLine.h"
+#include "link/ExitCode.h"
+#include "link/Session.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>

@@ -15,7 +15,7 @@ struct Explanation
     int column = 0; ///< from 1; 0 where it is the names as a whole
 };
 
-/// @param error what the generator made of this pair, not NoError
-Explanation explanationOf(TestNameGenerator::GenerateError error, const QString &first, const QString &last, int max);
+/// @param fault what the generator found with this pair and limit
+Explanation explanationOf(const NameGenFault &fault, const QString &first, const QString &last, int max);
 
 } // namespace Names

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
-#include "Explanation.h"
-#include "JsonWriter.h"
-#include "Terminal.h"
+#include "common/JsonWriter.h"
+#include "common/Terminal.h"
+#include "names/CommandLine.h"
+#include "names/Explanation.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>
@@ -57,12 +57,12 @@ QByteArray json(const Explanation &explanation)
 int generate(const Options &options)
 {
     QVector<QString> names;
-    const TestNameGenerator::GenerateError error =
-        TestNameGenerator::generateTestNames(options.prefix, options.first, options.last, names, options.max);
-    if (error == TestNameGenerator::NoError)
+    NameGenFault fault;
+    TestNameGenerator::generateTestNames(options.prefix, options.first, options.last, names, options.max, fault);
+    if (fault.error == TestNameGenerator::NoError)
         return print(options.isJson ? json(names) : lines(names)) ? Printed : NotWritten;
 
-    const Explanation explanation = explanationOf(error, options.first, options.last, options.max);
+    const Explanation explanation = explanationOf(fault, options.first, options.last, options.max);
     if (!options.isJson)
         tell(explanation.sentence);
     else if (!print(json(explanation)))

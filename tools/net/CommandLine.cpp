@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
+#include "net/CommandLine.h"
 
 #include <QRegularExpression>
 

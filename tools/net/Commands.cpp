@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Commands.h"
+#include "net/Commands.h"
 
 #include "Helpers/BaseDirHelper.h"
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
-#include "InterfaceFacts.h"
-#include "JsonWriter.h"
-#include "Terminal.h"
+#include "common/JsonWriter.h"
+#include "common/Terminal.h"
+#include "net/InterfaceFacts.h"
 
 #include <QFileInfo>
 
@@ -30,36 +30,6 @@ public:
 
 private:
     QString mName;
-};
-
-/// configureSystem() tells of its failures in the log alone, where it also warns of a hook that it has linked, and of
-/// what another user had put in its way.
-class FailureWatch
-{
-public:
-    FailureWatch()
-    {
-        sHasFailed = false;
-        sFormer = qInstallMessageHandler(&FailureWatch::watch);
-    }
-    ~FailureWatch() { qInstallMessageHandler(sFormer); }
-    FailureWatch(const FailureWatch &) = delete;
-    FailureWatch &operator=(const FailureWatch &) = delete;
-
-    bool hasFailed() const { return sHasFailed; }
-
-private:
-    static void watch(QtMsgType level, const QMessageLogContext &context, const QString &text)
-    {
-        const bool isOfSuccess =
-            text.startsWith(QLatin1String("Failed to create /etc/dhcp/dhclient-exit-hooks.d/ipdetails symlink to "))
-            || text.startsWith(QLatin1String("Moved a folder of another user aside: "));
-        sHasFailed = sHasFailed || (level == QtWarningMsg && !isOfSuccess);
-        sFormer(level, context, text);
-    }
-
-    static inline bool sHasFailed = false;
-    static inline QtMessageHandler sFormer = nullptr;
 };
 
 QByteArray yesOrNo(const char *label, bool value)
@@ -171,9 +141,8 @@ Outcome configure(const Options &options)
         const QString hook = BaseDirHelper::scriptDir() + QStringLiteral("ipdetails");
         if (!QFileInfo::exists(hook))
             return {NotDone, {}, QStringLiteral("there is no %1; nothing was changed").arg(hook)};
-        const FailureWatch watch;
-        NetworkHelper::configureSystem();
-        if (!watch.hasFailed())
+        NetworkHelper::ConfigurationSteps failed;
+        if (NetworkHelper::configureSystem(failed))
             return {};
         return {NotDone, {}, QStringLiteral("not all of it was done; --verbose tells why")};
     });

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "ExitCode.h"
-#include "Options.h"
+#include "net/ExitCode.h"
+#include "net/Options.h"
 
 #include <QByteArray>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "InterfaceFacts.h"
+#include "net/InterfaceFacts.h"
 
 #include "Helpers/IPDetails.h"
 #include "Helpers/NetworkHelper.h"
-#include "JsonWriter.h"
+#include "common/JsonWriter.h"
 
 #include <QFile>
 #include <QNetworkInterface>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Terminal.h"
+#include "common/Terminal.h"
 
 #include <QByteArray>
 #include <QStringList>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "CommandLine.h"
-#include "Commands.h"
-#include "Terminal.h"
+#include "common/Terminal.h"
+#include "net/CommandLine.h"
+#include "net/Commands.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AxisRange.h"
+#include "plot/AxisRange.h"
 
 #include <algorithm>
 #include <cmath>

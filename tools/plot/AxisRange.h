@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Charts.h"
+#include "plot/Charts.h"
 
 #include <QString>
 #include <QVector>

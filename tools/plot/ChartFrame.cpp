@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "ChartFrame.h"
+#include "plot/ChartFrame.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "AxisRange.h"
-#include "Charts.h"
-#include "SvgCanvas.h"
+#include "plot/AxisRange.h"
+#include "plot/Charts.h"
+#include "plot/SvgCanvas.h"
 
 #include <QRectF>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Charts.h"
-#include "SvgCanvas.h"
+#include "plot/Charts.h"
+#include "plot/SvgCanvas.h"
 
 #include <QRectF>
 

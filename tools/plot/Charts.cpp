@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Charts.h"
+#include "plot/Charts.h"
 
-#include "ChartPainters_p.h"
-#include "SvgCanvas.h"
+#include "plot/ChartPainters_p.h"
+#include "plot/SvgCanvas.h"
 
 #include <QSaveFile>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "AxisRange.h"
-#include "ChartFrame.h"
-#include "ChartPainters_p.h"
+#include "plot/AxisRange.h"
+#include "plot/ChartFrame.h"
+#include "plot/ChartPainters_p.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "SvgCanvas.h"
+#include "plot/SvgCanvas.h"
 
 #include <cmath>
 

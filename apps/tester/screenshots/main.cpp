@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Goes through the application as a user would, and leaves a picture of each page in both sizes and languages.
+#include "Helpers/AbsoluteBaseDir.h"
 #include "ShellDriver.h"
-#include "SimulatedScope.h"
 #include "Tester.h"
-#include "TesterDirHelper.h"
+#include "simulation/SimulatedScope.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -140,7 +140,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     const QTemporaryDir workDir;
-    const TesterDirHelper folders(workDir.path());
+    const AbsoluteBaseDir folders(workDir.path());
     const QString program = QFileInfo(QStringLiteral("/proc/self/exe")).symLinkTarget();
     Tester::prepareProcess(QFileInfo(program).absolutePath() + QStringLiteral("/../plugins/mediaservice"));
     const QGuiApplication application(argc, argv);

@@ -7,6 +7,17 @@ import "qrc:/Vantor/Style"
 import "../Utils/QmlModelUtils.js" as ModelUtils
 
 // A combo box whose rows have a text to show and a value to work with.
+//
+// currentValue follows currentIndex late: in onCurrentIndexChanged it is still that of the row before, undefined if there
+// was none. Handle onCurrentValueChanged for whatever changes it, or onActivated for what the user chooses; in both it is
+// that of the current row. Who has to act on the index, also between rows of the same value, asks valueOfRow(currentIndex):
+//
+//     VantorControls.ComboBox {
+//         model: fiberManager.fiberInspectionStandardModel()
+//         textRole: "name"
+//         valueRole: "id"
+//         onCurrentValueChanged: settings.standardId = currentValue
+//     }
 Controls.ComboBox {
     id: root
 
