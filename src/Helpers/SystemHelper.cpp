@@ -148,6 +148,7 @@ bool hasOurOptionsOnly(const QStringList &tarWords, int fileCount)
     }
     return folders == fileCount;
 }
+
 /// Where tar will write: behind a link, what it leads to.
 QString targetOf(const QString &path)
 {
