@@ -151,6 +151,7 @@ void TcpServer::onNewConnection()
     mSocket = socket;
     connectHeld(socket, &QTcpSocket::readyRead, this, &TcpServer::onReadyRead, mCalls);
     connect(socket.get(), &QTcpSocket::bytesWritten, this, &TcpServer::noteUnsent);
+    mBytesUnsent = 0;
     const std::shared_ptr<SocketBuffer> buffer = mSocketBuffer;
     buffer->beginConnection(); // tells in the log, whose handler may do what a receiver may
     if (!self || mSocket != socket)
