@@ -362,6 +362,7 @@ bool SystemHelper::isProcessRunning(const QString &appname)
         qWarning() << "Not the name of a process: " << appname;
         return false;
     }
+    const ChildSignal children;
     QProcess process;
     process.start(QStringLiteral("pgrep"), {appname});
     process.waitForReadyRead(processListTimeout);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
 #include "ForkedChild.h"
+#include "Helpers/NetworkHelper.h"
 #include "Helpers/SystemHelper.h"
 #include "LogCapture.h"
 #include "PollTimes.h"
@@ -325,8 +326,11 @@ private Q_SLOTS:
                 const bool ends = !SystemHelper::runCommand(QStringLiteral("sleep 1000"), 300, nullptr, nullptr);
                 QByteArray output;
                 const bool runs = SystemHelper::runCommand(QStringLiteral("echo here"), 3000, &output, nullptr);
+                const bool isListed = SystemHelper::isProcessRunning(QStringLiteral("no such process"));
+                QString mac;
+                NetworkHelper::generateRandomMACAddress(mac);
                 sigprocmask(SIG_BLOCK, nullptr, &after);
-                return ends && runs && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
+                return ends && runs && !isListed && mac.size() == 17 && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
             },
             enough);
 
