@@ -330,7 +330,14 @@ private Q_SLOTS:
                 QString mac;
                 NetworkHelper::generateRandomMACAddress(mac);
                 sigprocmask(SIG_BLOCK, nullptr, &after);
-                return ends && runs && !isListed && mac.size() == 17 && output == "here\n" && sigismember(&after, SIGCHLD) == 1 ? 0 : 1;
+                sigset_t pending;
+                sigpending(&pending); // as if nobody had heard of a child
+                if (sigismember(&pending, SIGCHLD) != 1)
+                    return 2;
+                return ends && runs && !isListed && mac.size() == 17 && output == "here\n"
+                        && sigismember(&after, SIGCHLD) == 1
+                    ? 0
+                    : 1;
             },
             enough);
 
