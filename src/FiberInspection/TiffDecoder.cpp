@@ -281,6 +281,17 @@ QString problemOfTiles(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
     return {};
 }
 
+/// Whether the strips are bearable: one may have more lines than the image, and OpenCV takes the memory for all of
+/// them.
+QString problemOfStrips(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
+{
+    const auto lines = tiff.number<uint32_t>(TIFFTAG_ROWSPERSTRIP);
+    const bool isAll = lines == UINT32_MAX || lines <= layout.height;
+    return isAll || layout.width * lines <= maxPixels
+        ? QString()
+        : QStringLiteral("strips of %1 lines are not supported").arg(lines);
+}
+
 /// Whether the kind of pixels and the pieces they come in are bearable.
 QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
 {
@@ -288,7 +299,7 @@ QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels
         if (!problem.isEmpty())
             return problem;
     }
-    return layout.isTiled ? problemOfTiles(tiff, layout, maxPixels) : QString();
+    return layout.isTiled ? problemOfTiles(tiff, layout, maxPixels) : problemOfStrips(tiff, layout, maxPixels);
 }
 
 /// Whether nothing shines through the pixels of a piece: what is behind them is not in the file.

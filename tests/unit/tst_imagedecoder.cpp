@@ -9,6 +9,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <functional>
+#include <limits>
 #include <random>
 
 using namespace FiberInspection;
@@ -479,6 +480,8 @@ private Q_SLOTS:
         kind = {};
         kind.rowsPerStrip = 1000;
         row("one strip", kind);
+        kind.rowsPerStrip = 65535; // some writers say so of one strip
+        row("one strip of more lines than the image", kind);
         kind = {};
         kind.isPlanar = true;
         row("planes", kind);
@@ -919,6 +922,13 @@ private Q_SLOTS:
         odd.samples = 1;
         odd.photometric = 3;
         oddTiff("palette of 16 bits", odd, "1 samples of 16 bits as photometric interpretation 3 are not supported");
+        odd = {};
+        odd.compression = 8;
+        odd.rowsPerStrip = 65535;
+        row("a wide strip of far more lines than the image", tiff(1600, 20, odd),
+            "strips of 65535 lines are not supported");
+        odd.rowsPerStrip = std::numeric_limits<int>::max();
+        oddTiff("a strip of lines without end", odd, "strips of 2147483647 lines are not supported");
         const auto entry = [&row](const char *name, int tag, TiffEntry::Type type, int value, const char *reason) {
             row(name,
                 changed(plainStrips(),
