@@ -18,6 +18,7 @@ namespace {
 constexpr int maxSamplesPerPixel = 4;
 constexpr tmsize_t bitsPerByte = 8;
 constexpr tmsize_t tileUnit = 1024; // bytes; OpenCV takes no tiles of others that are not compressed
+constexpr qint64 maxCostlyPieces = 8192; // strips or tiles of which each takes the decoder 0.1 ms beside its pixels
 constexpr tmsize_t memoryPerPixel = 16; // bytes: for each single piece of memory
 constexpr tmsize_t leastMemory = 16L * 1024 * 1024; // bytes
 constexpr uint16_t compressions[] = {
@@ -202,6 +203,12 @@ struct Layout
     const Kind *kind = nullptr; ///< null for pixels that do not come out as they are
 };
 
+/// How many strips or tiles the decoder looks at: those of all planes in one place are one to it.
+qint64 piecesOfPlane(const Layout &layout)
+{
+    return layout.isPlanar ? layout.pieces / static_cast<uint32_t>(layout.samples) : layout.pieces;
+}
+
 /// Whether the page is the photograph, and not what goes with one.
 QString problemOfPage(const Tiff &tiff)
 {
@@ -292,10 +299,24 @@ QString problemOfStrips(const Tiff &tiff, const Layout &layout, qint64 maxPixels
         : QStringLiteral("strips of %1 lines are not supported").arg(lines);
 }
 
+/// Whether the decoder has to make tables anew for no more of the pieces than is bearable.
+QString problemOfCost(const Layout &layout)
+{
+    const bool isCostly =
+        layout.photometric == PHOTOMETRIC_RGB && (layout.bits > bitsPerByte || !layout.alphas.empty());
+    return !isCostly || piecesOfPlane(layout) <= maxCostlyPieces
+        ? QString()
+        : QStringLiteral("%1 strips or tiles of %2 samples of %3 bits are too many")
+              .arg(layout.pieces)
+              .arg(layout.samples)
+              .arg(layout.bits);
+}
+
 /// Whether the kind of pixels and the pieces they come in are bearable.
 QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
 {
-    for (const QString &problem : {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff)}) {
+    for (const QString &problem :
+        {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff), problemOfCost(layout)}) {
         if (!problem.isEmpty())
             return problem;
     }
@@ -310,7 +331,7 @@ bool isOpaque(const Layout &layout, uint32_t piece, const std::vector<uchar> &sa
     if (layout.alphas.empty())
         return true;
     const qint64 across = (layout.width + layout.pieceWidth - 1) / layout.pieceWidth;
-    const qint64 ofPlane = layout.isPlanar ? layout.pieces / static_cast<uint32_t>(layout.samples) : layout.pieces;
+    const qint64 ofPlane = piecesOfPlane(layout);
     const qint64 place = piece % ofPlane;
     const qint64 sampleSize = layout.bits / bitsPerByte;
     const qint64 pixelSize = layout.isPlanar ? sampleSize : sampleSize * layout.samples;

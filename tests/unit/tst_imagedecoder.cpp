@@ -483,6 +483,17 @@ private Q_SLOTS:
         kind.rowsPerStrip = 65535; // some writers say so of one strip
         row("one strip of more lines than the image", kind);
         kind = {};
+        kind.bits = 16;
+        kind.isPlanar = true;
+        kind.rowsPerStrip = 1;
+        const cv::Mat tall = photograph(4000, 2);
+        QTest::newRow("12,000 strips of planes, 16 bits") << tiff(tall, kind) << shown(tall, kind);
+        kind.samples = 1;
+        kind.photometric = 1;
+        kind.isPlanar = false;
+        const cv::Mat taller = photograph(8193, 2);
+        QTest::newRow("8,193 strips of grey, 16 bits") << tiff(taller, kind) << shown(taller, kind);
+        kind = {};
         kind.isPlanar = true;
         row("planes", kind);
         kind.tileSide = 32;
@@ -929,6 +940,20 @@ private Q_SLOTS:
             "strips of 65535 lines are not supported");
         odd.rowsPerStrip = std::numeric_limits<int>::max();
         oddTiff("a strip of lines without end", odd, "strips of 2147483647 lines are not supported");
+        for (const int alphas : {0, 1}) {
+            for (const int bits : {8, 16}) {
+                odd = {};
+                odd.bits = bits;
+                odd.samples = 3 + alphas;
+                odd.rowsPerStrip = 1;
+                if (alphas == 0 && bits == 8)
+                    continue;
+                const QByteArray samples =
+                    QByteArray::number(odd.samples) + " samples of " + QByteArray::number(bits) + " bits";
+                row(QByteArray("many strips of " + samples).constData(), tiff(1, 8193, odd),
+                    QByteArray("8193 strips or tiles of " + samples + " are too many").constData());
+            }
+        }
         const auto entry = [&row](const char *name, int tag, TiffEntry::Type type, int value, const char *reason) {
             row(name,
                 changed(plainStrips(),

@@ -154,6 +154,23 @@ QByteArray tiffWithStrips(int count)
     return tiff(strips);
 }
 
+/// White strips of one line, of 16 bits: grey, or RGB with or without alpha.
+QByteArray deepTiff(int width, int count, int samples)
+{
+    constexpr quint32 bits = 8; // behind the header
+    const QByteArray strip = deflated(QByteArray(2 * samples * width, '\xFF'));
+    const QByteArray table = littleEndian(16, 2).repeated(4);
+    TiffStrips strips{width, count, 1, 8, {}, std::vector<quint32>(std::size_t(count), quint32(strip.size())),
+        table + strip.repeated(count), {}};
+    for (int i = 0; i < count; ++i)
+        strips.offsets.push_back(bits + quint32(table.size() + i * strip.size()));
+    strips.entries = {{258, {TiffEntry::Short, quint32(samples), samples == 1 ? 16 : bits}},
+        {262, {TiffEntry::Short, 1, samples == 1 ? 1U : 2U}}, {277, {TiffEntry::Short, 1, quint32(samples)}}};
+    if (samples == 4)
+        strips.entries[338] = {TiffEntry::Short, 1, 2};
+    return tiff(strips);
+}
+
 /// Private entries whose values are the same bytes, of which there are as many as fit into the file.
 TiffStrips tiffWithValues(int entries, int size)
 {
@@ -237,6 +254,8 @@ private Q_SLOTS:
             small.entries[tag] = {TiffEntry::Byte, 1, 0};
         QTest::newRow("TIFF with 4,080 private entries") << tiff(small) << 16;
         QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
+        QTest::newRow("TIFF with 65,536 strips of 3 x 16 bits") << deepTiff(8, 65536, 3) << 32;
+        QTest::newRow("TIFF with 65,536 strips of 4 x 16 bits") << deepTiff(8, 65536, 4) << 32;
     }
     void maliciousFilesCostLittle()
     {
@@ -277,6 +296,9 @@ private Q_SLOTS:
             ".webp", large(cv::Rect(0, 0, side, side / 4)), {cv::IMWRITE_WEBP_QUALITY, 101});
         QTest::newRow("TIFF of one tile") << tiffWithTile(side, side * side);
         QTest::newRow("TIFF of as many strips as there may be") << tiffWithStrips(65536);
+        QTest::newRow("TIFF of as many strips of 3 x 16 bits as there may be") << deepTiff(2048, 8192, 3);
+        QTest::newRow("TIFF of as many strips of 4 x 16 bits as there may be") << deepTiff(2048, 8192, 4);
+        QTest::newRow("TIFF of as many strips of 16 bits of grey as there may be") << deepTiff(256, 65536, 1);
     }
     void theLargestImagesStayInTheirBudget()
     {
