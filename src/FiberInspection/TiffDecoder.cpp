@@ -220,6 +220,23 @@ QString problemOfPage(const Tiff &tiff)
     return depth > 1 ? QStringLiteral("images of %1 layers are not supported").arg(depth) : QString();
 }
 
+/// Whether black and white of each color are the lowest and the highest sample: the decoder heeds no others in RGB.
+QString problemOfRange(const Tiff &tiff, const Layout &layout)
+{
+    constexpr int colors = 3;
+    const float *range = nullptr; // black and white of each color
+    if (layout.photometric != PHOTOMETRIC_RGB || TIFFGetField(tiff.get(), TIFFTAG_REFERENCEBLACKWHITE, &range) == 0)
+        return {};
+    const int highest = (1 << layout.bits) - 1;
+    for (int color = 0; color < colors; ++color, range += 2) {
+        const double black = range[0];
+        const double white = range[1];
+        if (black != 0 || !(white >= highest)) // which also refuses what is no number
+            return QStringLiteral("samples from %1 to %2 are not supported").arg(black).arg(white);
+    }
+    return {};
+}
+
 /// Whether white comes out as white: the decoder takes samples as if they used all of their bits.
 QString problemOfScale(const Tiff &tiff, const Layout &layout)
 {
@@ -230,7 +247,7 @@ QString problemOfScale(const Tiff &tiff, const Layout &layout)
     if (TIFFGetField(tiff.get(), TIFFTAG_SMAXSAMPLEVALUE, &ofAnyFormat) != 0)
         highest = std::min(highest, ofAnyFormat);
     const bool isScaled = highest >= (1 << layout.bits) - 1;
-    return isScaled ? QString() : QStringLiteral("samples up to %1 are not supported").arg(highest);
+    return isScaled ? problemOfRange(tiff, layout) : QStringLiteral("samples up to %1 are not supported").arg(highest);
 }
 
 QString problemOfPixels(const Tiff &tiff, const Layout &layout)

@@ -28,6 +28,7 @@ enum Tag : quint16 {
     OldSubfileType = 255, // the decoder does not know it any more
     StripOffsets = 273,
     StripByteCounts = 279,
+    GrayResponseCurve = 291, // nor this one
     TileOffsets = 324,
     TileByteCounts = 325
 };
@@ -82,6 +83,8 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStru
     const quint64 value = entry + 4 + form.offsetSize;
     if (tag == OldSubfileType)
         structure->isReduced = numbers.number(value, std::min(typeSize, form.offsetSize)) == reducedImage;
+    else if (tag == GrayResponseCurve)
+        structure->hasResponseCurve = true;
     if (typeSize == 0 || count <= form.offsetSize / typeSize) // nothing outside of the entry
         return true;
     const quint64 at = numbers.number(value, form.offsetSize);
@@ -158,6 +161,8 @@ TiffStructure readTiffStructure(const QByteArray &bytes)
         structure.problem = QStringLiteral("the values of entries overlap");
     else if (structure.isReduced)
         structure.problem = QStringLiteral("the page is a reduced form of an image");
+    else if (structure.hasResponseCurve)
+        structure.problem = QStringLiteral("a response curve is not supported");
     else if (structure.offsets == 0 || structure.offsets != structure.sizes)
         structure.problem = QStringLiteral("the image header is damaged");
     else if (structure.offsets > maxPieces)

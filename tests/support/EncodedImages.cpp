@@ -159,6 +159,8 @@ void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
     } else {
         TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
     }
+    if (!kind.ranges.empty())
+        TIFFSetField(file, TIFFTAG_REFERENCEBLACKWHITE, kind.ranges.data());
     for (const auto &[tag, number] : kind.entries)
         TIFFSetField(file, uint32_t(tag), number);
 }

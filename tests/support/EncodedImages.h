@@ -55,6 +55,7 @@ struct Tiff
     int alpha = 255; ///< of those samples
     cv::Point hole{-1, -1}; ///< the pixel in which they are 0
     std::map<int, int> entries; ///< by their tag; further ones, of one number
+    std::vector<float> ranges; ///< black and white of each of three colors; none is said without
 };
 /// What is not color has the brightness of the picture's blue. Tiles are filled up with noise.
 QByteArray tiff(const cv::Mat &bgr, const Tiff &kind);

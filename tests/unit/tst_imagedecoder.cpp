@@ -565,6 +565,12 @@ private Q_SLOTS:
                 }
             }
         }
+        kind = {};
+        kind.ranges = {0, 255, 0, 255, 0, 255};
+        row("black and white as usual", kind);
+        kind.bits = 16;
+        kind.ranges = {0, 65535, 0, 65535, 0, 65535};
+        row("black and white as usual, 16 bits", kind);
         for (int orientation = 2; orientation <= 8; ++orientation) {
             kind = {};
             kind.orientation = orientation;
@@ -967,6 +973,24 @@ private Q_SLOTS:
         entry("signed samples", 339, TiffEntry::Short, 2, "samples of format 2 are not supported");
         entry("samples up to 250", 281, TiffEntry::Short, 250, "samples up to 250 are not supported");
         entry("samples of any format up to 250", 341, TiffEntry::Short, 250, "samples up to 250 are not supported");
+        const auto rangeRow = [&row](const char *name, int bits, const std::vector<float> &range, const char *reason) {
+            Tiff ranged;
+            ranged.bits = bits;
+            ranged.ranges = range;
+            row(name, tiff(photograph(50, 75), ranged), reason);
+        };
+        rangeRow("RGB from 16 to 235", 8, {16, 235, 16, 235, 16, 235}, "samples from 16 to 235 are not supported");
+        rangeRow("RGB up to 254", 8, {0, 255, 0, 255, 0, 254}, "samples from 0 to 254 are not supported");
+        rangeRow(
+            "RGB of which green begins at 1", 8, {0, 255, 1, 255, 0, 255}, "samples from 1 to 255 are not supported");
+        rangeRow("RGB of 12 bits", 16, {0, 4095, 0, 4095, 0, 4095}, "samples from 0 to 4095 are not supported");
+        row("a response curve",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->data += QByteArray(2 * 256, '\x33');
+                    strips->entries[291] = {TiffEntry::Short, 256, 8 + 64 * 64};
+                }),
+            "a response curve is not supported");
         entry("a reduced image", 254, TiffEntry::Long, 1, "the page is a reduced form of an image");
         entry("a reduced image, as it once was", 255, TiffEntry::Short, 2, "the page is a reduced form of an image");
         row("an entry of which the decoder warns",
