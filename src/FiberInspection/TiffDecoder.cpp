@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <tiffio.h>
 #include <vector>
 #include <zlib.h>
@@ -62,7 +63,7 @@ public:
         const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
             TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
         if (!options)
-            return;
+            throw std::bad_alloc();
         TIFFOpenOptionsSetMaxSingleMemAlloc(
             options.get(), std::max(leastMemory, static_cast<tmsize_t>(maxPixels) * memoryPerPixel));
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Tiff::onError, this);
@@ -431,7 +432,8 @@ QString problemOfData(
 {
     const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
     const tmsize_t pieceSize = layout.isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
-    const auto notWhole = [&tiff]() {
+    const auto notWhole = [&tiff, &layout]() {
+        requireMemory(QSize(static_cast<int>(layout.width), static_cast<int>(layout.height)));
         return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
     };
     if (pieceSize <= 0)
@@ -469,8 +471,10 @@ QString problemOfPieces(const Tiff &tiff, const Layout &layout, const QByteArray
 DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qint64 maxPixels, QSize *size)
 {
     const Tiff tiff(bytes, maxPixels);
-    if (!tiff.get() || tiff.hasComplained())
+    if (!tiff.get() || tiff.hasComplained()) {
+        requireMemory(QSize(0, 0)); // the size is not known yet
         return damaged(tiff.message());
+    }
     const Layout layout(tiff);
     const QString problemOfHeader = problemOfSize(layout.width, layout.height, maxPixels);
     if (!problemOfHeader.isEmpty())
@@ -482,10 +486,7 @@ DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qi
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
     const QString problemOfFile = problemOfPieces(tiff, layout, bytes, structure);
-    if (problemOfFile.isEmpty())
-        return DecodedImage();
-    requireMemory(*size);
-    return refused(problemOfFile);
+    return problemOfFile.isEmpty() ? DecodedImage() : refused(problemOfFile);
 }
 } // namespace
 

@@ -14,6 +14,7 @@
 
 #include <limits>
 #include <malloc.h>
+#include <numeric>
 
 using namespace FiberInspection;
 using namespace EncodedImages;
@@ -169,6 +170,17 @@ QByteArray deepTiff(int width, int count, int samples)
     if (samples == 4)
         strips.entries[338] = {TiffEntry::Short, 1, 2};
     return tiff(strips);
+}
+
+/// Strips of one line, 4,096 x 4,096 pixels; each of them is this one, in a place of its own.
+TiffStrips largeTiff(const QByteArray &strip, int compression)
+{
+    constexpr int side = 4096;
+    TiffStrips strips{
+        side, side, 1, compression, {}, std::vector<quint32>(side, quint32(strip.size())), strip.repeated(side), {}};
+    for (int i = 0; i < side; ++i)
+        strips.offsets.push_back(quint32(8 + i * strip.size()));
+    return strips;
 }
 
 /// Private entries whose values are the same bytes, of which there are as many as fit into the file.
@@ -347,6 +359,10 @@ private Q_SLOTS:
         QTest::newRow("progressive JPEG") << encoded(".jpg", picture, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
         QTest::newRow("PNG") << encoded(".png", picture);
         QTest::newRow("TIFF") << encoded(".tiff", picture);
+        std::vector<quint32> places(65536);
+        std::iota(places.begin(), places.end(), 8);
+        QTest::newRow("TIFF of many strips")
+            << tiff(TiffStrips{1, 65536, 1, 1, places, std::vector<quint32>(65536, 1), QByteArray(65536, '\x55'), {}});
         QTest::newRow("WebP") << encoded(".webp", picture, {cv::IMWRITE_WEBP_QUALITY, 90});
         QTest::newRow("BMP") << encoded(".bmp", picture);
         QTest::newRow("PNM") << encoded(".ppm", picture);
@@ -375,6 +391,41 @@ private Q_SLOTS:
 
         QVERIFY(broken > 0);
         QVERIFY(read > 0);
+    }
+
+    // Nor is memory asked for that nothing needs: what speaks against a photograph is told all the same.
+    void aRefusalNeedsNoMemoryForThePixels_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        const QByteArray line = deflated(QByteArray(4096, '\x55'));
+        TiffStrips overlapping = largeTiff(line, 8);
+        overlapping.offsets[1] = overlapping.offsets[0];
+        QTest::newRow("strips overlap") << tiff(overlapping) << QStringLiteral("strips or tiles overlap");
+        TiffStrips many = largeTiff(line, 8);
+        many.rowsPerStrip = 2;
+        QTest::newRow("too many strips") << tiff(many)
+                                         << QStringLiteral("the file has 4096 strips or tiles instead of 2048");
+        TiffStrips transparent = largeTiff(deflated(QByteArray(2 * 4096, '\x55')), 8);
+        transparent.entries = {
+            {258, {TiffEntry::Short, 2, 0x80008}}, {277, {TiffEntry::Short, 1, 2}}, {338, {TiffEntry::Short, 1, 2}}};
+        QTest::newRow("transparent pixels")
+            << tiff(transparent) << QStringLiteral("transparent pixels are not supported");
+    }
+    void aRefusalNeedsNoMemoryForThePixels()
+    {
+        if (!canLimitMemory)
+            QSKIP("the sanitizers need address space without bounds");
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+
+        const ForkedChild child = ForkedChild::run([&bytes] {
+            const Faults::MemoryLimit limit(static_cast<quint64>(32 * mebibyte));
+            std::fprintf(stderr, "\n%s", qPrintable(decodeImage(bytes).detail));
+            return 0;
+        });
+
+        QCOMPARE(QString::fromUtf8(child.standardError.split('\n').last()), reason);
     }
 
 private:
