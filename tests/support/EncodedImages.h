@@ -86,6 +86,9 @@ struct TiffStrips
 };
 QByteArray tiff(const TiffStrips &strips);
 
+/// A TIFF with 64-bit offsets and no more than as many private entries, all of which point at its header.
+QByteArray tiffWithEntries(int count);
+
 /// A BMP of random pixels.
 QByteArray bmp(int width, int height, int bits, bool isFromTop = false);
 

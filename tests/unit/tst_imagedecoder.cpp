@@ -1061,6 +1061,7 @@ private Q_SLOTS:
                     strips->sizes[7] = 64;
                 }),
             overlap);
+        row("4,097 entries", tiffWithEntries(4097), "the image header is damaged");
         row("half of the lines", changed(plainStrips(), [](TiffStrips *strips) { strips->height = 32; }),
             "the file has 8 strips or tiles instead of 4");
         row("half of the offsets", changed(plainStrips(), [](TiffStrips *strips) { strips->offsets.resize(4); }),

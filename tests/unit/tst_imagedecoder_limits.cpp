@@ -268,6 +268,7 @@ private Q_SLOTS:
         QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
         QTest::newRow("TIFF with 65,536 strips of 3 x 16 bits") << deepTiff(8, 65536, 3) << 32;
         QTest::newRow("TIFF with 65,536 strips of 4 x 16 bits") << deepTiff(8, 65536, 4) << 32;
+        QTest::newRow("TIFF with 2,000,000 entries") << tiffWithEntries(2000000) << 48; // 38 MiB are the file itself
     }
     void maliciousFilesCostLittle()
     {
