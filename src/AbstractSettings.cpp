@@ -117,8 +117,8 @@ qint64 estimateSize(const QVariantMap &values)
 {
     qint64 size = 0;
     for (auto value = values.begin(); value != values.end(); ++value) {
-        size += bytesOf(*value).size() * mostForAByte + value.key().size() * mostForACharacterOfAKey
-            + mostForAnEmptyValue;
+        size +=
+            bytesOf(*value).size() * mostForAByte + value.key().size() * mostForACharacterOfAKey + mostForAnEmptyValue;
     }
     return size;
 }

@@ -9,12 +9,13 @@
 #include <unistd.h>
 
 namespace {
-/// In the same folder. Short, because the name at the path may be as long as a name can be.
+/// In the same folder. Short, because the name at the path may be as long as a name can be. The application's generator
+/// is left alone: what is drawn from it does not depend on what is saved in between.
 QString unfinishedPath(const QString &path)
 {
     constexpr int base = 36;
     return QStringLiteral("%1/.unfinished-%2")
-        .arg(QFileInfo(path).path(), QString::number(QRandomGenerator::global()->generate64(), base));
+        .arg(QFileInfo(path).path(), QString::number(QRandomGenerator::system()->generate64(), base));
 }
 
 /// After a power failure the folder has the new file, or none of it.
