@@ -56,7 +56,8 @@ QVariantMap valuesOf(const QSettings &settings)
 
 /// The values of a file with these bytes; nothing if that cannot be found out. QSettings reads files only, by their
 /// names, and may know one of that name, size and time already.
-std::optional<QVariantMap> valuesOf(const QByteArray &bytes)
+/// @param codec of texts; null: Latin-1 with escapes
+std::optional<QVariantMap> valuesOf(const QByteArray &bytes, QTextCodec *codec)
 {
     static std::atomic<qint64> time{0};
     const int descriptor = memfd_create("settings", MFD_CLOEXEC);
@@ -65,19 +66,41 @@ std::optional<QVariantMap> valuesOf(const QByteArray &bytes)
         || copy.write(bytes) != bytes.size() || !copy.flush()
         || !copy.setFileTime(QDateTime::fromMSecsSinceEpoch(++time), QFileDevice::FileModificationTime))
         return {};
-    const QSettings settings(QStringLiteral("/proc/self/fd/%1").arg(descriptor), QSettings::IniFormat);
+    const QString name = QStringLiteral("/proc/self/fd/%1").arg(descriptor);
+    if (!QFile::exists(name)) // to QSettings it would be an empty file
+        return {};
+    QSettings settings(name, QSettings::IniFormat);
+    settings.setIniCodec(codec);
     if (settings.status() == QSettings::AccessError)
         return {};
     return valuesOf(settings);
 }
 
-/// Whether the one is what becomes of the other in a file, where values are texts, and an empty list is none.
+QByteArray bytesOf(const QVariant &value)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    value.save(stream);
+    return bytes;
+}
+
+/// Whether the one becomes the other in a file, where most values are texts, and an empty list is none.
 bool isSame(const QVariant &value, const QVariant &stored)
 {
-    if (value == stored)
+    if (value == stored || bytesOf(value) == bytesOf(stored)) // not a number, or of a type that cannot be compared
         return true;
-    const QStringList texts = value.toStringList();
-    return texts == stored.toStringList() && (!texts.isEmpty() || !stored.isValid());
+    const bool isList = value.type() == QVariant::List || value.type() == QVariant::StringList;
+    const QVariantList parts = value.toList();
+    if (isList && parts.isEmpty())
+        return !stored.isValid();
+    if (isList && stored.type() == QVariant::List) {
+        const QVariantList others = stored.toList();
+        return std::equal(parts.begin(), parts.end(), others.begin(), others.end(), isSame);
+    }
+    if (stored.type() != QVariant::String && stored.type() != QVariant::StringList)
+        return false;
+    const QStringList texts = isList ? value.toStringList() : QStringList(value.toString());
+    return (isList || value.canConvert(QVariant::String)) && texts == stored.toStringList();
 }
 
 bool areSame(const QVariantMap &values, const QVariantMap &stored)
@@ -94,23 +117,26 @@ qint64 estimateSize(const QVariantMap &values)
 {
     qint64 size = 0;
     for (auto value = values.begin(); value != values.end(); ++value) {
-        QByteArray bytes;
-        QDataStream stream(&bytes, QIODevice::WriteOnly);
-        value->save(stream);
-        size += bytes.size() * mostForAByte + value.key().size() * mostForACharacterOfAKey + mostForAnEmptyValue;
+        size +=
+            bytesOf(*value).size() * mostForAByte + value.key().size() * mostForACharacterOfAKey + mostForAnEmptyValue;
     }
     return size;
 }
 
-/// Whether a file of this size can be written in the folder. If that cannot be found out, it can.
-bool hasRoom(const QString &folder, qint64 size)
+/// For a file in a folder.
+enum class Room : int { Enough, TooLittle, Unknown };
+
+Room findRoom(const QString &folder, qint64 size)
 {
+    const auto roomFor = [](int error) {
+        return error == ENOSPC || error == EDQUOT || error == EFBIG ? Room::TooLittle : Room::Unknown;
+    };
     const int probe = open(QFile::encodeName(folder).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (probe < 0)
-        return errno != ENOSPC && errno != EDQUOT;
+        return roomFor(errno);
     const int error = posix_fallocate(probe, 0, size);
     close(probe);
-    return error != ENOSPC && error != EDQUOT && error != EFBIG;
+    return error == 0 ? Room::Enough : roomFor(error);
 }
 
 /// A store that writes to a file of ours or to none, and tells when it could not write.
@@ -163,6 +189,7 @@ private:
         : QSettings(isUsable ? path : nowhere(path), QSettings::IniFormat)
         , mPath(path)
         , mIsInMemory(!isUsable)
+        , mAll(fileName(), QSettings::IniFormat)
     {
         if (!mIsInMemory)
             return;
@@ -178,8 +205,9 @@ private:
             return;
         QByteArray bytes;
         std::optional<QVariantMap> values;
+        file.setTextModeEnabled(false); // a lone CR ends a line
         if (FileAccess::readAll(&file, mostForeignBytes, &bytes))
-            values = valuesOf(bytes);
+            values = valuesOf(bytes, nullptr);
         if (!values) {
             qWarning().noquote() << "Failed to read settings from" << mPath;
             return;
@@ -206,28 +234,42 @@ private:
             return QStringLiteral("Failed to store settings, this is no file of ours: ") + hindrance;
         // QSettings takes a write that the disk had half the room for to be a whole one, and the file is lost.
         const QFileInfo file(mPath);
-        const bool isTried = hasRoom(file.path(), file.size() + estimateSize(valuesOf(*this)));
-        if (isTried)
+        const Room room = findRoom(file.path(), file.size() + estimateSize(allValues()));
+        if (room != Room::TooLittle)
             sync();
-        const bool seemsStored = isTried && status() == QSettings::NoError;
-        return isStored(seemsStored) ? QString() : QStringLiteral("Failed to store settings in ") + mPath;
+        const bool isWell = room != Room::TooLittle && status() == QSettings::NoError;
+        if ((isWell && room == Room::Enough) || isStored(isWell))
+            return {};
+        return QStringLiteral("Failed to store settings in ") + mPath;
     }
 
-    /// The status tells the first failure, also that a line was malformed, and never another one; nor does it recover.
+    /// For when the status does not tell: it is that of the first failure, also of a malformed line, and never another.
     /// @param isElse what to return if that cannot be found out
-    bool isStored(bool isElse) const
+    bool isStored(bool isElse)
     {
         QFile file;
         QByteArray bytes;
-        if (!FileAccess::isNothing(mPath)
-            && (!FileAccess::openRegular(mPath, &file) || !FileAccess::readAll(&file, mostOwnBytes, &bytes)))
-            return false;
-        const std::optional<QVariantMap> stored = valuesOf(bytes);
-        return stored ? areSame(valuesOf(*this), *stored) : isElse;
+        if (!FileAccess::isNothing(mPath)) {
+            if (!FileAccess::openRegular(mPath, &file))
+                return false;
+            file.setTextModeEnabled(false);
+            if (!FileAccess::readAll(&file, mostOwnBytes, &bytes))
+                return false;
+        }
+        const std::optional<QVariantMap> stored = valuesOf(bytes, iniCodec());
+        return stored ? areSame(allValues(), *stored) : isElse;
+    }
+
+    /// Also those outside of the group that is open.
+    QVariantMap allValues()
+    {
+        mAll.setIniCodec(iniCodec()); // who reads a section first decodes it
+        return valuesOf(mAll);
     }
 
     const QString mPath;
     const bool mIsInMemory; ///< what is at the path was no file of ours at the beginning
+    QSettings mAll; ///< the same values: there is one set of them for a file
     QString mProblem; ///< of the event loop's last attempt to write; empty when there was none
     QBasicTimer mRetry;
 };

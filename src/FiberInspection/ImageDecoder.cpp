@@ -114,7 +114,9 @@ DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize)
 void requireMemory(const QSize &size)
 {
     constexpr int bytesPerPixel = 12; // the picture, and a strip of four samples of 16 bits that is as large
-    const cv::Mat probe(size.height(), size.width(), CV_8UC(bytesPerPixel));
+    constexpr int ofDecoder = 16 * 1024 * 1024; // bytes: tables, and what else does not grow with the pixels
+    const cv::Mat pixels(size.height(), size.width(), CV_8UC(bytesPerPixel));
+    const cv::Mat others(1, ofDecoder, CV_8UC1);
 }
 
 int exifOrientation(const uchar *tiff, qsizetype size)

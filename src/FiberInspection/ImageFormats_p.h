@@ -46,6 +46,7 @@ DecodedImage refusedForSize(qint64 width, qint64 height, const QString &problem)
 DecodedImage decodeByOpenCv(const QByteArray &bytes, const QSize &declaredSize);
 
 /// Throws when there is no memory for the decoding of so large an image: of a failure that may be due to that.
+/// @param size empty when it is not known: the memory is that of a small image then
 void requireMemory(const QSize &size);
 
 /// The orientation that a TIFF structure (as Exif stores it) asks for: 1 to 8, or 1 when it does not.

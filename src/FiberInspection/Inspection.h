@@ -180,9 +180,9 @@ VANTORBASE_EXPORT LoadedImage decodeImage(
 ///
 /// Nothing but the arguments counts, and nothing is left behind: no file is written, no other work waited for. All
 /// threads may call at once, and two do twice the work of one. One inspection at a time starts no thread; of several
-/// that overlap, OpenCV may share out a step to threads of its own, which stay. Without a seed the process-wide
-/// generator is drawn from, which has a lock. The log goes to the category "vantor.inspection", which is silent unless
-/// a rule switches it on. Never throws; an exception of onStep ends the inspection without a verdict.
+/// that overlap, the image library may share out a step to threads of its own, which stay. Without a seed the
+/// process-wide generator is drawn from, which has a lock. The log goes to the category "vantor.inspection", which is
+/// silent unless a rule switches it on. Never throws; an exception of onStep ends the inspection without a verdict.
 /// @param image of any format, as the camera made it: upright, the whole field of view; alpha is dropped
 /// @param device whose field of view, in micrometres, is the width of the image
 VANTORBASE_EXPORT Inspection inspect(const QImage &image, Standard::Id standardId,

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <tiffio.h>
 #include <vector>
 #include <zlib.h>
@@ -18,6 +19,7 @@ namespace {
 constexpr int maxSamplesPerPixel = 4;
 constexpr tmsize_t bitsPerByte = 8;
 constexpr tmsize_t tileUnit = 1024; // bytes; OpenCV takes no tiles of others that are not compressed
+constexpr qint64 maxCostlyPieces = 8192; // strips or tiles of which each takes the decoder 0.1 ms beside its pixels
 constexpr tmsize_t memoryPerPixel = 16; // bytes: for each single piece of memory
 constexpr tmsize_t leastMemory = 16L * 1024 * 1024; // bytes
 constexpr uint16_t compressions[] = {
@@ -61,7 +63,7 @@ public:
         const std::unique_ptr<TIFFOpenOptions, decltype(&TIFFOpenOptionsFree)> options(
             TIFFOpenOptionsAlloc(), &TIFFOpenOptionsFree);
         if (!options)
-            return;
+            throw std::bad_alloc();
         TIFFOpenOptionsSetMaxSingleMemAlloc(
             options.get(), std::max(leastMemory, static_cast<tmsize_t>(maxPixels) * memoryPerPixel));
         TIFFOpenOptionsSetErrorHandlerExtR(options.get(), &Tiff::onError, this);
@@ -202,6 +204,12 @@ struct Layout
     const Kind *kind = nullptr; ///< null for pixels that do not come out as they are
 };
 
+/// How many strips or tiles the decoder looks at: those of all planes in one place are one to it.
+qint64 piecesOfPlane(const Layout &layout)
+{
+    return layout.isPlanar ? layout.pieces / static_cast<uint32_t>(layout.samples) : layout.pieces;
+}
+
 /// Whether the page is the photograph, and not what goes with one.
 QString problemOfPage(const Tiff &tiff)
 {
@@ -211,6 +219,23 @@ QString problemOfPage(const Tiff &tiff)
             .arg((type & FILETYPE_MASK) != 0 ? QStringLiteral("mask") : QStringLiteral("reduced form"));
     const auto depth = std::max(tiff.number<uint32_t>(TIFFTAG_IMAGEDEPTH), tiff.number<uint32_t>(TIFFTAG_TILEDEPTH));
     return depth > 1 ? QStringLiteral("images of %1 layers are not supported").arg(depth) : QString();
+}
+
+/// Whether black and white of each color are the lowest and the highest sample: the decoder heeds no others in RGB.
+QString problemOfRange(const Tiff &tiff, const Layout &layout)
+{
+    constexpr int colors = 3;
+    const float *range = nullptr; // black and white of each color
+    if (layout.photometric != PHOTOMETRIC_RGB || TIFFGetField(tiff.get(), TIFFTAG_REFERENCEBLACKWHITE, &range) == 0)
+        return {};
+    const int highest = (1 << layout.bits) - 1;
+    for (int color = 0; color < colors; ++color, range += 2) {
+        const double black = range[0];
+        const double white = range[1];
+        if (black != 0 || !(white >= highest)) // which also refuses what is no number
+            return QStringLiteral("samples from %1 to %2 are not supported").arg(black).arg(white);
+    }
+    return {};
 }
 
 /// Whether white comes out as white: the decoder takes samples as if they used all of their bits.
@@ -223,7 +248,7 @@ QString problemOfScale(const Tiff &tiff, const Layout &layout)
     if (TIFFGetField(tiff.get(), TIFFTAG_SMAXSAMPLEVALUE, &ofAnyFormat) != 0)
         highest = std::min(highest, ofAnyFormat);
     const bool isScaled = highest >= (1 << layout.bits) - 1;
-    return isScaled ? QString() : QStringLiteral("samples up to %1 are not supported").arg(highest);
+    return isScaled ? problemOfRange(tiff, layout) : QStringLiteral("samples up to %1 are not supported").arg(highest);
 }
 
 QString problemOfPixels(const Tiff &tiff, const Layout &layout)
@@ -281,14 +306,39 @@ QString problemOfTiles(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
     return {};
 }
 
+/// Whether the strips are bearable: one may have more lines than the image, and OpenCV takes the memory for all of
+/// them.
+QString problemOfStrips(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
+{
+    const auto lines = tiff.number<uint32_t>(TIFFTAG_ROWSPERSTRIP);
+    const bool isAll = lines == UINT32_MAX || lines <= layout.height;
+    return isAll || layout.width * lines <= maxPixels
+        ? QString()
+        : QStringLiteral("strips of %1 lines are not supported").arg(lines);
+}
+
+/// Whether the decoder has to make tables anew for no more of the pieces than is bearable.
+QString problemOfCost(const Layout &layout)
+{
+    const bool isCostly =
+        layout.photometric == PHOTOMETRIC_RGB && (layout.bits > bitsPerByte || !layout.alphas.empty());
+    return !isCostly || piecesOfPlane(layout) <= maxCostlyPieces
+        ? QString()
+        : QStringLiteral("%1 strips or tiles of %2 samples of %3 bits are too many")
+              .arg(layout.pieces)
+              .arg(layout.samples)
+              .arg(layout.bits);
+}
+
 /// Whether the kind of pixels and the pieces they come in are bearable.
 QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
 {
-    for (const QString &problem : {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff)}) {
+    for (const QString &problem :
+        {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff), problemOfCost(layout)}) {
         if (!problem.isEmpty())
             return problem;
     }
-    return layout.isTiled ? problemOfTiles(tiff, layout, maxPixels) : QString();
+    return layout.isTiled ? problemOfTiles(tiff, layout, maxPixels) : problemOfStrips(tiff, layout, maxPixels);
 }
 
 /// Whether nothing shines through the pixels of a piece: what is behind them is not in the file.
@@ -299,7 +349,7 @@ bool isOpaque(const Layout &layout, uint32_t piece, const std::vector<uchar> &sa
     if (layout.alphas.empty())
         return true;
     const qint64 across = (layout.width + layout.pieceWidth - 1) / layout.pieceWidth;
-    const qint64 ofPlane = layout.isPlanar ? layout.pieces / static_cast<uint32_t>(layout.samples) : layout.pieces;
+    const qint64 ofPlane = piecesOfPlane(layout);
     const qint64 place = piece % ofPlane;
     const qint64 sampleSize = layout.bits / bitsPerByte;
     const qint64 pixelSize = layout.isPlanar ? sampleSize : sampleSize * layout.samples;
@@ -382,7 +432,8 @@ QString problemOfData(
 {
     const auto compression = tiff.number<uint16_t>(TIFFTAG_COMPRESSION);
     const tmsize_t pieceSize = layout.isTiled ? TIFFTileSize(tiff.get()) : TIFFStripSize(tiff.get());
-    const auto notWhole = [&tiff]() {
+    const auto notWhole = [&tiff, &layout]() {
+        requireMemory(QSize(static_cast<int>(layout.width), static_cast<int>(layout.height)));
         return damaged(tiff.hasComplained() ? tiff.message() : "a strip or tile is not whole").problem;
     };
     if (pieceSize <= 0)
@@ -420,8 +471,10 @@ QString problemOfPieces(const Tiff &tiff, const Layout &layout, const QByteArray
 DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qint64 maxPixels, QSize *size)
 {
     const Tiff tiff(bytes, maxPixels);
-    if (!tiff.get() || tiff.hasComplained())
+    if (!tiff.get() || tiff.hasComplained()) {
+        requireMemory(QSize(0, 0)); // the size is not known yet
         return damaged(tiff.message());
+    }
     const Layout layout(tiff);
     const QString problemOfHeader = problemOfSize(layout.width, layout.height, maxPixels);
     if (!problemOfHeader.isEmpty())
@@ -433,10 +486,7 @@ DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qi
     if (TIFFLastDirectory(tiff.get()) == 0)
         return refused(QStringLiteral("the file holds more than one page"));
     const QString problemOfFile = problemOfPieces(tiff, layout, bytes, structure);
-    if (problemOfFile.isEmpty())
-        return DecodedImage();
-    requireMemory(*size);
-    return refused(problemOfFile);
+    return problemOfFile.isEmpty() ? DecodedImage() : refused(problemOfFile);
 }
 } // namespace
 

@@ -10,6 +10,7 @@ namespace FiberInspection::ImageFormats {
 
 namespace {
 constexpr quint64 maxPieces = 65536; // strips or tiles
+constexpr quint64 maxEntries = 4096; // of a directory; the decoder takes no more
 constexpr quint64 reducedImage = 2; // an OldSubfileType
 
 /// The two forms of a TIFF: with offsets of 32 and of 64 bits.
@@ -28,6 +29,7 @@ enum Tag : quint16 {
     OldSubfileType = 255, // the decoder does not know it any more
     StripOffsets = 273,
     StripByteCounts = 279,
+    GrayResponseCurve = 291, // nor this one
     TileOffsets = 324,
     TileByteCounts = 325
 };
@@ -82,6 +84,8 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStru
     const quint64 value = entry + 4 + form.offsetSize;
     if (tag == OldSubfileType)
         structure->isReduced = numbers.number(value, std::min(typeSize, form.offsetSize)) == reducedImage;
+    else if (tag == GrayResponseCurve)
+        structure->hasResponseCurve = true;
     if (typeSize == 0 || count <= form.offsetSize / typeSize) // nothing outside of the entry
         return true;
     const quint64 at = numbers.number(value, form.offsetSize);
@@ -92,7 +96,7 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStru
     return true;
 }
 
-/// @return false if the end of the file comes first
+/// @return false if the end of the file comes first; of too many entries none is read, and the problem told
 bool readDirectory(const QByteArray &bytes, TiffStructure *structure)
 {
     const Numbers numbers(bytes);
@@ -104,8 +108,12 @@ bool readDirectory(const QByteArray &bytes, TiffStructure *structure)
     if (!numbers.has(directory, form.countSize))
         return false;
     const quint64 entries = numbers.number(directory, form.countSize);
+    if (entries > maxEntries) {
+        structure->problem = QStringLiteral("the image header is damaged");
+        return true;
+    }
     const quint64 first = directory + form.countSize;
-    if (entries > static_cast<quint64>(bytes.size()) || !numbers.has(first, entries * form.entrySize + form.offsetSize))
+    if (!numbers.has(first, entries * form.entrySize + form.offsetSize))
         return false;
     structure->places.push_back({directory, first + entries * form.entrySize + form.offsetSize});
     for (quint64 i = 0; i < entries; ++i) {
@@ -152,12 +160,17 @@ private:
 TiffStructure readTiffStructure(const QByteArray &bytes)
 {
     TiffStructure structure;
-    if (!readDirectory(bytes, &structure))
+    const bool isThere = readDirectory(bytes, &structure);
+    if (!structure.problem.isEmpty())
+        return structure;
+    if (!isThere)
         structure.problem = QStringLiteral("the image is incomplete");
     else if (structure.valuesSize > static_cast<quint64>(bytes.size())) // the decoder copies each of them
         structure.problem = QStringLiteral("the values of entries overlap");
     else if (structure.isReduced)
         structure.problem = QStringLiteral("the page is a reduced form of an image");
+    else if (structure.hasResponseCurve)
+        structure.problem = QStringLiteral("a response curve is not supported");
     else if (structure.offsets == 0 || structure.offsets != structure.sizes)
         structure.problem = QStringLiteral("the image header is damaged");
     else if (structure.offsets > maxPieces)

@@ -26,6 +26,7 @@ struct TiffStructure
     quint64 offsets = 0; ///< how many pieces it has offsets for
     quint64 sizes = 0; ///< how many pieces it has sizes for
     bool isReduced = false; ///< it says so in an old way
+    bool hasResponseCurve = false; ///< its grey samples stand for other levels than their own
 };
 
 /// Follows the header and the first directory of a file that begins as a TIFF.

@@ -318,6 +318,7 @@ bool NetworkHelper::getMACAddress(const QString &interface, QString &text)
 
 void NetworkHelper::generateRandomMACAddress(QString &mac)
 {
+    const ChildSignal children;
     QProcess process;
     process.start(QStringLiteral("/bin/sh"),
         {QStringLiteral("-c"), QStringLiteral("echo -n 02; od -t x1 -An -N 5 /dev/urandom | tr ' ' ':'")});

@@ -148,6 +148,7 @@ bool hasOurOptionsOnly(const QStringList &tarWords, int fileCount)
     }
     return folders == fileCount;
 }
+
 /// Where tar will write: behind a link, what it leads to.
 QString targetOf(const QString &path)
 {
@@ -361,6 +362,7 @@ bool SystemHelper::isProcessRunning(const QString &appname)
         qWarning() << "Not the name of a process: " << appname;
         return false;
     }
+    const ChildSignal children;
     QProcess process;
     process.start(QStringLiteral("pgrep"), {appname});
     process.waitForReadyRead(processListTimeout);

@@ -12,12 +12,13 @@
 namespace {
 constexpr char unfinished[] = ".unfinished-";
 
-/// In the same folder. Short, because the name at the path may be as long as a name can be.
+/// In the same folder. Short, because the name at the path may be as long as a name can be. The application's generator
+/// is left alone: what is drawn from it does not depend on what is saved in between.
 QString unfinishedPath(const QString &path)
 {
     constexpr int base = 36;
     return QStringLiteral("%1/%2%3").arg(QFileInfo(path).path(), QLatin1String(unfinished),
-        QString::number(QRandomGenerator::global()->generate64(), base));
+        QString::number(QRandomGenerator::system()->generate64(), base));
 }
 } // namespace
 

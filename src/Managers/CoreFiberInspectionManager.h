@@ -42,7 +42,7 @@ Q_SIGNALS:
     /// The paths are empty when the images could not be filed under that name.
     void analyseFinished(bool passed, QString sourceFilePath, QString resultFilePath);
 
-    /// There is no verdict. The result image filed under the name is that of an earlier inspection: it must not be
+    /// There is no verdict. A result image that lies under the name is that of an earlier inspection: it must not be
     /// shown.
     void analyseFailed();
 

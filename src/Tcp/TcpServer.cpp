@@ -137,9 +137,10 @@ void TcpServer::onNewConnection()
         return;
     const HeldSocket socket = holdSocket(newcomer);
     if (const HeldSocket oldSocket = std::exchange(mSocket, nullptr)) {
-        if (const qint64 unread = unreadBytes(*oldSocket); unread > 0)
-            qWarning() << "bytes of a replaced connection are dropped:" << unread;
+        const qint64 unread = unreadBytes(*oldSocket);
         oldSocket->abort(); // clientDisconnected() comes from here
+        if (unread > 0)
+            qWarning() << "bytes of a replaced connection are dropped:" << unread;
         if (!self)
             return;
     }

@@ -282,6 +282,8 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), many);
         for (const QString &line : lines)
             QVERIFY2(!line.contains(QStringLiteral("the analysis")), qPrintable(line));
+        const int late = lines.filter(QStringLiteral("timed out")).size(); // on a busy machine some are
+        QVERIFY2(late < many / 2, qPrintable(QString::number(late)));
     }
 
     void aFileThatIsTooLongIsNotRead()

@@ -95,6 +95,7 @@ Item {
             files.remove(realFiberManager.tmpFiberInspectionImagePath()); // that of the test before
             stackView.clear(StackView.Immediate);
             stackView.push(inspectionComponent, {}, StackView.Immediate);
+            tryCompare(stackView, "busy", false, Patience.longest); // it takes no clicks while a transition runs
             tryVerify(simulatedScope.isSettled, Patience.longest);
             tryCompare(preview(), "ready", true, Patience.longest);
         }

@@ -159,6 +159,8 @@ void describe(TIFF *file, const cv::Mat &bgr, const Tiff &kind)
     } else {
         TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, kind.rowsPerStrip);
     }
+    if (!kind.ranges.empty())
+        TIFFSetField(file, TIFFTAG_REFERENCEBLACKWHITE, kind.ranges.data());
     for (const auto &[tag, number] : kind.entries)
         TIFFSetField(file, uint32_t(tag), number);
 }
@@ -392,6 +394,16 @@ QByteArray tiff(const TiffStrips &strips)
     }
     return QByteArray("II\x2A\0", 4) + littleEndian(directory, 4) + strips.data + table(strips.offsets)
         + table(strips.sizes) + littleEndian(count, 2) + listed + littleEndian(0, 4);
+}
+
+QByteArray tiffWithEntries(int count)
+{
+    const auto wide = [](quint32 value) { return littleEndian(value, 4) + littleEndian(0, 4); };
+    constexpr quint32 directory = 16;
+    constexpr quint32 size = 9; // bytes; one more than there is room for in the entry itself
+    const QByteArray entry = littleEndian(51200, 2) + littleEndian(TiffEntry::Byte, 2) + wide(size) + wide(0);
+    return QByteArray("II\x2B\0\x8\0\0\0", 8) + wide(directory) + wide(quint32(count)) + entry.repeated(count)
+        + wide(0);
 }
 
 QByteArray bmp(int width, int height, int bits, bool isFromTop)

@@ -55,6 +55,7 @@ struct Tiff
     int alpha = 255; ///< of those samples
     cv::Point hole{-1, -1}; ///< the pixel in which they are 0
     std::map<int, int> entries; ///< by their tag; further ones, of one number
+    std::vector<float> ranges; ///< black and white of each of three colors; none is said without
 };
 /// What is not color has the brightness of the picture's blue. Tiles are filled up with noise.
 QByteArray tiff(const cv::Mat &bgr, const Tiff &kind);
@@ -84,6 +85,9 @@ struct TiffStrips
     std::map<int, TiffEntry> entries; ///< by their tag; further ones, or in place of those that the others make
 };
 QByteArray tiff(const TiffStrips &strips);
+
+/// A TIFF with 64-bit offsets and no more than as many private entries, all of which point at its header.
+QByteArray tiffWithEntries(int count);
 
 /// A BMP of random pixels.
 QByteArray bmp(int width, int height, int bits, bool isFromTop = false);

@@ -518,6 +518,45 @@ private Q_SLOTS:
         }
     }
 
+    void whereTheStatusTellsNothingAllValuesAreLookedFor_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::newRow("as it should be") << QByteArray("[General]\nkey=1\n");
+        QTest::newRow("with a malformed line") << QByteArray("[General]\nkey=1\nnonsense\n");
+    }
+
+    void whereTheStatusTellsNothingAllValuesAreLookedFor()
+    {
+        QFETCH(const QByteArray, before);
+        const QString path = newPath();
+        write(path, before);
+        Settings settings(path);
+        const LogCapture log;
+        const auto store = [&settings](const char *key, const QVariant &value) {
+            settings.store()->setValue(QLatin1String(key), value);
+            return settings.sync();
+        };
+
+        QVERIFY(store("number", qQNaN()));
+        qRegisterMetaTypeStreamOperators<QVector<int>>("QVector<int>");
+        QVERIFY(store("numbers", QVariant::fromValue(QVector<int>{1, 2})));
+        const auto pair = [](int first, int second) {
+            return QVariantList{QVariantMap{{QStringLiteral("a"), first}}, QVariantMap{{QStringLiteral("a"), second}}};
+        };
+        QVERIFY(store("maps", pair(1, 2)));
+        settings.store()->beginGroup(QStringLiteral("group"));
+        QVERIFY(store("inside", 7));
+        settings.store()->endGroup();
+        settings.store()->setIniCodec("UTF-8");
+        QVERIFY(store("text", QStringLiteral("5 µm")));
+        QCOMPARE(log.warnings().filter(path), QStringList());
+        {
+            const Faults::FileSizeLimit limit(0);
+            QVERIFY(!store("maps", pair(3, 4)));
+        }
+        QVERIFY(content(path).contains("µm"));
+    }
+
     void whatCouldNotBeWrittenIsTriedAgain_data()
     {
         QTest::addColumn<QByteArray>("before");

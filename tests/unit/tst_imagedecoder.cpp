@@ -9,6 +9,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <functional>
+#include <limits>
 #include <random>
 
 using namespace FiberInspection;
@@ -479,6 +480,19 @@ private Q_SLOTS:
         kind = {};
         kind.rowsPerStrip = 1000;
         row("one strip", kind);
+        kind.rowsPerStrip = 65535; // some writers say so of one strip
+        row("one strip of more lines than the image", kind);
+        kind = {};
+        kind.bits = 16;
+        kind.isPlanar = true;
+        kind.rowsPerStrip = 1;
+        const cv::Mat tall = photograph(4000, 2);
+        QTest::newRow("12,000 strips of planes, 16 bits") << tiff(tall, kind) << shown(tall, kind);
+        kind.samples = 1;
+        kind.photometric = 1;
+        kind.isPlanar = false;
+        const cv::Mat taller = photograph(8193, 2);
+        QTest::newRow("8,193 strips of grey, 16 bits") << tiff(taller, kind) << shown(taller, kind);
         kind = {};
         kind.isPlanar = true;
         row("planes", kind);
@@ -551,6 +565,12 @@ private Q_SLOTS:
                 }
             }
         }
+        kind = {};
+        kind.ranges = {0, 255, 0, 255, 0, 255};
+        row("black and white as usual", kind);
+        kind.bits = 16;
+        kind.ranges = {0, 65535, 0, 65535, 0, 65535};
+        row("black and white as usual, 16 bits", kind);
         for (int orientation = 2; orientation <= 8; ++orientation) {
             kind = {};
             kind.orientation = orientation;
@@ -919,6 +939,27 @@ private Q_SLOTS:
         odd.samples = 1;
         odd.photometric = 3;
         oddTiff("palette of 16 bits", odd, "1 samples of 16 bits as photometric interpretation 3 are not supported");
+        odd = {};
+        odd.compression = 8;
+        odd.rowsPerStrip = 65535;
+        row("a wide strip of far more lines than the image", tiff(1600, 20, odd),
+            "strips of 65535 lines are not supported");
+        odd.rowsPerStrip = std::numeric_limits<int>::max();
+        oddTiff("a strip of lines without end", odd, "strips of 2147483647 lines are not supported");
+        for (const int alphas : {0, 1}) {
+            for (const int bits : {8, 16}) {
+                odd = {};
+                odd.bits = bits;
+                odd.samples = 3 + alphas;
+                odd.rowsPerStrip = 1;
+                if (alphas == 0 && bits == 8)
+                    continue;
+                const QByteArray samples =
+                    QByteArray::number(odd.samples) + " samples of " + QByteArray::number(bits) + " bits";
+                row(QByteArray("many strips of " + samples).constData(), tiff(1, 8193, odd),
+                    QByteArray("8193 strips or tiles of " + samples + " are too many").constData());
+            }
+        }
         const auto entry = [&row](const char *name, int tag, TiffEntry::Type type, int value, const char *reason) {
             row(name,
                 changed(plainStrips(),
@@ -932,6 +973,24 @@ private Q_SLOTS:
         entry("signed samples", 339, TiffEntry::Short, 2, "samples of format 2 are not supported");
         entry("samples up to 250", 281, TiffEntry::Short, 250, "samples up to 250 are not supported");
         entry("samples of any format up to 250", 341, TiffEntry::Short, 250, "samples up to 250 are not supported");
+        const auto rangeRow = [&row](const char *name, int bits, const std::vector<float> &range, const char *reason) {
+            Tiff ranged;
+            ranged.bits = bits;
+            ranged.ranges = range;
+            row(name, tiff(photograph(50, 75), ranged), reason);
+        };
+        rangeRow("RGB from 16 to 235", 8, {16, 235, 16, 235, 16, 235}, "samples from 16 to 235 are not supported");
+        rangeRow("RGB up to 254", 8, {0, 255, 0, 255, 0, 254}, "samples from 0 to 254 are not supported");
+        rangeRow(
+            "RGB of which green begins at 1", 8, {0, 255, 1, 255, 0, 255}, "samples from 1 to 255 are not supported");
+        rangeRow("RGB of 12 bits", 16, {0, 4095, 0, 4095, 0, 4095}, "samples from 0 to 4095 are not supported");
+        row("a response curve",
+            changed(plainStrips(),
+                [](TiffStrips *strips) {
+                    strips->data += QByteArray(2 * 256, '\x33');
+                    strips->entries[291] = {TiffEntry::Short, 256, 8 + 64 * 64};
+                }),
+            "a response curve is not supported");
         entry("a reduced image", 254, TiffEntry::Long, 1, "the page is a reduced form of an image");
         entry("a reduced image, as it once was", 255, TiffEntry::Short, 2, "the page is a reduced form of an image");
         row("an entry of which the decoder warns",
@@ -1002,6 +1061,7 @@ private Q_SLOTS:
                     strips->sizes[7] = 64;
                 }),
             overlap);
+        row("4,097 entries", tiffWithEntries(4097), "the image header is damaged");
         row("half of the lines", changed(plainStrips(), [](TiffStrips *strips) { strips->height = 32; }),
             "the file has 8 strips or tiles instead of 4");
         row("half of the offsets", changed(plainStrips(), [](TiffStrips *strips) { strips->offsets.resize(4); }),

@@ -14,6 +14,7 @@
 
 #include <limits>
 #include <malloc.h>
+#include <numeric>
 
 using namespace FiberInspection;
 using namespace EncodedImages;
@@ -154,6 +155,34 @@ QByteArray tiffWithStrips(int count)
     return tiff(strips);
 }
 
+/// White strips of one line, of 16 bits: grey, or RGB with or without alpha.
+QByteArray deepTiff(int width, int count, int samples)
+{
+    constexpr quint32 bits = 8; // behind the header
+    const QByteArray strip = deflated(QByteArray(2 * samples * width, '\xFF'));
+    const QByteArray table = littleEndian(16, 2).repeated(4);
+    TiffStrips strips{width, count, 1, 8, {}, std::vector<quint32>(std::size_t(count), quint32(strip.size())),
+        table + strip.repeated(count), {}};
+    for (int i = 0; i < count; ++i)
+        strips.offsets.push_back(bits + quint32(table.size() + i * strip.size()));
+    strips.entries = {{258, {TiffEntry::Short, quint32(samples), samples == 1 ? 16 : bits}},
+        {262, {TiffEntry::Short, 1, samples == 1 ? 1U : 2U}}, {277, {TiffEntry::Short, 1, quint32(samples)}}};
+    if (samples == 4)
+        strips.entries[338] = {TiffEntry::Short, 1, 2};
+    return tiff(strips);
+}
+
+/// Strips of one line, 4,096 x 4,096 pixels; each of them is this one, in a place of its own.
+TiffStrips largeTiff(const QByteArray &strip, int compression)
+{
+    constexpr int side = 4096;
+    TiffStrips strips{
+        side, side, 1, compression, {}, std::vector<quint32>(side, quint32(strip.size())), strip.repeated(side), {}};
+    for (int i = 0; i < side; ++i)
+        strips.offsets.push_back(quint32(8 + i * strip.size()));
+    return strips;
+}
+
 /// Private entries whose values are the same bytes, of which there are as many as fit into the file.
 TiffStrips tiffWithValues(int entries, int size)
 {
@@ -237,6 +266,9 @@ private Q_SLOTS:
             small.entries[tag] = {TiffEntry::Byte, 1, 0};
         QTest::newRow("TIFF with 4,080 private entries") << tiff(small) << 16;
         QTest::newRow("TIFF with too many strips") << tiffWithStrips(65537) << 16;
+        QTest::newRow("TIFF with 65,536 strips of 3 x 16 bits") << deepTiff(8, 65536, 3) << 32;
+        QTest::newRow("TIFF with 65,536 strips of 4 x 16 bits") << deepTiff(8, 65536, 4) << 32;
+        QTest::newRow("TIFF with 2,000,000 entries") << tiffWithEntries(2000000) << 48; // 38 MiB are the file itself
     }
     void maliciousFilesCostLittle()
     {
@@ -277,6 +309,9 @@ private Q_SLOTS:
             ".webp", large(cv::Rect(0, 0, side, side / 4)), {cv::IMWRITE_WEBP_QUALITY, 101});
         QTest::newRow("TIFF of one tile") << tiffWithTile(side, side * side);
         QTest::newRow("TIFF of as many strips as there may be") << tiffWithStrips(65536);
+        QTest::newRow("TIFF of as many strips of 3 x 16 bits as there may be") << deepTiff(2048, 8192, 3);
+        QTest::newRow("TIFF of as many strips of 4 x 16 bits as there may be") << deepTiff(2048, 8192, 4);
+        QTest::newRow("TIFF of as many strips of 16 bits of grey as there may be") << deepTiff(256, 65536, 1);
     }
     void theLargestImagesStayInTheirBudget()
     {
@@ -325,6 +360,10 @@ private Q_SLOTS:
         QTest::newRow("progressive JPEG") << encoded(".jpg", picture, {cv::IMWRITE_JPEG_PROGRESSIVE, 1});
         QTest::newRow("PNG") << encoded(".png", picture);
         QTest::newRow("TIFF") << encoded(".tiff", picture);
+        std::vector<quint32> places(65536);
+        std::iota(places.begin(), places.end(), 8);
+        QTest::newRow("TIFF of many strips")
+            << tiff(TiffStrips{1, 65536, 1, 1, places, std::vector<quint32>(65536, 1), QByteArray(65536, '\x55'), {}});
         QTest::newRow("WebP") << encoded(".webp", picture, {cv::IMWRITE_WEBP_QUALITY, 90});
         QTest::newRow("BMP") << encoded(".bmp", picture);
         QTest::newRow("PNM") << encoded(".ppm", picture);
@@ -353,6 +392,41 @@ private Q_SLOTS:
 
         QVERIFY(broken > 0);
         QVERIFY(read > 0);
+    }
+
+    // Nor is memory asked for that nothing needs: what speaks against a photograph is told all the same.
+    void aRefusalNeedsNoMemoryForThePixels_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("reason");
+        const QByteArray line = deflated(QByteArray(4096, '\x55'));
+        TiffStrips overlapping = largeTiff(line, 8);
+        overlapping.offsets[1] = overlapping.offsets[0];
+        QTest::newRow("strips overlap") << tiff(overlapping) << QStringLiteral("strips or tiles overlap");
+        TiffStrips many = largeTiff(line, 8);
+        many.rowsPerStrip = 2;
+        QTest::newRow("too many strips") << tiff(many)
+                                         << QStringLiteral("the file has 4096 strips or tiles instead of 2048");
+        TiffStrips transparent = largeTiff(deflated(QByteArray(2 * 4096, '\x55')), 8);
+        transparent.entries = {
+            {258, {TiffEntry::Short, 2, 0x80008}}, {277, {TiffEntry::Short, 1, 2}}, {338, {TiffEntry::Short, 1, 2}}};
+        QTest::newRow("transparent pixels")
+            << tiff(transparent) << QStringLiteral("transparent pixels are not supported");
+    }
+    void aRefusalNeedsNoMemoryForThePixels()
+    {
+        if (!canLimitMemory)
+            QSKIP("the sanitizers need address space without bounds");
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, reason);
+
+        const ForkedChild child = ForkedChild::run([&bytes] {
+            const Faults::MemoryLimit limit(static_cast<quint64>(32 * mebibyte));
+            std::fprintf(stderr, "\n%s", qPrintable(decodeImage(bytes).detail));
+            return 0;
+        });
+
+        QCOMPARE(QString::fromUtf8(child.standardError.split('\n').last()), reason);
     }
 
 private:

@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QHash>
 #include <QLoggingCategory>
+#include <QRandomGenerator>
 #include <QSemaphore>
 #include <QSet>
 #include <QThread>
@@ -689,7 +690,9 @@ private Q_SLOTS:
 
         QVERIFY(inspection.hasVerdict());
         QVERIFY(inspection == analysed);
+        const QRandomGenerator before = *QRandomGenerator::global();
         QVERIFY(inspection.saveAnnotatedImage(in(QStringLiteral("annotated.jpg"))));
+        QVERIFY(before == *QRandomGenerator::global()); // or the next face would be painted over in another way
         QFile ours(in(QStringLiteral("annotated.jpg")));
         QFile theirs(BaseDirHelper::tmpFiberInspectionResultImagePath());
         QVERIFY(ours.open(QIODevice::ReadOnly) && theirs.open(QIODevice::ReadOnly));

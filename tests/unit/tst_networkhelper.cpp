@@ -529,6 +529,16 @@ private Q_SLOTS:
         QCOMPARE(seen.size(), 20);
     }
 
+    void aRandomMacAddressHasHalfASecond()
+    {
+        QString mac;
+        PollTimes::forget();
+
+        NetworkHelper::generateRandomMACAddress(mac);
+
+        QVERIFY2(PollTimes::areUpTo(500), qPrintable(QString::number(PollTimes::longest)));
+    }
+
     void aRandomSourceThatFailsGivesAShortAddress_data()
     {
         QTest::addColumn<QByteArray>("script");

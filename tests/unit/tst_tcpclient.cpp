@@ -2,9 +2,11 @@
 #include "LogCapture.h"
 #include "Loopback.h"
 #include "MetaText.h"
+#include "PollTimes.h"
 #include "Tcp/TcpClient.h"
 #include "Tcp/TcpProtocolParser.h"
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QPointer>
@@ -17,6 +19,7 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <chrono>
 #include <limits>
 #include <memory>
 #include <sys/socket.h>
@@ -88,6 +91,9 @@ QByteArrayList received(const QSignalSpy &spy)
 class TestTcpClient : public QObject
 {
     Q_OBJECT
+
+public:
+    static void initMain() { qputenv("QT_NO_GLIB", "1"); } // Qt's own event loop tells how long it waits for a timer
 
 private Q_SLOTS:
     void init()
@@ -247,6 +253,50 @@ private Q_SLOTS:
         QVERIFY(!others.wait(oneRetry));
         QCOMPARE(
             log.asText(), (QStringList{QStringLiteral("debug: true"), QStringLiteral("debug: Connected to server")}));
+    }
+
+    void aRetryIsASecondAway()
+    {
+        TcpClient client;
+        QVERIFY(!client.start(Loopback::address(), Loopback::freePort()));
+        PollTimes::forget();
+        QEventLoop loop;
+        const QDeadlineTimer patience(5000);
+
+        std::thread observer([&] {
+            while (PollTimes::longest == 0 && !patience.hasExpired())
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            loop.quit();
+        });
+        loop.exec();
+        observer.join();
+
+        const long long coarse = 1000 / 20; // Qt's timers end up to so much later
+        QVERIFY2(PollTimes::longest > 500 && PollTimes::longest <= 1000 + coarse,
+            qPrintable(QString::number(PollTimes::longest)));
+    }
+
+    void aConnectionThatAReceiverHasRenewedEndsTheRetries()
+    {
+        LogCapture log;
+        TcpClient client;
+        int calls = 0;
+        connect(&client, &TcpClient::connected, this, [&] {
+            if (++calls > 1)
+                return;
+            client.stop();
+            client.start(Loopback::address(), mPeer->serverPort());
+        });
+
+        QVERIFY(!client.start(Loopback::address(), mPeer->serverPort())); // the first connection is gone
+        QCOMPARE(calls, 2);
+        QVERIFY(client.isConnected());
+        log.clear();
+        QSignalSpy changes(&client, &TcpClient::isConnected_changed);
+
+        QVERIFY(!changes.wait(oneRetry));
+
+        QCOMPARE(log.asText(), QStringList());
     }
 
     void aConnectionEndsTheRetries()
@@ -490,6 +540,39 @@ private Q_SLOTS:
             log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
             qPrintable(log.asText().constFirst()));
         QVERIFY(client.isConnected());
+    }
+
+    void whatWasNeverSentIsCountedUntilTheNextConnection()
+    {
+        const LogCapture log;
+        TcpClient client;
+        QVERIFY(startConnected(client));
+        mSocket->setReadBufferSize(1);
+        QCOMPARE(client.bytesUnsent(), qint64(0));
+
+        for (int i = 0; i < 40; ++i)
+            Q_EMIT client.send(LargeMessage());
+        QVERIFY(client.bytesUnsent() > 0);
+        QCOMPARE(client.bytesUnsent(), client.bytesToWrite());
+        mSocket->abort();
+        QTRY_VERIFY(!client.isConnected());
+
+        QCOMPARE(client.bytesToWrite(), qint64(0));
+        QVERIFY(client.bytesUnsent() > 0);
+        QVERIFY(startConnected(client));
+        QCOMPARE(client.bytesUnsent(), qint64(0));
+    }
+
+    void whatIsSentIsNotUnsent()
+    {
+        TcpClient client;
+        QVERIFY(startConnected(client));
+
+        Q_EMIT client.send(LargeMessage()); // more than the system takes at once
+        QVERIFY(client.bytesUnsent() > 0);
+
+        QTRY_COMPARE(mSocket->bytesAvailable(), qint64(TcpProtocolParser::messageToData(LargeMessage()).size()));
+        QTRY_COMPARE(client.bytesUnsent(), qint64(0));
     }
 
     void bytesThatComeWhileAReceiverRunsAnEventLoopAreRead()

@@ -2,6 +2,7 @@
 #include "LogCapture.h"
 #include "Loopback.h"
 #include "MetaText.h"
+#include "Tcp/TcpProtocolParser.h"
 #include "Tcp/TcpServer.h"
 
 #include <QDir>
@@ -409,6 +410,38 @@ private Q_SLOTS:
         QVERIFY2(
             log.asText().constFirst().startsWith(QLatin1String("warning: the peer does not read, bytes waiting: ")),
             qPrintable(log.asText().constFirst()));
+    }
+
+    void whatWasNeverSentIsCountedUntilTheNextClient()
+    {
+        const LogCapture log;
+        QCOMPARE(mServer->bytesUnsent(), qint64(0));
+        QVERIFY(connectClient(mFirst));
+        mFirst->setReadBufferSize(1);
+        const QSignalSpy left(mServer.get(), &TcpServer::clientDisconnected);
+
+        for (int i = 0; i < 40; ++i)
+            Q_EMIT mServer->send(LargeMessage());
+        QVERIFY(mServer->bytesUnsent() > 0);
+        QCOMPARE(mServer->bytesUnsent(), mServer->bytesToWrite());
+        mFirst->abort();
+        QTRY_COMPARE(left.count(), 1);
+
+        QCOMPARE(mServer->bytesToWrite(), qint64(0));
+        QVERIFY(mServer->bytesUnsent() > 0);
+        QVERIFY(connectClient(mSecond));
+        QCOMPARE(mServer->bytesUnsent(), qint64(0));
+    }
+
+    void whatIsSentIsNotUnsent()
+    {
+        QVERIFY(connectClient(mFirst));
+
+        Q_EMIT mServer->send(LargeMessage()); // more than the system takes at once
+        QVERIFY(mServer->bytesUnsent() > 0);
+
+        QTRY_COMPARE(mFirst->bytesAvailable(), qint64(TcpProtocolParser::messageToData(LargeMessage()).size()));
+        QTRY_COMPARE(mServer->bytesUnsent(), qint64(0));
     }
 
     void aReceiverOfClientDisconnectedMaySendAndStop()

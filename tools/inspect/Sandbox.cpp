@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <initializer_list>
 #include <iterator>
+#include <linux/capability.h>
 #include <linux/landlock.h>
 #include <memory>
 #include <seccomp.h>
@@ -176,6 +177,17 @@ void limit(__rlimit_resource resource, rlim_t most)
     setrlimit(resource, &limits);
 }
 
+/// Root could raise its limits again.
+bool dropCapabilities()
+{
+    if (geteuid() != 0)
+        return true;
+    __user_cap_header_struct header{};
+    header.version = _LINUX_CAPABILITY_VERSION_3;
+    const __user_cap_data_struct none[2]{};
+    return syscall(SYS_capset, &header, none) == 0;
+}
+
 /// The soft limit only: the next image may need more, and the hard one cannot be raised again.
 void limitForNow(__rlimit_resource resource, rlim_t most)
 {
@@ -221,6 +233,8 @@ const char *Sandbox::enter(const Folders &folders, const Budget &life)
         limit(RLIMIT_AS, mMemoryAtStart + life.memory);
     limit(RLIMIT_CPU, usedProcessorTime() + life.processorTime);
 
+    if (!dropCapabilities())
+        return "rights of root";
     const Support supported = support();
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
         return "no new privileges";

@@ -117,7 +117,8 @@ private:
 
 WorkerPool::WorkerPool(const Session &session, int size)
     : mSession(session)
-    , mSize(static_cast<std::size_t>(size))
+    , mMost(static_cast<std::size_t>(size))
+    , mSize(mMost)
 {
     mWorkers.reserve(mSize);
 }
@@ -309,6 +310,7 @@ WorkerPool::Outcome WorkerPool::reap(Worker &worker, const QString &reason)
         lastWordsOfWorker(worker.folder)};
     QDir(worker.folder).removeRecursively();
     mWorkers.erase(mWorkers.begin() + (&worker - mWorkers.data()));
+    mSize = mMost; // what it took may be enough for another one
     return outcome;
 }
 

@@ -66,7 +66,8 @@ private:
     Outcome reap(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
 
     const Session &mSession;
-    std::size_t mSize; ///< the most workers
+    const std::size_t mMost; ///< workers
+    std::size_t mSize; ///< the most that there is room for
     int mForked = 0;
     std::vector<Worker> mWorkers;
     QElapsedTimer mSinceLook; ///< at what the workers have written
