@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whatever text is taken for an address: what is accepted reads back as the same, and the checks agree with each other.
+#include "Helpers/IPDetails.h"
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
 

@@ -196,7 +196,7 @@ QByteArray samplesOf(const cv::Mat &bgr, const Tiff &kind, const cv::Rect &part,
             if (kind.bits == 16) {
                 const auto whole = uint16_t(value);
                 std::memcpy(line + qint64(2) * i, &whole, sizeof whole);
-            } else {
+            } else if (kind.bits <= bitsPerByte) { // others are refused before they are looked at
                 const int at = i * kind.bits;
                 const int shift = bitsPerByte - kind.bits - at % bitsPerByte;
                 const unsigned others = uchar(line[at / bitsPerByte]) & ~(((1U << kind.bits) - 1) << shift);
