@@ -382,6 +382,8 @@ Choice::Choice(const Filter &filter)
         add("inspection.verdict = ?", static_cast<int>(*filter.verdict));
     if (filter.standard)
         add("inspection.standard = ?", static_cast<int>(*filter.standard));
+    if (!filter.picture.isEmpty())
+        add("inspection.picture = ?", QByteArray::fromHex(filter.picture));
     if (filter.from.isValid())
         add("inspection.made >= ?", toValue(filter.from));
     if (filter.until.isValid())

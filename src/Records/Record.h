@@ -220,6 +220,7 @@ struct Filter
     std::optional<Id> point;
     std::optional<Verdict> verdict;
     std::optional<FiberInspection::Standard::Id> standard;
+    QByteArray picture; ///< the SHA-256 of what was inspected, in hexadecimal digits
     QDateTime from; ///< and later
     QDateTime until; ///< and earlier
 };

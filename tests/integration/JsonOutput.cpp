@@ -10,21 +10,44 @@
 #include <valijson/validation_results.hpp>
 #include <valijson/validator.hpp>
 
+#include <map>
+#include <string>
+
 namespace {
 /// Read once. A schema that cannot be read accepts nothing.
-const valijson::Schema &inspectSchema()
+const valijson::Schema &schemaOf(const char *path)
 {
-    static const valijson::Schema *const schema = [] {
-        QFile file(QStringLiteral(VANTOR_INSPECT_SCHEMA));
-        if (!file.open(QIODevice::ReadOnly))
-            qFatal("no schema: %s", VANTOR_INSPECT_SCHEMA);
-        const QJsonValue document = QJsonDocument::fromJson(file.readAll()).object();
-        static valijson::Schema parsed;
-        const valijson::adapters::QtJsonAdapter adapter(document);
-        valijson::SchemaParser().populateSchema(adapter, parsed);
-        return &parsed;
-    }();
-    return *schema;
+    static std::map<std::string, valijson::Schema> schemas;
+    const auto found = schemas.find(path);
+    if (found != schemas.end())
+        return found->second;
+    QFile file(QString::fromUtf8(path));
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("no schema: %s", path);
+    const QJsonValue document = QJsonDocument::fromJson(file.readAll()).object();
+    valijson::Schema &parsed = schemas[path];
+    const valijson::adapters::QtJsonAdapter adapter(document);
+    valijson::SchemaParser().populateSchema(adapter, parsed);
+    return parsed;
+}
+
+QString violationOf(const valijson::Schema &schema, const QJsonObject &object)
+{
+    const QJsonValue value(object);
+    const valijson::adapters::QtJsonAdapter target(value);
+    valijson::ValidationResults results;
+    if (valijson::Validator().validate(schema, target, &results))
+        return {};
+
+    QStringList texts{QStringLiteral("refused")};
+    valijson::ValidationResults::Error error;
+    while (results.popError(error)) {
+        std::string place;
+        for (const std::string &part : error.context)
+            place += part;
+        texts.append(QString::fromStdString(place + ": " + error.description));
+    }
+    return texts.join(QLatin1Char('\n'));
 }
 } // namespace
 
@@ -42,19 +65,10 @@ std::vector<QJsonObject> jsonLines(const QByteArray &output)
 
 QString schemaViolation(const QJsonObject &object)
 {
-    const QJsonValue value(object);
-    const valijson::adapters::QtJsonAdapter target(value);
-    valijson::ValidationResults results;
-    if (valijson::Validator().validate(inspectSchema(), target, &results))
-        return {};
+    return violationOf(schemaOf(VANTOR_INSPECT_SCHEMA), object);
+}
 
-    QStringList texts{QStringLiteral("refused")};
-    valijson::ValidationResults::Error error;
-    while (results.popError(error)) {
-        std::string place;
-        for (const std::string &part : error.context)
-            place += part;
-        texts.append(QString::fromStdString(place + ": " + error.description));
-    }
-    return texts.join(QLatin1Char('\n'));
+QString recordsSchemaViolation(const QJsonObject &object)
+{
+    return violationOf(schemaOf(VANTOR_RECORDS_SCHEMA), object);
 }

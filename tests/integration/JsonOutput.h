@@ -12,3 +12,6 @@ std::vector<QJsonObject> jsonLines(const QByteArray &output);
 
 /// What docs/inspect.schema.json has against the object; empty when nothing.
 QString schemaViolation(const QJsonObject &object);
+
+/// The same of docs/records.schema.json.
+QString recordsSchemaViolation(const QJsonObject &object);

@@ -99,6 +99,7 @@ private Q_SLOTS:
         QTest::newRow("vantor-focus") << QStringLiteral(VANTOR_FOCUS_PROGRAM);
         QTest::newRow("vantor-names") << QStringLiteral(VANTOR_NAMES_PROGRAM);
         QTest::newRow("vantor-net") << QStringLiteral(VANTOR_NET_PROGRAM);
+        QTest::newRow("vantor-records") << QStringLiteral(VANTOR_RECORDS_PROGRAM);
     }
 
     void theOthersEndAsTheSystemEndsThem()

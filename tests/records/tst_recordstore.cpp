@@ -400,6 +400,9 @@ private Q_SLOTS:
         QCOMPARE(idsBy([&](Filter &f) { f.point = points[0].id; }), QVector<Id>({good}));
         QCOMPARE(idsBy([](Filter &f) { f.verdict = Verdict::None; }), QVector<Id>({none}));
         QCOMPARE(idsBy([](Filter &f) { f.standard = Standard::IEC61300_3_35_MM; }), QVector<Id>({multimode}));
+        const QByteArray goodPicture = PictureStore::hashOf(Face::of(QStringLiteral("clean")).picture);
+        QCOMPARE(idsBy([&](Filter &f) { f.picture = goodPicture; }), QVector<Id>({good}));
+        QCOMPARE(idsBy([](Filter &f) { f.picture = "no name"; }), QVector<Id>());
         QCOMPARE(idsBy([&](Filter &f) { f.until = old.made; }), QVector<Id>({none}));
         QCOMPARE(idsBy([&](Filter &f) { f.from = old.made.addMSecs(1); }), QVector<Id>({multimode, bad, good}));
         QCOMPARE(idsBy([&](Filter &f) {

@@ -13,11 +13,11 @@ QString harmless(const QString &field)
     return field.isEmpty() || isNumber || !beginnings.contains(field.at(0)) ? field : QLatin1Char('\'') + field;
 }
 
-QString quoted(const QString &field)
+QString quoted(const QString &field, QChar separator)
 {
-    static const QString special = QStringLiteral(",\"\r\n");
+    static const QString special = QStringLiteral("\"\r\n");
     for (const QChar character : field) {
-        if (special.contains(character)) {
+        if (character == separator || special.contains(character)) {
             QString escaped = field;
             escaped.replace(QLatin1Char('"'), QStringLiteral("\"\""));
             return QLatin1Char('"') + escaped + QLatin1Char('"');
@@ -27,12 +27,12 @@ QString quoted(const QString &field)
 }
 } // namespace
 
-QByteArray csvLine(const QStringList &fields)
+QByteArray csvLine(const QStringList &fields, QChar separator)
 {
     QStringList quotedFields;
     for (const QString &field : fields)
-        quotedFields.append(quoted(harmless(field)));
-    return quotedFields.join(QLatin1Char(',')).toUtf8() + '\n';
+        quotedFields.append(quoted(harmless(field), separator));
+    return quotedFields.join(separator).toUtf8() + '\n';
 }
 
 } // namespace Tools

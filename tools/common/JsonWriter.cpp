@@ -58,6 +58,11 @@ JsonWriter &JsonWriter::value(bool flag)
     return scalar(flag ? "true" : "false");
 }
 
+JsonWriter &JsonWriter::value(qint64 number)
+{
+    return scalar(QByteArray::number(number));
+}
+
 JsonWriter &JsonWriter::value(int number)
 {
     return scalar(QByteArray::number(number));

@@ -20,6 +20,7 @@ public:
     JsonWriter &value(const char *) = delete;
     JsonWriter &value(bool flag);
     JsonWriter &value(int number);
+    JsonWriter &value(qint64 number);
     JsonWriter &value(float number); ///< the shortest form that reads back the same; 0 for what is not finite
     JsonWriter &value(double number); ///< likewise
 

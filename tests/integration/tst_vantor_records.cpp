@@ -1,0 +1,814 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "../records/StoredFaces.h"
+#include "Faults.h"
+#include "JsonOutput.h"
+#include "PaintedFaces.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+using namespace FiberInspection;
+using namespace Records;
+
+namespace {
+enum ExitCode : int {
+    Done = 0,
+    NotPassed = 1,
+    NotAnswered = 2,
+    WrongUsage = 64,
+    Unavailable = 69,
+    NotWritten = 74,
+};
+
+constexpr int patience = 60000; // milliseconds
+
+struct Outcome
+{
+    int exitCode = -1; ///< -1: crashed, or did not end
+    QByteArray bytes; ///< of stdout
+    QString output; ///< the same as text
+    QStringList errors;
+};
+
+QStringList linesOf(const QString &text)
+{
+    return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+/// Arguments are separated by blanks; _ stands for a blank in one.
+QStringList split(const QString &text)
+{
+    QStringList arguments = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    return arguments.replaceInStrings(QStringLiteral("_"), QStringLiteral(" "));
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// Fields of a line without line breaks in them.
+QStringList fieldsOf(const QString &line, QChar separator = QLatin1Char(','))
+{
+    QStringList fields{QString()};
+    bool isQuoted = false;
+    for (const QChar character : line) {
+        if (character == QLatin1Char('"'))
+            isQuoted = !isQuoted;
+        else if (character == separator && !isQuoted)
+            fields.append(QString());
+        else
+            fields.last() += character;
+    }
+    return fields;
+}
+} // namespace
+
+/// The program as its users meet it: real processes, real stores.
+class TestVantorRecords : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { fillTwoJobs(); }
+
+    void init()
+    {
+        mDir = std::make_unique<QTemporaryDir>();
+        mFaces = mDir->filePath(QStringLiteral("faces"));
+        mStore = mDir->filePath(QStringLiteral("store"));
+        QVERIFY(QDir().mkpath(mFaces));
+    }
+
+    // --- Import ------------------------------------------------------------------------------------------------------
+
+    void aFolderIsGradedIntoAJob()
+    {
+        paint("A1", goodFace());
+        paint("A2", badFace());
+        paint("A3", noFace());
+        write(mFaces + QStringLiteral("/A4.png"), "no picture");
+        write(mFaces + QStringLiteral("/A5.png"), {});
+        write(mFaces + QStringLiteral("/notes.txt"), "notes");
+
+        const Outcome outcome = import(QStringLiteral("--job Panel_7 --customer Müller --standard sm-rl26"));
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        const QStringList lines = linesOf(outcome.output);
+        QCOMPARE(lines.size(), 5);
+        QCOMPARE(lines[0], QStringLiteral("A1  passed      %1/A1.png, inspection 1").arg(mFaces));
+        QCOMPARE(lines[1], QStringLiteral("A2  failed      %1/A2.png, inspection 2").arg(mFaces));
+        QCOMPARE(lines[2], QStringLiteral("A3  no verdict  %1/A3.png, inspection 3").arg(mFaces));
+        QCOMPARE(lines[3], QStringLiteral("A4  no verdict  %1/A4.png, inspection 4").arg(mFaces));
+        QCOMPARE(lines[4],
+            QStringLiteral(
+                "Job 1 \"Panel 7\": 4 inspections: 1 passed, 1 failed, 2 without a verdict; 0 known already, "
+                "2 left out"));
+        QCOMPARE(outcome.errors.size(), 4);
+        QCOMPARE(outcome.errors[0], QStringLiteral("vantor-records: %1/notes.txt: no known image suffix").arg(mFaces));
+        QVERIFY(outcome.errors[1].contains(QLatin1String("A3.png: ")));
+        QVERIFY(outcome.errors[2].contains(QLatin1String("A4.png: ")));
+        QVERIFY(outcome.errors[3].contains(QLatin1String("A5.png: there is nothing in the file")));
+
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        const Job job = store.job(1).value;
+        QCOMPARE(job.customer, QStringLiteral("Müller"));
+        QCOMPARE(job.standard, Standard::IEC61300_3_35_SM_RL26);
+        QCOMPARE(store.points(1).value.size(), 4);
+        QCOMPARE(store.inspection(2).value.standard, job.standard);
+        QVERIFY(store.inspection(2).value.origin.seed.has_value());
+        QCOMPARE(store.picture(store.inspection(4).value.picture).value, QByteArray("no picture"));
+    }
+
+    void theExitCodeOfAnImportTellsTheWorst_data()
+    {
+        QTest::addColumn<QStringList>("faces");
+        QTest::addColumn<int>("exitCode");
+        const auto row = [](const char *faces, int exitCode) {
+            QTest::newRow(faces) << QString::fromLatin1(faces).split(QLatin1Char(' ')) << exitCode;
+        };
+        row("good", Done);
+        row("good bad", NotPassed);
+        row("good bad none", NotAnswered);
+        QTest::newRow("nothing") << QStringList() << int(NotAnswered);
+    }
+    void theExitCodeOfAnImportTellsTheWorst()
+    {
+        QFETCH(const QStringList, faces);
+        for (const QString &face : faces) {
+            const bool isGood = face == QLatin1String("good");
+            paint(face, isGood ? goodFace() : face == QLatin1String("bad") ? badFace() : noFace());
+        }
+
+        QTEST(import(QStringLiteral("--job P")).exitCode, "exitCode");
+        QCOMPARE(run(QStringLiteral("list --jobs")).exitCode, int(faces.isEmpty() ? NotPassed : Done));
+    }
+
+    void importedTwiceIsNotDoubled()
+    {
+        paint("A1", goodFace());
+        paint("A2", badFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(NotPassed));
+        QVERIFY(QFile::rename(mFaces + QStringLiteral("/A1.png"), mFaces + QStringLiteral("/B1.png")));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+        const Outcome elsewhere = import(QStringLiteral("--job Q"));
+
+        QCOMPARE(again.exitCode, int(Done));
+        QVERIFY(again.output.startsWith(
+            QStringLiteral("A2  known       %1/A2.png: the picture of inspection 2, point A2\n").arg(mFaces)));
+        QVERIFY(again.output.contains(QLatin1String("B1.png: the picture of inspection 1, point A1\n")));
+        QVERIFY(again.output.contains(QLatin1String(": 0 inspections: ")));
+        QVERIFY(again.output.contains(QLatin1String("; 2 known already, 0 left out\n")));
+        QVERIFY(elsewhere.output.contains(QLatin1String(": 2 inspections: "))); // another job may need them
+    }
+
+    void pointsAreNamedByARunInTheOrderOfTheNumbers()
+    {
+        paint("p10", faceNumber(2));
+        paint("p9", faceNumber(1));
+        paint("p1", faceNumber(0));
+
+        QCOMPARE(
+            import(QStringLiteral("--job P --first A09 --last A11 --side B --fibre apc")).exitCode, int(NotPassed));
+
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        const QVector<Point> points = store.points(1).value;
+        QCOMPARE(points.size(), 3);
+        const char *const expected[] = {"p1", "p9", "p10"};
+        for (int i = 0; i < points.size(); ++i) {
+            QCOMPARE(points[i].name, QStringLiteral("A%1").arg(9 + i, 2, 10, QLatin1Char('0')));
+            QCOMPARE(points[i].side, Side::B);
+            QCOMPARE(points[i].fibre, FibreKind::SingleModeAngled);
+            const QByteArray picture = store.inspection(points[i].lastInspection).value.picture;
+            QCOMPARE(store.picture(picture).value, contentOf(pathOf(QLatin1String(expected[i]))));
+        }
+    }
+
+    void aRunOfAnotherLengthStoresNothing()
+    {
+        paint("p1", goodFace());
+
+        const Outcome outcome = import(QStringLiteral("--job P --first A1 --last A2"));
+
+        QCOMPARE(outcome.exitCode, int(WrongUsage));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral(
+                "vantor-records: from A1 to A2 there are 2 points, but in the folder there are 1 pictures")}));
+        QCOMPARE(run(QStringLiteral("list --jobs")).exitCode, int(NotPassed));
+    }
+
+    void aStoppedImportGoesOnWhereItWas()
+    {
+        constexpr int count = 40;
+        for (int i = 0; i < count; ++i)
+            paint(QStringLiteral("A%1").arg(i), faceNumber(i));
+        QProcess program;
+        program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM),
+            {QStringLiteral("import"), mFaces, QStringLiteral("--job"), QStringLiteral("P"), QStringLiteral("--store"),
+                mStore});
+        while (!program.canReadLine())
+            QVERIFY(program.waitForReadyRead(patience));
+
+        kill(static_cast<pid_t>(program.processId()), SIGINT);
+        QVERIFY(program.waitForFinished(patience));
+
+        QCOMPARE(program.exitCode(), 128 + SIGINT);
+        const int shown = linesOf(QString::fromUtf8(program.readAllStandardOutput())).size();
+        QVERIFY(shown > 0 && shown < count);
+        const Outcome rest = import(QStringLiteral("--job P"));
+        QVERIFY(rest.output.contains(QStringLiteral("; %1 known already, 0 left out").arg(shown)));
+        QVERIFY(rest.output.contains(QStringLiteral(": %1 inspections: ").arg(count - shown)));
+    }
+
+    void aJobThatIsThereHasToFit_data()
+    {
+        QTest::addColumn<QString>("problem");
+        const auto row = [](const char *arguments, const char *problem) {
+            QTest::newRow(arguments) << QString::fromUtf8(problem);
+        };
+        row("--job P --standard mm", "the job \"P\" is graded by sm-rl45");
+        row("--job P --customer X", "the job \"P\" is there already, with another customer, site or operator");
+        row("--job closed", "the job \"closed\" is closed");
+        row("--job twice", "there are 2 jobs of that name: 4, 3; choose one with --job-id");
+    }
+    void aJobThatIsThereHasToFit()
+    {
+        QFETCH(const QString, problem);
+        paint("A1", goodFace());
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            for (const char *const name : {"P", "closed", "twice", "twice"}) {
+                Job job;
+                job.name = QString::fromLatin1(name);
+                QVERIFY(store.addJob(job).ok());
+            }
+            Job closed = store.job(2).value;
+            closed.closed = QDateTime::currentDateTimeUtc();
+            QVERIFY(store.updateJob(closed).ok());
+        }
+
+        const Outcome outcome = import(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(outcome.exitCode, int(WrongUsage));
+        QCOMPARE(outcome.errors, QStringList({QStringLiteral("vantor-records: ") + problem}));
+        QCOMPARE(import(QStringLiteral("--job-id 3")).exitCode, int(Done));
+        QCOMPARE(import(QStringLiteral("--job-id 9")).exitCode, int(NotPassed));
+    }
+
+    void aFullDiskEndsAnImport()
+    {
+        constexpr int size = 4096; // kibibytes
+        constexpr int free = 64; // kibibytes
+        paint("A1", goodFace());
+        QVERIFY(QDir().mkpath(mStore));
+        Outcome outcome;
+        const bool hasRun = Faults::withSmallDisk(mStore, size, [&] {
+            RecordStore().open(mStore);
+            const DiskFilling filling(mStore, free);
+            write(mFaces + QStringLiteral("/A2.bmp"), QByteArray(1024 * free, 'x'));
+            outcome = import(QStringLiteral("--job P"));
+        });
+        QVERIFY(hasRun);
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QVERIFY2(!outcome.errors.isEmpty(), qPrintable(outcome.output));
+    }
+
+    void oneProgramWritesAndOthersRead()
+    {
+        paint("A1", goodFace());
+        RecordStore store;
+        QVERIFY(store.open(mStore).canWrite());
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(store).ok());
+
+        const Outcome second = import(QStringLiteral("--job P"));
+
+        QCOMPARE(second.exitCode, int(Unavailable));
+        QCOMPARE(second.errors, QStringList({QStringLiteral("vantor-records: another program writes into the store")}));
+        QCOMPARE(run(QStringLiteral("list")).exitCode, int(Done));
+        QCOMPARE(run(QStringLiteral("show 1")).exitCode, int(Done));
+    }
+
+    // --- Reading -----------------------------------------------------------------------------------------------------
+
+    void aListIsChosenByItsOptions_data()
+    {
+        QTest::addColumn<QString>("points");
+        const auto row = [](const char *arguments, const char *points) {
+            QTest::newRow(arguments) << QString::fromLatin1(points);
+        };
+        row("list", "3 2 1 2 1");
+        row("list --job Left", "3 2 1");
+        row("list --job-id 1", "2 1");
+        row("list --verdict failed", "2 2");
+        row("list --verdict none", "3");
+        row("list --verdict passed --job Right", "1");
+        row("list --standard mm", "2 1");
+        row("list --limit 2", "3 2");
+        row("list --limit 2 --page 3", "1");
+        row("list --from 2000-01-01 --until 2200-12-31T10:00", "3 2 1 2 1");
+        row("search lef", "3 2 1");
+        row("search mul 2", "2");
+        row("search mul --verdict passed", "1");
+        row("list --until 2000-01-01", "");
+        row("list --from 2200-01-01T00:00:00", "");
+        row("search nothing_of_this", "");
+        row("list --page 9", "");
+    }
+    void aListIsChosenByItsOptions()
+    {
+        QFETCH(const QString, points);
+        useTwoJobs();
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QStringList found;
+        static const QRegularExpression row(
+            QStringLiteral("^ *\\d+  \\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d  \\S+ +(\\d)"));
+        const QStringList lines = linesOf(outcome.output);
+        for (const QString &line : lines) {
+            const QRegularExpressionMatch match = row.match(line);
+            if (match.hasMatch())
+                found.append(match.captured(1));
+        }
+        QCOMPARE(found.join(QLatin1Char(' ')), points);
+        QCOMPARE(outcome.exitCode, int(points.isEmpty() ? NotPassed : Done));
+        QCOMPARE(outcome.errors.size(), points.isEmpty() ? 1 : 0);
+    }
+
+    void jobsTellHowFarTheyAre()
+    {
+        useTwoJobs();
+
+        const QStringList lines = linesOf(run(QStringLiteral("list --jobs")).output);
+
+        QCOMPARE(lines.size(), 3);
+        QCOMPARE(lines[0].simplified(),
+            QStringLiteral(
+                "ID Created Name Customer Site Standard Points Open Passed Failed Accepted No verdict State"));
+        QVERIFY(lines[1].simplified().endsWith(QStringLiteral("Left Müller sm-rl45 3 0 1 1 0 1 open")));
+        QVERIFY(lines[2].simplified().endsWith(QStringLiteral("Right mm 2 0 1 1 0 0 open")));
+    }
+
+    void whatIsShownIsWhatWasFound()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            QVERIFY(face.addTo(store).ok());
+            QVERIFY(store.setDecision(1, Decision::Accepted, QStringLiteral("old\npanel")).ok());
+        }
+
+        const Outcome outcome = run(QStringLiteral("show 1"));
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        QStringList lines;
+        const QStringList raw = linesOf(outcome.output);
+        for (const QString &line : raw)
+            lines.append(line.simplified());
+        QCOMPARE(lines.first(), QStringLiteral("Inspection 1 FAILED"));
+        QVERIFY(lines.contains(QStringLiteral("Decision accepted, old panel")));
+        QVERIFY(lines.contains(QStringLiteral("Standard ") + Standard::name(face.inspection.standardId())));
+        int rules = 0;
+        for (const StoredZone &zone : StoredZone::of(face.inspection.result())) {
+            for (const StoredRule &rule : zone.rules) {
+                const QString ending = QStringLiteral(" %1 %2")
+                                           .arg(rule.found)
+                                           .arg(rule.violated ? QStringLiteral("fail") : QStringLiteral("pass"));
+                const QStringList matching = lines.filter(rule.rule.toString()).filter(Zone::name(zone.zone));
+                QVERIFY2(!matching.filter(QRegularExpression(QRegularExpression::escape(ending) + QLatin1Char('$')))
+                              .isEmpty(),
+                    qPrintable(rule.rule.toString()));
+                ++rules;
+            }
+        }
+        QVERIFY(rules > 4);
+        for (const GradedDefect &defect : face.inspection.defects()) {
+            const QString text =
+                QStringLiteral("%1 %2 ").arg(Zone::name(defect.zone),
+                    defect.kind == Defect::Type::Scratch ? QStringLiteral("scratch") : QStringLiteral("defect"))
+                + QString::number(defect.sizeMicrons, 'f', 1);
+            QVERIFY2(!lines.filter(text).isEmpty(), qPrintable(text));
+        }
+        const QString picture = lines.filter(QRegularExpression(QStringLiteral("^Picture "))).first().mid(8);
+        QCOMPARE(contentOf(picture), face.picture);
+        QVERIFY(QFile::remove(picture));
+        QVERIFY(run(QStringLiteral("show 1")).output.contains(picture + QStringLiteral(" (missing)\n")));
+    }
+
+    void withoutAVerdictNoRuleWasPassed()
+    {
+        useTwoJobs();
+
+        const Outcome outcome = run(QStringLiteral("show 5"));
+
+        QVERIFY(outcome.output.startsWith(QLatin1String("Inspection 5  NO VERDICT\n")));
+        QVERIFY(outcome.output.contains(QLatin1String("  Reason     ")));
+        QVERIFY(!outcome.output.contains(QLatin1String("pass")));
+    }
+
+    void textFromOutsideDoesNotReachTheTerminal()
+    {
+        RecordStore store;
+        QVERIFY(store.open(mStore).canWrite());
+        Job job;
+        job.name = QStringLiteral("\u001b[31mred\u202e");
+        job.site = QString(4000, QLatin1Char('x'));
+        const Id id = store.addJob(job).value.id;
+        const Id point = store.addPoints(id, {QStringLiteral("\u009b"), QStringLiteral("\u009b"), {}, {}}).value[0].id;
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(store, point).ok());
+
+        for (const char *const command : {"list", "list --jobs", "show 1"}) {
+            const Outcome outcome = run(QString::fromLatin1(command));
+
+            QCOMPARE(outcome.exitCode, int(Done));
+            for (const char16_t harmful : {u'\x1b', u'\x9b', u'\x202e'})
+                QVERIFY2(!outcome.output.contains(QChar(harmful)), command);
+            QVERIFY(outcome.output.contains(QLatin1String("\\x1b[31mred")));
+        }
+    }
+
+    void whatIsNotThereIsTold_data()
+    {
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("problem");
+        const auto row = [](const char *arguments, int exitCode, const char *problem) {
+            QTest::newRow(arguments) << exitCode << QString::fromLatin1(problem);
+        };
+        row("show 99", NotPassed, "there is no inspection 99");
+        row("list --job Middle", NotPassed, "there is no job \"Middle\"");
+        row("export --csv --job-id 9", NotPassed, "there is no job 9");
+        row("list --store /nowhere", Unavailable, "there is no store in /nowhere");
+    }
+    void whatIsNotThereIsTold()
+    {
+        QFETCH(const int, exitCode);
+        QFETCH(const QString, problem);
+        useTwoJobs();
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(outcome.exitCode, exitCode);
+        QCOMPARE(outcome.output, QString());
+        QCOMPARE(outcome.errors, QStringList({QStringLiteral("vantor-records: ") + problem}));
+    }
+
+    void theStoreOfTheUserIsTheUsualOne()
+    {
+        paint("A1", goodFace());
+        mStore.clear();
+
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+
+        QVERIFY(QFile::exists(mDir->filePath(QStringLiteral("data/vantor-records/records.sqlite"))));
+        QCOMPARE(run(QStringLiteral("show 1")).exitCode, int(Done));
+    }
+
+    // --- Export ------------------------------------------------------------------------------------------------------
+
+    void jsonFollowsItsSchema_data()
+    {
+        QTest::addColumn<int>("jobs");
+        QTest::addColumn<int>("inspections");
+        QTest::newRow("export --json") << 2 << 6;
+        QTest::newRow("export --json --job Left") << 1 << 3;
+        QTest::newRow("export --json --verdict failed") << 2 << 2;
+        QTest::newRow("export --json --until 2000-01-01") << 2 << 0;
+    }
+    void jsonFollowsItsSchema()
+    {
+        QFETCH(const int, jobs);
+        QFETCH(const int, inspections);
+        useTwoJobs();
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Origin origin = Face::of(QStringLiteral("mm")).origin();
+            origin.focusValue = 0.25;
+            const Face &face = Face::of(QStringLiteral("mm"));
+            QVERIFY(store.addInspection(origin, face.inspection, face.picture).ok()); // of no job
+        }
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        const QJsonObject document = QJsonDocument::fromJson(outcome.output.toUtf8()).object();
+        QCOMPARE(recordsSchemaViolation(document), QString());
+        QCOMPARE(document.value(QStringLiteral("jobs")).toArray().size(), jobs);
+        QCOMPARE(document.value(QStringLiteral("inspections")).toArray().size(), inspections);
+    }
+
+    void theSchemaRefusesWhatIsNone()
+    {
+        useTwoJobs();
+        const QJsonObject good = QJsonDocument::fromJson(run(QStringLiteral("export --json")).output.toUtf8()).object();
+        QCOMPARE(recordsSchemaViolation(good), QString());
+
+        QJsonObject other = good;
+        other.insert(QStringLiteral("version"), 2);
+        QVERIFY(!recordsSchemaViolation(other).isEmpty());
+        other = good;
+        QJsonArray inspections = good.value(QStringLiteral("inspections")).toArray();
+        QJsonObject inspection = inspections[0].toObject();
+        inspection.remove(QStringLiteral("side")); // of a point
+        inspections[0] = inspection;
+        other.insert(QStringLiteral("inspections"), inspections);
+        QVERIFY(!recordsSchemaViolation(other).isEmpty());
+    }
+
+    void jsonTellsWhatWasFound()
+    {
+        const Face &face = Face::of(QStringLiteral("scratched"));
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            QVERIFY(face.addTo(store).ok());
+        }
+
+        const QJsonObject document =
+            QJsonDocument::fromJson(run(QStringLiteral("export --json")).output.toUtf8()).object();
+        const QJsonObject one = document.value(QStringLiteral("inspections")).toArray().at(0).toObject();
+
+        QCOMPARE(one.value(QStringLiteral("verdict")).toString(), QStringLiteral("failed"));
+        QCOMPARE(one.value(QStringLiteral("origin")).toObject().value(QStringLiteral("seed")).toString(),
+            QStringLiteral("18364758544493064720")); // all digits of it
+        QCOMPARE(one.value(QStringLiteral("picture")).toObject().value(QStringLiteral("sha256")).toString(),
+            QString::fromLatin1(PictureStore::hashOf(face.picture)));
+        int defects = 0;
+        const QJsonArray zones = one.value(QStringLiteral("zones")).toArray();
+        for (const QJsonValue &zone : zones) {
+            const QJsonArray listed = zone.toObject().value(QStringLiteral("defects")).toArray();
+            for (const QJsonValue &value : listed) {
+                const GradedDefect &made = face.inspection.defects()[defects++];
+                const QJsonObject defect = value.toObject();
+                QCOMPARE(defect.value(QStringLiteral("size")).toDouble(), made.sizeMicrons);
+                QCOMPARE(defect.value(QStringLiteral("x")).toDouble(), made.centerMicrons.x());
+                QCOMPARE(defect.value(QStringLiteral("y")).toDouble(), made.centerMicrons.y());
+                QCOMPARE(defect.value(QStringLiteral("causesFailure")).toBool(), made.causesFailure);
+            }
+        }
+        QCOMPARE(defects, face.inspection.defects().size());
+        QVERIFY(defects > 0);
+    }
+
+    void csvIsWhatASpreadsheetOpens_data()
+    {
+        QTest::addColumn<QChar>("separator");
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<bool>("hasMark");
+        QTest::newRow("export --csv") << QChar(QLatin1Char(',')) << "1.075" << true;
+        QTest::newRow("export --csv --separator ;") << QChar(QLatin1Char(';')) << "1.075" << true;
+        QTest::newRow("export --csv --separator tab --no-bom") << QChar(QLatin1Char('\t')) << "1.075" << false;
+        QTest::newRow("export --csv --separator ; --decimal-comma") << QChar(QLatin1Char(';')) << "1,075" << true;
+        QTest::newRow("export --csv --decimal-comma") << QChar(QLatin1Char(',')) << "1,075" << true; // in quotes
+    }
+    void csvIsWhatASpreadsheetOpens()
+    {
+        QFETCH(const QChar, separator);
+        QFETCH(const QString, number);
+        QFETCH(const bool, hasMark);
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Job job;
+            job.name = QStringLiteral("=HYPERLINK(1)");
+            job.customer = QStringLiteral("@Müller; \t, Söhne");
+            job.site = QStringLiteral("-1+1");
+            job.operatorName = QStringLiteral("+49 30 1");
+            const Id id = store.addJob(job).value.id;
+            const Id point = store.addPoints(id, {QStringLiteral("-1"), QStringLiteral("-1"), {}, {}}).value[0].id;
+            QVERIFY(Face::of(QStringLiteral("pitted")).addTo(store, point).ok());
+        }
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        QCOMPARE(outcome.bytes.startsWith("\xEF\xBB\xBF"), hasMark);
+        const QStringList lines = linesOf(outcome.output); // without the mark
+        QCOMPARE(lines.size(), 2);
+        const QStringList names = fieldsOf(lines[0], separator);
+        const QStringList values = fieldsOf(lines[1], separator);
+        QCOMPARE(values.size(), names.size());
+        const auto field = [&](const char *name) { return values.value(names.indexOf(QString::fromUtf8(name))); };
+        QCOMPARE(field("Inspection"), QStringLiteral("1"));
+        QCOMPARE(field("Job"), QStringLiteral("'=HYPERLINK(1)"));
+        QCOMPARE(field("Customer"), QStringLiteral("'@Müller; \t, Söhne"));
+        QCOMPARE(field("Site"), QStringLiteral("'-1+1"));
+        QCOMPARE(field("Operator"), QStringLiteral("'+49 30 1"));
+        QCOMPARE(field("Point"), QStringLiteral("-1")); // a number
+        QCOMPARE(field("Verdict"), QStringLiteral("failed"));
+        QCOMPARE(field("Scale (µm per pixel)"), number);
+        QVERIFY(field("Core largest defect (µm)").toDouble() > 0 || number.contains(QLatin1Char(',')));
+    }
+
+    void aFileIsWrittenWholeOrNotAtAll()
+    {
+        constexpr int size = 1024; // kibibytes
+        useTwoJobs();
+        const QString folder = mDir->filePath(QStringLiteral("small"));
+        const QString path = folder + QStringLiteral("/records.json");
+        QVERIFY(QDir().mkpath(folder));
+        Outcome full;
+        QByteArray left;
+        QStringList files;
+        const bool hasRun = Faults::withSmallDisk(folder, size, [&] {
+            write(path, "former");
+            const DiskFilling filling(folder, 4);
+            full = run({QStringLiteral("export"), QStringLiteral("--json"), QStringLiteral("-o"), path});
+            left = contentOf(path);
+            files = QDir(folder).entryList(QDir::Files | QDir::Hidden);
+        });
+        QVERIFY(hasRun);
+
+        QCOMPARE(full.exitCode, int(NotWritten));
+        QCOMPARE(full.errors,
+            QStringList({QStringLiteral("vantor-records: cannot write %1: No space left on device").arg(path)}));
+        QCOMPARE(left, QByteArray("former"));
+        QCOMPARE(files, QStringList({QStringLiteral("filling"), QStringLiteral("records.json")}));
+        const QString whole = mDir->filePath(QStringLiteral("whole.csv"));
+        QCOMPARE(
+            run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), whole}).output, QString());
+        QCOMPARE(contentOf(whole), run(QStringLiteral("export --csv")).bytes);
+    }
+
+    void onlyAFileIsReplaced_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("device") << QStringLiteral("/dev/null");
+        QTest::newRow("folder") << QStringLiteral("/tmp");
+        QTest::newRow("missing folder") << QStringLiteral("/nowhere/records.csv");
+    }
+    void onlyAFileIsReplaced()
+    {
+        QFETCH(const QString, path);
+        useTwoJobs();
+
+        const Outcome outcome = run(QStringLiteral("export --csv --output ") + path);
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors.size(), 1);
+        QVERIFY(outcome.errors[0].startsWith(QStringLiteral("vantor-records: cannot write %1: ").arg(path)));
+        QVERIFY(!QFileInfo(QStringLiteral("/dev/null")).isFile());
+    }
+
+    void aStdoutThatIsFullIsTold_data()
+    {
+        QTest::addColumn<int>("exitCode");
+        for (const char *const arguments : {"list", "list --jobs", "show 1", "export --csv", "export --json"})
+            QTest::newRow(arguments) << int(NotWritten);
+    }
+    void aStdoutThatIsFullIsTold()
+    {
+        useTwoJobs();
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()), QStringLiteral("/dev/full"));
+
+        QTEST(outcome.exitCode, "exitCode");
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: cannot write to stdout: No space left on device")}));
+    }
+
+    // --- Usage -------------------------------------------------------------------------------------------------------
+
+    void wrongUsageIsRefused_data()
+    {
+        QTest::addColumn<QString>("problem");
+        const auto row = [](const char *arguments, const char *problem) {
+            QTest::newRow(arguments) << QString::fromLatin1(problem);
+        };
+        row("", "which command? See --help");
+        row("lsit", "there is no command \"lsit\"; see --help");
+        row("list x", "\"x\" is too much; see --help");
+        row("show", "show needs the number of an inspection");
+        row("show x", "show needs the number of an inspection, not \"x\"");
+        row("show 1 2", "\"2\" is too much; see --help");
+        row("search", "search needs words to search for");
+        row("import", "import needs a folder of pictures");
+        row("import x", "import needs --job");
+        row("import x --job _", "--job needs a name, not \" \"");
+        row("import x --job P --job-id 1", "--job and --job-id exclude each other");
+        row("import x --job P --first A1", "--first and --last belong together");
+        row("import x --job P --first A2 --last A1", "column 2 runs backwards: \"2\" comes after \"1\"");
+        row("import x --job P --side C", "--side needs A or B, not \"C\"");
+        row("import x --job P --fibre glass", "--fibre needs sm, apc, mm or unknown, not \"glass\"");
+        row("import x --job P --fov 0x640", "--fov needs WIDTHxHEIGHT in micrometres, such as 860x640, not \"0x640\"");
+        row("import x --job P --standard all", "--standard needs sm-rl26, sm-rl35, sm-rl45, sm-apc, mm, not \"all\"");
+        row("import x --job P --page 2", "--page goes with list, search");
+        row("list --job-id 0", "--job-id needs the number of a job, not \"0\"");
+        row("list --jobs --verdict passed", "--verdict does not go with --jobs");
+        row("list --verdict good", "--verdict needs passed, failed or none, not \"good\"");
+        row("list --from yesterday", "--from needs a day or a time such as 2026-11-22T14:30, not \"yesterday\"");
+        row("list --page 0", "--page needs a whole number from 1 to 2147483, not \"0\"");
+        row("list --limit 1001", "--limit needs a whole number from 1 to 1000, not \"1001\"");
+        row("list --csv", "--csv goes with export");
+        row("search x --jobs", "--jobs goes with list");
+        row("export", "export needs one of --csv and --json");
+        row("export --csv --json", "export needs one of --csv and --json");
+        row("export --json --separator ;", "--separator goes with --csv");
+        row("export --csv --separator x", "--separator needs \",\", \";\" or tab, not \"x\"");
+        row("export --csv --nonsense", "Unknown option 'nonsense'.");
+    }
+    void wrongUsageIsRefused()
+    {
+        QFETCH(const QString, problem);
+
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(outcome.exitCode, int(WrongUsage));
+        QCOMPARE(outcome.output, QString());
+        QCOMPARE(outcome.errors, QStringList({QStringLiteral("vantor-records: ") + problem}));
+        QVERIFY(!QFile::exists(mStore));
+    }
+
+private:
+    QString pathOf(const QString &name) const { return QStringLiteral("%1/%2.png").arg(mFaces, name); }
+
+    void paint(const QString &name, const QImage &face) const { QVERIFY(face.save(pathOf(name))); }
+    void paint(const char *name, const QImage &face) const { paint(QString::fromLatin1(name), face); }
+
+    /// No two of these are the same picture.
+    static QImage faceNumber(int number) { return paintFace({{{3.0 + number, -2}, 4}}); }
+
+    Outcome run(const QString &arguments, const QString &outputFile = {}) const
+    {
+        return run(split(arguments), outputFile);
+    }
+
+    Outcome run(QStringList arguments, const QString &outputFile = {}) const
+    {
+        if (!mStore.isEmpty() && !arguments.contains(QStringLiteral("--store")))
+            arguments << QStringLiteral("--store") << mStore;
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), mDir->filePath(QStringLiteral("data")));
+        program.setProcessEnvironment(environment);
+        if (!outputFile.isEmpty())
+            program.setStandardOutputFile(outputFile);
+        program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM), arguments);
+        if (!program.waitForFinished(patience) || program.exitStatus() != QProcess::NormalExit)
+            return {};
+        const QByteArray output = program.readAllStandardOutput();
+        return {program.exitCode(), output, QString::fromUtf8(output),
+            linesOf(QString::fromUtf8(program.readAllStandardError()))};
+    }
+
+    Outcome import(const QString &arguments) const
+    {
+        return run(QStringList{QStringLiteral("import"), mFaces} + split(arguments));
+    }
+
+    /// Right: 1 passed, 2 failed; Left, after it: 1 passed, 2 failed, 3 without a verdict.
+    void fillTwoJobs() const
+    {
+        RecordStore store;
+        QVERIFY(store.open(mTwoJobs.path()).canWrite());
+        Job right;
+        right.name = QStringLiteral("Right");
+        right.standard = Standard::IEC61300_3_35_MM;
+        Job left;
+        left.name = QStringLiteral("Left");
+        left.customer = QStringLiteral("Müller");
+        for (const Job &job : {right, left}) {
+            const Id id = store.addJob(job).value.id;
+            const bool isLeft = job.name == left.name;
+            const PointRun points{QStringLiteral("1"), isLeft ? QStringLiteral("3") : QStringLiteral("2"), {}, {}};
+            const QVector<Point> added = store.addPoints(id, points).value;
+            const QImage faces[] = {goodFace(), badFace(), noFace()};
+            for (int i = 0; i < added.size(); ++i)
+                QVERIFY(store.addInspection(Origin::of(added[i].id), inspect(faces[i], job.standard), {}).ok());
+        }
+    }
+
+    /// A copy of that store.
+    void useTwoJobs() const
+    {
+        QCOMPARE(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), mTwoJobs.path(), mStore}), 0);
+    }
+
+    const QTemporaryDir mTwoJobs;
+    std::unique_ptr<QTemporaryDir> mDir;
+    QString mFaces; ///< folder of pictures
+    QString mStore; ///< folder; empty for the usual one
+};
+
+QTEST_GUILESS_MAIN(TestVantorRecords)
+#include "tst_vantor_records.moc"

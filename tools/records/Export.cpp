@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "records/Export.h"
+
+#include "common/ExitCode.h"
+#include "common/ProgressBar.h"
+#include "common/StopSignals.h"
+#include "common/Terminal.h"
+#include "records/ExportCsv.h"
+#include "records/ExportJson.h"
+#include "records/StoreAccess.h"
+#include "records/Target.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace RecordsTool {
+
+using namespace Records;
+
+namespace {
+/// All ids that the filter lets through, the oldest first.
+Answer<QVector<Id>> idsOf(const RecordStore &store, const Filter &filter)
+{
+    QVector<Id> ids; // the latest first
+    for (Page page{0, Page::maxRows};; page.offset += Page::maxRows) {
+        const Answer<QVector<InspectionSummary>> rows = store.list(filter, page);
+        if (!rows.ok())
+            return {{}, rows.problem};
+        for (const InspectionSummary &row : rows.value) {
+            if (ids.isEmpty() || row.id < ids.last()) // others may add some meanwhile, which shift the pages
+                ids.append(row.id);
+        }
+        if (rows.value.size() < Page::maxRows)
+            break;
+    }
+    std::reverse(ids.begin(), ids.end());
+    return {ids, {}};
+}
+
+/// The jobs of the store; of the filter, if it names one. The oldest first.
+Answer<QVector<Job>> jobsOf(const RecordStore &store, const Filter &filter)
+{
+    if (filter.job) {
+        const Answer<Job> job = store.job(*filter.job);
+        return {{job.value}, job.problem};
+    }
+    QVector<Job> all;
+    for (Page page{0, Page::maxRows};; page.offset += Page::maxRows) {
+        const Answer<QVector<Job>> jobs = store.jobs(page);
+        if (!jobs.ok())
+            return {{}, jobs.problem};
+        for (const Job &job : jobs.value) {
+            if (all.isEmpty() || job.id < all.last().id)
+                all.append(job);
+        }
+        if (jobs.value.size() < Page::maxRows)
+            break;
+    }
+    std::reverse(all.begin(), all.end());
+    return {all, {}};
+}
+
+/// The same with their points.
+Answer<QVector<ExportedJob>> jobsWithPoints(const RecordStore &store, const Filter &filter)
+{
+    const Answer<QVector<Job>> jobs = jobsOf(store, filter);
+    QVector<ExportedJob> all;
+    for (const Job &job : jobs.value) {
+        const Answer<QVector<Point>> points = store.points(job.id);
+        if (!points.ok())
+            return {{}, points.problem};
+        all.append({job, points.value});
+    }
+    return {all, jobs.problem};
+}
+
+class Exporter
+{
+public:
+    Exporter(const Options &options, const RecordStore &store)
+        : mOptions(options)
+        , mStore(store)
+        , mTarget(options.output, &mSignals)
+    {
+    }
+
+    int run(const Filter &filter);
+
+private:
+    bool isJson() const { return mOptions.format == Options::Format::Json; }
+    void remember(const QVector<ExportedJob> &jobs);
+    Answer<ExportedInspection> inspection(Id id) const;
+    Problem writeAll(const QVector<Id> &ids);
+
+    const Options &mOptions;
+    const RecordStore &mStore;
+    Tools::StopSignals mSignals;
+    Target mTarget;
+    bool mIsWritten = false; ///< all that was asked for
+    QHash<Id, Job> mJobs;
+    QHash<Id, Point> mPoints;
+};
+
+int Exporter::run(const Filter &filter)
+{
+    const Answer<QVector<Id>> ids = idsOf(mStore, filter);
+    if (!ids.ok())
+        return tell(ids.problem);
+    const Answer<QVector<ExportedJob>> jobs = jobsWithPoints(mStore, filter); // by now those of all ids are there
+    if (!jobs.ok())
+        return tell(jobs.problem);
+    remember(jobs.value);
+
+    if (!mTarget.open() || !mTarget.write(isJson() ? jsonBegin(jobs.value) : csvHeader(mOptions)))
+        return mTarget.tellFailure();
+    const Problem problem = writeAll(ids.value);
+    if (!problem.ok())
+        return tell(problem);
+    if (!mIsWritten || (isJson() && !mTarget.write(jsonEnd())) || !mTarget.commit())
+        return mTarget.tellFailure();
+    return Tools::Done;
+}
+
+void Exporter::remember(const QVector<ExportedJob> &jobs)
+{
+    for (const ExportedJob &exported : jobs) {
+        mJobs.insert(exported.job.id, exported.job);
+        for (const Point &point : exported.points)
+            mPoints.insert(point.id, point);
+    }
+}
+
+Problem Exporter::writeAll(const QVector<Id> &ids)
+{
+    const bool hasBar = !mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDERR_FILENO);
+    Tools::ProgressBar progress(hasBar ? ids.size() : 0);
+    for (int i = 0; i < ids.size(); ++i) {
+        progress.show(i);
+        const Answer<ExportedInspection> one = inspection(ids[i]);
+        if (!one.ok())
+            return one.problem;
+        if (!mTarget.write(isJson() ? jsonInspection(one.value, i == 0) : csvRow(one.value, mOptions)))
+            return {};
+    }
+    mIsWritten = true;
+    return {};
+}
+
+Answer<ExportedInspection> Exporter::inspection(Id id) const
+{
+    const Answer<StoredInspection> record = mStore.inspection(id);
+    const StoredInspection &value = record.value;
+    return {{value, mJobs.value(value.job), mPoints.value(value.point)}, record.problem};
+}
+} // namespace
+
+int exportInspections(const Options &options, const RecordStore &store)
+{
+    Filter filter;
+    const int refused = filterOf(options, store, &filter);
+    return refused == Tools::Done ? Exporter(options, store).run(filter) : refused;
+}
+
+} // namespace RecordsTool

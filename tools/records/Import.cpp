@@ -1,0 +1,355 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "records/Import.h"
+
+#include "Helpers/TestNameGenerator.h"
+#include "common/ExitCode.h"
+#include "common/FolderListing.h"
+#include "common/StandardOutput.h"
+#include "common/StopSignals.h"
+#include "common/Terminal.h"
+#include "records/StoreAccess.h"
+#include "records/Words.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QRandomGenerator>
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace RecordsTool {
+
+using namespace FiberInspection;
+using namespace Records;
+namespace Terminal = Tools::Terminal;
+
+namespace {
+constexpr int verdictWidth = 10; // columns
+
+struct Picture
+{
+    QString path;
+    QString point; ///< name
+};
+
+/// Numbers in names count as such: 2 comes before 10.
+bool comesBefore(const QString &a, const QString &b)
+{
+    int i = 0;
+    int j = 0;
+    const auto digits = [](const QString &text, int from) {
+        int end = from;
+        while (end < text.size() && text.at(end).isDigit())
+            ++end;
+        return end - from;
+    };
+    while (i < a.size() && j < b.size()) {
+        const int m = digits(a, i);
+        const int n = digits(b, j);
+        if (m == 0 || n == 0) {
+            if (a.at(i) != b.at(j))
+                return a.at(i) < b.at(j);
+            ++i;
+            ++j;
+            continue;
+        }
+        const int length = qMax(m, n);
+        const QString first = a.mid(i, m).rightJustified(length, QLatin1Char('0'));
+        const QString second = b.mid(j, n).rightJustified(length, QLatin1Char('0'));
+        if (first != second)
+            return first < second;
+        i += m;
+        j += n;
+    }
+    const bool aEnds = i >= a.size();
+    const bool bEnds = j >= b.size();
+    return aEnds != bEnds ? aEnds : a < b;
+}
+
+bool agrees(const QString &asked, const QString &there)
+{
+    return asked.isEmpty() || asked == there;
+}
+
+class Importer
+{
+public:
+    Importer(const Options &options, RecordStore *store)
+        : mOptions(options)
+        , mStore(*store)
+        , mOutput(&mSignals)
+        , mStyle(Terminal::hasColors(STDOUT_FILENO))
+    {
+    }
+
+    int run();
+
+private:
+    bool listFolder();
+    bool nameByRun();
+    bool findJob();
+    bool addPointsOfRun();
+    bool import(const Picture &picture);
+    bool store(const Picture &picture, const QByteArray &bytes);
+    bool printKnown(const Picture &picture, const InspectionSummary &row);
+    Answer<Id> pointNamed(const QString &name);
+    bool printVerdict(const Picture &picture, const Inspection &inspection, Id id);
+    bool printLine(const QString &point, const QString &verdict, const QString &rest);
+    bool printSummary();
+    void leaveOut(const QString &path, const QString &reason);
+    bool fail(int exitCode, const QString &reason = {});
+    int exitCode() const;
+
+    const Options &mOptions;
+    RecordStore &mStore;
+    Tools::StopSignals mSignals;
+    Tools::StandardOutput mOutput;
+    const Tools::TextStyle mStyle;
+
+    QVector<Picture> mPictures;
+    Job mJob;
+    QHash<QString, Id> mPoints; ///< of the job and the side, by their names
+    int mFailure = Tools::Done; ///< what ends the program early
+    int mCounts[3] = {0, 0, 0}; ///< by verdict
+    int mKnown = 0;
+    int mLeftOut = 0;
+    int mPointWidth = 0; ///< columns
+};
+
+int Importer::run()
+{
+    if (!listFolder() || !findJob() || !addPointsOfRun())
+        return mFailure != Tools::Done ? mFailure : exitCode();
+    for (const Picture &picture : qAsConst(mPictures))
+        mPointWidth = qMax(mPointWidth, Terminal::printable(picture.point).size());
+    for (const Picture &picture : qAsConst(mPictures)) {
+        if (mSignals.received() != 0)
+            return Tools::StoppedBySignal + mSignals.received();
+        if (!import(picture))
+            return mFailure != Tools::Done ? mFailure : mOutput.tellFailure();
+    }
+    return printSummary() ? exitCode() : mOutput.tellFailure();
+}
+
+bool Importer::listFolder()
+{
+    const auto listing = Tools::FolderListing::of(mOptions.operand, Tools::FolderListing::imageSuffixes());
+    for (const auto &entry : listing.leftOut)
+        leaveOut(entry.path, entry.reason);
+    if (!listing.problem.isEmpty())
+        leaveOut(mOptions.operand, listing.problem);
+    else if (listing.files.isEmpty())
+        leaveOut(mOptions.operand, QStringLiteral("there is no image in the folder"));
+    for (const QString &path : listing.files)
+        mPictures.append({path, Terminal::printableName(QFileInfo(path).completeBaseName())});
+    std::sort(mPictures.begin(), mPictures.end(),
+        [](const Picture &a, const Picture &b) { return comesBefore(a.path, b.path); });
+    return !mPictures.isEmpty() && (mOptions.first.isEmpty() || nameByRun());
+}
+
+bool Importer::nameByRun()
+{
+    QVector<QString> names;
+    NameGenFault fault;
+    TestNameGenerator::generateTestNames(mOptions.first, mOptions.last, names, RecordStore::maxPointsOfRun, fault);
+    if (names.size() != mPictures.size()) {
+        return fail(Tools::WrongUsage,
+            QStringLiteral("from %1 to %2 there are %3 points, but in the folder there are %4 pictures")
+                .arg(mOptions.first, mOptions.last)
+                .arg(names.size())
+                .arg(mPictures.size()));
+    }
+    for (int i = 0; i < names.size(); ++i)
+        mPictures[i].point = names[i];
+    return true;
+}
+
+/// The job of that name or number; a new one where there is none of the name.
+bool Importer::findJob()
+{
+    if (mOptions.jobId != noId) {
+        const Answer<Job> job = mStore.job(mOptions.jobId);
+        if (!job.ok())
+            return fail(tell(job.problem));
+        mJob = job.value;
+    } else {
+        const Answer<QVector<Job>> jobs = jobsNamed(mStore, mOptions.jobName);
+        if (!jobs.ok())
+            return fail(tell(jobs.problem));
+        if (jobs.value.size() > 1)
+            return fail(tell({Fault::Invalid, ambiguity(jobs.value)}));
+        const Answer<Job> job =
+            jobs.value.isEmpty() ? mStore.addJob(mOptions.job) : Answer<Job>{jobs.value.first(), {}};
+        if (!job.ok())
+            return fail(tell(job.problem));
+        mJob = job.value;
+    }
+    if (!mJob.isOpen())
+        return fail(Tools::WrongUsage, QStringLiteral("the job \"%1\" is closed").arg(mJob.name));
+    if (mOptions.standard && *mOptions.standard != mJob.standard) {
+        return fail(Tools::WrongUsage,
+            QStringLiteral("the job \"%1\" is graded by %2").arg(mJob.name, Words::ofStandard(mJob.standard)));
+    }
+    if (!agrees(mOptions.job.customer, mJob.customer) || !agrees(mOptions.job.site, mJob.site)
+        || !agrees(mOptions.job.operatorName, mJob.operatorName)) {
+        return fail(Tools::WrongUsage,
+            QStringLiteral("the job \"%1\" is there already, with another customer, site or operator").arg(mJob.name));
+    }
+    const Answer<QVector<Point>> points = mStore.points(mJob.id);
+    for (const Point &point : points.value) {
+        if (point.side == mOptions.side)
+            mPoints.insert(point.name, point.id);
+    }
+    return points.ok() || fail(tell(points.problem));
+}
+
+/// All at once, so that the panel is whole also when the import is not.
+bool Importer::addPointsOfRun()
+{
+    if (mOptions.first.isEmpty())
+        return true;
+    for (const Picture &picture : qAsConst(mPictures)) {
+        const Answer<Id> point = pointNamed(picture.point);
+        if (!point.ok())
+            return fail(tell(point.problem));
+    }
+    return true;
+}
+
+/// @return false when there is no use in going on
+bool Importer::import(const Picture &picture)
+{
+    QFile file(picture.path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        leaveOut(picture.path, file.errorString());
+        return true;
+    }
+    const QByteArray bytes = file.read(PictureStore::maxPictureSize + 1);
+    if (bytes.isEmpty() || bytes.size() > PictureStore::maxPictureSize) {
+        leaveOut(picture.path,
+            bytes.isEmpty() ? QStringLiteral("there is nothing in the file") : QStringLiteral("the file is too large"));
+        return true;
+    }
+    Filter same;
+    same.job = mJob.id;
+    same.picture = PictureStore::hashOf(bytes);
+    const Answer<QVector<InspectionSummary>> known = mStore.list(same, {0, 1});
+    if (!known.ok())
+        return fail(tell(known.problem));
+    return known.value.isEmpty() ? store(picture, bytes) : printKnown(picture, known.value.first());
+}
+
+/// @param row of the same picture
+bool Importer::printKnown(const Picture &picture, const InspectionSummary &row)
+{
+    ++mKnown;
+    return printLine(picture.point, mStyle.dim(QStringLiteral("known").leftJustified(verdictWidth)),
+        QStringLiteral("%1: the picture of inspection %2, point %3")
+            .arg(Terminal::printableName(picture.path))
+            .arg(row.id)
+            .arg(row.pointName));
+}
+
+bool Importer::store(const Picture &picture, const QByteArray &bytes)
+{
+    InspectionOptions options;
+    options.seed = QRandomGenerator::system()->generate64(); // so that it can be made again
+    const LoadedImage loaded = decodeImage(bytes, options.maxImagePixels);
+    const Inspection inspection = loaded.reason == Inspection::Reason::None
+        ? inspect(loaded.image, mJob.standard, mOptions.device, options)
+        : inspectFile(picture.path, mJob.standard, mOptions.device, options); // which keeps the reason
+    if (loaded.reason != inspection.reason() && loaded.reason != Inspection::Reason::None) {
+        leaveOut(picture.path, QStringLiteral("the file changes while it is read"));
+        return true;
+    }
+    const Answer<Id> point = pointNamed(picture.point);
+    const Answer<Id> id =
+        point.ok() ? mStore.addInspection(Origin::of(point.value, mOptions.device, options), inspection, bytes) : point;
+    if (id.ok())
+        return printVerdict(picture, inspection, id.value);
+    if (id.problem.fault != Fault::Invalid)
+        return fail(tell(id.problem));
+    leaveOut(picture.path, id.problem.text);
+    return true;
+}
+
+Answer<Id> Importer::pointNamed(const QString &name)
+{
+    const auto known = mPoints.constFind(name);
+    if (known != mPoints.constEnd())
+        return {*known, {}};
+    const Answer<QVector<Point>> added = mStore.addPoints(mJob.id, {name, name, mOptions.side, mOptions.fibre});
+    if (!added.ok())
+        return {noId, added.problem};
+    mPoints.insert(name, added.value.first().id);
+    return {added.value.first().id, {}};
+}
+
+bool Importer::printVerdict(const Picture &picture, const Inspection &inspection, Id id)
+{
+    const Verdict verdict = !inspection.hasVerdict() ? Verdict::None
+        : inspection.passed()                        ? Verdict::Passed
+                                                     : Verdict::Failed;
+    ++mCounts[static_cast<int>(verdict)];
+    const QString path = Terminal::printableName(picture.path);
+    if (verdict == Verdict::None)
+        Terminal::tell(QStringLiteral("%1: %2").arg(path, inspection.problem()));
+    const QString word =
+        (verdict == Verdict::None ? QStringLiteral("no verdict") : Words::of(verdict)).leftJustified(verdictWidth);
+    return printLine(picture.point, verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
+        QStringLiteral("%1, inspection %2").arg(path).arg(id));
+}
+
+/// @param verdict as wide as all of them
+bool Importer::printLine(const QString &point, const QString &verdict, const QString &rest)
+{
+    const QString line =
+        QStringLiteral("%1  %2  %3\n").arg(Terminal::printable(point).leftJustified(mPointWidth), verdict, rest);
+    return mOutput.write(line.toUtf8());
+}
+
+bool Importer::printSummary()
+{
+    const auto count = [this](Verdict verdict) { return mCounts[static_cast<int>(verdict)]; };
+    const QString text = QStringLiteral("\nJob %1 \"%2\": %3 inspections: %4 passed, %5 failed, %6 without a verdict; "
+                                        "%7 known already, %8 left out\n")
+                             .arg(QString::number(mJob.id), Terminal::printable(mJob.name))
+                             .arg(mCounts[0] + mCounts[1] + mCounts[2])
+                             .arg(count(Verdict::Passed))
+                             .arg(count(Verdict::Failed))
+                             .arg(count(Verdict::None))
+                             .arg(mKnown)
+                             .arg(mLeftOut);
+    return mOutput.write(text.toUtf8());
+}
+
+void Importer::leaveOut(const QString &path, const QString &reason)
+{
+    Terminal::tell(QStringLiteral("%1: %2").arg(Terminal::printableName(path), reason));
+    ++mLeftOut;
+}
+
+/// @return false
+bool Importer::fail(int exitCode, const QString &reason)
+{
+    if (!reason.isEmpty())
+        Terminal::tell(reason);
+    mFailure = exitCode;
+    return false;
+}
+
+int Importer::exitCode() const
+{
+    if (mCounts[static_cast<int>(Verdict::None)] > 0 || mLeftOut > 0)
+        return Tools::NotAnswered;
+    return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? Tools::NotPassed : Tools::Done;
+}
+} // namespace
+
+int importFolder(const Options &options, RecordStore *store)
+{
+    return Importer(options, store).run();
+}
+
+} // namespace RecordsTool

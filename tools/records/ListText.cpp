@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "records/ListText.h"
+
+#include "common/Program.h"
+#include "records/StoreAccess.h"
+#include "records/Table.h"
+#include "records/Words.h"
+
+#include <unistd.h>
+
+namespace RecordsTool {
+
+using namespace Records;
+using Align = Table::Align;
+using Look = Table::Look;
+
+namespace {
+Table::Cell verdictCell(Verdict verdict)
+{
+    const Look look = verdict == Verdict::Passed ? Look::Good : verdict == Verdict::Failed ? Look::Bad : Look::Plain;
+    return {verdict == Verdict::None ? QStringLiteral("no verdict") : Words::of(verdict), look};
+}
+
+Table::Cell decisionCell(Decision decision)
+{
+    return {decision == Decision::Undecided ? QString() : Words::of(decision)};
+}
+
+QString remarkOf(const InspectionSummary &row)
+{
+    const QString reason = Words::reasonOf(row);
+    return reason.isEmpty() || row.note.isEmpty() ? reason + row.note : QStringLiteral("%1; %2").arg(reason, row.note);
+}
+
+void add(Table &table, const InspectionSummary &row)
+{
+    const bool hasPoint = row.point != noId;
+    table.add({{QString::number(row.id)}, {Words::localTime(row.made)}, {row.jobName}, {row.pointName},
+        {hasPoint ? Words::of(row.side) : QString()}, {Words::ofStandard(row.standard)}, verdictCell(row.verdict),
+        decisionCell(row.decision), {remarkOf(row)}});
+}
+
+Table inspectionsTable(const QVector<InspectionSummary> &rows)
+{
+    Table table({{QStringLiteral("ID"), Align::Right}, {QStringLiteral("Made")}, {QStringLiteral("Job")},
+        {QStringLiteral("Point")}, {QStringLiteral("Side")}, {QStringLiteral("Standard")}, {QStringLiteral("Verdict")},
+        {QStringLiteral("Decision")}, {QStringLiteral("Remark")}});
+    for (const InspectionSummary &row : rows)
+        add(table, row);
+    return table;
+}
+
+Page pageOf(const Options &options)
+{
+    return {(options.page - 1) * options.limit, options.limit};
+}
+
+/// Empty when all rows are on one page.
+QString footer(const Options &options, int shown, int all)
+{
+    const int pages = (all + options.limit - 1) / options.limit;
+    if (pages <= 1 && options.page == 1)
+        return {};
+    return QStringLiteral("\n%1 of %2 inspections, page %3 of %4\n").arg(shown).arg(all).arg(options.page).arg(pages);
+}
+
+Table::Cell countCell(int count, Look look)
+{
+    return {QString::number(count), count > 0 ? look : Look::Dim};
+}
+
+Table emptyJobsTable()
+{
+    return Table({{QStringLiteral("ID"), Align::Right}, {QStringLiteral("Created")}, {QStringLiteral("Name")},
+        {QStringLiteral("Customer")}, {QStringLiteral("Site")}, {QStringLiteral("Standard")},
+        {QStringLiteral("Points"), Align::Right}, {QStringLiteral("Open"), Align::Right},
+        {QStringLiteral("Passed"), Align::Right}, {QStringLiteral("Failed"), Align::Right},
+        {QStringLiteral("Accepted"), Align::Right}, {QStringLiteral("No verdict"), Align::Right},
+        {QStringLiteral("State")}});
+}
+
+void add(Table &table, const Job &job, const JobProgress &count)
+{
+    table.add({{QString::number(job.id)}, {Words::localTime(job.created)}, {job.name}, {job.customer}, {job.site},
+        {Words::ofStandard(job.standard)}, countCell(count.points, Look::Plain), countCell(count.open, Look::Plain),
+        countCell(count.passed, Look::Good), countCell(count.failed, Look::Bad), countCell(count.accepted, Look::Plain),
+        countCell(count.withoutVerdict, Look::Bad),
+        {job.isOpen() ? QStringLiteral("open") : QStringLiteral("closed")}});
+}
+
+Tools::TextStyle style()
+{
+    return Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO));
+}
+} // namespace
+
+int listInspections(const Options &options, const RecordStore &store)
+{
+    Filter filter;
+    const int refused = filterOf(options, store, &filter);
+    if (refused != Tools::Done)
+        return refused;
+    const Answer<int> all = store.count(filter);
+    const Answer<QVector<InspectionSummary>> rows = store.list(filter, pageOf(options));
+    for (const Problem &problem : {all.problem, rows.problem}) {
+        if (!problem.ok())
+            return tell(problem);
+    }
+    if (rows.value.isEmpty())
+        return tell({Fault::NotFound,
+            all.value > 0 ? QStringLiteral("there is no page %1").arg(options.page)
+                          : QStringLiteral("there is no such inspection")});
+    const QString text = inspectionsTable(rows.value).text(style()) + footer(options, rows.value.size(), all.value);
+    return Tools::print(text.toUtf8());
+}
+
+int listJobs(const Options &options, const RecordStore &store)
+{
+    const Answer<QVector<Job>> jobs = store.jobs(pageOf(options));
+    if (!jobs.ok())
+        return tell(jobs.problem);
+    if (jobs.value.isEmpty())
+        return tell({Fault::NotFound,
+            options.page > 1 ? QStringLiteral("there is no page %1").arg(options.page)
+                             : QStringLiteral("there is no job")});
+    Table table = emptyJobsTable();
+    for (const Job &job : jobs.value) {
+        const Answer<JobProgress> progress = store.progress(job.id);
+        if (!progress.ok())
+            return tell(progress.problem);
+        add(table, job, progress.value);
+    }
+    return Tools::print(table.text(style()).toUtf8());
+}
+
+} // namespace RecordsTool

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "common/Program.h"
+#include "records/CommandLine.h"
+#include "records/Export.h"
+#include "records/Import.h"
+#include "records/InspectionText.h"
+#include "records/ListText.h"
+#include "records/StoreAccess.h"
+
+using namespace RecordsTool;
+using Tools::Program;
+
+namespace {
+int read(const Options &options)
+{
+    Records::RecordStore store;
+    const int refused = openToRead(options.store, &store);
+    if (refused != Tools::Done)
+        return refused;
+    switch (options.action) {
+    case Options::Action::ListJobs:
+        return listJobs(options, store);
+    case Options::Action::Show:
+        return showInspection(options, store);
+    case Options::Action::Export:
+        return exportInspections(options, store);
+    default:
+        return listInspections(options, store);
+    }
+}
+
+int write(const Options &options)
+{
+    Records::RecordStore store;
+    const int refused = openToWrite(options.store, &store);
+    return refused == Tools::Done ? importFolder(options, &store) : refused;
+}
+
+int run(const Options &options)
+{
+    Program::showLog(Program::Log::Nothing); // what goes wrong comes back as a value
+    return options.action == Options::Action::Import ? write(options) : read(options);
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const Program program(argc, argv, "vantor-records");
+    CommandLine commandLine;
+    return program.run(&commandLine, [&] { return run(commandLine.options()); });
+}
