@@ -23,6 +23,7 @@ enum class Fault : int {
     Unusable, ///< files or database, for a reason that only the text tells
     OutOfMemory,
     NoDriver, ///< Qt's plug-in for SQLite is not installed
+    Stopped, ///< by who called
 };
 
 /// Whether something went wrong: for programs, and for people.

@@ -157,7 +157,7 @@ Problem Database::problemOf(const QSqlError &error) const
     const int code = error.nativeErrorCode().toInt();
     const bool isFull = (code & primaryCode) == InputOutput && isDiskFull(mPath);
     const Fault fault = isFull ? Fault::DiskFull : faultOf(code);
-    if (fault == Fault::Damaged)
+    if (fault == Fault::Damaged && !mSuspicion.isEmpty())
         QFile(mSuspicion).open(QIODevice::WriteOnly);
     return {fault, QStringLiteral("%1: %2").arg(mPath, error.databaseText().simplified())};
 }

@@ -22,7 +22,7 @@ public:
         Immutable, ///< nobody writes, and nothing can be written beside it
     };
 
-    /// @param suspicion path of the file that is made when the database is seen to be damaged
+    /// @param suspicion path of the file that is made when the database is seen to be damaged; none when it is empty
     explicit Database(const QString &path, const QString &suspicion);
     ~Database();
     Database(const Database &) = delete;
@@ -69,6 +69,7 @@ public:
     double real(int column) const { return mQuery.value(column).toDouble(); }
     float single(int column) const { return static_cast<float>(real(column)); }
     QString text(int column) const { return mQuery.value(column).toString(); }
+    QVariant value(int column) const { return mQuery.value(column); }
     QByteArray bytes(int column) const { return mQuery.value(column).toByteArray(); }
     QDateTime time(int column) const; ///< UTC; invalid for nothing
 

@@ -210,13 +210,6 @@ Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defec
     return query.problem();
 }
 
-Problem index(Database &database, Id id)
-{
-    Query query(database, QLatin1String(words) + QStringLiteral("WHERE inspection.id = ?"));
-    query.run({id});
-    return query.problem();
-}
-
 void readSummary(const Query &row, InspectionSummary *summary)
 {
     summary->id = row.longNumber(0);
@@ -459,11 +452,24 @@ Answer<int> count(const Database &database, const Filter &filter)
     return {found, query.problem()};
 }
 
+Problem index(Database &database, Id id)
+{
+    Query query(database, QLatin1String(words) + QStringLiteral("WHERE inspection.id = ?"));
+    query.run({id});
+    return query.problem();
+}
+
 Problem indexJob(Database &database, Id job)
 {
     Query query(database, QLatin1String(words) + QStringLiteral("WHERE point.job = ?"));
     query.run({job});
     return query.problem();
+}
+
+bool isShape(const QByteArray &bytes)
+{
+    StoredDefect defect;
+    return unpack(bytes, &defect);
 }
 
 Answer<QVector<Named>> allPictures(const Database &database)

@@ -22,8 +22,14 @@ Answer<StoredInspection> one(const Database &database, Id id);
 Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &filter, const Page &page);
 Answer<int> count(const Database &database, const Filter &filter);
 
+/// Makes an inspection found by the words that it has now.
+Problem index(Database &database, Id id);
+
 /// Makes the inspections of the job found by the words that it has now.
 Problem indexJob(Database &database, Id job);
+
+/// Whether a defect can be read back with this shape.
+bool isShape(const QByteArray &bytes);
 
 /// The pictures of one inspection.
 struct Named

@@ -5,6 +5,7 @@
 #include "Helpers/WholeFile_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
+#include "Records/MergeRows_p.h"
 #include "Records/Schema_p.h"
 #include "Records/StoreFolder_p.h"
 #include "Records/StoreLock_p.h"
@@ -179,6 +180,26 @@ bool putOnDisk(const QString &path)
     return isThere;
 }
 
+/// @param suspicion path of the file that notes damage; empty: nothing is written there
+Problem openToRead(const StoreFolder &folder, const QString &suspicion, std::unique_ptr<Database> *database)
+{
+    Problem problem;
+    for (const Database::Access access : {Database::Access::ReadOnly, Database::Access::Immutable}) {
+        // What is still in the journal would be overlooked; and who keeps it may be about to write.
+        if (access == Database::Access::Immutable && folder.hasJournal()) {
+            problem.text += QStringLiteral(", and what its journal holds can only be read where there is write access");
+            break;
+        }
+        *database = std::make_unique<Database>(folder.database(), suspicion);
+        problem = (*database)->open(access);
+        if (problem.ok())
+            problem = Schema::check(**database);
+        if (problem.ok() || problem.fault == Fault::LaterVersion)
+            break;
+    }
+    return problem;
+}
+
 /// What keeps a database from being written, but not from being read.
 bool canBeRead(Fault fault)
 {
@@ -348,22 +369,11 @@ Opening RecordStore::openForReading(const StoreFolder &folder, Opened how, const
     if (!folder.hasDatabase())
         return none;
 
-    Problem second;
-    for (const Database::Access access : {Database::Access::ReadOnly, Database::Access::Immutable}) {
-        // What is still in the journal would be overlooked; and who keeps it may be about to write.
-        if (access == Database::Access::Immutable && folder.hasJournal()) {
-            second.text += QStringLiteral(", and what its journal holds can only be read where there is write access");
-            break;
-        }
-        mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
-        second = mDatabase->open(access);
-        if (second.ok())
-            second = Schema::check(*mDatabase);
-        if (second.fault == Fault::LaterVersion)
-            return {Opened::LaterVersion, second, {}, 0};
-        if (second.ok())
-            return {how, problem, {}, 0};
-    }
+    const Problem second = openToRead(folder, folder.suspicion(), &mDatabase);
+    if (second.fault == Fault::LaterVersion)
+        return {Opened::LaterVersion, second, {}, 0};
+    if (second.ok())
+        return {how, problem, {}, 0};
     close();
     return {Opened::No, second, {}, 0};
 }
@@ -540,7 +550,7 @@ int RecordStore::sweepNow()
 int RecordStore::sweepAfterInterruption()
 {
     const StoreLock::Interruption &former = mLock->interruption();
-    if (!former.isOfThisBoot)
+    if (!former.isOfThisBoot || former.pictures.contains(StoreLock::anyPicture))
         return sweepNow();
     int swept = 0;
     for (const QByteArray &hash : former.pictures) {
@@ -618,6 +628,66 @@ Problem RecordStore::copyPictures(const PictureStore &target, Backup *done) cons
         ++(bytes.ok() ? done->pictures : done->missing);
     }
     return {};
+}
+
+Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn)
+{
+    return guarded([&]() -> Answer<Merge> {
+        if (!mLock)
+            return {{}, {Fault::ReadOnly, QStringLiteral("The store is open for reading only")}};
+        const StoreFolder place(folder);
+        if (!place.hasDatabase())
+            return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};
+        std::unique_ptr<Database> source;
+        Problem problem = openToRead(place, {}, &source);
+        QStringList faults;
+        if (problem.ok())
+            problem = checkWhole(*source, &faults);
+        if (problem.ok() && !faults.isEmpty())
+            problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), faults.first())};
+        if (problem.ok())
+            problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
+        return problem.ok() ? mergeFrom(*source, PictureStore(place.pictures()), goesOn) : Answer<Merge>{{}, problem};
+    });
+}
+
+/// The pictures are on the disk before a row names them.
+Answer<Merge> RecordStore::mergeFrom(
+    const Database &source, const PictureStore &sourcePictures, const std::function<bool(int done, int all)> &goesOn)
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(source);
+    if (!all.ok())
+        return {{}, all.problem};
+    const QMutexLocker locker(&mLock->writing());
+    if (!mLock->note({StoreLock::anyPicture}))
+        return {{}, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
+
+    Merge done;
+    NewPictures pictures(mPictures);
+    const QSet<QByteArray> names = namesOf(all.value);
+    int looked = 0;
+    for (const QByteArray &hash : names) {
+        if (goesOn && !goesOn(looked++, names.size()))
+            return {{}, {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")}};
+        if (mPictures.contains(hash))
+            continue;
+        const Answer<QByteArray> bytes = sourcePictures.read(hash);
+        const Problem problem = bytes.ok() ? pictures.put(bytes.value).problem : Problem();
+        if (!problem.ok())
+            return {{}, problem};
+        ++(bytes.ok() ? done.pictures : done.missing);
+    }
+
+    Transaction transaction(*mDatabase);
+    Problem problem = transaction.problem();
+    if (problem.ok())
+        problem = MergeRows::copy(*mDatabase, source, goesOn, &done);
+    if (problem.ok())
+        problem = transaction.commit();
+    if (!problem.ok())
+        return {{}, problem};
+    pictures.keep();
+    return {done, {}};
 }
 
 } // namespace Records

@@ -68,6 +68,19 @@ struct Backup
     int missing = 0; ///< pictures that are named, but could not be read
 };
 
+/// What merge() has done.
+struct Merge
+{
+    int jobs = 0; ///< that were added, as were these points and inspections
+    int points = 0;
+    int inspections = 0;
+    int known = 0; ///< inspections that were here already
+    int decisions = 0; ///< taken over for those of them that had none here
+    QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
+    int pictures = 0; ///< that were copied
+    int missing = 0; ///< pictures that are named there, but neither there nor here
+};
+
 /// Jobs, their points and the inspections of these, kept in one folder: a database and its pictures.
 ///
 /// @code
@@ -147,6 +160,13 @@ public:
     /// meanwhile. The database gets its name when all the rest is on the disk.
     Answer<Backup> backup(const QString &folder) const;
 
+    /// Takes over what the store of another unit has and this one does not: jobs and inspections are told by their
+    /// identity, points of a job by name and side, so twice is once. All of it, or nothing. What comes counts as later
+    /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
+    /// refused if it is damaged or was written by a later version.
+    /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped
+    Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
+
 private:
     template <typename Call>
     auto guarded(Call call) const -> decltype(call());
@@ -161,6 +181,8 @@ private:
     int sweepNow();
     int sweepAfterInterruption();
     Problem copyPictures(const PictureStore &target, Backup *done) const;
+    Answer<Merge> mergeFrom(const Database &source, const PictureStore &sourcePictures,
+        const std::function<bool(int done, int all)> &goesOn);
 
     std::unique_ptr<Database> mDatabase;
     std::shared_ptr<StoreLock> mLock;

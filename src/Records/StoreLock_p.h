@@ -34,6 +34,9 @@ public:
     };
     const Interruption &interruption() const { return mInterruption; }
 
+    /// To be noted in place of names: there are too many.
+    static constexpr char anyPicture[] = "any";
+
     /// Notes names of pictures before they are stored, for who comes after a kill. Without that, to find the one that
     /// no row names, all would have to be looked at. Returns whether there was room for it.
     bool note(const QList<QByteArray> &pictures) const;

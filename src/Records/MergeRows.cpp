@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/InspectionRows_p.h"
+#include "Records/MergeRows_p.h"
+
+#include <QHash>
+
+namespace Records::MergeRows {
+
+namespace {
+constexpr char sourceJobs[] =
+    "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job ORDER BY id";
+constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
+                             "VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
+constexpr char sourcePoints[] = "SELECT id, job, name, side, fibre FROM point ORDER BY job, position";
+constexpr char knownPoint[] = "SELECT id FROM point WHERE job = ? AND name = ? AND side = ?";
+constexpr char insertPoint[] = "INSERT INTO point (job, name, side, fibre, position) "
+                               "SELECT ?, ?, ?, ?, ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
+
+/// Of a row that stands for itself. Decision and note come first, since they may be changed later.
+constexpr char inspectionColumns[] =
+    "decision, note, identity, made, standard, verdict, reason, detail, scope, fov_width, fov_height, scale, "
+    "max_pixels, seed, focus, software, microns_per_pixel, cladding_x, cladding_y, cladding_radius, crop_x, crop_y, "
+    "crop_width, crop_height, gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, "
+    "merged_defects, picture, annotated";
+enum InspectionColumn : int { IdColumn = 0, PointColumn = 1, DecisionColumn = 2, NoteColumn = 3, IdentityColumn = 4 };
+
+constexpr char zoneColumns[] = "zone, inner_diameter, outer_diameter, violations";
+constexpr char ruleColumns[] = "zone, position, kind, operator, min_size, max_size, allowed, found, violated";
+constexpr char defectColumns[] = "shape, position, zone, kind, size, x, y, fails";
+
+int countOf(const char *columns)
+{
+    return QByteArray(columns).count(',') + 1;
+}
+
+QString insertion(const char *table, const char *owner, const char *columns)
+{
+    QString places;
+    for (int i = 0; i < countOf(columns); ++i)
+        places += QStringLiteral(", ?");
+    return QStringLiteral("INSERT INTO %1 (%2, %3) VALUES (?%4)")
+        .arg(QLatin1String(table), QLatin1String(owner), QLatin1String(columns), places);
+}
+
+QString selection(const char *table, const char *columns)
+{
+    return QStringLiteral("SELECT %1 FROM %2 WHERE inspection = ?").arg(QLatin1String(columns), QLatin1String(table));
+}
+
+QVariantList valuesOf(const Query &row, int first, int count)
+{
+    QVariantList values;
+    values.reserve(count);
+    for (int i = first; i < first + count; ++i)
+        values.append(row.value(i));
+    return values;
+}
+
+/// What an operator has said about an inspection.
+struct Said
+{
+    int decision = 0;
+    QString note;
+
+    bool isSomething() const { return decision != static_cast<int>(Decision::Undecided) || !note.isEmpty(); }
+    bool operator==(const Said &other) const { return decision == other.decision && note == other.note; }
+};
+
+/// One table of what belongs to an inspection.
+class PartCopy
+{
+public:
+    using Check = bool (*)(const Query &row);
+
+    /// @param isGood null: all rows are
+    PartCopy(Database &target, const Database &source, const char *table, const char *columns, Check isGood = nullptr)
+        : mCount(countOf(columns))
+        , mIsGood(isGood)
+        , mRead(source, selection(table, columns))
+        , mWrite(target, insertion(table, "inspection", columns))
+    {
+    }
+
+    Problem run(Id from, Id to)
+    {
+        mRead.run({from});
+        while (mRead.next()) {
+            if (mIsGood != nullptr && !mIsGood(mRead))
+                return {Fault::Damaged, QStringLiteral("Inspection %1 of the other store is damaged").arg(from)};
+            if (!mWrite.run(QVariantList{to} + valuesOf(mRead, 0, mCount)))
+                return mWrite.problem();
+        }
+        return mRead.problem();
+    }
+
+private:
+    const int mCount;
+    const Check mIsGood;
+    Query mRead;
+    Query mWrite;
+};
+
+/// Or the inspection could not be shown here.
+bool hasShape(const Query &defect)
+{
+    return InspectionRows::isShape(defect.bytes(0));
+}
+
+class Copy
+{
+public:
+    Copy(Database &target, const Database &source, Merge *done)
+        : mTarget(target)
+        , mSource(source)
+        , mDone(*done)
+        , mInsert(target, insertion("inspection", "point", inspectionColumns))
+        , mKnown(target, "SELECT id, decision, note FROM inspection WHERE identity = ?")
+        , mZones(target, source, "zone", zoneColumns)
+        , mRules(target, source, "rule", ruleColumns)
+        , mDefects(target, source, "defect", defectColumns, hasShape)
+    {
+    }
+
+    Problem jobs();
+    Problem points();
+    Problem inspections(const std::function<bool(int done, int all)> &goesOn);
+
+private:
+    Problem inspection(const Query &row);
+    Problem add(const Query &row);
+    Problem take(Id known, const Said &here, const Said &there);
+
+    Database &mTarget;
+    const Database &mSource;
+    Merge &mDone;
+    Query mInsert;
+    Query mKnown;
+    PartCopy mZones;
+    PartCopy mRules;
+    PartCopy mDefects;
+    QHash<Id, Id> mJobs; ///< there and here
+    QHash<Id, Id> mPoints;
+};
+
+Problem Copy::jobs()
+{
+    constexpr int columns = 8; // behind the id
+    Query row(mSource, sourceJobs);
+    Query insert(mTarget, insertJob);
+    row.run({});
+    while (row.next()) {
+        const Answer<QVariant> known = mTarget.value("SELECT id FROM job WHERE identity = ?", {row.value(1)});
+        if (!known.ok())
+            return known.problem;
+        if (known.value.isValid()) {
+            mJobs.insert(row.longNumber(0), known.value.toLongLong());
+            continue;
+        }
+        if (!insert.run(valuesOf(row, 1, columns)))
+            return insert.problem();
+        mJobs.insert(row.longNumber(0), insert.lastId());
+        ++mDone.jobs;
+    }
+    return row.problem();
+}
+
+Problem Copy::points()
+{
+    Query row(mSource, sourcePoints);
+    Query insert(mTarget, insertPoint);
+    row.run({});
+    while (row.next()) {
+        const Id job = mJobs.value(row.longNumber(1));
+        const Answer<QVariant> known = mTarget.value(knownPoint, {job, row.value(2), row.value(3)});
+        if (!known.ok())
+            return known.problem;
+        if (known.value.isValid()) {
+            mPoints.insert(row.longNumber(0), known.value.toLongLong());
+            continue;
+        }
+        if (!insert.run({job, row.value(2), row.value(3), row.value(4), job}))
+            return insert.problem();
+        mPoints.insert(row.longNumber(0), insert.lastId());
+        ++mDone.points;
+    }
+    return row.problem();
+}
+
+Problem Copy::inspections(const std::function<bool(int done, int all)> &goesOn)
+{
+    const Answer<QVariant> all = mSource.value("SELECT count(*) FROM inspection");
+    if (!all.ok())
+        return all.problem;
+    Query row(mSource,
+        QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
+    row.run({});
+    for (int i = 0; row.next(); ++i) {
+        if (goesOn && !goesOn(i, all.value.toInt()))
+            return {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")};
+        const Problem problem = inspection(row);
+        if (!problem.ok())
+            return problem;
+    }
+    return row.problem();
+}
+
+Problem Copy::inspection(const Query &row)
+{
+    if (!mKnown.run({row.value(IdentityColumn)}))
+        return mKnown.problem();
+    const bool isKnown = mKnown.next();
+    if (!mKnown.problem().ok())
+        return mKnown.problem();
+    if (!isKnown)
+        return add(row);
+    ++mDone.known;
+    return take(
+        mKnown.longNumber(0), {mKnown.number(1), mKnown.text(2)}, {row.number(DecisionColumn), row.text(NoteColumn)});
+}
+
+Problem Copy::add(const Query &row)
+{
+    const QVariant point =
+        row.isNull(PointColumn) ? QVariant(QVariant::LongLong) : QVariant(mPoints.value(row.longNumber(PointColumn)));
+    if (!mInsert.run(QVariantList{point} + valuesOf(row, DecisionColumn, countOf(inspectionColumns))))
+        return mInsert.problem();
+    const Id from = row.longNumber(IdColumn);
+    const Id to = mInsert.lastId();
+    Problem problem = mZones.run(from, to);
+    if (problem.ok())
+        problem = mRules.run(from, to); // which stand on zones
+    if (problem.ok())
+        problem = mDefects.run(from, to);
+    if (problem.ok())
+        problem = InspectionRows::index(mTarget, to);
+    ++mDone.inspections;
+    return problem;
+}
+
+Problem Copy::take(Id known, const Said &here, const Said &there)
+{
+    if (!there.isSomething() || here == there)
+        return {};
+    if (here.isSomething()) {
+        mDone.disagreements.append(known);
+        return {};
+    }
+    ++mDone.decisions;
+    return InspectionRows::decide(mTarget, known, static_cast<Decision>(there.decision), there.note);
+}
+} // namespace
+
+Problem copy(
+    Database &target, const Database &source, const std::function<bool(int done, int all)> &goesOn, Merge *done)
+{
+    Copy copy(target, source, done);
+    Problem problem = copy.jobs();
+    if (problem.ok())
+        problem = copy.points();
+    return problem.ok() ? copy.inspections(goesOn) : problem;
+}
+
+} // namespace Records::MergeRows

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "Records/Database_p.h"
+#include "Records/RecordStore.h"
+
+namespace Records::MergeRows {
+
+/// Copies what the target does not have: jobs and inspections by their identity, points by their name and side. Runs
+/// within a transaction of the caller.
+/// @param goesOn may be empty
+Problem copy(
+    Database &target, const Database &source, const std::function<bool(int done, int all)> &goesOn, Merge *done);
+
+} // namespace Records::MergeRows

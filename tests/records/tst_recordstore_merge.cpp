@@ -1,0 +1,522 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
+#include "OwnConnection.h"
+#include "StoredFaces.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+#include <memory>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace FiberInspection;
+using namespace Records;
+
+namespace {
+constexpr unsigned longestWait = 3000; // microseconds
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// Content by path, without what comes and goes with a connection.
+QMap<QString, QByteArray> filesIn(const QString &folder)
+{
+    QMap<QString, QByteArray> files;
+    QDirIterator walk(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString path = walk.next();
+        if (!path.endsWith(QLatin1String("-wal")) && !path.endsWith(QLatin1String("-shm")))
+            files.insert(QDir(folder).relativeFilePath(path), contentOf(path));
+    }
+    return files;
+}
+
+/// All that is said about the inspections, the same in every store that has them; sorted.
+QStringList contentOf(const RecordStore &store)
+{
+    QStringList content;
+    const QVector<InspectionSummary> rows = store.list({}, {0, Page::maxRows}).value;
+    for (const InspectionSummary &row : rows) {
+        const StoredInspection one = store.inspection(row.id).value;
+        const Job job = store.job(row.job).value;
+        content << QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9")
+                       .arg(one.identity.toString(), job.identity.toString(), job.name, row.pointName,
+                           QString::number(static_cast<int>(row.decision)), row.note,
+                           QString::number(one.made.toMSecsSinceEpoch()), QString::fromLatin1(one.picture),
+                           QString::number(one.isPictureThere && one.isAnnotatedPictureThere));
+    }
+    content.sort();
+    return content;
+}
+
+const Face &badFace()
+{
+    return Face::of(QStringLiteral("pitted"));
+}
+} // namespace
+
+/// Two units, each with a store of its own.
+class TestRecordStoreMerge : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        for (const char *const name : {"clean", "pitted", "scratched"})
+            Face::of(QString::fromLatin1(name)); // the processes find it done
+    }
+
+    void init()
+    {
+        mDir = std::make_unique<QTemporaryDir>();
+        mHere = mDir->filePath(QStringLiteral("here"));
+        mThere = mDir->filePath(QStringLiteral("there"));
+    }
+
+    void allThatTheOtherUnitHasIsTakenOver()
+    {
+        const Id original = fill(mThere, "Panel");
+        fill(mHere, "Rack");
+        RecordStore there;
+        QVERIFY(there.open(mThere, RecordStore::Mode::ReadOnly).isOpen());
+        RecordStore store;
+        QVERIFY(store.open(mHere).canWrite());
+
+        const Answer<Merge> merged = store.merge(mThere);
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.jobs, 1);
+        QCOMPARE(merged.value.points, 2);
+        QCOMPARE(merged.value.inspections, 3);
+        QCOMPARE(merged.value.known, 0);
+        QCOMPARE(merged.value.missing, 0);
+        const Job job = store.jobs().value.first();
+        QCOMPARE(job.name, QStringLiteral("Panel"));
+        QCOMPARE(job.identity, there.job(original).value.identity);
+        QCOMPARE(job.created, there.job(original).value.created);
+        const QVector<Point> points = store.points(job.id).value;
+        QCOMPARE(points.size(), 2);
+        QCOMPARE(points[0].name, QStringLiteral("A1"));
+        QCOMPARE(points[0].side, Side::B);
+        QCOMPARE(points[0].fibre, FibreKind::MultiMode);
+        QCOMPARE(points[1].state, PointState::Accepted);
+
+        const StoredInspection was = there.inspection(2).value;
+        Filter filter;
+        filter.text = QStringLiteral("panel scratched"); // by its job and its note
+        const Id id = store.list(filter).value.value(0).id;
+        const StoredInspection is = store.inspection(id).value;
+        QCOMPARE(is.identity, was.identity);
+        QCOMPARE(is.made, was.made);
+        QCOMPARE(is.verdict, was.verdict);
+        QCOMPARE(is.zones, was.zones);
+        QCOMPARE(is.defects, was.defects);
+        QCOMPARE(is.crop, was.crop);
+        QCOMPARE(is.claddingCircle, was.claddingCircle);
+        QCOMPARE(is.grayLevels, was.grayLevels);
+        QCOMPARE(is.counts, was.counts);
+        QCOMPARE(is.micronsPerPixel, was.micronsPerPixel);
+        QCOMPARE(is.origin.seed, was.origin.seed);
+        QCOMPARE(is.origin.focusValue, was.origin.focusValue);
+        QCOMPARE(is.origin.software, was.origin.software);
+        QCOMPARE(is.decision, was.decision);
+        QCOMPARE(is.note, was.note);
+        QVERIFY(is.isPictureThere && is.isAnnotatedPictureThere);
+        QVERIFY(store.inspectAgain(id).value == badFace().inspection);
+        QVERIFY(store.verify().value.allWell());
+        QCOMPARE(store.sweep().value, 0);
+    }
+
+    void twiceIsOnce()
+    {
+        fill(mThere, "Panel");
+        RecordStore store;
+        QVERIFY(store.open(mHere).canWrite());
+        QVERIFY(store.merge(mThere).ok());
+        const QStringList before = contentOf(store);
+
+        const Answer<Merge> again = store.merge(mThere);
+
+        QVERIFY2(again.ok(), qPrintable(again.problem.text));
+        QCOMPARE(again.value.jobs + again.value.points + again.value.inspections + again.value.pictures, 0);
+        QCOMPARE(again.value.known, 3);
+        QCOMPARE(again.value.decisions, 0);
+        QCOMPARE(again.value.disagreements, QVector<Id>());
+        QCOMPARE(contentOf(store), before);
+        QCOMPARE(store.merge(mHere).value.known, 3); // itself
+    }
+
+    void bothDirectionsEndInTheSame()
+    {
+        fill(mThere, "Panel");
+        RecordStore there;
+        QVERIFY(there.open(mThere).canWrite());
+        QVERIFY(there.backup(mHere).ok());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        for (RecordStore *const store : {&here, &there}) { // both go on with the job
+            const Id job = store->jobs().value.first().id;
+            const QString own = store == &here ? QStringLiteral("H1") : QStringLiteral("T1");
+            const QVector<Point> added = store->addPoints(job, {own, own, Side::A, FibreKind::Unknown}).value;
+            QVERIFY(Face::of(QStringLiteral("clean")).addTo(*store, added.first().id).ok());
+            QVERIFY(badFace().addTo(*store, store->points(job).value.first().id).ok());
+        }
+
+        const Answer<Merge> one = here.merge(mThere);
+        const Answer<Merge> other = there.merge(mHere);
+
+        QVERIFY2(one.ok() && other.ok(), qPrintable(one.problem.text + other.problem.text));
+        for (const Merge &merge : {one.value, other.value}) {
+            QCOMPARE(merge.jobs, 0);
+            QCOMPARE(merge.points, 1);
+            QCOMPARE(merge.inspections, 2);
+        }
+        QCOMPARE(one.value.known, 3);
+        QCOMPARE(other.value.known, 5);
+        QCOMPARE(contentOf(here), contentOf(there));
+        QCOMPARE(contentOf(here).size(), 7);
+        QCOMPARE(here.points(1).value.size(), 4);
+        QVERIFY(here.verify().value.allWell() && there.verify().value.allWell());
+    }
+
+    void whatWasDecidedOnOneSideIsTakenOver()
+    {
+        fill(mThere, "Panel");
+        RecordStore there;
+        QVERIFY(there.open(mThere).canWrite());
+        QVERIFY(there.backup(mHere).ok());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(there.setDecision(1, Decision::ToRepeat, {}).ok());
+        QVERIFY(here.setDecision(3, Decision::Undecided, QStringLiteral("look again")).ok());
+        QVERIFY(there.setDecision(2, Decision::ToRepeat, QStringLiteral("no")).ok()); // accepted here
+
+        const Answer<Merge> one = here.merge(mThere);
+
+        QVERIFY2(one.ok(), qPrintable(one.problem.text));
+        QCOMPARE(one.value.decisions, 1);
+        QCOMPARE(one.value.disagreements, QVector<Id>({2}));
+        QCOMPARE(here.inspection(1).value.decision, Decision::ToRepeat);
+        QCOMPARE(here.inspection(2).value.decision, Decision::Accepted);
+        QCOMPARE(here.inspection(3).value.note, QStringLiteral("look again"));
+        QCOMPARE(there.merge(mHere).value.decisions, 1);
+        QCOMPARE(there.inspection(3).value.note, QStringLiteral("look again"));
+        Filter filter;
+        filter.text = QStringLiteral("look");
+        QCOMPARE(there.count(filter).value, 1);
+    }
+
+    void aPictureThatIsGoneHereComesFromThere()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(here.merge(mThere).ok());
+        QVERIFY(PictureStore(mHere + QStringLiteral("/pictures")).remove(here.inspection(1).value.picture));
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.value.pictures, 1);
+        QVERIFY(here.verify().value.allWell());
+    }
+
+    void aPictureThatIsGoneThereIsTold()
+    {
+        fill(mThere, "Panel");
+        RecordStore there;
+        QVERIFY(there.open(mThere, RecordStore::Mode::ReadOnly).isOpen());
+        QVERIFY(PictureStore(mThere + QStringLiteral("/pictures")).remove(there.inspection(1).value.picture));
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.missing, 1);
+        QCOMPARE(merged.value.inspections, 3);
+        QVERIFY(!here.inspection(1).value.isPictureThere);
+    }
+
+    void theOtherStoreIsOnlyRead_data()
+    {
+        QTest::addColumn<bool>("isReadOnly");
+        QTest::newRow("writable") << false;
+        QTest::newRow("read-only") << true;
+    }
+    void theOtherStoreIsOnlyRead()
+    {
+        QFETCH(const bool, isReadOnly);
+        fill(mThere, "Panel");
+        const auto before = filesIn(mThere);
+        if (isReadOnly)
+            QFile::setPermissions(mThere, QFile::ReadOwner | QFile::ExeOwner);
+
+        Answer<Merge> merged;
+        Faults::withoutOverride([&] {
+            RecordStore here;
+            if (here.open(mHere).canWrite())
+                merged = here.merge(mThere);
+        });
+        QFile::setPermissions(mThere, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+        QCOMPARE(merged.value.inspections, 3);
+        QCOMPARE(filesIn(mThere), before);
+    }
+
+    void itsOwnerMayWriteMeanwhile()
+    {
+        fill(mThere, "Panel");
+        RecordStore there;
+        QVERIFY(there.open(mThere).canWrite());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere, [&there](int, int) {
+            return badFace().addTo(there).ok(); // more and more
+        });
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.inspections, 3); // as it was at the beginning
+        QVERIFY(here.verify().value.allWell());
+        QVERIFY(here.merge(mThere).value.inspections > 0);
+        QCOMPARE(contentOf(here), contentOf(there));
+    }
+
+    void whatIsNoGoodStoreIsRefused_data()
+    {
+        QTest::addColumn<QString>("harm"); // a statement, or what to do with the file
+        QTest::addColumn<int>("fault");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const char *name, const char *harm, Fault fault, const char *text) {
+            QTest::newRow(name) << QString::fromLatin1(harm) << static_cast<int>(fault) << QString::fromLatin1(text);
+        };
+        row("missing", "remove", Fault::NotFound, "There is no store in ");
+        row("garbage", "garbage", Fault::Damaged, "not a database");
+        row("cut", "cut", Fault::Damaged, "records.sqlite: ");
+        row("later", "PRAGMA user_version = 99", Fault::LaterVersion, "The store has version 99");
+        row("foreign", "PRAGMA application_id = 7", Fault::Foreign, "none of ours");
+        row("table gone", "DROP TABLE defect", Fault::Damaged, "missing");
+        row("orphan", "UPDATE point SET job = 99", Fault::Damaged, "belongs to nothing");
+        row("shape", "UPDATE defect SET shape = x'00'", Fault::Damaged, "Inspection 1 of the other store is damaged");
+    }
+    void whatIsNoGoodStoreIsRefused()
+    {
+        QFETCH(const QString, harm);
+        QFETCH(const int, fault);
+        QFETCH(const QString, text);
+        fill(mThere, "Panel");
+        fill(mHere, "Rack");
+        harmStore(harm);
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        const QStringList before = contentOf(here);
+        const auto files = filesIn(mHere + QStringLiteral("/pictures"));
+        const auto others = filesIn(mThere);
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(static_cast<int>(merged.problem.fault), fault);
+        QVERIFY2(merged.problem.text.contains(text), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.inspections, 0);
+        QCOMPARE(contentOf(here), before);
+        QCOMPARE(here.jobs().value.size(), 1);
+        QCOMPARE(filesIn(mHere + QStringLiteral("/pictures")), files);
+        QCOMPARE(filesIn(mThere), others); // no note that it is damaged, either
+        here.close();
+        QCOMPARE(here.open(mHere).how, Opened::Usable);
+    }
+
+    void whoStopsItHasNothing_data()
+    {
+        QTest::addColumn<int>("calls");
+        QTest::newRow("at the first picture") << 1;
+        QTest::newRow("at the last inspection") << 6 + 3;
+    }
+    void whoStopsItHasNothing()
+    {
+        QFETCH(const int, calls);
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        int called = 0;
+
+        const Answer<Merge> merged = here.merge(mThere, [&](int done, int all) {
+            ++called;
+            return done < all && called < calls;
+        });
+
+        QCOMPARE(called, calls);
+        QCOMPARE(merged.problem.fault, Fault::Stopped);
+        QCOMPARE(here.count().value, 0);
+        QCOMPARE(here.jobs().value.size(), 0);
+        QVERIFY(PictureStore(mHere + QStringLiteral("/pictures")).isEmpty());
+        QVERIFY(here.merge(mThere).ok());
+    }
+
+    void aFullDiskLeavesNothing()
+    {
+        constexpr int size = 1024; // kibibytes
+        constexpr int free = 150; // kibibytes: room for some of the pictures
+        fill(mThere, "Panel");
+        QVERIFY(QDir().mkpath(mHere));
+        Answer<Merge> full;
+        Answer<Merge> emptied;
+        bool isEmpty = false;
+        const bool hasRun = Faults::withSmallDisk(mHere, size, [&] {
+            RecordStore here;
+            here.open(mHere);
+            {
+                const DiskFilling filling(mHere, free);
+                full = here.merge(mThere);
+                isEmpty = here.count().value == 0 && PictureStore(mHere + QStringLiteral("/pictures")).isEmpty();
+            }
+            emptied = here.merge(mThere);
+        });
+
+        QVERIFY(hasRun);
+        QCOMPARE(full.problem.fault, Fault::DiskFull);
+        QVERIFY(isEmpty);
+        QCOMPARE(emptied.value.inspections, 3);
+    }
+
+    void whoCannotWriteCannotMerge()
+    {
+        fill(mThere, "Panel");
+        fill(mHere, "Rack");
+        RecordStore here;
+        QCOMPARE(here.merge(mThere).problem.fault, Fault::NotOpen);
+        QVERIFY(here.open(mHere, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(here.merge(mThere).problem.fault, Fault::ReadOnly);
+    }
+
+    void aKilledMergeLeavesAllOrNothing()
+    {
+        constexpr int kills = 20;
+        constexpr int inspections = 20;
+        constexpr int steps = 2 * inspections + 1; // a picture each, one annotated picture of all, and the rows
+        fillMany(inspections);
+        int whole = 0;
+        int none = 0;
+        for (int i = 0; i < kills; ++i) {
+            const QString folder = QStringLiteral("%1/%2").arg(mDir->path()).arg(i);
+            RecordStore().open(folder);
+            int status = 0;
+            killMerge(folder, 1 + (steps * i) / (kills - 1), &status);
+
+            RecordStore store;
+            const Opening opening = store.open(folder);
+            QVERIFY2(opening.canWrite() && opening.keptAside.isEmpty(), qPrintable(opening.problem.text));
+            const int count = store.count().value;
+            QVERIFY2(count == 0 || count == inspections, qPrintable(QString::number(count)));
+            QCOMPARE(store.jobs().value.size(), count == 0 ? 0 : 1);
+            QVERIFY(store.verify().value.allWell());
+            QCOMPARE(store.sweep().value, 0); // opening has done it
+            QCOMPARE(PictureStore(folder + QStringLiteral("/pictures")).isEmpty(), count == 0);
+            const Answer<Merge> again = store.merge(mThere);
+            QCOMPARE(again.value.inspections + again.value.known, inspections);
+            ++(count == 0 ? none : whole);
+            store.close();
+            QDir(folder).removeRecursively();
+        }
+        std::printf("%d kills: %d whole, %d without a trace\n", kills, whole, none);
+        QVERIFY(none > 0 && whole > 0);
+    }
+
+private:
+    /// A job of two points: one inspected, one failed and accepted; and an inspection of no job.
+    static Id fill(const QString &folder, const char *name)
+    {
+        RecordStore store;
+        if (!store.open(folder).canWrite())
+            return noId;
+        Job job;
+        job.name = QString::fromLatin1(name);
+        job.customer = QStringLiteral("Müller");
+        const Id id = store.addJob(job).value.id;
+        const PointRun run{QStringLiteral("A1"), QStringLiteral("A2"), Side::B, FibreKind::MultiMode};
+        const QVector<Point> points = store.addPoints(id, run).value;
+        Face::of(QStringLiteral("scratched")).addTo(store, points[0].id);
+        Origin origin = badFace().origin(points[1].id);
+        origin.focusValue = 0.5;
+        store.addInspection(origin, badFace().inspection, badFace().picture);
+        store.setDecision(2, Decision::Accepted, QStringLiteral("Scratched by the clip"));
+        Face::of(QStringLiteral("clean")).addTo(store);
+        return id;
+    }
+
+    /// No two photographs are the same.
+    void fillMany(int count) const
+    {
+        RecordStore store;
+        QVERIFY(store.open(mThere).canWrite());
+        Job job;
+        job.name = QStringLiteral("Panel");
+        const Id id = store.addJob(job).value.id;
+        for (int i = 0; i < count; ++i) {
+            const QString name = QString::number(i);
+            const Id point = store.addPoints(id, {name, name, Side::A, FibreKind::Unknown}).value.first().id;
+            const QByteArray picture = badFace().picture + QByteArray::number(i);
+            QVERIFY(store.addInspection(badFace().origin(point), badFace().inspection, picture).ok());
+        }
+    }
+
+    void harmStore(const QString &harm) const
+    {
+        const QString path = mThere + QStringLiteral("/records.sqlite");
+        QFile file(path);
+        if (harm == QLatin1String("remove")) {
+            QVERIFY(file.remove());
+        } else if (harm == QLatin1String("garbage")) {
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.write(QByteArray(100000, 'x')) > 0);
+        } else if (harm == QLatin1String("cut")) {
+            QVERIFY(file.resize(file.size() / 2));
+        } else {
+            OwnConnection connection(mThere);
+            QCOMPARE(connection.run(harm), QStringList());
+        }
+    }
+
+    /// @param step after which it is killed, within some milliseconds; one more than there are: when it is done
+    void killMerge(const QString &folder, int step, int *status) const
+    {
+        int ready[2];
+        QVERIFY(pipe(ready) == 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(60);
+            RecordStore store;
+            store.open(folder);
+            const char byte = 0;
+            int steps = 0;
+            const auto tellAt = [&](int, int) { return ++steps != step || ::write(ready[1], &byte, 1) == 1; };
+            store.merge(mThere, tellAt);
+            tellAt(0, 0);
+            for (;;)
+                pause();
+        }
+        close(ready[1]);
+        char byte = 0;
+        QCOMPARE(read(ready[0], &byte, 1), ssize_t(1));
+        usleep(QRandomGenerator::global()->bounded(longestWait));
+        kill(child, SIGKILL);
+        waitpid(child, status, 0);
+        close(ready[0]);
+    }
+
+    std::unique_ptr<QTemporaryDir> mDir;
+    QString mHere;
+    QString mThere;
+};
+
+QTEST_GUILESS_MAIN(TestRecordStoreMerge)
+#include "tst_recordstore_merge.moc"
