@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "../records/OwnConnection.h"
 #include "../records/StoredFaces.h"
 #include "Faults.h"
 #include "JsonOutput.h"
@@ -687,6 +688,152 @@ private Q_SLOTS:
             QStringList({QStringLiteral("vantor-records: cannot write to stdout: No space left on device")}));
     }
 
+    // --- Upkeep ------------------------------------------------------------------------------------------------------
+
+    void aStoreIsVerified()
+    {
+        useSamples();
+
+        const Outcome good = run(QStringLiteral("verify"));
+        QCOMPARE(good.exitCode, int(Done));
+        QCOMPARE(good.output, QStringLiteral("Checked the database and 4 pictures: all well\n"));
+
+        const PictureStore pictures(mStore + QStringLiteral("/pictures"));
+        const QByteArray first = PictureStore::hashOf(Face::of(QStringLiteral("clean")).picture);
+        const QByteArray second = PictureStore::hashOf(Face::of(QStringLiteral("pitted")).picture);
+        QVERIFY(pictures.remove(first));
+        write(pictures.path(second), "damaged");
+        const Outcome bad = run(QStringLiteral("verify"));
+        QCOMPARE(bad.exitCode, int(NotPassed));
+        QCOMPARE(linesOf(bad.output),
+            QStringList({QStringLiteral("inspection 1: %1 is missing").arg(pictures.path(first)),
+                QStringLiteral("inspection 2: %1 is damaged").arg(pictures.path(second)),
+                QStringLiteral("Checked the database and 4 pictures: 2 faults")}));
+        const Outcome again = run(QStringLiteral("verify --again"));
+        QVERIFY(again.output.contains(QLatin1String("Inspected 0 pictures again: ")));
+        QVERIFY(again.output.endsWith(QLatin1String("0 of another version, 2 without a seed or a whole picture\n")));
+    }
+
+    void aDamagedDatabaseIsTold()
+    {
+        useTwoJobs();
+        OwnConnection(mStore).run(QStringLiteral("UPDATE point SET job = 99 WHERE id = 1"));
+
+        const Outcome outcome = run(QStringLiteral("verify"));
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        QVERIFY2(outcome.output.startsWith(QLatin1String("database: A row of point belongs to nothing\n")),
+            qPrintable(outcome.output));
+    }
+
+    void verdictsAreComparedWithThoseOfThePicturesAgain()
+    {
+        useSamples();
+        const Outcome same = run(QStringLiteral("verify --again"));
+        QCOMPARE(same.exitCode, int(Done));
+        QCOMPARE(linesOf(same.output).last(),
+            QStringLiteral("Inspected 2 pictures again: 2 with the same verdict, 0 with another; not inspected again: "
+                           "0 of another version, 0 without a seed or a whole picture"));
+
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 2 WHERE id = 1"));
+        const Outcome other = run(QStringLiteral("verify --again"));
+        QCOMPARE(other.exitCode, int(NotPassed));
+        QCOMPARE(linesOf(other.output)[1], QStringLiteral("inspection 1: the verdict was failed, and is passed now"));
+
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET software = 'VantorBase 0.0.1' WHERE id = 1"));
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET seed = NULL WHERE id = 2"));
+        const Outcome none = run(QStringLiteral("verify --again"));
+        QCOMPARE(none.exitCode, int(Done));
+        QCOMPARE(linesOf(none.output).last(),
+            QStringLiteral("Inspected 0 pictures again: 0 with the same verdict, 0 with another; not inspected again: "
+                           "1 of another version, 1 without a seed or a whole picture"));
+    }
+
+    void aPictureThatNeverWasOneIsTheSameAgain()
+    {
+        write(mFaces + QStringLiteral("/A1.png"), "no picture");
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(NotAnswered));
+
+        QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
+    }
+
+    void aBackupIsAStore()
+    {
+        useSamples();
+        const QString copy = mDir->filePath(QStringLiteral("copy"));
+
+        const Outcome first = run({QStringLiteral("backup"), copy});
+        const Outcome second = run({QStringLiteral("backup"), copy});
+
+        QCOMPARE(first.exitCode, int(Done));
+        QCOMPARE(first.output, QStringLiteral("Wrote a copy with 4 pictures into %1\n").arg(copy));
+        QCOMPARE(second.exitCode, int(NotWritten));
+        QCOMPARE(
+            second.errors, QStringList({QStringLiteral("vantor-records: there is a store in %1 already").arg(copy)}));
+        const QByteArray original = run(QStringLiteral("show 2")).bytes;
+        mStore = copy;
+        QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
+        QCOMPARE(linesOf(QString::fromUtf8(original)).size(), linesOf(run(QStringLiteral("show 2")).output).size());
+    }
+
+    void aBackupWithoutAPictureIsTold()
+    {
+        useSamples();
+        const QByteArray hash = PictureStore::hashOf(Face::of(QStringLiteral("clean")).picture);
+        QVERIFY(PictureStore(mStore + QStringLiteral("/pictures")).remove(hash));
+
+        const Outcome outcome = run({QStringLiteral("backup"), mDir->filePath(QStringLiteral("copy"))});
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: 1 picture is missing in the store that was read")}));
+    }
+
+    void theRecordsOfAnotherUnitAreMerged()
+    {
+        useSamples();
+        const QString other = mStore;
+        mStore = mDir->filePath(QStringLiteral("own"));
+
+        const Outcome first = run({QStringLiteral("merge"), other});
+        const Outcome second = run({QStringLiteral("merge"), other});
+
+        QCOMPARE(first.exitCode, int(Done));
+        QCOMPARE(first.output,
+            QStringLiteral("New: 1 job, 2 points, 2 inspections, 4 pictures. 0 inspections known already, 0 decisions "
+                           "taken over.\n"));
+        QCOMPARE(second.exitCode, int(Done));
+        QCOMPARE(second.output,
+            QStringLiteral("New: 0 jobs, 0 points, 0 inspections, 0 pictures. 2 inspections known already, 0 decisions "
+                           "taken over.\n"));
+        QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
+    }
+
+    void whatAMergeLeavesIsTold()
+    {
+        useSamples();
+        const QString other = mStore;
+        mStore = mDir->filePath(QStringLiteral("own"));
+        QCOMPARE(run({QStringLiteral("merge"), other}).exitCode, int(Done));
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET note = 'here'"));
+        OwnConnection(other).run(QStringLiteral("UPDATE inspection SET note = 'there' WHERE id = 2"));
+
+        const Outcome different = run({QStringLiteral("merge"), other});
+        QCOMPARE(different.exitCode, int(NotPassed));
+        QCOMPARE(different.errors,
+            QStringList(
+                {QStringLiteral("vantor-records: inspection 2 was decided differently there; what is here stays")}));
+
+        const Outcome missing = run({QStringLiteral("merge"), mDir->filePath(QStringLiteral("nowhere"))});
+        QCOMPARE(missing.exitCode, int(Unavailable));
+        OwnConnection(other).run(QStringLiteral("PRAGMA user_version = 99"));
+        const Outcome later = run({QStringLiteral("merge"), other});
+        QCOMPARE(later.exitCode, int(Unavailable));
+        QCOMPARE(later.output, QString());
+        QCOMPARE(later.errors.size(), 1);
+        QVERIFY(later.errors[0].startsWith(QLatin1String("vantor-records: the store has version 99")));
+    }
+
     // --- Usage -------------------------------------------------------------------------------------------------------
 
     void wrongUsageIsRefused_data()
@@ -712,6 +859,10 @@ private Q_SLOTS:
         row("import x --job P --fibre glass", "--fibre needs sm, apc, mm or unknown, not \"glass\"");
         row("import x --job P --fov 0x640", "--fov needs WIDTHxHEIGHT in micrometres, such as 860x640, not \"0x640\"");
         row("import x --job P --standard all", "--standard needs sm-rl26, sm-rl35, sm-rl45, sm-apc, mm, not \"all\"");
+        row("verify x", "\"x\" is too much; see --help");
+        row("backup", "backup needs a folder for the copy");
+        row("merge", "merge needs the folder of another store");
+        row("list --again", "--again goes with verify");
         row("import x --job P --page 2", "--page goes with list, search");
         row("list --job-id 0", "--job-id needs the number of a job, not \"0\"");
         row("list --jobs --verdict passed", "--verdict does not go with --jobs");
@@ -796,6 +947,19 @@ private:
             for (int i = 0; i < added.size(); ++i)
                 QVERIFY(store.addInspection(Origin::of(added[i].id), inspect(faces[i], job.standard), {}).ok());
         }
+    }
+
+    /// A good and a bad face of a job, with their pictures.
+    void useSamples() const
+    {
+        RecordStore store;
+        QVERIFY(store.open(mStore).canWrite());
+        Job job;
+        job.name = QStringLiteral("P");
+        const Id id = store.addJob(job).value.id;
+        const QVector<Point> points = store.addPoints(id, {QStringLiteral("1"), QStringLiteral("2"), {}, {}}).value;
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(store, points[0].id).ok());
+        QVERIFY(Face::of(QStringLiteral("pitted")).addTo(store, points[1].id).ok());
     }
 
     /// A copy of that store.

@@ -31,6 +31,9 @@ constexpr Command commands[] = {
     {"search", Action::Search, "words to search for"},
     {"export", Action::Export, nullptr},
     {"import", Action::Import, "a folder of pictures"},
+    {"verify", Action::Verify, nullptr},
+    {"backup", Action::Backup, "a folder for the copy"},
+    {"merge", Action::Merge, "the folder of another store"},
 };
 
 /// Which commands an option goes with.
@@ -63,6 +66,7 @@ constexpr Fit fits[] = {
     {"customer", "import"},
     {"site", "import"},
     {"operator", "import"},
+    {"again", "verify"},
 };
 
 QString fieldOfViewText(const QSize &size)
@@ -107,30 +111,39 @@ CommandLine::CommandLine()
     , mCustomer(option("customer", "Customer of a job that is added.", "TEXT"))
     , mSite(option("site", "Its site.", "TEXT"))
     , mOperator(option("operator", "Its operator.", "TEXT"))
+    , mAgain(option("again",
+          "Inspect the stored pictures again, and compare the verdicts with those that this version has given."))
 {
     mParser.setApplicationDescription(QStringLiteral(
-        "Lists, exports and fills the store of inspections.\n\n"
+        "Lists, exports, fills and checks the store of inspections.\n\n"
         "  list                     the inspections, the latest first; --jobs: the jobs\n"
         "  show ID                  all that is known of one inspection\n"
         "  search WORDS             inspections by beginnings of words of job, customer, site, operator,\n"
         "                           point and note\n"
         "  export --csv|--json      the inspections as a file for others, the oldest first\n"
         "  import FOLDER --job NAME inspects the pictures of a folder as points of a job; a picture that\n"
-        "                           the job has already is passed over\n\n"
-        "list, show, search and export may run while another program writes into the store.\n\n"
-        "Exit code: 0 done, and of import: all passed, 1 nothing was found, or some failed, 2 some\n"
-        "pictures could not be inspected or were left out, 64 wrong usage, 69 the store cannot be\n"
-        "opened, or another program writes into it, 71 out of memory, 74 the store, the output or stdout\n"
-        "cannot be written. After Ctrl-C what was stored until then stays."));
+        "                           the job has already is passed over\n"
+        "  verify                   checks the database and the sums of all pictures\n"
+        "  backup FOLDER            writes a copy, a store itself, into a folder that holds none; a folder\n"
+        "                           and not a file, because the pictures belong to it\n"
+        "  merge FOLDER             takes over what the store of another unit has and this one does not: all\n"
+        "                           or nothing; twice is once\n\n"
+        "All but import and merge may run while another program writes into the store.\n\n"
+        "Exit code: 0 done, and of import: all passed, 1 nothing was found, some failed, the store has\n"
+        "faults, or of merge: inspections were decided differently, 2 some pictures could not be\n"
+        "inspected, were left out or are missing, 64 wrong usage, 69 a store cannot be opened, or another\n"
+        "program writes into it, 71 out of memory, 74 the store, the output or stdout cannot be written.\n"
+        "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
     mParser.addOptions({mStore, mJob, mJobId, mVerdict, mStandard, mFrom, mUntil, mPage, mLimit, mJobs, mCsv, mJson,
         mOutput, mSeparator, mDecimalComma, mNoBom, mFirst, mLast, mSide, mFibre, mFieldOfView, mCustomer, mSite,
-        mOperator, mVersion, mHelp});
+        mOperator, mAgain, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
 {
+    mOptions.inspectsAgain = mParser.isSet(mAgain);
     mOptions.store = mParser.isSet(mStore) ? mParser.value(mStore) : usualStore();
     if (mOptions.store.isEmpty())
         return refuseValue(mStore, QStringLiteral("the name of a folder"));

@@ -54,6 +54,7 @@ private:
     const QCommandLineOption mCustomer;
     const QCommandLineOption mSite;
     const QCommandLineOption mOperator;
+    const QCommandLineOption mAgain;
 };
 
 } // namespace RecordsTool

@@ -20,25 +20,6 @@ namespace RecordsTool {
 using namespace Records;
 
 namespace {
-/// All ids that the filter lets through, the oldest first.
-Answer<QVector<Id>> idsOf(const RecordStore &store, const Filter &filter)
-{
-    QVector<Id> ids; // the latest first
-    for (Page page{0, Page::maxRows};; page.offset += Page::maxRows) {
-        const Answer<QVector<InspectionSummary>> rows = store.list(filter, page);
-        if (!rows.ok())
-            return {{}, rows.problem};
-        for (const InspectionSummary &row : rows.value) {
-            if (ids.isEmpty() || row.id < ids.last()) // others may add some meanwhile, which shift the pages
-                ids.append(row.id);
-        }
-        if (rows.value.size() < Page::maxRows)
-            break;
-    }
-    std::reverse(ids.begin(), ids.end());
-    return {ids, {}};
-}
-
 /// The jobs of the store; of the filter, if it names one. The oldest first.
 Answer<QVector<Job>> jobsOf(const RecordStore &store, const Filter &filter)
 {

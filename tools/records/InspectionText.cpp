@@ -107,7 +107,7 @@ QString pictureText(const QString &store, const QByteArray &hash, bool isThere)
 {
     if (hash.isEmpty())
         return {};
-    const QString path = PictureStore(store + QStringLiteral("/pictures")).path(hash);
+    const QString path = picturePath(store, hash);
     return isThere ? path : path + QStringLiteral(" (missing)");
 }
 

@@ -10,7 +10,7 @@ namespace RecordsTool {
 /// What the command line asks for, checked.
 struct Options
 {
-    enum class Action : int { List, ListJobs, Show, Search, Export, Import };
+    enum class Action : int { List, ListJobs, Show, Search, Export, Import, Verify, Backup, Merge };
     enum class Format : int { Csv, Json };
 
     Action action = Action::List;
@@ -40,6 +40,8 @@ struct Options
     Records::Side side = Records::Side::A;
     Records::FibreKind fibre = Records::FibreKind::Unknown;
     FiberInspection::Device device = FiberInspection::Device::ks20();
+
+    bool inspectsAgain = false; ///< verify
 
     bool choosesJob() const { return !jobName.isEmpty() || jobId != Records::noId; }
 };

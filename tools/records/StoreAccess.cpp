@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 namespace RecordsTool {
 
 using namespace Records;
@@ -42,6 +44,11 @@ QString usualStore()
 {
     const QString ofUser = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     return (ofUser.isEmpty() ? QDir::tempPath() : ofUser) + QStringLiteral("/vantor-records");
+}
+
+QString picturePath(const QString &store, const QByteArray &hash)
+{
+    return PictureStore(store + QStringLiteral("/pictures")).path(hash);
 }
 
 int tell(const Problem &problem)
@@ -108,6 +115,24 @@ Answer<QVector<Job>> jobsNamed(const RecordStore &store, const QString &name)
         if (jobs.value.size() < Page::maxRows)
             return {named, {}};
     }
+}
+
+Answer<QVector<Id>> idsOf(const RecordStore &store, const Filter &filter)
+{
+    QVector<Id> ids; // the latest first
+    for (Page page{0, Page::maxRows};; page.offset += Page::maxRows) {
+        const Answer<QVector<InspectionSummary>> rows = store.list(filter, page);
+        if (!rows.ok())
+            return {{}, rows.problem};
+        for (const InspectionSummary &row : rows.value) {
+            if (ids.isEmpty() || row.id < ids.last()) // others may add some meanwhile, which shift the pages
+                ids.append(row.id);
+        }
+        if (rows.value.size() < Page::maxRows)
+            break;
+    }
+    std::reverse(ids.begin(), ids.end());
+    return {ids, {}};
 }
 
 QString ambiguity(const QVector<Job> &jobs)

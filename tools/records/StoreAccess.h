@@ -22,8 +22,14 @@ int openToWrite(const QString &folder, Records::RecordStore *store);
 /// @return Done, or what the program has to end with: there is no such job, or several, and that was told
 int filterOf(const Options &options, const Records::RecordStore &store, Records::Filter *filter);
 
+/// Where the store keeps a picture.
+QString picturePath(const QString &store, const QByteArray &hash);
+
 /// All jobs of that name, the latest first.
 Records::Answer<QVector<Records::Job>> jobsNamed(const Records::RecordStore &store, const QString &name);
+
+/// All ids that the filter lets through, the oldest first.
+Records::Answer<QVector<Records::Id>> idsOf(const Records::RecordStore &store, const Records::Filter &filter);
 
 /// "there are 2 jobs of that name: 7, 3; choose one with --job-id"
 QString ambiguity(const QVector<Records::Job> &jobs);

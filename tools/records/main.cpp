@@ -6,6 +6,7 @@
 #include "records/InspectionText.h"
 #include "records/ListText.h"
 #include "records/StoreAccess.h"
+#include "records/Upkeep.h"
 
 using namespace RecordsTool;
 using Tools::Program;
@@ -24,6 +25,10 @@ int read(const Options &options)
         return showInspection(options, store);
     case Options::Action::Export:
         return exportInspections(options, store);
+    case Options::Action::Verify:
+        return verifyStore(options, store);
+    case Options::Action::Backup:
+        return backUpStore(options, store);
     default:
         return listInspections(options, store);
     }
@@ -33,13 +38,16 @@ int write(const Options &options)
 {
     Records::RecordStore store;
     const int refused = openToWrite(options.store, &store);
-    return refused == Tools::Done ? importFolder(options, &store) : refused;
+    if (refused != Tools::Done)
+        return refused;
+    return options.action == Options::Action::Merge ? mergeStore(options, &store) : importFolder(options, &store);
 }
 
 int run(const Options &options)
 {
     Program::showLog(Program::Log::Nothing); // what goes wrong comes back as a value
-    return options.action == Options::Action::Import ? write(options) : read(options);
+    const bool writes = options.action == Options::Action::Import || options.action == Options::Action::Merge;
+    return writes ? write(options) : read(options);
 }
 } // namespace
 

@@ -1,0 +1,233 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "records/Upkeep.h"
+
+#include "common/ExitCode.h"
+#include "common/Program.h"
+#include "common/ProgressBar.h"
+#include "common/StopSignals.h"
+#include "common/Terminal.h"
+#include "records/StoreAccess.h"
+#include "records/Words.h"
+
+#include <memory>
+#include <unistd.h>
+
+namespace RecordsTool {
+
+using namespace Records;
+using Inspection = FiberInspection::Inspection;
+
+namespace {
+/// Shows how far long work is, and ends it when a signal comes.
+class Watch
+{
+public:
+    /// For the calls of the store that tell how far they are.
+    std::function<bool(int, int)> goesOn()
+    {
+        return [this](int done, int all) { return show(done, all); };
+    }
+
+    bool show(int done, int all)
+    {
+        if (!mBar || all != mAll) {
+            mBar.reset();
+            mBar = std::make_unique<Tools::ProgressBar>(Tools::Terminal::isTerminal(STDERR_FILENO) ? all : 0);
+            mAll = all;
+        }
+        mBar->show(done);
+        return mSignals.received() == 0;
+    }
+
+    void end() { mBar.reset(); }
+    bool isStopped() { return mSignals.received() != 0; }
+    int exitCode() { return Tools::StoppedBySignal + mSignals.received(); }
+
+private:
+    Tools::StopSignals mSignals;
+    std::unique_ptr<Tools::ProgressBar> mBar;
+    int mAll = 0;
+};
+
+QString counted(int count, const char *one, const char *many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : many));
+}
+
+QString textOf(const PictureFault &fault, const QString &store)
+{
+    const QString what = fault.fault == Fault::PictureMissing ? QStringLiteral("is missing")
+        : fault.fault == Fault::PictureDamaged                ? QStringLiteral("is damaged")
+                                                              : QStringLiteral("cannot be read");
+    return QStringLiteral("inspection %1: %2 %3\n")
+        .arg(QString::number(fault.inspection), Tools::Terminal::printableName(picturePath(store, fault.hash)), what);
+}
+
+QString textOf(const Verification &found, const QString &store)
+{
+    QString text;
+    for (const QString &fault : found.databaseFaults)
+        text += QStringLiteral("database: %1\n").arg(Tools::Terminal::printable(fault.simplified()));
+    for (const PictureFault &fault : found.pictureFaults)
+        text += textOf(fault, store);
+    const int faults = found.databaseFaults.size() + found.pictureFaults.size();
+    return text
+        + QStringLiteral("Checked the database and %1: %2\n")
+              .arg(counted(found.pictures, "picture", "pictures"),
+                  faults == 0 ? QStringLiteral("all well") : counted(faults, "fault", "faults"));
+}
+
+/// How the inspections compare with those that are made of the same pictures now.
+struct Comparison
+{
+    int same = 0;
+    int otherwise = 0;
+    int ofOtherVersion = 0; ///< which may find something else
+    int notRepeatable = 0; ///< without a seed or without the picture
+    QString text; ///< a line for each that comes out otherwise
+};
+
+Verdict verdictOf(const Inspection &inspection)
+{
+    if (!inspection.hasVerdict())
+        return Verdict::None;
+    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
+}
+
+bool isOfThisVersion(const QString &software)
+{
+    return software.endsWith(QStringLiteral(" " VANTORBASE_VERSION));
+}
+
+Problem compare(const RecordStore &store, Id id, Comparison *comparison)
+{
+    const Answer<StoredInspection> stored = store.inspection(id);
+    if (!stored.ok())
+        return stored.problem;
+    if (!isOfThisVersion(stored.value.origin.software)) {
+        ++comparison->ofOtherVersion;
+        return {};
+    }
+    if (!stored.value.origin.seed || !stored.value.isPictureThere) {
+        ++comparison->notRepeatable;
+        return {};
+    }
+    const Answer<Inspection> again = store.inspectAgain(id);
+    if (again.problem.fault == Fault::PictureDamaged) {
+        ++comparison->notRepeatable;
+        return {};
+    }
+    if (!again.ok() && again.problem.fault != Fault::Invalid)
+        return again.problem;
+    const Verdict verdict = again.ok() ? verdictOf(again.value) : Verdict::None; // it cannot be decoded
+    if (verdict == stored.value.verdict) {
+        ++comparison->same;
+        return {};
+    }
+    ++comparison->otherwise;
+    comparison->text += QStringLiteral("inspection %1: the verdict was %2, and is %3 now\n")
+                            .arg(QString::number(id), Words::of(stored.value.verdict), Words::of(verdict));
+    return {};
+}
+
+QString textOf(const Comparison &comparison)
+{
+    return comparison.text
+        + QStringLiteral("Inspected %1 again: %2 with the same verdict, %3 with another; not inspected again: %4 of "
+                         "another version, %5 without a seed or a whole picture\n")
+              .arg(counted(comparison.same + comparison.otherwise, "picture", "pictures"))
+              .arg(comparison.same)
+              .arg(comparison.otherwise)
+              .arg(comparison.ofOtherVersion)
+              .arg(comparison.notRepeatable);
+}
+
+int inspectAllAgain(const RecordStore &store, Watch *watch)
+{
+    const Answer<QVector<Id>> ids = idsOf(store, {});
+    if (!ids.ok())
+        return tell(ids.problem);
+    Comparison comparison;
+    for (int i = 0; i < ids.value.size(); ++i) {
+        if (!watch->show(i, ids.value.size()))
+            return watch->exitCode();
+        const Problem problem = compare(store, ids.value[i], &comparison);
+        if (!problem.ok())
+            return tell(problem);
+    }
+    watch->end();
+    const int printed = Tools::print(textOf(comparison).toUtf8());
+    return printed == Tools::Done && comparison.otherwise > 0 ? Tools::NotPassed : printed;
+}
+
+QString textOf(const Merge &done)
+{
+    return QStringLiteral("New: %1, %2, %3, %4. %5 known already, %6 taken over.\n")
+        .arg(counted(done.jobs, "job", "jobs"), counted(done.points, "point", "points"),
+            counted(done.inspections, "inspection", "inspections"), counted(done.pictures, "picture", "pictures"),
+            counted(done.known, "inspection", "inspections"), counted(done.decisions, "decision", "decisions"));
+}
+
+void tellMissing(int missing)
+{
+    if (missing > 0)
+        Tools::Terminal::tell(QStringLiteral("%1 missing in the store that was read")
+                                  .arg(counted(missing, "picture is", "pictures are")));
+}
+} // namespace
+
+int verifyStore(const Options &options, const RecordStore &store)
+{
+    Watch watch;
+    const Answer<Verification> found = store.verify(watch.goesOn());
+    watch.end();
+    if (watch.isStopped())
+        return watch.exitCode();
+    if (!found.ok())
+        return tell(found.problem);
+    const int printed = Tools::print(textOf(found.value, options.store).toUtf8());
+    if (printed != Tools::Done)
+        return printed;
+    const int again = options.inspectsAgain ? inspectAllAgain(store, &watch) : Tools::Done;
+    return again == Tools::Done && !found.value.allWell() ? Tools::NotPassed : again;
+}
+
+int backUpStore(const Options &options, const RecordStore &store)
+{
+    const Answer<Backup> done = store.backup(options.operand);
+    if (!done.ok()) {
+        const int exitCode = tell(done.problem);
+        return exitCode == Tools::WrongUsage ? Tools::NotWritten : exitCode; // there is a store already
+    }
+    tellMissing(done.value.missing);
+    const QString text =
+        QStringLiteral("Wrote a copy with %1 into %2\n")
+            .arg(counted(done.value.pictures, "picture", "pictures"), Tools::Terminal::printableName(options.operand));
+    const int printed = Tools::print(text.toUtf8());
+    return printed == Tools::Done && done.value.missing > 0 ? Tools::NotAnswered : printed;
+}
+
+int mergeStore(const Options &options, RecordStore *store)
+{
+    Watch watch;
+    const Answer<Merge> done = store->merge(options.operand, watch.goesOn());
+    watch.end();
+    if (done.problem.fault == Fault::Stopped)
+        return watch.exitCode();
+    if (!done.ok()) {
+        const int exitCode = tell(done.problem);
+        return exitCode == Tools::NotPassed ? Tools::Unavailable : exitCode; // there is no such store
+    }
+    for (const Id id : done.value.disagreements)
+        Tools::Terminal::tell(
+            QStringLiteral("inspection %1 was decided differently there; what is here stays").arg(id));
+    tellMissing(done.value.missing);
+    const int printed = Tools::print(textOf(done.value).toUtf8());
+    if (printed != Tools::Done)
+        return printed;
+    if (done.value.missing > 0)
+        return Tools::NotAnswered;
+    return done.value.disagreements.isEmpty() ? Tools::Done : Tools::NotPassed;
+}
+
+} // namespace RecordsTool
