@@ -390,7 +390,8 @@ private Q_SLOTS:
         QVERIFY(lines.contains(QStringLiteral("Decision accepted, old panel")));
         QVERIFY(lines.contains(QStringLiteral("Standard ") + Standard::name(face.inspection.standardId())));
         int rules = 0;
-        for (const StoredZone &zone : StoredZone::of(face.inspection.result())) {
+        const QVector<StoredZone> zones = StoredZone::of(face.inspection.result());
+        for (const StoredZone &zone : zones) {
             for (const StoredRule &rule : zone.rules) {
                 const QString ending = QStringLiteral(" %1 %2")
                                            .arg(rule.found)
@@ -410,7 +411,7 @@ private Q_SLOTS:
                 + QString::number(defect.sizeMicrons, 'f', 1);
             QVERIFY2(!lines.filter(text).isEmpty(), qPrintable(text));
         }
-        const QString picture = lines.filter(QRegularExpression(QStringLiteral("^Picture "))).first().mid(8);
+        const QString picture = lines.filter(QRegularExpression(QStringLiteral("^Picture "))).value(0).mid(8);
         QCOMPARE(contentOf(picture), face.picture);
         QVERIFY(QFile::remove(picture));
         QVERIFY(run(QStringLiteral("show 1")).output.contains(picture + QStringLiteral(" (missing)\n")));
@@ -731,20 +732,21 @@ private Q_SLOTS:
         useSamples();
         const Outcome same = run(QStringLiteral("verify --again"));
         QCOMPARE(same.exitCode, int(Done));
-        QCOMPARE(linesOf(same.output).last(),
+        QCOMPARE(linesOf(same.output).value(1),
             QStringLiteral("Inspected 2 pictures again: 2 with the same verdict, 0 with another; not inspected again: "
                            "0 of another version, 0 without a seed or a whole picture"));
 
         OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 2 WHERE id = 1"));
         const Outcome other = run(QStringLiteral("verify --again"));
         QCOMPARE(other.exitCode, int(NotPassed));
-        QCOMPARE(linesOf(other.output)[1], QStringLiteral("inspection 1: the verdict was failed, and is passed now"));
+        QCOMPARE(
+            linesOf(other.output).value(1), QStringLiteral("inspection 1: the verdict was failed, and is passed now"));
 
         OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET software = 'VantorBase 0.0.1' WHERE id = 1"));
         OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET seed = NULL WHERE id = 2"));
         const Outcome none = run(QStringLiteral("verify --again"));
         QCOMPARE(none.exitCode, int(Done));
-        QCOMPARE(linesOf(none.output).last(),
+        QCOMPARE(linesOf(none.output).value(1),
             QStringLiteral("Inspected 0 pictures again: 0 with the same verdict, 0 with another; not inspected again: "
                            "1 of another version, 1 without a seed or a whole picture"));
     }

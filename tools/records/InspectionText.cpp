@@ -160,7 +160,8 @@ QString defectsText(const StoredInspection &stored, const Tools::TextStyle &styl
         {QStringLiteral("x \u00B5m"), Align::Right}, {QStringLiteral("y \u00B5m"), Align::Right},
         {QStringLiteral("Fails")}});
     const QVector<GradedDefect> defects = sortedDefects(stored);
-    for (const GradedDefect &defect : defects.mid(0, mostDefectsShown)) {
+    const QVector<GradedDefect> shown = defects.mid(0, mostDefectsShown);
+    for (const GradedDefect &defect : shown) {
         table.add({{Zone::name(defect.zone)}, {Inspect::defectTypeName(defect.kind)}, {micrometres(defect.sizeMicrons)},
             {position(defect.centerMicrons.x())}, {position(defect.centerMicrons.y())},
             {defect.causesFailure ? QStringLiteral("yes") : QString(), Look::Bad}});

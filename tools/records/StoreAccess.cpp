@@ -15,9 +15,14 @@ using namespace Records;
 using Tools::Terminal::tell;
 
 namespace {
-QString withLowerCase(const QString &text)
+/// Messages of the program begin in lower case; what begins with a path or a name stays.
+QString asMessage(const QString &text)
 {
-    return text.left(1).toLower() + text.mid(1);
+    static const QStringList beginnings{QStringLiteral("A "), QStringLiteral("Another "), QStringLiteral("Cannot "),
+        QStringLiteral("Inspection "), QStringLiteral("No "), QStringLiteral("The "), QStringLiteral("There ")};
+    const bool isSentence = std::any_of(beginnings.cbegin(), beginnings.cend(),
+        [&text](const QString &beginning) { return text.startsWith(beginning); });
+    return isSentence ? text.at(0).toLower() + text.mid(1) : text;
 }
 
 int exitCodeOf(Fault fault)
@@ -53,8 +58,7 @@ QString picturePath(const QString &store, const QByteArray &hash)
 
 int tell(const Problem &problem)
 {
-    const QString path = problem.text.startsWith(QLatin1Char('/')) ? problem.text : withLowerCase(problem.text);
-    tell(path);
+    tell(asMessage(problem.text));
     return exitCodeOf(problem.fault);
 }
 
