@@ -141,6 +141,15 @@ installed_programs_start() {
 }
 [[ ! -d $prefix/bin ]] || check "the installed programs start" installed_programs_start
 
+# What is no picture there is left out, which the exit code tells.
+installed_program_fills_a_store() {
+    local status=0
+    "$prefix/bin/vantor-records" import "$source_tree/data/samples" --job Samples --store "$work/store" || status=$?
+    [[ $status -eq 2 ]] && "$prefix/bin/vantor-records" verify --again --store "$work/store"
+}
+[[ ! -x $prefix/bin/vantor-records ]] ||
+    check "the installed vantor-records fills a store" installed_program_fills_a_store
+
 # The work directory links to what the tester found.
 installed_tester_offers_its_scope() {
     local status=0 plugin
