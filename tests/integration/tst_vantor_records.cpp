@@ -13,6 +13,9 @@
 #include <QtTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace FiberInspection;
 using namespace Records;
@@ -60,6 +63,15 @@ void write(const QString &path, const QByteArray &bytes)
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// Whether the process turns Ctrl-C into something to wait for.
+bool blocksInterrupt(qint64 process)
+{
+    const QByteArray status = contentOf(QStringLiteral("/proc/%1/status").arg(process));
+    const int at = status.indexOf("SigBlk:");
+    const qulonglong mask = status.mid(at + 7, status.indexOf('\n', at) - at - 7).trimmed().toULongLong(nullptr, 16);
+    return at >= 0 && (mask >> (SIGINT - 1) & 1U) != 0;
 }
 
 /// Fields of a line without line breaks in them.
@@ -306,6 +318,40 @@ private Q_SLOTS:
         QCOMPARE(second.errors, QStringList({QStringLiteral("vantor-records: another program writes into the store")}));
         QCOMPARE(run(QStringLiteral("list")).exitCode, int(Done));
         QCOMPARE(run(QStringLiteral("show 1")).exitCode, int(Done));
+    }
+
+    void aStoreOfALaterVersionIsOnlyRead()
+    {
+        paint("A1", goodFace());
+        useTwoJobs();
+        OwnConnection(mStore).run(QStringLiteral("PRAGMA user_version = 99"));
+
+        const Outcome list = run(QStringLiteral("list"));
+        const Outcome written = import(QStringLiteral("--job P"));
+
+        QCOMPARE(list.exitCode, int(Done));
+        QCOMPARE(linesOf(list.output).size(), 6);
+        QCOMPARE(written.exitCode, int(Unavailable));
+        QCOMPARE(list.errors, written.errors);
+        QCOMPARE(list.errors.size(), 1);
+        QVERIFY(list.errors[0].startsWith(QLatin1String("vantor-records: the store has version 99")));
+    }
+
+    void aDamagedStoreIsKeptAside()
+    {
+        paint("A1", goodFace());
+        useTwoJobs();
+        write(mStore + QStringLiteral("/records.sqlite"), QByteArray(100000, 'x'));
+
+        QCOMPARE(run(QStringLiteral("list")).exitCode, int(Unavailable));
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        QCOMPARE(outcome.errors.size(), 2);
+        QVERIFY2(outcome.errors[0].startsWith(QStringLiteral("vantor-records: %1/records.sqlite: ").arg(mStore)),
+            qPrintable(outcome.errors[0]));
+        QVERIFY2(outcome.errors[1].contains(QStringLiteral("was kept aside in %1/records.sqlite-").arg(mStore)),
+            qPrintable(outcome.errors[1]));
     }
 
     // --- Reading -----------------------------------------------------------------------------------------------------
@@ -687,6 +733,28 @@ private Q_SLOTS:
         QTEST(outcome.exitCode, "exitCode");
         QCOMPARE(outcome.errors,
             QStringList({QStringLiteral("vantor-records: cannot write to stdout: No space left on device")}));
+    }
+
+    void anExportThatNobodyReadsCanBeStopped()
+    {
+        useTwoJobs();
+        const QString path = mDir->filePath(QStringLiteral("pipe"));
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        const int pipe = open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+        while (::write(pipe, "x", 1) == 1) {} // until it takes no more
+        QProcess program;
+        program.setStandardOutputFile(path);
+        program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM),
+            {QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("--store"), mStore});
+        QVERIFY(program.waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(blocksInterrupt(program.processId()), patience);
+
+        kill(static_cast<pid_t>(program.processId()), SIGINT);
+
+        QVERIFY(program.waitForFinished(patience));
+        close(pipe);
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 128 + SIGINT);
     }
 
     // --- Upkeep ------------------------------------------------------------------------------------------------------
