@@ -64,7 +64,7 @@ QString Table::text(const Tools::TextStyle &style, const QString &indent) const
         for (int i = 0; i < row.size(); ++i) {
             const bool isLast = i + 1 == row.size() && mColumns[i].align == Align::Left;
             const QString cell = isLast ? row[i].text : padded(row[i].text, widths[i], mColumns[i].align);
-            line += (i > 0 ? gap : QString()) + painted(cell, row[i].look, style);
+            line += (i > 0 ? gap : QString()) + (row[i].text.isEmpty() ? cell : painted(cell, row[i].look, style));
         }
         text += trimmedEnd(line) + QLatin1Char('\n');
     }
