@@ -28,6 +28,12 @@ bool makeSocket(const QByteArray &path)
     return isMade;
 }
 
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 bool isHarmless(const QByteArray &output)
 {
     return !output.contains('\033') && !output.contains("\xE2\x80\xAE") && !output.contains("\xC2\x9B");
@@ -195,6 +201,52 @@ private Q_SLOTS:
                 folder + QLatin1Char('/') + QString::fromUtf8(evilName));
         else
             QVERIFY(run.output.contains("a\\x1b[2J\\xe2\\x80\\xaegnp\\xc2\\x9b\\x0a.png"));
+    }
+
+    // To Qt such a name is that of a resource.
+    void picturesStayInTheirFolderWhateverTheNameBeginsWith()
+    {
+        const QTemporaryDir in;
+        const QTemporaryDir out;
+        const QTemporaryDir working;
+        QVERIFY(save(goodFace(), in.path(), ":a.png"));
+        QFile mine(working.filePath(QStringLiteral("./:a_result.jpg")));
+        QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4);
+        mine.close();
+
+        const InspectRun run = runInspect(
+            {QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), in.path()},
+            working.path());
+
+        QCOMPARE(bytesOf(mine.fileName()), QByteArray("mine"));
+        QCOMPARE(listing(working.path()).size(), 1);
+        QCOMPARE(listing(out.path()).size(), 15);
+        QCOMPARE(run.messages, QByteArray());
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(jsonLines(run.output)[0][QStringLiteral("resultImage")].toString(),
+            out.path() + QStringLiteral("/:a_result.jpg"));
+    }
+
+    void argumentsMayBeginWithAColon()
+    {
+        const QTemporaryDir working;
+        QVERIFY(QDir().mkdir(working.path() + QStringLiteral("/:photos")));
+        QVERIFY(save(goodFace(), working.path() + QStringLiteral("/:photos"), "x.png"));
+        QVERIFY(save(goodFace(), working.path(), ":y.png"));
+
+        QVERIFY(QDir().mkdir(working.path() + QStringLiteral("/:tmp")));
+        InspectProgram program;
+        program.setWorkingDirectory(working.path());
+        program.setVariable("TMPDIR", QStringLiteral(":tmp"));
+        program.begin({QStringLiteral("--json"), QStringLiteral("--out"), QStringLiteral(":out"),
+            QStringLiteral(":photos"), QStringLiteral(":y.png")});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(jsonLines(program.readAllStandardOutput()).size(), std::size_t(2));
+        QCOMPARE(listing(working.path() + QStringLiteral("/:tmp")), QStringList());
+        QCOMPARE(listing(working.path() + QStringLiteral("/:out")).size(), 2);
     }
 
     void whatVanishesMeanwhileIsTold()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/OutputFolder.h"
 
+#include "common/FilePath.h"
 #include "common/Terminal.h"
 #include "inspect/Process.h"
 
@@ -115,7 +116,7 @@ bool OutputFolder::prepare(QString *problem) const
 
 QString OutputFolder::take(const QString &file, const QString &name, qint64 most, QString *problem) const
 {
-    const QString path = QDir(mPath).filePath(name);
+    const QString path = Tools::FilePath::in(mPath, name);
     const QByteArray target = QFile::encodeName(path);
     const auto refuse = [&](const QString &reason) {
         *problem = QStringLiteral("cannot write %1: %2").arg(Tools::Terminal::printableName(path), reason);
