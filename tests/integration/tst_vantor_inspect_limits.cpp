@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <random>
@@ -449,6 +450,32 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(link).symLinkTarget(), precious);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("precious"));
+    }
+
+    void aPhotographThatGetsIntoTheWayIsNotReplaced()
+    {
+        QTemporaryDir out;
+        const QByteArray way = QFile::encodeName(out.filePath(QStringLiteral("good_result.jpg")));
+        const QByteArray photograph = QFile::encodeName(mBad);
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--repeat=50"), QStringLiteral("--out"), out.path(),
+            mGood, mBad});
+        QCOMPARE(program.workers(1).size(), std::size_t(1));
+        if (link(photograph.constData(), way.constData()) != 0) {
+            QCOMPARE(errno, EXDEV);
+            QSKIP("the folders for temporary files are on several disks");
+        }
+
+        QVERIFY(program.waitForEnd());
+
+        struct stat is = {};
+        struct stat was = {};
+        QCOMPARE(lstat(way.constData(), &is), 0);
+        QCOMPARE(lstat(photograph.constData(), &was), 0);
+        QCOMPARE(is.st_ino, was.st_ino);
+        QCOMPARE(program.exitCode(), 74);
+        QCOMPARE(program.readAllStandardError(),
+            "vantor-inspect: cannot write " + way + ": what is there is a photograph of this run\n");
     }
 
     void theHalfFileOfAnotherRunIsLeftAlone()
