@@ -18,6 +18,7 @@ namespace {
 constexpr int images = 40; // of a batch
 constexpr qint64 kibibyte = 1024;
 constexpr qint64 mebibyte = 1024 * kibibyte;
+constexpr qint64 page = 4 * kibibyte; // that a disk gives to a file
 constexpr qint64 mostMemoryForSmallFile = 512 * mebibyte;
 constexpr int patience = 30000; // milliseconds
 
@@ -430,6 +431,29 @@ private Q_SLOTS:
             QStringLiteral("vantor-inspect: cannot write %1/good_result.jpg: No space left on device").arg(out.path()));
         QCOMPARE(QDir(out.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList{QStringLiteral("filling")});
+    }
+
+    void onAFullDiskTheResultComesBeforeTheSteps()
+    {
+        QTemporaryDir out;
+        const QStringList arguments{
+            QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), mBad};
+        QCOMPARE(runInspect(arguments).exitCode, 1);
+        const QString result = out.filePath(QStringLiteral("bad_result.jpg"));
+        const qint64 size = QFileInfo(result).size();
+        QVERIFY(size > 0);
+        const SmallDisk disk(out.path(), 1024);
+        if (!disk.problem().isEmpty())
+            QSKIP(qPrintable(disk.problem()));
+        const DiskFilling filling(out.path(), static_cast<int>((size + page - 1) / page * (page / kibibyte)));
+
+        const InspectRun run = runInspect(arguments);
+
+        QCOMPARE(run.exitCode, 74);
+        QCOMPARE(QFileInfo(result).size(), size);
+        QCOMPARE(jsonLines(run.output).at(0)[QStringLiteral("resultImage")].toString(), result);
+        QCOMPARE(run.messageLines().size(), 1);
+        QVERIFY2(run.messages.contains(".png: No space left on device"), run.messages.constData());
     }
 
     void aLinkInTheOutputFolderIsNotReplacedAndNotFollowed()
