@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <csignal>
 #include <optional>
 
 namespace {
@@ -495,6 +496,20 @@ private Q_SLOTS:
 
         QCOMPARE(run(words("--sweep 3 --csv")).exitCode, 0); // the figures need none
         QVERIFY(run({QStringLiteral("--help")}).output.contains("69 gnuplot"));
+    }
+
+    void gnuplotIsStillEndedByTheLimitOfFileSizes()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("gnuplot"), "exec grep SigIgn: /proc/$$/status >\"$0.ignored\""));
+
+        run(words("--sweep 3 --plot") << path("plot.svg"));
+
+        bool isNumber = false;
+        const QByteArray status = programs.read(QStringLiteral("gnuplot.ignored")).simplified();
+        const quint64 ignored = status.split(' ').value(1).toULongLong(&isNumber, 16);
+        QVERIFY2(isNumber, status.constData());
+        QCOMPARE(ignored & (quint64(1) << (SIGXFSZ - 1)), quint64(0));
     }
 
     void aPlotThatCannotBeWrittenIsReported()
