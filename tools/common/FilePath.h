@@ -4,10 +4,8 @@
 #include <QString>
 #include <QStringList>
 
-namespace Tools {
-
 /// Paths whose names may begin with a colon: to Qt such a path is that of a resource, and absolute.
-namespace FilePath {
+namespace Tools::FilePath {
 
 /// The path that the user means.
 QString ofArgument(const QString &argument);
@@ -16,6 +14,4 @@ QStringList ofArguments(const QStringList &arguments);
 /// The path of an entry of the folder.
 QString in(const QString &folder, const QString &name);
 
-} // namespace FilePath
-
-} // namespace Tools
+} // namespace Tools::FilePath
