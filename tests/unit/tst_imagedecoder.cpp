@@ -84,6 +84,19 @@ QByteArray bmp(const BmpLine &line)
         + headers + padded;
 }
 
+/// One pixel, and behind it a profile of colors, as the largest header may have it.
+QByteArray bmpWithProfile()
+{
+    constexpr int fileHeader = 14;
+    const QByteArray profile(560, 'p');
+    QByteArray bytes = bmp({124, 24, 0, {}, "abc"});
+    bytes.replace(fileHeader + 56, 4, "DEBM"); // that it is there
+    bytes.replace(fileHeader + 112, 4, littleEndian(quint32(bytes.size() - fileHeader), 4));
+    bytes.replace(fileHeader + 116, 4, littleEndian(quint32(profile.size()), 4));
+    bytes += profile;
+    return bytes.replace(2, 4, littleEndian(quint32(bytes.size()), 4));
+}
+
 constexpr quint32 usualRed = 0xFF0000;
 constexpr quint32 usualGreen = 0xFF00;
 constexpr quint32 usualBlue = 0xFF;
@@ -762,6 +775,10 @@ private Q_SLOTS:
         QTest::newRow("P5 with an end of line") << QByteArray("P5\n3 2\n255\nabcdef\r\n");
         QTest::newRow("P2 with empty lines") << QByteArray("P2 2 1 15\n0 15\n \n\n");
         QTest::newRow("BMP with more behind it") << bmp(37, 29, 8) + "more";
+        const QByteArray gray = bmp(37, 29, 8);
+        QTest::newRow("BMP with padding")
+            << QByteArray(gray + QByteArray(3, '\0')).replace(2, 4, littleEndian(quint32(gray.size()) + 3, 4));
+        QTest::newRow("BMP with a color profile") << bmpWithProfile();
         QTest::newRow("BMP without the size of the file") << bmp(37, 29, 8).replace(2, 4, littleEndian(0, 4));
     }
     void plainPixelsAreThoseOfOpenCv()
@@ -1197,6 +1214,20 @@ private Q_SLOTS:
             QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) - 1, 4)), "the image header is damaged");
         row("BMP with pixels in its palette", QByteArray(gray).replace(10, 4, littleEndian(54, 4)),
             "the image header is damaged");
+        const char *const leftOver = "data are left over behind the image";
+        for (const int bits : {1, 4, 8, 16, 24, 32}) {
+            const QByteArray depth = " of a BMP of " + QByteArray::number(bits) + " bits";
+            const QByteArray whole = bmp(37, 29, bits);
+            row(("a lost line" + depth).constData(), QByteArray(whole).replace(22, 4, littleEndian(28, 4)), leftOver);
+            row(("a lost line from the top" + depth).constData(),
+                QByteArray(whole).replace(22, 4, littleEndian(quint32(-28), 4)), leftOver);
+            row(("lost pixels" + depth).constData(), QByteArray(whole).replace(18, 4, littleEndian(5, 4)), leftOver);
+        }
+        row("BMP with four bytes too many",
+            QByteArray(gray + "more").replace(2, 4, littleEndian(quint32(gray.size()) + 4, 4)), leftOver);
+        row("BMP without its size with four bytes too many",
+            QByteArray(gray + "more").replace(2, 4, littleEndian(0, 4)), leftOver);
+        row("BMP of 24 bits that is said to have 16", bmp(8, 8, 24).replace(28, 2, littleEndian(16, 2)), leftOver);
         const QByteArray masks = littleEndian(usualRed, 4) + littleEndian(usualGreen, 4) + littleEndian(usualBlue, 4);
         row("BMP with pixels in its masks",
             bmp(8, 8, 32).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)).replace(54, 12, masks),
