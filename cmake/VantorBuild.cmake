@@ -16,8 +16,10 @@ set(CMAKE_INSTALL_RPATH $ORIGIN/../${CMAKE_INSTALL_LIBDIR}) # the programs find 
 find_program(VANTORBASE_CCACHE ccache)
 mark_as_advanced(VANTORBASE_CCACHE)
 if(VANTORBASE_CCACHE)
+    # What one build folder of this checkout has compiled, the others take over: their paths agree but for the folder's
+    # name. Precompiled headers are left alone without the laxness.
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
-        ${VANTORBASE_CCACHE}) # it leaves precompiled headers alone otherwise
+        CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${VANTORBASE_CCACHE})
 endif()
 
 # What makes it hard to take over a decoder or a parser. Fortified functions need optimisation; sanitizers check those
@@ -64,8 +66,15 @@ if(VANTORBASE_SANITIZE)
     list(APPEND VANTORBASE_TEST_OPTIONS -fno-sanitize=undefined)
 endif()
 
-# vantor_test_program(TARGET): what all test programs are compiled with.
+find_program(VANTORBASE_GOLD ld.gold)
+mark_as_advanced(VANTORBASE_GOLD)
+
+# vantor_test_program(TARGET): what all test programs are compiled and linked with; the gold linker takes an eighth of
+# the time.
 function(vantor_test_program target)
+    if(VANTORBASE_GOLD)
+        target_link_options(${target} PRIVATE -fuse-ld=gold)
+    endif()
     set_target_properties(${target} PROPERTIES AUTOMOC ON)
     vantor_warnings(${target})
     target_compile_options(${target} PRIVATE ${VANTORBASE_TEST_OPTIONS})
@@ -84,7 +93,8 @@ function(vantor_test_program target)
 endfunction()
 
 # vantor_add_test(NAME SOURCES source... [LIBS target...] [DEFINITIONS definition...] [TIMEOUT seconds])
-# A Qt Test program that ctest runs; the library comes with it.
+# A Qt Test program that ctest runs; the library comes with it. Those that may take long start first: none is left that
+# everybody waits for at the end.
 function(vantor_add_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "SOURCES;LIBS;DEFINITIONS")
     if(NOT arg_TIMEOUT)
@@ -100,7 +110,7 @@ function(vantor_add_test name)
     target_link_libraries(${name} PRIVATE ${arg_LIBS})
     add_test(NAME ${name} COMMAND ${name})
     set(leak_options LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT}
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} COST ${arg_TIMEOUT}
         ENVIRONMENT "QT_QPA_PLATFORM=offscreen;QTEST_FUNCTION_TIMEOUT=${function_timeout};${leak_options}")
 endfunction()
 
@@ -122,5 +132,5 @@ function(vantor_memcheck name)
             --suppressions=${PROJECT_SOURCE_DIR}/tests/support/memcheck.supp
             $<TARGET_FILE:${name}> ${arg_ARGUMENTS})
     list(APPEND environment QTEST_FUNCTION_TIMEOUT=${function_timeout} QV4_FORCE_INTERPRETER=1 VANTOR_VALGRIND=1)
-    set_tests_properties(${name}_memcheck PROPERTIES TIMEOUT ${timeout} ENVIRONMENT "${environment}")
+    set_tests_properties(${name}_memcheck PROPERTIES TIMEOUT ${timeout} COST ${timeout} ENVIRONMENT "${environment}")
 endfunction()

@@ -22,6 +22,7 @@
 #include <fcntl.h>
 #include <optional>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 
@@ -54,12 +55,23 @@ QVariantMap valuesOf(const QSettings &settings)
     return values;
 }
 
+/// Whether a file of this process may have so many bytes. Who writes more is ended by a signal, and how the application
+/// takes that is its own.
+bool mayBeWritten(qint64 size)
+{
+    rlimit limits{};
+    return getrlimit(RLIMIT_FSIZE, &limits) != 0 || limits.rlim_cur == RLIM_INFINITY
+        || static_cast<rlim_t>(size) <= limits.rlim_cur;
+}
+
 /// The values of a file with these bytes; nothing if that cannot be found out. QSettings reads files only, by their
 /// names, and may know one of that name, size and time already.
 /// @param codec of texts; null: Latin-1 with escapes
 std::optional<QVariantMap> valuesOf(const QByteArray &bytes, QTextCodec *codec)
 {
     static std::atomic<qint64> time{0};
+    if (!mayBeWritten(bytes.size()))
+        return {};
     const int descriptor = memfd_create("settings", MFD_CLOEXEC);
     QFile copy;
     if (descriptor < 0 || !copy.open(descriptor, QIODevice::WriteOnly, QFileDevice::AutoCloseHandle)
@@ -131,6 +143,8 @@ Room findRoom(const QString &folder, qint64 size)
     const auto roomFor = [](int error) {
         return error == ENOSPC || error == EDQUOT || error == EFBIG ? Room::TooLittle : Room::Unknown;
     };
+    if (!mayBeWritten(size))
+        return Room::TooLittle;
     const int probe = open(QFile::encodeName(folder).constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (probe < 0)
         return roomFor(errno);

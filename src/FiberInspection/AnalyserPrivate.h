@@ -72,9 +72,12 @@ public:
     /// Grey levels with the weights of red and blue exchanged; empty for an image without three or four channels.
     static cv::Mat convertImageToGray(const cv::Mat &mat);
 
+    static constexpr int notSearched = -1; ///< number of candidates where a search would take minutes
+
     /// The one circle of the Hough transform (OpenCV, HOUGH_GRADIENT) that is at most 10 pixels smaller than expected
     /// and not larger; an empty circle when there is none or more than one.
-    /// @param candidates if given, receives how many there are; not touched where nothing is searched
+    /// @param candidates if given, receives how many there are, or notSearched for an image with that many edges; not
+    /// touched where there is nothing to search
     static Circle findCladdingCircle(const cv::Mat &grayImage, float expectedCladdingRadius, int *candidates = nullptr);
 
     /// Fast search at a sixth of the size, for live frames of the scope Device::ks20(). Candidates as above.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
 
+#include "FiberInspection/CircleSearch_p.h"
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
@@ -154,10 +155,18 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
     if (grayImage.empty() || !usableRadius)
         return {};
 
+    const auto minRadius = static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin);
+    const auto maxRadius = static_cast<int>(expectedCladdingRadius);
+    if (!CircleSearch{cannyThreshold, accumulatorThreshold, std::max(0, minRadius), maxRadius}.isAffordable(
+            grayImage)) {
+        qCWarning(messageLog) << "Too many edges to look for the cladding";
+        if (candidates)
+            *candidates = notSearched;
+        return {};
+    }
     std::vector<cv::Vec3f> circles;
     cv::HoughCircles(grayImage, circles, cv::HOUGH_GRADIENT, accumulatorRatio, minDistance, cannyThreshold,
-        accumulatorThreshold, static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin),
-        static_cast<int>(expectedCladdingRadius));
+        accumulatorThreshold, minRadius, maxRadius);
     if (candidates)
         *candidates = static_cast<int>(circles.size());
     if (circles.empty())

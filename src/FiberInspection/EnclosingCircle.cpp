@@ -7,11 +7,14 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <random>
 
 namespace FiberInspection {
 
 namespace {
 constexpr std::size_t fewPoints = 64; // up to here OpenCV is quick whatever the points look like
+constexpr std::size_t fewLooks = 4000000; // at a point or a box: 25 milliseconds
+constexpr std::size_t mostLooks = 200; // per point; contours of white noise need up to 160, others up to 30
 constexpr float roundingAllowance = 1.0e-4F; // what OpenCV adds to a radius
 
 struct Disc
@@ -90,12 +93,17 @@ public:
     const cv::Point &operator[](std::size_t index) const { return mPoints[index]; }
     std::size_t size() const { return mPoints.size(); }
 
+    /// Whether the points were looked at so often that their order must be a bad one. Then no point is outside any
+    /// more.
+    bool isExhausted() const { return mLooks > std::max(fewLooks, mostLooks * mPoints.size()); }
+
     /// The first point from `from` on, before `end`, that is not inside of the circle; `end` if there is none.
     /// @param isInside the exact test of one point
     template <typename IsInside>
     std::size_t firstOutside(std::size_t from, std::size_t end, const Disc &disc, IsInside isInside) const
     {
-        while (from < end) {
+        while (from < end && !isExhausted()) {
+            ++mLooks;
             if (const std::size_t passed = pointsToPass(from, end, disc))
                 from += passed;
             else if (isInside(mPoints[from], disc))
@@ -160,6 +168,7 @@ private:
     }
 
     const std::vector<cv::Point> &mPoints;
+    mutable std::size_t mLooks = 0;
     std::vector<std::vector<Box>> mLevels; ///< boxes around 16 points, around 256, and so on
 };
 
@@ -209,15 +218,28 @@ Disc smallestDisc(const PointRuns &points)
     }
     return disc;
 }
+
+/// The corners of the points' hull, always in the same random order: in that the search takes linear time.
+std::vector<cv::Point> shuffledHull(const std::vector<cv::Point> &points)
+{
+    std::vector<cv::Point> hull;
+    cv::convexHull(points, hull);
+    std::shuffle(hull.begin(), hull.end(), std::minstd_rand());
+    return hull;
+}
 } // namespace
 
 Circle smallestEnclosingCircle(const std::vector<cv::Point> &points)
 {
     Disc disc;
-    if (points.size() <= fewPoints)
+    if (points.size() <= fewPoints) {
         cv::minEnclosingCircle(points, disc.center, disc.radius);
-    else
-        disc = smallestDisc(PointRuns(points));
+    } else {
+        const PointRuns runs(points);
+        disc = smallestDisc(runs);
+        if (runs.isExhausted())
+            cv::minEnclosingCircle(shuffledHull(points), disc.center, disc.radius);
+    }
     return {disc.center.x, disc.center.y, disc.radius};
 }
 

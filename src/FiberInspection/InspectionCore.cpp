@@ -315,11 +315,12 @@ bool InspectionCore::locateFibre(const ZoneDiameters &diameters)
 {
     int candidates = 0;
     const Circle cladding = AnalyserPrivate::findCladdingCircle(mGray, diameters.expectedCladdingRadius(), &candidates);
-    if (!cladding.isValid()) {
-        return candidates > 1
-            ? fail(Reason::SeveralFibres, QStringLiteral("%1 circles are as large as it").arg(candidates))
-            : fail(Reason::NoFibre);
-    }
+    if (candidates > 1)
+        return fail(Reason::SeveralFibres, QStringLiteral("%1 circles are as large as it").arg(candidates));
+    if (candidates == AnalyserPrivate::notSearched)
+        return fail(Reason::NoFibre, QStringLiteral("the image has too many edges to be searched for it"));
+    if (!cladding.isValid())
+        return fail(Reason::NoFibre);
     mInspection.mCladding = cladding;
     mTrace.foundCladding(cladding, diameters.cladding);
     return true;

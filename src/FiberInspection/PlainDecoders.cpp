@@ -15,6 +15,7 @@ constexpr qint64 bitsPerByte = 8;
 constexpr qint64 longestLineEnd = 2; // bytes
 constexpr qint64 highestByte = 255;
 constexpr qint64 highestSample = 65535;
+constexpr qint64 longestPadding = 3; // bytes of a BMP; a line has 4 at least
 
 bool isSpace(char character)
 {
@@ -28,8 +29,9 @@ struct Header
     qint64 height = 0;
     qint64 begin = 0; ///< of the pixels, in bytes
     qint64 bytesPerLine = 0;
-    qint64 fileSize = 0; ///< as the file declares it; 0 when it does not
+    qint64 fileSize = 0; ///< up to where all is the image's; 0 for a format that does not tell
     qint64 bitsPerPixel = 0; ///< of a BMP
+    qint64 profileSize = 0; ///< in bytes, of what is behind the pixels of a BMP
     qint64 colors = 0; ///< in the palette of a BMP; 0 for as many as there may be
 };
 
@@ -52,6 +54,11 @@ bool hasKnownColors(const QByteArray &bytes, const Header &header)
     return true;
 }
 
+QString leftOver()
+{
+    return QStringLiteral("data are left over behind the image");
+}
+
 DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 maxPixels)
 {
     if (!header.problem.isEmpty())
@@ -64,6 +71,8 @@ DecodedImage decodePlain(const QByteArray &bytes, const Header &header, qint64 m
         return incomplete();
     if (header.fileSize > 0 && end > header.fileSize)
         return refused(QStringLiteral("the image header is damaged"));
+    if (end + header.profileSize + longestPadding < header.fileSize) // these were lines, or a part of each of them
+        return refused(leftOver());
     if (!hasKnownColors(bytes, header))
         return refused(QStringLiteral("a pixel has a color that is not in the palette"));
     return decodeByOpenCv(bytes, QSize(static_cast<int>(header.width), static_cast<int>(header.height)));
@@ -75,6 +84,9 @@ constexpr quint32 oldHeaderSize = 12;
 constexpr quint32 headerSize = 40; // larger ones begin with it
 constexpr int masksBegin = 54; // red, green, blue: in the header, or behind one that is too small for them
 constexpr int masksSize = 12;
+constexpr quint32 profileHeaderSize = 124; // from this one on there may be a profile of colors
+constexpr int profileKind = fileHeaderSize + 56;
+constexpr int profileSize = fileHeaderSize + 116;
 enum Compression : quint32 { None = 0, BitFields = 3 };
 } // namespace Bmp
 
@@ -114,6 +126,18 @@ qint64 leastBegin(const uchar *data, quint32 size, qint64 bitsPerPixel, bool has
         return begin + 3 * mostColors;
     const qint64 colors = littleEndian32(data + 46);
     return begin + 4 * (colors == 0 ? mostColors : colors);
+}
+
+/// How many bytes of a profile, or of the name of its file, are behind the pixels.
+/// @pre the header is there
+qint64 profileSize(const uchar *data, quint32 size)
+{
+    constexpr quint32 embedded = 0x4D424544;
+    constexpr quint32 linked = 0x4C494E4B;
+    if (size < Bmp::profileHeaderSize)
+        return 0;
+    const quint32 kind = littleEndian32(data + Bmp::profileKind);
+    return kind == embedded || kind == linked ? littleEndian32(data + Bmp::profileSize) : 0;
 }
 
 /// @pre the header is there, with its masks
@@ -164,7 +188,9 @@ Header readBmpHeader(const QByteArray &bytes)
         header.problem = QStringLiteral("BMP headers of %1 bytes are not supported").arg(size);
         return header;
     }
-    header.fileSize = littleEndian32(data + 2); // 0 where the writer did not know
+    const quint32 fileSize = littleEndian32(data + 2); // 0 where the writer did not know
+    header.fileSize = fileSize > 0 ? fileSize : bytes.size();
+    header.profileSize = profileSize(data, size);
     header.begin = littleEndian32(data + 10);
     header.bytesPerLine =
         (header.width * header.bitsPerPixel + lineAlignment - 1) / lineAlignment * (lineAlignment / bitsPerByte);
@@ -234,11 +260,6 @@ QString tooHigh()
 bool endsAt(const QByteArray &bytes, qint64 end)
 {
     return std::all_of(bytes.begin() + end, bytes.end(), isSpace);
-}
-
-QString leftOver()
-{
-    return QStringLiteral("data are left over behind the image");
 }
 
 QString problemOfText(const QByteArray &bytes, NumberReader *numbers, qint64 samples, qint64 highest, bool isBits)

@@ -251,7 +251,33 @@ QString problemOfScale(const Tiff &tiff, const Layout &layout)
     return isScaled ? problemOfRange(tiff, layout) : QStringLiteral("samples up to %1 are not supported").arg(highest);
 }
 
-QString problemOfPixels(const Tiff &tiff, const Layout &layout)
+/// Whether what belongs to one interpretation only agrees with it: where one of these entries is harmed, the decoder
+/// makes another picture of the rest. Of a palette that it cannot read it makes grey, without a word.
+/// @pre the kind is known
+QString problemOfInterpretation(const Layout &layout, const TiffStructure &structure)
+{
+    constexpr quint64 colors = 3;
+    const bool hasPalette = structure.paletteSize > 0;
+    if (structure.isPalette && !hasPalette)
+        return QStringLiteral("the palette is missing");
+    if (!structure.isPalette && hasPalette)
+        return QStringLiteral("a palette in photometric interpretation %1 is not supported").arg(layout.photometric);
+    const bool isRead = layout.photometric == PHOTOMETRIC_PALETTE && structure.hasShortPalette
+        && structure.paletteSize == colors << static_cast<unsigned>(layout.bits);
+    if (structure.isPalette && !isRead)
+        return QStringLiteral("the palette is damaged");
+    if (structure.hasSubsampling && layout.photometric != PHOTOMETRIC_YCBCR)
+        return QStringLiteral("the subsampling of photometric interpretation %1 is not supported")
+            .arg(layout.photometric);
+    // Writers forget to say that a sample is alpha. More than one are the colors of another interpretation.
+    const auto others = static_cast<quint64>(layout.samples - layout.kind->colors);
+    return others <= structure.extraSamples + 1
+        ? QString()
+        : QStringLiteral("%1 samples that are not said to be anything are not supported")
+              .arg(others - structure.extraSamples);
+}
+
+QString problemOfPixels(const Tiff &tiff, const Layout &layout, const TiffStructure &structure)
 {
     if (layout.photometric < 0)
         return QStringLiteral("a TIFF without photometric interpretation is not supported");
@@ -260,6 +286,9 @@ QString problemOfPixels(const Tiff &tiff, const Layout &layout)
             .arg(QString::number(layout.samples), layout.isPlanar ? QStringLiteral(" separate") : QString())
             .arg(layout.bits)
             .arg(layout.photometric);
+    const QString problem = problemOfInterpretation(layout, structure);
+    if (!problem.isEmpty())
+        return problem;
     const int sampleFormat = tiff.number<uint16_t>(TIFFTAG_SAMPLEFORMAT);
     if (sampleFormat != SAMPLEFORMAT_UINT && sampleFormat != SAMPLEFORMAT_VOID)
         return QStringLiteral("samples of format %1 are not supported").arg(sampleFormat);
@@ -331,10 +360,10 @@ QString problemOfCost(const Layout &layout)
 }
 
 /// Whether the kind of pixels and the pieces they come in are bearable.
-QString problemOfLayout(const Tiff &tiff, const Layout &layout, qint64 maxPixels)
+QString problemOfLayout(const Tiff &tiff, const Layout &layout, const TiffStructure &structure, qint64 maxPixels)
 {
     for (const QString &problem :
-        {problemOfPage(tiff), problemOfPixels(tiff, layout), problemOfCoding(tiff), problemOfCost(layout)}) {
+        {problemOfPage(tiff), problemOfPixels(tiff, layout, structure), problemOfCoding(tiff), problemOfCost(layout)}) {
         if (!problem.isEmpty())
             return problem;
     }
@@ -480,7 +509,7 @@ DecodedImage checked(const QByteArray &bytes, const TiffStructure &structure, qi
     if (!problemOfHeader.isEmpty())
         return refusedForSize(layout.width, layout.height, problemOfHeader);
     *size = QSize(static_cast<int>(layout.width), static_cast<int>(layout.height));
-    const QString problem = problemOfLayout(tiff, layout, maxPixels);
+    const QString problem = problemOfLayout(tiff, layout, structure, maxPixels);
     if (!problem.isEmpty())
         return refused(problem);
     if (TIFFLastDirectory(tiff.get()) == 0)

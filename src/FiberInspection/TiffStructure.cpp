@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
+#include <utility>
 
 namespace FiberInspection::ImageFormats {
 
@@ -25,14 +27,43 @@ constexpr Form classicForm{8, 2, 12, 4};
 constexpr Form bigForm{16, 8, 20, 8};
 constexpr uchar bigVersion = 0x2B;
 
+constexpr quint64 paletteInterpretation = 3;
+constexpr quint16 shortType = 3;
+constexpr quint16 rationalType = 5;
+
 enum Tag : quint16 {
     OldSubfileType = 255, // the decoder does not know it any more
+    PhotometricInterpretation = 262,
     StripOffsets = 273,
     StripByteCounts = 279,
     GrayResponseCurve = 291, // nor this one
+    ColorMap = 320,
     TileOffsets = 324,
-    TileByteCounts = 325
+    TileByteCounts = 325,
+    ExtraSamples = 338,
+    YCbCrSubSampling = 530
 };
+
+/// Entries from one number up to another.
+struct Tags
+{
+    quint16 first;
+    quint16 last;
+};
+constexpr quint64 firstPrivateTag = 32768;
+/// All that are registered below the private ones, also for what is not read here, and those that cameras and the
+/// programs of a desktop copy from Exif. What has another number was one of these once, and nobody knows which.
+constexpr Tags registeredTags[] = {{11, 11}, {254, 259}, {262, 266}, {269, 274}, {277, 293}, {296, 297}, {300, 301},
+    {305, 306}, {315, 328}, {330, 330}, {332, 334}, {336, 347}, {351, 351}, {400, 405}, {433, 435}, {512, 515},
+    {517, 521}, {529, 532}, {559, 559}, {700, 700}, {769, 771}, {800, 800}, {999, 999}, {4096, 4098}, {18246, 18249},
+    {20481, 20755}, {28672, 28672}, {28722, 28722}};
+
+bool isKnown(quint64 tag)
+{
+    const auto *const next = std::partition_point(
+        std::begin(registeredTags), std::end(registeredTags), [tag](const Tags &tags) { return tags.last < tag; });
+    return tag >= firstPrivateTag || (next != std::end(registeredTags) && next->first <= tag);
+}
 
 /// Of a value in a directory, in bytes; 0 for an unknown type.
 quint64 sizeOfType(quint16 type)
@@ -71,28 +102,68 @@ private:
     const bool mIsBigEndian;
 };
 
-/// @return false if it points behind the end of the file
-bool readEntry(const Numbers &numbers, const Form &form, quint64 entry, TiffStructure *structure)
+/// What an entry of the directory says; the value is a number, or the place of several.
+struct Entry
 {
-    const quint64 tag = numbers.number(entry, 2);
-    const quint64 typeSize = sizeOfType(static_cast<quint16>(numbers.number(entry + 2, 2)));
-    const quint64 count = numbers.number(entry + 4, form.offsetSize);
-    if (tag == StripOffsets || tag == TileOffsets)
-        structure->offsets = std::max(structure->offsets, count);
-    else if (tag == StripByteCounts || tag == TileByteCounts)
-        structure->sizes = std::max(structure->sizes, count);
-    const quint64 value = entry + 4 + form.offsetSize;
-    if (tag == OldSubfileType)
-        structure->isReduced = numbers.number(value, std::min(typeSize, form.offsetSize)) == reducedImage;
-    else if (tag == GrayResponseCurve)
+    quint64 tag;
+    quint16 type;
+    quint64 typeSize; ///< in bytes; 0 for an unknown type
+    quint64 count;
+    quint64 value;
+};
+
+void keep(const Entry &entry, TiffStructure *structure)
+{
+    switch (entry.tag) {
+    case StripOffsets:
+    case TileOffsets:
+        structure->offsets = std::max(structure->offsets, entry.count);
+        break;
+    case StripByteCounts:
+    case TileByteCounts:
+        structure->sizes = std::max(structure->sizes, entry.count);
+        break;
+    case OldSubfileType:
+        structure->isReduced = entry.value == reducedImage;
+        break;
+    case PhotometricInterpretation:
+        structure->isPalette = entry.value == paletteInterpretation;
+        break;
+    case GrayResponseCurve:
         structure->hasResponseCurve = true;
+        break;
+    case ColorMap:
+        structure->paletteSize = entry.count;
+        structure->hasShortPalette = entry.type == shortType;
+        break;
+    case ExtraSamples:
+        structure->extraSamples = entry.count;
+        break;
+    case YCbCrSubSampling:
+        structure->hasSubsampling = true;
+        break;
+    default:
+        if (!isKnown(entry.tag) && structure->problem.isEmpty())
+            structure->problem = QStringLiteral("entry %1 is not known").arg(entry.tag);
+    }
+}
+
+/// @return false if it points behind the end of the file
+bool readEntry(const Numbers &numbers, const Form &form, quint64 at, TiffStructure *structure)
+{
+    const auto type = static_cast<quint16>(numbers.number(at + 2, 2));
+    const quint64 typeSize = sizeOfType(type);
+    const quint64 count = numbers.number(at + 4, form.offsetSize);
+    const quint64 value = at + 4 + form.offsetSize;
+    keep({numbers.number(at, 2), type, typeSize, count, numbers.number(value, std::min(typeSize, form.offsetSize))},
+        structure);
     if (typeSize == 0 || count <= form.offsetSize / typeSize) // nothing outside of the entry
         return true;
-    const quint64 at = numbers.number(value, form.offsetSize);
-    if (count > UINT64_MAX / typeSize || !numbers.has(at, count * typeSize))
+    const quint64 begin = numbers.number(value, form.offsetSize);
+    if (count > UINT64_MAX / typeSize || !numbers.has(begin, count * typeSize))
         return false;
     structure->valuesSize += count * typeSize;
-    structure->places.push_back({at, at + count * typeSize});
+    structure->places.push_back({begin, begin + count * typeSize});
     return true;
 }
 
@@ -121,6 +192,21 @@ bool readDirectory(const QByteArray &bytes, TiffStructure *structure)
             return false;
     }
     return true;
+}
+
+/// Whether the header, the directory and the values share no byte: what an entry points at is then what was written for
+/// it. Only one rational may belong to two entries, as writers have it of the two resolutions.
+bool areValuesApart(std::vector<TiffPlace> places)
+{
+    const auto isBefore = [](const TiffPlace &a, const TiffPlace &b) {
+        return a.begin != b.begin ? a.begin < b.begin : a.end < b.end;
+    };
+    const auto isOneRational = [](const TiffPlace &a, const TiffPlace &b) {
+        return a.begin == b.begin && a.end == b.end && a.end - a.begin == sizeOfType(rationalType);
+    };
+    std::sort(places.begin(), places.end(), isBefore);
+    places.erase(std::unique(places.begin(), places.end(), isOneRational), places.end());
+    return areApart(std::move(places), {});
 }
 
 /// Takes codes of 9 to 12 bits off a stream, the highest bit first.
@@ -175,6 +261,8 @@ TiffStructure readTiffStructure(const QByteArray &bytes)
         structure.problem = QStringLiteral("the image header is damaged");
     else if (structure.offsets > maxPieces)
         structure.problem = QStringLiteral("%1 strips or tiles are too many").arg(structure.offsets);
+    else if (!areValuesApart(structure.places))
+        structure.problem = QStringLiteral("the values of entries overlap");
     return structure;
 }
 

@@ -25,6 +25,11 @@ struct TiffStructure
     quint64 valuesSize = 0;
     quint64 offsets = 0; ///< how many pieces it has offsets for
     quint64 sizes = 0; ///< how many pieces it has sizes for
+    quint64 extraSamples = 0; ///< how many samples of a pixel it says a meaning of beside those of the color
+    quint64 paletteSize = 0; ///< how many values its palette has, of all colors together
+    bool isPalette = false; ///< its samples stand for the colors of a palette
+    bool hasShortPalette = false; ///< the values of the palette have 16 bits
+    bool hasSubsampling = false; ///< it says how many pixels share a color
     bool isReduced = false; ///< it says so in an old way
     bool hasResponseCurve = false; ///< its grey samples stand for other levels than their own
 };

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tcp/TcpClient.h"
 
+#include "Tcp/FrameWriter_p.h"
 #include "Tcp/HeldSocket_p.h"
-#include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
+#include "Tcp/TcpProtocolParser.h"
 
 #include <QDebug>
 #include <QPointer>
@@ -163,7 +164,14 @@ void TcpClient::onReadyRead()
 
 void TcpClient::onSend(const AbstractTcpMessage &message)
 {
-    if (!mSocket->isOpen() || !isConnected() || !writeMessage(*mSocket, message, &mBytesUnsent))
+    const auto isUsable = [this] { return mSocket->isOpen() && isConnected(); };
+    const QPointer<TcpClient> self(this);
+    // Asked for its content, a message may run an event loop, in which another connection takes the place of this one.
+    const QByteArray frame = isUsable() ? TcpProtocolParser::messageToData(message) : QByteArray();
+    if (!self)
+        return;
+    const HeldSocket socket = mSocket;
+    if (frame.isEmpty() || !isUsable() || !writeFrame(*socket, frame, &mBytesUnsent))
         qWarning() << "Socket not open";
 }
 

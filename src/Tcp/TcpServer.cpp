@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Tcp/TcpServer.h"
 
+#include "Tcp/FrameWriter_p.h"
 #include "Tcp/HeldSocket_p.h"
 #include "Tcp/Listener_p.h"
-#include "Tcp/MessageWriter_p.h"
 #include "Tcp/SocketBuffer_p.h"
+#include "Tcp/TcpProtocolParser.h"
 
 #include <QDebug>
 #include <QPointer>
@@ -200,9 +201,18 @@ void TcpServer::onReadyRead()
 
 void TcpServer::onSend(const AbstractTcpMessage &message)
 {
-    const auto state = mSocket ? mSocket->state() : QAbstractSocket::UnconnectedState;
-    // After the client has left, Qt still calls the socket open and writable.
-    const bool isUsable = state == QAbstractSocket::ConnectedState && mSocket->isOpen() && mSocket->isWritable();
-    if (!isUsable || !writeMessage(*mSocket, message, &mBytesUnsent))
-        qWarning() << "invalid socket state" << state;
+    const auto state = [this] { return mSocket ? mSocket->state() : QAbstractSocket::UnconnectedState; };
+    const auto isUsable = [this, state] {
+        // After the client has left, Qt still calls the socket open and writable.
+        return state() == QAbstractSocket::ConnectedState && mSocket->isOpen() && mSocket->isWritable();
+    };
+    const QPointer<TcpServer> self(this);
+    // Asked for its content, a message may run an event loop, in which another client takes the place of this one.
+    const QByteArray frame = isUsable() ? TcpProtocolParser::messageToData(message) : QByteArray();
+    if (!self)
+        return;
+    const HeldSocket socket = mSocket;
+    const QAbstractSocket::SocketState stateBefore = state();
+    if (frame.isEmpty() || !isUsable() || !writeFrame(*socket, frame, &mBytesUnsent))
+        qWarning() << "invalid socket state" << stateBefore;
 }

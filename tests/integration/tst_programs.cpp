@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QTemporaryFile>
 #include <QtTest>
 
 #include <csignal>
@@ -180,6 +181,22 @@ private Q_SLOTS:
 
         QCOMPARE(outcome.exitCode, notWritten);
         QCOMPARE(outcome.messages, nameOf(program).toUtf8() + ": cannot write to stdout: No space left on device\n");
+    }
+
+    void aFileThatMayNotGrowIsToldOf_data() { programRows(); }
+
+    void aFileThatMayNotGrowIsToldOf()
+    {
+        QFETCH(const QString, program);
+        QTemporaryFile file;
+        QVERIFY(file.open());
+
+        const Outcome outcome = run(QStringLiteral("prlimit"),
+            {QStringLiteral("--fsize=10"), program, QStringLiteral("--help")}, file.handle());
+
+        QCOMPARE(outcome.exitCode, notWritten);
+        QCOMPARE(outcome.messages, nameOf(program).toUtf8() + ": cannot write to stdout: File too large\n");
+        QCOMPARE(file.size(), qint64(10));
     }
 
     // As in "vantor-names A1 Z9 | head -1".

@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <csignal>
 #include <optional>
 
 namespace {
@@ -30,9 +31,10 @@ struct Run
     }
 };
 
-Run run(const QStringList &arguments)
+Run run(const QStringList &arguments, const QString &workingFolder = {})
 {
     QProcess process;
+    process.setWorkingDirectory(workingFolder);
     process.start(QStringLiteral(VANTOR_FOCUS_PROGRAM), arguments);
     const bool ended = process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit;
     if (!ended)
@@ -496,6 +498,20 @@ private Q_SLOTS:
         QVERIFY(run({QStringLiteral("--help")}).output.contains("69 gnuplot"));
     }
 
+    void gnuplotIsStillEndedByTheLimitOfFileSizes()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("gnuplot"), "exec grep SigIgn: /proc/$$/status >\"$0.ignored\""));
+
+        run(words("--sweep 3 --plot") << path("plot.svg"));
+
+        bool isNumber = false;
+        const QByteArray status = programs.read(QStringLiteral("gnuplot.ignored")).simplified();
+        const quint64 ignored = status.split(' ').value(1).toULongLong(&isNumber, 16);
+        QVERIFY2(isNumber, status.constData());
+        QCOMPARE(ignored & (quint64(1) << (SIGXFSZ - 1)), quint64(0));
+    }
+
     void aPlotThatCannotBeWrittenIsReported()
     {
         const Run result = run(words("--sweep 3 --plot") << path("missing/plot.svg"));
@@ -539,6 +555,24 @@ private Q_SLOTS:
                 start + QStringLiteral("dangling.png: left out: a link that leads nowhere"),
                 start + QStringLiteral("notes\\x1b[2J.txt: left out: no known image suffix")}));
         QCOMPARE(run({QStringLiteral("--json"), latin1}).exitCode, 0);
+    }
+
+    void argumentsMayBeginWithAColon()
+    {
+        QVERIFY(QDir().mkdir(path("./:frames")));
+        QVERIFY(goodFace().save(path("./:frames/a.png")));
+        QVERIFY(goodFace().save(path("./:b.png")));
+        QVERIFY(write("./:c.yuv", rawFrame(fibre(0), 800)));
+
+        const Run result = run({QStringLiteral("--json"), QStringLiteral("--size=800x600"), QStringLiteral("--plot"),
+                                   QStringLiteral(":p.svg"), QStringLiteral(":frames"), QStringLiteral(":b.png"),
+                                   QStringLiteral(":c.yuv")},
+            mFolder->path());
+
+        QCOMPARE(result.messages, QByteArray());
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(jsonLines(result.output).size(), std::size_t(3));
+        QVERIFY(QFile::exists(path("./:p.svg")));
     }
 
 private:

@@ -28,6 +28,12 @@ bool makeSocket(const QByteArray &path)
     return isMade;
 }
 
+QByteArray bytesOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 bool isHarmless(const QByteArray &output)
 {
     return !output.contains('\033') && !output.contains("\xE2\x80\xAE") && !output.contains("\xC2\x9B");
@@ -195,6 +201,147 @@ private Q_SLOTS:
                 folder + QLatin1Char('/') + QString::fromUtf8(evilName));
         else
             QVERIFY(run.output.contains("a\\x1b[2J\\xe2\\x80\\xaegnp\\xc2\\x9b\\x0a.png"));
+    }
+
+    void aPhotographThatIsNamedLikeAPictureIsNotOverwritten_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("ending");
+        const auto row = [](const char *title, const char *name) {
+            QTest::addRow("%s, as a result", title) << QByteArray(name) << QByteArray("_result.jpg");
+            QTest::addRow("%s, as a step", title) << QByteArray(name) << QByteArray("_01_gray.png");
+        };
+        row("plain", "face");
+        row("Latin-1", "St\xF6rung");
+        row("a line break", "two\nlines");
+        row("a line break at the end", "face\n");
+        row("numbers", "face_01_02_x");
+    }
+
+    void aPhotographThatIsNamedLikeAPictureIsNotOverwritten()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(QByteArray, ending);
+        const QTemporaryDir folder;
+        QVERIFY(save(goodFace(), folder.path(), name + ".png"));
+        QVERIFY(save(badFace(), folder.path(), name + ending));
+        const QString photograph = folder.path() + QLatin1Char('/') + QFile::decodeName(name + ending);
+        const QByteArray before = bytesOf(photograph);
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"),
+            folder.path(), folder.path()});
+
+        QCOMPARE(bytesOf(photograph), before);
+        QCOMPARE(run.messages, QByteArray());
+        QCOMPARE(run.exitCode, 1);
+        const std::vector<QJsonObject> objects = jsonLines(run.output);
+        QCOMPARE(objects.size(), std::size_t(2));
+        QCOMPARE(objects[0][QStringLiteral("passed")].toBool(), true);
+        QCOMPARE(objects[1][QStringLiteral("passed")].toBool(true), false);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 2 + 2 * 15);
+    }
+
+    void aPhotographInTheOutputFolderIsSparedHoweverItIsReached_data()
+    {
+        QTest::addColumn<bool>("isSymbolic");
+        QTest::newRow("by a symbolic link") << true;
+        QTest::newRow("by another name") << false;
+    }
+
+    void aPhotographInTheOutputFolderIsSparedHoweverItIsReached()
+    {
+        QFETCH(bool, isSymbolic);
+        const QTemporaryDir in;
+        const QTemporaryDir out;
+        const QString photograph = out.filePath(QStringLiteral("a_result.jpg"));
+        QVERIFY(save(goodFace(), in.path(), "a.png"));
+        QVERIFY(save(badFace(), out.path(), "a_result.jpg"));
+        const QByteArray before = bytesOf(photograph);
+        const QByteArray other = QFile::encodeName(in.filePath(QStringLiteral("b.jpg")));
+        QCOMPARE((isSymbolic ? symlink : link)(QFile::encodeName(photograph).constData(), other.constData()), 0);
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--out"), out.path(), in.path()});
+
+        QCOMPARE(bytesOf(photograph), before);
+        QCOMPARE(run.messages, QByteArray());
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(jsonLines(run.output).size(), std::size_t(2));
+        QCOMPARE(jsonLines(run.output)[1][QStringLiteral("passed")].toBool(true), false);
+        QCOMPARE(QDir(out.path()).entryList(QDir::Files).size(), 3);
+    }
+
+    void noPictureOfTheRunIsGradedAsAPhotograph_data()
+    {
+        QTest::addColumn<bool>("isLink");
+        QTest::newRow("by its name") << false;
+        QTest::newRow("by a link that led nowhere") << true;
+    }
+
+    void noPictureOfTheRunIsGradedAsAPhotograph()
+    {
+        QFETCH(bool, isLink);
+        const QTemporaryDir in;
+        const QTemporaryDir out;
+        QVERIFY(save(goodFace(), in.path(), "a.png"));
+        QString missing = out.filePath(QStringLiteral("a_result.jpg"));
+        if (isLink) {
+            QVERIFY(QFile::link(missing, in.filePath(QStringLiteral("b.jpg"))));
+            missing = in.filePath(QStringLiteral("b.jpg"));
+        }
+
+        const InspectRun run = runInspect({QStringLiteral("--json"), QStringLiteral("--out"), out.path(),
+            in.filePath(QStringLiteral("a.png")), missing});
+
+        QCOMPARE(run.exitCode, 2);
+        const std::vector<QJsonObject> objects = jsonLines(run.output);
+        QCOMPARE(objects.size(), std::size_t(2));
+        QCOMPARE(objects[1][QStringLiteral("reason")].toString(), QStringLiteral("Failed to load image: no such file"));
+    }
+
+    // To Qt such a name is that of a resource.
+    void picturesStayInTheirFolderWhateverTheNameBeginsWith()
+    {
+        const QTemporaryDir in;
+        const QTemporaryDir out;
+        const QTemporaryDir working;
+        QVERIFY(save(goodFace(), in.path(), ":a.png"));
+        QFile mine(working.filePath(QStringLiteral("./:a_result.jpg")));
+        QVERIFY(mine.open(QIODevice::WriteOnly) && mine.write("mine") == 4);
+        mine.close();
+
+        const InspectRun run = runInspect(
+            {QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), in.path()},
+            working.path());
+
+        QCOMPARE(bytesOf(mine.fileName()), QByteArray("mine"));
+        QCOMPARE(listing(working.path()).size(), 1);
+        QCOMPARE(listing(out.path()).size(), 15);
+        QCOMPARE(run.messages, QByteArray());
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(jsonLines(run.output)[0][QStringLiteral("resultImage")].toString(),
+            out.path() + QStringLiteral("/:a_result.jpg"));
+    }
+
+    void argumentsMayBeginWithAColon()
+    {
+        const QTemporaryDir working;
+        QVERIFY(QDir().mkdir(working.path() + QStringLiteral("/:photos")));
+        QVERIFY(save(goodFace(), working.path() + QStringLiteral("/:photos"), "x.png"));
+        QVERIFY(save(goodFace(), working.path(), ":y.png"));
+
+        QVERIFY(QDir().mkdir(working.path() + QStringLiteral("/:tmp")));
+        InspectProgram program;
+        program.setWorkingDirectory(working.path());
+        program.setVariable("TMPDIR", QStringLiteral(":tmp"));
+        program.begin({QStringLiteral("--json"), QStringLiteral("--out"), QStringLiteral(":out"),
+            QStringLiteral(":photos"), QStringLiteral(":y.png")});
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(jsonLines(program.readAllStandardOutput()).size(), std::size_t(2));
+        QCOMPARE(listing(working.path() + QStringLiteral("/:tmp")), QStringList());
+        QCOMPARE(listing(working.path() + QStringLiteral("/:out")).size(), 2);
     }
 
     void whatVanishesMeanwhileIsTold()

@@ -6,6 +6,7 @@
 
 #include <QtTest>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <random>
@@ -17,6 +18,7 @@ namespace {
 constexpr int images = 40; // of a batch
 constexpr qint64 kibibyte = 1024;
 constexpr qint64 mebibyte = 1024 * kibibyte;
+constexpr qint64 page = 4 * kibibyte; // that a disk gives to a file
 constexpr qint64 mostMemoryForSmallFile = 512 * mebibyte;
 constexpr int patience = 30000; // milliseconds
 
@@ -334,7 +336,10 @@ private Q_SLOTS:
 
         for (int i = 0; i < files; ++i) { // in the name of the worker
             QFile file(folder + QStringLiteral("/planted%1").arg(i));
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size)); // of holes
+            if (!file.open(QIODevice::WriteOnly) || !file.resize(size)) { // of holes
+                QTRY_VERIFY(!QFileInfo::exists(folder)); // taken away before it is as full as it might be
+                break;
+            }
         }
 
         QVERIFY(program.waitForEnd(patience));
@@ -428,6 +433,29 @@ private Q_SLOTS:
             QStringList{QStringLiteral("filling")});
     }
 
+    void onAFullDiskTheResultComesBeforeTheSteps()
+    {
+        QTemporaryDir out;
+        const QStringList arguments{
+            QStringLiteral("--json"), QStringLiteral("--steps"), QStringLiteral("--out"), out.path(), mBad};
+        QCOMPARE(runInspect(arguments).exitCode, 1);
+        const QString result = out.filePath(QStringLiteral("bad_result.jpg"));
+        const qint64 size = QFileInfo(result).size();
+        QVERIFY(size > 0);
+        const SmallDisk disk(out.path(), 1024);
+        if (!disk.problem().isEmpty())
+            QSKIP(qPrintable(disk.problem()));
+        const DiskFilling filling(out.path(), static_cast<int>((size + page - 1) / page * (page / kibibyte)));
+
+        const InspectRun run = runInspect(arguments);
+
+        QCOMPARE(run.exitCode, 74);
+        QCOMPARE(QFileInfo(result).size(), size);
+        QCOMPARE(jsonLines(run.output).at(0)[QStringLiteral("resultImage")].toString(), result);
+        QCOMPARE(run.messageLines().size(), 1);
+        QVERIFY2(run.messages.contains(".png: No space left on device"), run.messages.constData());
+    }
+
     void aLinkInTheOutputFolderIsNotReplacedAndNotFollowed()
     {
         QTemporaryDir out;
@@ -446,6 +474,32 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(link).symLinkTarget(), precious);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QCOMPARE(file.readAll(), QByteArray("precious"));
+    }
+
+    void aPhotographThatGetsIntoTheWayIsNotReplaced()
+    {
+        QTemporaryDir out;
+        const QByteArray way = QFile::encodeName(out.filePath(QStringLiteral("good_result.jpg")));
+        const QByteArray photograph = QFile::encodeName(mBad);
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--repeat=50"), QStringLiteral("--out"), out.path(),
+            mGood, mBad});
+        QCOMPARE(program.workers(1).size(), std::size_t(1));
+        if (link(photograph.constData(), way.constData()) != 0) {
+            QCOMPARE(errno, EXDEV);
+            QSKIP("the folders for temporary files are on several disks");
+        }
+
+        QVERIFY(program.waitForEnd());
+
+        struct stat is = {};
+        struct stat was = {};
+        QCOMPARE(lstat(way.constData(), &is), 0);
+        QCOMPARE(lstat(photograph.constData(), &was), 0);
+        QCOMPARE(is.st_ino, was.st_ino);
+        QCOMPARE(program.exitCode(), 74);
+        QCOMPARE(program.readAllStandardError(),
+            "vantor-inspect: cannot write " + way + ": what is there is a photograph of this run\n");
     }
 
     void theHalfFileOfAnotherRunIsLeftAlone()

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/InspectionMessage.h"
+#include "inspect/Options.h"
+#include "inspect/ReportCsv.h"
 
 #include <QLoggingCategory>
 #include <QtTest>
@@ -120,6 +122,22 @@ private Q_SLOTS:
         QVERIFY(got);
         QCOMPARE(got->result.error(), true);
         QCOMPARE(got->reason, withoutVerdict().reason);
+    }
+
+    void aReasonControlsNoTable()
+    {
+        const QString reason = QString::fromUtf8("\033]0;mine\007\033[2J\xE2\x80\xAEgpj\xC2\x9B \n gr\xC3\xBCn\\");
+        Inspection inspection = withoutVerdict();
+        inspection.reason = reason;
+        QByteArray bytes = InspectionMessage::toBytes(inspection);
+        bool isDamaged = false;
+        const std::optional<Inspection> got = InspectionMessage::take(&bytes, someTask(), &isDamaged);
+        QVERIFY(got);
+
+        const QByteArray line = csvReport(*got, Options());
+
+        QCOMPARE(line.split(',').value(4),
+            QByteArray("\\x1b]0;mine\\x07\\x1b[2J\\xe2\\x80\\xaegpj\\xc2\\x9b \\x0a gr\xC3\xBCn\\"));
     }
 
     void aMessageIsTakenOnlyAsAWhole()

@@ -292,6 +292,24 @@ private Q_SLOTS:
         QCOMPARE(program.temporaryFiles(), QStringList());
     }
 
+    void aReportThatMayNotGrowIsTold()
+    {
+        const QString report = mFolder.filePath(QStringLiteral("report"));
+        InspectProgram program;
+        program.setStandardOutputFile(report);
+        program.beginThrough({QStringLiteral("prlimit"), QStringLiteral("--fsize=70000")},
+            QStringList{QStringLiteral("--json"), QStringLiteral("--standard=all")} + mImages + mImages + mImages
+                + mImages + mImages);
+
+        QVERIFY(program.waitForEnd());
+        QCOMPARE(QFileInfo(report).size(), qint64(70000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 74);
+        QCOMPARE(
+            program.readAllStandardError(), QByteArray("vantor-inspect: cannot write to stdout: File too large\n"));
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
     void aClosedStdoutIsTold()
     {
         InspectProgram program;

@@ -308,6 +308,8 @@ private Q_SLOTS:
     void largeFilesAreNotToBeWritten()
     {
         const QByteArray path = QFile::encodeName(mInside.filePath(QStringLiteral("large")));
+        std::signal(SIGXFSZ, SIG_IGN); // as the program does it
+        const auto restore = qScopeGuard([] { std::signal(SIGXFSZ, SIG_DFL); });
         const auto grow = [&](bool isShutIn) {
             return tryIt(
                 [&] {

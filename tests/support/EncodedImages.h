@@ -64,7 +64,7 @@ QByteArray tiff(int width, int height, const Tiff &kind); ///< of random pixels
 /// An entry of a TIFF's directory.
 struct TiffEntry
 {
-    enum Type { None, Byte = 1, Short = 3, Long = 4 };
+    enum Type { None, Byte = 1, Short = 3, Long = 4, Rational = 5 };
 
     Type type = None; ///< without one there is no entry
     quint32 count = 1;

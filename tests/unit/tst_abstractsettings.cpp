@@ -626,6 +626,44 @@ private Q_SLOTS:
         QCOMPARE(content(path), QByteArray("[General]\nkey=1\n")); // as it was
     }
 
+    void aFileThatMayNotGrowIsToldOfAndNoSignal_data()
+    {
+        QTest::addColumn<int>("sizeBefore");
+        QTest::addColumn<bool>("isLinked");
+        const auto twice = 2 * static_cast<int>(writtenAtMost);
+        QTest::newRow("a new file") << 0 << false;
+        QTest::newRow("a file that is too long already") << twice << false;
+        QTest::newRow("a link to one") << twice << true;
+    }
+
+    void aFileThatMayNotGrowIsToldOfAndNoSignal()
+    {
+        QFETCH(const int, sizeBefore);
+        QFETCH(const bool, isLinked);
+        const QString file = newPath();
+        const QString path = isLinked ? newPath() : file;
+        const QByteArray before = sizeBefore == 0 ? QByteArray() : "key=" + QByteArray(sizeBefore, 'y') + '\n';
+        if (sizeBefore != 0)
+            write(file, before);
+        if (isLinked)
+            QVERIFY(QFile::link(file, path));
+
+        const ForkedChild child = ForkedChild::run([&path] {
+            std::signal(SIGXFSZ, SIG_DFL);
+            const rlimit limit{writtenAtMost, writtenAtMost};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            Settings settings(path);
+            settings.store()->setValue(QStringLiteral("key"), tooLong());
+            const bool isStored = settings.sync();
+            return isStored || std::signal(SIGXFSZ, SIG_DFL) != SIG_DFL ? 1 : 0;
+        });
+
+        QCOMPARE(child.signal, 0);
+        QCOMPARE(child.exitCode, 0);
+        QVERIFY2(child.standardError.contains("Failed to store settings"), child.standardError.constData());
+        QCOMPARE(content(file), before);
+    }
+
     void onlyASubclassCanBeConstructed()
     {
         QVERIFY(!(std::is_constructible_v<AbstractSettings, QString>));

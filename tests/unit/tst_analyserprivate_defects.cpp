@@ -432,6 +432,31 @@ private Q_SLOTS:
         QVERIFY(compared >= 120);
     }
 
+    // From its middle outwards every point is outside of all circles so far.
+    void aSpiralOfManyTurnsTakesNoTime()
+    {
+        constexpr double largestRadius = 800;
+        constexpr double pitch = 12;
+        CvPoints spiral;
+        for (double angle = 1; pitch * angle / (2 * M_PI) < largestRadius; angle += pitch / (pitch * angle + 1)) {
+            const double radius = pitch * angle / (2 * M_PI);
+            spiral.emplace_back(qRound(radius * std::cos(angle)), qRound(radius * std::sin(angle)));
+        }
+        QVERIFY(spiral.size() > 50000);
+        const WorkTimer timer;
+
+        const Circle circle = AnalyserPrivate::createDefectFromPixels(spiral, 1).enclosingCircle;
+
+        QVERIFY2(timer.seconds() < 2, qPrintable(QString::number(timer.seconds())));
+        int onRim = 0;
+        for (const cv::Point &point : spiral) {
+            const double distance = QLineF(circle.center, QPointF(point.x, point.y)).length();
+            QVERIFY(distance <= static_cast<double>(circle.radius) + 0.01);
+            onRim += distance > static_cast<double>(circle.radius) - 0.01 ? 1 : 0;
+        }
+        QVERIFY(onRim >= 2);
+    }
+
     // --- mergeDefects
 
     void nothingMergesToNothing()

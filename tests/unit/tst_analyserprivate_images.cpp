@@ -714,6 +714,49 @@ private Q_SLOTS:
         QVERIFY(found > 20 && found < 130);
     }
 
+    /// All edges, and each of many pixels the centre of a circle that hundreds of them may be a part of.
+    static cv::Mat bowedStripes(int size, float radius)
+    {
+        constexpr int band = 100; // rows
+        constexpr int period = 4; // columns
+        cv::Mat mat(size, size, CV_8UC1);
+        for (int y = 0; y < size; ++y) {
+            const auto height = static_cast<float>(y % band - band / 2) + 0.5F;
+            const float shift = std::sqrt(radius * radius - height * height) - radius;
+            for (int x = 0; x < size; ++x) {
+                const double phase = 2 * M_PI * (static_cast<double>(x) - static_cast<double>(shift)) / period;
+                mat.at<uchar>(y, x) = cv::saturate_cast<uchar>(127.5 + 127 * std::sin(phase));
+            }
+        }
+        return mat;
+    }
+
+    void aSearchThatWouldTakeMinutesIsNotBegun()
+    {
+        const cv::Mat mat = bowedStripes(2048, 138); // OpenCV compares for some 10 seconds
+        LogCapture log;
+
+        int candidates = 0;
+        const Circle circle = AnalyserPrivate::findCladdingCircle(mat, 138, &candidates);
+
+        QVERIFY(circle == Circle());
+        QCOMPARE(candidates, AnalyserPrivate::notSearched);
+        QCOMPARE(log.asText(), warning("Too many edges to look for the cladding"));
+    }
+
+    void aLargeImageFullOfEdgesIsSearched()
+    {
+        const cv::Mat noise = RandomInput().grayImage(1600, 2000);
+        const cv::Mat stripes = bowedStripes(1448, 97); // few enough to be compared after all
+        LogCapture log;
+
+        for (const cv::Mat &mat : {noise, stripes}) {
+            int candidates = AnalyserPrivate::notSearched;
+            AnalyserPrivate::findCladdingCircle(mat, 97, &candidates);
+            QVERIFY(candidates >= 0);
+        }
+    }
+
     // --- approximateFindCladdingCircle
 
     void theCladdingOfALiveFrameIsFoundNearly()

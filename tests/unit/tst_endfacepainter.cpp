@@ -865,6 +865,26 @@ private Q_SLOTS:
         QCOMPARE(full.exitCode(), 74);
     }
 
+    void argumentsMayBeginWithAColon()
+    {
+        const QTemporaryDir folder;
+        const auto exitCode = [&folder](const QStringList &arguments) {
+            QProcess process;
+            process.setWorkingDirectory(folder.path());
+            process.start(
+                QStringLiteral(VANTOR_ENDFACE_PROGRAM), QStringList(QStringLiteral("--size=200x150")) + arguments);
+            return process.waitForFinished() ? process.exitCode() : -1;
+        };
+        const auto exists = [&folder](const char *name) {
+            return QFile::exists(folder.path() + QLatin1Char('/') + QLatin1String(name));
+        };
+
+        QCOMPARE(exitCode({QStringLiteral("--truth"), QStringLiteral(":truth"), QStringLiteral(":face.png")}), 0);
+        QVERIFY(exists(":face.png") && exists(":truth"));
+        QCOMPARE(exitCode({QStringLiteral("--random=1"), QStringLiteral("--out"), QStringLiteral(":faces")}), 0);
+        QVERIFY(exists(":faces/face-000001.jpg"));
+    }
+
 private:
     static void presetRows()
     {

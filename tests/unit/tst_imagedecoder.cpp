@@ -84,6 +84,19 @@ QByteArray bmp(const BmpLine &line)
         + headers + padded;
 }
 
+/// One pixel, and behind it a profile of colors, as the largest header may have it.
+QByteArray bmpWithProfile()
+{
+    constexpr int fileHeader = 14;
+    const QByteArray profile(560, 'p');
+    QByteArray bytes = bmp({124, 24, 0, {}, "abc"});
+    bytes.replace(fileHeader + 56, 4, "DEBM"); // that it is there
+    bytes.replace(fileHeader + 112, 4, littleEndian(quint32(bytes.size() - fileHeader), 4));
+    bytes.replace(fileHeader + 116, 4, littleEndian(quint32(profile.size()), 4));
+    bytes += profile;
+    return bytes.replace(2, 4, littleEndian(quint32(bytes.size()), 4));
+}
+
 constexpr quint32 usualRed = 0xFF0000;
 constexpr quint32 usualGreen = 0xFF00;
 constexpr quint32 usualBlue = 0xFF;
@@ -166,6 +179,18 @@ QByteArray changed(TiffStrips strips, const std::function<void(TiffStrips *)> &c
 {
     change(&strips);
     return tiff(strips);
+}
+
+/// Indices into a palette of 256 colors, which stands behind the strips.
+TiffStrips paletteStrips()
+{
+    constexpr quint32 colors = 3 * 256;
+    TiffStrips strips = plainStrips();
+    strips.entries[262] = {TiffEntry::Short, 1, 3};
+    strips.entries[320] = {TiffEntry::Short, colors, quint32(8 + strips.data.size())};
+    for (quint32 i = 0; i < colors; ++i)
+        strips.data += littleEndian(257 * (255 - i % 256), 2);
+    return strips;
 }
 
 /// 512 zeros: four runs.
@@ -598,6 +623,22 @@ private Q_SLOTS:
         QTest::newRow("an entry that is not known") << changed(strips, [](TiffStrips *other) {
             other->entries[51200] = {TiffEntry::Long, 1, 0};
         }) << gray(strips.data);
+        QTest::newRow("entries that are registered, but not known to the decoder") << changed(
+            strips, [](TiffStrips *other) {
+                other->entries[11] = {TiffEntry::Byte, 4, 0x61626364}; // the program
+                other->entries[292] = {TiffEntry::Long, 1, 0}; // of fax
+                other->entries[18246] = {TiffEntry::Short, 1, 5}; // stars
+            }) << gray(strips.data);
+        QTest::newRow("both resolutions in one place") << changed(strips, [](TiffStrips *other) {
+            const auto place = quint32(8 + other->data.size());
+            other->data += littleEndian(300, 4) + littleEndian(1, 4);
+            other->entries[282] = {TiffEntry::Rational, 1, place};
+            other->entries[283] = {TiffEntry::Rational, 1, place};
+        }) << gray(strips.data);
+        QByteArray inverse = strips.data;
+        for (char &level : inverse)
+            level = char(255 - uchar(level));
+        QTest::newRow("palette written by hand") << tiff(paletteStrips()) << gray(inverse);
         cv::Mat luma;
         cv::cvtColor(photograph(13, 7), luma, cv::COLOR_BGR2GRAY);
         cv::Mat subsampled;
@@ -734,6 +775,10 @@ private Q_SLOTS:
         QTest::newRow("P5 with an end of line") << QByteArray("P5\n3 2\n255\nabcdef\r\n");
         QTest::newRow("P2 with empty lines") << QByteArray("P2 2 1 15\n0 15\n \n\n");
         QTest::newRow("BMP with more behind it") << bmp(37, 29, 8) + "more";
+        const QByteArray gray = bmp(37, 29, 8);
+        QTest::newRow("BMP with padding")
+            << QByteArray(gray + QByteArray(3, '\0')).replace(2, 4, littleEndian(quint32(gray.size()) + 3, 4));
+        QTest::newRow("BMP with a color profile") << bmpWithProfile();
         QTest::newRow("BMP without the size of the file") << bmp(37, 29, 8).replace(2, 4, littleEndian(0, 4));
     }
     void plainPixelsAreThoseOfOpenCv()
@@ -1011,6 +1056,64 @@ private Q_SLOTS:
                 }),
             "1 samples of 1 bits as photometric interpretation 1 are not supported");
         entry("two layers", 32997, TiffEntry::Long, 2, "images of 2 layers are not supported");
+        const char *const noPalette = "the palette is missing";
+        const char *const oddMap = "the image data is damaged: "; // the decoder notices
+        const char *const oddPalette = "the palette is damaged";
+        const char *const valuesOverlap = "the values of entries overlap";
+        const auto paletteRow = [&row](const char *name, const char *reason, const auto &change) {
+            row(name, changed(paletteStrips(), [&change](TiffStrips *strips) { change(&strips->entries[320]); }),
+                reason);
+        };
+        paletteRow("no palette", noPalette, [](TiffEntry *map) { map->type = TiffEntry::None; });
+        paletteRow("an empty palette", oddMap, [](TiffEntry *map) { map->count = 0; });
+        paletteRow("a palette of bytes", oddPalette, [](TiffEntry *map) { map->type = TiffEntry::Byte; });
+        paletteRow("a palette of a color too many", valuesOverlap, [](TiffEntry *map) { map->count += 3; });
+        paletteRow("a palette of a color too few", oddMap, [](TiffEntry *map) { map->count -= 3; });
+        paletteRow("a palette in the header", valuesOverlap, [](TiffEntry *map) { map->value = 0; });
+        paletteRow("a palette in the table of strips", valuesOverlap, [](TiffEntry *map) { map->value += 2; });
+        paletteRow("a palette in the directory", valuesOverlap, [](TiffEntry *map) { map->value += 2 * 8 * 4 + 100; });
+        for (const int bit : {1, 16, 1024, 16384, 32768}) {
+            row(QByteArray("a palette in entry " + QByteArray::number(320 ^ bit)).constData(),
+                changed(paletteStrips(),
+                    [bit](TiffStrips *strips) {
+                        const TiffEntry map = strips->entries[320];
+                        strips->entries[320].type = TiffEntry::None;
+                        strips->entries[320 ^ bit] = map;
+                    }),
+                bit < 1024        ? oddMap
+                    : bit < 32768 ? "entry "
+                                  : noPalette);
+        }
+        for (const int photometric : {0, 1}) {
+            row(QByteArray("a palette of grey " + QByteArray::number(photometric)).constData(),
+                changed(paletteStrips(),
+                    [photometric](TiffStrips *strips) { strips->entries[262].value = quint32(photometric); }),
+                QByteArray("a palette in photometric interpretation " + QByteArray::number(photometric)).constData());
+        }
+        for (const int tag : {260, 275, 298, 829, 16701, 32767}) {
+            entry(QByteArray("entry " + QByteArray::number(tag)).constData(), tag, TiffEntry::Short, 2,
+                QByteArray("entry " + QByteArray::number(tag) + " is not known").constData());
+        }
+        for (const int photometric : {0, 1}) {
+            for (const int samples : {3, 4}) {
+                odd = {};
+                odd.samples = samples;
+                odd.photometric = photometric;
+                odd.extraSample = -1;
+                const QByteArray name = QByteArray::number(samples) + " samples of which grey "
+                    + QByteArray::number(photometric) + " is one";
+                oddTiff(name.constData(), odd,
+                    QByteArray(QByteArray::number(samples - 1) + " samples that are not said to be anything")
+                        .constData());
+            }
+        }
+        odd = {};
+        odd.photometric = 6;
+        QByteArray luminance = tiff(photograph(50, 75), odd);
+        const int interpretation = luminance.indexOf(QByteArray("\6\1\3\0\1\0\0\0\6\0", 10));
+        QVERIFY(interpretation > 0);
+        row("YCbCr that is said to be RGB", luminance.replace(interpretation + 8, 1, "\2"),
+            "the subsampling of photometric interpretation 2 is not supported");
         TiffStrips reversed = packedStrips(lzwWithEnd(), 5);
         reversed.entries[266] = {TiffEntry::Short, 1, 2};
         row("packed bits in reverse", tiff(reversed), "packed data of fill order 2 are not supported");
@@ -1111,6 +1214,20 @@ private Q_SLOTS:
             QByteArray(gray).replace(2, 4, littleEndian(quint32(gray.size()) - 1, 4)), "the image header is damaged");
         row("BMP with pixels in its palette", QByteArray(gray).replace(10, 4, littleEndian(54, 4)),
             "the image header is damaged");
+        const char *const leftOver = "data are left over behind the image";
+        for (const int bits : {1, 4, 8, 16, 24, 32}) {
+            const QByteArray depth = " of a BMP of " + QByteArray::number(bits) + " bits";
+            const QByteArray whole = bmp(37, 29, bits);
+            row(("a lost line" + depth).constData(), QByteArray(whole).replace(22, 4, littleEndian(28, 4)), leftOver);
+            row(("a lost line from the top" + depth).constData(),
+                QByteArray(whole).replace(22, 4, littleEndian(quint32(-28), 4)), leftOver);
+            row(("lost pixels" + depth).constData(), QByteArray(whole).replace(18, 4, littleEndian(5, 4)), leftOver);
+        }
+        row("BMP with four bytes too many",
+            QByteArray(gray + "more").replace(2, 4, littleEndian(quint32(gray.size()) + 4, 4)), leftOver);
+        row("BMP without its size with four bytes too many",
+            QByteArray(gray + "more").replace(2, 4, littleEndian(0, 4)), leftOver);
+        row("BMP of 24 bits that is said to have 16", bmp(8, 8, 24).replace(28, 2, littleEndian(16, 2)), leftOver);
         const QByteArray masks = littleEndian(usualRed, 4) + littleEndian(usualGreen, 4) + littleEndian(usualBlue, 4);
         row("BMP with pixels in its masks",
             bmp(8, 8, 32).replace(30, 4, littleEndian(3, 4)).replace(34, 4, littleEndian(0, 4)).replace(54, 12, masks),

@@ -121,6 +121,28 @@ private:
     std::vector<std::unique_ptr<QTcpSocket>> mSockets;
 };
 
+/// Does something while it is asked for its content, and runs an event loop before it answers.
+class BusyMessage : public AbstractTcpMessage
+{
+    Q_OBJECT
+
+public:
+    explicit BusyMessage(std::function<void()> deed)
+        : mDeed(std::move(deed))
+    {
+    }
+
+    QByteArray toByteArray() const override
+    {
+        mDeed();
+        runLoopUntil(always);
+        return payload(5);
+    }
+
+private:
+    const std::function<void()> mDeed;
+};
+
 /// A handler of the log that does something the first time that a line with this text comes. Else it is silent.
 class LogInterruption
 {
@@ -284,6 +306,60 @@ private Q_SLOTS:
             QVERIFY(!mServer);
             return;
         }
+        theServerWorks();
+    }
+
+    // As a property does whose getter asks the user.
+    void aMessageOfTheClientMayRunAnEventLoop_data()
+    {
+        QTest::addColumn<Event>("event");
+        for (const Event event : clientEvents)
+            QTest::newRow(name(event)) << event;
+    }
+
+    void aMessageOfTheClientMayRunAnEventLoop()
+    {
+        QFETCH(const Event, event);
+        startPeer();
+        createClient(SIGNAL(connected()), SLOT(doNothing()));
+        QVERIFY(mClient->start(Loopback::address(), mPeer->serverPort()));
+        QTRY_VERIFY_WITH_TIMEOUT(mPeerSocket, patience);
+
+        Q_EMIT mClient->send(BusyMessage([this, event] { bringAboutAtClient(event); }));
+        QVERIFY(runLoopUntil(always));
+
+        if (event == Event::Delete) {
+            QVERIFY(!mClient);
+            return;
+        }
+        if (event == Event::Start)
+            QTRY_COMPARE_WITH_TIMEOUT(mPeerSocket->peek(100), frame(5), patience);
+        theClientWorks();
+    }
+
+    void aMessageOfTheServerMayRunAnEventLoop_data()
+    {
+        QTest::addColumn<Event>("event");
+        for (const Event event : serverEvents)
+            QTest::newRow(name(event)) << event;
+    }
+
+    void aMessageOfTheServerMayRunAnEventLoop()
+    {
+        QFETCH(const Event, event);
+        startServer(SIGNAL(clientConnected()), SLOT(doNothing()));
+        QTcpSocket *const client = mClients->connectOne(mPort);
+        QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
+
+        Q_EMIT mServer->send(BusyMessage([this, event] { bringAboutAtServer(event); }));
+        QVERIFY(runLoopUntil(always));
+
+        if (event == Event::Delete) {
+            QVERIFY(!mServer);
+            return;
+        }
+        if (event == Event::Stop || event == Event::Start)
+            QTRY_COMPARE_WITH_TIMEOUT(client->peek(100), frame(5), patience);
         theServerWorks();
     }
 
@@ -764,7 +840,7 @@ private:
         peer.write(frame(9));
         QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
         Q_EMIT endpoint->send(AbstractTcpMessage());
-        QTRY_COMPARE_WITH_TIMEOUT(peer.peek(100), frame(0), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(peer.peek(100).endsWith(frame(0)), patience);
     }
 
     // --- The client ---

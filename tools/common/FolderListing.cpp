@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/FolderListing.h"
 
+#include "common/FilePath.h"
+
 #include <QFile>
 
 #include <algorithm>
@@ -102,9 +104,8 @@ FolderListing FolderListing::of(const QString &folder, const QStringList &suffix
         listing.problem =
             QStringLiteral("the folder has more than %1 entries; the others are left out").arg(mostEntries);
     }
-    const QString prefix = folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
     for (const QByteArray &name : qAsConst(names)) {
-        const QString path = prefix + QFile::decodeName(name);
+        const QString path = FilePath::in(folder, QFile::decodeName(name));
         const QString reason = reasonToLeaveOut(dirfd(handle.get()), name, suffixes);
         if (reason.isEmpty())
             listing.files.append(path);

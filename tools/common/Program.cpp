@@ -33,11 +33,15 @@ public:
     }
 };
 
+/// Other than SIG_IGN it is not handed on to the programs that this one starts.
+void passOver(int) {}
+
 std::unique_ptr<QCoreApplication> makeApplication(int &argc, char *argv[])
 {
     Terminal::reserveStandardStreams();
     FileNameCodec::install(); // the arguments are read with it
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe shows as an error of write
+    std::signal(SIGXFSZ, passOver); // and so does a file that may not grow
     return std::make_unique<Application>(argc, argv);
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/TemporaryFolder.h"
 
+#include "common/FilePath.h"
+
 #include <QDir>
 #include <QFile>
 
@@ -26,7 +28,7 @@ TemporaryFolder::~TemporaryFolder()
 QString TemporaryFolder::parentPath()
 {
     const QString chosen = qEnvironmentVariable("TMPDIR");
-    return chosen.isEmpty() ? QStringLiteral("/tmp") : QDir(chosen).absolutePath();
+    return chosen.isEmpty() ? QStringLiteral("/tmp") : QDir(FilePath::ofArgument(chosen)).absolutePath();
 }
 
 } // namespace Tools

@@ -3,6 +3,7 @@
 
 #include "common/CommandLineBase.h"
 #include "common/ExitCode.h"
+#include "common/FilePath.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QBuffer>
@@ -123,7 +124,7 @@ public:
         if (mParser.isSet(mListPresets))
             return listPresets();
         if (mParser.isSet(mSamples))
-            return writeSamples(QDir(mParser.value(mSamples)));
+            return writeSamples(QDir(Tools::FilePath::ofArgument(mParser.value(mSamples))));
         if (mParser.isSet(mRandom))
             return writeRandomScenes();
         return writeOne();
@@ -174,7 +175,7 @@ private:
 
     int writeOne()
     {
-        const QStringList files = mParser.positionalArguments();
+        const QStringList files = Tools::FilePath::ofArguments(mParser.positionalArguments());
         if (files.size() != 1)
             return usageError(QStringLiteral("one picture to write is needed, see --help"));
         const QString preset = mParser.isSet(mPreset) ? mParser.value(mPreset) : QStringLiteral("clean");
@@ -182,7 +183,8 @@ private:
             return invalidValue(mPreset, QStringLiteral("a name that --list-presets shows"));
         EndfaceScene scene = endfacePreset(preset);
         const int code = applyOptions(&scene);
-        return code == Tools::Done ? write(scene, files.first(), mParser.value(mTruth)) : code;
+        return code == Tools::Done ? write(scene, files.first(), Tools::FilePath::ofArgument(mParser.value(mTruth)))
+                                   : code;
     }
 
     int writeSamples(const QDir &folder)
@@ -208,7 +210,7 @@ private:
             return invalidValue(mSeed, QStringLiteral("a number from 0 to 4294967295"));
         if (!mParser.isSet(mOutFolder))
             return usageError(QStringLiteral("--random needs --out FOLDER"));
-        const QDir folder(mParser.value(mOutFolder));
+        const QDir folder(Tools::FilePath::ofArgument(mParser.value(mOutFolder)));
         if (!folder.mkpath(QStringLiteral(".")))
             return writeError(folder.path(), QStringLiteral("cannot create the folder"));
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "focus/CommandLine.h"
 
+#include "common/FilePath.h"
+
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -75,7 +77,7 @@ bool CommandLine::readOptions()
 {
     if (mParser.isSet(mSweep))
         mOptions.action = Options::Action::MeasureSweep;
-    mOptions.operands = mParser.positionalArguments();
+    mOptions.operands = Tools::FilePath::ofArguments(mParser.positionalArguments());
     mOptions.verbose = mParser.isSet(mVerbose);
     if (mParser.isSet(mJson))
         mOptions.format = Options::Format::Json;
@@ -103,7 +105,7 @@ bool CommandLine::checkCombinations()
 
 bool CommandLine::readNames()
 {
-    mOptions.plotFile = mParser.value(mPlot);
+    mOptions.plotFile = Tools::FilePath::ofArgument(mParser.value(mPlot));
     if (mParser.isSet(mPlot) && mOptions.plotFile.isEmpty())
         return refuseValue(mPlot, QStringLiteral("the name of a file"));
     return true;

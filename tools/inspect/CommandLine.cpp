@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/CommandLine.h"
 
+#include "common/FilePath.h"
 #include "inspect/StandardNames.h"
 
 #include <QRegularExpression>
@@ -78,7 +79,7 @@ bool CommandLine::readOptions()
         return true;
     }
 
-    mOptions.operands = mParser.positionalArguments();
+    mOptions.operands = Tools::FilePath::ofArguments(mParser.positionalArguments());
     mOptions.saveSteps = mParser.isSet(mSteps);
     mOptions.reportsRuns = mParser.isSet(mRepeat);
     mOptions.quiet = mParser.isSet(mQuiet);
@@ -159,7 +160,7 @@ bool CommandLine::readCount(const QCommandLineOption &option, int most, int *cou
 
 bool CommandLine::readOutput()
 {
-    mOptions.outputFolder = mParser.value(mOut);
+    mOptions.outputFolder = Tools::FilePath::ofArgument(mParser.value(mOut));
     return !mParser.isSet(mOut) || !mOptions.outputFolder.isEmpty()
         || refuseValue(mOut, QStringLiteral("the name of a folder"));
 }

@@ -64,6 +64,12 @@ Fetched fetch(const QString &path, int memory, std::vector<char> &block)
 }
 } // namespace
 
+QString Fetched::reason() const
+{
+    using Found = FiberInspection::Inspection;
+    return QStringLiteral("%1: %2").arg(Found::reasonText(Found::Reason::FileUnreadable), text());
+}
+
 QString Fetched::text() const
 {
     switch (problem) {

@@ -16,6 +16,9 @@ struct Fetched
     Problem problem = None;
     qint64 detail = 0; ///< errno, or a number of bytes
 
+    QString reason() const; ///< why there is no verdict, as inspectFile() would say it
+
+private:
     QString text() const; ///< of the problem
 };
 

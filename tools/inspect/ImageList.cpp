@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/ImageList.h"
 
-#include <QFileInfo>
+#include "inspect/Fetcher.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <sys/stat.h>
 
 namespace Inspect {
 
@@ -23,7 +28,12 @@ ImageList ImageList::of(const QStringList &operands)
 {
     ImageList list;
     for (const QString &operand : operands) {
-        if (QFileInfo(operand).isDir())
+        struct stat status
+        {
+        };
+        if (stat(QFile::encodeName(operand).constData(), &status) != 0)
+            list.images.append({operand, Fetched{0, Fetched::CannotBeRead, errno}.reason()});
+        else if (S_ISDIR(status.st_mode))
             listFolder(operand, &list);
         else
             list.images.append({operand, {}});

@@ -16,7 +16,8 @@ struct ImageList
     QVector<InputImage> images;
     QVector<Tools::FolderListing::LeftOut> leftOut; ///< all else that lies in the folders
 
-    /// Files stay as they are, folders become the image files in them, sorted by name. Every operand yields an image.
+    /// Files stay as they are, folders become the image files in them, sorted by name. Every operand yields an image;
+    /// what is not there now is not read later, when it might be a picture that the run itself has left there.
     static ImageList of(const QStringList &operands);
 };
 

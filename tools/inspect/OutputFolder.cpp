@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/OutputFolder.h"
 
+#include "common/FilePath.h"
 #include "common/Terminal.h"
+#include "inspect/ImageList.h"
 #include "inspect/Process.h"
 
 #include <QDir>
@@ -12,7 +14,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -79,19 +83,26 @@ private:
     int mFile;
 };
 
-/// A link would be replaced without a word, and what it leads to be lost to whoever set it.
-bool canBeReplaced(const QByteArray &target)
-{
-    struct stat status
-    {
-    };
-    return lstat(target.constData(), &status) != 0 || S_ISREG(status.st_mode);
-}
-
 bool copy(int source, const QByteArray &target, qint64 most)
 {
     PartFile part(target);
     return part.isOpen() && part.copyFrom(source, most) && part.becomes(target);
+}
+
+/// The output names whose result or step the file may be.
+QStringList outputNamesOf(const QString &file)
+{
+    QStringList names;
+    const QString suffix = OutputFolder::resultSuffix();
+    if (file.endsWith(suffix, Qt::CaseInsensitive))
+        names.append(file.chopped(suffix.size()));
+    const auto isDigit = [&file](int i) { return file.at(i) >= QLatin1Char('0') && file.at(i) <= QLatin1Char('9'); };
+    const QLatin1Char bar('_');
+    for (int i = file.indexOf(bar); i >= 0 && i + 3 < file.size(); i = file.indexOf(bar, i + 1)) {
+        if (isDigit(i + 1) && isDigit(i + 2) && file.at(i + 3) == bar)
+            names.append(file.left(i));
+    }
+    return names;
 }
 } // namespace
 
@@ -113,16 +124,49 @@ bool OutputFolder::prepare(QString *problem) const
     return problem->isEmpty();
 }
 
+void OutputFolder::spare(const QVector<InputImage> &images)
+{
+    if (!keepsImages())
+        return;
+    for (const InputImage &image : images) {
+        struct stat status
+        {
+        };
+        if (stat(QFile::encodeName(image.path).constData(), &status) == 0)
+            mSpared.insert(FileId::of(status));
+    }
+}
+
+QSet<QString> OutputFolder::namesInUse() const
+{
+    QSet<QString> names;
+    if (!keepsImages())
+        return names;
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(opendir(QFile::encodeName(mPath).constData()), closedir);
+    while (const dirent *entry = folder ? readdir(folder.get()) : nullptr) {
+        struct stat status
+        {
+        };
+        const QStringList found = outputNamesOf(QFile::decodeName(entry->d_name));
+        if (found.isEmpty() || fstatat(dirfd(folder.get()), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0
+            || !mSpared.contains(FileId::of(status)))
+            continue;
+        for (const QString &name : found)
+            names.insert(name.toCaseFolded());
+    }
+    return names;
+}
+
 QString OutputFolder::take(const QString &file, const QString &name, qint64 most, QString *problem) const
 {
-    const QString path = QDir(mPath).filePath(name);
+    const QString path = Tools::FilePath::in(mPath, name);
     const QByteArray target = QFile::encodeName(path);
     const auto refuse = [&](const QString &reason) {
         *problem = QStringLiteral("cannot write %1: %2").arg(Tools::Terminal::printableName(path), reason);
         return QString();
     };
-    if (!canBeReplaced(target))
-        return refuse(QStringLiteral("what is there is not a file"));
+    if (const QString reason = hindrance(target); !reason.isEmpty())
+        return refuse(reason);
 
     const QByteArray sourceName = QFile::encodeName(file);
     const int source = open(sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
@@ -132,6 +176,19 @@ QString OutputFolder::take(const QString &file, const QString &name, qint64 most
         close(source);
     unlink(sourceName.constData());
     return isCopied ? path : refuse(QString::fromLocal8Bit(std::strerror(error)));
+}
+
+QString OutputFolder::hindrance(const QByteArray &target) const
+{
+    struct stat status
+    {
+    };
+    if (lstat(target.constData(), &status) != 0)
+        return {};
+    if (!S_ISREG(status.st_mode)) // a link would be replaced without a word, and be lost to whoever set it
+        return QStringLiteral("what is there is not a file");
+    return mSpared.contains(FileId::of(status)) ? QStringLiteral("what is there is a photograph of this run")
+                                                : QString();
 }
 
 QString OutputFolder::resultSuffix()

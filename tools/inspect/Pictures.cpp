@@ -87,21 +87,25 @@ bool Pictures::keep(const FiberInspection::Inspection &found, const Steps &steps
 
 void Pictures::take(const OutputFolder &output, const Options &options, Inspection *inspection) const
 {
-    takeSteps(output, options, inspection);
     const QString name = inspection->task.outputName + OutputFolder::resultSuffix();
-    if (inspection->hasKeptResult)
+    if (inspection->hasKeptResult) // first, as in keep()
         inspection->resultImage = output.take(keptResult(), name, largestPictureOf(options), &inspection->problem);
     else if (inspection->verdict() != Verdict::NotAnalysed)
         inspection->problem = QStringLiteral("the annotated image could not be written to the temporary folder");
+
+    const QString problem = takeSteps(output, options, *inspection);
+    if (inspection->problem.isEmpty())
+        inspection->problem = problem;
 }
 
-void Pictures::takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const
+QString Pictures::takeSteps(const OutputFolder &output, const Options &options, const Inspection &inspection) const
 {
     // A worker that was taken over shall not choose names for other images.
     static const QRegularExpression stepSuffix(QStringLiteral("\\A_\\d\\d_[a-z_]+\\.png\\z"));
 
     const int most = mostSteps(options);
-    const QString name = Tools::Terminal::printableName(inspection->task.outputName);
+    const QString name = Tools::Terminal::printableName(inspection.task.outputName);
+    QString problem;
     int taken = 0;
     QDirIterator step(stepsFolder(), {keptName + QStringLiteral("_*")}, QDir::Files | QDir::Hidden);
     while (step.hasNext() && taken <= most) {
@@ -110,13 +114,13 @@ void Pictures::takeSteps(const OutputFolder &output, const Options &options, Ins
         if (!stepSuffix.match(suffix).hasMatch())
             continue;
         if (++taken <= most)
-            output.take(path, inspection->task.outputName + suffix, largestPictureOf(options), &inspection->problem);
+            output.take(path, inspection.task.outputName + suffix, largestPictureOf(options), &problem);
     }
     if (taken > most && most > 0)
-        inspection->problem = QStringLiteral("%1: more step images than an analysis has; some were left").arg(name);
-    if (taken < most && inspection->verdict() != Verdict::NotAnalysed)
-        inspection->problem =
-            QStringLiteral("%1: some step images could not be written to the temporary folder").arg(name);
+        problem = QStringLiteral("%1: more step images than an analysis has; some were left").arg(name);
+    if (taken < most && inspection.verdict() != Verdict::NotAnalysed)
+        problem = QStringLiteral("%1: some step images could not be written to the temporary folder").arg(name);
+    return problem;
 }
 
 bool Pictures::areTooMany(const Options &options) const

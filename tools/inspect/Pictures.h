@@ -52,7 +52,8 @@ public:
     bool areTooMany(const Options &options) const;
 
 private:
-    void takeSteps(const OutputFolder &output, const Options &options, Inspection *inspection) const;
+    /// @return what went wrong; empty when nothing did
+    QString takeSteps(const OutputFolder &output, const Options &options, const Inspection &inspection) const;
     QString stepsFolder() const;
     QString resultFolder() const;
     QString keptResult() const;

@@ -48,7 +48,7 @@ QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
         {QStringLiteral("standard"), standardEnumerator(inspection.task.standardId)},
         {QStringLiteral("standardName"), FiberInspection::Standard::name(inspection.task.standardId)},
         {QStringLiteral("error"), text(result.error())},
-        {QStringLiteral("reason"), inspection.reason},
+        {QStringLiteral("reason"), Tools::Terminal::printable(inspection.reason)},
         {QStringLiteral("passed"), text(result.passed())},
         {QStringLiteral("resultImage"), Tools::Terminal::printableName(inspection.resultImage)},
         {QStringLiteral("elapsedMs"), text(measured.elapsedMs)},

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <initializer_list>
@@ -227,6 +228,7 @@ const char *Sandbox::enter(const Folders &folders, const Budget &life)
     mMemoryAtStart = usedAddressSpace();
     limit(RLIMIT_CORE, 0);
     limit(RLIMIT_FSIZE, largestFile);
+    std::signal(SIGXFSZ, SIG_DFL); // the limit ends who reaches it
     limit(RLIMIT_NOFILE, mostOpenFiles);
     limit(RLIMIT_NPROC, 0); // says nothing to root
     if (mMemoryAtStart > 0 && !hasShadowMemory)

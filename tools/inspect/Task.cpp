@@ -5,9 +5,7 @@
 #include "inspect/OutputFolder.h"
 #include "inspect/StandardNames.h"
 
-#include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QSet>
 
 namespace Inspect {
@@ -21,23 +19,6 @@ QString baseNameOf(const QString &path)
     while (name.toUtf8().size() > longestBaseName)
         name.chop(name.size() > 1 && name.at(name.size() - 1).isLowSurrogate() ? 2 : 1);
     return name.isEmpty() ? QStringLiteral("image") : name;
-}
-
-/// The output names under which the images of the output folder itself would be overwritten.
-QSet<QString> namesOfInputs(const QVector<InputImage> &images, const QString &outputFolder)
-{
-    static const QRegularExpression outputPattern(
-        QStringLiteral("^(.+)(%1|_\\d\\d_.*)$").arg(QRegularExpression::escape(OutputFolder::resultSuffix())));
-
-    QSet<QString> names;
-    const QString folder = QDir(outputFolder).canonicalPath();
-    for (const InputImage &image : images) {
-        const QFileInfo file(image.path);
-        const QRegularExpressionMatch match = outputPattern.match(file.fileName());
-        if (match.hasMatch() && file.dir().canonicalPath() == folder)
-            names.insert(match.captured(1).toCaseFolded());
-    }
-    return names;
 }
 
 /// Gives out every name once.
@@ -65,10 +46,10 @@ private:
 };
 } // namespace
 
-QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &options)
+QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &options, const OutputFolder &output)
 {
-    const bool keepsImages = !options.outputFolder.isEmpty();
-    UniqueNames names(keepsImages ? namesOfInputs(images, options.outputFolder) : QSet<QString>());
+    const bool keepsImages = output.keepsImages();
+    UniqueNames names(output.namesInUse());
 
     QVector<Task> tasks;
     tasks.reserve(images.size() * options.standards.size());

@@ -6,6 +6,7 @@
 
 namespace Inspect {
 
+class OutputFolder;
 struct Options;
 
 /// One image to be graded by one standard.
@@ -17,7 +18,7 @@ struct Task
 };
 
 /// Image by image, for each in the order of the standards. No two tasks share an output name, also where the file
-/// system ignores case, and no output takes the place of an image that is still to be read.
-QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &options);
+/// system ignores case, and no output takes the place of an image.
+QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &options, const OutputFolder &output);
 
 } // namespace Inspect

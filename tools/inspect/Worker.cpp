@@ -53,13 +53,6 @@ Sandbox::Budget budgetFor(int image, const Options &options)
         (isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options), options.timePerImage()};
 }
 
-/// As inspectFile() would say it.
-QString problemOf(const Fetched &fetch)
-{
-    using Found = FiberInspection::Inspection;
-    return QStringLiteral("%1: %2").arg(Found::reasonText(Found::Reason::FileUnreadable), fetch.text());
-}
-
 void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
 {
     const Pictures pictures(folder);
@@ -87,7 +80,7 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
         const Inspection inspection = fetch.problem == Fetched::None
             ? inspect(task, imagePath, session.options, pictures)
-            : notAnalysed(task, problemOf(fetch));
+            : notAnalysed(task, fetch.reason());
         const QByteArray message = InspectionMessage::toBytes(inspection);
         if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))
             return;

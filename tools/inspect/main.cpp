@@ -25,7 +25,7 @@ void tellWhatIsOpen(const Sandbox::Support &support)
 
 int inspectAll(const Options &options)
 {
-    const OutputFolder output(options.outputFolder);
+    OutputFolder output(options.outputFolder);
     QString problem;
     if (output.keepsImages() && !output.prepare(&problem)) {
         Tools::Terminal::tell(problem);
@@ -38,7 +38,8 @@ int inspectAll(const Options &options)
             QStringLiteral("%1: left out: %2").arg(Tools::Terminal::printableName(entry.path), entry.reason));
     if (options.verbose)
         tellWhatIsOpen(Sandbox::support());
-    const QVector<Task> tasks = makeTasks(list.images, options);
+    output.spare(list.images);
+    const QVector<Task> tasks = makeTasks(list.images, options, output);
 
     Tools::StopSignals signals;
     const Tools::TemporaryFolder temporaryFolder(QCoreApplication::applicationName());

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Tcp/MessageWriter_p.h"
-#include "Tcp/TcpProtocolParser.h"
+#include "Tcp/FrameWriter_p.h"
 
 #include <QDebug>
 #include <QTcpSocket>
@@ -9,10 +8,10 @@ namespace {
 constexpr qint64 muchWaiting = 16LL * 1024 * 1024; // bytes
 }
 
-bool writeMessage(QTcpSocket &socket, const AbstractTcpMessage &message, qint64 *bytesUnsent)
+bool writeFrame(QTcpSocket &socket, const QByteArray &frame, qint64 *bytesUnsent)
 {
     const qint64 waitingBefore = socket.bytesToWrite();
-    if (socket.write(TcpProtocolParser::messageToData(message)) < 0)
+    if (socket.write(frame) < 0)
         return false;
     const qint64 waiting = socket.bytesToWrite();
     *bytesUnsent = waiting; // before the log, whose handler may do anything
