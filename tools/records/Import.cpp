@@ -78,7 +78,6 @@ public:
     Importer(const Options &options, RecordStore *store)
         : mOptions(options)
         , mStore(*store)
-        , mOutput(&mSignals)
         , mStyle(Terminal::hasColors(STDOUT_FILENO))
     {
     }
@@ -99,12 +98,13 @@ private:
     bool printSummary();
     void leaveOut(const QString &path, const QString &reason);
     bool fail(int exitCode, const QString &reason = {});
+    int tellUnwritten();
     int exitCode() const;
 
     const Options &mOptions;
     RecordStore &mStore;
     Tools::StopSignals mSignals;
-    Tools::StandardOutput mOutput;
+    Tools::StandardOutput mOutput; ///< a signal holds back no line of what is stored, if somebody reads it
     const Tools::TextStyle mStyle;
 
     QVector<Picture> mPictures;
@@ -127,9 +127,14 @@ int Importer::run()
         if (mSignals.received() != 0)
             return Tools::StoppedBySignal + mSignals.received();
         if (!import(picture))
-            return mFailure != Tools::Done ? mFailure : mOutput.tellFailure();
+            return mFailure != Tools::Done ? mFailure : tellUnwritten();
     }
-    return printSummary() ? exitCode() : mOutput.tellFailure();
+    return printSummary() ? exitCode() : tellUnwritten();
+}
+
+int Importer::tellUnwritten()
+{
+    return mSignals.received() != 0 ? Tools::StoppedBySignal + mSignals.received() : mOutput.tellFailure();
 }
 
 bool Importer::listFolder()
