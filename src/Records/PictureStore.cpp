@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/PictureStore.h"
 
+#include "Helpers/FileAccess_p.h"
 #include "Helpers/WholeFile_p.h"
 
 #include <QCryptographicHash>
@@ -46,6 +47,12 @@ Problem cannotWrite(const QString &path, int error)
 {
     return {
         faultOf(error), QStringLiteral("Cannot write %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)))};
+}
+
+QString whyNotOpened(const QString &path)
+{
+    const int error = errno;
+    return QFileInfo(path).isFile() ? QString::fromLocal8Bit(std::strerror(error)) : QStringLiteral("it is not a file");
 }
 
 /// The entry of the folder is on the disk as well.
@@ -114,14 +121,16 @@ Answer<PictureStore::Kept> PictureStore::put(const QByteArray &bytes) const
 
 Answer<QByteArray> PictureStore::read(const QByteArray &hash) const
 {
-    QFile file(path(hash));
-    if (!isHash(hash) || !file.exists())
+    const QString name = path(hash);
+    if (!isHash(hash) || !QFileInfo::exists(name))
         return {{}, {Fault::PictureMissing, QStringLiteral("There is no picture %1").arg(QString::fromLatin1(hash))}};
-    if (!file.open(QIODevice::ReadOnly))
-        return {{}, {Fault::Unusable, QStringLiteral("Cannot read %1: %2").arg(file.fileName(), file.errorString())}};
-    const QByteArray bytes = file.read(maxPictureSize + 1);
-    if (hashOf(bytes) != hash)
-        return {{}, {Fault::PictureDamaged, QStringLiteral("The picture %1 is damaged").arg(file.fileName())}};
+    QFile file;
+    if (!FileAccess::openRegular(name, &file)) // a pipe would have to be waited for, and a device never ends
+        return {{}, {Fault::Unusable, QStringLiteral("Cannot read %1: %2").arg(name, whyNotOpened(name))}};
+    file.setTextModeEnabled(false); // every byte counts
+    QByteArray bytes;
+    if (file.size() > maxPictureSize || !FileAccess::readAll(&file, maxPictureSize, &bytes) || hashOf(bytes) != hash)
+        return {{}, {Fault::PictureDamaged, QStringLiteral("The picture %1 is damaged").arg(name)}};
     return {bytes, {}};
 }
 

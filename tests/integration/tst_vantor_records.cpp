@@ -252,6 +252,27 @@ private Q_SLOTS:
             qPrintable(QStringLiteral("%1 shown, then: %2").arg(QString::number(shown), summary)));
     }
 
+    void aPictureThatBecomesAPipeIsNotWaitedFor()
+    {
+        constexpr int count = 5;
+        for (int i = 0; i < count; ++i)
+            paint(QStringLiteral("A%1").arg(i), faceNumber(i));
+        QProcess program;
+        QVERIFY(startImport(program));
+        {
+            OwnConnection writer(mStore);
+            QVERIFY(holdWhileItStores(program, writer)); // not yet the last one
+            const QByteArray last = QFile::encodeName(pathOf(QStringLiteral("A%1").arg(count - 1)));
+            QCOMPARE(unlink(last.constData()), 0);
+            QCOMPARE(mkfifo(last.constData(), 0600), 0);
+            writer.run(QStringLiteral("ROLLBACK"));
+        }
+
+        QVERIFY(program.waitForFinished(patience));
+        QCOMPARE(program.exitCode(), int(NotAnswered));
+        QVERIFY(program.readAllStandardError().contains("A4.png: it cannot be opened, or is no file any more"));
+    }
+
     void aJobThatIsThereHasToFit_data()
     {
         QTest::addColumn<QString>("problem");

@@ -7,6 +7,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 using namespace Records;
 
 namespace {
@@ -92,6 +95,31 @@ private Q_SLOTS:
         QVERIFY(!mPictures->contains(name));
         QVERIFY(!mPictures->remove(name));
         QCOMPARE(mPictures->read(name).problem.fault, Fault::PictureMissing);
+    }
+
+    void whatIsNoFileIsNeitherReadNorWaitedFor_data()
+    {
+        QTest::addColumn<QString>("target"); // of a link; empty: a pipe
+        QTest::newRow("pipe") << QString();
+        QTest::newRow("device without end") << QStringLiteral("/dev/zero");
+        QTest::newRow("folder") << QStringLiteral("/");
+    }
+    void whatIsNoFileIsNeitherReadNorWaitedFor()
+    {
+        QFETCH(const QString, target);
+        const QByteArray hash = mPictures->put("abc").value.hash;
+        const QByteArray path = QFile::encodeName(mPictures->path(hash));
+        QCOMPARE(unlink(path.constData()), 0);
+        QCOMPARE(target.isEmpty() ? mkfifo(path.constData(), 0600)
+                                  : symlink(QFile::encodeName(target).constData(), path.constData()),
+            0);
+
+        const Answer<QByteArray> bytes = mPictures->read(hash);
+
+        QCOMPARE(bytes.problem.fault, Fault::Unusable);
+        QVERIFY2(bytes.problem.text.endsWith(QLatin1String(": it is not a file")), qPrintable(bytes.problem.text));
+        QVERIFY(mPictures->put("abc").ok()); // which mends it
+        QCOMPARE(mPictures->read(hash).value, QByteArray("abc"));
     }
 
     void noBytesAreNoPicture() { QCOMPARE(mPictures->put({}).problem.fault, Fault::Invalid); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/Import.h"
 
+#include "Helpers/FileAccess_p.h"
 #include "Helpers/TestNameGenerator.h"
 #include "common/ExitCode.h"
 #include "common/FolderListing.h"
@@ -225,15 +226,19 @@ bool Importer::addPointsOfRun()
 /// @return false when there is no use in going on
 bool Importer::import(const Picture &picture)
 {
-    QFile file(picture.path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        leaveOut(picture.path, file.errorString());
+    QFile file;
+    if (!FileAccess::openRegular(picture.path, &file)) { // by now it may be something else
+        leaveOut(picture.path, QStringLiteral("it cannot be opened, or is no file any more"));
         return true;
     }
-    const QByteArray bytes = file.read(PictureStore::maxPictureSize + 1);
-    if (bytes.isEmpty() || bytes.size() > PictureStore::maxPictureSize) {
+    file.setTextModeEnabled(false); // every byte counts
+    QByteArray bytes;
+    const bool isRead = FileAccess::readAll(&file, PictureStore::maxPictureSize, &bytes);
+    if (!isRead || bytes.isEmpty()) {
         leaveOut(picture.path,
-            bytes.isEmpty() ? QStringLiteral("there is nothing in the file") : QStringLiteral("the file is too large"));
+            isRead                                            ? QStringLiteral("there is nothing in the file")
+                : bytes.size() > PictureStore::maxPictureSize ? QStringLiteral("the file is too large")
+                                                              : file.errorString());
         return true;
     }
     Filter same;
