@@ -7,7 +7,9 @@
 #include <QUrl>
 
 #include <atomic>
+#include <fcntl.h>
 #include <sys/statvfs.h>
+#include <unistd.h>
 
 namespace Records {
 
@@ -64,6 +66,16 @@ bool isDiskFull(const QString &path)
     struct statvfs disk = {};
     return statvfs(QFile::encodeName(QFileInfo(path).path()).constData(), &disk) == 0
         && disk.f_bavail * disk.f_frsize < indexSize;
+}
+
+/// Somebody else may have planted something there: no link is followed, no pipe waited for, no file emptied.
+void makeEmptyFile(const QString &path)
+{
+    constexpr mode_t ownerWrites = 0644;
+    constexpr int flags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const int descriptor = ::open(QFile::encodeName(path).constData(), flags, ownerWrites);
+    if (descriptor >= 0)
+        ::close(descriptor);
 }
 
 QString optionsFor(Database::Access access)
@@ -158,7 +170,7 @@ Problem Database::problemOf(const QSqlError &error) const
     const bool isFull = (code & primaryCode) == InputOutput && isDiskFull(mPath);
     const Fault fault = isFull ? Fault::DiskFull : faultOf(code);
     if (fault == Fault::Damaged && !mSuspicion.isEmpty())
-        QFile(mSuspicion).open(QIODevice::WriteOnly);
+        makeEmptyFile(mSuspicion);
     return {fault, QStringLiteral("%1: %2").arg(mPath, error.databaseText().simplified())};
 }
 

@@ -388,6 +388,28 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
     }
 
+    void whatWasPlantedForANoteOfDamageIsLeftAlone_data()
+    {
+        QTest::addColumn<bool>("isThere");
+        QTest::newRow("link to a file") << true;
+        QTest::newRow("link to nothing") << false;
+    }
+    void whatWasPlantedForANoteOfDamageIsLeftAlone()
+    {
+        QFETCH(const bool, isThere);
+        RecordStore().open(mFolder);
+        overwrite(mFolder + QStringLiteral("/records.sqlite"), 0, QByteArray(100000, 'x'));
+        const QString victim = mDir->filePath(QStringLiteral("victim"));
+        if (isThere)
+            overwrite(victim, 0, "precious");
+        QVERIFY(QFile::link(victim, mFolder + QStringLiteral("/records.suspect")));
+
+        QCOMPARE(RecordStore().open(mFolder, RecordStore::Mode::ReadOnly).problem.fault, Fault::Damaged);
+
+        QCOMPARE(QFile::exists(victim), isThere);
+        QCOMPARE(contentOf(victim), isThere ? QByteArray("precious") : QByteArray());
+    }
+
     void aDamagedDatabaseThatAnotherThreadUsesStaysWhereItIs()
     {
         RecordStore store;
