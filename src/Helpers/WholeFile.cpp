@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -37,6 +38,15 @@ WholeFile::~WholeFile()
 bool WholeFile::open()
 {
     return noted(mUnfinished.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered));
+}
+
+bool WholeFile::takeMode()
+{
+    constexpr mode_t permissionBits = 0777;
+    struct stat status = {};
+    if (stat(QFile::encodeName(mPath).constData(), &status) != 0)
+        return noted(errno == ENOENT);
+    return noted(fchmod(mUnfinished.handle(), status.st_mode & permissionBits) == 0);
 }
 
 bool WholeFile::write(const QByteArray &piece)

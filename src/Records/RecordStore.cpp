@@ -170,6 +170,16 @@ Problem checkWhole(const Database &database, QStringList *faults)
     return query.problem().ok() ? orphans.problem() : query.problem();
 }
 
+/// Whether a folder, which need not be there yet, is the other one or lies below it.
+bool isWithin(const QString &folder, const QString &other)
+{
+    QFileInfo info(QFileInfo(folder).absoluteFilePath());
+    while (!info.exists() && !info.isRoot())
+        info.setFile(info.path());
+    const QString inner = info.canonicalFilePath() + QLatin1Char('/');
+    return inner.startsWith(QFileInfo(other).canonicalFilePath() + QLatin1Char('/'));
+}
+
 bool putOnDisk(const QString &path)
 {
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
@@ -288,6 +298,7 @@ Opening RecordStore::open(const QString &folder, Mode mode)
     const StoreFolder place(folder);
     mThread = QThread::currentThread();
     mPictures = PictureStore(place.pictures());
+    mFolder = folder;
     if (mode == Mode::ReadOnly)
         return openForReading(place, Opened::AsReader, {});
 
@@ -594,8 +605,10 @@ Answer<Backup> RecordStore::backup(const QString &folder) const
 {
     return guarded([&]() -> Answer<Backup> {
         const StoreFolder target(folder);
-        if (QFile::exists(target.database()))
+        if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
             return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
+        if (isWithin(folder, mFolder)) // a sweep would take its pictures for unwanted ones of this store
+            return {{}, invalid(QStringLiteral("%1 lies in the store itself").arg(folder))};
         QDir().mkpath(folder);
         const QString copy = target.database() + QStringLiteral(".unfinished");
         QFile::remove(copy);

@@ -156,7 +156,7 @@ public:
     /// @param goesOn if given, is told of each picture, and ends the work by answering false
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
-    /// Writes a copy into a folder that holds no store yet: a store itself, as it is at this moment. Others may write
+    /// Writes a copy into a folder that holds no store yet and lies in none: a store itself, as it is at this moment. Others may write
     /// meanwhile. The database gets its name when all the rest is on the disk.
     Answer<Backup> backup(const QString &folder) const;
 
@@ -187,6 +187,7 @@ private:
     std::unique_ptr<Database> mDatabase;
     std::shared_ptr<StoreLock> mLock;
     PictureStore mPictures;
+    QString mFolder;
     QThread *mThread = nullptr;
 };
 

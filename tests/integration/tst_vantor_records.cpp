@@ -741,6 +741,59 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(QStringLiteral("/dev/null")).isFile());
     }
 
+    void noExportGoesIntoTheStore_data()
+    {
+        QTest::addColumn<QString>("path"); // in the folder of the test
+        QTest::newRow("database") << QStringLiteral("store/records.sqlite");
+        QTest::newRow("new file") << QStringLiteral("store/new.csv");
+        QTest::newRow("folder in it") << QStringLiteral("store/pictures/new.csv");
+        QTest::newRow("by another way") << QStringLiteral("faces/../store/new.csv");
+        QTest::newRow("link to the database") << QStringLiteral("faces/link");
+        QTest::newRow("linked folder") << QStringLiteral("faces/folder/new.csv");
+    }
+    void noExportGoesIntoTheStore()
+    {
+        QFETCH(const QString, path);
+        useSamples();
+        QVERIFY(QFile::link(mStore + QStringLiteral("/records.sqlite"), mFaces + QStringLiteral("/link")));
+        QVERIFY(QFile::link(mStore, mFaces + QStringLiteral("/folder")));
+
+        const Outcome outcome =
+            run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), mDir->filePath(path)});
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QVERIFY2(outcome.errors.value(0).endsWith(QLatin1String(": it lies in the store")),
+            qPrintable(outcome.errors.value(0)));
+        QVERIFY(!QFile::exists(mStore + QStringLiteral("/new.csv")));
+        QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
+    }
+
+    void aFileThatIsReplacedKeepsItsMode()
+    {
+        useTwoJobs();
+        const QString path = mDir->filePath(QStringLiteral("secret.csv"));
+        write(path, "former");
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
+
+        QCOMPARE(run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path}).exitCode, int(Done));
+
+        QVERIFY(contentOf(path) != "former");
+        QCOMPARE(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    }
+
+    void aLinkToNothingIsRefusedAtOnce()
+    {
+        const QString path = mDir->filePath(QStringLiteral("link"));
+        useTwoJobs();
+        QVERIFY(QFile::link(mDir->filePath(QStringLiteral("nothing")), path));
+
+        const Outcome outcome = run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path});
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: cannot write %1: it is a link to nothing").arg(path)}));
+    }
+
     void aStdoutThatIsFullIsTold_data()
     {
         QTest::addColumn<int>("exitCode");
@@ -867,6 +920,30 @@ private Q_SLOTS:
         mStore = copy;
         QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
         QCOMPARE(linesOf(QString::fromUtf8(original)).size(), linesOf(run(QStringLiteral("show 2")).output).size());
+    }
+
+    void aBackupDoesNotGoIntoTheStore()
+    {
+        useSamples();
+        for (const char *const folder : {"/pictures", "/copy", "/records.sqlite-old/copy"}) {
+            const Outcome outcome = run({QStringLiteral("backup"), mStore + QLatin1String(folder)});
+
+            QCOMPARE(outcome.exitCode, int(NotWritten));
+            QVERIFY2(outcome.errors.value(0).endsWith(QLatin1String("lies in the store itself")),
+                qPrintable(outcome.errors.value(0)));
+        }
+        QVERIFY(!QFile::exists(mStore + QStringLiteral("/copy")));
+        QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
+    }
+
+    void aBackupIsNoPlaceForTheJournalOfAnother()
+    {
+        useSamples();
+        const QString copy = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkpath(copy));
+        write(copy + QStringLiteral("/records.sqlite-wal"), "left");
+
+        QCOMPARE(run({QStringLiteral("backup"), copy}).exitCode, int(NotWritten));
     }
 
     void aBackupWithoutAPictureIsTold()

@@ -63,7 +63,7 @@ public:
     Exporter(const Options &options, const RecordStore &store)
         : mOptions(options)
         , mStore(store)
-        , mTarget(options.output, &mSignals)
+        , mTarget(options.output, options.store, &mSignals)
     {
     }
 

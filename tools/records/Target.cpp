@@ -11,8 +11,22 @@
 
 namespace RecordsTool {
 
-Target::Target(const QString &path, Tools::StopSignals *signals)
+namespace {
+/// Of the folder that a file lies in or will lie in; empty when there is none.
+QString canonicalFolder(const QFileInfo &file)
+{
+    return QFileInfo(file.path()).canonicalFilePath();
+}
+
+bool isWithin(const QString &folder, const QString &other)
+{
+    return folder == other || folder.startsWith(other + QLatin1Char('/'));
+}
+} // namespace
+
+Target::Target(const QString &path, const QString &store, Tools::StopSignals *signals)
     : mPath(path)
+    , mStore(QFileInfo(store).canonicalFilePath())
     , mSignals(signals)
     , mStandardOutput(signals)
 {
@@ -22,12 +36,23 @@ bool Target::open()
 {
     if (mPath.isEmpty())
         return true;
-    const QFileInfo info(mPath);
-    mIsNoFile = info.exists() && !info.isFile(); // a device would be replaced
-    if (mIsNoFile)
+    mRefusal = whyNotThere();
+    if (!mRefusal.isEmpty())
         return false;
+    const QFileInfo info(mPath);
     mFile.emplace(info.isSymLink() ? info.canonicalFilePath() : mPath); // the link stays
-    return mFile->open();
+    return mFile->open() && mFile->takeMode();
+}
+
+QString Target::whyNotThere() const
+{
+    const QFileInfo info(mPath);
+    if (info.exists() && !info.isFile()) // a device would be replaced
+        return QStringLiteral("it is not a file");
+    if (info.isSymLink() && !info.exists())
+        return QStringLiteral("it is a link to nothing");
+    const QString folder = canonicalFolder(info.isSymLink() ? QFileInfo(info.canonicalFilePath()) : info);
+    return isWithin(folder, mStore) ? QStringLiteral("it lies in the store") : QString();
 }
 
 bool Target::write(const QByteArray &bytes)
@@ -48,8 +73,7 @@ int Target::tellFailure() const
         return Tools::StoppedBySignal + mSignals->received();
     if (mPath.isEmpty())
         return mStandardOutput.tellFailure();
-    const QString reason =
-        mIsNoFile ? QStringLiteral("it is not a file") : QString::fromLocal8Bit(std::strerror(mFile->error()));
+    const QString reason = mRefusal.isEmpty() ? QString::fromLocal8Bit(std::strerror(mFile->error())) : mRefusal;
     Tools::Terminal::tell(QStringLiteral("cannot write %1: %2").arg(mPath, reason));
     return Tools::NotWritten;
 }

@@ -17,7 +17,8 @@ class Target
 {
 public:
     /// @param path empty for stdout
-    Target(const QString &path, Tools::StopSignals *signals);
+    /// @param store the folder of the store, in which nothing is written
+    Target(const QString &path, const QString &store, Tools::StopSignals *signals);
 
     bool open();
     bool write(const QByteArray &bytes); ///< false when there is no use in going on, also after a signal
@@ -28,11 +29,14 @@ public:
     int tellFailure() const;
 
 private:
+    QString whyNotThere() const;
+
     const QString mPath;
+    const QString mStore;
     Tools::StopSignals *mSignals;
     Tools::StandardOutput mStandardOutput;
     std::optional<WholeFile> mFile;
-    bool mIsNoFile = false; ///< at the path is something else
+    QString mRefusal; ///< why nothing may be written at the path
 };
 
 } // namespace RecordsTool
