@@ -190,10 +190,18 @@ bool putOnDisk(const QString &path)
     return isThere;
 }
 
+Problem checkFiles(const StoreFolder &folder)
+{
+    const QString obstacle = folder.obstacle();
+    return obstacle.isEmpty() ? Problem() : Problem{Fault::Unusable, QStringLiteral("%1 is not a file").arg(obstacle)};
+}
+
 /// @param suspicion path of the file that notes damage; empty: nothing is written there
 Problem openToRead(const StoreFolder &folder, const QString &suspicion, std::unique_ptr<Database> *database)
 {
-    Problem problem;
+    Problem problem = checkFiles(folder);
+    if (!problem.ok())
+        return problem;
     for (const Database::Access access : {Database::Access::ReadOnly, Database::Access::Immutable}) {
         // What is still in the journal would be overlooked; and who keeps it may be about to write.
         if (access == Database::Access::Immutable && folder.hasJournal()) {
@@ -336,7 +344,9 @@ Opening RecordStore::openForWriting(const StoreFolder &folder)
 Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
 {
     mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
-    Problem problem = mDatabase->open(Database::Access::ReadWrite);
+    Problem problem = checkFiles(folder);
+    if (problem.ok())
+        problem = mDatabase->open(Database::Access::ReadWrite);
     if (problem.ok())
         problem = Schema::prepare(*mDatabase, isNew);
     if (problem.ok())

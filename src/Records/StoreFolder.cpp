@@ -68,6 +68,16 @@ bool StoreFolder::hasJournal() const
     return QFileInfo(journal()).size() > 0;
 }
 
+QString StoreFolder::obstacle() const
+{
+    for (const char *const ending : {"", "-wal", "-shm", "-journal"}) {
+        const QFileInfo info(database() + QLatin1String(ending));
+        if (info.exists() && !info.isFile())
+            return info.filePath();
+    }
+    return {};
+}
+
 bool StoreFolder::isBeheaded() const
 {
     return !hasDatabase() && (hasJournal() || !PictureStore(pictures()).isEmpty());

@@ -21,6 +21,9 @@ public:
     bool hasDatabase() const; ///< one that is not empty
     bool hasJournal() const;
 
+    /// What lies where the database opens files, and is none: it would wait for a pipe. Empty when all is well.
+    QString obstacle() const;
+
     /// Pictures or a journal without their database: the database was taken away, or lost.
     bool isBeheaded() const;
 

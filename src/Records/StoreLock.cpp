@@ -51,14 +51,21 @@ Problem problemOf(const QString &path, int error)
     return {fault, QStringLiteral("Cannot write %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)))};
 }
 
+bool isRegular(int descriptor)
+{
+    struct stat status = {};
+    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 /// @return a descriptor, or -1
 int openLocked(const QString &path, Problem *problem)
 {
     const int descriptor =
         open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerWrites);
-    if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0)
+    const bool isFile = descriptor < 0 || isRegular(descriptor);
+    if (descriptor >= 0 && isFile && flock(descriptor, LOCK_EX | LOCK_NB) == 0)
         return descriptor;
-    *problem = problemOf(path, errno);
+    *problem = isFile ? problemOf(path, errno) : Problem{Fault::Unusable, QStringLiteral("%1 is not a file").arg(path)};
     if (descriptor >= 0)
         close(descriptor);
     return -1;

@@ -13,6 +13,7 @@
 #include <atomic>
 #include <csignal>
 #include <functional>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -470,6 +471,30 @@ private Q_SLOTS:
         QVERIFY(QDir().mkpath(folder + QStringLiteral("/records.sqlite")));
         QCOMPARE(RecordStore().open(folder).how, Opened::No);
         QCOMPARE(RecordStore().open(mDatabase).how, Opened::No);
+    }
+
+    void noPipeIsWaitedFor_data()
+    {
+        QTest::addColumn<bool>("isTold"); // also to who only reads
+        QTest::newRow("records.sqlite-journal") << true;
+        QTest::newRow("records.sqlite-wal") << true;
+        QTest::newRow("records.sqlite-shm") << true;
+        QTest::newRow("records.lock") << false;
+    }
+    void noPipeIsWaitedFor()
+    {
+        QFETCH(const bool, isTold);
+        const QString path = QStringLiteral("%1/%2").arg(mFolder, QLatin1String(QTest::currentDataTag()));
+        QFile::remove(path);
+        QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+
+        const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
+        const Opening writing = RecordStore().open(mFolder);
+
+        QCOMPARE(reading.isOpen(), !isTold);
+        QVERIFY(!writing.canWrite());
+        QVERIFY2(
+            writing.problem.text.endsWith(path + QStringLiteral(" is not a file")), qPrintable(writing.problem.text));
     }
 
     void onlyOneProcessWrites()
