@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/InspectionRows_p.h"
+#include "Records/RowChecks_p.h"
 
 #include <QDataStream>
 
 #include <algorithm>
+#include <zlib.h>
 
 namespace Records::InspectionRows {
 
@@ -13,7 +15,9 @@ using Reason = Inspection::Reason;
 namespace {
 constexpr auto streamVersion = QDataStream::Qt_5_15;
 constexpr int compression = 1; // outlines are mostly zeroes between small numbers; more takes time and gains little
-constexpr quint32 maxShapeSize = 256U * 1024 * 1024; // bytes; more than the outline of any picture takes
+constexpr int pointSize = 2 * sizeof(double); // bytes
+constexpr int shapeHead = 3 * sizeof(double) + 2 * sizeof(quint32); // bytes of the circle and two numbers of points
+constexpr qint64 maxShapeSize = shapeHead + qint64(RecordStore::maxOutlinePoints) * pointSize; // bytes, unpacked
 
 constexpr char insertInspection[] =
     "INSERT INTO inspection (identity, point, made, standard, verdict, reason, detail, decision, note, scope, "
@@ -47,11 +51,11 @@ constexpr char withPointAndJob[] =
     "LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
 constexpr char zonesOf[] =
-    "SELECT zone, inner_diameter, outer_diameter, violations FROM zone WHERE inspection = ? ORDER BY zone";
+    "SELECT zone, inner_diameter, outer_diameter, violations FROM zone WHERE inspection = ? ORDER BY zone LIMIT ?";
 constexpr char rulesOf[] = "SELECT zone, kind, operator, min_size, max_size, allowed, found, violated FROM rule "
-                           "WHERE inspection = ? ORDER BY zone, position";
+                           "WHERE inspection = ? ORDER BY zone, position LIMIT ?";
 constexpr char defectsOf[] =
-    "SELECT zone, kind, size, x, y, fails, shape FROM defect WHERE inspection = ? ORDER BY position";
+    "SELECT zone, kind, size, x, y, fails, shape FROM defect WHERE inspection = ? ORDER BY position LIMIT ?";
 
 /// Words, because the numbers of the reasons may change from version to version.
 struct ReasonName
@@ -124,7 +128,6 @@ QByteArray packed(const StoredDefect &defect)
 /// Believes no length that the bytes cannot hold.
 bool readPoints(QDataStream &stream, QVector<QPointF> *points)
 {
-    constexpr qint64 pointSize = 2 * sizeof(double);
     quint32 count = 0;
     stream >> count;
     if (stream.status() != QDataStream::Ok || count > stream.device()->bytesAvailable() / pointSize)
@@ -135,20 +138,52 @@ bool readPoints(QDataStream &stream, QVector<QPointF> *points)
     return stream.status() == QDataStream::Ok;
 }
 
+/// What qCompress() has packed. qUncompress() would make room for more than the packed bytes say, again and again.
+QByteArray unpacked(const QByteArray &packed)
+{
+    QDataStream head(packed);
+    quint32 size = 0;
+    head >> size;
+    if (head.status() != QDataStream::Ok || size > maxShapeSize)
+        return {};
+    QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
+    uLongf length = size;
+    const int result = uncompress(reinterpret_cast<Bytef *>(bytes.data()), &length,
+        reinterpret_cast<const Bytef *>(packed.constData()) + sizeof size,
+        static_cast<uLong>(packed.size()) - sizeof size);
+    return result == Z_OK && length == size ? bytes : QByteArray();
+}
+
 bool unpack(const QByteArray &shape, StoredDefect *defect)
 {
-    QDataStream length(shape); // the size of what was packed stands before it
-    quint32 size = 0;
-    length >> size;
-    if (length.status() != QDataStream::Ok || size > maxShapeSize)
-        return false;
-    const QByteArray bytes = qUncompress(shape);
+    const QByteArray bytes = unpacked(shape);
     QDataStream stream(bytes);
     stream.setVersion(streamVersion);
     double radius = 0;
     stream >> defect->enclosingCircle.center >> radius;
     defect->enclosingCircle.radius = static_cast<float>(radius);
     return readPoints(stream, &defect->boundingRectPoints) && readPoints(stream, &defect->pixels) && stream.atEnd();
+}
+
+int pointsOf(const StoredDefect &defect)
+{
+    return defect.boundingRectPoints.size() + defect.pixels.size();
+}
+
+Problem checkSize(const QVector<StoredDefect> &defects)
+{
+    qint64 points = 0;
+    for (const StoredDefect &defect : defects)
+        points += pointsOf(defect);
+    if (defects.size() <= RecordStore::maxDefects && points <= RecordStore::maxOutlinePoints)
+        return {};
+    return {Fault::Invalid,
+        QStringLiteral("An inspection with %1 defects of %2 points is not kept").arg(defects.size()).arg(points)};
+}
+
+Problem damaged(Id inspection, const QString &what)
+{
+    return {Fault::Damaged, QStringLiteral("Inspection %1: %2").arg(QString::number(inspection), what)};
 }
 
 QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const Pictures &pictures)
@@ -159,8 +194,8 @@ QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const 
     const DefectCounts &counts = inspection.counts();
     return {QUuid::createUuid().toRfc4122(), orNothing(origin.point != noId, origin.point), toValue(origin.made),
         static_cast<int>(inspection.standardId()), static_cast<int>(verdictOf(inspection)), nameOf(inspection.reason()),
-        toValue(inspection.detail()), static_cast<int>(Decision::Undecided), toValue(QString()),
-        toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
+        toValue(inspection.detail().left(RecordStore::maxTextLength)), static_cast<int>(Decision::Undecided),
+        toValue(QString()), toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
         static_cast<double>(origin.scale), origin.maxImagePixels,
         orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0))),
         origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double), toValue(origin.software),
@@ -275,16 +310,20 @@ StoredInspection readInspection(const Query &row)
 Problem readZones(const Database &database, StoredInspection *stored)
 {
     Query zones(database, zonesOf);
-    zones.run({stored->id});
+    zones.run({stored->id, RecordStore::maxZones + 1});
     while (zones.next())
         stored->zones.append(
             {static_cast<Zone::Id>(zones.number(0)), zones.number(1), zones.number(2), zones.number(3), {}});
     if (!zones.problem().ok())
         return zones.problem();
+    if (stored->zones.size() > RecordStore::maxZones)
+        return damaged(stored->id, QStringLiteral("there are too many zones"));
 
     Query rules(database, rulesOf);
-    rules.run({stored->id});
-    while (rules.next()) {
+    rules.run({stored->id, RecordStore::maxRules + 1});
+    for (int count = 1; rules.next(); ++count) {
+        if (count > RecordStore::maxRules)
+            return damaged(stored->id, QStringLiteral("there are too many rules"));
         const auto isOurs = [&](const StoredZone &zone) { return zone.zone == rules.number(0); };
         const auto zone = std::find_if(stored->zones.begin(), stored->zones.end(), isOurs);
         if (zone == stored->zones.end())
@@ -303,13 +342,17 @@ Problem readZones(const Database &database, StoredInspection *stored)
 Problem readDefects(const Database &database, StoredInspection *stored)
 {
     Query row(database, defectsOf);
-    row.run({stored->id});
+    row.run({stored->id, RecordStore::maxDefects + 1});
+    ShapeBudget budget;
     while (row.next()) {
+        if (stored->defects.size() >= RecordStore::maxDefects)
+            return damaged(stored->id, QStringLiteral("there are too many defects"));
         StoredDefect defect;
         defect.graded = {static_cast<Zone::Id>(row.number(0)), static_cast<Defect::Type>(row.number(1)), row.real(2),
             {row.real(3), row.real(4)}, row.number(5) != 0};
-        if (!unpack(row.bytes(6), &defect))
-            return {Fault::Damaged, QStringLiteral("Inspection %1: the shape of a defect is damaged").arg(stored->id)};
+        const QByteArray shape = row.bytes(6);
+        if (!budget.covers(shape) || !unpack(shape, &defect))
+            return damaged(stored->id, QStringLiteral("the shape of a defect is damaged"));
         stored->defects.append(defect);
     }
     return row.problem();
@@ -386,13 +429,19 @@ Choice::Choice(const Filter &filter)
 
 Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspection, const Pictures &pictures)
 {
+    const QVector<StoredDefect> defects = StoredDefect::of(inspection);
+    const Problem tooMuch = checkSize(defects);
+    if (!tooMuch.ok())
+        return {noId, tooMuch};
     Query query(database, insertInspection);
     if (!query.run(valuesOf(origin, inspection, pictures)))
         return {noId, query.problem()};
     const Id id = query.lastId();
     Problem problem = addZones(database, id, StoredZone::of(inspection.result()));
     if (problem.ok())
-        problem = addDefects(database, id, StoredDefect::of(inspection));
+        problem = addDefects(database, id, defects);
+    if (problem.ok())
+        problem = RowChecks::inspection(database, id);
     if (problem.ok())
         problem = index(database, id);
     return {id, problem};
@@ -405,7 +454,8 @@ Problem decide(Database &database, Id id, Decision decision, const QString &note
         return query.problem();
     if (query.changed() == 0)
         return {Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)};
-    return index(database, id);
+    const Problem problem = RowChecks::inspection(database, id);
+    return problem.ok() ? index(database, id) : problem;
 }
 
 Answer<StoredInspection> one(const Database &database, Id id)
@@ -464,6 +514,15 @@ Problem indexJob(Database &database, Id job)
     Query query(database, QLatin1String(words) + QStringLiteral("WHERE point.job = ?"));
     query.run({job});
     return query.problem();
+}
+
+bool ShapeBudget::covers(const QByteArray &shape)
+{
+    QDataStream head(shape); // the size of what was packed stands before it
+    quint32 size = 0;
+    head >> size;
+    mLeft -= qMax<qint64>(0, qint64(size) - shapeHead);
+    return head.status() == QDataStream::Ok && mLeft >= 0;
 }
 
 bool isShape(const QByteArray &bytes)

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Records/Database_p.h"
-#include "Records/Record.h"
+#include "Records/RecordStore.h"
 
 /// Inspections in the tables. What changes them runs within a transaction of the caller.
 namespace Records::InspectionRows {
@@ -27,6 +27,16 @@ Problem index(Database &database, Id id);
 
 /// Makes the inspections of the job found by the words that it has now.
 Problem indexJob(Database &database, Id job);
+
+/// What the shapes of one inspection may take together.
+class ShapeBudget
+{
+public:
+    bool covers(const QByteArray &shape); ///< and is smaller by it; looks at no more than the length that it tells
+
+private:
+    qint64 mLeft = qint64(RecordStore::maxOutlinePoints) * 2 * sizeof(double); // bytes
+};
 
 /// Whether a defect can be read back with this shape.
 bool isShape(const QByteArray &bytes);

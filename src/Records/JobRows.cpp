@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
+#include "Records/RowChecks_p.h"
 
 namespace Records::JobRows {
 
@@ -74,7 +75,7 @@ Problem add(Database &database, Job *job)
     query.run({job->identity.toRfc4122(), toValue(job->name), toValue(job->customer), toValue(job->site),
         toValue(job->operatorName), static_cast<int>(job->standard), toValue(job->created), toValue(job->closed)});
     job->id = query.lastId();
-    return query.problem();
+    return query.problem().ok() ? RowChecks::job(database, job->id) : query.problem();
 }
 
 Problem update(Database &database, const Job &job)
@@ -82,7 +83,10 @@ Problem update(Database &database, const Job &job)
     const Problem problem = database.run(updateJob,
         {toValue(job.name), toValue(job.customer), toValue(job.site), toValue(job.operatorName), toValue(job.closed),
             job.id});
-    return problem.ok() ? InspectionRows::indexJob(database, job.id) : problem;
+    if (!problem.ok())
+        return problem;
+    const Problem beyond = RowChecks::job(database, job.id);
+    return beyond.ok() ? InspectionRows::indexJob(database, job.id) : beyond;
 }
 
 Answer<Job> one(const Database &database, Id id)
@@ -117,7 +121,7 @@ Problem addPoints(Database &database, Id job, const QVector<QString> &names, con
         if (!query.run({job, name, position++, static_cast<int>(run.side), static_cast<int>(run.fibre)}))
             break;
     }
-    return query.problem();
+    return query.problem().ok() ? RowChecks::pointsOf(database, job) : query.problem();
 }
 
 Answer<QVector<Point>> points(const Database &database, Id job)

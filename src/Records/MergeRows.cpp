@@ -7,6 +7,8 @@
 namespace Records::MergeRows {
 
 namespace {
+constexpr int rowsBetweenQuestions = 1000; // whether to go on
+
 constexpr char sourceJobs[] =
     "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job ORDER BY id";
 constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
@@ -56,6 +58,11 @@ QVariantList valuesOf(const Query &row, int first, int count)
     return values;
 }
 
+Problem stopped()
+{
+    return {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")};
+}
+
 /// What an operator has said about an inspection.
 struct Said
 {
@@ -70,22 +77,19 @@ struct Said
 class PartCopy
 {
 public:
-    using Check = bool (*)(const Query &row);
-
-    /// @param isGood null: all rows are
-    PartCopy(Database &target, const Database &source, const char *table, const char *columns, Check isGood = nullptr)
+    PartCopy(Database &target, const Database &source, const char *table, const char *columns)
         : mCount(countOf(columns))
-        , mIsGood(isGood)
         , mRead(source, selection(table, columns))
         , mWrite(target, insertion(table, "inspection", columns))
     {
     }
 
-    Problem run(Id from, Id to)
+    /// @param isGood null: all rows are
+    Problem run(Id from, Id to, const std::function<bool(const Query &row)> &isGood = {})
     {
         mRead.run({from});
         while (mRead.next()) {
-            if (mIsGood != nullptr && !mIsGood(mRead))
+            if (isGood && !isGood(mRead))
                 return {Fault::Damaged, QStringLiteral("Inspection %1 of the other store is damaged").arg(from)};
             if (!mWrite.run(QVariantList{to} + valuesOf(mRead, 0, mCount)))
                 return mWrite.problem();
@@ -95,44 +99,41 @@ public:
 
 private:
     const int mCount;
-    const Check mIsGood;
     Query mRead;
     Query mWrite;
 };
 
-/// Or the inspection could not be shown here.
-bool hasShape(const Query &defect)
-{
-    return InspectionRows::isShape(defect.bytes(0));
-}
-
 class Copy
 {
 public:
-    Copy(Database &target, const Database &source, Merge *done)
+    Copy(Database &target, const Database &source, std::function<bool(int done, int all)> goesOn, Merge *done)
         : mTarget(target)
         , mSource(source)
+        , mGoesOn(std::move(goesOn))
         , mDone(*done)
         , mInsert(target, insertion("inspection", "point", inspectionColumns))
         , mKnown(target, "SELECT id, decision, note FROM inspection WHERE identity = ?")
         , mZones(target, source, "zone", zoneColumns)
         , mRules(target, source, "rule", ruleColumns)
-        , mDefects(target, source, "defect", defectColumns, hasShape)
+        , mDefects(target, source, "defect", defectColumns)
     {
     }
 
     Problem jobs();
     Problem points();
-    Problem inspections(const std::function<bool(int done, int all)> &goesOn);
+    Problem inspections();
 
 private:
     Problem inspection(const Query &row);
     Problem add(const Query &row);
+    Problem defects(Id from, Id to);
     Problem take(Id known, const Said &here, const Said &there);
 
     Database &mTarget;
     const Database &mSource;
+    const std::function<bool(int done, int all)> mGoesOn;
     Merge &mDone;
+    int mAll = 0; ///< inspections of the other store
     Query mInsert;
     Query mKnown;
     PartCopy mZones;
@@ -186,17 +187,18 @@ Problem Copy::points()
     return row.problem();
 }
 
-Problem Copy::inspections(const std::function<bool(int done, int all)> &goesOn)
+Problem Copy::inspections()
 {
     const Answer<QVariant> all = mSource.value("SELECT count(*) FROM inspection");
     if (!all.ok())
         return all.problem;
+    mAll = all.value.toInt();
     Query row(mSource,
         QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
     row.run({});
     for (int i = 0; row.next(); ++i) {
-        if (goesOn && !goesOn(i, all.value.toInt()))
-            return {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")};
+        if (mGoesOn && !mGoesOn(i, mAll))
+            return stopped();
         const Problem problem = inspection(row);
         if (!problem.ok())
             return problem;
@@ -230,11 +232,25 @@ Problem Copy::add(const Query &row)
     if (problem.ok())
         problem = mRules.run(from, to); // which stand on zones
     if (problem.ok())
-        problem = mDefects.run(from, to);
+        problem = defects(from, to);
     if (problem.ok())
         problem = InspectionRows::index(mTarget, to);
     ++mDone.inspections;
     return problem;
+}
+
+/// All have shapes that can be read back, or the inspection could not be shown here.
+Problem Copy::defects(Id from, Id to)
+{
+    InspectionRows::ShapeBudget budget;
+    int count = 0;
+    bool isStopped = false;
+    const Problem problem = mDefects.run(from, to, [&](const Query &row) {
+        isStopped = mGoesOn && ++count % rowsBetweenQuestions == 0 && !mGoesOn(mDone.known + mDone.inspections, mAll);
+        const QByteArray shape = row.bytes(0);
+        return !isStopped && budget.covers(shape) && InspectionRows::isShape(shape);
+    });
+    return isStopped ? stopped() : problem;
 }
 
 Problem Copy::take(Id known, const Said &here, const Said &there)
@@ -253,11 +269,11 @@ Problem Copy::take(Id known, const Said &here, const Said &there)
 Problem copy(
     Database &target, const Database &source, const std::function<bool(int done, int all)> &goesOn, Merge *done)
 {
-    Copy copy(target, source, done);
+    Copy copy(target, source, goesOn, done);
     Problem problem = copy.jobs();
     if (problem.ok())
         problem = copy.points();
-    return problem.ok() ? copy.inspections(goesOn) : problem;
+    return problem.ok() ? copy.inspections() : problem;
 }
 
 } // namespace Records::MergeRows

@@ -6,6 +6,7 @@
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
 #include "Records/MergeRows_p.h"
+#include "Records/RowChecks_p.h"
 #include "Records/Schema_p.h"
 #include "Records/StoreFolder_p.h"
 #include "Records/StoreLock_p.h"
@@ -178,6 +179,22 @@ bool isWithin(const QString &folder, const QString &other)
         info.setFile(info.path());
     const QString inner = info.canonicalFilePath() + QLatin1Char('/');
     return inner.startsWith(QFileInfo(other).canonicalFilePath() + QLatin1Char('/'));
+}
+
+/// Whether all of a database of another unit may be taken over.
+Problem checkForeign(const Database &database, const StoreFolder &place)
+{
+    Problem problem = Schema::checkTables(database);
+    QStringList faults;
+    if (problem.ok())
+        problem = checkWhole(database, &faults);
+    if (!problem.ok() || !faults.isEmpty())
+        return problem.ok() ? Problem{Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), faults.first())}
+                            : problem;
+    const Answer<QString> bad = RowChecks::firstBad(database);
+    if (bad.value.isEmpty())
+        return bad.problem;
+    return {Fault::Damaged, QStringLiteral("%1 of the other store is damaged").arg(bad.value)};
 }
 
 bool putOnDisk(const QString &path)
@@ -593,6 +610,9 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
         const Problem problem = checkWhole(*mDatabase, &found.databaseFaults);
         if (!problem.ok())
             return {found, problem};
+        const Answer<QString> bad = RowChecks::firstBad(*mDatabase);
+        if (!bad.value.isEmpty())
+            found.databaseFaults << bad.value + QStringLiteral(" has a value that nothing here writes");
         const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
         for (int i = 0; i < all.value.size(); ++i) {
             if (goesOn && !goesOn(i, all.value.size()))
@@ -663,14 +683,16 @@ Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool
             return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};
         std::unique_ptr<Database> source;
         Problem problem = openToRead(place, {}, &source);
-        QStringList faults;
-        if (problem.ok())
-            problem = checkWhole(*source, &faults);
-        if (problem.ok() && !faults.isEmpty())
-            problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), faults.first())};
         if (problem.ok())
             problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
-        return problem.ok() ? mergeFrom(*source, PictureStore(place.pictures()), goesOn) : Answer<Merge>{{}, problem};
+        if (problem.ok())
+            problem = checkForeign(*source, place);
+        if (!problem.ok())
+            return {{}, problem};
+        Answer<Merge> merged = mergeFrom(*source, PictureStore(place.pictures()), goesOn);
+        if (merged.problem.fault == Fault::Invalid) // by a row that our tables refuse
+            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), merged.problem.text)};
+        return merged;
     });
 }
 
@@ -692,13 +714,13 @@ Answer<Merge> RecordStore::mergeFrom(
     for (const QByteArray &hash : names) {
         if (goesOn && !goesOn(looked++, names.size()))
             return {{}, {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")}};
-        if (mPictures.contains(hash))
+        if (mPictures.read(hash).ok()) // one that is damaged here is mended from there
             continue;
         const Answer<QByteArray> bytes = sourcePictures.read(hash);
         const Problem problem = bytes.ok() ? pictures.put(bytes.value).problem : Problem();
         if (!problem.ok())
             return {{}, problem};
-        ++(bytes.ok() ? done.pictures : done.missing);
+        ++(bytes.ok() ? done.pictures : bytes.problem.fault == Fault::PictureMissing ? done.missing : done.damaged);
     }
 
     Transaction transaction(*mDatabase);

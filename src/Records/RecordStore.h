@@ -79,6 +79,7 @@ struct Merge
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here
+    int damaged = 0; ///< pictures that are damaged there or cannot be read, and are not here
 };
 
 /// Jobs, their points and the inspections of these, kept in one folder: a database and its pictures.
@@ -108,6 +109,12 @@ public:
 
     static constexpr int maxTextLength = 4000; ///< characters of a name or a note
     static constexpr int maxPointsOfRun = 1000;
+
+    // Of one inspection; beyond, it is not stored, and a database that says so is damaged.
+    static constexpr int maxZones = 4;
+    static constexpr int maxRules = 256;
+    static constexpr int maxDefects = 65536;
+    static constexpr int maxOutlinePoints = 4 * 1024 * 1024; ///< of all its defects together, 16 bytes each
 
     RecordStore();
     ~RecordStore();
@@ -156,8 +163,8 @@ public:
     /// @param goesOn if given, is told of each picture, and ends the work by answering false
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
-    /// Writes a copy into a folder that holds no store yet and lies in none: a store itself, as it is at this moment. Others may write
-    /// meanwhile. The database gets its name when all the rest is on the disk.
+    /// Writes a copy into a folder that holds no store yet and lies in none: a store itself, as it is at this moment.
+    /// Others may write meanwhile. The database gets its name when all the rest is on the disk.
     Answer<Backup> backup(const QString &folder) const;
 
     /// Takes over what the store of another unit has and this one does not: jobs and inspections are told by their

@@ -236,4 +236,16 @@ Problem check(const Database &database)
     return verdict.ok() ? touch(database, state.value.version) : verdict;
 }
 
+Problem checkTables(const Database &database)
+{
+    for (const char *const statement : tables) {
+        const Answer<QVariant> found =
+            database.value("SELECT count(*) FROM sqlite_schema WHERE sql = ?", {QString::fromLatin1(statement)});
+        if (!found.ok() || found.value.toInt() != 1)
+            return found.ok() ? Problem{Fault::Damaged, QStringLiteral("A table of the store is not as it was made")}
+                              : found.problem;
+    }
+    return {};
+}
+
 } // namespace Records::Schema

@@ -13,4 +13,7 @@ Problem prepare(Database &database, bool *isNew);
 /// What prepare() tells without changing anything.
 Problem check(const Database &database);
 
+/// Whether the tables are as they were made here, so that their rows hold to what these demand.
+Problem checkTables(const Database &database);
+
 } // namespace Records::Schema

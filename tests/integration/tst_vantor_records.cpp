@@ -775,7 +775,8 @@ private Q_SLOTS:
         write(path, "former");
         QVERIFY(QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner));
 
-        QCOMPARE(run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path}).exitCode, int(Done));
+        QCOMPARE(
+            run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path}).exitCode, int(Done));
 
         QVERIFY(contentOf(path) != "former");
         QCOMPARE(QFileInfo(path).permissions() & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
@@ -956,7 +957,8 @@ private Q_SLOTS:
 
         QCOMPARE(outcome.exitCode, int(NotAnswered));
         QCOMPARE(outcome.errors,
-            QStringList({QStringLiteral("vantor-records: 1 picture is missing in the store that was read")}));
+            QStringList(
+                {QStringLiteral("vantor-records: 1 picture is missing or damaged in the store that was read")}));
     }
 
     void theRecordsOfAnotherUnitAreMerged()

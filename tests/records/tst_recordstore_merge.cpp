@@ -246,6 +246,37 @@ private Q_SLOTS:
         QVERIFY(!here.inspection(1).value.isPictureThere);
     }
 
+    void aPictureThatIsDamagedHereComesFromThere()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(here.merge(mThere).ok());
+        damage(mHere, here.inspection(1).value.picture);
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.value.pictures, 1);
+        QVERIFY(here.verify().value.allWell());
+    }
+
+    void aPictureThatIsDamagedThereIsTold()
+    {
+        fill(mThere, "Panel");
+        RecordStore there;
+        QVERIFY(there.open(mThere, RecordStore::Mode::ReadOnly).isOpen());
+        damage(mThere, there.inspection(1).value.picture);
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.missing, 0);
+        QCOMPARE(merged.value.damaged, 1);
+        QVERIFY(!here.inspection(1).value.isPictureThere);
+    }
+
     void theOtherStoreIsOnlyRead_data()
     {
         QTest::addColumn<bool>("isReadOnly");
@@ -296,7 +327,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("harm"); // a statement, or what to do with the file
         QTest::addColumn<int>("fault");
         QTest::addColumn<QString>("text");
-        const auto row = [](const char *name, const char *harm, Fault fault, const char *text) {
+        const auto row = [](const char *name, const char *harm, Fault fault, const QByteArray &text) {
             QTest::newRow(name) << QString::fromLatin1(harm) << static_cast<int>(fault) << QString::fromLatin1(text);
         };
         row("missing", "remove", Fault::NotFound, "There is no store in ");
@@ -306,7 +337,42 @@ private Q_SLOTS:
         row("foreign", "PRAGMA application_id = 7", Fault::Foreign, "none of ours");
         row("table gone", "DROP TABLE defect", Fault::Damaged, "missing");
         row("orphan", "UPDATE point SET job = 99", Fault::Damaged, "belongs to nothing");
-        row("shape", "UPDATE defect SET shape = x'00'", Fault::Damaged, "Inspection 1 of the other store is damaged");
+        row("constraints gone",
+            "CREATE TABLE other AS SELECT * FROM defect; DROP TABLE defect; ALTER TABLE other RENAME TO defect; "
+            "UPDATE defect SET position = 1",
+            Fault::Damaged, "A table of the store is not as it was made");
+        row("against a constraint",
+            "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1",
+            Fault::Damaged, "records.sqlite: CHECK constraint failed in inspection");
+        const auto damaged = [row](const char *name, const char *harm, const char *what = "Inspection 1") {
+            row(name, harm, Fault::Damaged, QByteArray(what) + " of the other store is damaged");
+        };
+        damaged("shape", "UPDATE defect SET shape = x'00'");
+        damaged("standard of a job", "UPDATE job SET standard = 99", "Job 1");
+        damaged("text of a job", "UPDATE job SET customer = printf('%.*c', 4001, 'x')", "Job 1");
+        damaged("text that ends early", "UPDATE job SET site = 'x' || char(0) || printf('%.*c', 20000, 'x')", "Job 1");
+        damaged("time of a job", "UPDATE job SET closed = 9223372036854775807", "Job 1");
+        damaged("side", "UPDATE point SET side = 9 WHERE id = 2", "Point 2");
+        damaged("fibre", "UPDATE point SET fibre = -1 WHERE id = 2", "Point 2");
+        damaged("standard", "UPDATE inspection SET standard = 99");
+        damaged("decision", "UPDATE inspection SET decision = 77");
+        damaged("note", "UPDATE inspection SET note = printf('%.*c', 20000000, 'x')");
+        damaged("no year of ours", "UPDATE inspection SET made = 253402300800000");
+        damaged("least time", "UPDATE inspection SET made = -9223372036854775807");
+        damaged("infinite scale", "UPDATE inspection SET scale = 9e999");
+        damaged("infinite focus", "UPDATE inspection SET focus = -9e999");
+        damaged("radius", "UPDATE inspection SET cladding_radius = -5");
+        damaged("field of view", "UPDATE inspection SET fov_width = 99999999999");
+        damaged("grey", "UPDATE inspection SET gray_around_core = 9999");
+        damaged("count", "UPDATE inspection SET contours = -5");
+        damaged("unknown zone", "UPDATE zone SET zone = 9 WHERE zone = 1; DELETE FROM rule; DELETE FROM defect");
+        damaged("rule", "UPDATE rule SET operator = 9");
+        damaged("defect of no zone", "UPDATE defect SET zone = 3");
+        damaged("kind of a defect", "UPDATE defect SET kind = 9");
+        damaged("size of a defect", "UPDATE defect SET size = 9e999");
+        damaged("too many rules",
+            "WITH n (i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n WHERE i < 1300) "
+            "INSERT INTO rule SELECT 1, 0, i, 0, 0, 1, 1, 1, 1, 0 FROM n");
     }
     void whatIsNoGoodStoreIsRefused()
     {
@@ -333,6 +399,63 @@ private Q_SLOTS:
         QCOMPARE(filesIn(mThere), others); // no note that it is damaged, either
         here.close();
         QCOMPARE(here.open(mHere).how, Opened::Usable);
+    }
+
+    void anInspectionOfTooMuchIsNeitherTakenOverNorShown_data()
+    {
+        QTest::addColumn<int>("defects"); // that are added
+        QTest::addColumn<int>("points"); // of the outline of each
+        QTest::addColumn<qint64>("told"); // bytes that the shape tells to unpack to; -1: the truth
+        QTest::newRow("defects") << RecordStore::maxDefects + 1 << 1 << qint64(-1);
+        QTest::newRow("points of all") << 5 << RecordStore::maxOutlinePoints / 4 << qint64(-1);
+        QTest::newRow("points of one") << 1 << RecordStore::maxOutlinePoints + 1 << qint64(-1);
+        QTest::newRow("more than is told") << 1 << 1000 << qint64(100);
+        QTest::newRow("less than is told") << 1 << 1000 << qint64(100000);
+    }
+    void anInspectionOfTooMuchIsNeitherTakenOverNorShown()
+    {
+        QFETCH(const int, defects);
+        QFETCH(const int, points);
+        QFETCH(const qint64, told);
+        fill(mThere, "Panel");
+        const QByteArray shape = shapeOf(points, told);
+        QCOMPARE(OwnConnection(mThere).run(
+                     QStringLiteral("WITH n (i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                                    "INSERT INTO defect SELECT 1, i, 0, 0, 1.0, 0.0, 0.0, 0, x'%2' FROM n")
+                         .arg(QString::number(1000 + defects - 1), QString::fromLatin1(shape.toHex()))),
+            QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        RecordStore there;
+        QVERIFY(there.open(mThere, RecordStore::Mode::ReadOnly).isOpen());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::Damaged);
+        QCOMPARE(merged.problem.text, QStringLiteral("Inspection 1 of the other store is damaged"));
+        QCOMPARE(here.count().value, 0);
+        QCOMPARE(there.inspection(1).problem.fault, Fault::Damaged);
+        QVERIFY(there.inspection(2).ok());
+    }
+
+    void longWorkOnOneInspectionCanBeStopped()
+    {
+        constexpr int defects = 5000;
+        fill(mThere, "Panel");
+        OwnConnection(mThere).run(
+            QStringLiteral("WITH n (i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                           "INSERT INTO defect SELECT 3, i, 0, 0, 1.0, 0.0, 0.0, 0, x'%2' FROM n")
+                .arg(QString::number(1000 + defects - 1), QString::fromLatin1(shapeOf(1, -1).toHex())));
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        int called = 0;
+        constexpr int ordinary = 6 + 3; // pictures and inspections
+
+        const Answer<Merge> merged = here.merge(mThere, [&called](int, int) { return ++called <= ordinary; });
+
+        QCOMPARE(merged.problem.fault, Fault::Stopped);
+        QCOMPARE(called, ordinary + 1);
+        QCOMPARE(here.count().value, 0);
     }
 
     void whoStopsItHasNothing_data()
@@ -469,6 +592,26 @@ private:
         }
     }
 
+    /// The packed shape of a defect. @param told the size that stands before it; -1: the true one
+    static QByteArray shapeOf(int points, qint64 told)
+    {
+        constexpr int circle = 3 * sizeof(double);
+        constexpr int pointSize = 2 * sizeof(double);
+        QByteArray bytes(circle + 2 * int(sizeof(quint32)) + points * pointSize, '\0');
+        qToBigEndian<quint32>(static_cast<quint32>(points), bytes.data() + circle + sizeof(quint32));
+        QByteArray packed = qCompress(bytes, 9);
+        if (told >= 0)
+            qToBigEndian<quint32>(static_cast<quint32>(told), packed.data());
+        return packed;
+    }
+
+    static void damage(const QString &store, const QByteArray &picture)
+    {
+        QFile file(PictureStore(store + QStringLiteral("/pictures")).path(picture));
+        QVERIFY(file.open(QIODevice::Append));
+        QCOMPARE(file.write("x"), qint64(1));
+    }
+
     void harmStore(const QString &harm) const
     {
         const QString path = mThere + QStringLiteral("/records.sqlite");
@@ -482,7 +625,9 @@ private:
             QVERIFY(file.resize(file.size() / 2));
         } else {
             OwnConnection connection(mThere);
-            QCOMPARE(connection.run(harm), QStringList());
+            const QStringList statements = harm.split(QStringLiteral("; "));
+            for (const QString &statement : statements)
+                QCOMPARE(connection.run(statement), QStringList());
         }
     }
 

@@ -168,11 +168,12 @@ QString textOf(const Merge &done)
             counted(done.known, "inspection", "inspections"), counted(done.decisions, "decision", "decisions"));
 }
 
-void tellMissing(int missing)
+/// @param what is wrong with them
+void tellLost(int pictures, const char *what)
 {
-    if (missing > 0)
-        Tools::Terminal::tell(QStringLiteral("%1 missing in the store that was read")
-                                  .arg(counted(missing, "picture is", "pictures are")));
+    if (pictures > 0)
+        Tools::Terminal::tell(QStringLiteral("%1 %2 in the store that was read")
+                                  .arg(counted(pictures, "picture is", "pictures are"), QLatin1String(what)));
 }
 } // namespace
 
@@ -199,7 +200,7 @@ int backUpStore(const Options &options, const RecordStore &store)
         const int exitCode = tell(done.problem);
         return exitCode == Tools::WrongUsage ? Tools::NotWritten : exitCode; // there is a store already
     }
-    tellMissing(done.value.missing);
+    tellLost(done.value.missing, "missing or damaged");
     const QString text =
         QStringLiteral("Wrote a copy with %1 into %2\n")
             .arg(counted(done.value.pictures, "picture", "pictures"), Tools::Terminal::printableName(options.operand));
@@ -221,11 +222,12 @@ int mergeStore(const Options &options, RecordStore *store)
     for (const Id id : done.value.disagreements)
         Tools::Terminal::tell(
             QStringLiteral("inspection %1 was decided differently there; what is here stays").arg(id));
-    tellMissing(done.value.missing);
+    tellLost(done.value.missing, "missing");
+    tellLost(done.value.damaged, "damaged, or cannot be read,");
     const int printed = Tools::print(textOf(done.value).toUtf8());
     if (printed != Tools::Done)
         return printed;
-    if (done.value.missing > 0)
+    if (done.value.missing > 0 || done.value.damaged > 0)
         return Tools::NotAnswered;
     return done.value.disagreements.isEmpty() ? Tools::Done : Tools::NotPassed;
 }
