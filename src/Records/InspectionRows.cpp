@@ -409,6 +409,8 @@ Choice::Choice(const Filter &filter)
         source = QStringLiteral("search CROSS JOIN inspection ON inspection.id = search.rowid"); // in that order
         id = QStringLiteral("search.rowid");
         add("search MATCH ?", search);
+    } else if (!filter.text.trimmed().isEmpty()) {
+        conditions << QStringLiteral("0"); // signs alone are in no word
     }
     if (filter.job)
         add("inspection.point IN (SELECT point.id FROM point WHERE point.job = ?)", *filter.job);

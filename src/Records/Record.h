@@ -214,7 +214,7 @@ struct Filter
     static constexpr int maxWords = 16; ///< of the text; more are not looked at
 
     /// Beginnings of words of the job, customer, site, operator, point and note, in any order and without regard to
-    /// case and accents: "mul 12" finds point 12 of the Müller job.
+    /// case and accents: "mul 12" finds point 12 of the Müller job. Signs do not count; alone, they find nothing.
     QString text;
     std::optional<Id> job;
     std::optional<Id> point;

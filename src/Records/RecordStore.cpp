@@ -29,6 +29,9 @@ namespace Records {
 using FiberInspection::Inspection;
 
 namespace {
+/// A record from elsewhere may ask for any number.
+constexpr qint64 maxPixelsAgain = FiberInspection::InspectionOptions::defaultMaxImagePixels;
+
 constexpr const char *quickAnswer = "ok"; // of SQLite's own check
 
 Problem problemOf(const Problem &problem)
@@ -62,6 +65,8 @@ Problem checkTexts(const QStringList &texts)
     for (const QString &text : texts) {
         if (text.size() > RecordStore::maxTextLength)
             return invalid(QStringLiteral("A text of %1 characters is too long").arg(text.size()));
+        if (!text.isValidUtf16()) // it would come back as another one
+            return invalid(QStringLiteral("A text has bytes that are no characters"));
     }
     return {};
 }
@@ -568,10 +573,14 @@ Answer<Inspection> RecordStore::inspectAgain(Id id) const
     if (!bytes.ok())
         return {{}, bytes.problem};
     const Origin &origin = stored.value.origin;
-    const FiberInspection::LoadedImage loaded = FiberInspection::decodeImage(bytes.value, origin.maxImagePixels);
+    FiberInspection::InspectionOptions options = origin.options();
+    options.maxImagePixels = qMin(options.maxImagePixels, maxPixelsAgain);
+    const FiberInspection::LoadedImage loaded = FiberInspection::decodeImage(bytes.value, options.maxImagePixels);
+    if (loaded.reason == Inspection::Reason::ImageTooLarge && origin.maxImagePixels > maxPixelsAgain)
+        return {{}, {Fault::TooLarge, QStringLiteral("The picture is too large: %1").arg(loaded.detail)}};
     if (loaded.image.isNull())
         return {{}, {Fault::Invalid, QStringLiteral("The picture cannot be decoded: %1").arg(loaded.detail)}};
-    return {FiberInspection::inspect(loaded.image, stored.value.standard, origin.device, origin.options()), {}};
+    return {FiberInspection::inspect(loaded.image, stored.value.standard, origin.device, options), {}};
 }
 
 // --- Upkeep ----------------------------------------------------------------------------------------------------------

@@ -153,7 +153,8 @@ public:
     Answer<StoredInspection> inspection(Id id) const;
     Answer<QByteArray> picture(const QByteArray &hash) const; ///< the bytes that were stored
 
-    /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same.
+    /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same. A picture of
+    /// more pixels than InspectionOptions::defaultMaxImagePixels is Fault::TooLarge, whatever the record allowed.
     Answer<FiberInspection::Inspection> inspectAgain(Id id) const;
 
     /// Removes pictures that no inspection names. Opening does it when it is needed.

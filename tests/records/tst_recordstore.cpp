@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
 #include <thread>
 
 using namespace FiberInspection;
@@ -253,7 +254,54 @@ private Q_SLOTS:
         QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
         job.name = QString(RecordStore::maxTextLength + 1, QLatin1Char('x'));
         QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
+        job.name = QStringLiteral("a") + QChar(0xd800); // bytes that are no characters, as the command line brings them
+        QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
+        job = panelJob();
+        job.standard = static_cast<Standard::Id>(99);
+        QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
         QCOMPARE(mStore->job(1).problem.fault, Fault::NotFound);
+        job = mStore->addJob(panelJob()).value;
+        job.closed = QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::UTC);
+        QCOMPARE(mStore->updateJob(job).fault, Fault::Invalid);
+        QVERIFY(mStore->job(job.id).value.isOpen());
+        const PointRun odd{QStringLiteral("1"), QStringLiteral("2"), static_cast<Side>(9), FibreKind::Unknown};
+        QCOMPARE(mStore->addPoints(job.id, odd).problem.fault, Fault::Invalid);
+        QCOMPARE(mStore->points(job.id).value.size(), 0);
+    }
+
+    void whatNoOtherStoreWouldTakeIsNotKept()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        Origin scale = face.origin();
+        scale.scale = std::numeric_limits<float>::infinity();
+        Origin focus = face.origin();
+        focus.focusValue = -std::numeric_limits<double>::infinity();
+        Origin made = face.origin();
+        made.made = QDateTime(QDate(10000, 1, 1), QTime(0, 0), Qt::UTC);
+        for (const Origin &origin : {scale, focus, made})
+            QCOMPARE(mStore->addInspection(origin, face.inspection, face.picture).problem.fault, Fault::Invalid);
+        QCOMPARE(mStore->count().value, 0);
+        QVERIFY(PictureStore(mDir->filePath(QStringLiteral("pictures"))).isEmpty());
+
+        const Id id = face.addTo(*mStore).value;
+        QCOMPARE(mStore->setDecision(id, static_cast<Decision>(77), {}).fault, Fault::Invalid);
+        QCOMPARE(mStore->setDecision(id, Decision::Accepted, QChar(0xd800)).fault, Fault::Invalid);
+        QCOMPARE(mStore->inspection(id).value.decision, Decision::Undecided);
+    }
+
+    void aRecordDoesNotTellHowLargeAPictureIsDecodedAgain()
+    {
+        QImage large(5000, 4000, QImage::Format_Grayscale8); // 20 megapixels
+        large.fill(Qt::black);
+        QByteArray picture;
+        QBuffer buffer(&picture);
+        QVERIFY(buffer.open(QIODevice::WriteOnly) && large.save(&buffer, "PNG"));
+        const Face &face = Face::of(QStringLiteral("clean"));
+        Origin origin = face.origin();
+        origin.maxImagePixels = std::numeric_limits<qint64>::max();
+        const Id id = mStore->addInspection(origin, face.inspection, picture).value;
+
+        QCOMPARE(mStore->inspectAgain(id).problem.fault, Fault::TooLarge);
     }
 
     void pointsHaveTheNamesOfTheRun()
@@ -437,8 +485,10 @@ private Q_SLOTS:
         row("A13", false);
         row("scratched", true); // the note
         row("  ", true);
-        row("&", true); // holds no word
-        row("\"", true);
+        row("&", false); // is in no word
+        row("???", false);
+        row("\"", false);
+        row("& panel", true);
         row("\" OR \"x", false);
         row("panel\"", true);
         row("NEAR(", false);
