@@ -13,6 +13,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -309,6 +310,83 @@ private Q_SLOTS:
         QCOMPARE(import(QStringLiteral("--job-id 9")).exitCode, int(NotPassed));
     }
 
+    void signsInNamesStaySigns()
+    {
+        paint("%1", goodFace());
+
+        const Outcome first = import(QStringLiteral("--job %3_of_%4"));
+        const Outcome second = import(QStringLiteral("--job %3_of_%4"));
+
+        QCOMPARE(linesOf(first.output),
+            QStringList({QStringLiteral("%1  passed      ") + mFaces + QStringLiteral("/%1.png, inspection 1"),
+                QStringLiteral("Job 1 \"%3 of %4\": 1 inspections: 1 passed, 0 failed, 0 without a verdict; 0 known "
+                               "already, 0 left out")}));
+        QCOMPARE(linesOf(second.output).value(0),
+            QStringLiteral("%1  known       ") + mFaces
+                + QStringLiteral("/%1.png: the picture of inspection 1, point %1"));
+    }
+
+    void aKnownPointDoesNotReachTheTerminal()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        OwnConnection(mStore).run(QStringLiteral("UPDATE point SET name = char(27) || '[31m'"));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+
+        QVERIFY(!again.output.contains(QChar(0x1b)));
+        QVERIFY(again.output.contains(QLatin1String("point \\x1b[31m\n")));
+    }
+
+    void picturesOfOneNameAreNotTakenForOnePoint()
+    {
+        paint("A1", badFace());
+        QVERIFY(goodFace().save(mFaces + QStringLiteral("/A1.bmp")));
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors,
+            QStringList(
+                {QStringLiteral("vantor-records: %1/A1.png: %1/A1.bmp is of the same point already").arg(mFaces)}));
+        QVERIFY(outcome.output.contains(QLatin1String(": 1 inspections: 1 passed, 0 failed")));
+        QVERIFY(outcome.output.endsWith(QLatin1String(" 1 left out\n")));
+    }
+
+    void onlyDigitsOfOneScriptCountAsNumbers()
+    {
+        const QByteArray three = "\xd9\xa3"; // of another script
+        paint("55", faceNumber(0));
+        paint("a", faceNumber(1));
+        paint("3", faceNumber(2));
+        const QByteArray folder = QFile::encodeName(mFaces);
+        QCOMPARE(rename((folder + "/3.png").constData(), (folder + '/' + three + ".png").constData()), 0);
+
+        const QStringList lines = linesOf(import(QStringLiteral("--job P")).output);
+
+        QCOMPARE(lines.size(), 4);
+        QVERIFY(lines[0].startsWith(QLatin1String("55 ")));
+        QVERIFY(lines[1].startsWith(QLatin1String("a ")));
+        QVERIFY(lines[2].startsWith(QString::fromUtf8(three)));
+    }
+
+    void aMistypedFolderBeginsNoStore_data()
+    {
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("import /nowhere --job P") << int(NotAnswered);
+        QTest::newRow("import /dev/null --job P") << int(NotAnswered);
+        QTest::newRow("merge /nowhere") << int(Unavailable);
+        QTest::newRow("merge /") << int(Unavailable);
+    }
+    void aMistypedFolderBeginsNoStore()
+    {
+        const Outcome outcome = run(QString::fromLatin1(QTest::currentDataTag()));
+
+        QTEST(outcome.exitCode, "exitCode");
+        QCOMPARE(outcome.errors.size(), 1);
+        QVERIFY(!QFile::exists(mStore));
+    }
+
     void aFullDiskEndsAnImport()
     {
         constexpr int size = 4096; // kibibytes
@@ -398,6 +476,8 @@ private Q_SLOTS:
         row("search lef", "3 2 1");
         row("search mul 2", "2");
         row("search mul --verdict passed", "1");
+        row("list --from 2000-01-01_10:00 --until 2200-12-31_10:00:59.5", "3 2 1 2 1");
+        row("search ???", "");
         row("list --until 2000-01-01", "");
         row("list --from 2200-01-01T00:00:00", "");
         row("search nothing_of_this", "");
@@ -436,6 +516,47 @@ private Q_SLOTS:
                 "ID Created Name Customer Site Standard Points Open Passed Failed Accepted No verdict State"));
         QVERIFY(lines[1].simplified().endsWith(QStringLiteral("Left Müller sm-rl45 3 0 1 1 0 1 open")));
         QVERIFY(lines[2].simplified().endsWith(QStringLiteral("Right mm 2 0 1 1 0 0 open")));
+    }
+
+    void moreJobsThanArePrintedAreTold()
+    {
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Job job;
+            job.name = QStringLiteral("P");
+            for (int i = 0; i < 3; ++i)
+                QVERIFY(store.addJob(job).ok());
+        }
+
+        QVERIFY(
+            run(QStringLiteral("list --jobs --limit 2")).output.endsWith(QLatin1String("There are more: --page 2\n")));
+        QVERIFY(
+            !run(QStringLiteral("list --jobs --limit 2 --page 2")).output.contains(QLatin1String("There are more")));
+        QVERIFY(!run(QStringLiteral("list --jobs --limit 3")).output.contains(QLatin1String("There are more")));
+    }
+
+    void noCharacterIsCutThrough_data()
+    {
+        QTest::addColumn<QString>("end");
+        QTest::newRow("pair") << QStringLiteral("\U0001F600\U0001F600");
+        QTest::newRow("escape") << QStringLiteral("\u001b\u001b");
+    }
+    void noCharacterIsCutThrough()
+    {
+        QFETCH(const QString, end);
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Job job;
+            job.name = QString(58, QLatin1Char('x')) + end;
+            QVERIFY(store.addJob(job).ok());
+        }
+
+        const Outcome outcome = run(QStringLiteral("list --jobs"));
+
+        QVERIFY2(outcome.output.contains(QStringLiteral(" %1\u2026 ").arg(QString(58, QLatin1Char('x')))),
+            qPrintable(outcome.output));
     }
 
     void whatIsShownIsWhatWasFound()
@@ -689,6 +810,39 @@ private Q_SLOTS:
         QCOMPARE(field("Verdict"), QStringLiteral("failed"));
         QCOMPARE(field("Scale (µm per pixel)"), number);
         QVERIFY(field("Core largest defect (µm)").toDouble() > 0 || number.contains(QLatin1Char(',')));
+    }
+
+    void aFieldIsOneAlsoToAnotherSeparator()
+    {
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Job job;
+            job.name = QStringLiteral("a,=cmd");
+            job.customer = QStringLiteral("b;=cmd");
+            const Id id = store.addJob(job).value.id;
+            const Id point = store.addPoints(id, {QStringLiteral("1"), QStringLiteral("1"), {}, {}}).value[0].id;
+            QVERIFY(Face::of(QStringLiteral("clean")).addTo(store, point).ok());
+        }
+
+        for (const char *const separator : {",", ";", "tab"}) {
+            const Outcome outcome = run(QStringLiteral("export --csv --separator ") + QLatin1String(separator));
+            QVERIFY2(outcome.output.contains(QLatin1String("\"a,=cmd\"")), separator);
+            QVERIFY2(outcome.output.contains(QLatin1String("\"b;=cmd\"")), separator);
+        }
+    }
+
+    void withoutAVerdictNothingWasCounted()
+    {
+        useTwoJobs();
+
+        const QStringList lines = linesOf(run(QStringLiteral("export --csv --verdict none")).output);
+
+        QCOMPARE(lines.size(), 2);
+        const QStringList names = fieldsOf(lines[0]);
+        const QStringList values = fieldsOf(lines[1]);
+        for (const char *const name : {"Core defects", "Cladding defects that fail", "Core largest defect (\u00B5m)"})
+            QCOMPARE(values.value(names.indexOf(QString::fromUtf8(name))), QString());
     }
 
     void aFileIsWrittenWholeOrNotAtAll()
@@ -981,6 +1135,36 @@ private Q_SLOTS:
         QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
     }
 
+    void whatIsWrongThereIsNoWrongUsage()
+    {
+        useSamples();
+        const QString other = mStore;
+        mStore = mDir->filePath(QStringLiteral("own"));
+        OwnConnection(other).run(QStringLiteral("CREATE TABLE other AS SELECT * FROM defect"));
+        OwnConnection(other).run(QStringLiteral("DROP TABLE defect"));
+        OwnConnection(other).run(QStringLiteral("ALTER TABLE other RENAME TO defect"));
+        OwnConnection(other).run(QStringLiteral("UPDATE defect SET position = 1"));
+
+        const Outcome outcome = run({QStringLiteral("merge"), other});
+
+        QCOMPARE(outcome.exitCode, int(Unavailable));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: a table of the store is not as it was made")}));
+    }
+
+    void aRowThatNothingWritesIsTold()
+    {
+        useSamples();
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET decision = 77 WHERE id = 2"));
+
+        const Outcome outcome = run(QStringLiteral("verify"));
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        QVERIFY2(
+            outcome.output.startsWith(QLatin1String("database: Inspection 2 has a value that nothing here writes\n")),
+            qPrintable(outcome.output));
+    }
+
     void whatAMergeLeavesIsTold()
     {
         useSamples();
@@ -1040,6 +1224,13 @@ private Q_SLOTS:
         row("list --jobs --verdict passed", "--verdict does not go with --jobs");
         row("list --verdict good", "--verdict needs passed, failed or none, not \"good\"");
         row("list --from yesterday", "--from needs a day or a time such as 2026-11-22T14:30, not \"yesterday\"");
+        for (const char *const time :
+            {"2026-11-22xyz", "2026-11-22_25:00", "2026-11-22T10:00xyz", "2026-13-22", "26-11-22"}) {
+            const QString arguments = QStringLiteral("list --from ") + QLatin1String(time);
+            QTest::newRow(qPrintable(arguments))
+                << QStringLiteral("--from needs a day or a time such as 2026-11-22T14:30, not \"%1\"")
+                       .arg(split(QLatin1String(time)).first());
+        }
         row("list --page 0", "--page needs a whole number from 1 to 2147483, not \"0\"");
         row("list --limit 1001", "--limit needs a whole number from 1 to 1000, not \"1001\"");
         row("list --csv", "--csv goes with export");

@@ -13,11 +13,21 @@ QString harmless(const QString &field)
     return field.isEmpty() || isNumber || !beginnings.contains(field.at(0)) ? field : QLatin1Char('\'') + field;
 }
 
+bool isNumber(const QString &field)
+{
+    bool isIt = false;
+    QString(field).replace(QLatin1Char(','), QLatin1Char('.')).toDouble(&isIt);
+    return isIt;
+}
+
+/// Whoever opens the file with another separator must not find a formula behind it.
 QString quoted(const QString &field, QChar separator)
 {
-    static const QString special = QStringLiteral("\"\r\n");
+    static const QString special = QStringLiteral("\"\r\n,;\t");
+    if (isNumber(field) && !field.contains(separator))
+        return field;
     for (const QChar character : field) {
-        if (character == separator || special.contains(character)) {
+        if (special.contains(character)) {
             QString escaped = field;
             escaped.replace(QLatin1Char('"'), QStringLiteral("\"\""));
             return QLatin1Char('"') + escaped + QLatin1Char('"');

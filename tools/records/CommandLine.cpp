@@ -129,10 +129,11 @@ CommandLine::CommandLine()
         "  merge FOLDER             takes over what the store of another unit has and this one does not: all\n"
         "                           or nothing; twice is once\n\n"
         "All but import and merge may run while another program writes into the store.\n\n"
-        "Exit code: 0 done, and of import: all passed, 1 nothing was found, some failed, the store has\n"
-        "faults, or of merge: inspections were decided differently, 2 some pictures could not be\n"
-        "inspected, were left out or are missing, 64 wrong usage, 69 a store cannot be opened, or another\n"
-        "program writes into it, 71 out of memory, 74 the store, the output or stdout cannot be written.\n"
+        "Exit code: 0 done, and of import: all passed, 1 what was asked for is not there (an export of\n"
+        "none is one), some failed, the store has faults, or of merge: inspections were decided\n"
+        "differently, 2 some pictures could not be inspected, were left out, are missing or damaged,\n"
+        "64 wrong usage, 69 a store cannot be opened, or another program writes into it, 71 out of\n"
+        "memory, 74 the store, the output or stdout cannot be written.\n"
         "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
@@ -231,10 +232,13 @@ bool CommandLine::readTime(const QCommandLineOption &option, const QTime &timeOf
 {
     if (!mParser.isSet(option))
         return true;
-    const QString text = mParser.value(option);
-    const QDate day = QDate::fromString(text, Qt::ISODate);
-    *time = day.isValid() && !text.contains(QLatin1Char('T')) ? QDateTime(day, timeOfDay)
-                                                              : QDateTime::fromString(text, Qt::ISODate);
+    static const QRegularExpression pattern(QStringLiteral(
+        "\\A([0-9]{4}-[0-9]{2}-[0-9]{2})(?:[T ]([0-9]{2}:[0-9]{2}(?::[0-9]{2}(?:[.][0-9]{1,3})?)?))?\\z"));
+    const QRegularExpressionMatch match = pattern.match(mParser.value(option));
+    const QString day = match.captured(1);
+    const QString clock = match.captured(2);
+    *time = clock.isEmpty() ? QDateTime(QDate::fromString(day, Qt::ISODate), timeOfDay)
+                            : QDateTime::fromString(day + QLatin1Char('T') + clock, Qt::ISODate);
     return time->isValid() || refuseValue(option, QStringLiteral("a day or a time such as 2026-11-22T14:30"));
 }
 

@@ -60,10 +60,11 @@ QVector<Column> zoneColumns(const ExportedInspection &inspection, Zone::Id zone,
 {
     const QString name = Zone::name(zone);
     const ZoneCounts counts(inspection.record, zone);
+    const bool isCounted = inspection.record.verdict != Verdict::None; // or 0 would look like a clean one
     return {
-        {name + QStringLiteral(" defects"), numberText(counts.defects)},
-        {name + QStringLiteral(" defects that fail"), numberText(counts.failing)},
-        {name + QStringLiteral(" largest defect (\u00B5m)"), sizeText(counts.largest, options)},
+        {name + QStringLiteral(" defects"), isCounted ? numberText(counts.defects) : QString()},
+        {name + QStringLiteral(" defects that fail"), isCounted ? numberText(counts.failing) : QString()},
+        {name + QStringLiteral(" largest defect (\u00B5m)"), isCounted ? sizeText(counts.largest, options) : QString()},
     };
 }
 

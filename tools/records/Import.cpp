@@ -34,6 +34,12 @@ struct Picture
     QString point; ///< name
 };
 
+/// Those of other scripts come in another order than their numbers among letters.
+bool isDigit(QChar character)
+{
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
 /// Numbers in names count as such: 2 comes before 10.
 bool comesBefore(const QString &a, const QString &b)
 {
@@ -41,7 +47,7 @@ bool comesBefore(const QString &a, const QString &b)
     int j = 0;
     const auto digits = [](const QString &text, int from) {
         int end = from;
-        while (end < text.size() && text.at(end).isDigit())
+        while (end < text.size() && isDigit(text.at(end)))
             ++end;
         return end - from;
     };
@@ -87,6 +93,7 @@ public:
 
 private:
     bool listFolder();
+    void leaveOutNamesakes();
     bool nameByRun();
     bool findJob();
     bool addPointsOfRun();
@@ -151,7 +158,27 @@ bool Importer::listFolder()
         mPictures.append({path, Terminal::printableName(QFileInfo(path).completeBaseName())});
     std::sort(mPictures.begin(), mPictures.end(),
         [](const Picture &a, const Picture &b) { return comesBefore(a.path, b.path); });
+    if (mOptions.first.isEmpty())
+        leaveOutNamesakes();
     return !mPictures.isEmpty() && (mOptions.first.isEmpty() || nameByRun());
+}
+
+/// Of pictures whose names differ in their suffix only, or the later one would be the verdict of both.
+void Importer::leaveOutNamesakes()
+{
+    QHash<QString, QString> paths; // by point
+    QVector<Picture> kept;
+    for (const Picture &picture : qAsConst(mPictures)) {
+        const QString former = paths.value(picture.point);
+        if (former.isEmpty()) {
+            paths.insert(picture.point, picture.path);
+            kept.append(picture);
+        } else {
+            leaveOut(
+                picture.path, QStringLiteral("%1 is of the same point already").arg(Terminal::printableName(former)));
+        }
+    }
+    mPictures = kept;
 }
 
 bool Importer::nameByRun()
@@ -162,9 +189,7 @@ bool Importer::nameByRun()
     if (names.size() != mPictures.size()) {
         return fail(Tools::WrongUsage,
             QStringLiteral("from %1 to %2 there are %3 points, but in the folder there are %4 pictures")
-                .arg(mOptions.first, mOptions.last)
-                .arg(names.size())
-                .arg(mPictures.size()));
+                .arg(mOptions.first, mOptions.last, QString::number(names.size()), QString::number(mPictures.size())));
     }
     for (int i = 0; i < names.size(); ++i)
         mPictures[i].point = names[i];
@@ -256,9 +281,7 @@ bool Importer::printKnown(const Picture &picture, const InspectionSummary &row)
     ++mKnown;
     return printLine(picture.point, mStyle.dim(QStringLiteral("known").leftJustified(verdictWidth)),
         QStringLiteral("%1: the picture of inspection %2, point %3")
-            .arg(Terminal::printableName(picture.path))
-            .arg(row.id)
-            .arg(row.pointName));
+            .arg(Terminal::printableName(picture.path), QString::number(row.id), Terminal::printable(row.pointName)));
 }
 
 bool Importer::store(const Picture &picture, const QByteArray &bytes)
@@ -308,7 +331,7 @@ bool Importer::printVerdict(const Picture &picture, const Inspection &inspection
     const QString word =
         (verdict == Verdict::None ? QStringLiteral("no verdict") : Words::of(verdict)).leftJustified(verdictWidth);
     return printLine(picture.point, verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
-        QStringLiteral("%1, inspection %2").arg(path).arg(id));
+        QStringLiteral("%1, inspection %2").arg(path, QString::number(id)));
 }
 
 /// @param verdict as wide as all of them
@@ -321,16 +344,13 @@ bool Importer::printLine(const QString &point, const QString &verdict, const QSt
 
 bool Importer::printSummary()
 {
-    const auto count = [this](Verdict verdict) { return mCounts[static_cast<int>(verdict)]; };
-    const QString text = QStringLiteral("\nJob %1 \"%2\": %3 inspections: %4 passed, %5 failed, %6 without a verdict; "
-                                        "%7 known already, %8 left out\n")
-                             .arg(QString::number(mJob.id), Terminal::printable(mJob.name))
-                             .arg(mCounts[0] + mCounts[1] + mCounts[2])
-                             .arg(count(Verdict::Passed))
-                             .arg(count(Verdict::Failed))
-                             .arg(count(Verdict::None))
-                             .arg(mKnown)
-                             .arg(mLeftOut);
+    const auto count = [this](Verdict verdict) { return QString::number(mCounts[static_cast<int>(verdict)]); };
+    const QString text =
+        QStringLiteral("\nJob %1 \"%2\": %3 inspections: %4 passed, %5 failed, %6 without a verdict; "
+                       "%7 known already, %8 left out\n")
+            .arg(QString::number(mJob.id), Terminal::printable(mJob.name),
+                QString::number(mCounts[0] + mCounts[1] + mCounts[2]), count(Verdict::Passed), count(Verdict::Failed),
+                count(Verdict::None), QString::number(mKnown), QString::number(mLeftOut));
     return mOutput.write(text.toUtf8());
 }
 

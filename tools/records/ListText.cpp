@@ -6,6 +6,7 @@
 #include "records/Table.h"
 #include "records/Words.h"
 
+#include <algorithm>
 #include <unistd.h>
 
 namespace RecordsTool {
@@ -88,6 +89,13 @@ void add(Table &table, const Job &job, const JobProgress &count)
         {job.isOpen() ? QStringLiteral("open") : QStringLiteral("closed")}});
 }
 
+bool isOfSigns(const QString &text)
+{
+    const QVector<uint> characters = text.toUcs4();
+    return !text.isEmpty()
+        && std::none_of(characters.cbegin(), characters.cend(), [](uint c) { return QChar::isLetterOrNumber(c); });
+}
+
 Tools::TextStyle style()
 {
     return Tools::TextStyle(Tools::Terminal::hasColors(STDOUT_FILENO));
@@ -108,8 +116,9 @@ int listInspections(const Options &options, const RecordStore &store)
     }
     if (rows.value.isEmpty())
         return tell({Fault::NotFound,
-            all.value > 0 ? QStringLiteral("there is no page %1").arg(options.page)
-                          : QStringLiteral("there is no such inspection")});
+            all.value > 0                ? QStringLiteral("there is no page %1").arg(options.page)
+                : isOfSigns(filter.text) ? QStringLiteral("there is no letter or digit to search for")
+                                         : QStringLiteral("there is no such inspection")});
     const QString text = inspectionsTable(rows.value).text(style()) + footer(options, rows.value.size(), all.value);
     return Tools::print(text.toUtf8());
 }
@@ -130,7 +139,12 @@ int listJobs(const Options &options, const RecordStore &store)
             return tell(progress.problem);
         add(table, job, progress.value);
     }
-    return Tools::print(table.text(style()).toUtf8());
+    const Answer<QVector<Job>> more = store.jobs({options.page * options.limit, 1});
+    if (!more.ok())
+        return tell(more.problem);
+    const QString footer =
+        more.value.isEmpty() ? QString() : QStringLiteral("\nThere are more: --page %1\n").arg(options.page + 1);
+    return Tools::print((table.text(style()) + footer).toUtf8());
 }
 
 } // namespace RecordsTool

@@ -4,9 +4,22 @@
 namespace RecordsTool {
 
 namespace {
+/// Printable, and no longer than a cell: neither a character nor what stands for one is cut through.
 QString cut(const QString &text)
 {
-    return text.size() <= Table::longestCell ? text : text.left(Table::longestCell - 1) + QChar(0x2026);
+    const QString whole = Tools::Terminal::printable(text);
+    if (whole.size() <= Table::longestCell)
+        return whole;
+    QString beginning;
+    for (int i = 0; i < text.size();) {
+        const int length = text.at(i).isHighSurrogate() && i + 1 < text.size() ? 2 : 1;
+        const QString next = Tools::Terminal::printable(text.mid(i, length));
+        if (beginning.size() + next.size() >= Table::longestCell)
+            break;
+        beginning += next;
+        i += length;
+    }
+    return beginning + QChar(0x2026);
 }
 
 QString padded(const QString &text, int width, Table::Align align)
@@ -41,7 +54,7 @@ void Table::add(const QVector<Cell> &row)
 {
     QVector<Cell> printable = row;
     for (Cell &cell : printable)
-        cell.text = cut(Tools::Terminal::printable(cell.text.simplified()));
+        cell.text = cut(cell.text.simplified());
     mRows.append(printable);
 }
 

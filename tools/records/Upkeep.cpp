@@ -113,7 +113,7 @@ Problem compare(const RecordStore &store, Id id, Comparison *comparison)
         return {};
     }
     const Answer<Inspection> again = store.inspectAgain(id);
-    if (again.problem.fault == Fault::PictureDamaged) {
+    if (again.problem.fault == Fault::PictureDamaged || again.problem.fault == Fault::TooLarge) {
         ++comparison->notRepeatable;
         return {};
     }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/ExitCode.h"
 #include "common/Program.h"
+#include "common/Terminal.h"
 #include "records/CommandLine.h"
 #include "records/Export.h"
 #include "records/Import.h"
@@ -7,6 +9,8 @@
 #include "records/ListText.h"
 #include "records/StoreAccess.h"
 #include "records/Upkeep.h"
+
+#include <QFileInfo>
 
 using namespace RecordsTool;
 using Tools::Program;
@@ -34,8 +38,23 @@ int read(const Options &options)
     }
 }
 
+/// Before a store is begun for nothing.
+int lookAtOperand(const Options &options)
+{
+    const bool isMerge = options.action == Options::Action::Merge;
+    if (isMerge ? isStore(options.operand) : QFileInfo(options.operand).isDir())
+        return Tools::Done;
+    const QString problem =
+        isMerge ? QStringLiteral("there is no store in %1") : QStringLiteral("there is no folder %1");
+    Tools::Terminal::tell(problem.arg(Tools::Terminal::printableName(options.operand)));
+    return isMerge ? Tools::Unavailable : Tools::NotAnswered;
+}
+
 int write(const Options &options)
 {
+    const int useless = lookAtOperand(options);
+    if (useless != Tools::Done)
+        return useless;
     Records::RecordStore store;
     const int refused = openToWrite(options.store, &store);
     if (refused != Tools::Done)
