@@ -10,6 +10,7 @@
 #include "records/Words.h"
 
 #include <memory>
+#include <optional>
 #include <unistd.h>
 
 namespace RecordsTool {
@@ -18,7 +19,8 @@ using namespace Records;
 using Inspection = FiberInspection::Inspection;
 
 namespace {
-/// Shows how far long work is, and ends it when a signal comes.
+/// Shows how far long work is, and ends it when a signal comes. Before there is something to show, the database is
+/// looked at as a whole, which cannot be asked to end: a signal ends the program then, and nothing was begun.
 class Watch
 {
 public:
@@ -30,21 +32,23 @@ public:
 
     bool show(int done, int all)
     {
+        if (!mSignals)
+            mSignals.emplace();
         if (!mBar || all != mAll) {
             mBar.reset();
             mBar = std::make_unique<Tools::ProgressBar>(Tools::Terminal::isTerminal(STDERR_FILENO) ? all : 0);
             mAll = all;
         }
         mBar->show(done);
-        return mSignals.received() == 0;
+        return !isStopped();
     }
 
     void end() { mBar.reset(); }
-    bool isStopped() { return mSignals.received() != 0; }
-    int exitCode() { return Tools::StoppedBySignal + mSignals.received(); }
+    bool isStopped() { return mSignals && mSignals->received() != 0; }
+    int exitCode() { return Tools::StoppedBySignal + mSignals->received(); }
 
 private:
-    Tools::StopSignals mSignals;
+    std::optional<Tools::StopSignals> mSignals;
     std::unique_ptr<Tools::ProgressBar> mBar;
     int mAll = 0;
 };
