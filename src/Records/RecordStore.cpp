@@ -29,6 +29,8 @@ namespace Records {
 using FiberInspection::Inspection;
 
 namespace {
+constexpr int mostFaults = 100; // of a database that are told, which is how many its own check tells
+
 /// A record from elsewhere may ask for any number.
 constexpr qint64 maxPixelsAgain = FiberInspection::InspectionOptions::defaultMaxImagePixels;
 
@@ -94,6 +96,17 @@ Problem namesOf(const PointRun &run, QVector<QString> *names)
     const QString where = fault.hasColumn() ? QStringLiteral(" at column %1").arg(fault.column + 1) : QString();
     return invalid(QStringLiteral("No run of names leads from \"%1\" to \"%2\": %3%4")
                        .arg(run.from, run.to, QString::fromLatin1(name), where));
+}
+
+/// Whether a picture can be inspected so.
+bool isUsable(const Origin &origin)
+{
+    constexpr float leastScale = 0.01F;
+    constexpr float mostScale = 1000;
+    constexpr int mostField = 100000; // micrometres
+    const QSize &field = origin.device.fov;
+    return origin.scale >= leastScale && origin.scale <= mostScale && !field.isEmpty() && field.width() <= mostField
+        && field.height() <= mostField;
 }
 
 Origin completed(Origin origin)
@@ -171,7 +184,7 @@ Problem checkWhole(const Database &database, QStringList *faults)
     }
     Query orphans(database, "PRAGMA foreign_key_check");
     orphans.run({});
-    while (orphans.next())
+    while (faults->size() < mostFaults && orphans.next())
         faults->append(QStringLiteral("A row of %1 belongs to nothing").arg(orphans.text(0)));
     return query.problem().ok() ? orphans.problem() : query.problem();
 }
@@ -187,9 +200,9 @@ bool isWithin(const QString &folder, const QString &other)
 }
 
 /// Whether all of a database of another unit may be taken over.
-Problem checkForeign(const Database &database, const StoreFolder &place)
+Problem checkForeign(const Database &database, const Database &ours, const StoreFolder &place)
 {
-    Problem problem = Schema::checkTables(database);
+    Problem problem = Schema::checkSame(database, ours);
     QStringList faults;
     if (problem.ok())
         problem = checkWhole(database, &faults);
@@ -573,6 +586,8 @@ Answer<Inspection> RecordStore::inspectAgain(Id id) const
     if (!bytes.ok())
         return {{}, bytes.problem};
     const Origin &origin = stored.value.origin;
+    if (!isUsable(origin))
+        return {{}, invalid(QStringLiteral("The scale or the field of view of inspection %1 cannot be used").arg(id))};
     FiberInspection::InspectionOptions options = origin.options();
     options.maxImagePixels = qMin(options.maxImagePixels, maxPixelsAgain);
     const FiberInspection::LoadedImage loaded = FiberInspection::decodeImage(bytes.value, options.maxImagePixels);
@@ -695,7 +710,7 @@ Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool
         if (problem.ok())
             problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
         if (problem.ok())
-            problem = checkForeign(*source, place);
+            problem = checkForeign(*source, *mDatabase, place);
         if (!problem.ok())
             return {{}, problem};
         Answer<Merge> merged = mergeFrom(*source, PictureStore(place.pictures()), goesOn);

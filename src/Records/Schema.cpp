@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/Schema_p.h"
 
+#include <QSet>
+
 #include <array>
 
 namespace Records::Schema {
@@ -236,16 +238,21 @@ Problem check(const Database &database)
     return verdict.ok() ? touch(database, state.value.version) : verdict;
 }
 
-Problem checkTables(const Database &database)
+Problem checkSame(const Database &other, const Database &ours)
 {
-    for (const char *const statement : tables) {
-        const Answer<QVariant> found =
-            database.value("SELECT count(*) FROM sqlite_schema WHERE sql = ?", {QString::fromLatin1(statement)});
-        if (!found.ok() || found.value.toInt() != 1)
-            return found.ok() ? Problem{Fault::Damaged, QStringLiteral("A table of the store is not as it was made")}
-                              : found.problem;
+    constexpr char all[] = "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL";
+    QSet<QString> known;
+    Query own(ours, all);
+    own.run({});
+    while (own.next())
+        known.insert(own.text(0));
+    Query foreign(other, all);
+    foreign.run({});
+    while (foreign.next()) {
+        if (!known.contains(foreign.text(0)))
+            return {Fault::Damaged, QStringLiteral("A table of the store is not as it was made")};
     }
-    return {};
+    return own.problem().ok() ? foreign.problem() : own.problem();
 }
 
 } // namespace Records::Schema

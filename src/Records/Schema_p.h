@@ -13,7 +13,8 @@ Problem prepare(Database &database, bool *isNew);
 /// What prepare() tells without changing anything.
 Problem check(const Database &database);
 
-/// Whether the tables are as they were made here, so that their rows hold to what these demand.
-Problem checkTables(const Database &database);
+/// Whether a database that check() has let through holds nothing but what ours does: its rows hold to what our tables
+/// demand, and no index or constraint of its own keeps us busy.
+Problem checkSame(const Database &other, const Database &ours);
 
 } // namespace Records::Schema

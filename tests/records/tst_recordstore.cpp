@@ -304,6 +304,25 @@ private Q_SLOTS:
         QCOMPARE(mStore->inspectAgain(id).problem.fault, Fault::TooLarge);
     }
 
+    void whatCannotBeUsedIsNotInspectedAgain_data()
+    {
+        QTest::addColumn<QString>("values");
+        for (const char *const values :
+            {"scale = 0", "scale = -1", "scale = 1e-9", "fov_width = 0", "fov_height = -1", "fov_width = 2147483647"})
+            QTest::newRow(values) << QString::fromLatin1(values);
+    }
+    void whatCannotBeUsedIsNotInspectedAgain()
+    {
+        QFETCH(const QString, values);
+        const Id id = Face::of(QStringLiteral("clean")).addTo(*mStore).value;
+        OwnConnection(mDir->path()).run(QStringLiteral("UPDATE inspection SET ") + values);
+
+        const Answer<Inspection> again = mStore->inspectAgain(id);
+
+        QCOMPARE(again.problem.fault, Fault::Invalid);
+        QVERIFY2(again.problem.text.contains(QLatin1String("cannot be used")), qPrintable(again.problem.text));
+    }
+
     void pointsHaveTheNamesOfTheRun()
     {
         const Id job = mStore->addJob(panelJob()).value.id;

@@ -341,6 +341,10 @@ private Q_SLOTS:
             "CREATE TABLE other AS SELECT * FROM defect; DROP TABLE defect; ALTER TABLE other RENAME TO defect; "
             "UPDATE defect SET position = 1",
             Fault::Damaged, "A table of the store is not as it was made");
+        row("table of its own", "CREATE TABLE other (a INTEGER CHECK (length(printf('%.*c', a, 'x')) > 0))",
+            Fault::Damaged, "A table of the store is not as it was made");
+        row("index of its own", "CREATE INDEX other ON job (abs(id))", Fault::Damaged,
+            "A table of the store is not as it was made");
         row("against a constraint",
             "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1",
             Fault::Damaged, "records.sqlite: CHECK constraint failed in inspection");
