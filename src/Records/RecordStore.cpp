@@ -18,9 +18,11 @@
 #include <QSet>
 #include <QThread>
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <type_traits>
 #include <unistd.h>
 
@@ -160,6 +162,30 @@ private:
     QList<QByteArray> mNew;
 };
 
+/// Keeps others from writing a copy into the same folder.
+class FolderLock
+{
+public:
+    explicit FolderLock(const QString &folder)
+        : mDescriptor(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC))
+        , mIsOthers(mDescriptor >= 0 && flock(mDescriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+    {
+    }
+    ~FolderLock()
+    {
+        if (mDescriptor >= 0)
+            ::close(mDescriptor);
+    }
+    FolderLock(const FolderLock &) = delete;
+    FolderLock &operator=(const FolderLock &) = delete;
+
+    bool isOthers() const { return mIsOthers; }
+
+private:
+    const int mDescriptor;
+    const bool mIsOthers;
+};
+
 QSet<QByteArray> namesOf(const QVector<InspectionRows::Named> &all)
 {
     QSet<QByteArray> names;
@@ -189,14 +215,15 @@ Problem checkWhole(const Database &database, QStringList *faults)
     return query.problem().ok() ? orphans.problem() : query.problem();
 }
 
-/// Whether a folder, which need not be there yet, is the other one or lies below it.
+/// Whether a folder is the other one or lies below it; neither need be there yet.
 bool isWithin(const QString &folder, const QString &other)
 {
+    const QFileInfo outer(other);
     QFileInfo info(QFileInfo(folder).absoluteFilePath());
     while (!info.exists() && !info.isRoot())
         info.setFile(info.path());
     const QString inner = info.canonicalFilePath() + QLatin1Char('/');
-    return inner.startsWith(QFileInfo(other).canonicalFilePath() + QLatin1Char('/'));
+    return outer.exists() && inner.startsWith(outer.canonicalFilePath() + QLatin1Char('/'));
 }
 
 /// Whether all of a database of another unit may be taken over.
@@ -661,9 +688,12 @@ Answer<Backup> RecordStore::backup(const QString &folder) const
         const StoreFolder target(folder);
         if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
             return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
-        if (isWithin(folder, mFolder)) // a sweep would take its pictures for unwanted ones of this store
-            return {{}, invalid(QStringLiteral("%1 lies in the store itself").arg(folder))};
+        if (isWithin(folder, StoreFolder(mFolder).pictures())) // a sweep would take its pictures for unwanted ones
+            return {{}, invalid(QStringLiteral("%1 lies among the pictures of the store").arg(folder))};
         QDir().mkpath(folder);
+        const FolderLock lock(folder);
+        if (lock.isOthers())
+            return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
         const QString copy = target.database() + QStringLiteral(".unfinished");
         QFile::remove(copy);
         Problem problem = mDatabase->run("VACUUM INTO ?", {copy});

@@ -164,8 +164,8 @@ public:
     /// @param goesOn if given, is told of each picture, and ends the work by answering false
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
-    /// Writes a copy into a folder that holds no store yet and lies in none: a store itself, as it is at this moment.
-    /// Others may write meanwhile. The database gets its name when all the rest is on the disk.
+    /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it
+    /// is at this moment. Others may write meanwhile. The database gets its name when all the rest is on the disk.
     Answer<Backup> backup(const QString &folder) const;
 
     /// Takes over what the store of another unit has and this one does not: jobs and inspections are told by their

@@ -1077,17 +1077,17 @@ private Q_SLOTS:
         QCOMPARE(linesOf(QString::fromUtf8(original)).size(), linesOf(run(QStringLiteral("show 2")).output).size());
     }
 
-    void aBackupDoesNotGoIntoTheStore()
+    void aBackupDoesNotGoAmongThePictures()
     {
         useSamples();
-        for (const char *const folder : {"/pictures", "/copy", "/records.sqlite-old/copy"}) {
+        for (const char *const folder : {"/pictures", "/pictures/copy/of", "/../store/pictures/copy"}) {
             const Outcome outcome = run({QStringLiteral("backup"), mStore + QLatin1String(folder)});
 
             QCOMPARE(outcome.exitCode, int(NotWritten));
-            QVERIFY2(outcome.errors.value(0).endsWith(QLatin1String("lies in the store itself")),
+            QVERIFY2(outcome.errors.value(0).endsWith(QLatin1String("lies among the pictures of the store")),
                 qPrintable(outcome.errors.value(0)));
         }
-        QVERIFY(!QFile::exists(mStore + QStringLiteral("/copy")));
+        QVERIFY(!QFile::exists(mStore + QStringLiteral("/pictures/copy")));
         QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
     }
 

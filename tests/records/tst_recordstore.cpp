@@ -7,8 +7,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <fcntl.h>
 #include <limits>
+#include <sys/file.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace FiberInspection;
 using namespace Records;
@@ -643,6 +646,18 @@ private Q_SLOTS:
         QVERIFY(copy.verify().value.allWell());
         QCOMPARE(OwnConnection(folder).run(QStringLiteral("PRAGMA journal_mode")), QStringList(QStringLiteral("wal")));
         QCOMPARE(mStore->backup(folder).problem.fault, Fault::Invalid);
+    }
+
+    void twoCopiesAtOnceDoNotMix()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkpath(folder));
+        const int other = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        QCOMPARE(flock(other, LOCK_EX), 0);
+
+        QCOMPARE(mStore->backup(folder).problem.fault, Fault::Busy);
+        close(other);
+        QVERIFY(mStore->backup(folder).ok());
     }
 
     void otherThreadsHaveObjectsOfTheirOwn()
