@@ -255,7 +255,7 @@ private Q_SLOTS:
 
     void aPictureThatBecomesAPipeIsNotWaitedFor()
     {
-        constexpr int count = 5;
+        constexpr int count = 10;
         for (int i = 0; i < count; ++i)
             paint(QStringLiteral("A%1").arg(i), faceNumber(i));
         QProcess program;
@@ -271,7 +271,7 @@ private Q_SLOTS:
 
         QVERIFY(program.waitForFinished(patience));
         QCOMPARE(program.exitCode(), int(NotAnswered));
-        QVERIFY(program.readAllStandardError().contains("A4.png: it cannot be opened, or is no file any more"));
+        QVERIFY(program.readAllStandardError().contains("A9.png: it cannot be opened, or is no file any more"));
     }
 
     void aJobThatIsThereHasToFit_data()
@@ -368,6 +368,20 @@ private Q_SLOTS:
         QVERIFY(lines[0].startsWith(QLatin1String("55 ")));
         QVERIFY(lines[1].startsWith(QLatin1String("a ")));
         QVERIFY(lines[2].startsWith(QString::fromUtf8(three)));
+    }
+
+    void aFileThatIsTooLargeIsNotRead()
+    {
+        QFile file(mFaces + QStringLiteral("/A1.png"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(file.resize(1LL << 40)); // with nothing in it
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: %1/A1.png: the file is too large").arg(mFaces)}));
+        QVERIFY(outcome.output.endsWith(QLatin1String(" 1 left out\n")));
     }
 
     void aMistypedFolderBeginsNoStore_data()

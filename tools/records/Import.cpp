@@ -257,13 +257,14 @@ bool Importer::import(const Picture &picture)
         return true;
     }
     file.setTextModeEnabled(false); // every byte counts
+    const bool isSmall = file.size() <= PictureStore::maxPictureSize;
     QByteArray bytes;
-    const bool isRead = FileAccess::readAll(&file, PictureStore::maxPictureSize, &bytes);
-    if (!isRead || bytes.isEmpty()) {
+    if (!isSmall || !FileAccess::readAll(&file, PictureStore::maxPictureSize, &bytes) || bytes.isEmpty()) {
+        const bool isBroken = file.error() != QFileDevice::NoError;
         leaveOut(picture.path,
-            isRead                                            ? QStringLiteral("there is nothing in the file")
-                : bytes.size() > PictureStore::maxPictureSize ? QStringLiteral("the file is too large")
-                                                              : file.errorString());
+            !isSmall       ? QStringLiteral("the file is too large")
+                : isBroken ? file.errorString()
+                           : QStringLiteral("there is nothing in the file"));
         return true;
     }
     Filter same;
