@@ -662,6 +662,8 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
         if (!problem.ok())
             return {found, problem};
         const Answer<QString> bad = RowChecks::firstBad(*mDatabase);
+        if (!bad.ok() && found.databaseFaults.isEmpty())
+            return {found, bad.problem};
         if (!bad.value.isEmpty())
             found.databaseFaults << bad.value + QStringLiteral(" has a value that nothing here writes");
         const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
