@@ -40,13 +40,15 @@ bool WholeFile::open()
     return noted(mUnfinished.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered));
 }
 
-bool WholeFile::takeMode()
+bool WholeFile::closeToOthers()
 {
     constexpr mode_t permissionBits = 0777;
-    struct stat status = {};
-    if (stat(QFile::encodeName(mPath).constData(), &status) != 0)
+    struct stat former = {};
+    struct stat own = {};
+    if (stat(QFile::encodeName(mPath).constData(), &former) != 0)
         return noted(errno == ENOENT);
-    return noted(fchmod(mUnfinished.handle(), status.st_mode & permissionBits) == 0);
+    return noted(fstat(mUnfinished.handle(), &own) == 0
+        && fchmod(mUnfinished.handle(), own.st_mode & former.st_mode & permissionBits) == 0);
 }
 
 bool WholeFile::write(const QByteArray &piece)

@@ -18,7 +18,7 @@ public:
     WholeFile &operator=(const WholeFile &) = delete;
 
     bool open();
-    bool takeMode(); ///< of the file at the path, if there is one: it is read by nobody else than before
+    bool closeToOthers(); ///< who could not read or write the file at the path before; nobody gets more than usual
     bool write(const QByteArray &piece);
     bool commit();
 

@@ -936,7 +936,7 @@ private Q_SLOTS:
         QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
     }
 
-    void aFileThatIsReplacedKeepsItsMode()
+    void aFileThatIsReplacedStaysClosedToOthers()
     {
         useTwoJobs();
         const QString path = mDir->filePath(QStringLiteral("secret.csv"));

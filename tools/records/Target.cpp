@@ -41,7 +41,7 @@ bool Target::open()
         return false;
     const QFileInfo info(mPath);
     mFile.emplace(info.isSymLink() ? info.canonicalFilePath() : mPath); // the link stays
-    return mFile->open() && mFile->takeMode();
+    return mFile->open() && mFile->closeToOthers();
 }
 
 QString Target::whyNotThere() const
