@@ -1304,12 +1304,12 @@ private:
         return run(QStringList{QStringLiteral("import"), mFaces} + split(arguments));
     }
 
-    /// Starts to import all that was painted. @return whether a line has come
+    /// Starts to import what was painted as A0 to A9. @return whether a line has come
     bool startImport(QProcess &program) const
     {
         program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM),
-            {QStringLiteral("import"), mFaces, QStringLiteral("--job"), QStringLiteral("P"), QStringLiteral("--store"),
-                mStore});
+            QStringList{QStringLiteral("import"), mFaces, QStringLiteral("--store"), mStore}
+                + split(QStringLiteral("--job P --first A0 --last A9"))); // no point is added later
         while (!program.canReadLine()) {
             if (!program.waitForReadyRead(patience))
                 return false;

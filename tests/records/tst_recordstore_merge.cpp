@@ -347,7 +347,7 @@ private Q_SLOTS:
             "A table of the store is not as it was made");
         row("against a constraint",
             "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1",
-            Fault::Damaged, "records.sqlite: CHECK constraint failed in inspection");
+            Fault::Damaged, "CHECK constraint failed");
         const auto damaged = [row](const char *name, const char *harm, const char *what = "Inspection 1") {
             row(name, harm, Fault::Damaged, QByteArray(what) + " of the other store is damaged");
         };
