@@ -20,7 +20,8 @@ namespace {
 QString asMessage(const QString &text)
 {
     static const QStringList beginnings{QStringLiteral("A "), QStringLiteral("Another "), QStringLiteral("Cannot "),
-        QStringLiteral("Inspection "), QStringLiteral("No "), QStringLiteral("The "), QStringLiteral("There ")};
+        QStringLiteral("Inspection "), QStringLiteral("Job "), QStringLiteral("No "), QStringLiteral("Point "),
+        QStringLiteral("The "), QStringLiteral("There ")};
     const bool isSentence = std::any_of(beginnings.cbegin(), beginnings.cend(),
         [&text](const QString &beginning) { return text.startsWith(beginning); });
     return isSentence ? text.at(0).toLower() + text.mid(1) : text;
