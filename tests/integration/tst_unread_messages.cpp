@@ -3,6 +3,7 @@
 #include "Loopback.h"
 
 #include <QTcpSocket>
+#include <QTemporaryFile>
 #include <QtTest>
 
 #include <csignal>
@@ -56,9 +57,11 @@ private Q_SLOTS:
     {
         QFETCH(int, signal);
         const UnreadPipe pipe;
+        QTemporaryFile noImage;
+        QVERIFY(noImage.open() && noImage.write("no image") > 0 && noImage.flush());
         InspectProgram program;
         program.setStandardErrorFile(pipe.path());
-        program.begin({QStringLiteral("no such image")});
+        program.begin({noImage.fileName()});
         QCOMPARE(program.workers(1).size(), std::size_t(1)); // and so its signals are set up
         QVERIFY(!program.waitForFinished(moment)); // it waits for the reader
 

@@ -721,7 +721,7 @@ private Q_SLOTS:
         constexpr int period = 4; // columns
         cv::Mat mat(size, size, CV_8UC1);
         for (int y = 0; y < size; ++y) {
-            const auto height = static_cast<float>(y % band - band / 2) + 0.5F;
+            const float height = static_cast<float>(y % band) - static_cast<float>(band - 1) / 2;
             const float shift = std::sqrt(radius * radius - height * height) - radius;
             for (int x = 0; x < size; ++x) {
                 const double phase = 2 * M_PI * (static_cast<double>(x) - static_cast<double>(shift)) / period;
