@@ -314,6 +314,7 @@ RecordStore::~RecordStore()
 void RecordStore::close()
 {
     mDatabase.reset();
+    mUse.reset();
     if (mLock)
         StoreLock::release(std::move(mLock));
     mLock.reset();
@@ -375,10 +376,28 @@ Opening RecordStore::open(const QString &folder, Mode mode)
     QDir().mkpath(folder); // what goes wrong with it shows with the lock
     Problem problem;
     mLock = StoreLock::take(folder, &problem);
-    return mLock ? openForWriting(place) : openForReading(place, howWithout(problem.fault), problem);
+    if (!mLock)
+        return openForReading(place, howWithout(problem.fault), problem);
+    const Opening opening = openForWriting(place);
+    if (opening.canWrite())
+        return opening;
+    close();
+    if (opening.keptAside.isEmpty() && canBeRead(opening.problem.fault))
+        return openForReading(place, howWithout(opening.problem.fault), opening.problem);
+    return opening;
 }
 
+/// What this sweeps, moves or brings up to date, no other thread may be opening or writing.
 Opening RecordStore::openForWriting(const StoreFolder &folder)
+{
+    const QMutexLocker locker(&mLock->writing());
+    const Opening opening = openAlone(folder);
+    if (opening.canWrite())
+        mUse = mLock->use();
+    return opening;
+}
+
+Opening RecordStore::openAlone(const StoreFolder &folder)
 {
     if (folder.isBeheaded())
         return beginAnew(
@@ -389,17 +408,12 @@ Opening RecordStore::openForWriting(const StoreFolder &folder)
     if (problem.ok()) {
         Opening opening;
         opening.how = isNew ? Opened::Begun : Opened::Usable;
-        if (mLock->interruption().hasHappened && mLock.use_count() == 1)
+        if (mLock->interruption().hasHappened)
             opening.swept = sweepAfterInterruption();
         return opening;
     }
     mDatabase.reset();
-    if (problem.fault == Fault::Damaged)
-        return beginAnew(folder, problem);
-    close();
-    if (canBeRead(problem.fault))
-        return openForReading(folder, howWithout(problem.fault), problem);
-    return {Opened::No, problem, {}, 0};
+    return problem.fault == Fault::Damaged ? beginAnew(folder, problem) : Opening{Opened::No, problem, {}, 0};
 }
 
 /// Opens the database and brings it up to date.
@@ -428,19 +442,13 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
 
 Opening RecordStore::beginAnew(const StoreFolder &folder, const Problem &problem)
 {
-    const bool isAlone = mLock.use_count() == 1; // no other thread has it open
-    const QString aside = isAlone ? folder.setAside() : QString();
-    if (aside.isEmpty()) {
-        close();
+    const QString aside = mLock->isUsed() ? QString() : folder.setAside();
+    if (aside.isEmpty())
         return {Opened::No, {problem.fault, problem.text + QStringLiteral(", and it cannot be kept aside")}, {}, 0};
-    }
     QFile::remove(folder.suspicion());
     bool isNew = false;
     const Problem second = prepare(folder, &isNew);
-    if (second.ok())
-        return {Opened::BegunAnew, problem, aside, 0};
-    close();
-    return {Opened::No, second, aside, 0};
+    return {second.ok() ? Opened::BegunAnew : Opened::No, second.ok() ? problem : second, aside, 0};
 }
 
 /// @param problem why not for writing
@@ -638,7 +646,8 @@ int RecordStore::sweepNow()
 
 int RecordStore::sweepAfterInterruption()
 {
-    const StoreLock::Interruption &former = mLock->interruption();
+    const StoreLock::Interruption former = mLock->interruption();
+    mLock->forgetInterruption();
     if (!former.isOfThisBoot || former.pictures.contains(StoreLock::anyPicture))
         return sweepNow();
     int swept = 0;

@@ -121,7 +121,8 @@ public:
     RecordStore(const RecordStore &) = delete;
     RecordStore &operator=(const RecordStore &) = delete;
 
-    /// What was open before is closed. A store that cannot be written to is opened for reading.
+    /// What was open before is closed. A store that cannot be written to is opened for reading. Of threads that open it
+    /// at once, the first one is told what was begun, kept aside or swept; the others wait for it.
     Opening open(const QString &folder, Mode mode = Mode::ReadWrite);
     void close();
     bool isOpen() const;
@@ -182,6 +183,7 @@ private:
     auto writing(Call call) -> decltype(call());
 
     Opening openForWriting(const StoreFolder &folder);
+    Opening openAlone(const StoreFolder &folder);
     Opening beginAnew(const StoreFolder &folder, const Problem &problem);
     Opening openForReading(const StoreFolder &folder, Opened how, const Problem &problem);
     Problem prepare(const StoreFolder &folder, bool *isNew);
@@ -194,6 +196,7 @@ private:
 
     std::unique_ptr<Database> mDatabase;
     std::shared_ptr<StoreLock> mLock;
+    std::shared_ptr<void> mUse;
     PictureStore mPictures;
     QString mFolder;
     QThread *mThread = nullptr;

@@ -8,13 +8,12 @@
 namespace Records::Schema {
 
 namespace {
-// Tells our database from others: "VBRC".
-constexpr int ownMark = 1447187011;
-constexpr const char *setMark = "PRAGMA application_id = 1447187011";
+constexpr int ownMark = 1447187011; // tells our database from others: "VBRC"
 
 // Times are milliseconds since 1970, UTC; sizes are micrometres unless they count pixels. A row never takes the id of
 // another one, not even of one that was deleted.
 constexpr const char *tables[] = {
+    "PRAGMA application_id = 1447187011", // the mark
     R"(CREATE TABLE job (
         id INTEGER PRIMARY KEY AUTOINCREMENT,
         identity BLOB NOT NULL UNIQUE CHECK (length(identity) = 16),
@@ -159,11 +158,15 @@ Answer<State> stateOf(const Database &database)
     return {{mark.value.toInt(), version.value.toInt(), count.value.toInt()}, {}};
 }
 
-Problem take(Database &database, const Step &step)
+/// @param before number of steps that have to be taken already
+Problem take(Database &database, const Step &step, std::size_t before)
 {
     Transaction transaction(database);
     if (!transaction.problem().ok())
         return transaction.problem();
+    const Answer<QVariant> version = database.value("PRAGMA user_version");
+    if (!version.ok() || version.value.toULongLong() > before) // somebody else has taken it while we waited
+        return version.problem;
     Problem problem = step.run(database);
     if (problem.ok())
         problem = database.run(step.note);
@@ -204,17 +207,11 @@ Problem judge(const State &state)
 
 Problem prepare(Database &database, bool *isNew)
 {
-    Answer<State> state = stateOf(database);
+    const Answer<State> state = stateOf(database);
     if (!state.ok())
         return state.problem;
     *isNew = state.value.isEmpty();
-    if (*isNew) {
-        const Problem problem = database.run(setMark);
-        if (!problem.ok())
-            return problem;
-        state.value.mark = ownMark;
-    }
-    const Problem verdict = judge(state.value);
+    const Problem verdict = *isNew ? Problem() : judge(state.value);
     if (!verdict.ok())
         return verdict;
     // Readers need not wait then. A copy comes without it; while somebody reads that, it stays as it is.
@@ -222,7 +219,7 @@ Problem prepare(Database &database, bool *isNew)
     if (!journal.ok() && journal.fault != Fault::Busy)
         return journal;
     for (std::size_t i = static_cast<std::size_t>(state.value.version); i < steps.size(); ++i) {
-        const Problem problem = take(database, steps[i]);
+        const Problem problem = take(database, steps[i], i);
         if (!problem.ok())
             return problem;
     }
@@ -234,6 +231,8 @@ Problem check(const Database &database)
     const Answer<State> state = stateOf(database);
     if (!state.ok())
         return state.problem;
+    if (state.value.isEmpty())
+        return {Fault::NotFound, QStringLiteral("The database has no tables yet")};
     const Problem verdict = judge(state.value);
     return verdict.ok() ? touch(database, state.value.version) : verdict;
 }

@@ -33,6 +33,11 @@ public:
         QList<QByteArray> pictures; ///< that it was about to store
     };
     const Interruption &interruption() const { return mInterruption; }
+    void forgetInterruption() { mInterruption = {}; } ///< what it left was swept
+
+    /// To be kept by who has the store open.
+    std::shared_ptr<void> use() const { return mUse; }
+    bool isUsed() const { return mUse.use_count() > 1; }
 
     /// To be noted in place of names: there are too many.
     static constexpr char anyPicture[] = "any";
@@ -41,7 +46,7 @@ public:
     /// no row names, all would have to be looked at. Returns whether there was room for it.
     bool note(const QList<QByteArray> &pictures) const;
 
-    /// Held by the thread that writes pictures and rows, or sweeps.
+    /// Held by the thread that opens the store, writes pictures and rows, or sweeps.
     QMutex &writing() { return mWriting; }
 
 private:
@@ -49,6 +54,7 @@ private:
 
     int mDescriptor;
     Interruption mInterruption;
+    const std::shared_ptr<void> mUse = std::make_shared<char>();
     QMutex mWriting;
 };
 

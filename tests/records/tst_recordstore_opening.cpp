@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "OwnConnection.h"
+#include "StoredFaces.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+using namespace Records;
+
+namespace {
+constexpr int patience = 60'000; // milliseconds until a wait is given up
+
+const Face &badFace()
+{
+    return Face::of(QStringLiteral("pitted"));
+}
+
+void overwrite(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+/// What a machine leaves that stopped while somebody wrote.
+void leaveNotes(const QString &folder)
+{
+    overwrite(folder + QStringLiteral("/records.lock"), "In use\n00000000-0000-0000-0000-000000000000\n");
+}
+
+/// Pictures that no inspection names.
+void addOrphans(const QString &folder, int count)
+{
+    const PictureStore pictures(folder + QStringLiteral("/pictures"));
+    for (int i = 0; i < count; ++i) {
+        const QByteArray bytes = "orphan " + QByteArray::number(i);
+        const QString path = pictures.path(PictureStore::hashOf(bytes));
+        QDir().mkpath(QFileInfo(path).path());
+        overwrite(path, bytes);
+    }
+}
+
+int countFiles(const QString &folder)
+{
+    int count = 0;
+    for (QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories); files.hasNext();
+         files.next())
+        ++count;
+    return count;
+}
+
+/// What came of it where many threads open a store at the same moment; they close it when all have.
+std::vector<Opening> openAtOnce(const QString &folder, int threads)
+{
+    std::vector<Opening> openings(static_cast<std::size_t>(threads));
+    std::vector<std::thread> running;
+    std::atomic<int> ready{0};
+    std::atomic<int> done{0};
+    for (Opening &opening : openings) {
+        running.emplace_back([&folder, &opening, &ready, &done, threads] {
+            RecordStore store;
+            ++ready;
+            while (ready < threads)
+                std::this_thread::yield();
+            opening = store.open(folder);
+            ++done;
+            while (done < threads)
+                std::this_thread::yield();
+        });
+    }
+    for (std::thread &thread : running)
+        thread.join();
+    return openings;
+}
+
+int countOf(const std::vector<Opening> &openings, Opened how)
+{
+    return static_cast<int>(std::count_if(
+        openings.cbegin(), openings.cend(), [how](const Opening &opening) { return opening.how == how; }));
+}
+
+using Harm = std::function<void(const QString &folder)>;
+} // namespace
+
+Q_DECLARE_METATYPE(Harm)
+Q_DECLARE_METATYPE(Records::Opened)
+
+class TestRecordStoreOpening : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { badFace(); }
+
+    void init()
+    {
+        mDir = std::make_unique<QTemporaryDir>();
+        mFolder = mDir->filePath(QStringLiteral("store"));
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).how, Opened::Begun);
+        QCOMPARE(badFace().addTo(store).value, Id(1));
+    }
+
+    void manyThreadsOpenAtOnce_data()
+    {
+        QTest::addColumn<Harm>("harm");
+        QTest::addColumn<Opened>("once"); // what the first of them is told, and nobody else
+        QTest::newRow("new") << Harm([](const QString &folder) { QDir(folder).removeRecursively(); }) << Opened::Begun;
+        QTest::newRow("damaged") << Harm([](const QString &folder) {
+            overwrite(folder + QStringLiteral("/records.sqlite"), QByteArray(100'000, 'x'));
+        }) << Opened::BegunAnew;
+        QTest::newRow("missing") << Harm([](const QString &folder) {
+            QFile::remove(folder + QStringLiteral("/records.sqlite"));
+        }) << Opened::BegunAnew;
+        QTest::newRow("of an earlier version") << Harm([](const QString &folder) {
+            OwnConnection own(folder);
+            own.run(QStringLiteral("DROP TABLE search"));
+            own.run(QStringLiteral("PRAGMA user_version = 1"));
+        }) << Opened::Usable;
+    }
+    void manyThreadsOpenAtOnce()
+    {
+        QFETCH(const Harm, harm);
+        QFETCH(const Opened, once);
+        constexpr int threads = 6;
+        constexpr int rounds = 5;
+        for (int round = 0; round < rounds; ++round) {
+            harm(mFolder);
+
+            const std::vector<Opening> openings = openAtOnce(mFolder, threads);
+
+            for (const Opening &opening : openings) {
+                QVERIFY2(opening.canWrite(), qPrintable(opening.problem.text));
+                QCOMPARE(opening.keptAside.isEmpty(), opening.how != Opened::BegunAnew);
+            }
+            QCOMPARE(countOf(openings, once), once == Opened::Usable ? threads : 1);
+            RecordStore store;
+            QVERIFY(store.open(mFolder).canWrite());
+            QVERIFY(badFace().addTo(store).ok());
+            QVERIFY(store.verify().value.allWell());
+        }
+    }
+
+    void sweepingAtTheStartTakesNoPictureOfAnotherThread()
+    {
+        constexpr int orphans = 4000;
+        constexpr int count = 20;
+        addOrphans(mFolder, orphans);
+        leaveNotes(mFolder);
+        QDirIterator files(mFolder + QStringLiteral("/pictures"), QDir::Files, QDirIterator::Subdirectories);
+        QString first; // to go
+        do
+            first = files.next();
+        while (QFileInfo(first).size() > 100); // a picture of the store
+
+        std::atomic<int> stored{0};
+        std::thread thread([&] {
+            const QDeadlineTimer end(patience);
+            while (QFile::exists(first) && !end.hasExpired())
+                std::this_thread::yield();
+            RecordStore own;
+            own.open(mFolder);
+            const Face &face = badFace();
+            for (int i = 0; i < count; ++i)
+                stored += own.addInspection(face.origin(), face.inspection, face.picture + QByteArray::number(i)).ok()
+                    ? 1
+                    : 0;
+        });
+        RecordStore store;
+        const Opening opening = store.open(mFolder);
+        thread.join();
+
+        QCOMPARE(stored, count);
+        QCOMPARE(opening.swept, orphans);
+        QCOMPARE(store.verify().value.pictureFaults.size(), 0);
+        QCOMPARE(countFiles(mFolder + QStringLiteral("/pictures")), 2 + count); // they share what is painted
+    }
+
+    void ofThreadsThatOpenAtOnceOneSweeps()
+    {
+        constexpr int orphans = 50;
+        constexpr int threads = 6;
+        addOrphans(mFolder, orphans);
+        leaveNotes(mFolder);
+
+        const std::vector<Opening> openings = openAtOnce(mFolder, threads);
+
+        int swept = 0;
+        for (const Opening &opening : openings)
+            swept += opening.swept;
+        QCOMPARE(swept, orphans);
+    }
+
+private:
+    std::unique_ptr<QTemporaryDir> mDir;
+    QString mFolder;
+};
+
+QTEST_GUILESS_MAIN(TestRecordStoreOpening)
+#include "tst_recordstore_opening.moc"
