@@ -25,6 +25,7 @@ enum class Fault : int {
     NoDriver, ///< Qt's plug-in for SQLite is not installed
     Stopped, ///< by who called
     TooLarge, ///< a picture, to be inspected again
+    Gone, ///< the store was moved or removed while it was open; nothing was stored
 };
 
 /// Whether something went wrong: for programs, and for people.

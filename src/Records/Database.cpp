@@ -6,6 +6,7 @@
 #include <QSqlError>
 #include <QUrl>
 
+#include <algorithm>
 #include <atomic>
 #include <fcntl.h>
 #include <sys/statvfs.h>
@@ -118,6 +119,7 @@ Problem Database::open(Access access)
     mDatabase.setDatabaseName(nameFor(mPath, access));
     if (!mDatabase.open())
         return problemOf(mDatabase.lastError());
+    bindTo(mPath, FileIdentity::of(mPath));
     for (const char *const setting : {
              "PRAGMA trusted_schema = OFF", // a file from elsewhere runs no code of its own
              "PRAGMA cell_size_check = ON", // damage is told, not followed
@@ -129,6 +131,17 @@ Problem Database::open(Access access)
             return problem;
     }
     return {};
+}
+
+/// SQLite goes on writing into a file that has lost its name, and the pictures go by names.
+Problem Database::checkPlace() const
+{
+    const bool isInPlace = std::all_of(mBound.cbegin(), mBound.cend(),
+        [](const auto &bound) { return FileIdentity::of(bound.first) == bound.second; });
+    return isInPlace
+        ? Problem()
+        : Problem{Fault::Gone,
+            QStringLiteral("The store in %1 was moved or removed while it was open").arg(QFileInfo(mPath).path())};
 }
 
 Problem Database::run(const char *statement, const QVariantList &values)
@@ -228,6 +241,9 @@ Transaction::~Transaction()
 
 Problem Transaction::commit()
 {
+    const Problem place = mDatabase.checkPlace();
+    if (!place.ok())
+        return place;
     const Problem problem = mDatabase.run("COMMIT");
     mIsOpen = !problem.ok();
     return problem;

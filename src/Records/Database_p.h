@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Records/Answer.h"
+#include "Records/StoreFolder_p.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -9,6 +10,7 @@
 #include <QSqlQuery>
 #include <QString>
 #include <QVariant>
+#include <QVector>
 
 namespace Records {
 
@@ -30,6 +32,12 @@ public:
 
     Problem open(Access access);
 
+    /// Nothing is committed any more when that file is not at its path.
+    void bindTo(const QString &path, const FileIdentity &file) { mBound.append({path, file}); }
+
+    /// Whether the file of the database, and what it was bound to, is where it was when it was opened.
+    Problem checkPlace() const;
+
     Problem run(const char *statement, const QVariantList &values = {});
 
     /// The first value of the first row; invalid when there is none.
@@ -46,6 +54,7 @@ private:
     const QString mSuspicion;
     const QString mConnection;
     QSqlDatabase mDatabase;
+    QVector<QPair<QString, FileIdentity>> mBound;
 };
 
 /// One statement with its values and rows.

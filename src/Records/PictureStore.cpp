@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <sys/stat.h>
 
 namespace Records {
 
@@ -55,14 +56,13 @@ QString whyNotOpened(const QString &path)
     return QFileInfo(path).isFile() ? QString::fromLocal8Bit(std::strerror(error)) : QStringLiteral("it is not a file");
 }
 
-/// The entry of the folder is on the disk as well.
+/// The entry of the folder is on the disk as well. What it lies in is not made: it may have been moved elsewhere.
 bool makeFolder(const QString &path)
 {
     if (QDir(path).exists())
         return true;
-    const QFileInfo info(path);
-    errno = 0;
-    return QDir().mkpath(path) && WholeFile::syncFolder(info.path());
+    const bool isThere = ::mkdir(QFile::encodeName(path).constData(), ACCESSPERMS) == 0 || errno == EEXIST;
+    return isThere && WholeFile::syncFolder(QFileInfo(path).path());
 }
 
 /// @param name of the folder and of the file must agree

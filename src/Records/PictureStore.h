@@ -36,7 +36,7 @@ public:
         bool isNew = false; ///< it was not there before
     };
 
-    /// @param folder made with the first picture
+    /// @param folder made with the first picture; what it lies in has to be there
     explicit PictureStore(const QString &folder);
 
     static QByteArray hashOf(const QByteArray &bytes);

@@ -341,14 +341,22 @@ auto RecordStore::guarded(Call call) const -> decltype(call())
     }
 }
 
+Problem RecordStore::whyNotWriting() const
+{
+    if (!mLock)
+        return {Fault::ReadOnly, QStringLiteral("The store is open for reading only")};
+    return mDatabase->checkPlace();
+}
+
 /// The same within a transaction, and alone among the threads of this process.
 template <typename Call>
 auto RecordStore::writing(Call call) -> decltype(call())
 {
     using Result = decltype(call());
     return guarded([&]() -> Result {
-        if (!mLock)
-            return failed<Result>({Fault::ReadOnly, QStringLiteral("The store is open for reading only")});
+        const Problem obstacle = whyNotWriting();
+        if (!obstacle.ok())
+            return failed<Result>(obstacle);
         const QMutexLocker locker(&mLock->writing());
         Transaction transaction(*mDatabase);
         if (!transaction.problem().ok())
@@ -423,6 +431,7 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
     Problem problem = checkFiles(folder);
     if (problem.ok())
         problem = mDatabase->open(Database::Access::ReadWrite);
+    mDatabase->bindTo(folder.lock(), mLock->identity());
     if (problem.ok())
         problem = Schema::prepare(*mDatabase, isNew);
     if (problem.ok())
@@ -540,8 +549,9 @@ Answer<QVector<Point>> RecordStore::points(Id job) const
 Answer<Id> RecordStore::addInspection(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
 {
     return guarded([&]() -> Answer<Id> {
-        if (!mLock)
-            return {noId, {Fault::ReadOnly, QStringLiteral("The store is open for reading only")}};
+        const Problem obstacle = whyNotWriting();
+        if (!obstacle.ok())
+            return {noId, obstacle};
         if (inspection.reason() == Inspection::Reason::NotInspected)
             return {noId, invalid(QStringLiteral("Nothing was inspected"))};
         const Problem problem = checkTexts({origin.software, origin.device.name});
@@ -696,6 +706,9 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
 Answer<Backup> RecordStore::backup(const QString &folder) const
 {
     return guarded([&]() -> Answer<Backup> {
+        const Problem obstacle = mDatabase->checkPlace();
+        if (!obstacle.ok())
+            return {{}, obstacle};
         const StoreFolder target(folder);
         if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
             return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
@@ -741,8 +754,9 @@ Problem RecordStore::copyPictures(const PictureStore &target, Backup *done) cons
 Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn)
 {
     return guarded([&]() -> Answer<Merge> {
-        if (!mLock)
-            return {{}, {Fault::ReadOnly, QStringLiteral("The store is open for reading only")}};
+        const Problem obstacle = whyNotWriting();
+        if (!obstacle.ok())
+            return {{}, obstacle};
         const StoreFolder place(folder);
         if (!place.hasDatabase())
             return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};

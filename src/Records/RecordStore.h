@@ -97,7 +97,8 @@ struct Merge
 /// @endcode
 ///
 /// What a call has stored when it comes back is there after a crash and after a power failure. What it could not store
-/// leaves no trace. Nothing is ever deleted but files that no record names. No exception leaves a call.
+/// leaves no trace. Nothing is ever deleted but files that no record names. No exception leaves a call. When the folder
+/// is moved or removed while it is open, all that writes answers Fault::Gone, and nothing is made in its place.
 ///
 /// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
 /// folder, and may write as well. Of all programs one writes, the first to come; others read beside it. There must be
@@ -182,6 +183,7 @@ private:
     template <typename Call>
     auto writing(Call call) -> decltype(call());
 
+    Problem whyNotWriting() const;
     Opening openForWriting(const StoreFolder &folder);
     Opening openAlone(const StoreFolder &folder);
     Opening beginAnew(const StoreFolder &folder, const Problem &problem);

@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 namespace Records {
 
 namespace {
@@ -27,6 +29,28 @@ QString makeFolderOfTime(const QString &beside)
     return {};
 }
 } // namespace
+
+FileIdentity FileIdentity::of(const QString &path)
+{
+    struct stat status = {};
+    FileIdentity identity;
+    if (stat(QFile::encodeName(path).constData(), &status) == 0) {
+        identity.mDevice = status.st_dev;
+        identity.mNumber = status.st_ino;
+    }
+    return identity;
+}
+
+FileIdentity FileIdentity::of(int descriptor)
+{
+    struct stat status = {};
+    FileIdentity identity;
+    if (fstat(descriptor, &status) == 0) {
+        identity.mDevice = status.st_dev;
+        identity.mNumber = status.st_ino;
+    }
+    return identity;
+}
 
 StoreFolder::StoreFolder(const QString &path)
     : mPath(path)

@@ -3,7 +3,26 @@
 
 #include <QString>
 
+#include <sys/types.h>
+
 namespace Records {
+
+/// A file itself, whatever name leads to it.
+class FileIdentity
+{
+public:
+    FileIdentity() = default; ///< of none
+    static FileIdentity of(const QString &path);
+    static FileIdentity of(int descriptor);
+
+    bool isSomething() const { return mNumber != 0; }
+    bool operator==(const FileIdentity &other) const { return mDevice == other.mDevice && mNumber == other.mNumber; }
+    bool operator!=(const FileIdentity &other) const { return !(*this == other); }
+
+private:
+    dev_t mDevice = 0;
+    ino_t mNumber = 0;
+};
 
 /// Names of what lies in the folder of a store.
 class StoreFolder

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Records/StoreFolder_p.h"
 #include "Records/StoreLock_p.h"
 
 #include <QFile>
@@ -120,9 +119,11 @@ std::shared_ptr<StoreLock> StoreLock::take(const QString &folder, Problem *probl
 {
     const QMutexLocker locker(&registry().mutex);
     std::weak_ptr<StoreLock> &known = registry().locks[identityOf(folder)];
-    if (std::shared_ptr<StoreLock> shared = known.lock())
+    const QString path = StoreFolder(folder).lock();
+    std::shared_ptr<StoreLock> shared = known.lock();
+    if (shared && shared->identity() == FileIdentity::of(path)) // and not removed meanwhile
         return shared;
-    const int descriptor = openLocked(StoreFolder(folder).lock(), problem);
+    const int descriptor = openLocked(path, problem);
     if (descriptor < 0)
         return {};
     const std::shared_ptr<StoreLock> lock(new StoreLock(descriptor));

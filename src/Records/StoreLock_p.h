@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Records/Answer.h"
+#include "Records/StoreFolder_p.h"
 
 #include <QByteArray>
 #include <QList>
@@ -34,6 +35,8 @@ public:
     };
     const Interruption &interruption() const { return mInterruption; }
     void forgetInterruption() { mInterruption = {}; } ///< what it left was swept
+
+    FileIdentity identity() const { return FileIdentity::of(mDescriptor); } ///< of its file
 
     /// To be kept by who has the store open.
     std::shared_ptr<void> use() const { return mUse; }

@@ -99,7 +99,11 @@ class TestRecordStoreOpening : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { badFace(); }
+    void initTestCase()
+    {
+        for (const char *const name : {"clean", "pitted", "scratched"})
+            Face::of(QString::fromLatin1(name));
+    }
 
     void init()
     {
@@ -198,6 +202,76 @@ private Q_SLOTS:
         for (const Opening &opening : openings)
             swept += opening.swept;
         QCOMPARE(swept, orphans);
+    }
+
+    void nothingIsStoredBesideAStoreThatIsGone_data()
+    {
+        QTest::addColumn<Harm>("harm");
+        QTest::newRow("moved") << Harm(
+            [](const QString &folder) { QVERIFY(QDir().rename(folder, folder + QStringLiteral("-moved"))); });
+        QTest::newRow("removed") << Harm([](const QString &folder) { QVERIFY(QDir(folder).removeRecursively()); });
+        QTest::newRow("replaced by another") << Harm([](const QString &folder) {
+            QVERIFY(QDir().rename(folder, folder + QStringLiteral("-moved")));
+            RecordStore other;
+            QCOMPARE(other.open(folder).how, Opened::Begun);
+            QVERIFY(Face::of(QStringLiteral("clean")).addTo(other).ok());
+        });
+        QTest::newRow("without its database")
+            << Harm([](const QString &folder) { QVERIFY(QFile::remove(folder + QStringLiteral("/records.sqlite"))); });
+        QTest::newRow("without its lock")
+            << Harm([](const QString &folder) { QVERIFY(QFile::remove(folder + QStringLiteral("/records.lock"))); });
+    }
+    void nothingIsStoredBesideAStoreThatIsGone()
+    {
+        QFETCH(const Harm, harm);
+        const QString elsewhere = mDir->filePath(QStringLiteral("elsewhere"));
+        {
+            RecordStore other;
+            QCOMPARE(other.open(elsewhere).how, Opened::Begun);
+            QVERIFY(Face::of(QStringLiteral("scratched")).addTo(other).ok());
+        }
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        harm(mFolder);
+        const int before = countFiles(mDir->path());
+        const bool isThere = QDir(mFolder).exists();
+        Job job;
+        job.name = QStringLiteral("Panel");
+
+        const Problem problem = Face::of(QStringLiteral("scratched")).addTo(store).problem;
+        QCOMPARE(problem.fault, Fault::Gone);
+        QVERIFY2(problem.text.contains(mFolder), qPrintable(problem.text));
+        QCOMPARE(store.addJob(job).problem.fault, Fault::Gone);
+        QCOMPARE(store.setDecision(1, Decision::Accepted, {}).fault, Fault::Gone);
+        QCOMPARE(store.sweep().problem.fault, Fault::Gone);
+        QCOMPARE(store.merge(elsewhere).problem.fault, Fault::Gone);
+        QCOMPARE(store.backup(mDir->filePath(QStringLiteral("copy"))).problem.fault, Fault::Gone);
+
+        QCOMPARE(QDir(mFolder).exists(), isThere);
+        QCOMPARE(countFiles(mDir->path()), before);
+        QCOMPARE(store.count().value, 1);
+    }
+
+    void aStoreThatWasMovedGoesOnInItsNewPlace()
+    {
+        const QString moved = mDir->filePath(QStringLiteral("moved"));
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        QVERIFY(QDir().rename(mFolder, moved));
+        QCOMPARE(badFace().addTo(store).problem.fault, Fault::Gone);
+
+        QCOMPARE(store.open(moved).how, Opened::Usable);
+        QVERIFY(badFace().addTo(store).ok());
+        QCOMPARE(store.count().value, 2);
+        QVERIFY(store.verify().value.allWell());
+        QCOMPARE(store.open(mFolder).how, Opened::Begun); // in the place of the former one
+    }
+
+    void aFolderOfPicturesIsMadeNowhereElse()
+    {
+        const PictureStore pictures(mDir->filePath(QStringLiteral("nowhere/pictures")));
+        QVERIFY(!pictures.put("a picture").ok());
+        QVERIFY(!QDir(mDir->filePath(QStringLiteral("nowhere"))).exists());
     }
 
 private:
