@@ -14,7 +14,7 @@ enum class Fault : int {
     DiskFull, ///< nothing was changed; the call may be repeated when there is room again
     Busy, ///< another program writes, for longer than was waited
     LaterVersion, ///< written by a later version of this library
-    Damaged, ///< the database; opening the store again keeps it aside and begins a new one
+    Damaged, ///< the database; opening the store again mends its index, or keeps it aside and begins a new one
     Foreign, ///< a database, but none of ours
     NotFound, ///< there is no such record
     Invalid, ///< the arguments make no record

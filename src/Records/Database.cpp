@@ -114,6 +114,7 @@ Problem Database::open(Access access)
 {
     if (!QSqlDatabase::isDriverAvailable(QStringLiteral("QSQLITE")))
         return {Fault::NoDriver, QStringLiteral("Qt's driver for SQLite is not installed")};
+    mAccess = access;
     mDatabase = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), mConnection);
     mDatabase.setConnectOptions(optionsFor(access));
     mDatabase.setDatabaseName(nameFor(mPath, access));
@@ -163,6 +164,12 @@ Answer<QVariant> Database::value(const char *statement, const QVariantList &valu
     return {first, problemOf(query)};
 }
 
+void Database::noteDamage() const
+{
+    if (!mSuspicion.isEmpty())
+        makeEmptyFile(mSuspicion);
+}
+
 QSqlQuery Database::query() const
 {
     QSqlQuery query(mDatabase);
@@ -182,8 +189,8 @@ Problem Database::problemOf(const QSqlError &error) const
     const int code = error.nativeErrorCode().toInt();
     const bool isFull = (code & primaryCode) == InputOutput && isDiskFull(mPath);
     const Fault fault = isFull ? Fault::DiskFull : faultOf(code);
-    if (fault == Fault::Damaged && !mSuspicion.isEmpty())
-        makeEmptyFile(mSuspicion);
+    if (fault == Fault::Damaged)
+        noteDamage();
     return {fault, QStringLiteral("%1: %2").arg(mPath, error.databaseText().simplified())};
 }
 

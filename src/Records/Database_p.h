@@ -43,9 +43,12 @@ public:
     /// The first value of the first row; invalid when there is none.
     Answer<QVariant> value(const char *statement, const QVariantList &values = {}) const;
 
+    void noteDamage() const; ///< for who opens it next
+
     QSqlQuery query() const;
     Problem problemOf(const QSqlQuery &query) const;
     bool isOpen() const { return mDatabase.isOpen(); }
+    Access access() const { return mAccess; }
 
 private:
     Problem problemOf(const QSqlError &error) const;
@@ -54,6 +57,7 @@ private:
     const QString mSuspicion;
     const QString mConnection;
     QSqlDatabase mDatabase;
+    Access mAccess = Access::ReadOnly;
     QVector<QPair<QString, FileIdentity>> mBound;
 };
 

@@ -376,6 +376,17 @@ QString searchFor(const QString &text)
     return wanted.join(QLatin1Char(' '));
 }
 
+/// A whole index refuses nothing: what it refuses is not the fault of the record.
+Problem indexChosen(Database &database, const char *choice, Id id)
+{
+    Query query(database, QLatin1String(words) + QLatin1String(choice));
+    query.run({id});
+    if (query.problem().fault != Fault::Invalid)
+        return query.problem();
+    database.noteDamage();
+    return {Fault::Damaged, query.problem().text};
+}
+
 /// The rows that a filter lets through, as the end of a statement.
 struct Choice
 {
@@ -506,16 +517,12 @@ Answer<int> count(const Database &database, const Filter &filter)
 
 Problem index(Database &database, Id id)
 {
-    Query query(database, QLatin1String(words) + QStringLiteral("WHERE inspection.id = ?"));
-    query.run({id});
-    return query.problem();
+    return indexChosen(database, "WHERE inspection.id = ?", id);
 }
 
 Problem indexJob(Database &database, Id job)
 {
-    Query query(database, QLatin1String(words) + QStringLiteral("WHERE point.job = ?"));
-    query.run({job});
-    return query.problem();
+    return indexChosen(database, "WHERE point.job = ?", job);
 }
 
 bool ShapeBudget::covers(const QByteArray &shape)

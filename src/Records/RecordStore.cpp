@@ -8,6 +8,7 @@
 #include "Records/MergeRows_p.h"
 #include "Records/RowChecks_p.h"
 #include "Records/Schema_p.h"
+#include "Records/SearchIndex_p.h"
 #include "Records/StoreFolder_p.h"
 #include "Records/StoreLock_p.h"
 
@@ -200,7 +201,7 @@ QSet<QByteArray> namesOf(const QVector<InspectionRows::Named> &all)
 }
 
 /// Whether SQLite's own check finds nothing. @param faults receives what it finds
-Problem checkWhole(const Database &database, QStringList *faults)
+Problem checkTables(const Database &database, QStringList *faults)
 {
     Query query(database, "PRAGMA integrity_check");
     query.run({});
@@ -213,6 +214,19 @@ Problem checkWhole(const Database &database, QStringList *faults)
     while (faults->size() < mostFaults && orphans.next())
         faults->append(QStringLiteral("A row of %1 belongs to nothing").arg(orphans.text(0)));
     return query.problem().ok() ? orphans.problem() : query.problem();
+}
+
+/// The same, and whether searching finds what is there. SQLite does not look into an index of words.
+Problem checkWhole(Database &database, QStringList *faults)
+{
+    const Problem problem = checkTables(database, faults);
+    if (!problem.ok())
+        return problem;
+    const Answer<bool> isKnown = Schema::isOfThisVersion(database);
+    const Answer<QString> fault = isKnown.value ? SearchIndex::fault(database) : Answer<QString>();
+    if (!fault.value.isEmpty())
+        faults->append(fault.value);
+    return isKnown.ok() ? fault.problem : isKnown.problem;
 }
 
 /// Whether a folder is the other one or lies below it; neither need be there yet.
@@ -232,7 +246,7 @@ Problem checkForeign(const Database &database, const Database &ours, const Store
     Problem problem = Schema::checkSame(database, ours);
     QStringList faults;
     if (problem.ok())
-        problem = checkWhole(database, &faults);
+        problem = checkTables(database, &faults);
     if (!problem.ok() || !faults.isEmpty())
         return problem.ok() ? Problem{Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), faults.first())}
                             : problem;
@@ -441,7 +455,9 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
 
     // It was seen to be damaged. The check takes its time, so it is for such a case only.
     QStringList faults;
-    problem = checkWhole(*mDatabase, &faults);
+    problem = SearchIndex::mendIfWrong(*mDatabase);
+    if (problem.ok())
+        problem = checkTables(*mDatabase, &faults);
     if (problem.ok() && !faults.isEmpty())
         problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(folder.database(), faults.first())};
     if (problem.ok())

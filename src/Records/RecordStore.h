@@ -162,7 +162,7 @@ public:
     /// Removes pictures that no inspection names. Opening does it when it is needed.
     Answer<int> sweep();
 
-    /// Checks the database and the sums of all pictures. Takes its time.
+    /// Checks the database, the index for searching and the sums of all pictures. Takes its time.
     /// @param goesOn if given, is told of each picture, and ends the work by answering false
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 

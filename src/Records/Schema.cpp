@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/Schema_p.h"
+#include "Records/SearchIndex_p.h"
 
 #include <QSet>
 
@@ -104,16 +105,6 @@ constexpr const char *tables[] = {
         PRIMARY KEY (inspection, position)) STRICT)",
 };
 
-// The words of each inspection, under its id.
-constexpr const char *search[] = {
-    R"(CREATE VIRTUAL TABLE search USING fts5 (
-        job, customer, site, operator, point, note,
-        tokenize = 'unicode61 remove_diacritics 2', prefix = '1 2 3'))",
-    R"(INSERT INTO search (rowid, job, customer, site, operator, point, note)
-        SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note
-        FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job)",
-};
-
 template <std::size_t count>
 Problem runAll(Database &database, const char *const (&statements)[count])
 {
@@ -134,7 +125,7 @@ struct Step
 // The version of a database is the number of steps that it has taken. What was released is never changed here.
 constexpr std::array<Step, 2> steps = {{
     {[](Database &database) { return runAll(database, tables); }, "PRAGMA user_version = 1"},
-    {[](Database &database) { return runAll(database, search); }, "PRAGMA user_version = 2"},
+    {[](Database &database) { return SearchIndex::create(database); }, "PRAGMA user_version = 2"},
 }};
 
 struct State
@@ -174,13 +165,11 @@ Problem take(Database &database, const Step &step, std::size_t before)
 }
 
 /// Reads from each table: what is grossly damaged shows at once.
-Problem touch(const Database &database, int version)
+Problem touch(const Database &database)
 {
-    constexpr int firstTables = 6;
-    constexpr int withSearch = 2; // the version that brought another one
-    const int tableCount = firstTables + (version >= withSearch ? 1 : 0);
+    constexpr int tableCount = 6;
     const Answer<QVariant> found = database.value("SELECT count(*) FROM sqlite_schema WHERE type = 'table' AND name IN "
-                                                  "('job', 'point', 'inspection', 'zone', 'rule', 'defect', 'search')");
+                                                  "('job', 'point', 'inspection', 'zone', 'rule', 'defect')");
     if (!found.ok() || found.value.toInt() != tableCount)
         return found.ok() ? Problem{Fault::Damaged, QStringLiteral("A table of the store is missing")} : found.problem;
     for (const char *const statement : {"SELECT max(id) FROM job", "SELECT max(id) FROM point",
@@ -223,7 +212,8 @@ Problem prepare(Database &database, bool *isNew)
         if (!problem.ok())
             return problem;
     }
-    return touch(database, static_cast<int>(steps.size()));
+    const Problem problem = touch(database);
+    return problem.ok() ? SearchIndex::mendIfUnusable(database) : problem;
 }
 
 Problem check(const Database &database)
@@ -234,7 +224,13 @@ Problem check(const Database &database)
     if (state.value.isEmpty())
         return {Fault::NotFound, QStringLiteral("The database has no tables yet")};
     const Problem verdict = judge(state.value);
-    return verdict.ok() ? touch(database, state.value.version) : verdict;
+    return verdict.ok() ? touch(database) : verdict;
+}
+
+Answer<bool> isOfThisVersion(const Database &database)
+{
+    const Answer<State> state = stateOf(database);
+    return {state.value.version == static_cast<int>(steps.size()), state.problem};
 }
 
 Problem checkSame(const Database &other, const Database &ours)

@@ -13,6 +13,9 @@ Problem prepare(Database &database, bool *isNew);
 /// What prepare() tells without changing anything.
 Problem check(const Database &database);
 
+/// Neither an earlier one nor a later one.
+Answer<bool> isOfThisVersion(const Database &database);
+
 /// Whether a database that check() has let through holds nothing but what ours does: its rows hold to what our tables
 /// demand, and no index or constraint of its own keeps us busy.
 Problem checkSame(const Database &other, const Database &ours);

@@ -105,7 +105,7 @@ private:
     bool mIsReady = false;
 };
 
-enum class Harm : int { Garbage, Header, Truncated, Emptied, Removed, TableGone, SearchGone };
+enum class Harm : int { Garbage, Header, Truncated, Emptied, Removed, TableGone };
 } // namespace
 
 Q_DECLARE_METATYPE(Harm)
@@ -297,7 +297,6 @@ private Q_SLOTS:
         QTest::newRow("emptied") << Harm::Emptied;
         QTest::newRow("removed") << Harm::Removed;
         QTest::newRow("without a table") << Harm::TableGone;
-        QTest::newRow("without what is searched") << Harm::SearchGone;
     }
     void aDamagedDatabaseIsKeptAside()
     {
@@ -325,6 +324,83 @@ private Q_SLOTS:
         QVERIFY(badFace().addTo(store).ok());
         QVERIFY(store.verify().value.allWell());
         QCOMPARE(store.open(mFolder).how, Opened::Usable);
+    }
+
+    void aDamagedIndexOfWordsIsToldAndMadeAnew_data()
+    {
+        QTest::addColumn<QString>("statement");
+        QTest::addColumn<bool>("showsAtOnce"); // or when something is searched for or stored
+        const auto row = [](const char *name, const char *statement, bool showsAtOnce) {
+            QTest::newRow(name) << QString::fromLatin1(statement) << showsAtOnce;
+        };
+        row("head", "UPDATE search_data SET block = randomblob(60) WHERE id = 10", true);
+        row("head without parts", "UPDATE search_data SET block = x'00' WHERE id = 10", false);
+        row("leaves", "UPDATE search_data SET block = randomblob(length(block)) WHERE id > 10", false);
+        row("no settings", "DELETE FROM search_config", true);
+        row("a part missing", "DROP TABLE search_data", true);
+        row("missing", "DROP TABLE search", true);
+        row("a row missing", "DELETE FROM search_content", false);
+        row("a row too many", "INSERT INTO search (rowid, note) VALUES (77, 'x')", false);
+        row("other words", "INSERT OR REPLACE INTO search (rowid, note) VALUES (1, 'x')", false);
+    }
+    void aDamagedIndexOfWordsIsToldAndMadeAnew()
+    {
+        QFETCH(const QString, statement);
+        QFETCH(const bool, showsAtOnce);
+        {
+            RecordStore store;
+            QVERIFY(store.open(mFolder).canWrite());
+            QCOMPARE(store.setDecision(1, Decision::Accepted, QStringLiteral("scratched")).fault, Fault::None);
+        }
+        QCOMPARE(OwnConnection(mFolder).run(statement), QStringList());
+        Filter filter;
+        filter.text = QStringLiteral("scratch");
+
+        RecordStore reader;
+        QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QCOMPARE(reader.count().value, 1);
+        QVERIFY(!reader.verify().value.allWell());
+        reader.close();
+        RecordStore store;
+        QFile::remove(mFolder + QStringLiteral("/records.suspect"));
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        if (!showsAtOnce) {
+            const Verification found = store.verify().value;
+            QCOMPARE(found.databaseFaults.size(), 1);
+            QVERIFY2(found.databaseFaults.first().contains(QStringLiteral("search")),
+                qPrintable(found.databaseFaults.first()));
+            QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        }
+
+        QCOMPARE(store.list(filter).value.size(), 1);
+        const Answer<Id> id = badFace().addTo(store);
+        QVERIFY2(id.ok(), qPrintable(id.problem.text));
+        QCOMPARE(store.list(filter).value.size(), 1);
+        const Verification found = store.verify().value;
+        QVERIFY2(found.allWell(), qPrintable(found.databaseFaults.join(QLatin1Char('\n'))));
+        QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
+        store.close();
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("SELECT name FROM sqlite_schema WHERE name = 'search'")),
+            QStringList(QStringLiteral("search")));
+    }
+
+    void anInspectionThatTheIndexRefusesIsStoredTheNextTime()
+    {
+        {
+            RecordStore store;
+            QVERIFY(store.open(mFolder).canWrite());
+            QCOMPARE(store.setDecision(1, Decision::Accepted, QStringLiteral("dusty")).fault, Fault::None);
+        }
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("UPDATE search_data SET block = x'00' WHERE id = 10")),
+            QStringList());
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        const Problem problem = store.setDecision(1, Decision::Accepted, QStringLiteral("scratched"));
+        QVERIFY2(
+            problem.fault == Fault::Damaged, qPrintable(problem.text)); // not "left out" as for a record of its own
+
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QCOMPARE(store.setDecision(1, Decision::Accepted, QStringLiteral("scratched")).fault, Fault::None);
     }
 
     void damageThatShowsLaterIsKeptAsideTheNextTime()
@@ -633,9 +709,6 @@ private:
             break;
         case Harm::Removed:
             QVERIFY(QFile::remove(mDatabase));
-            break;
-        case Harm::SearchGone:
-            QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("DROP TABLE search")), QStringList());
             break;
         case Harm::TableGone:
             QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("DROP TABLE defect")), QStringList());
