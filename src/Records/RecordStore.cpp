@@ -430,8 +430,10 @@ Opening RecordStore::openAlone(const StoreFolder &folder)
     if (problem.ok()) {
         Opening opening;
         opening.how = isNew ? Opened::Begun : Opened::Usable;
-        if (mLock->interruption().hasHappened)
-            opening.swept = sweepAfterInterruption();
+        const Answer<int> swept = sweepAfterInterruption();
+        if (swept.ok())
+            mLock->settle();
+        opening.swept = swept.value;
         return opening;
     }
     mDatabase.reset();
@@ -473,6 +475,8 @@ Opening RecordStore::beginAnew(const StoreFolder &folder, const Problem &problem
     QFile::remove(folder.suspicion());
     bool isNew = false;
     const Problem second = prepare(folder, &isNew);
+    if (second.ok())
+        mLock->settle(); // what was left was moved with the rest
     return {second.ok() ? Opened::BegunAnew : Opened::No, second.ok() ? problem : second, aside, 0};
 }
 
@@ -661,32 +665,35 @@ Answer<Inspection> RecordStore::inspectAgain(Id id) const
 
 // --- Upkeep ----------------------------------------------------------------------------------------------------------
 
-int RecordStore::sweepNow()
+Answer<int> RecordStore::sweepNow()
 {
     const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
     if (!all.ok())
-        return 0; // what is named is not known, so everything may be
+        return {0, all.problem}; // what is named is not known, so everything may be
     const QSet<QByteArray> names = namesOf(all.value);
-    return mPictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); });
+    return {mPictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); }), {}};
 }
 
-int RecordStore::sweepAfterInterruption()
+Answer<int> RecordStore::sweepAfterInterruption()
 {
-    const StoreLock::Interruption former = mLock->interruption();
-    mLock->forgetInterruption();
+    const StoreLock::Interruption &former = mLock->interruption();
+    if (!former.hasHappened)
+        return {};
     if (!former.isOfThisBoot || former.pictures.contains(StoreLock::anyPicture))
         return sweepNow();
     int swept = 0;
     for (const QByteArray &hash : former.pictures) {
         const Answer<bool> isNamed = InspectionRows::isNamed(*mDatabase, hash);
-        swept += mPictures.sweepOne(hash, isNamed.value || !isNamed.ok());
+        if (!isNamed.ok())
+            return {swept, isNamed.problem};
+        swept += mPictures.sweepOne(hash, isNamed.value);
     }
-    return swept;
+    return {swept, {}};
 }
 
 Answer<int> RecordStore::sweep()
 {
-    return writing([&]() -> Answer<int> { return {sweepNow(), {}}; });
+    return writing([&] { return sweepNow(); });
 }
 
 Answer<Verification> RecordStore::verify(const std::function<bool(int done, int all)> &goesOn) const
@@ -827,6 +834,7 @@ Answer<Merge> RecordStore::mergeFrom(
     if (!problem.ok())
         return {{}, problem};
     pictures.keep();
+    mLock->note({});
     return {done, {}};
 }
 

@@ -190,8 +190,8 @@ private:
     Opening openForReading(const StoreFolder &folder, Opened how, const Problem &problem);
     Problem prepare(const StoreFolder &folder, bool *isNew);
     Answer<Id> store(const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
-    int sweepNow();
-    int sweepAfterInterruption();
+    Answer<int> sweepNow();
+    Answer<int> sweepAfterInterruption();
     Problem copyPictures(const PictureStore &target, Backup *done) const;
     Answer<Merge> mergeFrom(const Database &source, const PictureStore &sourcePictures,
         const std::function<bool(int done, int all)> &goesOn);

@@ -93,24 +93,36 @@ StoreLock::Interruption readNotes(int descriptor)
 }
 } // namespace
 
-StoreLock::StoreLock(int descriptor)
+StoreLock::StoreLock(int descriptor, const QString &path)
     : mDescriptor(descriptor)
+    , mPath(path)
     , mInterruption(readNotes(descriptor))
 {
+}
+
+void StoreLock::settle()
+{
+    if (mIsSettled)
+        return;
+    mIsSettled = true;
+    mInterruption = {};
     note({}); // should there be no room for it, there will be none for a picture either
     fsync(mDescriptor);
 }
 
 bool StoreLock::note(const QList<QByteArray> &pictures) const
 {
-    const QByteArray text = QByteArray(mark) + '\n' + bootId() + '\n' + pictures.join('\n');
+    const QByteArray names = mIsSettled ? pictures.join('\n') : QByteArray(anyPicture);
+    const QByteArray text = QByteArray(mark) + '\n' + bootId() + '\n' + names;
     return pwrite(mDescriptor, text.constData(), static_cast<std::size_t>(text.size()), 0) == text.size()
         && ftruncate(mDescriptor, text.size()) == 0;
 }
 
 StoreLock::~StoreLock()
 {
-    if (ftruncate(mDescriptor, 0) == 0)
+    // What was under way when the store was moved could not be taken back there.
+    const bool isInPlace = identity() == FileIdentity::of(mPath);
+    if (mIsSettled && isInPlace && ftruncate(mDescriptor, 0) == 0)
         fsync(mDescriptor);
     close(mDescriptor);
 }
@@ -126,7 +138,7 @@ std::shared_ptr<StoreLock> StoreLock::take(const QString &folder, Problem *probl
     const int descriptor = openLocked(path, problem);
     if (descriptor < 0)
         return {};
-    const std::shared_ptr<StoreLock> lock(new StoreLock(descriptor));
+    const std::shared_ptr<StoreLock> lock(new StoreLock(descriptor, path));
     known = lock;
     return lock;
 }

@@ -34,7 +34,9 @@ public:
         QList<QByteArray> pictures; ///< that it was about to store
     };
     const Interruption &interruption() const { return mInterruption; }
-    void forgetInterruption() { mInterruption = {}; } ///< what it left was swept
+
+    /// What the interruption left was swept. Until then, its notes stay for who comes next.
+    void settle();
 
     FileIdentity identity() const { return FileIdentity::of(mDescriptor); } ///< of its file
 
@@ -53,10 +55,12 @@ public:
     QMutex &writing() { return mWriting; }
 
 private:
-    explicit StoreLock(int descriptor);
+    StoreLock(int descriptor, const QString &path);
 
-    int mDescriptor;
+    const int mDescriptor;
+    const QString mPath;
     Interruption mInterruption;
+    bool mIsSettled = false;
     const std::shared_ptr<void> mUse = std::make_shared<char>();
     QMutex mWriting;
 };

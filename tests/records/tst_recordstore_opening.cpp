@@ -10,8 +10,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
 #include <functional>
+#include <sys/wait.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace Records;
@@ -204,6 +207,64 @@ private Q_SLOTS:
         QCOMPARE(swept, orphans);
     }
 
+    void whatWasLeftIsSweptWhenTheStoreCanBeOpenedAgain_data()
+    {
+        QTest::addColumn<QString>("harm");
+        QTest::addColumn<QString>("mending");
+        QTest::newRow("of a later version")
+            << QStringLiteral("PRAGMA user_version = 99") << QStringLiteral("PRAGMA user_version = 2");
+        QTest::newRow("of somebody else")
+            << QStringLiteral("PRAGMA application_id = 7") << QStringLiteral("PRAGMA application_id = 1447187011");
+    }
+    void whatWasLeftIsSweptWhenTheStoreCanBeOpenedAgain()
+    {
+        QFETCH(const QString, harm);
+        QFETCH(const QString, mending);
+        constexpr int orphans = 3;
+        addOrphans(mFolder, orphans);
+        leaveNotes(mFolder);
+        OwnConnection(mFolder).run(harm);
+        QVERIFY(!RecordStore().open(mFolder).canWrite());
+        OwnConnection(mFolder).run(mending);
+
+        QCOMPARE(RecordStore().open(mFolder).swept, orphans);
+        QCOMPARE(RecordStore().open(mFolder).swept, 0);
+    }
+
+    void aSweepThatWasKilledIsDoneByTheNextStart()
+    {
+        constexpr int orphans = 4000;
+        addOrphans(mFolder, orphans);
+        leaveNotes(mFolder);
+        const QString pictures = mFolder + QStringLiteral("/pictures");
+        const int before = countFiles(pictures);
+        const pid_t child = fork();
+        if (child == 0) {
+            RecordStore().open(mFolder);
+            _exit(0);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(countFiles(pictures) < before, patience);
+        ::kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+
+        const int left = countFiles(pictures) - 2; // of the inspection
+        QCOMPARE(RecordStore().open(mFolder).swept, left);
+        QCOMPARE(countFiles(pictures), 2);
+    }
+
+    void aMergeLeavesNothingToSweep()
+    {
+        RecordStore store;
+        QCOMPARE(store.open(mDir->filePath(QStringLiteral("here"))).how, Opened::Begun);
+        QVERIFY(store.merge(mFolder).ok());
+
+        QFile lock(mDir->filePath(QStringLiteral("here/records.lock")));
+        QVERIFY(lock.open(QIODevice::ReadOnly));
+        const QByteArray notes = lock.readAll();
+        QVERIFY(!notes.isEmpty());
+        QVERIFY2(!notes.endsWith("any"), notes.constData()); // or the next start would look at all pictures
+    }
+
     void nothingIsStoredBesideAStoreThatIsGone_data()
     {
         QTest::addColumn<Harm>("harm");
@@ -260,6 +321,8 @@ private Q_SLOTS:
         QVERIFY(QDir().rename(mFolder, moved));
         QCOMPARE(badFace().addTo(store).problem.fault, Fault::Gone);
 
+        store.close();
+        QVERIFY(QFileInfo(moved + QStringLiteral("/records.lock")).size() > 0); // what was under way is looked at there
         QCOMPARE(store.open(moved).how, Opened::Usable);
         QVERIFY(badFace().addTo(store).ok());
         QCOMPARE(store.count().value, 2);
