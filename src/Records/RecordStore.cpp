@@ -65,6 +65,12 @@ Problem invalid(const QString &text)
     return {Fault::Invalid, text};
 }
 
+/// It would mean the root of all folders.
+Problem noFolder()
+{
+    return invalid(QStringLiteral("A store needs a folder"));
+}
+
 Problem checkTexts(const QStringList &texts)
 {
     for (const QString &text : texts) {
@@ -388,14 +394,16 @@ auto RecordStore::writing(Call call) -> decltype(call())
 Opening RecordStore::open(const QString &folder, Mode mode)
 {
     close();
+    if (folder.isEmpty())
+        return {Opened::No, noFolder(), {}, 0};
     const StoreFolder place(folder);
     mThread = QThread::currentThread();
     mPictures = PictureStore(place.pictures());
-    mFolder = folder;
+    mFolder = place.path();
     if (mode == Mode::ReadOnly)
         return openForReading(place, Opened::AsReader, {});
 
-    QDir().mkpath(folder); // what goes wrong with it shows with the lock
+    place.make();
     Problem problem;
     mLock = StoreLock::take(folder, &problem);
     if (!mLock)
@@ -732,12 +740,14 @@ Answer<Backup> RecordStore::backup(const QString &folder) const
         const Problem obstacle = mDatabase->checkPlace();
         if (!obstacle.ok())
             return {{}, obstacle};
+        if (folder.isEmpty())
+            return {{}, noFolder()};
         const StoreFolder target(folder);
         if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
             return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
         if (isWithin(folder, StoreFolder(mFolder).pictures())) // a sweep would take its pictures for unwanted ones
             return {{}, invalid(QStringLiteral("%1 lies among the pictures of the store").arg(folder))};
-        QDir().mkpath(folder);
+        target.make();
         const FolderLock lock(folder);
         if (lock.isOthers())
             return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
@@ -780,6 +790,8 @@ Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool
         const Problem obstacle = whyNotWriting();
         if (!obstacle.ok())
             return {{}, obstacle};
+        if (folder.isEmpty())
+            return {{}, noFolder()};
         const StoreFolder place(folder);
         if (!place.hasDatabase())
             return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};

@@ -123,7 +123,8 @@ public:
     RecordStore &operator=(const RecordStore &) = delete;
 
     /// What was open before is closed. A store that cannot be written to is opened for reading. Of threads that open it
-    /// at once, the first one is told what was begun, kept aside or swept; the others wait for it.
+    /// at once, the first one is told what was begun, kept aside or swept; the others wait for it. A folder without a
+    /// name is Fault::Invalid, here as in backup() and merge(); a relative one stays what it is at this moment.
     Opening open(const QString &folder, Mode mode = Mode::ReadWrite);
     void close();
     bool isOpen() const;

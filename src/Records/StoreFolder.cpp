@@ -53,8 +53,18 @@ FileIdentity FileIdentity::of(int descriptor)
 }
 
 StoreFolder::StoreFolder(const QString &path)
-    : mPath(path)
+    : mPath(QFileInfo(path).absoluteFilePath())
 {
+}
+
+void StoreFolder::make() const
+{
+    QStringList missing;
+    for (QString path = mPath; !QFileInfo::exists(path) && !QFileInfo(path).isRoot(); path = QFileInfo(path).path())
+        missing << path;
+    QDir().mkpath(mPath);
+    for (const QString &path : qAsConst(missing))
+        WholeFile::syncFolder(QFileInfo(path).path()); // or a power failure takes all of the store away
 }
 
 QString StoreFolder::database() const

@@ -30,7 +30,11 @@ class StoreFolder
 public:
     explicit StoreFolder(const QString &path);
 
+    /// Absolute: the program may go to another folder, and SQLite takes what begins with "file:" for an address.
     const QString &path() const { return mPath; }
+
+    /// Where it is not there yet. What goes wrong with it shows with the first file.
+    void make() const;
     QString database() const;
     QString journal() const; ///< of the database: what has not found its way into it yet
     QString pictures() const;

@@ -91,6 +91,23 @@ int countOf(const std::vector<Opening> &openings, Opened how)
         openings.cbegin(), openings.cend(), [how](const Opening &opening) { return opening.how == how; }));
 }
 
+/// For the time of a scope.
+class WorkingFolder
+{
+public:
+    explicit WorkingFolder(const QString &folder)
+        : mFormer(QDir::currentPath())
+    {
+        QDir::setCurrent(folder);
+    }
+    ~WorkingFolder() { QDir::setCurrent(mFormer); }
+    WorkingFolder(const WorkingFolder &) = delete;
+    WorkingFolder &operator=(const WorkingFolder &) = delete;
+
+private:
+    const QString mFormer;
+};
+
 using Harm = std::function<void(const QString &folder)>;
 } // namespace
 
@@ -328,6 +345,50 @@ private Q_SLOTS:
         QCOMPARE(store.count().value, 2);
         QVERIFY(store.verify().value.allWell());
         QCOMPARE(store.open(mFolder).how, Opened::Begun); // in the place of the former one
+    }
+
+    void noNameIsNoFolder()
+    {
+        RecordStore store;
+        for (const auto mode : {RecordStore::Mode::ReadWrite, RecordStore::Mode::ReadOnly}) {
+            const Opening opening = store.open(QString(), mode);
+            QCOMPARE(opening.how, Opened::No);
+            QCOMPARE(opening.problem.fault, Fault::Invalid);
+        }
+        QVERIFY(store.open(mFolder).canWrite());
+        QCOMPARE(store.merge(QString()).problem.fault, Fault::Invalid);
+        QCOMPARE(store.backup(QLatin1String("")).problem.fault, Fault::Invalid);
+    }
+
+    void aNameThatLooksLikeAnAddressIsAFolder()
+    {
+        const WorkingFolder here(mDir->path());
+        RecordStore store;
+        QCOMPARE(store.open(QStringLiteral("file:x")).how, Opened::Begun);
+        QVERIFY(badFace().addTo(store).ok());
+        QVERIFY(store.backup(QStringLiteral("file:y?mode=memory")).ok());
+        store.close();
+
+        for (const char *const name : {"file:x", "file:y?mode=memory"}) {
+            QVERIFY(QFile::exists(QLatin1String(name) + QStringLiteral("/records.sqlite")));
+            QCOMPARE(store.open(QLatin1String(name)).how, Opened::Usable);
+            QVERIFY(store.verify().value.allWell());
+            QCOMPARE(store.count().value, 1);
+        }
+        QVERIFY(!QFile::exists(QStringLiteral("x")));
+        QVERIFY(!QFile::exists(QStringLiteral("y")));
+    }
+
+    void aStoreStaysWhereItIsWhenTheProgramGoesElsewhere()
+    {
+        const WorkingFolder here(mDir->path());
+        RecordStore store;
+        QVERIFY(store.open(QStringLiteral("store")).canWrite());
+        const WorkingFolder elsewhere(QDir::rootPath());
+
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(store).ok());
+        QVERIFY(store.verify().value.allWell());
+        QCOMPARE(countFiles(mFolder + QStringLiteral("/pictures")), 4);
     }
 
     void aFolderOfPicturesIsMadeNowhereElse()

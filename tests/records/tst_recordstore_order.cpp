@@ -108,6 +108,14 @@ private Q_SLOTS:
         QVERIFY(row > 0);
     }
 
+    void theFolderOfANewStoreIsOnTheDisk()
+    {
+        QCOMPARE(RecordStore().open(mDir->filePath(QStringLiteral("outer/store"))).how, Opened::Begun);
+        const QString root = QFileInfo(mDir->path()).fileName();
+        QVERIFY2(diskLog().contains(root), qPrintable(diskLog().join(QLatin1Char(' '))));
+        QVERIFY(diskLog().contains(QStringLiteral("outer")));
+    }
+
     void whatTheDiskRefusesIsNotStored_data()
     {
         QTest::addColumn<QString>("entry");
