@@ -12,7 +12,7 @@ enum class Fault : int {
     WrongThread, ///< not the one that opened the store
     ReadOnly, ///< the store, its folder, or the disk
     DiskFull, ///< nothing was changed; the call may be repeated when there is room again
-    Busy, ///< another program writes, for longer than was waited
+    Busy, ///< another program writes, for longer than was waited; or this thread does, and asks whether to go on
     LaterVersion, ///< written by a later version of this library
     Damaged, ///< the database; opening the store again mends its index, or keeps it aside and begins a new one
     Foreign, ///< a database, but none of ours

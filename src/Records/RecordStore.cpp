@@ -193,6 +193,23 @@ private:
     const bool mIsOthers;
 };
 
+/// Counts the calls that are under way, one within the other.
+class Depth
+{
+public:
+    explicit Depth(int *calls)
+        : mCalls(calls)
+    {
+        ++*mCalls;
+    }
+    ~Depth() { --*mCalls; }
+    Depth(const Depth &) = delete;
+    Depth &operator=(const Depth &) = delete;
+
+private:
+    int *const mCalls;
+};
+
 QSet<QByteArray> namesOf(const QVector<InspectionRows::Named> &all)
 {
     QSet<QByteArray> names;
@@ -333,6 +350,8 @@ RecordStore::~RecordStore()
 
 void RecordStore::close()
 {
+    if (mCalls > 0) // somebody was asked whether to go on
+        return;
     mDatabase.reset();
     mUse.reset();
     if (mLock)
@@ -354,6 +373,7 @@ auto RecordStore::guarded(Call call) const -> decltype(call())
         return failed<Result>({Fault::NotOpen, QStringLiteral("The store is not open")});
     if (QThread::currentThread() != mThread)
         return failed<Result>({Fault::WrongThread, QStringLiteral("The store was opened in another thread")});
+    const Depth depth(&mCalls);
     try {
         return call();
     } catch (const std::exception &exception) {
@@ -377,7 +397,9 @@ auto RecordStore::writing(Call call) -> decltype(call())
         const Problem obstacle = whyNotWriting();
         if (!obstacle.ok())
             return failed<Result>(obstacle);
-        const QMutexLocker locker(&mLock->writing());
+        const StoreLock::Turn turn(*mLock);
+        if (!turn.problem().ok())
+            return failed<Result>(turn.problem());
         Transaction transaction(*mDatabase);
         if (!transaction.problem().ok())
             return failed<Result>(transaction.problem());
@@ -393,6 +415,8 @@ auto RecordStore::writing(Call call) -> decltype(call())
 
 Opening RecordStore::open(const QString &folder, Mode mode)
 {
+    if (mCalls > 0)
+        return {Opened::No, {Fault::Busy, QStringLiteral("The store is at work")}, {}, 0};
     close();
     if (folder.isEmpty())
         return {Opened::No, noFolder(), {}, 0};
@@ -420,7 +444,9 @@ Opening RecordStore::open(const QString &folder, Mode mode)
 /// What this sweeps, moves or brings up to date, no other thread may be opening or writing.
 Opening RecordStore::openForWriting(const StoreFolder &folder)
 {
-    const QMutexLocker locker(&mLock->writing());
+    const StoreLock::Turn turn(*mLock);
+    if (!turn.problem().ok())
+        return {Opened::No, turn.problem(), {}, 0};
     const Opening opening = openAlone(folder);
     if (opening.canWrite())
         mUse = mLock->use();
@@ -591,7 +617,9 @@ Answer<Id> RecordStore::addInspection(const Origin &origin, const Inspection &in
 Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
 {
     const QByteArray annotated = pngOf(inspection.annotatedImage());
-    const QMutexLocker locker(&mLock->writing());
+    const StoreLock::Turn turn(*mLock);
+    if (!turn.problem().ok())
+        return {noId, turn.problem()};
     if (!mLock->note({PictureStore::hashOf(picture), PictureStore::hashOf(annotated)}))
         return {noId, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
     NewPictures pictures(mPictures);
@@ -817,7 +845,9 @@ Answer<Merge> RecordStore::mergeFrom(
     const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(source);
     if (!all.ok())
         return {{}, all.problem};
-    const QMutexLocker locker(&mLock->writing());
+    const StoreLock::Turn turn(*mLock);
+    if (!turn.problem().ok())
+        return {{}, turn.problem()};
     if (!mLock->note({StoreLock::anyPicture}))
         return {{}, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
 

@@ -101,8 +101,10 @@ struct Merge
 /// is moved or removed while it is open, all that writes answers Fault::Gone, and nothing is made in its place.
 ///
 /// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
-/// folder, and may write as well. Of all programs one writes, the first to come; others read beside it. There must be
-/// a QCoreApplication.
+/// folder, and may write as well, in turns: a merge has its turn from its first picture to its end. A function that is
+/// asked whether to go on may read; what writes into a store that its thread is writing into answers Fault::Busy, as
+/// does open(), and close() does nothing. Of all programs one writes, the first to come; others read beside it. There
+/// must be a QCoreApplication.
 class VANTORBASERECORDS_EXPORT RecordStore
 {
 public:
@@ -203,6 +205,7 @@ private:
     PictureStore mPictures;
     QString mFolder;
     QThread *mThread = nullptr;
+    mutable int mCalls = 0; ///< under way
 };
 
 } // namespace Records

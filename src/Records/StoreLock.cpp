@@ -127,6 +127,29 @@ StoreLock::~StoreLock()
     close(mDescriptor);
 }
 
+StoreLock::Turn::Turn(StoreLock &lock)
+    : mLock(lock)
+    , mIsOurs(lock.mWriter != std::this_thread::get_id())
+{
+    if (!mIsOurs)
+        return;
+    mLock.mWriting.lock();
+    mLock.mWriter = std::this_thread::get_id();
+}
+
+StoreLock::Turn::~Turn()
+{
+    if (!mIsOurs)
+        return;
+    mLock.mWriter = std::thread::id();
+    mLock.mWriting.unlock();
+}
+
+Problem StoreLock::Turn::problem() const
+{
+    return mIsOurs ? Problem() : Problem{Fault::Busy, QStringLiteral("This thread is writing into the store already")};
+}
+
 std::shared_ptr<StoreLock> StoreLock::take(const QString &folder, Problem *problem)
 {
     const QMutexLocker locker(&registry().mutex);

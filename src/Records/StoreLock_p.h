@@ -8,7 +8,9 @@
 #include <QList>
 #include <QMutex>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 namespace Records {
 
@@ -51,8 +53,22 @@ public:
     /// no row names, all would have to be looked at. Returns whether there was room for it.
     bool note(const QList<QByteArray> &pictures) const;
 
-    /// Held by the thread that opens the store, writes pictures and rows, or sweeps.
-    QMutex &writing() { return mWriting; }
+    /// Held by the thread that opens the store, writes pictures and rows, or sweeps; others wait for it.
+    class Turn
+    {
+    public:
+        explicit Turn(StoreLock &lock);
+        ~Turn();
+        Turn(const Turn &) = delete;
+        Turn &operator=(const Turn &) = delete;
+
+        /// Busy: this thread has it already, and would wait for itself.
+        Problem problem() const;
+
+    private:
+        StoreLock &mLock;
+        const bool mIsOurs;
+    };
 
 private:
     StoreLock(int descriptor, const QString &path);
@@ -63,6 +79,7 @@ private:
     bool mIsSettled = false;
     const std::shared_ptr<void> mUse = std::make_shared<char>();
     QMutex mWriting;
+    std::atomic<std::thread::id> mWriter{};
 };
 
 } // namespace Records

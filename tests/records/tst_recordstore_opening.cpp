@@ -34,6 +34,13 @@ void overwrite(const QString &path, const QByteArray &bytes)
     QCOMPARE(file.write(bytes), bytes.size());
 }
 
+Job panel()
+{
+    Job job;
+    job.name = QStringLiteral("Panel");
+    return job;
+}
+
 /// What a machine leaves that stopped while somebody wrote.
 void leaveNotes(const QString &folder)
 {
@@ -109,9 +116,11 @@ private:
 };
 
 using Harm = std::function<void(const QString &folder)>;
+using Call = std::function<Fault(RecordStore &store, const QString &folder)>;
 } // namespace
 
 Q_DECLARE_METATYPE(Harm)
+Q_DECLARE_METATYPE(Call)
 Q_DECLARE_METATYPE(Records::Opened)
 
 class TestRecordStoreOpening : public QObject
@@ -313,13 +322,11 @@ private Q_SLOTS:
         harm(mFolder);
         const int before = countFiles(mDir->path());
         const bool isThere = QDir(mFolder).exists();
-        Job job;
-        job.name = QStringLiteral("Panel");
 
         const Problem problem = Face::of(QStringLiteral("scratched")).addTo(store).problem;
         QCOMPARE(problem.fault, Fault::Gone);
         QVERIFY2(problem.text.contains(mFolder), qPrintable(problem.text));
-        QCOMPARE(store.addJob(job).problem.fault, Fault::Gone);
+        QCOMPARE(store.addJob(panel()).problem.fault, Fault::Gone);
         QCOMPARE(store.setDecision(1, Decision::Accepted, {}).fault, Fault::Gone);
         QCOMPARE(store.sweep().problem.fault, Fault::Gone);
         QCOMPARE(store.merge(elsewhere).problem.fault, Fault::Gone);
@@ -389,6 +396,56 @@ private Q_SLOTS:
         QVERIFY(Face::of(QStringLiteral("clean")).addTo(store).ok());
         QVERIFY(store.verify().value.allWell());
         QCOMPARE(countFiles(mFolder + QStringLiteral("/pictures")), 4);
+    }
+
+    void whoIsAskedWhetherToGoOnCanWriteNothing_data()
+    {
+        QTest::addColumn<Call>("call");
+        const auto row = [](const char *name, const Call &call) { QTest::newRow(name) << call; };
+        row("job", [](RecordStore &store, const QString &) { return store.addJob(panel()).problem.fault; });
+        row("inspection", [](RecordStore &store, const QString &) { return badFace().addTo(store).problem.fault; });
+        row("decision",
+            [](RecordStore &store, const QString &) { return store.setDecision(1, Decision::Accepted, {}).fault; });
+        row("sweep", [](RecordStore &store, const QString &) { return store.sweep().problem.fault; });
+        row("merge", [](RecordStore &store, const QString &folder) { return store.merge(folder).problem.fault; });
+        row("open", [](RecordStore &store, const QString &folder) { return store.open(folder).problem.fault; });
+    }
+    void whoIsAskedWhetherToGoOnCanWriteNothing()
+    {
+        QFETCH(const Call, call);
+        const QString folder = mDir->filePath(QStringLiteral("here"));
+        RecordStore store;
+        RecordStore second; // of the same thread
+        QCOMPARE(store.open(folder).how, Opened::Begun);
+        QCOMPARE(second.open(folder).how, Opened::Usable);
+        QVector<Fault> faults;
+
+        const Answer<Merge> merged = store.merge(mFolder, [&](int, int) {
+            faults << call(store, folder);
+            if (second.canWrite())
+                faults << call(second, folder);
+            return true;
+        });
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QVERIFY(!faults.isEmpty());
+        QCOMPARE(faults, QVector<Fault>(faults.size(), Fault::Busy));
+        QCOMPARE(store.count().value, 1);
+        QVERIFY(badFace().addTo(store).ok());
+        QVERIFY(store.verify().value.allWell());
+    }
+
+    void aStoreIsNotClosedUnderItsOwnWork()
+    {
+        RecordStore store;
+        QCOMPARE(store.open(mDir->filePath(QStringLiteral("here"))).how, Opened::Begun);
+        const Answer<Merge> merged = store.merge(mFolder, [&store](int, int) {
+            store.close();
+            return store.count().ok(); // reading is allowed
+        });
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(store.count().value, 1);
+        QVERIFY(store.canWrite());
     }
 
     void aFolderOfPicturesIsMadeNowhereElse()
