@@ -5,6 +5,8 @@
 #include <QDataStream>
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <zlib.h>
 
 namespace Records::InspectionRows {
@@ -18,6 +20,9 @@ constexpr int compression = 1; // outlines are mostly zeroes between small numbe
 constexpr int pointSize = 2 * sizeof(double); // bytes
 constexpr int shapeHead = 3 * sizeof(double) + 2 * sizeof(quint32); // bytes of the circle and two numbers of points
 constexpr qint64 maxShapeSize = shapeHead + qint64(RecordStore::maxOutlinePoints) * pointSize; // bytes, unpacked
+
+constexpr double mostRadius = std::numeric_limits<float>::max(); // pixels
+constexpr float mostScale = 1e12F; // beyond, no picture can be scaled
 
 constexpr char insertInspection[] =
     "INSERT INTO inspection (identity, point, made, standard, verdict, reason, detail, decision, note, scope, "
@@ -115,6 +120,13 @@ QVariant hashValue(const QByteArray &hash)
     return hash.isEmpty() ? QVariant(QVariant::ByteArray) : QVariant(QByteArray::fromHex(hash));
 }
 
+/// No table takes a scale without end. An inspection that failed by it is stored all the same.
+double scaleOf(const Origin &origin, Reason reason)
+{
+    const bool isKept = reason != Reason::UnusableScale || std::abs(origin.scale) <= mostScale;
+    return isKept ? static_cast<double>(origin.scale) : 0;
+}
+
 QByteArray packed(const StoredDefect &defect)
 {
     QByteArray bytes;
@@ -123,6 +135,11 @@ QByteArray packed(const StoredDefect &defect)
     stream << defect.enclosingCircle.center << static_cast<double>(defect.enclosingCircle.radius)
            << defect.boundingRectPoints << defect.pixels;
     return qCompress(bytes, compression);
+}
+
+bool isSomewhere(const QPointF &point)
+{
+    return qIsFinite(point.x()) && qIsFinite(point.y());
 }
 
 /// Believes no length that the bytes cannot hold.
@@ -135,7 +152,7 @@ bool readPoints(QDataStream &stream, QVector<QPointF> *points)
     points->resize(static_cast<int>(count));
     for (QPointF &point : *points)
         stream >> point;
-    return stream.status() == QDataStream::Ok;
+    return stream.status() == QDataStream::Ok && std::all_of(points->cbegin(), points->cend(), isSomewhere);
 }
 
 /// What qCompress() has packed. qUncompress() would make room for more than the packed bytes say, again and again.
@@ -148,10 +165,11 @@ QByteArray unpacked(const QByteArray &packed)
         return {};
     QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
     uLongf length = size;
-    const int result = uncompress(reinterpret_cast<Bytef *>(bytes.data()), &length,
-        reinterpret_cast<const Bytef *>(packed.constData()) + sizeof size,
-        static_cast<uLong>(packed.size()) - sizeof size);
-    return result == Z_OK && length == size ? bytes : QByteArray();
+    const uLong all = static_cast<uLong>(packed.size()) - sizeof size;
+    uLong used = all;
+    const int result = uncompress2(reinterpret_cast<Bytef *>(bytes.data()), &length,
+        reinterpret_cast<const Bytef *>(packed.constData()) + sizeof size, &used);
+    return result == Z_OK && length == size && used == all ? bytes : QByteArray();
 }
 
 bool unpack(const QByteArray &shape, StoredDefect *defect)
@@ -161,6 +179,8 @@ bool unpack(const QByteArray &shape, StoredDefect *defect)
     stream.setVersion(streamVersion);
     double radius = 0;
     stream >> defect->enclosingCircle.center >> radius;
+    if (!isSomewhere(defect->enclosingCircle.center) || !(std::abs(radius) <= mostRadius))
+        return false;
     defect->enclosingCircle.radius = static_cast<float>(radius);
     return readPoints(stream, &defect->boundingRectPoints) && readPoints(stream, &defect->pixels) && stream.atEnd();
 }
@@ -196,7 +216,7 @@ QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const 
         static_cast<int>(inspection.standardId()), static_cast<int>(verdictOf(inspection)), nameOf(inspection.reason()),
         toValue(inspection.detail().left(RecordStore::maxTextLength)), static_cast<int>(Decision::Undecided),
         toValue(QString()), toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
-        static_cast<double>(origin.scale), origin.maxImagePixels,
+        scaleOf(origin, inspection.reason()), origin.maxImagePixels,
         orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0))),
         origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double), toValue(origin.software),
         static_cast<double>(inspection.micronsPerPixel()), cladding.center.x(), cladding.center.y(),

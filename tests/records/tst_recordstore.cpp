@@ -183,6 +183,33 @@ private Q_SLOTS:
         QCOMPARE(stored.zones, StoredZone::of(none.result()));
     }
 
+    void anInspectionAtAnImpossibleScaleIsStored_data()
+    {
+        QTest::addColumn<float>("scale");
+        QTest::newRow("no number") << std::numeric_limits<float>::quiet_NaN();
+        QTest::newRow("endless") << std::numeric_limits<float>::infinity();
+        QTest::newRow("huge") << 1e30F;
+        QTest::newRow("negative") << -1.0F;
+    }
+    void anInspectionAtAnImpossibleScaleIsStored()
+    {
+        QFETCH(const float, scale);
+        const Face &face = Face::of(QStringLiteral("clean"));
+        InspectionOptions options;
+        options.scale = scale;
+        const Inspection none =
+            inspect(face.inspection.image(), Standard::IEC61300_3_35_SM_RL45, Device::ks20(), options);
+        QCOMPARE(none.reason(), Inspection::Reason::UnusableScale);
+
+        const auto id = mStore->addInspection(Origin::of(noId, Device::ks20(), options), none, face.picture);
+
+        QVERIFY2(id.ok(), qPrintable(id.problem.text));
+        const StoredInspection stored = mStore->inspection(id.value).value;
+        QCOMPARE(stored.reason, Inspection::Reason::UnusableScale);
+        QVERIFY(!(stored.origin.scale > 0)); // as unusable as it was
+        QVERIFY(mStore->verify().value.allWell());
+    }
+
     void anInspectionOfNoPictureIsStored()
     {
         const Inspection missing = inspectFile(QStringLiteral("/nowhere/face.jpg"), Standard::Manual);

@@ -2,10 +2,25 @@
 #include "OwnConnection.h"
 #include "StoredFaces.h"
 
+#include <QDataStream>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
+
 using namespace Records;
+
+namespace {
+/// As a defect keeps them: a circle, no points of its rectangle, one pixel.
+QByteArray shapeOf(double center, double radius, double pixel)
+{
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setVersion(QDataStream::Qt_5_15);
+    stream << QPointF(center, center) << radius << QVector<QPointF>() << QVector<QPointF>{QPointF(pixel, pixel)};
+    return qCompress(bytes);
+}
+} // namespace
 
 class TestRecordStoreSchema : public QObject
 {
@@ -139,6 +154,18 @@ private Q_SLOTS:
         QCOMPARE(Face::of(QStringLiteral("clean")).addTo(store).value, Id(2));
     }
 
+    void aShapeOfNumbersIsNone()
+    {
+        OwnConnection(mDir->path())
+            .run(QStringLiteral("UPDATE defect SET shape = x'%1'").arg(QString::fromLatin1(shapeOf(1, 2, 3).toHex())));
+        RecordStore store;
+        store.open(mDir->path());
+        const Answer<StoredInspection> stored = store.inspection(1);
+        QVERIFY2(stored.ok(), qPrintable(stored.problem.text));
+        QCOMPARE(stored.value.defects.first().enclosingCircle.radius, 2.0F);
+        QCOMPARE(stored.value.defects.first().pixels, QVector<QPointF>({QPointF(3, 3)}));
+    }
+
     void aHostileShapeIsToldAsDamage_data()
     {
         QTest::addColumn<QString>("shape");
@@ -151,6 +178,17 @@ private Q_SLOTS:
         many.append("\xff\xff\xff\xff", 4);
         QTest::newRow("claims more points than there are")
             << QStringLiteral("x'%1'").arg(QString::fromLatin1(qCompress(many).toHex()));
+        const auto row = [](const char *name, const QByteArray &shape) {
+            QTest::newRow(name) << QStringLiteral("x'%1'").arg(QString::fromLatin1(shape.toHex()));
+        };
+        constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+        constexpr double endless = std::numeric_limits<double>::infinity();
+        row("circle nowhere", shapeOf(notANumber, 1, 1));
+        row("endless circle", shapeOf(1, endless, 1));
+        row("circle too large for a single number", shapeOf(1, 1e300, 1));
+        row("point nowhere", shapeOf(1, 1, notANumber));
+        row("point at the end of all things", shapeOf(1, 1, -endless));
+        row("something behind it", shapeOf(1, 1, 1) + QByteArray(1000, 'x'));
     }
     void aHostileShapeIsToldAsDamage()
     {
