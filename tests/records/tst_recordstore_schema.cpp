@@ -166,6 +166,38 @@ private Q_SLOTS:
         QCOMPARE(stored.value.defects.first().pixels, QVector<QPointF>({QPointF(3, 3)}));
     }
 
+    void aJobOfAnyNumberStays()
+    {
+        {
+            OwnConnection own(mDir->path());
+            QCOMPARE(own.run(QStringLiteral("INSERT INTO job SELECT -5, randomblob(16), 'odd', '', '', '', standard, "
+                                            "created, NULL FROM job")),
+                QStringList());
+            QCOMPARE(own.run(QStringLiteral("INSERT INTO job SELECT -6, randomblob(16), 'odder', '', '', '', standard, "
+                                            "created, NULL FROM job WHERE id > 0")),
+                QStringList());
+            QCOMPARE(own.run(QStringLiteral("UPDATE point SET job = -6")), QStringList());
+        }
+        RecordStore store;
+        const Opening opening = store.open(mDir->path());
+        QVERIFY2(opening.how == Opened::Usable, qPrintable(opening.problem.text));
+        QCOMPARE(store.jobs().value.size(), 3);
+    }
+
+    void aStoreThatWasAnalysedCanBeMerged()
+    {
+        QCOMPARE(OwnConnection(mDir->path()).run(QStringLiteral("ANALYZE")), QStringList());
+        const QTemporaryDir dir;
+        RecordStore store;
+        QCOMPARE(store.open(dir.path()).how, Opened::Begun);
+
+        const Answer<Merge> merged = store.merge(mDir->path());
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.inspections, 1);
+        QCOMPARE(OwnConnection(dir.path()).run(QStringLiteral("ANALYZE")), QStringList());
+        QVERIFY(store.merge(mDir->path()).ok());
+    }
+
     void aHostileShapeIsToldAsDamage_data()
     {
         QTest::addColumn<QString>("shape");
