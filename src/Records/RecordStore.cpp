@@ -89,6 +89,22 @@ Problem checkJob(const Job &job)
     return checkTexts({job.name, job.customer, job.site, job.operatorName});
 }
 
+/// Whether the point is there, or none is meant, and has to be inspected by this standard.
+Problem checkPoint(const Database &database, Id point, FiberInspection::Standard::Id standard)
+{
+    if (point == noId)
+        return {};
+    const Answer<QVariant> wanted =
+        database.value("SELECT job.standard FROM point JOIN job ON job.id = point.job WHERE point.id = ?", {point});
+    if (!wanted.ok())
+        return wanted.problem;
+    if (!wanted.value.isValid())
+        return {Fault::NotFound, QStringLiteral("There is no point %1").arg(point)};
+    if (wanted.value.toInt() != static_cast<int>(standard))
+        return invalid(QStringLiteral("The job of point %1 is by another standard").arg(point));
+    return {};
+}
+
 Page usable(const Page &page)
 {
     return {qMax(0, page.offset), qBound(0, page.rows, Page::maxRows)};
@@ -633,8 +649,9 @@ Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection
     Transaction transaction(*mDatabase);
     if (!transaction.problem().ok())
         return {noId, transaction.problem()};
-    if (origin.point != noId && !mDatabase->value("SELECT id FROM point WHERE id = ?", {origin.point}).value.isValid())
-        return {noId, {Fault::NotFound, QStringLiteral("There is no point %1").arg(origin.point)}};
+    const Problem misplaced = checkPoint(*mDatabase, origin.point, inspection.standardId());
+    if (!misplaced.ok())
+        return {noId, misplaced};
     const Answer<Id> id = InspectionRows::add(*mDatabase, origin, inspection, {source.value, painted.value});
     if (!id.ok())
         return {noId, id.problem};
