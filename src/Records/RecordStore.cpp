@@ -436,7 +436,16 @@ Opening RecordStore::open(const QString &folder, Mode mode)
     close();
     if (folder.isEmpty())
         return {Opened::No, noFolder(), {}, 0};
-    const StoreFolder place(folder);
+    try {
+        return openFolder(StoreFolder(folder), mode);
+    } catch (const std::exception &exception) {
+        close();
+        return {Opened::No, {Fault::OutOfMemory, QString::fromLocal8Bit(exception.what())}, {}, 0};
+    }
+}
+
+Opening RecordStore::openFolder(const StoreFolder &place, Mode mode)
+{
     mThread = QThread::currentThread();
     mPictures = PictureStore(place.pictures());
     mFolder = place.path();
@@ -445,7 +454,7 @@ Opening RecordStore::open(const QString &folder, Mode mode)
 
     place.make();
     Problem problem;
-    mLock = StoreLock::take(folder, &problem);
+    mLock = StoreLock::take(place.path(), &problem);
     if (!mLock)
         return openForReading(place, howWithout(problem.fault), problem);
     const Opening opening = openForWriting(place);

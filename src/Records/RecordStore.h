@@ -188,6 +188,7 @@ private:
     auto writing(Call call) -> decltype(call());
 
     Problem whyNotWriting() const;
+    Opening openFolder(const StoreFolder &place, Mode mode);
     Opening openForWriting(const StoreFolder &folder);
     Opening openAlone(const StoreFolder &folder);
     Opening beginAnew(const StoreFolder &folder, const Problem &problem);

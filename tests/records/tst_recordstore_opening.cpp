@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
 #include "OwnConnection.h"
 #include "StoredFaces.h"
 
@@ -365,6 +366,22 @@ private Q_SLOTS:
         QVERIFY(store.open(mFolder).canWrite());
         QCOMPARE(store.merge(QString()).problem.fault, Fault::Invalid);
         QCOMPARE(store.backup(QLatin1String("")).problem.fault, Fault::Invalid);
+    }
+
+    void wantOfMemoryIsTold()
+    {
+        constexpr int length = 16 * 1024 * 1024;
+        constexpr quint64 more = length / 4; // bytes: for no second one of the name
+        const QString folder(length, QLatin1Char('x'));
+        RecordStore store;
+        Opening opening;
+        {
+            const Faults::MemoryLimit limit(more);
+            opening = store.open(folder);
+        }
+        QCOMPARE(opening.how, Opened::No);
+        QCOMPARE(opening.problem.fault, Fault::OutOfMemory);
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
     }
 
     void aNameThatLooksLikeAnAddressIsAFolder()
