@@ -510,7 +510,7 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
     if (problem.ok())
         problem = Schema::prepare(*mDatabase, isNew);
     if (problem.ok())
-        problem = Transaction(*mDatabase).problem(); // a file that is write-protected shows only now
+        problem = mDatabase->run("DELETE FROM job WHERE 0"); // a file that is write-protected shows only now
     if (!problem.ok() || !QFile::exists(folder.suspicion()))
         return problem;
 
