@@ -152,6 +152,14 @@ Problem Database::run(const char *statement, const QVariantList &values)
     return query.problem();
 }
 
+Problem Database::runAtOnce(const char *statement)
+{
+    run("PRAGMA busy_timeout = 0");
+    const Problem problem = run(statement);
+    run(("PRAGMA busy_timeout = " + QByteArray::number(patience)).constData());
+    return problem;
+}
+
 Answer<QVariant> Database::value(const char *statement, const QVariantList &values) const
 {
     QSqlQuery query = this->query();

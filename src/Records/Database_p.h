@@ -40,6 +40,8 @@ public:
 
     Problem run(const char *statement, const QVariantList &values = {});
 
+    Problem runAtOnce(const char *statement); ///< Busy where another program writes, without waiting for it
+
     /// The first value of the first row; invalid when there is none.
     Answer<QVariant> value(const char *statement, const QVariantList &values = {}) const;
 

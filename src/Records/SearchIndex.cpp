@@ -50,7 +50,7 @@ Problem runAll(Database &database, const QStringList &statements)
     return {};
 }
 
-/// Compares its words with those of one that was made just now, for who may not write.
+/// Compares its words with those of one that was made just now, for who may not write, or not at this moment.
 Problem compareWords(Database &database)
 {
     const auto ofFresh = [](const char *statement) {
@@ -78,9 +78,12 @@ Problem check(Database &database)
         return wrong.problem;
     if (wrong.value.toInt() > 0)
         return {Fault::Damaged, QStringLiteral("%1 texts are not those of the records").arg(wrong.value.toInt())};
-    return database.access() == Database::Access::ReadWrite
-        ? database.run("INSERT INTO search (search) VALUES ('integrity-check')")
-        : compareWords(database);
+    if (database.access() == Database::Access::ReadWrite) {
+        const Problem problem = database.runAtOnce("INSERT INTO search (search) VALUES ('integrity-check')");
+        if (problem.ok() || isOwnFault(problem))
+            return problem;
+    }
+    return compareWords(database);
 }
 
 Problem makeAnew(Database &database)

@@ -384,6 +384,25 @@ private Q_SLOTS:
             QStringList(QStringLiteral("search")));
     }
 
+    void theIndexIsLookedAtWhileSomebodyElseWrites()
+    {
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        QCOMPARE(store.setDecision(1, Decision::Accepted, QStringLiteral("scratched")).fault, Fault::None);
+        OwnConnection own(mFolder);
+        QCOMPARE(own.run(QStringLiteral("BEGIN IMMEDIATE")), QStringList());
+
+        const Answer<Verification> whole = store.verify();
+        QVERIFY2(whole.ok() && whole.value.allWell(), qPrintable(whole.problem.text));
+        QCOMPARE(own.run(QStringLiteral("UPDATE search_data SET block = x'00' WHERE id = 10")), QStringList());
+        QCOMPARE(own.run(QStringLiteral("COMMIT")), QStringList());
+        QCOMPARE(own.run(QStringLiteral("BEGIN IMMEDIATE")), QStringList());
+
+        const Answer<Verification> damaged = store.verify();
+        QVERIFY2(damaged.ok(), qPrintable(damaged.problem.text));
+        QVERIFY(!damaged.value.allWell());
+    }
+
     void anInspectionThatTheIndexRefusesIsStoredTheNextTime()
     {
         {
