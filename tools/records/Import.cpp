@@ -79,6 +79,20 @@ bool agrees(const QString &asked, const QString &there)
     return asked.isEmpty() || asked == there;
 }
 
+InspectionSummary summaryOf(Id id, const Inspection &inspection)
+{
+    InspectionSummary row;
+    row.id = id;
+    if (inspection.hasVerdict())
+        row.verdict = inspection.passed() ? Verdict::Passed : Verdict::Failed;
+    row.reason = inspection.reason();
+    row.detail = inspection.detail();
+    return row;
+}
+
+/// Whether the job has had a picture before.
+enum class Known : int { Not, Already };
+
 class Importer
 {
 public:
@@ -99,9 +113,9 @@ private:
     bool addPointsOfRun();
     bool import(const Picture &picture);
     bool store(const Picture &picture, const QByteArray &bytes);
-    bool printKnown(const Picture &picture, const InspectionSummary &row);
+    Answer<InspectionSummary> find(const Picture &picture, const QByteArray &bytes) const;
     Answer<Id> pointNamed(const QString &name);
-    bool printVerdict(const Picture &picture, const Inspection &inspection, Id id);
+    bool printVerdict(const Picture &picture, const InspectionSummary &row, Known known);
     bool printLine(const QString &point, const QString &verdict, const QString &rest);
     bool printSummary();
     void leaveOut(const QString &path, const QString &reason);
@@ -120,7 +134,7 @@ private:
     QHash<QString, Id> mPoints; ///< of the job and the side, by their names
     int mFailure = Tools::Done; ///< what ends the program early
     int mCounts[3] = {0, 0, 0}; ///< by verdict
-    int mKnown = 0;
+    int mKnownCounts[3] = {0, 0, 0}; ///< the same of those that were known
     int mLeftOut = 0;
     int mPointWidth = 0; ///< columns
 };
@@ -267,22 +281,33 @@ bool Importer::import(const Picture &picture)
                            : QStringLiteral("there is nothing in the file"));
         return true;
     }
+    const Answer<InspectionSummary> known = find(picture, bytes);
+    if (!known.ok())
+        return fail(tell(known.problem));
+    const InspectionSummary &row = known.value;
+    if (row.id == noId)
+        return store(picture, bytes);
+    if (row.point == mPoints.value(picture.point, noId))
+        return printVerdict(picture, row, Known::Already);
+    leaveOut(picture.path, // or its point would look inspected, and stays open
+        QStringLiteral("it is the picture of inspection %1, point %2, side %3")
+            .arg(QString::number(row.id), Terminal::printable(row.pointName), Words::of(row.side)));
+    return true;
+}
+
+/// The inspection of the same picture in the job: of the same point, or else of another one.
+Answer<InspectionSummary> Importer::find(const Picture &picture, const QByteArray &bytes) const
+{
     Filter same;
     same.job = mJob.id;
     same.picture = PictureStore::hashOf(bytes);
-    const Answer<QVector<InspectionSummary>> known = mStore.list(same, {0, 1});
-    if (!known.ok())
-        return fail(tell(known.problem));
-    return known.value.isEmpty() ? store(picture, bytes) : printKnown(picture, known.value.first());
-}
-
-/// @param row of the same picture
-bool Importer::printKnown(const Picture &picture, const InspectionSummary &row)
-{
-    ++mKnown;
-    return printLine(picture.point, mStyle.dim(QStringLiteral("known").leftJustified(verdictWidth)),
-        QStringLiteral("%1: the picture of inspection %2, point %3")
-            .arg(Terminal::printableName(picture.path), QString::number(row.id), Terminal::printable(row.pointName)));
+    same.point = mPoints.value(picture.point, noId);
+    Answer<QVector<InspectionSummary>> known = mStore.list(same, {0, 1});
+    if (known.ok() && known.value.isEmpty()) {
+        same.point.reset();
+        known = mStore.list(same, {0, 1});
+    }
+    return {known.value.value(0), known.problem};
 }
 
 bool Importer::store(const Picture &picture, const QByteArray &bytes)
@@ -301,7 +326,7 @@ bool Importer::store(const Picture &picture, const QByteArray &bytes)
     const Answer<Id> id =
         point.ok() ? mStore.addInspection(Origin::of(point.value, mOptions.device, options), inspection, bytes) : point;
     if (id.ok())
-        return printVerdict(picture, inspection, id.value);
+        return printVerdict(picture, summaryOf(id.value, inspection), Known::Not);
     if (id.problem.fault != Fault::Invalid)
         return fail(tell(id.problem));
     leaveOut(picture.path, id.problem.text);
@@ -320,19 +345,19 @@ Answer<Id> Importer::pointNamed(const QString &name)
     return {added.value.first().id, {}};
 }
 
-bool Importer::printVerdict(const Picture &picture, const Inspection &inspection, Id id)
+bool Importer::printVerdict(const Picture &picture, const InspectionSummary &row, Known known)
 {
-    const Verdict verdict = !inspection.hasVerdict() ? Verdict::None
-        : inspection.passed()                        ? Verdict::Passed
-                                                     : Verdict::Failed;
-    ++mCounts[static_cast<int>(verdict)];
+    const bool isKnown = known == Known::Already;
+    const bool hasVerdict = row.verdict == Verdict::Passed || row.verdict == Verdict::Failed; // a row may say anything
+    ++(isKnown ? mKnownCounts : mCounts)[static_cast<int>(hasVerdict ? row.verdict : Verdict::None)];
     const QString path = Terminal::printableName(picture.path);
-    if (verdict == Verdict::None)
-        Terminal::tell(QStringLiteral("%1: %2").arg(path, inspection.problem()));
+    if (!hasVerdict)
+        Terminal::tell(QStringLiteral("%1: %2").arg(path, Words::reasonOf(row)));
     const QString word =
-        (verdict == Verdict::None ? QStringLiteral("no verdict") : Words::of(verdict)).leftJustified(verdictWidth);
-    return printLine(picture.point, verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
-        QStringLiteral("%1, inspection %2").arg(path, QString::number(id)));
+        (hasVerdict ? Words::of(row.verdict) : QStringLiteral("no verdict")).leftJustified(verdictWidth);
+    return printLine(picture.point, row.verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
+        QStringLiteral("%1, inspection %2%3")
+            .arg(path, QString::number(row.id), isKnown ? QStringLiteral(", known already") : QString()));
 }
 
 /// @param verdict as wide as all of them
@@ -346,12 +371,13 @@ bool Importer::printLine(const QString &point, const QString &verdict, const QSt
 bool Importer::printSummary()
 {
     const auto count = [this](Verdict verdict) { return QString::number(mCounts[static_cast<int>(verdict)]); };
+    const int known = mKnownCounts[0] + mKnownCounts[1] + mKnownCounts[2];
     const QString text =
         QStringLiteral("\nJob %1 \"%2\": %3 inspections: %4 passed, %5 failed, %6 without a verdict; "
                        "%7 known already, %8 left out\n")
             .arg(QString::number(mJob.id), Terminal::printable(mJob.name),
                 QString::number(mCounts[0] + mCounts[1] + mCounts[2]), count(Verdict::Passed), count(Verdict::Failed),
-                count(Verdict::None), QString::number(mKnown), QString::number(mLeftOut));
+                count(Verdict::None), QString::number(known), QString::number(mLeftOut));
     return mOutput.write(text.toUtf8());
 }
 
@@ -372,9 +398,13 @@ bool Importer::fail(int exitCode, const QString &reason)
 
 int Importer::exitCode() const
 {
-    if (mCounts[static_cast<int>(Verdict::None)] > 0 || mLeftOut > 0)
+    const auto has = [this](Verdict verdict) {
+        const int at = static_cast<int>(verdict);
+        return mCounts[at] + mKnownCounts[at] > 0;
+    };
+    if (has(Verdict::None) || mLeftOut > 0)
         return Tools::NotAnswered;
-    return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? Tools::NotPassed : Tools::Done;
+    return has(Verdict::Failed) ? Tools::NotPassed : Tools::Done;
 }
 } // namespace
 
