@@ -54,7 +54,7 @@ struct PictureFault
 /// What verify() has found.
 struct Verification
 {
-    QStringList databaseFaults; ///< as the database tells them
+    QStringList databaseFaults; ///< as the database tells them, and records that cannot be read back; the first ones
     QVector<PictureFault> pictureFaults;
     int pictures = 0; ///< that were looked at
 
@@ -160,8 +160,9 @@ public:
     /// Removes pictures that no inspection names. Opening does it when it is needed.
     Answer<int> sweep();
 
-    /// Checks the database and the sums of all pictures. Takes its time.
-    /// @param goesOn if given, is told of each picture, and ends the work by answering false
+    /// Checks the database, its values, whether each inspection can be read back, and the sums of all pictures. What a
+    /// later version has written may have values that are not known here, and these are not looked at. Takes its time.
+    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
     /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it

@@ -62,6 +62,7 @@ const Table &inspections()
         {
             {"made", firstYear, lastYear},
             {"standard", 0, Standard::Manual},
+            {"verdict", 0, static_cast<int>(Verdict::Failed)},
             {"decision", 0, static_cast<int>(Decision::ToRepeat)},
             {"fov_width", leastInt, anyInt},
             {"fov_height", leastInt, anyInt},

@@ -916,6 +916,51 @@ private Q_SLOTS:
             QCOMPARE(values.value(names.indexOf(QString::fromUtf8(name))), QString());
     }
 
+    void anExportGoesOnBehindARecordThatCannotBeRead_data()
+    {
+        QTest::addColumn<QString>("damaged");
+        QTest::addColumn<int>("whole");
+        for (const char *const format : {"--json", "--csv"}) {
+            QTest::addRow("%s first", format) << QStringLiteral("1") << 1;
+            QTest::addRow("%s last", format) << QStringLiteral("2") << 1;
+            QTest::addRow("%s all", format) << QStringLiteral("1, 2") << 0;
+        }
+    }
+    void anExportGoesOnBehindARecordThatCannotBeRead()
+    {
+        QFETCH(const QString, damaged);
+        QFETCH(const int, whole);
+        useSamples();
+        {
+            OwnConnection connection(mStore);
+            connection.run(QStringLiteral("INSERT INTO defect SELECT id, 1000, 0, 0, 1.0, 0.0, 0.0, 0, x'00' "
+                                          "FROM inspection WHERE id IN (%1)")
+                               .arg(damaged));
+        }
+        const QString format = QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(' '), 0, 0);
+        const QString path = mDir->filePath(QStringLiteral("all"));
+
+        const Outcome outcome = run({QStringLiteral("export"), format});
+        const Outcome filed = run({QStringLiteral("export"), format, QStringLiteral("-o"), path});
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors.size(), 2 - whole);
+        const QString id = damaged.section(QLatin1Char(','), -1).trimmed();
+        QCOMPARE(outcome.errors.constLast(),
+            QStringLiteral("vantor-records: inspection %1: the shape of a defect is damaged; it is left out").arg(id));
+        QCOMPARE(filed.exitCode, int(NotAnswered));
+        if (format == QLatin1String("--csv")) {
+            QCOMPARE(linesOf(outcome.output).size(), 1 + whole);
+            QCOMPARE(contentOf(path), outcome.bytes);
+            return;
+        }
+        for (const QByteArray &bytes : {outcome.bytes, contentOf(path)}) {
+            const QJsonObject document = QJsonDocument::fromJson(bytes).object();
+            QCOMPARE(recordsSchemaViolation(document), QString());
+            QCOMPARE(document.value(QStringLiteral("inspections")).toArray().size(), whole);
+        }
+    }
+
     void aFileIsWrittenWholeOrNotAtAll()
     {
         constexpr int size = 1024; // kibibytes
@@ -1221,6 +1266,19 @@ private Q_SLOTS:
         QCOMPARE(outcome.exitCode, int(Unavailable));
         QCOMPARE(outcome.errors,
             QStringList({QStringLiteral("vantor-records: a table of the store is not as it was made")}));
+    }
+
+    void aRecordThatCannotBeReadBackIsTold()
+    {
+        useSamples();
+        OwnConnection(mStore).run(QStringLiteral("UPDATE defect SET shape = x'00' WHERE inspection = 2"));
+
+        const Outcome outcome = run(QStringLiteral("verify"));
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        QCOMPARE(linesOf(outcome.output),
+            QStringList({QStringLiteral("database: Inspection 2: the shape of a defect is damaged"),
+                QStringLiteral("Checked the database and 4 pictures: 1 fault")}));
     }
 
     void aRowThatNothingWritesIsTold()

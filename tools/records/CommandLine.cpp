@@ -124,7 +124,7 @@ CommandLine::CommandLine()
         "  import FOLDER --job NAME inspects the pictures of a folder as points of a job; a picture that\n"
         "                           its point has already keeps its verdict, and one of another point\n"
         "                           is left out\n"
-        "  verify                   checks the database and the sums of all pictures\n"
+        "  verify                   checks the database, each record and the sums of all pictures\n"
         "  backup FOLDER            writes a copy, a store itself, into a folder that holds none; a folder\n"
         "                           and not a file, because the pictures belong to it\n"
         "  merge FOLDER             takes over what the store of another unit has and this one does not: all\n"
@@ -133,8 +133,8 @@ CommandLine::CommandLine()
         "Exit code: 0 done, and of import: all passed, 1 what was asked for is not there (an export of\n"
         "none is one), some failed, the store has faults, or of merge: inspections were decided\n"
         "differently, 2 some pictures could not be inspected, were left out, are missing or damaged,\n"
-        "64 wrong usage, 69 a store cannot be opened, or another program writes into it, 71 out of\n"
-        "memory, 74 the store, the output or stdout cannot be written.\n"
+        "or some records cannot be exported, 64 wrong usage, 69 a store cannot be opened, or another\n"
+        "program writes into it, 71 out of memory, 74 the store, the output or stdout cannot be written.\n"
         "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));

@@ -186,7 +186,7 @@ int verifyStore(const Options &options, const RecordStore &store)
     Watch watch;
     const Answer<Verification> found = store.verify(watch.goesOn());
     watch.end();
-    if (watch.isStopped())
+    if (found.problem.fault == Fault::Stopped)
         return watch.exitCode();
     if (!found.ok())
         return tell(found.problem);
