@@ -261,7 +261,7 @@ Problem Copy::take(Id known, const Said &here, const Said &there)
         mDone.disagreements.append(known);
         return {};
     }
-    ++mDone.decisions;
+    mDone.decisions.append(known);
     return InspectionRows::decide(mTarget, known, static_cast<Decision>(there.decision), there.note);
 }
 } // namespace

@@ -75,7 +75,7 @@ struct Merge
     int points = 0;
     int inspections = 0;
     int known = 0; ///< inspections that were here already
-    int decisions = 0; ///< taken over for those of them that had none here
+    QVector<Id> decisions; ///< those of them that had none here, and have it from there now
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here

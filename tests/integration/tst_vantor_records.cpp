@@ -1251,6 +1251,25 @@ private Q_SLOTS:
         QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
     }
 
+    void aDecisionThatIsTakenOverIsToldByItsInspection()
+    {
+        useSamples();
+        const QString other = mStore;
+        mStore = mDir->filePath(QStringLiteral("own"));
+        QCOMPARE(run({QStringLiteral("merge"), other}).exitCode, int(Done));
+        OwnConnection(other).run(
+            QStringLiteral("UPDATE inspection SET decision = 1, note = 'a' || char(27) || char(10) || 'b'"));
+
+        const Outcome outcome = run({QStringLiteral("merge"), other});
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        QCOMPARE(linesOf(outcome.output),
+            QStringList({QStringLiteral("inspection 1: taken over: accepted, a\\x1b b"),
+                QStringLiteral("inspection 2: taken over: accepted, a\\x1b b"),
+                QStringLiteral("New: 0 jobs, 0 points, 0 inspections, 0 pictures. 2 inspections known already, 2 "
+                               "decisions taken over.")}));
+    }
+
     void whatIsWrongThereIsNoWrongUsage()
     {
         useSamples();
