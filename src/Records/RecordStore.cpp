@@ -230,6 +230,8 @@ bool isWithin(const QString &folder, const QString &other)
 Problem checkForeign(const Database &database, const Database &ours, const StoreFolder &place)
 {
     Problem problem = Schema::checkSame(database, ours);
+    if (problem.ok())
+        problem = MergeRows::checkSize(database);
     QStringList faults;
     if (problem.ok())
         problem = checkWhole(database, &faults);

@@ -116,6 +116,10 @@ public:
     static constexpr int maxDefects = 65536;
     static constexpr int maxOutlinePoints = 4 * 1024 * 1024; ///< of all its defects together, 16 bytes each
 
+    // Of a store that is merged.
+    static constexpr int maxMergedJobs = 100'000;
+    static constexpr int maxMergedPoints = 1'000'000; ///< of all its jobs together
+
     RecordStore();
     ~RecordStore();
     RecordStore(const RecordStore &) = delete;
@@ -173,7 +177,8 @@ public:
     /// identity, points of a job by name and side, so twice is once. All of it, or nothing. What comes counts as later
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
-    /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped
+    /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
+    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:

@@ -463,6 +463,56 @@ private Q_SLOTS:
         QCOMPARE(here.count().value, 0);
     }
 
+    void aStoreOfManyRowsCanBeStopped_data()
+    {
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("jobs") << manyJobs(3000);
+        QTest::newRow("points") << manyPoints(3000);
+    }
+    void aStoreOfManyRowsCanBeStopped()
+    {
+        QFETCH(const QString, rows);
+        fill(mThere, "Panel");
+        QCOMPARE(OwnConnection(mThere).run(rows), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        constexpr int pictures = 6;
+        constexpr int inspections = 3;
+        int called = 0;
+
+        const Answer<Merge> stopped = here.merge(mThere, [&called](int, int) { return ++called <= pictures; });
+
+        QCOMPARE(stopped.problem.fault, Fault::Stopped);
+        QCOMPARE(called, pictures + 1);
+        QCOMPARE(here.jobs().value.size(), 0);
+        called = 0;
+        QVERIFY(here.merge(mThere, [&called](int, int) { return ++called > 0; }).ok());
+        QVERIFY2(called >= pictures + 3 + inspections, qPrintable(QString::number(called))); // each thousand
+    }
+
+    void aStoreOfTooManyRowsIsRefused_data()
+    {
+        QTest::addColumn<QString>("rows");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("jobs") << manyJobs(RecordStore::maxMergedJobs) << "The other store has 100001 jobs";
+        QTest::newRow("points") << manyPoints(RecordStore::maxMergedPoints) << "The other store has 1000002 points";
+    }
+    void aStoreOfTooManyRowsIsRefused()
+    {
+        QFETCH(const QString, rows);
+        QFETCH(const QString, text);
+        fill(mThere, "Panel");
+        QCOMPARE(OwnConnection(mThere).run(rows), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::TooLarge);
+        QCOMPARE(merged.problem.text, text);
+        QCOMPARE(here.jobs().value.size(), 0);
+    }
+
     void whoStopsItHasNothing_data()
     {
         QTest::addColumn<int>("calls");
@@ -595,6 +645,22 @@ private:
             const QByteArray picture = badFace().picture + QByteArray::number(i);
             QVERIFY(store.addInspection(badFace().origin(point), badFace().inspection, picture).ok());
         }
+    }
+
+    /// A statement that adds them.
+    static QString manyJobs(int count)
+    {
+        return QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                              "INSERT INTO job (identity, name, customer, site, operator, standard, created) "
+                              "SELECT randomblob(16), 'P', '', '', '', 0, 0 FROM n")
+            .arg(count);
+    }
+    static QString manyPoints(int count)
+    {
+        return QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                              "INSERT INTO point (job, name, position, side, fibre) "
+                              "SELECT 1, printf('P%07d', i), 1000 + i, 0, 0 FROM n")
+            .arg(count);
     }
 
     /// The packed shape of a defect. @param told the size that stands before it; -1: the true one
