@@ -11,6 +11,7 @@ constexpr int rowsBetweenQuestions = 1000; // whether to go on
 
 constexpr char sourceJobs[] =
     "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job ORDER BY id";
+constexpr int standardOfJob = 6;
 constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char sourcePoints[] = "SELECT id, job, name, side, fibre FROM point ORDER BY job, position";
@@ -126,6 +127,7 @@ public:
 
 private:
     bool goesOnBehind(int rows) const;
+    Problem checkStandard(const Query &job, Id known) const;
     Problem inspection(const Query &row);
     Problem add(const Query &row);
     Problem defects(Id from, Id to);
@@ -158,6 +160,16 @@ Problem Copy::count()
     return all.problem;
 }
 
+/// A job keeps its standard for good. @param known the job here
+Problem Copy::checkStandard(const Query &job, Id known) const
+{
+    const Answer<QVariant> here = mTarget.value("SELECT standard FROM job WHERE id = ?", {known});
+    if (!here.ok() || here.value == job.value(standardOfJob))
+        return here.problem;
+    return {
+        Fault::Damaged, QStringLiteral("Job %1 of the other store has another standard here").arg(job.longNumber(0))};
+}
+
 Problem Copy::jobs()
 {
     constexpr int columns = 8; // behind the id
@@ -171,6 +183,9 @@ Problem Copy::jobs()
         if (!known.ok())
             return known.problem;
         if (known.value.isValid()) {
+            const Problem problem = checkStandard(row, known.value.toLongLong());
+            if (!problem.ok())
+                return problem;
             mJobs.insert(row.longNumber(0), known.value.toLongLong());
             continue;
         }

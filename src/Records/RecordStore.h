@@ -145,7 +145,8 @@ public:
     Answer<QVector<Point>> addPoints(Id job, const PointRun &run);
     Answer<QVector<Point>> points(Id job) const; ///< in their order
 
-    /// Stores all that the inspection says. Its verdict may be shown when this has come back.
+    /// Stores all that the inspection says. Its verdict may be shown when this has come back. One of a point has to be
+    /// by the standard of its job.
     /// @param picture the bytes of the image file that was inspected; may be empty when there was none
     Answer<Id> addInspection(
         const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);

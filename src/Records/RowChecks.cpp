@@ -56,6 +56,11 @@ const Table &points()
     return table;
 }
 
+/// Its verdicts are by that.
+constexpr char hasStandardOfItsJob[] =
+    "(point IS NULL OR standard = (SELECT job.standard FROM point JOIN job ON job.id = point.job "
+    "WHERE point.id = inspection.point))";
+
 const Table &inspections()
 {
     static const Table table{"inspection", "Inspection", "id", "id",
@@ -83,7 +88,7 @@ const Table &inspections()
             {"raw_defects", 0, anyInt},
             {"merged_defects", 0, anyInt},
         },
-        {"reason", "detail", "note", "scope", "software"}, "1", 1};
+        {"reason", "detail", "note", "scope", "software"}, hasStandardOfItsJob, 1};
     return table;
 }
 

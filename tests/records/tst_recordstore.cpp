@@ -24,7 +24,7 @@ Job panelJob()
     job.customer = QStringLiteral("Müller & Söhne");
     job.site = QStringLiteral("Cellar");
     job.operatorName = QStringLiteral("Zoë");
-    job.standard = Standard::IEC61300_3_35_SM_APC;
+    job.standard = Standard::IEC61300_3_35_SM_RL45;
     return job;
 }
 
@@ -205,7 +205,9 @@ private Q_SLOTS:
 
     void aJobComesBackAsItWasAdded()
     {
-        const Answer<Job> added = mStore->addJob(panelJob());
+        Job made = panelJob();
+        made.standard = Standard::IEC61300_3_35_SM_APC;
+        const Answer<Job> added = mStore->addJob(made);
         QVERIFY2(added.ok(), qPrintable(added.problem.text));
         reopen();
 
@@ -214,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(job.customer, panelJob().customer);
         QCOMPARE(job.site, panelJob().site);
         QCOMPARE(job.operatorName, panelJob().operatorName);
-        QCOMPARE(job.standard, panelJob().standard);
+        QCOMPARE(job.standard, made.standard);
         QCOMPARE(job.identity, added.value.identity);
         QVERIFY(!job.identity.isNull());
         QCOMPARE(job.created, added.value.created);
@@ -606,6 +608,22 @@ private Q_SLOTS:
         QCOMPARE(stopped.problem.fault, Fault::Stopped); // nothing is known to be well
         QCOMPARE(stopped.value.pictures, 2);
         QVERIFY(mStore->verify([](int done, int all) { return done < all; }).ok());
+    }
+
+    void anInspectionIsOfTheStandardOfItsJob()
+    {
+        const Id job = mStore->addJob(panelJob()).value.id;
+        const Id point = mStore->addPoints(job, {QStringLiteral("1"), QStringLiteral("1"), {}, {}}).value[0].id;
+        const Face &other = Face::of(QStringLiteral("mm"));
+        QVERIFY(mStore->job(job).value.standard != other.inspection.standardId());
+
+        QCOMPARE(other.addTo(*mStore, point).problem.fault, Fault::Invalid);
+
+        QCOMPARE(mStore->count().value, 0);
+        QVERIFY(pictures().isEmpty());
+        QVERIFY(other.addTo(*mStore).ok()); // of no job
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(*mStore, point).ok());
+        QVERIFY(mStore->verify().value.allWell());
     }
 
     void verifyFindsWhatCannotBeReadBack_data()

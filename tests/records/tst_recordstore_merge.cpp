@@ -358,6 +358,7 @@ private Q_SLOTS:
         damaged("side", "UPDATE point SET side = 9 WHERE id = 2", "Point 2");
         damaged("fibre", "UPDATE point SET fibre = -1 WHERE id = 2", "Point 2");
         damaged("standard", "UPDATE inspection SET standard = 99");
+        damaged("standard of none of its job", "UPDATE inspection SET standard = 3 WHERE id = 2", "Inspection 2");
         damaged("verdict",
             "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1");
         damaged("decision", "UPDATE inspection SET decision = 77");
@@ -461,6 +462,26 @@ private Q_SLOTS:
         QCOMPARE(merged.problem.fault, Fault::Stopped);
         QCOMPARE(called, ordinary + 1);
         QCOMPARE(here.count().value, 0);
+    }
+
+    void aJobThatBothHaveIsOfOneStandard()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(here.merge(mThere).ok());
+        {
+            OwnConnection connection(mThere);
+            connection.run(QStringLiteral("UPDATE job SET standard = 3"));
+            connection.run(QStringLiteral("UPDATE inspection SET standard = 3, identity = randomblob(16)"));
+        }
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::Damaged);
+        QVERIFY2(merged.problem.text.contains(QLatin1String("Job 1 of the other store has another standard here")),
+            qPrintable(merged.problem.text));
+        QCOMPARE(here.count().value, 3);
     }
 
     void aStoreOfManyRowsCanBeStopped_data()
