@@ -798,6 +798,49 @@ private Q_SLOTS:
         QVERIFY(!recordsSchemaViolation(other).isEmpty());
     }
 
+    void whatALaterVersionSaysIsUnknown()
+    {
+        useSamples();
+        {
+            OwnConnection connection(mStore);
+            for (const char *const statement : {"UPDATE job SET standard = 99", "UPDATE point SET side = 9, fibre = 9",
+                     "UPDATE inspection SET standard = 99, decision = 99", "UPDATE zone SET zone = 9 WHERE zone = 1",
+                     "UPDATE rule SET zone = 9 WHERE zone = 1", "UPDATE rule SET kind = 9, operator = 9",
+                     "UPDATE defect SET zone = 9 WHERE zone = 1", "UPDATE defect SET kind = 9",
+                     "PRAGMA user_version = 99"})
+                QCOMPARE(connection.run(QString::fromLatin1(statement)), QStringList());
+        }
+
+        const Outcome json = run(QStringLiteral("export --json"));
+        const Outcome csv = run(QStringLiteral("export --csv"));
+        const Outcome list = run(QStringLiteral("list"));
+        const Outcome jobs = run(QStringLiteral("list --jobs"));
+        const Outcome shown = run(QStringLiteral("show 2"));
+
+        const QJsonObject document = QJsonDocument::fromJson(json.bytes).object();
+        QCOMPARE(recordsSchemaViolation(document), QString());
+        const QJsonObject job = document.value(QStringLiteral("jobs")).toArray().at(0).toObject();
+        const QJsonObject one = document.value(QStringLiteral("inspections")).toArray().at(1).toObject();
+        const QString unknown = QStringLiteral("unknown");
+        for (const char *const name : {"standard", "standardName"}) {
+            QCOMPARE(job.value(QLatin1String(name)).toString(), unknown);
+            QCOMPARE(one.value(QLatin1String(name)).toString(), unknown);
+        }
+        QCOMPARE(one.value(QStringLiteral("decision")).toString(), unknown);
+        const QJsonObject zone = one.value(QStringLiteral("zones")).toArray().at(1).toObject();
+        QCOMPARE(zone.value(QStringLiteral("zone")).toString(), unknown);
+        const QJsonObject rule = zone.value(QStringLiteral("rules")).toArray().at(0).toObject();
+        QCOMPARE(rule.value(QStringLiteral("type")).toString(), unknown);
+        QCOMPARE(rule.value(QStringLiteral("operator")).toString(), unknown);
+        const QStringList lines = linesOf(csv.output);
+        QCOMPARE(fieldsOf(lines[2]).value(fieldsOf(lines[0]).indexOf(QStringLiteral("Standard"))), unknown);
+        for (const Outcome *const outcome : {&json, &csv, &list, &jobs, &shown}) {
+            QCOMPARE(outcome->exitCode, int(Done));
+            QVERIFY2(!outcome->output.contains(QLatin1String("Manual")), outcome->bytes);
+            QVERIFY2(outcome->output.contains(unknown), outcome->bytes);
+        }
+    }
+
     void jsonTellsWhatWasFound()
     {
         const Face &face = Face::of(QStringLiteral("scratched"));

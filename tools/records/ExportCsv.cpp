@@ -83,7 +83,7 @@ QVector<Column> columnsOf(const ExportedInspection &inspection, const Options &o
         {QStringLiteral("Point"), record.pointName},
         {QStringLiteral("Side"), hasPoint ? Words::of(record.side) : QString()},
         {QStringLiteral("Fibre"), hasPoint ? Words::of(inspection.point.fibre) : QString()},
-        {QStringLiteral("Standard"), Standard::name(record.standard)},
+        {QStringLiteral("Standard"), Words::nameOf(record.standard)},
         {QStringLiteral("Verdict"), Words::of(record.verdict)},
         {QStringLiteral("Reason"), Words::reasonOf(record)},
         {QStringLiteral("Decision"), Words::of(record.decision)},
