@@ -114,10 +114,12 @@ private:
     bool import(const Picture &picture);
     bool store(const Picture &picture, const QByteArray &bytes);
     Answer<InspectionSummary> find(const Picture &picture, const QByteArray &bytes) const;
+    Answer<InspectionSummary> lastOf(Id point) const;
     Answer<Id> pointNamed(const QString &name);
     bool printVerdict(const Picture &picture, const InspectionSummary &row, Known known);
     bool printLine(const QString &point, const QString &verdict, const QString &rest);
     bool printSummary();
+    bool refuse(const Picture &picture, const Problem &problem);
     void leaveOut(const QString &path, const QString &reason);
     bool fail(int exitCode, const QString &reason = {});
     int tellUnwritten();
@@ -310,6 +312,14 @@ Answer<InspectionSummary> Importer::find(const Picture &picture, const QByteArra
     return {known.value.value(0), known.problem};
 }
 
+Answer<InspectionSummary> Importer::lastOf(Id point) const
+{
+    Filter filter;
+    filter.point = point;
+    const Answer<QVector<InspectionSummary>> rows = mStore.list(filter, {0, 1});
+    return {rows.value.value(0), rows.problem};
+}
+
 bool Importer::store(const Picture &picture, const QByteArray &bytes)
 {
     InspectionOptions options;
@@ -323,13 +333,26 @@ bool Importer::store(const Picture &picture, const QByteArray &bytes)
         return true;
     }
     const Answer<Id> point = pointNamed(picture.point);
-    const Answer<Id> id =
-        point.ok() ? mStore.addInspection(Origin::of(point.value, mOptions.device, options), inspection, bytes) : point;
-    if (id.ok())
-        return printVerdict(picture, summaryOf(id.value, inspection), Known::Not);
-    if (id.problem.fault != Fault::Invalid)
-        return fail(tell(id.problem));
-    leaveOut(picture.path, id.problem.text);
+    if (!point.ok())
+        return refuse(picture, point.problem);
+    // What is no photograph may be a secret that somebody has put a link to: that it was there is kept, not what it is.
+    const bool isPhotograph = loaded.reason != Inspection::Reason::UnknownFormat;
+    const Answer<InspectionSummary> last = isPhotograph ? Answer<InspectionSummary>() : lastOf(point.value);
+    if (!last.ok())
+        return fail(tell(last.problem));
+    if (last.value.id != noId && last.value.reason == loaded.reason)
+        return printVerdict(picture, last.value, Known::Already);
+    const Answer<Id> id = mStore.addInspection(
+        Origin::of(point.value, mOptions.device, options), inspection, isPhotograph ? bytes : QByteArray());
+    return id.ok() ? printVerdict(picture, summaryOf(id.value, inspection), Known::Not) : refuse(picture, id.problem);
+}
+
+/// @return false when there is no use in going on
+bool Importer::refuse(const Picture &picture, const Problem &problem)
+{
+    if (problem.fault != Fault::Invalid)
+        return fail(tell(problem));
+    leaveOut(picture.path, problem.text);
     return true;
 }
 
