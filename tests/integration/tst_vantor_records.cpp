@@ -197,7 +197,7 @@ private Q_SLOTS:
         }
 
         QTEST(import(QStringLiteral("--job P")).exitCode, "exitCode");
-        QCOMPARE(run(QStringLiteral("list --jobs")).exitCode, int(faces.isEmpty() ? NotPassed : Done));
+        QCOMPARE(QFile::exists(mStore), !faces.isEmpty()); // no store is begun for nothing
     }
 
     void importedTwiceIsNotDoubled()
@@ -309,7 +309,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors,
             QStringList({QStringLiteral(
                 "vantor-records: from A1 to A2 there are 2 points, but in the folder there are 1 pictures")}));
-        QCOMPARE(run(QStringLiteral("list --jobs")).exitCode, int(NotPassed));
+        QVERIFY(!QFile::exists(mStore));
     }
 
     void aStoppedImportGoesOnWhereItWas()

@@ -96,9 +96,8 @@ enum class Known : int { Not, Already };
 class Importer
 {
 public:
-    Importer(const Options &options, RecordStore *store)
+    explicit Importer(const Options &options)
         : mOptions(options)
-        , mStore(*store)
         , mStyle(Terminal::hasColors(STDOUT_FILENO))
     {
     }
@@ -109,6 +108,7 @@ private:
     bool listFolder();
     void leaveOutNamesakes();
     bool nameByRun();
+    bool openStore();
     bool findJob();
     bool addPointsOfRun();
     bool import(const Picture &picture);
@@ -126,7 +126,7 @@ private:
     int exitCode() const;
 
     const Options &mOptions;
-    RecordStore &mStore;
+    RecordStore mStore;
     Tools::StopSignals mSignals;
     Tools::StandardOutput mOutput; ///< a signal holds back no line of what is stored, if somebody reads it
     const Tools::TextStyle mStyle;
@@ -143,7 +143,7 @@ private:
 
 int Importer::run()
 {
-    if (!listFolder() || !findJob() || !addPointsOfRun())
+    if (!listFolder() || !openStore() || !findJob() || !addPointsOfRun())
         return mFailure != Tools::Done ? mFailure : exitCode();
     for (const Picture &picture : qAsConst(mPictures))
         mPointWidth = qMax(mPointWidth, Terminal::printable(picture.point).size());
@@ -210,6 +210,13 @@ bool Importer::nameByRun()
     for (int i = 0; i < names.size(); ++i)
         mPictures[i].point = names[i];
     return true;
+}
+
+/// When there is something to import, or a store would be begun for nothing.
+bool Importer::openStore()
+{
+    const int refused = openToWrite(mOptions.store, &mStore);
+    return refused == Tools::Done || fail(refused);
 }
 
 /// The job of that name or number; a new one where there is none of the name.
@@ -431,9 +438,9 @@ int Importer::exitCode() const
 }
 } // namespace
 
-int importFolder(const Options &options, RecordStore *store)
+int importFolder(const Options &options)
 {
-    return Importer(options, store).run();
+    return Importer(options).run();
 }
 
 } // namespace RecordsTool
