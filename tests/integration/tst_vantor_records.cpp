@@ -409,6 +409,36 @@ private Q_SLOTS:
             QStringLiteral("%1  passed      ") + mFaces + QStringLiteral("/%1.png, inspection 1, known already"));
     }
 
+    void aPointIsCalledAsItsFileIs_data()
+    {
+        QTest::addColumn<QByteArray>("name"); // of the file
+        QTest::addColumn<QString>("point");
+        QTest::addColumn<QString>("printed");
+        const auto row = [](const char *name, const char *point, const char *printed) {
+            QTest::newRow(printed) << QByteArray(name) << QString::fromUtf8(point) << QString::fromLatin1(printed);
+        };
+        row("a\\b", "a\\b", "a\\b");
+        row("a\tb", "a\tb", "a\\x09b");
+        row("a\xff\\b", "a\\xff\\\\b", "a\\xff\\\\b"); // which is no text
+    }
+    void aPointIsCalledAsItsFileIs()
+    {
+        QFETCH(const QByteArray, name);
+        QFETCH(const QString, point);
+        QFETCH(const QString, printed);
+        paint("A1", goodFace());
+        const QByteArray folder = QFile::encodeName(mFaces);
+        QCOMPARE(rename((folder + "/A1.png").constData(), (folder + '/' + name + ".png").constData()), 0);
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(Done));
+        QVERIFY2(outcome.output.startsWith(printed + QStringLiteral("  passed ")), outcome.bytes);
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(store.points(1).value.value(0).name, point);
+    }
+
     void aKnownPointDoesNotReachTheTerminal()
     {
         paint("A1", goodFace());

@@ -4,6 +4,7 @@
 #include "Helpers/FileAccess_p.h"
 #include "Helpers/TestNameGenerator.h"
 #include "common/ExitCode.h"
+#include "common/FileNameCodec.h"
 #include "common/FolderListing.h"
 #include "common/StandardOutput.h"
 #include "common/StopSignals.h"
@@ -77,6 +78,13 @@ bool comesBefore(const QString &a, const QString &b)
 bool agrees(const QString &asked, const QString &there)
 {
     return asked.isEmpty() || asked == there;
+}
+
+/// As the file is called. A name that is no text cannot be stored: it is that what is printed of it.
+QString pointOf(const QString &path)
+{
+    const QString name = QFileInfo(path).completeBaseName();
+    return Tools::FileNameCodec::isText(name) ? name : Terminal::printableName(name);
 }
 
 InspectionSummary summaryOf(Id id, const Inspection &inspection)
@@ -171,7 +179,7 @@ bool Importer::listFolder()
     else if (listing.files.isEmpty())
         leaveOut(mOptions.operand, QStringLiteral("there is no image in the folder"));
     for (const QString &path : listing.files)
-        mPictures.append({path, Terminal::printableName(QFileInfo(path).completeBaseName())});
+        mPictures.append({path, pointOf(path)});
     std::sort(mPictures.begin(), mPictures.end(),
         [](const Picture &a, const Picture &b) { return comesBefore(a.path, b.path); });
     if (mOptions.first.isEmpty())
