@@ -793,6 +793,22 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors, QStringList({QStringLiteral("vantor-records: ") + problem}));
     }
 
+    void namesOfFoldersStayAsTheyAre()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("The Store"));
+        QVERIFY(QDir().mkpath(folder));
+        write(folder + QStringLiteral("/records.sqlite"), QByteArray(100000, 'x'));
+        const QString former = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(mDir->path()));
+
+        const Outcome outcome = run({QStringLiteral("list"), QStringLiteral("--store"), QStringLiteral("The Store")});
+
+        QVERIFY(QDir::setCurrent(former));
+        QCOMPARE(outcome.exitCode, int(Unavailable));
+        QVERIFY2(outcome.errors.value(0).contains(QLatin1String("The Store/records.sqlite: ")),
+            qPrintable(outcome.errors.value(0)));
+    }
+
     void theStoreOfTheUserIsTheUsualOne()
     {
         paint("A1", goodFace());

@@ -7,6 +7,7 @@
 #include "records/StoreAccess.h"
 #include "records/Words.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 #include <limits>
@@ -68,6 +69,12 @@ constexpr Fit fits[] = {
     {"operator", "import"},
     {"again", "verify"},
 };
+
+/// A message that begins with it is told from a sentence then.
+QString absolute(const QString &path)
+{
+    return path.startsWith(QLatin1Char('/')) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+}
 
 QString fieldOfViewText(const QSize &size)
 {
@@ -149,6 +156,7 @@ bool CommandLine::readOptions()
     mOptions.store = mParser.isSet(mStore) ? mParser.value(mStore) : usualStore();
     if (mOptions.store.isEmpty())
         return refuseValue(mStore, QStringLiteral("the name of a folder"));
+    mOptions.store = absolute(mOptions.store);
     return readCommand() && checkThatOptionsFit() && readJob() && readFilter() && readPage() && readFormat()
         && readImport();
 }
@@ -173,6 +181,8 @@ bool CommandLine::readCommand()
 
     if (mOptions.action == Action::Search)
         mOptions.filter.text = mOptions.operand;
+    if (mOptions.action == Action::Backup || mOptions.action == Action::Merge)
+        mOptions.operand = absolute(mOptions.operand);
     if (mOptions.action == Action::List && mParser.isSet(mJobs))
         mOptions.action = Action::ListJobs;
     bool isNumber = true;
