@@ -14,6 +14,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -1018,6 +1019,43 @@ private Q_SLOTS:
             QVERIFY2(outcome.output.contains(QLatin1String("\"a,=cmd\"")), separator);
             QVERIFY2(outcome.output.contains(QLatin1String("\"b;=cmd\"")), separator);
         }
+    }
+
+    void aFieldDoesNotReachTheTerminal_data()
+    {
+        QTest::addColumn<QByteArray>("separator");
+        QTest::newRow("export --csv") << QByteArray(",");
+        QTest::newRow("export --csv --separator tab") << QByteArray("\t");
+    }
+    void aFieldDoesNotReachTheTerminal()
+    {
+        QFETCH(const QByteArray, separator);
+        {
+            RecordStore store;
+            QVERIFY(store.open(mStore).canWrite());
+            Job job;
+            job.name = QStringLiteral("\u001b[31mred\u009b");
+            const Id id = store.addJob(job).value.id;
+            const Id point = store.addPoints(id, {QStringLiteral("1"), QStringLiteral("1"), {}, {}}).value[0].id;
+            QVERIFY(Face::of(QStringLiteral("clean")).addTo(store, point).ok());
+        }
+        const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+        QVERIFY(terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0);
+        const QString arguments = QString::fromLatin1(QTest::currentDataTag());
+        const int ownEnd = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC); // or nothing is left of it
+
+        const Outcome shown = run(arguments, QString::fromLocal8Bit(ptsname(terminal)));
+        QByteArray text(65536, '\0');
+        text.truncate(
+            static_cast<int>(qMax<ssize_t>(0, read(terminal, text.data(), static_cast<size_t>(text.size())))));
+        close(ownEnd);
+        close(terminal);
+        const Outcome piped = run(arguments);
+
+        QCOMPARE(shown.exitCode, int(Done));
+        QVERIFY2(text.contains(separator + "\\x1b[31mred\\xc2\\x9b" + separator), text);
+        QVERIFY(!text.contains('\x1b') && !text.contains("\xc2\x9b"));
+        QVERIFY(piped.bytes.contains("\x1b[31mred\xc2\x9b")); // a program gets what was stored
     }
 
     void withoutAVerdictNothingWasCounted()

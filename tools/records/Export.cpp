@@ -121,6 +121,7 @@ Problem Exporter::writeAll(const QVector<Id> &ids)
 {
     const bool hasBar = !mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDERR_FILENO);
     Tools::ProgressBar progress(hasBar ? ids.size() : 0);
+    const bool isShown = mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDOUT_FILENO);
     mIsWritten = true;
     bool isFirst = true;
     for (int i = 0; i < ids.size(); ++i) {
@@ -134,7 +135,8 @@ Problem Exporter::writeAll(const QVector<Id> &ids)
         }
         if (!one.ok())
             return one.problem;
-        mIsWritten = mTarget.write(isJson() ? jsonInspection(one.value, isFirst) : csvRow(one.value, mOptions));
+        mIsWritten =
+            mTarget.write(isJson() ? jsonInspection(one.value, isFirst) : csvRow(one.value, mOptions, isShown));
         if (!mIsWritten)
             return {};
         isFirst = false;

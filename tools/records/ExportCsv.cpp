@@ -3,6 +3,7 @@
 
 #include "common/Csv.h"
 #include "common/ShortestNumber.h"
+#include "common/Terminal.h"
 #include "records/Words.h"
 
 #include <algorithm>
@@ -123,9 +124,14 @@ QByteArray csvHeader(const Options &options)
     return mark + line(columnsOf({}, options), &Column::name, options);
 }
 
-QByteArray csvRow(const ExportedInspection &inspection, const Options &options)
+QByteArray csvRow(const ExportedInspection &inspection, const Options &options, bool isShown)
 {
-    return line(columnsOf(inspection, options), &Column::value, options);
+    QVector<Column> columns = columnsOf(inspection, options);
+    for (Column &column : columns) {
+        if (isShown)
+            column.value = Tools::Terminal::printable(column.value);
+    }
+    return line(columns, &Column::value, options);
 }
 
 } // namespace RecordsTool
