@@ -755,8 +755,11 @@ Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool
         if (!problem.ok())
             return {{}, problem};
         Answer<Merge> merged = mergeFrom(*source, PictureStore(place.pictures()), goesOn);
-        if (merged.problem.fault == Fault::Invalid) // by a row that our tables refuse
-            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), merged.problem.text)};
+        if (merged.problem.fault == Fault::Invalid) { // by a row that our tables refuse; they are not to blame
+            QString reason = merged.problem.text;
+            reason.remove(StoreFolder(mFolder).database() + QStringLiteral(": "));
+            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), reason)};
+        }
         return merged;
     });
 }

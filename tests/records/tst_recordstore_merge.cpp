@@ -398,6 +398,7 @@ private Q_SLOTS:
 
         QCOMPARE(static_cast<int>(merged.problem.fault), fault);
         QVERIFY2(merged.problem.text.contains(text), qPrintable(merged.problem.text));
+        QVERIFY2(!merged.problem.text.contains(mHere), qPrintable(merged.problem.text)); // which is well
         QCOMPARE(merged.value.inspections, 0);
         QCOMPARE(contentOf(here), before);
         QCOMPARE(here.jobs().value.size(), 1);
