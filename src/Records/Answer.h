@@ -24,7 +24,7 @@ enum class Fault : int {
     OutOfMemory,
     NoDriver, ///< Qt's plug-in for SQLite is not installed
     Stopped, ///< by who called
-    TooLarge, ///< a picture, to be inspected again
+    TooLarge, ///< a picture, to be inspected again; a store, to be merged
     Gone, ///< the store was moved or removed while it was open; nothing was stored
 };
 

@@ -11,6 +11,7 @@ constexpr int rowsBetweenQuestions = 1000; // whether to go on
 
 constexpr char sourceJobs[] =
     "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job ORDER BY id";
+constexpr int standardOfJob = 6;
 constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char sourcePoints[] = "SELECT id, job, name, side, fibre FROM point ORDER BY job, position";
@@ -119,11 +120,14 @@ public:
     {
     }
 
+    Problem count(); ///< comes first
     Problem jobs();
     Problem points();
     Problem inspections();
 
 private:
+    bool goesOnBehind(int rows) const;
+    Problem checkStandard(const Query &job, Id known) const;
     Problem inspection(const Query &row);
     Problem add(const Query &row);
     Problem defects(Id from, Id to);
@@ -143,17 +147,45 @@ private:
     QHash<Id, Id> mPoints;
 };
 
+/// Asks behind some of the rows only: they are many, and each is quickly done.
+bool Copy::goesOnBehind(int rows) const
+{
+    return !mGoesOn || rows % rowsBetweenQuestions != 0 || mGoesOn(mDone.known + mDone.inspections, mAll);
+}
+
+Problem Copy::count()
+{
+    const Answer<QVariant> all = mSource.value("SELECT count(*) FROM inspection");
+    mAll = all.value.toInt();
+    return all.problem;
+}
+
+/// A job keeps its standard for good. @param known the job here
+Problem Copy::checkStandard(const Query &job, Id known) const
+{
+    const Answer<QVariant> here = mTarget.value("SELECT standard FROM job WHERE id = ?", {known});
+    if (!here.ok() || here.value == job.value(standardOfJob))
+        return here.problem;
+    return {
+        Fault::Damaged, QStringLiteral("Job %1 of the other store has another standard here").arg(job.longNumber(0))};
+}
+
 Problem Copy::jobs()
 {
     constexpr int columns = 8; // behind the id
     Query row(mSource, sourceJobs);
     Query insert(mTarget, insertJob);
     row.run({});
-    while (row.next()) {
+    for (int i = 1; row.next(); ++i) {
+        if (!goesOnBehind(i))
+            return stopped();
         const Answer<QVariant> known = mTarget.value("SELECT id FROM job WHERE identity = ?", {row.value(1)});
         if (!known.ok())
             return known.problem;
         if (known.value.isValid()) {
+            const Problem problem = checkStandard(row, known.value.toLongLong());
+            if (!problem.ok())
+                return problem;
             mJobs.insert(row.longNumber(0), known.value.toLongLong());
             continue;
         }
@@ -170,7 +202,9 @@ Problem Copy::points()
     Query row(mSource, sourcePoints);
     Query insert(mTarget, insertPoint);
     row.run({});
-    while (row.next()) {
+    for (int i = 1; row.next(); ++i) {
+        if (!goesOnBehind(i))
+            return stopped();
         const Id job = mJobs.value(row.longNumber(1));
         const Answer<QVariant> known = mTarget.value(knownPoint, {job, row.value(2), row.value(3)});
         if (!known.ok())
@@ -189,10 +223,6 @@ Problem Copy::points()
 
 Problem Copy::inspections()
 {
-    const Answer<QVariant> all = mSource.value("SELECT count(*) FROM inspection");
-    if (!all.ok())
-        return all.problem;
-    mAll = all.value.toInt();
     Query row(mSource,
         QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
     row.run({});
@@ -246,7 +276,7 @@ Problem Copy::defects(Id from, Id to)
     int count = 0;
     bool isStopped = false;
     const Problem problem = mDefects.run(from, to, [&](const Query &row) {
-        isStopped = mGoesOn && ++count % rowsBetweenQuestions == 0 && !mGoesOn(mDone.known + mDone.inspections, mAll);
+        isStopped = !goesOnBehind(++count);
         const QByteArray shape = row.bytes(0);
         return !isStopped && budget.covers(shape) && InspectionRows::isShape(shape);
     });
@@ -261,16 +291,35 @@ Problem Copy::take(Id known, const Said &here, const Said &there)
         mDone.disagreements.append(known);
         return {};
     }
-    ++mDone.decisions;
+    mDone.decisions.append(known);
     return InspectionRows::decide(mTarget, known, static_cast<Decision>(there.decision), there.note);
 }
+
+/// @param what is counted, for people
+Problem checkNumber(const Answer<QVariant> &count, const char *what, int most)
+{
+    if (!count.ok() || count.value.toLongLong() <= most)
+        return count.problem;
+    return {
+        Fault::TooLarge, QStringLiteral("The other store has %1 %2").arg(count.value.toString(), QLatin1String(what))};
+}
 } // namespace
+
+Problem checkSize(const Database &source)
+{
+    const Problem problem = checkNumber(source.value("SELECT count(*) FROM job"), "jobs", RecordStore::maxMergedJobs);
+    return problem.ok()
+        ? checkNumber(source.value("SELECT count(*) FROM point"), "points", RecordStore::maxMergedPoints)
+        : problem;
+}
 
 Problem copy(
     Database &target, const Database &source, const std::function<bool(int done, int all)> &goesOn, Merge *done)
 {
     Copy copy(target, source, goesOn, done);
-    Problem problem = copy.jobs();
+    Problem problem = copy.count();
+    if (problem.ok())
+        problem = copy.jobs();
     if (problem.ok())
         problem = copy.points();
     return problem.ok() ? copy.inspections() : problem;

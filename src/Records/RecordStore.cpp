@@ -283,6 +283,8 @@ bool isWithin(const QString &folder, const QString &other)
 Problem checkForeign(const Database &database, const Database &ours, const StoreFolder &place)
 {
     Problem problem = Schema::checkSame(database, ours);
+    if (problem.ok())
+        problem = MergeRows::checkSize(database);
     QStringList faults;
     if (problem.ok())
         problem = checkTables(database, &faults);
@@ -765,7 +767,9 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
         const Problem problem = checkWhole(*mDatabase, &found.databaseFaults);
         if (!problem.ok())
             return {found, problem};
-        const Answer<QString> bad = RowChecks::firstBad(*mDatabase);
+        // A later version may write what is not known here.
+        const bool isOurs = Schema::check(*mDatabase).fault != Fault::LaterVersion;
+        const Answer<QString> bad = isOurs ? RowChecks::firstBad(*mDatabase) : Answer<QString>();
         if (!bad.ok() && found.databaseFaults.isEmpty())
             return {found, bad.problem};
         if (!bad.value.isEmpty())
@@ -773,8 +777,13 @@ Answer<Verification> RecordStore::verify(const std::function<bool(int done, int 
         const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
         for (int i = 0; i < all.value.size(); ++i) {
             if (goesOn && !goesOn(i, all.value.size()))
-                break;
+                return {found, {Fault::Stopped, QStringLiteral("Stopped; not all was looked at")}};
             const InspectionRows::Named &named = all.value[i];
+            const Problem unreadable = isOurs ? InspectionRows::one(*mDatabase, named.inspection).problem : Problem();
+            if (unreadable.fault == Fault::Damaged && found.databaseFaults.size() < mostFaults)
+                found.databaseFaults << unreadable.text;
+            else if (!unreadable.ok() && unreadable.fault != Fault::Damaged)
+                return {found, unreadable};
             for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
                 if (hash.isEmpty())
                     continue;
@@ -858,8 +867,11 @@ Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool
         if (!problem.ok())
             return {{}, problem};
         Answer<Merge> merged = mergeFrom(*source, PictureStore(place.pictures()), goesOn);
-        if (merged.problem.fault == Fault::Invalid) // by a row that our tables refuse
-            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), merged.problem.text)};
+        if (merged.problem.fault == Fault::Invalid) { // by a row that our tables refuse; they are not to blame
+            QString reason = merged.problem.text;
+            reason.remove(StoreFolder(mFolder).database() + QStringLiteral(": "));
+            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), reason)};
+        }
         return merged;
     });
 }

@@ -54,7 +54,7 @@ struct PictureFault
 /// What verify() has found.
 struct Verification
 {
-    QStringList databaseFaults; ///< as the database tells them
+    QStringList databaseFaults; ///< as the database tells them, and records that cannot be read back; the first ones
     QVector<PictureFault> pictureFaults;
     int pictures = 0; ///< that were looked at
 
@@ -75,7 +75,7 @@ struct Merge
     int points = 0;
     int inspections = 0;
     int known = 0; ///< inspections that were here already
-    int decisions = 0; ///< taken over for those of them that had none here
+    QVector<Id> decisions; ///< those of them that had none here, and have it from there now
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here
@@ -118,6 +118,10 @@ public:
     static constexpr int maxRules = 256;
     static constexpr int maxDefects = 65536;
     static constexpr int maxOutlinePoints = 4 * 1024 * 1024; ///< of all its defects together, 16 bytes each
+
+    // Of a store that is merged.
+    static constexpr int maxMergedJobs = 100'000;
+    static constexpr int maxMergedPoints = 1'000'000; ///< of all its jobs together
 
     RecordStore();
     ~RecordStore();
@@ -166,8 +170,10 @@ public:
     /// Removes pictures that no inspection names. Opening does it when it is needed.
     Answer<int> sweep();
 
-    /// Checks the database, the index for searching and the sums of all pictures. Takes its time.
-    /// @param goesOn if given, is told of each picture, and ends the work by answering false
+    /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums of
+    /// all pictures. What a later version has written may have values that are not known here, and these are not looked
+    /// at. Takes its time.
+    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
     /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it
@@ -178,7 +184,8 @@ public:
     /// identity, points of a job by name and side, so twice is once. All of it, or nothing. What comes counts as later
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
-    /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped
+    /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
+    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:

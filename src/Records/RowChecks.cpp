@@ -56,12 +56,18 @@ const Table &points()
     return table;
 }
 
+/// Its verdicts are by that.
+constexpr char hasStandardOfItsJob[] =
+    "(point IS NULL OR standard = (SELECT job.standard FROM point JOIN job ON job.id = point.job "
+    "WHERE point.id = inspection.point))";
+
 const Table &inspections()
 {
     static const Table table{"inspection", "Inspection", "id", "id",
         {
             {"made", firstYear, lastYear},
             {"standard", 0, Standard::Manual},
+            {"verdict", 0, static_cast<int>(Verdict::Failed)},
             {"decision", 0, static_cast<int>(Decision::ToRepeat)},
             {"fov_width", leastInt, anyInt},
             {"fov_height", leastInt, anyInt},
@@ -82,7 +88,7 @@ const Table &inspections()
             {"raw_defects", 0, anyInt},
             {"merged_defects", 0, anyInt},
         },
-        {"reason", "detail", "note", "scope", "software"}, "1", 1};
+        {"reason", "detail", "note", "scope", "software"}, hasStandardOfItsJob, 1};
     return table;
 }
 

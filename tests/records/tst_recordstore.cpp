@@ -24,6 +24,7 @@ Job panelJob()
     job.customer = QStringLiteral("Müller & Söhne");
     job.site = QStringLiteral("Cellar");
     job.operatorName = QStringLiteral("Zoë");
+    job.standard = Standard::IEC61300_3_35_SM_RL45;
     return job;
 }
 
@@ -245,9 +246,9 @@ private Q_SLOTS:
 
     void aJobComesBackAsItWasAdded()
     {
-        Job wanted = panelJob();
-        wanted.standard = Standard::IEC61300_3_35_SM_APC;
-        const Answer<Job> added = mStore->addJob(wanted);
+        Job made = panelJob();
+        made.standard = Standard::IEC61300_3_35_SM_APC;
+        const Answer<Job> added = mStore->addJob(made);
         QVERIFY2(added.ok(), qPrintable(added.problem.text));
         reopen();
 
@@ -256,7 +257,7 @@ private Q_SLOTS:
         QCOMPARE(job.customer, panelJob().customer);
         QCOMPARE(job.site, panelJob().site);
         QCOMPARE(job.operatorName, panelJob().operatorName);
-        QCOMPARE(job.standard, wanted.standard);
+        QCOMPARE(job.standard, made.standard);
         QCOMPARE(job.identity, added.value.identity);
         QVERIFY(!job.identity.isNull());
         QCOMPARE(job.created, added.value.created);
@@ -642,7 +643,80 @@ private Q_SLOTS:
     {
         for (int i = 0; i < 3; ++i)
             Face::of(QStringLiteral("clean")).addTo(*mStore);
-        QCOMPARE(mStore->verify([](int done, int) { return done < 1; }).value.pictures, 2);
+
+        const Answer<Verification> stopped = mStore->verify([](int done, int) { return done < 1; });
+
+        QCOMPARE(stopped.problem.fault, Fault::Stopped); // nothing is known to be well
+        QCOMPARE(stopped.value.pictures, 2);
+        QVERIFY(mStore->verify([](int done, int all) { return done < all; }).ok());
+    }
+
+    void anInspectionIsOfTheStandardOfItsJob()
+    {
+        const Id job = mStore->addJob(panelJob()).value.id;
+        const Id point = mStore->addPoints(job, {QStringLiteral("1"), QStringLiteral("1"), {}, {}}).value[0].id;
+        const Face &other = Face::of(QStringLiteral("mm"));
+        QVERIFY(mStore->job(job).value.standard != other.inspection.standardId());
+
+        QCOMPARE(other.addTo(*mStore, point).problem.fault, Fault::Invalid);
+
+        QCOMPARE(mStore->count().value, 0);
+        QVERIFY(pictures().isEmpty());
+        QVERIFY(other.addTo(*mStore).ok()); // of no job
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(*mStore, point).ok());
+        QVERIFY(mStore->verify().value.allWell());
+    }
+
+    void verifyFindsWhatCannotBeReadBack_data()
+    {
+        QTest::addColumn<QStringList>("harm");
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("shape") << QStringList{QStringLiteral(
+            "INSERT INTO defect VALUES (2, 1000, 0, 0, 1, 0, 0, 0, x'00')")}
+                               << QStringLiteral("Inspection 2: the shape of a defect is damaged");
+        QTest::newRow("verdict") << QStringList{QStringLiteral("PRAGMA writable_schema = ON"),
+            QStringLiteral("UPDATE sqlite_schema SET sql = replace(sql, 'verdict IN (0, 1, 2)', 'verdict >= 0')"),
+            QStringLiteral("PRAGMA writable_schema = RESET"),
+            QStringLiteral("UPDATE inspection SET verdict = 7 WHERE id = 2")}
+                                 << QStringLiteral("Inspection 2 has a value that nothing here writes");
+    }
+    void verifyFindsWhatCannotBeReadBack()
+    {
+        QFETCH(const QStringList, harm);
+        QFETCH(const QString, fault);
+        for (int i = 0; i < 3; ++i)
+            Face::of(QStringLiteral("clean")).addTo(*mStore);
+        QVERIFY(mStore->verify().value.allWell());
+        {
+            OwnConnection connection(mDir->path());
+            for (const QString &statement : harm)
+                QCOMPARE(connection.run(statement), QStringList());
+        }
+        QCOMPARE(mStore->open(mDir->path()).how, Opened::Usable);
+
+        const Answer<Verification> found = mStore->verify();
+
+        QVERIFY2(found.ok(), qPrintable(found.problem.text));
+        QCOMPARE(found.value.databaseFaults, QStringList({fault}));
+        QCOMPARE(found.value.pictures, 6); // all the same
+    }
+
+    void whatALaterVersionWroteIsNoFault()
+    {
+        Face::of(QStringLiteral("clean")).addTo(*mStore);
+        mStore->close();
+        {
+            OwnConnection connection(mDir->path());
+            connection.run(QStringLiteral("UPDATE inspection SET standard = 99, decision = 99"));
+            connection.run(QStringLiteral("UPDATE defect SET shape = x'00'"));
+            connection.run(QStringLiteral("PRAGMA user_version = 99"));
+        }
+        QCOMPARE(mStore->open(mDir->path()).how, Opened::LaterVersion);
+
+        const Answer<Verification> found = mStore->verify();
+
+        QVERIFY2(found.value.allWell(), qPrintable(found.value.databaseFaults.join(QLatin1Char('\n'))));
+        QCOMPARE(found.value.pictures, 2);
     }
 
     void sweepTakesOnlyWhatNoInspectionNames()

@@ -149,7 +149,7 @@ private Q_SLOTS:
         QVERIFY2(again.ok(), qPrintable(again.problem.text));
         QCOMPARE(again.value.jobs + again.value.points + again.value.inspections + again.value.pictures, 0);
         QCOMPARE(again.value.known, 3);
-        QCOMPARE(again.value.decisions, 0);
+        QCOMPARE(again.value.decisions, QVector<Id>());
         QCOMPARE(again.value.disagreements, QVector<Id>());
         QCOMPARE(contentOf(store), before);
         QCOMPARE(store.merge(mHere).value.known, 3); // itself
@@ -203,12 +203,12 @@ private Q_SLOTS:
         const Answer<Merge> one = here.merge(mThere);
 
         QVERIFY2(one.ok(), qPrintable(one.problem.text));
-        QCOMPARE(one.value.decisions, 1);
+        QCOMPARE(one.value.decisions, QVector<Id>({1}));
         QCOMPARE(one.value.disagreements, QVector<Id>({2}));
         QCOMPARE(here.inspection(1).value.decision, Decision::ToRepeat);
         QCOMPARE(here.inspection(2).value.decision, Decision::Accepted);
         QCOMPARE(here.inspection(3).value.note, QStringLiteral("look again"));
-        QCOMPARE(there.merge(mHere).value.decisions, 1);
+        QCOMPARE(there.merge(mHere).value.decisions, QVector<Id>({3}));
         QCOMPARE(there.inspection(3).value.note, QStringLiteral("look again"));
         Filter filter;
         filter.text = QStringLiteral("look");
@@ -345,8 +345,7 @@ private Q_SLOTS:
             Fault::Damaged, "A table of the store is not as it was made");
         row("index of its own", "CREATE INDEX other ON job (abs(id))", Fault::Damaged,
             "A table of the store is not as it was made");
-        row("against a constraint",
-            "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1",
+        row("against a constraint", "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET reason = 'no fibre'",
             Fault::Damaged, "CHECK constraint failed");
         const auto damaged = [row](const char *name, const char *harm, const char *what = "Inspection 1") {
             row(name, harm, Fault::Damaged, QByteArray(what) + " of the other store is damaged");
@@ -359,6 +358,9 @@ private Q_SLOTS:
         damaged("side", "UPDATE point SET side = 9 WHERE id = 2", "Point 2");
         damaged("fibre", "UPDATE point SET fibre = -1 WHERE id = 2", "Point 2");
         damaged("standard", "UPDATE inspection SET standard = 99");
+        damaged("standard of none of its job", "UPDATE inspection SET standard = 3 WHERE id = 2", "Inspection 2");
+        damaged("verdict",
+            "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1");
         damaged("decision", "UPDATE inspection SET decision = 77");
         damaged("note", "UPDATE inspection SET note = printf('%.*c', 20000000, 'x')");
         damaged("no year of ours", "UPDATE inspection SET made = 253402300800000");
@@ -396,6 +398,7 @@ private Q_SLOTS:
 
         QCOMPARE(static_cast<int>(merged.problem.fault), fault);
         QVERIFY2(merged.problem.text.contains(text), qPrintable(merged.problem.text));
+        QVERIFY2(!merged.problem.text.contains(mHere), qPrintable(merged.problem.text)); // which is well
         QCOMPARE(merged.value.inspections, 0);
         QCOMPARE(contentOf(here), before);
         QCOMPARE(here.jobs().value.size(), 1);
@@ -460,6 +463,76 @@ private Q_SLOTS:
         QCOMPARE(merged.problem.fault, Fault::Stopped);
         QCOMPARE(called, ordinary + 1);
         QCOMPARE(here.count().value, 0);
+    }
+
+    void aJobThatBothHaveIsOfOneStandard()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(here.merge(mThere).ok());
+        {
+            OwnConnection connection(mThere);
+            connection.run(QStringLiteral("UPDATE job SET standard = 3"));
+            connection.run(QStringLiteral("UPDATE inspection SET standard = 3, identity = randomblob(16)"));
+        }
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::Damaged);
+        QVERIFY2(merged.problem.text.contains(QLatin1String("Job 1 of the other store has another standard here")),
+            qPrintable(merged.problem.text));
+        QCOMPARE(here.count().value, 3);
+    }
+
+    void aStoreOfManyRowsCanBeStopped_data()
+    {
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("jobs") << manyJobs(3000);
+        QTest::newRow("points") << manyPoints(3000);
+    }
+    void aStoreOfManyRowsCanBeStopped()
+    {
+        QFETCH(const QString, rows);
+        fill(mThere, "Panel");
+        QCOMPARE(OwnConnection(mThere).run(rows), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        constexpr int pictures = 6;
+        constexpr int inspections = 3;
+        int called = 0;
+
+        const Answer<Merge> stopped = here.merge(mThere, [&called](int, int) { return ++called <= pictures; });
+
+        QCOMPARE(stopped.problem.fault, Fault::Stopped);
+        QCOMPARE(called, pictures + 1);
+        QCOMPARE(here.jobs().value.size(), 0);
+        called = 0;
+        QVERIFY(here.merge(mThere, [&called](int, int) { return ++called > 0; }).ok());
+        QVERIFY2(called >= pictures + 3 + inspections, qPrintable(QString::number(called))); // each thousand
+    }
+
+    void aStoreOfTooManyRowsIsRefused_data()
+    {
+        QTest::addColumn<QString>("rows");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("jobs") << manyJobs(RecordStore::maxMergedJobs) << "The other store has 100001 jobs";
+        QTest::newRow("points") << manyPoints(RecordStore::maxMergedPoints) << "The other store has 1000002 points";
+    }
+    void aStoreOfTooManyRowsIsRefused()
+    {
+        QFETCH(const QString, rows);
+        QFETCH(const QString, text);
+        fill(mThere, "Panel");
+        QCOMPARE(OwnConnection(mThere).run(rows), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::TooLarge);
+        QCOMPARE(merged.problem.text, text);
+        QCOMPARE(here.jobs().value.size(), 0);
     }
 
     void whoStopsItHasNothing_data()
@@ -594,6 +667,22 @@ private:
             const QByteArray picture = badFace().picture + QByteArray::number(i);
             QVERIFY(store.addInspection(badFace().origin(point), badFace().inspection, picture).ok());
         }
+    }
+
+    /// A statement that adds them.
+    static QString manyJobs(int count)
+    {
+        return QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                              "INSERT INTO job (identity, name, customer, site, operator, standard, created) "
+                              "SELECT randomblob(16), 'P', '', '', '', 0, 0 FROM n")
+            .arg(count);
+    }
+    static QString manyPoints(int count)
+    {
+        return QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                              "INSERT INTO point (job, name, position, side, fibre) "
+                              "SELECT 1, printf('P%07d', i), 1000 + i, 0, 0 FROM n")
+            .arg(count);
     }
 
     /// The packed shape of a defect. @param told the size that stands before it; -1: the true one

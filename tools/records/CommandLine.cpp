@@ -7,6 +7,7 @@
 #include "records/StoreAccess.h"
 #include "records/Words.h"
 
+#include <QDir>
 #include <QRegularExpression>
 
 #include <limits>
@@ -69,6 +70,12 @@ constexpr Fit fits[] = {
     {"again", "verify"},
 };
 
+/// A message that begins with it is told from a sentence then.
+QString absolute(const QString &path)
+{
+    return path.startsWith(QLatin1Char('/')) ? path : QDir::currentPath() + QLatin1Char('/') + path;
+}
+
 QString fieldOfViewText(const QSize &size)
 {
     return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
@@ -122,18 +129,20 @@ CommandLine::CommandLine()
         "                           point and note\n"
         "  export --csv|--json      the inspections as a file for others, the oldest first\n"
         "  import FOLDER --job NAME inspects the pictures of a folder as points of a job; a picture that\n"
-        "                           the job has already is passed over\n"
-        "  verify                   checks the database and the sums of all pictures\n"
+        "                           its point has already keeps its verdict, and one of another point\n"
+        "                           is left out\n"
+        "  verify                   checks the database, each record and the sums of all pictures\n"
         "  backup FOLDER            writes a copy, a store itself, into a folder that holds none; a folder\n"
         "                           and not a file, because the pictures belong to it\n"
         "  merge FOLDER             takes over what the store of another unit has and this one does not: all\n"
         "                           or nothing; twice is once\n\n"
         "All but import and merge may run while another program writes into the store.\n\n"
-        "Exit code: 0 done, and of import: all passed, 1 what was asked for is not there (an export of\n"
-        "none is one), some failed, the store has faults, or of merge: inspections were decided\n"
-        "differently, 2 some pictures could not be inspected, were left out, are missing or damaged,\n"
-        "64 wrong usage, 69 a store cannot be opened, or another program writes into it, 71 out of\n"
-        "memory, 74 the store, the output or stdout cannot be written.\n"
+        "Exit code: 0 done, also an export that found no inspection; of import: all passed, also those\n"
+        "that were there already, 1 what was asked for is not there, some failed, the store has faults,\n"
+        "or of merge: inspections were decided differently, 2 some pictures could not be inspected, were\n"
+        "left out, are missing or damaged, or some records cannot be exported, 64 wrong usage, 69 a store\n"
+        "cannot be opened, or another program writes into it, 71 out of memory, 74 the store, the output\n"
+        "or stdout cannot be written.\n"
         "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
@@ -148,6 +157,7 @@ bool CommandLine::readOptions()
     mOptions.store = mParser.isSet(mStore) ? mParser.value(mStore) : usualStore();
     if (mOptions.store.isEmpty())
         return refuseValue(mStore, QStringLiteral("the name of a folder"));
+    mOptions.store = absolute(mOptions.store);
     return readCommand() && checkThatOptionsFit() && readJob() && readFilter() && readPage() && readFormat()
         && readImport();
 }
@@ -172,6 +182,8 @@ bool CommandLine::readCommand()
 
     if (mOptions.action == Action::Search)
         mOptions.filter.text = mOptions.operand;
+    if (mOptions.action == Action::Backup || mOptions.action == Action::Merge)
+        mOptions.operand = absolute(mOptions.operand);
     if (mOptions.action == Action::List && mParser.isSet(mJobs))
         mOptions.action = Action::ListJobs;
     bool isNumber = true;

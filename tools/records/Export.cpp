@@ -79,7 +79,8 @@ private:
     const RecordStore &mStore;
     Tools::StopSignals mSignals;
     Target mTarget;
-    bool mIsWritten = false; ///< all that was asked for
+    bool mIsWritten = false; ///< all that was given to the target
+    int mLeftOut = 0; ///< records that cannot be read
     QHash<Id, Job> mJobs;
     QHash<Id, Point> mPoints;
 };
@@ -97,11 +98,13 @@ int Exporter::run(const Filter &filter)
     if (!mTarget.open() || !mTarget.write(isJson() ? jsonBegin(jobs.value) : csvHeader(mOptions)))
         return mTarget.tellFailure();
     const Problem problem = writeAll(ids.value);
+    // Also behind a problem: what is on stdout by then is a document.
+    const bool isWhole = mIsWritten && (!isJson() || mTarget.write(jsonEnd()));
     if (!problem.ok())
         return tell(problem);
-    if (!mIsWritten || (isJson() && !mTarget.write(jsonEnd())) || !mTarget.commit())
+    if (!isWhole || !mTarget.commit())
         return mTarget.tellFailure();
-    return Tools::Done;
+    return mLeftOut > 0 ? Tools::NotAnswered : Tools::Done;
 }
 
 void Exporter::remember(const QVector<ExportedJob> &jobs)
@@ -113,19 +116,31 @@ void Exporter::remember(const QVector<ExportedJob> &jobs)
     }
 }
 
+/// A record that cannot be read is told, and the others follow.
 Problem Exporter::writeAll(const QVector<Id> &ids)
 {
     const bool hasBar = !mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDERR_FILENO);
     Tools::ProgressBar progress(hasBar ? ids.size() : 0);
+    const bool isShown = mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDOUT_FILENO);
+    mIsWritten = true;
+    bool isFirst = true;
     for (int i = 0; i < ids.size(); ++i) {
         progress.show(i);
         const Answer<ExportedInspection> one = inspection(ids[i]);
+        if (one.problem.fault == Fault::Damaged) {
+            ++mLeftOut;
+            progress.clear();
+            tell({one.problem.fault, one.problem.text + QStringLiteral("; it is left out")});
+            continue;
+        }
         if (!one.ok())
             return one.problem;
-        if (!mTarget.write(isJson() ? jsonInspection(one.value, i == 0) : csvRow(one.value, mOptions)))
+        mIsWritten =
+            mTarget.write(isJson() ? jsonInspection(one.value, isFirst) : csvRow(one.value, mOptions, isShown));
+        if (!mIsWritten)
             return {};
+        isFirst = false;
     }
-    mIsWritten = true;
     return {};
 }
 

@@ -3,6 +3,7 @@
 
 #include "common/Csv.h"
 #include "common/ShortestNumber.h"
+#include "common/Terminal.h"
 #include "records/Words.h"
 
 #include <algorithm>
@@ -83,7 +84,7 @@ QVector<Column> columnsOf(const ExportedInspection &inspection, const Options &o
         {QStringLiteral("Point"), record.pointName},
         {QStringLiteral("Side"), hasPoint ? Words::of(record.side) : QString()},
         {QStringLiteral("Fibre"), hasPoint ? Words::of(inspection.point.fibre) : QString()},
-        {QStringLiteral("Standard"), Standard::name(record.standard)},
+        {QStringLiteral("Standard"), Words::nameOf(record.standard)},
         {QStringLiteral("Verdict"), Words::of(record.verdict)},
         {QStringLiteral("Reason"), Words::reasonOf(record)},
         {QStringLiteral("Decision"), Words::of(record.decision)},
@@ -123,9 +124,14 @@ QByteArray csvHeader(const Options &options)
     return mark + line(columnsOf({}, options), &Column::name, options);
 }
 
-QByteArray csvRow(const ExportedInspection &inspection, const Options &options)
+QByteArray csvRow(const ExportedInspection &inspection, const Options &options, bool isShown)
 {
-    return line(columnsOf(inspection, options), &Column::value, options);
+    QVector<Column> columns = columnsOf(inspection, options);
+    for (Column &column : columns) {
+        if (isShown)
+            column.value = Tools::Terminal::printable(column.value);
+    }
+    return line(columns, &Column::value, options);
 }
 
 } // namespace RecordsTool

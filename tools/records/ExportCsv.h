@@ -6,6 +6,8 @@
 namespace RecordsTool {
 
 QByteArray csvHeader(const Options &options);
-QByteArray csvRow(const ExportedInspection &inspection, const Options &options);
+
+/// @param isShown on a terminal: what would control it stands there as \xHH
+QByteArray csvRow(const ExportedInspection &inspection, const Options &options, bool isShown);
 
 } // namespace RecordsTool

@@ -2,7 +2,6 @@
 #include "records/ExportJson.h"
 
 #include "common/JsonWriter.h"
-#include "inspect/StandardNames.h"
 #include "records/Words.h"
 
 namespace RecordsTool {
@@ -16,15 +15,9 @@ QString textOf(const QUuid &identity)
     return identity.toString(QUuid::WithoutBraces);
 }
 
-QString enumeratorOf(Standard::Id id)
-{
-    const QString name = Inspect::standardEnumerator(id);
-    return name.isEmpty() ? QStringLiteral("Manual") : name;
-}
-
 void writeStandard(Tools::JsonWriter &json, Standard::Id id)
 {
-    json.member("standard", enumeratorOf(id)).member("standardName", Standard::name(id));
+    json.member("standard", Words::enumeratorOf(id)).member("standardName", Words::nameOf(id));
 }
 
 void writePoint(Tools::JsonWriter &json, const Point &point)
@@ -99,8 +92,8 @@ void writeRule(Tools::JsonWriter &json, const StoredRule &stored)
 {
     json.beginObject()
         .member("rule", stored.rule.toString())
-        .member("type", Inspect::defectTypeName(stored.rule.defectType))
-        .member("operator", Inspect::ruleOperatorEnumerator(stored.rule.ruleOperator))
+        .member("type", Words::of(stored.rule.defectType))
+        .member("operator", Words::of(stored.rule.ruleOperator))
         .member("minSize", stored.rule.minSize)
         .member("maxSize", stored.rule.maxSize)
         .member("maxAllowedAmount", stored.rule.maxAllowedAmount)
@@ -112,7 +105,7 @@ void writeRule(Tools::JsonWriter &json, const StoredRule &stored)
 void writeDefect(Tools::JsonWriter &json, const GradedDefect &defect)
 {
     json.beginObject()
-        .member("type", Inspect::defectTypeName(defect.kind))
+        .member("type", Words::of(defect.kind))
         .member("size", defect.sizeMicrons)
         .member("x", defect.centerMicrons.x())
         .member("y", defect.centerMicrons.y())
@@ -123,7 +116,7 @@ void writeDefect(Tools::JsonWriter &json, const GradedDefect &defect)
 void writeZone(Tools::JsonWriter &json, const StoredZone &zone, const QVector<StoredDefect> &defects)
 {
     json.beginObject()
-        .member("zone", Zone::name(zone.zone))
+        .member("zone", Words::of(zone.zone))
         .member("innerDiameter", zone.innerDiameter)
         .member("outerDiameter", zone.outerDiameter)
         .member("violations", zone.violations)

@@ -4,6 +4,7 @@
 #include "Helpers/FileAccess_p.h"
 #include "Helpers/TestNameGenerator.h"
 #include "common/ExitCode.h"
+#include "common/FileNameCodec.h"
 #include "common/FolderListing.h"
 #include "common/StandardOutput.h"
 #include "common/StopSignals.h"
@@ -79,12 +80,32 @@ bool agrees(const QString &asked, const QString &there)
     return asked.isEmpty() || asked == there;
 }
 
+/// As the file is called. A name that is no text cannot be stored: it is that what is printed of it.
+QString pointOf(const QString &path)
+{
+    const QString name = QFileInfo(path).completeBaseName();
+    return Tools::FileNameCodec::isText(name) ? name : Terminal::printableName(name);
+}
+
+InspectionSummary summaryOf(Id id, const Inspection &inspection)
+{
+    InspectionSummary row;
+    row.id = id;
+    if (inspection.hasVerdict())
+        row.verdict = inspection.passed() ? Verdict::Passed : Verdict::Failed;
+    row.reason = inspection.reason();
+    row.detail = inspection.detail();
+    return row;
+}
+
+/// Whether the job has had a picture before.
+enum class Known : int { Not, Already };
+
 class Importer
 {
 public:
-    Importer(const Options &options, RecordStore *store)
+    explicit Importer(const Options &options)
         : mOptions(options)
-        , mStore(*store)
         , mStyle(Terminal::hasColors(STDOUT_FILENO))
     {
     }
@@ -95,22 +116,25 @@ private:
     bool listFolder();
     void leaveOutNamesakes();
     bool nameByRun();
+    bool openStore();
     bool findJob();
     bool addPointsOfRun();
     bool import(const Picture &picture);
     bool store(const Picture &picture, const QByteArray &bytes);
-    bool printKnown(const Picture &picture, const InspectionSummary &row);
+    Answer<InspectionSummary> find(const Picture &picture, const QByteArray &bytes) const;
+    Answer<InspectionSummary> lastOf(Id point) const;
     Answer<Id> pointNamed(const QString &name);
-    bool printVerdict(const Picture &picture, const Inspection &inspection, Id id);
+    bool printVerdict(const Picture &picture, const InspectionSummary &row, Known known);
     bool printLine(const QString &point, const QString &verdict, const QString &rest);
     bool printSummary();
+    bool refuse(const Picture &picture, const Problem &problem);
     void leaveOut(const QString &path, const QString &reason);
     bool fail(int exitCode, const QString &reason = {});
     int tellUnwritten();
     int exitCode() const;
 
     const Options &mOptions;
-    RecordStore &mStore;
+    RecordStore mStore;
     Tools::StopSignals mSignals;
     Tools::StandardOutput mOutput; ///< a signal holds back no line of what is stored, if somebody reads it
     const Tools::TextStyle mStyle;
@@ -120,14 +144,14 @@ private:
     QHash<QString, Id> mPoints; ///< of the job and the side, by their names
     int mFailure = Tools::Done; ///< what ends the program early
     int mCounts[3] = {0, 0, 0}; ///< by verdict
-    int mKnown = 0;
+    int mKnownCounts[3] = {0, 0, 0}; ///< the same of those that were known
     int mLeftOut = 0;
     int mPointWidth = 0; ///< columns
 };
 
 int Importer::run()
 {
-    if (!listFolder() || !findJob() || !addPointsOfRun())
+    if (!listFolder() || !openStore() || !findJob() || !addPointsOfRun())
         return mFailure != Tools::Done ? mFailure : exitCode();
     for (const Picture &picture : qAsConst(mPictures))
         mPointWidth = qMax(mPointWidth, Terminal::printable(picture.point).size());
@@ -155,7 +179,7 @@ bool Importer::listFolder()
     else if (listing.files.isEmpty())
         leaveOut(mOptions.operand, QStringLiteral("there is no image in the folder"));
     for (const QString &path : listing.files)
-        mPictures.append({path, Terminal::printableName(QFileInfo(path).completeBaseName())});
+        mPictures.append({path, pointOf(path)});
     std::sort(mPictures.begin(), mPictures.end(),
         [](const Picture &a, const Picture &b) { return comesBefore(a.path, b.path); });
     if (mOptions.first.isEmpty())
@@ -194,6 +218,13 @@ bool Importer::nameByRun()
     for (int i = 0; i < names.size(); ++i)
         mPictures[i].point = names[i];
     return true;
+}
+
+/// When there is something to import, or a store would be begun for nothing.
+bool Importer::openStore()
+{
+    const int refused = openToWrite(mOptions.store, &mStore);
+    return refused == Tools::Done || fail(refused);
 }
 
 /// The job of that name or number; a new one where there is none of the name.
@@ -267,22 +298,41 @@ bool Importer::import(const Picture &picture)
                            : QStringLiteral("there is nothing in the file"));
         return true;
     }
+    const Answer<InspectionSummary> known = find(picture, bytes);
+    if (!known.ok())
+        return fail(tell(known.problem));
+    const InspectionSummary &row = known.value;
+    if (row.id == noId)
+        return store(picture, bytes);
+    if (row.point == mPoints.value(picture.point, noId))
+        return printVerdict(picture, row, Known::Already);
+    leaveOut(picture.path, // or its point would look inspected, and stays open
+        QStringLiteral("it is the picture of inspection %1, point %2, side %3")
+            .arg(QString::number(row.id), Terminal::printable(row.pointName), Words::of(row.side)));
+    return true;
+}
+
+/// The inspection of the same picture in the job: of the same point, or else of another one.
+Answer<InspectionSummary> Importer::find(const Picture &picture, const QByteArray &bytes) const
+{
     Filter same;
     same.job = mJob.id;
     same.picture = PictureStore::hashOf(bytes);
-    const Answer<QVector<InspectionSummary>> known = mStore.list(same, {0, 1});
-    if (!known.ok())
-        return fail(tell(known.problem));
-    return known.value.isEmpty() ? store(picture, bytes) : printKnown(picture, known.value.first());
+    same.point = mPoints.value(picture.point, noId);
+    Answer<QVector<InspectionSummary>> known = mStore.list(same, {0, 1});
+    if (known.ok() && known.value.isEmpty()) {
+        same.point.reset();
+        known = mStore.list(same, {0, 1});
+    }
+    return {known.value.value(0), known.problem};
 }
 
-/// @param row of the same picture
-bool Importer::printKnown(const Picture &picture, const InspectionSummary &row)
+Answer<InspectionSummary> Importer::lastOf(Id point) const
 {
-    ++mKnown;
-    return printLine(picture.point, mStyle.dim(QStringLiteral("known").leftJustified(verdictWidth)),
-        QStringLiteral("%1: the picture of inspection %2, point %3")
-            .arg(Terminal::printableName(picture.path), QString::number(row.id), Terminal::printable(row.pointName)));
+    Filter filter;
+    filter.point = point;
+    const Answer<QVector<InspectionSummary>> rows = mStore.list(filter, {0, 1});
+    return {rows.value.value(0), rows.problem};
 }
 
 bool Importer::store(const Picture &picture, const QByteArray &bytes)
@@ -298,13 +348,26 @@ bool Importer::store(const Picture &picture, const QByteArray &bytes)
         return true;
     }
     const Answer<Id> point = pointNamed(picture.point);
-    const Answer<Id> id =
-        point.ok() ? mStore.addInspection(Origin::of(point.value, mOptions.device, options), inspection, bytes) : point;
-    if (id.ok())
-        return printVerdict(picture, inspection, id.value);
-    if (id.problem.fault != Fault::Invalid)
-        return fail(tell(id.problem));
-    leaveOut(picture.path, id.problem.text);
+    if (!point.ok())
+        return refuse(picture, point.problem);
+    // What is no photograph may be a secret that somebody has put a link to: that it was there is kept, not what it is.
+    const bool isPhotograph = loaded.reason != Inspection::Reason::UnknownFormat;
+    const Answer<InspectionSummary> last = isPhotograph ? Answer<InspectionSummary>() : lastOf(point.value);
+    if (!last.ok())
+        return fail(tell(last.problem));
+    if (last.value.id != noId && last.value.reason == loaded.reason)
+        return printVerdict(picture, last.value, Known::Already);
+    const Answer<Id> id = mStore.addInspection(
+        Origin::of(point.value, mOptions.device, options), inspection, isPhotograph ? bytes : QByteArray());
+    return id.ok() ? printVerdict(picture, summaryOf(id.value, inspection), Known::Not) : refuse(picture, id.problem);
+}
+
+/// @return false when there is no use in going on
+bool Importer::refuse(const Picture &picture, const Problem &problem)
+{
+    if (problem.fault != Fault::Invalid)
+        return fail(tell(problem));
+    leaveOut(picture.path, problem.text);
     return true;
 }
 
@@ -320,19 +383,19 @@ Answer<Id> Importer::pointNamed(const QString &name)
     return {added.value.first().id, {}};
 }
 
-bool Importer::printVerdict(const Picture &picture, const Inspection &inspection, Id id)
+bool Importer::printVerdict(const Picture &picture, const InspectionSummary &row, Known known)
 {
-    const Verdict verdict = !inspection.hasVerdict() ? Verdict::None
-        : inspection.passed()                        ? Verdict::Passed
-                                                     : Verdict::Failed;
-    ++mCounts[static_cast<int>(verdict)];
+    const bool isKnown = known == Known::Already;
+    const bool hasVerdict = row.verdict == Verdict::Passed || row.verdict == Verdict::Failed; // a row may say anything
+    ++(isKnown ? mKnownCounts : mCounts)[static_cast<int>(hasVerdict ? row.verdict : Verdict::None)];
     const QString path = Terminal::printableName(picture.path);
-    if (verdict == Verdict::None)
-        Terminal::tell(QStringLiteral("%1: %2").arg(path, inspection.problem()));
+    if (!hasVerdict)
+        Terminal::tell(QStringLiteral("%1: %2").arg(path, Words::reasonOf(row)));
     const QString word =
-        (verdict == Verdict::None ? QStringLiteral("no verdict") : Words::of(verdict)).leftJustified(verdictWidth);
-    return printLine(picture.point, verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
-        QStringLiteral("%1, inspection %2").arg(path, QString::number(id)));
+        (hasVerdict ? Words::of(row.verdict) : QStringLiteral("no verdict")).leftJustified(verdictWidth);
+    return printLine(picture.point, row.verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
+        QStringLiteral("%1, inspection %2%3")
+            .arg(path, QString::number(row.id), isKnown ? QStringLiteral(", known already") : QString()));
 }
 
 /// @param verdict as wide as all of them
@@ -346,12 +409,13 @@ bool Importer::printLine(const QString &point, const QString &verdict, const QSt
 bool Importer::printSummary()
 {
     const auto count = [this](Verdict verdict) { return QString::number(mCounts[static_cast<int>(verdict)]); };
+    const int known = mKnownCounts[0] + mKnownCounts[1] + mKnownCounts[2];
     const QString text =
         QStringLiteral("\nJob %1 \"%2\": %3 inspections: %4 passed, %5 failed, %6 without a verdict; "
                        "%7 known already, %8 left out\n")
             .arg(QString::number(mJob.id), Terminal::printable(mJob.name),
                 QString::number(mCounts[0] + mCounts[1] + mCounts[2]), count(Verdict::Passed), count(Verdict::Failed),
-                count(Verdict::None), QString::number(mKnown), QString::number(mLeftOut));
+                count(Verdict::None), QString::number(known), QString::number(mLeftOut));
     return mOutput.write(text.toUtf8());
 }
 
@@ -372,15 +436,19 @@ bool Importer::fail(int exitCode, const QString &reason)
 
 int Importer::exitCode() const
 {
-    if (mCounts[static_cast<int>(Verdict::None)] > 0 || mLeftOut > 0)
+    const auto has = [this](Verdict verdict) {
+        const int at = static_cast<int>(verdict);
+        return mCounts[at] + mKnownCounts[at] > 0;
+    };
+    if (has(Verdict::None) || mLeftOut > 0)
         return Tools::NotAnswered;
-    return mCounts[static_cast<int>(Verdict::Failed)] > 0 ? Tools::NotPassed : Tools::Done;
+    return has(Verdict::Failed) ? Tools::NotPassed : Tools::Done;
 }
 } // namespace
 
-int importFolder(const Options &options, RecordStore *store)
+int importFolder(const Options &options)
 {
-    return Importer(options, store).run();
+    return Importer(options).run();
 }
 
 } // namespace RecordsTool

@@ -2,7 +2,6 @@
 #include "records/InspectionText.h"
 
 #include "common/Program.h"
-#include "inspect/StandardNames.h"
 #include "records/StoreAccess.h"
 #include "records/Table.h"
 #include "records/Words.h"
@@ -116,9 +115,8 @@ QString zonesText(const StoredInspection &stored, const Tools::TextStyle &style)
     Table table({{QStringLiteral("Zone")}, {QStringLiteral("From \u00B5m"), Align::Right},
         {QStringLiteral("To \u00B5m"), Align::Right}, {QStringLiteral("Violations"), Align::Right}});
     for (const StoredZone &zone : stored.zones) {
-        table.add(
-            {{Zone::name(zone.zone)}, {QString::number(zone.innerDiameter)}, {QString::number(zone.outerDiameter)},
-                {QString::number(zone.violations), zone.violations > 0 ? Look::Bad : Look::Plain}});
+        table.add({{Words::of(zone.zone)}, {QString::number(zone.innerDiameter)}, {QString::number(zone.outerDiameter)},
+            {QString::number(zone.violations), zone.violations > 0 ? Look::Bad : Look::Plain}});
     }
     return table.isEmpty() ? QString() : QLatin1Char('\n') + table.text(style, indent);
 }
@@ -132,7 +130,7 @@ QString rulesText(const StoredInspection &stored, const Tools::TextStyle &style)
         for (const StoredRule &applied : zone.rules) {
             const Rule &rule = applied.rule;
             const bool isUnlimited = rule.maxAllowedAmount == Rule::unlimited;
-            table.add({{Zone::name(zone.zone)}, {Inspect::defectTypeName(rule.defectType)}, {rule.toString()},
+            table.add({{Words::of(zone.zone)}, {Words::of(rule.defectType)}, {rule.toString()},
                 {isUnlimited ? QStringLiteral("\u221E") : QString::number(rule.maxAllowedAmount)},
                 {QString::number(applied.found)},
                 applied.violated ? Table::Cell{QStringLiteral("fail"), Look::Bad}
@@ -162,7 +160,7 @@ QString defectsText(const StoredInspection &stored, const Tools::TextStyle &styl
     const QVector<GradedDefect> defects = sortedDefects(stored);
     const QVector<GradedDefect> shown = defects.mid(0, mostDefectsShown);
     for (const GradedDefect &defect : shown) {
-        table.add({{Zone::name(defect.zone)}, {Inspect::defectTypeName(defect.kind)}, {micrometres(defect.sizeMicrons)},
+        table.add({{Words::of(defect.zone)}, {Words::of(defect.kind)}, {micrometres(defect.sizeMicrons)},
             {position(defect.centerMicrons.x())}, {position(defect.centerMicrons.y())},
             {defect.causesFailure ? QStringLiteral("yes") : QString(), Look::Bad}});
     }
@@ -178,7 +176,7 @@ QString defectsText(const StoredInspection &stored, const Tools::TextStyle &styl
 QString headText(const StoredInspection &stored, const QString &job, const QString &point, const QString &store)
 {
     return line("Made", madeText(stored)) + line("Job", job) + line("Point", point)
-        + line("Standard", Standard::name(stored.standard)) + line("Reason", Words::reasonOf(stored))
+        + line("Standard", Words::nameOf(stored.standard)) + line("Reason", Words::reasonOf(stored))
         + line("Decision", decisionText(stored)) + line("Scope", scopeText(stored))
         + line("Software", softwareText(stored.origin))
         + line("Picture", pictureText(store, stored.picture, stored.isPictureThere))

@@ -169,7 +169,21 @@ QString textOf(const Merge &done)
     return QStringLiteral("New: %1, %2, %3, %4. %5 known already, %6 taken over.\n")
         .arg(counted(done.jobs, "job", "jobs"), counted(done.points, "point", "points"),
             counted(done.inspections, "inspection", "inspections"), counted(done.pictures, "picture", "pictures"),
-            counted(done.known, "inspection", "inspections"), counted(done.decisions, "decision", "decisions"));
+            counted(done.known, "inspection", "inspections"), counted(done.decisions.size(), "decision", "decisions"));
+}
+
+/// A line for each decision that came from the other store.
+QString decisionsText(const Merge &done, const RecordStore &store)
+{
+    QString text;
+    for (const Id id : done.decisions) {
+        const StoredInspection now = store.inspection(id).value;
+        const QString note = now.note.isEmpty() ? QString() : QStringLiteral(", ") + now.note.simplified();
+        text += QStringLiteral("inspection %1: taken over: %2")
+                    .arg(QString::number(id), Tools::Terminal::printable(Words::of(now.decision) + note))
+            + QLatin1Char('\n');
+    }
+    return text;
 }
 
 /// @param what is wrong with them
@@ -186,7 +200,7 @@ int verifyStore(const Options &options, const RecordStore &store)
     Watch watch;
     const Answer<Verification> found = store.verify(watch.goesOn());
     watch.end();
-    if (watch.isStopped())
+    if (found.problem.fault == Fault::Stopped)
         return watch.exitCode();
     if (!found.ok())
         return tell(found.problem);
@@ -228,7 +242,7 @@ int mergeStore(const Options &options, RecordStore *store)
             QStringLiteral("inspection %1 was decided differently there; what is here stays").arg(id));
     tellLost(done.value.missing, "missing");
     tellLost(done.value.damaged, "damaged, or cannot be read,");
-    const int printed = Tools::print(textOf(done.value).toUtf8());
+    const int printed = Tools::print((decisionsText(done.value, *store) + textOf(done.value)).toUtf8());
     if (printed != Tools::Done)
         return printed;
     if (done.value.missing > 0 || done.value.damaged > 0)

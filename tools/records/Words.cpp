@@ -8,9 +8,21 @@
 
 namespace RecordsTool::Words {
 
+using namespace FiberInspection;
 using namespace Records;
 
 namespace {
+/// A later version may have stored more than is known here.
+QString unknown()
+{
+    return QStringLiteral("unknown");
+}
+
+QString orUnknown(const QString &word)
+{
+    return word.isEmpty() ? unknown() : word;
+}
+
 template <typename Value>
 struct Word
 {
@@ -38,13 +50,12 @@ constexpr Word<FibreKind> fibres[] = {
     {FibreKind::MultiMode, "mm"},
 };
 
-/// A later version may have stored more than is known here.
 template <typename Value, std::size_t count>
 QString wordOf(const Word<Value> (&words)[count], Value value)
 {
     const auto *const found = std::find_if(
         std::begin(words), std::end(words), [value](const Word<Value> &entry) { return entry.value == value; });
-    return found == std::end(words) ? QStringLiteral("unknown") : QString::fromLatin1(found->word);
+    return found == std::end(words) ? unknown() : QString::fromLatin1(found->word);
 }
 
 template <typename Value, std::size_t count>
@@ -91,17 +102,43 @@ std::optional<FibreKind> fibreOf(const QString &word)
     return valueOf(fibres, word);
 }
 
-QString ofStandard(FiberInspection::Standard::Id id)
+QString ofStandard(Standard::Id id)
 {
     const QString name = Inspect::standardName(id);
-    return name.isEmpty() ? FiberInspection::Standard::name(id) : name;
+    return name.isEmpty() ? nameOf(id) : name;
+}
+
+QString nameOf(Standard::Id id)
+{
+    return orUnknown(Standard::name(id));
+}
+
+QString enumeratorOf(Standard::Id id)
+{
+    return id == Standard::Manual ? QStringLiteral("Manual") : orUnknown(Inspect::standardEnumerator(id));
+}
+
+QString of(Zone::Id zone)
+{
+    return orUnknown(Zone::name(zone));
+}
+
+QString of(Defect::Type type)
+{
+    const bool isKnown = type == Defect::Type::Defect || type == Defect::Type::Scratch;
+    return isKnown ? Inspect::defectTypeName(type) : unknown();
+}
+
+QString of(Rule::Operator ruleOperator)
+{
+    return orUnknown(Inspect::ruleOperatorEnumerator(ruleOperator));
 }
 
 QString reasonOf(const InspectionSummary &inspection)
 {
     if (inspection.verdict != Verdict::None)
         return {};
-    const QString reason = FiberInspection::Inspection::reasonText(inspection.reason);
+    const QString reason = Inspection::reasonText(inspection.reason);
     return inspection.detail.isEmpty() ? reason : QStringLiteral("%1: %2").arg(reason, inspection.detail);
 }
 

@@ -55,11 +55,11 @@ int write(const Options &options)
     const int useless = lookAtOperand(options);
     if (useless != Tools::Done)
         return useless;
+    if (options.action == Options::Action::Import)
+        return importFolder(options);
     Records::RecordStore store;
     const int refused = openToWrite(options.store, &store);
-    if (refused != Tools::Done)
-        return refused;
-    return options.action == Options::Action::Merge ? mergeStore(options, &store) : importFolder(options, &store);
+    return refused == Tools::Done ? mergeStore(options, &store) : refused;
 }
 
 int run(const Options &options)
