@@ -10,6 +10,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <array>
 #include <csignal>
 #include <limits>
 #include <random>
@@ -734,6 +735,23 @@ private Q_SLOTS:
         QVERIFY(circle == Circle());
         QCOMPARE(candidates, AnalyserPrivate::notSearched);
         QCOMPARE(log.asText(), warning("Too many edges to look for the cladding"));
+    }
+
+    void aPatternThatRepeatsItselfIsNotSearched()
+    {
+        const std::array<std::array<uchar, 4>, 4> tile{
+            {{255, 255, 0, 255}, {156, 255, 244, 255}, {255, 255, 0, 255}, {0, 255, 0, 255}}};
+        cv::Mat mat(2500, 2500, CV_8UC1);
+        for (int y = 0; y < mat.rows; ++y) {
+            for (int x = 0; x < mat.cols; ++x)
+                mat.at<uchar>(y, x) = tile[static_cast<std::size_t>(y % 4)][static_cast<std::size_t>(x % 4)];
+        }
+        LogCapture log;
+
+        int candidates = 0;
+        AnalyserPrivate::findCladdingCircle(mat, 401, &candidates); // votes of all around meet in a pixel exactly
+
+        QCOMPARE(candidates, AnalyserPrivate::notSearched);
     }
 
     void aLargeImageFullOfEdgesIsSearched()
