@@ -72,7 +72,7 @@ public:
     /// Grey levels with the weights of red and blue exchanged; empty for an image without three or four channels.
     static cv::Mat convertImageToGray(const cv::Mat &mat);
 
-    static constexpr int notSearched = -1; ///< number of candidates where a search would take minutes
+    static constexpr int notSearched = -1; ///< number of candidates where a search may take minutes
 
     /// The one circle of the Hough transform (OpenCV, HOUGH_GRADIENT) that is at most 10 pixels smaller than expected
     /// and not larger; an empty circle when there is none or more than one.

@@ -4,12 +4,14 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace FiberInspection {
 
 namespace {
-constexpr double alwaysAffordable = 2 << 20; // pixels; no pattern in so few keeps the search busy for more than seconds
-constexpr double mostComparisons = 1e11; // three seconds of a processor; photographs of end faces need up to 1e8
+constexpr double mostComparisons = 5e9; // three seconds of a processor; photographs of end faces need up to 1e8
+constexpr double mostBySize = 6e10; // as many as its size allows, and no image has a tenth of them
+constexpr int pixelBits = 10; // places are in fractions of a pixel
 
 /// The points of the edges, and the way across the edge at each of them.
 struct Edges
@@ -26,23 +28,26 @@ struct Edges
     }
 };
 
-/// Each point of an edge votes for the centres of the circles whose rim it may be a part of.
+/// Each point of an edge votes for the centres of the circles whose rim it may be a part of. Rounded as by OpenCV: on a
+/// pattern that repeats itself, votes that meet in one pixel there are spread over four by any other way.
 class Votes
 {
 public:
     Votes(const Edges &edges, int minRadius, int maxRadius)
-        : mVotes(cv::Mat::zeros(edges.points.size() + cv::Size(2, 2), CV_16UC1)) // with a frame of one pixel
+        : mVotes(cv::Mat::zeros(edges.points.size(), CV_32SC1))
     {
         for (int y = 0; y < edges.points.rows; ++y) {
             const auto *const isPoint = edges.points.ptr<uchar>(y);
             const auto *const acrossX = edges.acrossX.ptr<short>(y);
             const auto *const acrossY = edges.acrossY.ptr<short>(y);
             for (int x = 0; x < edges.points.cols; ++x) {
-                if (isPoint[x] == 0)
+                const auto dx = static_cast<float>(acrossX[x]);
+                const auto dy = static_cast<float>(acrossY[x]);
+                const float length = std::sqrt(dx * dx + dy * dy);
+                if (isPoint[x] == 0 || length < 1)
                     continue;
-                const cv::Point2f point = cv::Point(x, y);
-                const cv::Point2f across = cv::Point(acrossX[x], acrossY[x]);
-                const cv::Point2f step = across / std::max(1.0, cv::norm(across));
+                const Place point = Place(x, y) * (1 << pixelBits);
+                const Place step(cvRound(dx * (1 << pixelBits) / length), cvRound(dy * (1 << pixelBits) / length));
                 vote(point, step, minRadius, maxRadius);
                 vote(point, -step, minRadius, maxRadius);
             }
@@ -54,9 +59,9 @@ public:
     {
         double count = 0;
         for (int y = 1; y < mVotes.rows - 1; ++y) {
-            const auto *const above = mVotes.ptr<ushort>(y - 1);
-            const auto *const votes = mVotes.ptr<ushort>(y);
-            const auto *const below = mVotes.ptr<ushort>(y + 1);
+            const auto *const above = mVotes.ptr<int>(y - 1);
+            const auto *const votes = mVotes.ptr<int>(y);
+            const auto *const below = mVotes.ptr<int>(y + 1);
             for (int x = 1; x < mVotes.cols - 1; ++x) {
                 const bool isPeak =
                     votes[x] > votes[x - 1] && votes[x] >= votes[x + 1] && votes[x] > above[x] && votes[x] >= below[x];
@@ -67,36 +72,45 @@ public:
     }
 
 private:
-    void vote(const cv::Point2f &point, const cv::Point2f &step, int minRadius, int maxRadius)
+    using Place = cv::Point2l; // any radius fits
+
+    void vote(const Place &point, const Place &step, int minRadius, int maxRadius)
     {
-        const cv::Rect image({1, 1}, mVotes.size() - cv::Size(2, 2));
-        cv::Point2f centre = point + step * minRadius + cv::Point2f(1, 1);
+        Place centre = point + step * minRadius;
         for (int radius = minRadius; radius <= maxRadius; ++radius, centre += step) {
-            const cv::Point pixel = centre;
-            if (!image.contains(pixel))
+            const cv::Point2l at(centre.x >> pixelBits, centre.y >> pixelBits);
+            if (at.x < 0 || at.x >= mVotes.cols || at.y < 0 || at.y >= mVotes.rows)
                 return;
-            ushort &votes = mVotes.at<ushort>(pixel);
-            votes = std::max(votes, static_cast<ushort>(votes + 1)); // stays at the largest number
+            ++mVotes.ptr<int>(static_cast<int>(at.y))[at.x];
         }
     }
 
     cv::Mat mVotes;
 };
+
+/// The pixels that may be part of a circle around a centre, at most.
+double pixelsAround(const cv::Size &image, int maxRadius)
+{
+    const double width = 2.0 * maxRadius + 1;
+    return std::min<double>(width, image.width) * std::min<double>(width, image.height);
+}
 } // namespace
 
 bool CircleSearch::isAffordable(const cv::Mat &gray) const
 {
     const auto pixels = static_cast<double>(gray.total());
-    if (pixels <= alwaysAffordable)
+    const double around = pixelsAround(gray.size(), maxRadius);
+    if (pixels / 2 * around <= mostBySize)
         return true;
 
     const Edges edges(gray, edgeThreshold);
     const double points = cv::countNonZero(edges.points);
-    const double votes = 2 * points * (maxRadius - minRadius + 1);
+    const double compared = std::min(points, around);
+    const double votes = 2 * points * (static_cast<double>(maxRadius) - minRadius + 1);
     const double mostCentres = std::min(pixels / 2, votes / std::max(1.0, votesThreshold));
-    if (points * mostCentres <= mostComparisons)
+    if (compared * mostCentres <= mostComparisons)
         return true;
-    return points * Votes(edges, minRadius, maxRadius).centres(votesThreshold) <= mostComparisons;
+    return compared * Votes(edges, minRadius, maxRadius).centres(votesThreshold) <= mostComparisons;
 }
 
 } // namespace FiberInspection

@@ -169,7 +169,7 @@ private:
 
     const std::vector<cv::Point> &mPoints;
     mutable std::size_t mLooks = 0;
-    std::vector<std::vector<Box>> mLevels; ///< boxes around 16 points, around 256, and so on
+    std::vector<std::vector<Box>> mLevels; ///< boxes around 8 points, around 64, and so on
 };
 
 bool isInside(const cv::Point &point, const Disc &disc)

@@ -12,7 +12,7 @@ namespace FiberInspection {
 
 /// The smallest circle around the points, bit by bit that of cv::minEnclosingCircle, whose time grows with the square
 /// or the cube of the length of a winding contour. The points must not be empty.
-/// Where their order is one that takes minutes, as on a spiral of 100,000 points, the last bits may differ.
+/// Where their order makes this search slow, too, as that of a spiral does, the last bits may differ.
 VANTORBASE_EXPORT Circle smallestEnclosingCircle(const std::vector<cv::Point> &points);
 
 } // namespace FiberInspection

@@ -99,7 +99,7 @@ public:
         NoImage, ///< a null QImage
         NotConvertible, ///< to grey
         UnusableScale, ///< it leaves nothing of the image, or makes it too large
-        NoFibre, ///< no circle as large as the cladding of the standard
+        NoFibre, ///< no circle as large as the cladding of the standard, or too many edges to look for one
         SeveralFibres, ///< more than one
         FibreAtBorder, ///< the contact zone leaves the image
         AnalysisBroken, ///< by an exception, mostly for want of memory

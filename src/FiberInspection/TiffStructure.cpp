@@ -102,12 +102,11 @@ private:
     const bool mIsBigEndian;
 };
 
-/// What an entry of the directory says; the value is a number, or the place of several.
+/// What an entry of the directory says; the value is the only one, or the first of them, where they stand in the entry.
 struct Entry
 {
     quint64 tag;
     quint16 type;
-    quint64 typeSize; ///< in bytes; 0 for an unknown type
     quint64 count;
     quint64 value;
 };
@@ -155,8 +154,7 @@ bool readEntry(const Numbers &numbers, const Form &form, quint64 at, TiffStructu
     const quint64 typeSize = sizeOfType(type);
     const quint64 count = numbers.number(at + 4, form.offsetSize);
     const quint64 value = at + 4 + form.offsetSize;
-    keep({numbers.number(at, 2), type, typeSize, count, numbers.number(value, std::min(typeSize, form.offsetSize))},
-        structure);
+    keep({numbers.number(at, 2), type, count, numbers.number(value, std::min(typeSize, form.offsetSize))}, structure);
     if (typeSize == 0 || count <= form.offsetSize / typeSize) // nothing outside of the entry
         return true;
     const quint64 begin = numbers.number(value, form.offsetSize);

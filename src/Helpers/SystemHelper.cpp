@@ -149,12 +149,18 @@ bool hasOurOptionsOnly(const QStringList &tarWords, int fileCount)
     return folders == fileCount;
 }
 
+/// To Qt, a name with a colon in front is one of its resources.
+QString asFile(const QString &name)
+{
+    return name.startsWith(QLatin1Char(':')) ? QStringLiteral("./") + name : name;
+}
+
 /// Where tar will write: behind a link, what it leads to.
 QString targetOf(const QString &path)
 {
-    const QFileInfo info(path);
+    const QFileInfo info(asFile(path));
     if (!info.isSymLink())
-        return path;
+        return info.filePath();
     return info.exists() ? info.canonicalFilePath() : info.symLinkTarget();
 }
 
@@ -254,10 +260,10 @@ QStringList placesOfArchive(const QStringList &tarWords, const QString &archive)
     QDir from = QDir::current();
     for (int i = archiveWord + 1; i < tarWords.size(); ++i) {
         if (tarWords.at(i) == QLatin1String("-C")) {
-            from.setPath(from.absoluteFilePath(tarWords.value(++i)));
+            from.setPath(from.absoluteFilePath(asFile(tarWords.value(++i))));
             continue;
         }
-        const QFileInfo packed(from.absoluteFilePath(tarWords.at(i)));
+        const QFileInfo packed(from.absoluteFilePath(asFile(tarWords.at(i))));
         const QString root = packed.canonicalFilePath() + QLatin1Char('/');
         if (!packed.isSymLink() && packed.isDir() && folder.startsWith(root))
             places << tarWords.at(i) + QLatin1Char('/') + folder.mid(root.size());

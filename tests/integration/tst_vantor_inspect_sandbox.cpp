@@ -308,7 +308,7 @@ private Q_SLOTS:
     void largeFilesAreNotToBeWritten()
     {
         const QByteArray path = QFile::encodeName(mInside.filePath(QStringLiteral("large")));
-        std::signal(SIGXFSZ, SIG_IGN); // as the program does it
+        std::signal(SIGXFSZ, SIG_IGN); // the program survives it, too
         const auto restore = qScopeGuard([] { std::signal(SIGXFSZ, SIG_DFL); });
         const auto grow = [&](bool isShutIn) {
             return tryIt(

@@ -664,6 +664,23 @@ private Q_SLOTS:
         QCOMPARE(content(file), before);
     }
 
+    void aLimitForFilesThatIsNotReachedIsNoHindrance()
+    {
+        const QString path = newPath();
+
+        const ForkedChild child = ForkedChild::run([&path] {
+            const rlimit limit{writtenAtMost, writtenAtMost};
+            setrlimit(RLIMIT_FSIZE, &limit);
+            Settings settings(path);
+            settings.store()->setValue(QStringLiteral("key"), QStringLiteral("short"));
+            return settings.sync() ? 0 : 1;
+        });
+
+        QCOMPARE(child.exitCode, 0);
+        QVERIFY2(child.standardError.isEmpty(), child.standardError.constData());
+        QVERIFY(content(path).contains("key=short"));
+    }
+
     void onlyASubclassCanBeConstructed()
     {
         QVERIFY(!(std::is_constructible_v<AbstractSettings, QString>));

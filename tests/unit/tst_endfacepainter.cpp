@@ -10,7 +10,9 @@
 #include <QtTest>
 
 #include <cmath>
+#include <csignal>
 #include <limits>
+#include <sys/resource.h>
 
 Q_DECLARE_METATYPE(EndfaceScene)
 
@@ -782,6 +784,26 @@ private Q_SLOTS:
         QCOMPARE(outcome.code, 74);
         QVERIFY(outcome.err.startsWith(QLatin1String("vantor-endface: cannot write ")));
         QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
+        QVERIFY(QDir(folder.path()).isEmpty());
+    }
+
+    void aPictureThatMayNotGrowIsReportedWithTheReason()
+    {
+        const QTemporaryDir folder;
+        rlimit before{};
+        getrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, SIG_IGN); // the program survives it, too
+        const auto restore = qScopeGuard([&before] {
+            setrlimit(RLIMIT_FSIZE, &before);
+            std::signal(SIGXFSZ, SIG_DFL);
+        });
+        const rlimit small{1024, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &small);
+
+        const Outcome outcome = run({folder.filePath(QStringLiteral("a.png"))});
+
+        QCOMPARE(outcome.code, 74);
+        QVERIFY2(outcome.err.endsWith(QLatin1String("a.png: File too large\n")), qPrintable(outcome.err));
         QVERIFY(QDir(folder.path()).isEmpty());
     }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "BowedStripes.h"
 #include "DrawnFibre.h"
 #include "Faults.h"
 #include "FiberInspection/Analyser.h"
@@ -517,6 +518,19 @@ private Q_SLOTS:
         QCOMPARE(inspection.reason(), reason);
         QVERIFY(!inspection.reasonText().isEmpty());
         QVERIFY(inspection.annotatedImage().isNull());
+    }
+
+    void anImageThatIsAllEdgesIsNotSearched()
+    {
+        constexpr int size = 2048;
+        const QImage image = bowedStripes(size, 62.5 * size / Device::ks20().fov.width());
+        const LogCapture log;
+
+        const Inspection inspection = inspect(image, usual);
+
+        QCOMPARE(inspection.reason(), Reason::NoFibre);
+        QCOMPARE(inspection.detail(), QStringLiteral("the image has too many edges to be searched for it"));
+        QVERIFY(inspection.result().error());
     }
 
     void aScaleOutOfRangeIsRefused_data()

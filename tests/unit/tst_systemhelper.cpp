@@ -1573,6 +1573,25 @@ private Q_SLOTS:
             QStringList(QStringLiteral(".archive.mine12")));
     }
 
+    void aFolderWhoseNameBeginsWithAColonIsPackedWithoutTheArchiveInIt()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString folder = dir.path() + QStringLiteral("/:logs");
+        QVERIFY(QDir().mkpath(folder));
+        QVERIFY(write(folder + QStringLiteral("/x"), "text"));
+        const QString archive = folder + QStringLiteral("/o.tar.gz");
+
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(SystemHelper::compressFile({folder}, archive));
+
+            QProcess tar;
+            tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
+            QVERIFY(tar.waitForFinished());
+            QCOMPARE(tar.readAll(), QByteArray(":logs/\n:logs/x\n"));
+        }
+    }
+
     void relativeFoldersLeadTarFromOneToTheNext()
     {
         const LogCapture log;

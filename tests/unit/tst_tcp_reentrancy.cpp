@@ -325,15 +325,26 @@ private Q_SLOTS:
         QVERIFY(mClient->start(Loopback::address(), mPeer->serverPort()));
         QTRY_VERIFY_WITH_TIMEOUT(mPeerSocket, patience);
 
-        Q_EMIT mClient->send(BusyMessage([this, event] { bringAboutAtClient(event); }));
+        const bool endsConnection = event == Event::PeerCloses || event == Event::Stop;
+        Q_EMIT mClient->send(BusyMessage([this, event, endsConnection] {
+            bringAboutAtClient(event);
+            if (endsConnection)
+                runLoopUntil([this] { return !mClient->isConnected(); });
+        }));
         QVERIFY(runLoopUntil(always));
 
         if (event == Event::Delete) {
             QVERIFY(!mClient);
             return;
         }
-        if (event == Event::Start)
+        const QString unusable = QStringLiteral("Socket not open");
+        if (endsConnection) {
+            QCOMPARE(mLog->warnings(), QStringList(unusable));
+        } else {
+            QVERIFY(!mLog->warnings().contains(unusable));
             QTRY_COMPARE_WITH_TIMEOUT(mPeerSocket->peek(100), frame(5), patience);
+            mPeerSocket->readAll();
+        }
         theClientWorks();
     }
 
@@ -351,15 +362,28 @@ private Q_SLOTS:
         QTcpSocket *const client = mClients->connectOne(mPort);
         QTRY_COMPARE_WITH_TIMEOUT(mCame, 1, patience);
 
-        Q_EMIT mServer->send(BusyMessage([this, event] { bringAboutAtServer(event); }));
+        Q_EMIT mServer->send(BusyMessage([this, event, client] {
+            bringAboutAtServer(event);
+            if (event == Event::NewcomerConnects)
+                runLoopUntil([this] { return mCame == 2; });
+            if (event == Event::PeerCloses)
+                runLoopUntil([client] { return client->state() == QAbstractSocket::UnconnectedState; });
+        }));
         QVERIFY(runLoopUntil(always));
 
         if (event == Event::Delete) {
             QVERIFY(!mServer);
             return;
         }
-        if (event == Event::Stop || event == Event::Start)
-            QTRY_COMPARE_WITH_TIMEOUT(client->peek(100), frame(5), patience);
+        const QString unusable = QStringLiteral("invalid socket state QAbstractSocket::UnconnectedState");
+        if (event == Event::PeerCloses) {
+            QCOMPARE(mLog->warnings(), QStringList(unusable));
+        } else {
+            QVERIFY(!mLog->warnings().contains(unusable));
+            QTRY_COMPARE_WITH_TIMEOUT(mClients->newest()->peek(100), frame(5), patience);
+        }
+        if (event == Event::NewcomerConnects)
+            QVERIFY(client->peek(100).isEmpty());
         theServerWorks();
     }
 
@@ -840,7 +864,7 @@ private:
         peer.write(frame(9));
         QTRY_COMPARE_WITH_TIMEOUT(mPayloads.isEmpty() ? QByteArray() : mPayloads.constLast(), payload(9), patience);
         Q_EMIT endpoint->send(AbstractTcpMessage());
-        QTRY_VERIFY_WITH_TIMEOUT(peer.peek(100).endsWith(frame(0)), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(peer.peek(100), frame(0), patience);
     }
 
     // --- The client ---

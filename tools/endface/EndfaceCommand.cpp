@@ -102,6 +102,20 @@ std::optional<EndfaceDefect> parseDefect(const QString &text)
     return defect;
 }
 
+/// Opens the file and writes what it gets. Of a write that ends early, only the next one knows the reason.
+bool fill(QSaveFile *file, const QByteArray &bytes)
+{
+    if (!file->open(QIODevice::WriteOnly))
+        return false;
+    qint64 written = 0;
+    qint64 more = 1;
+    while (more > 0 && written < bytes.size()) {
+        more = file->write(bytes.constData() + written, bytes.size() - written);
+        written += more;
+    }
+    return more > 0;
+}
+
 /// The command line, and the first thing that is wrong with it.
 class Command : public Tools::CommandLineBase
 {
@@ -363,9 +377,9 @@ private:
     {
         QSaveFile pictureFile(picturePath);
         QSaveFile truthFile(truthPath);
-        if (!pictureFile.open(QIODevice::WriteOnly) || pictureFile.write(picture) != picture.size())
+        if (!fill(&pictureFile, picture))
             return writeError(picturePath, pictureFile.errorString());
-        if (!truthFile.open(QIODevice::WriteOnly) || truthFile.write(truth) != truth.size())
+        if (!fill(&truthFile, truth))
             return writeError(truthPath, truthFile.errorString());
         if (!pictureFile.commit())
             return writeError(picturePath, pictureFile.errorString());
