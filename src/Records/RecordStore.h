@@ -170,9 +170,9 @@ public:
     /// Removes pictures that no inspection names. Opening does it when it is needed.
     Answer<int> sweep();
 
-    /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums of
-    /// all pictures. What a later version has written may have values that are not known here, and these are not looked
-    /// at. Takes its time.
+    /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums
+    /// of all pictures. What a later version has written may have values that are not known here, and these are not
+    /// looked at. Takes its time.
     /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
