@@ -48,7 +48,8 @@ enum class PointState : int {
 /// RecordStore store;
 /// store.open(QStringLiteral("/srv/records"));
 /// const Id id = store.addJob(job).value.id;
-/// for (const Point &point : store.addPoints(id, {QStringLiteral("A01"), QStringLiteral("A72")}).value)
+/// const auto points = store.addPoints(id, {QStringLiteral("A01"), QStringLiteral("A72")});
+/// for (const Point &point : points.value)
 ///     qInfo() << point.position << point.name;
 /// @endcode
 struct Job
@@ -206,7 +207,8 @@ struct StoredInspection : InspectionSummary
 /// Filter filter;
 /// filter.text = QStringLiteral("mul 12");
 /// filter.verdict = Verdict::Failed;
-/// for (const InspectionSummary &row : store.list(filter, {50, 50}).value) // the second page
+/// const auto secondPage = store.list(filter, {50, 50});
+/// for (const InspectionSummary &row : secondPage.value)
 ///     qInfo() << row.made << row.jobName << row.pointName << row.note;
 /// @endcode
 struct Filter
