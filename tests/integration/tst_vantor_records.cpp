@@ -1524,7 +1524,7 @@ private Q_SLOTS:
             const QString arguments = QStringLiteral("list --from ") + QLatin1String(time);
             QTest::newRow(qPrintable(arguments))
                 << QStringLiteral("--from needs a day or a time such as 2026-11-22T14:30, not \"%1\"")
-                       .arg(split(QLatin1String(time)).first());
+                       .arg(split(QLatin1String(time)).constFirst());
         }
         row("list --page 0", "--page needs a whole number from 1 to 2147483, not \"0\"");
         row("list --limit 1001", "--limit needs a whole number from 1 to 1000, not \"1001\"");
