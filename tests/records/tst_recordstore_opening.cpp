@@ -80,6 +80,7 @@ std::vector<Opening> openAtOnce(const QString &folder, int threads)
 {
     std::vector<Opening> openings(static_cast<std::size_t>(threads));
     std::vector<std::thread> running;
+    running.reserve(openings.size());
     std::atomic<int> ready{0};
     std::atomic<int> done{0};
     for (Opening &opening : openings) {
