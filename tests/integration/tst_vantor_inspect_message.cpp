@@ -137,7 +137,7 @@ private Q_SLOTS:
         const QByteArray line = csvReport(*got, Options());
 
         QCOMPARE(line.split(',').value(4),
-            QByteArray("\\x1b]0;mine\\x07\\x1b[2J\\xe2\\x80\\xaegpj\\xc2\\x9b \\x0a gr\xC3\xBCn\\"));
+            QByteArray("\"\\x1b]0;mine\\x07\\x1b[2J\\xe2\\x80\\xaegpj\\xc2\\x9b \\x0a gr\xC3\xBCn\\\""));
     }
 
     void aMessageIsTakenOnlyAsAWhole()
