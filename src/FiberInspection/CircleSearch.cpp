@@ -9,8 +9,8 @@
 namespace FiberInspection {
 
 namespace {
-constexpr double mostComparisons = 5e9; // three seconds of a processor; photographs of end faces need up to 1e8
-constexpr double mostBySize = 6e10; // as many as its size allows, and no image has a tenth of them
+constexpr double mostComparisons = 4e9; // some five seconds of a processor; photographs of end faces need up to 1e8
+constexpr double mostBySize = 5 * mostComparisons; // no pattern needs more than a fifth of what its size allows
 constexpr int pixelBits = 10; // places are in fractions of a pixel
 
 /// The points of the edges, and the way across the edge at each of them.

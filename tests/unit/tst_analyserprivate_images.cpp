@@ -10,7 +10,6 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <array>
 #include <csignal>
 #include <limits>
 #include <random>
@@ -737,19 +736,32 @@ private Q_SLOTS:
         QCOMPARE(log.asText(), warning("Too many edges to look for the cladding"));
     }
 
+    void aPatternThatRepeatsItselfIsNotSearched_data()
+    {
+        QTest::addColumn<QByteArray>("tile"); // of 4 x 4 pixels
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<float>("radius");
+        QTest::newRow("votes of all around meet in a pixel exactly")
+            << QByteArray("\xFF\xFF\x00\xFF\x9C\xFF\xF4\xFF\xFF\xFF\x00\xFF\x00\xFF\x00\xFF", 16) << QSize(2500, 2500)
+            << 401.0F;
+        QTest::newRow("small circles, and a centre in every eighth pixel")
+            << QByteArray("\x00\xA8\xA8\xA8\x00\x00\x00\x00\x00\xA8\xA8\xA8\x00\xA8\x00\xA8", 16) << QSize(520, 32250)
+            << 40.8F;
+    }
     void aPatternThatRepeatsItselfIsNotSearched()
     {
-        const std::array<std::array<uchar, 4>, 4> tile{
-            {{255, 255, 0, 255}, {156, 255, 244, 255}, {255, 255, 0, 255}, {0, 255, 0, 255}}};
-        cv::Mat mat(2500, 2500, CV_8UC1);
+        QFETCH(const QByteArray, tile);
+        QFETCH(const QSize, size);
+        QFETCH(const float, radius);
+        cv::Mat mat(size.height(), size.width(), CV_8UC1);
         for (int y = 0; y < mat.rows; ++y) {
             for (int x = 0; x < mat.cols; ++x)
-                mat.at<uchar>(y, x) = tile[static_cast<std::size_t>(y % 4)][static_cast<std::size_t>(x % 4)];
+                mat.at<uchar>(y, x) = static_cast<uchar>(tile.at(y % 4 * 4 + x % 4));
         }
         LogCapture log;
 
         int candidates = 0;
-        AnalyserPrivate::findCladdingCircle(mat, 401, &candidates); // votes of all around meet in a pixel exactly
+        AnalyserPrivate::findCladdingCircle(mat, radius, &candidates);
 
         QCOMPARE(candidates, AnalyserPrivate::notSearched);
     }
