@@ -9,7 +9,7 @@
 namespace FiberInspection {
 
 namespace {
-constexpr double mostComparisons = 4e9; // some five seconds of a processor; photographs of end faces need up to 1e8
+constexpr double mostComparisons = 2e9; // at most five seconds of a processor; end faces need up to 1e8
 constexpr double mostBySize = 5 * mostComparisons; // no pattern needs more than a fifth of what its size allows
 constexpr int pixelBits = 10; // places are in fractions of a pixel
 
@@ -88,7 +88,7 @@ private:
     cv::Mat mVotes;
 };
 
-/// The pixels that may be part of a circle around a centre, at most.
+/// The pixels of the square in which a circle around a centre lies, at most.
 double pixelsAround(const cv::Size &image, int maxRadius)
 {
     const double width = 2.0 * maxRadius + 1;
@@ -105,7 +105,8 @@ bool CircleSearch::isAffordable(const cv::Mat &gray) const
 
     const Edges edges(gray, edgeThreshold);
     const double points = cv::countNonZero(edges.points);
-    const double compared = std::min(points, around);
+    const bool isByPoint = points < static_cast<double>(maxRadius) * maxRadius; // otherwise OpenCV scans the square
+    const double compared = isByPoint ? points : around;
     const double votes = 2 * points * (static_cast<double>(maxRadius) - minRadius + 1);
     const double mostCentres = std::min(pixels / 2, votes / std::max(1.0, votesThreshold));
     if (compared * mostCentres <= mostComparisons)
