@@ -56,12 +56,15 @@ QString whyNotOpened(const QString &path)
     return QFileInfo(path).isFile() ? QString::fromLocal8Bit(std::strerror(error)) : QStringLiteral("it is not a file");
 }
 
-/// The entry of the folder is on the disk as well. What it lies in is not made: it may have been moved elsewhere.
+/// The entry of the folder is on the disk as well. What it lies in is not made: it may have been moved elsewhere. Nor
+/// is a link taken for the folder: it leads to pictures of somebody else.
 bool makeFolder(const QString &path)
 {
-    if (QDir(path).exists())
+    const QFileInfo info(path);
+    if (info.isDir() && !info.isSymLink())
         return true;
-    const bool isThere = ::mkdir(QFile::encodeName(path).constData(), ACCESSPERMS) == 0 || errno == EEXIST;
+    const bool isMade = ::mkdir(QFile::encodeName(path).constData(), ACCESSPERMS) == 0;
+    const bool isThere = isMade || (errno == EEXIST && !QFileInfo(path).isSymLink()); // by another program
     return isThere && WholeFile::syncFolder(QFileInfo(path).path());
 }
 
@@ -75,6 +78,8 @@ bool isPicture(const QFileInfo &file)
 int sweepFolder(const QString &folder, const std::function<bool(const QByteArray &hash)> &isWanted)
 {
     int removed = 0;
+    if (QFileInfo(folder).isSymLink())
+        return removed;
     QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString file = files.next();

@@ -265,6 +265,9 @@ Problem checkWhole(Database &database, QStringList *faults)
     const Answer<QString> fault = isKnown.value ? SearchIndex::fault(database) : Answer<QString>();
     if (!fault.value.isEmpty())
         faults->append(fault.value);
+    const Problem added = isKnown.value ? Schema::checkNothingActs(database) : Problem();
+    if (!added.ok())
+        faults->append(added.text);
     return isKnown.ok() ? fault.problem : isKnown.problem;
 }
 
@@ -311,6 +314,16 @@ Problem checkFiles(const StoreFolder &folder)
 {
     const QString obstacle = folder.obstacle();
     return obstacle.isEmpty() ? Problem() : Problem{Fault::Unusable, QStringLiteral("%1 is not a file").arg(obstacle)};
+}
+
+/// A link would lead what is stored, and what is swept, into a folder that is none of ours.
+Problem checkOwnFiles(const StoreFolder &folder)
+{
+    const Problem problem = checkFiles(folder);
+    const QString detour = folder.detour();
+    if (!problem.ok() || detour.isEmpty())
+        return problem;
+    return {Fault::Unusable, QStringLiteral("%1 is a link, or no folder").arg(detour)};
 }
 
 /// @param suspicion path of the file that notes damage; empty: nothing is written there
@@ -482,6 +495,9 @@ Opening RecordStore::openForWriting(const StoreFolder &folder)
 
 Opening RecordStore::openAlone(const StoreFolder &folder)
 {
+    const Problem detour = checkOwnFiles(folder);
+    if (!detour.ok())
+        return {Opened::No, detour, {}, 0};
     if (folder.isBeheaded())
         return beginAnew(
             folder, {Fault::Damaged, folder.database() + QStringLiteral(" is missing, what belongs to it is not")});
@@ -505,15 +521,13 @@ Opening RecordStore::openAlone(const StoreFolder &folder)
 Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
 {
     mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
-    Problem problem = checkFiles(folder);
-    if (problem.ok())
-        problem = mDatabase->open(Database::Access::ReadWrite);
+    Problem problem = mDatabase->open(Database::Access::ReadWrite);
     mDatabase->bindTo(folder.lock(), mLock->identity());
     if (problem.ok())
         problem = Schema::prepare(*mDatabase, isNew);
     if (problem.ok())
         problem = mDatabase->run("DELETE FROM job WHERE 0"); // a file that is write-protected shows only now
-    if (!problem.ok() || !QFile::exists(folder.suspicion()))
+    if (!problem.ok() || !QFileInfo(folder.suspicion()).isFile())
         return problem;
 
     // It was seen to be damaged. The check takes its time, so it is for such a case only.

@@ -173,7 +173,8 @@ public:
     /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums
     /// of all pictures. What a later version has written may have values that are not known here, and these are not
     /// looked at. Takes its time.
-    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
+    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped;
+    /// it must not destroy the store
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
     /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it
@@ -185,7 +186,8 @@ public:
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
     /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
-    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
+    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one; it must
+    /// not destroy the store.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:

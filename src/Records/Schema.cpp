@@ -209,6 +209,9 @@ Problem prepare(Database &database, bool *isNew)
     const Problem verdict = *isNew ? Problem() : judge(state.value);
     if (!verdict.ok())
         return verdict;
+    const Problem acting = checkNothingActs(database);
+    if (!acting.ok())
+        return acting;
     // Readers need not wait then. A copy comes without it; while somebody reads that, it stays as it is.
     const Problem journal = database.value("PRAGMA journal_mode = WAL").problem;
     if (!journal.ok() && journal.fault != Fault::Busy)
@@ -237,6 +240,17 @@ Answer<bool> isOfThisVersion(const Database &database)
 {
     const Answer<State> state = stateOf(database);
     return {state.value.version == static_cast<int>(steps.size()), state.problem};
+}
+
+Problem checkNothingActs(const Database &database)
+{
+    const Answer<QVariant> name =
+        database.value("SELECT name FROM sqlite_schema WHERE type IN ('trigger', 'view') LIMIT 1");
+    if (!name.ok() || !name.value.isValid())
+        return name.problem;
+    return {Fault::Unusable,
+        QStringLiteral("The store has a rule of its own, \"%1\", that may alter what is stored")
+            .arg(name.value.toString())};
 }
 
 Problem checkSame(const Database &other, const Database &ours)

@@ -7,12 +7,25 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <array>
+#include <cerrno>
 #include <sys/stat.h>
 
 namespace Records {
 
 namespace {
 constexpr int mostFoldersASecond = 100;
+
+constexpr std::array<const char *, 4> endings{"", "-wal", "-shm", "-journal"}; // of the files of a database
+
+/// @param kind a file type of stat(), which a link is not
+bool isNothingOr(mode_t kind, const QString &path)
+{
+    struct stat status = {};
+    if (lstat(QFile::encodeName(path).constData(), &status) != 0)
+        return errno == ENOENT;
+    return (status.st_mode & S_IFMT) == kind;
+}
 
 /// A new folder named after the time, which nobody else uses.
 QString makeFolderOfTime(const QString &beside)
@@ -104,12 +117,21 @@ bool StoreFolder::hasJournal() const
 
 QString StoreFolder::obstacle() const
 {
-    for (const char *const ending : {"", "-wal", "-shm", "-journal"}) {
+    for (const char *const ending : endings) {
         const QFileInfo info(database() + QLatin1String(ending));
         if (info.exists() && !info.isFile())
             return info.filePath();
     }
     return {};
+}
+
+QString StoreFolder::detour() const
+{
+    for (const char *const ending : endings) {
+        if (!isNothingOr(S_IFREG, database() + QLatin1String(ending)))
+            return database() + QLatin1String(ending);
+    }
+    return isNothingOr(S_IFDIR, pictures()) ? QString() : pictures();
 }
 
 bool StoreFolder::isBeheaded() const

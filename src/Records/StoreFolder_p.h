@@ -47,6 +47,10 @@ public:
     /// What lies where the database opens files, and is none: it would wait for a pipe. Empty when all is well.
     QString obstacle() const;
 
+    /// What lies where something is written or removed, and leads elsewhere or is of another kind. Empty when all is
+    /// well.
+    QString detour() const;
+
     /// Pictures or a journal without their database: the database was taken away, or lost.
     bool isBeheaded() const;
 

@@ -14,7 +14,7 @@
 namespace Records {
 
 namespace {
-constexpr mode_t ownerWrites = 0644;
+constexpr mode_t ownerOnly = 0600; // who can open it can lock it
 constexpr char mark[] = "A program writes into this store, or was ended while it did so.";
 constexpr qint64 longestMark = 4096; // bytes
 
@@ -60,7 +60,7 @@ bool isRegular(int descriptor)
 int openLocked(const QString &path, Problem *problem)
 {
     const int descriptor =
-        open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerWrites);
+        open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, ownerOnly);
     const bool isFile = descriptor < 0 || isRegular(descriptor);
     if (descriptor >= 0 && isFile && flock(descriptor, LOCK_EX | LOCK_NB) == 0)
         return descriptor;

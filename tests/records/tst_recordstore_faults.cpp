@@ -506,6 +506,74 @@ private Q_SLOTS:
         QCOMPARE(contentOf(victim), isThere ? QByteArray("precious") : QByteArray());
     }
 
+    void aFolderInTheirPlaceIsNoNoteOfDamage()
+    {
+        QVERIFY(QDir().mkdir(mFolder + QStringLiteral("/records.suspect")));
+
+        QCOMPARE(RecordStore().open(mFolder).how, Opened::Usable);
+    }
+
+    void nothingIsWrittenOrRemovedBehindALink_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("isThere"); // what the link leads to
+        QTest::newRow("database to nothing") << QStringLiteral("records.sqlite") << false;
+        QTest::newRow("database") << QStringLiteral("records.sqlite") << true;
+        QTest::newRow("journal to nothing") << QStringLiteral("records.sqlite-wal") << false;
+        QTest::newRow("pictures") << QStringLiteral("pictures") << true;
+        QTest::newRow("pictures to nothing") << QStringLiteral("pictures") << false;
+    }
+    void nothingIsWrittenOrRemovedBehindALink()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const bool, isThere);
+        const QString path = mFolder + QLatin1Char('/') + name;
+        const QString victim = mDir->filePath(QStringLiteral("victim"));
+        if (isThere)
+            QVERIFY(QFile::rename(path, victim));
+        else
+            QDir(path).removeRecursively();
+        QFile::remove(path);
+        QVERIFY(QFile::link(victim, path));
+        overwrite(mFolder + QStringLiteral("/records.lock"), 0, "x\nanother start of the machine\nany");
+        const QStringList before = QDir(victim).entryList();
+
+        const Opening opening = RecordStore().open(mFolder);
+
+        QVERIFY(!opening.canWrite());
+        QCOMPARE(opening.problem.fault, Fault::Unusable);
+        QVERIFY2(opening.problem.text.contains(name), qPrintable(opening.problem.text));
+        QCOMPARE(QFileInfo::exists(victim), isThere);
+        QCOMPARE(QDir(victim).entryList(), before);
+    }
+
+    void aTriggerOfSomebodyElseStoresNothing()
+    {
+        {
+            OwnConnection own(mFolder);
+            QVERIFY(own.run(QStringLiteral("CREATE TRIGGER planted AFTER INSERT ON inspection BEGIN"
+                                           " UPDATE inspection SET verdict = 1 WHERE id = new.id; END"))
+                        .isEmpty());
+        }
+
+        RecordStore store;
+        const Opening opening = store.open(mFolder);
+
+        QVERIFY(!opening.canWrite());
+        QCOMPARE(opening.problem.fault, Fault::Unusable);
+        QVERIFY2(opening.problem.text.contains(QLatin1String("planted")), qPrintable(opening.problem.text));
+        QCOMPARE(store.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QVERIFY(!store.verify().value.allWell());
+    }
+
+    void theLockIsNobodyElsesToHold()
+    {
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QVERIFY(!(QFile::permissions(mFolder + QStringLiteral("/records.lock")) & others));
+    }
+
     void aDamagedDatabaseThatAnotherThreadUsesStaysWhereItIs()
     {
         RecordStore store;
