@@ -17,6 +17,7 @@
 #include <QStorageInfo>
 #include <QTextStream>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
@@ -251,22 +252,50 @@ private:
     bool mIsSafe = false;
 };
 
+struct PackedName
+{
+    QString word; ///< of the command line
+    QString path;
+};
+
+/// What tar packs, each below the folder before it.
+QVector<PackedName> packedNames(const QStringList &tarWords)
+{
+    QVector<PackedName> names;
+    QDir from = QDir::current();
+    for (int i = archiveWord + 1; i < tarWords.size(); ++i) {
+        if (tarWords.at(i) == QLatin1String("-C"))
+            from.setPath(from.absoluteFilePath(asFile(tarWords.value(++i))));
+        else
+            names.append({tarWords.at(i), from.absoluteFilePath(asFile(tarWords.at(i)))});
+    }
+    return names;
+}
+
+/// Whether one of the files that are packed is the one that would be replaced, by whatever name.
+bool isPackedItself(const QVector<PackedName> &names, const QString &archive)
+{
+    struct stat target = {};
+    if (stat(QFile::encodeName(archive).constData(), &target) != 0)
+        return false;
+    return std::any_of(names.begin(), names.end(), [&target](const PackedName &name) {
+        struct stat status = {};
+        return stat(QFile::encodeName(name.path).constData(), &status) == 0 && status.st_dev == target.st_dev
+            && status.st_ino == target.st_ino;
+    });
+}
+
 /// The names that tar gives to files of the archive's folder, as far as it comes by them: below each of the folders
 /// that it packs, up to the slash before the name.
-QStringList placesOfArchive(const QStringList &tarWords, const QString &archive)
+QStringList placesOfArchive(const QVector<PackedName> &names, const QString &archive)
 {
     const QString folder = QFileInfo(targetOf(archive)).absoluteDir().canonicalPath() + QLatin1Char('/');
     QStringList places;
-    QDir from = QDir::current();
-    for (int i = archiveWord + 1; i < tarWords.size(); ++i) {
-        if (tarWords.at(i) == QLatin1String("-C")) {
-            from.setPath(from.absoluteFilePath(asFile(tarWords.value(++i))));
-            continue;
-        }
-        const QFileInfo packed(from.absoluteFilePath(asFile(tarWords.at(i))));
+    for (const PackedName &name : names) {
+        const QFileInfo packed(name.path);
         const QString root = packed.canonicalFilePath() + QLatin1Char('/');
         if (!packed.isSymLink() && packed.isDir() && folder.startsWith(root))
-            places << tarWords.at(i) + QLatin1Char('/') + folder.mid(root.size());
+            places << name.word + QLatin1Char('/') + folder.mid(root.size());
     }
     return places;
 }
@@ -457,7 +486,12 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
         qWarning().noquote() << "tar would take a name for an option: " << command;
         return false;
     }
-    const QStringList places = placesOfArchive(words, words.at(archiveWord));
+    const QVector<PackedName> names = packedNames(words);
+    if (isPackedItself(names, words.at(archiveWord))) {
+        qWarning().noquote() << "The archive would replace a file that it packs: " << targetFilePath;
+        return false;
+    }
+    const QStringList places = placesOfArchive(names, words.at(archiveWord));
     const FormerArchive former(words.at(archiveWord));
     if (!former.isSafe()) {
         qWarning().noquote() << "Failed to set the former archive aside: " << targetFilePath;

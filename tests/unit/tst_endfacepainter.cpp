@@ -13,6 +13,7 @@
 #include <csignal>
 #include <limits>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 Q_DECLARE_METATYPE(EndfaceScene)
 
@@ -767,6 +768,7 @@ private Q_SLOTS:
         QTest::newRow("folder of the picture") << list("DIR/missing/a.jpg");
         QTest::newRow("folder of the truth") << list("--truth DIR/missing/a.json DIR/a.jpg");
         QTest::newRow("a folder in the place of the truth") << list("--truth DIR DIR/a.png");
+        QTest::newRow("one name for both") << list("--truth DIR/a.png DIR/a.png");
         QTest::newRow("samples below a file") << list("--samples FILE/samples");
         QTest::newRow("random faces below a file") << list("--random 2 --out FILE/faces");
     }
@@ -785,6 +787,27 @@ private Q_SLOTS:
         QVERIFY(outcome.err.startsWith(QLatin1String("vantor-endface: cannot write ")));
         QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
         QVERIFY(QDir(folder.path()).isEmpty());
+    }
+
+    void aPipeIsNotReplaced_data()
+    {
+        QTest::addColumn<QString>("pipe");
+        QTest::newRow("picture") << QStringLiteral("a.png");
+        QTest::newRow("truth") << QStringLiteral("a.json");
+    }
+    void aPipeIsNotReplaced()
+    {
+        QFETCH(const QString, pipe);
+        const QTemporaryDir folder;
+        const QByteArray path = QFile::encodeName(folder.filePath(pipe));
+        QCOMPARE(mkfifo(path.constData(), 0600), 0);
+
+        const Outcome outcome = run({folder.filePath(QStringLiteral("a.png"))});
+
+        QCOMPARE(outcome.code, 74);
+        QVERIFY2(outcome.err.endsWith(pipe + QStringLiteral(": it is not a file\n")), qPrintable(outcome.err));
+        struct stat status = {};
+        QVERIFY(lstat(path.constData(), &status) == 0 && S_ISFIFO(status.st_mode));
     }
 
     void aPictureThatMayNotGrowIsReportedWithTheReason()

@@ -1573,6 +1573,35 @@ private Q_SLOTS:
             QStringList(QStringLiteral(".archive.mine12")));
     }
 
+    void anArchiveDoesNotReplaceWhatItPacks_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("itself") << QStringLiteral("x");
+        QTest::newRow("a link to it") << QStringLiteral("link");
+        QTest::newRow("another name of it") << QStringLiteral("twin");
+        QTest::newRow("by a detour") << QStringLiteral("sub/../x");
+    }
+    void anArchiveDoesNotReplaceWhatItPacks()
+    {
+        QFETCH(const QString, target);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString source = dir.filePath(QStringLiteral("x"));
+        QVERIFY(write(source, "precious") && QDir(dir.path()).mkdir(QStringLiteral("sub")));
+        QVERIFY(QFile::link(source, dir.filePath(QStringLiteral("link"))));
+        QCOMPARE(::link(QFile::encodeName(source).constData(),
+                     QFile::encodeName(dir.filePath(QStringLiteral("twin"))).constData()),
+            0);
+
+        QVERIFY(!SystemHelper::compressFile({source}, dir.filePath(target)));
+
+        QFile file(source);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("precious"));
+        QVERIFY(log.warnings().contains(
+            QStringLiteral("The archive would replace a file that it packs:  ") + dir.filePath(target)));
+    }
+
     void aFolderWhoseNameBeginsWithAColonIsPackedWithoutTheArchiveInIt()
     {
         const LogCapture log;

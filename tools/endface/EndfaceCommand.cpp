@@ -375,6 +375,15 @@ private:
     int writeBoth(
         const QString &picturePath, const QByteArray &picture, const QString &truthPath, const QByteArray &truth)
     {
+        for (const QString &path : {picturePath, truthPath}) {
+            const QFileInfo info(path);
+            if (info.exists() && !info.isFile()) // a device or a pipe would be replaced
+                return writeError(path, QStringLiteral("it is not a file"));
+        }
+        if (QDir::cleanPath(QFileInfo(picturePath).absoluteFilePath())
+            == QDir::cleanPath(QFileInfo(truthPath).absoluteFilePath()))
+            return writeError(truthPath, QStringLiteral("it is the picture"));
+
         QSaveFile pictureFile(picturePath);
         QSaveFile truthFile(truthPath);
         if (!fill(&pictureFile, picture))
