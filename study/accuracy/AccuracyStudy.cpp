@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/FilePath.h"
+#include "common/OutputFile.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
@@ -10,7 +12,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QSaveFile>
 
 #include <unistd.h>
 
@@ -51,8 +52,8 @@ public:
 private:
     bool readOptions() override
     {
-        mOptions.outputFolder = mParser.value(mOut);
-        mOptions.document = mParser.value(mDocument);
+        mOptions.outputFolder = Tools::FilePath::ofArgument(mParser.value(mOut));
+        mOptions.document = Tools::FilePath::ofArgument(mParser.value(mDocument));
         mOptions.quiet = mParser.isSet(mQuiet);
         if (!operands().isEmpty())
             return refuse(QStringLiteral("accuracy takes no arguments but options"));
@@ -114,11 +115,11 @@ Findings evaluate(
 
 bool write(const QString &path, const QByteArray &bytes)
 {
-    QSaveFile file(path);
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
-    if (!written)
-        Tools::Terminal::tell(QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
-    return written;
+    QString problem;
+    const bool isWritten = Tools::OutputFile::write(path, bytes, &problem);
+    if (!isWritten)
+        Tools::Terminal::tell(QStringLiteral("cannot write %1: %2").arg(path, problem));
+    return isWritten;
 }
 
 bool writePlots(const Findings &findings, const QString &folder)

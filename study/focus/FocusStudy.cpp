@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/FilePath.h"
+#include "common/OutputFile.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
@@ -9,7 +11,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
 
 namespace Focus {
 
@@ -29,10 +30,10 @@ constexpr Part parts[] = {
 
 bool write(const QString &path, const QByteArray &content, QString *problem)
 {
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(content) == content.size() && file.commit())
+    QString reason;
+    if (Tools::OutputFile::write(path, content, &reason))
         return true;
-    *problem = QStringLiteral("%1: %2").arg(path, file.errorString());
+    *problem = QStringLiteral("%1: %2").arg(path, reason);
     return false;
 }
 
@@ -95,7 +96,7 @@ public:
         mParser.addOption(mQuick);
     }
 
-    QString folder() const { return operands().value(0); }
+    QString folder() const { return Tools::FilePath::ofArgument(operands().value(0)); }
     Effort effort() const { return mParser.isSet(mQuick) ? Effort::least() : Effort(); }
 
 private:

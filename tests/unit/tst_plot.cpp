@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <limits>
+#include <sys/stat.h>
 
 using namespace Plot;
 
@@ -438,6 +439,22 @@ private Q_SLOTS:
 
         QVERIFY(!save(picture, folder.filePath(QStringLiteral("missing/plot.svg")), &problem));
         QVERIFY(!problem.isEmpty());
+    }
+
+    void aPipeOrAFolderIsNotReplaced()
+    {
+        const QTemporaryDir folder;
+        const QString pipe = folder.filePath(QStringLiteral("pipe"));
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+
+        for (const QString &path : {pipe, folder.path()}) {
+            QString problem;
+            QVERIFY(!save({{lineChart({{0, 0}, {1, 1}})}}, path, &problem));
+            QCOMPARE(problem, QStringLiteral("it is not a file"));
+            QVERIFY(QFileInfo::exists(path) && !QFileInfo(path).isFile());
+        }
+        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+            QStringList(QStringLiteral("pipe")));
     }
 
     void withoutGnuplotThereIsAReasonAndNoPicture()

@@ -4,6 +4,7 @@
 #include "common/CommandLineBase.h"
 #include "common/ExitCode.h"
 #include "common/FilePath.h"
+#include "common/OutputFile.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QBuffer>
@@ -11,7 +12,6 @@
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 #include <array>
 #include <cmath>
@@ -100,20 +100,6 @@ std::optional<EndfaceDefect> parseDefect(const QString &text)
     if (next < values.size())
         defect.contrast = values[next];
     return defect;
-}
-
-/// Opens the file and writes what it gets. Of a write that ends early, only the next one knows the reason.
-bool fill(QSaveFile *file, const QByteArray &bytes)
-{
-    if (!file->open(QIODevice::WriteOnly))
-        return false;
-    qint64 written = 0;
-    qint64 more = 1;
-    while (more > 0 && written < bytes.size()) {
-        more = file->write(bytes.constData() + written, bytes.size() - written);
-        written += more;
-    }
-    return more > 0;
 }
 
 /// The command line, and the first thing that is wrong with it.
@@ -376,9 +362,8 @@ private:
         const QString &picturePath, const QByteArray &picture, const QString &truthPath, const QByteArray &truth)
     {
         for (const QString &path : {picturePath, truthPath}) {
-            const QFileInfo info(path);
-            if (info.exists() && !info.isFile()) // a device or a pipe would be replaced
-                return writeError(path, QStringLiteral("it is not a file"));
+            if (const QString refusal = Tools::OutputFile::whyRefused(path); !refusal.isEmpty())
+                return writeError(path, refusal);
         }
         if (QDir::cleanPath(QFileInfo(picturePath).absoluteFilePath())
             == QDir::cleanPath(QFileInfo(truthPath).absoluteFilePath()))
@@ -386,9 +371,9 @@ private:
 
         QSaveFile pictureFile(picturePath);
         QSaveFile truthFile(truthPath);
-        if (!fill(&pictureFile, picture))
+        if (!Tools::OutputFile::fill(&pictureFile, picture))
             return writeError(picturePath, pictureFile.errorString());
-        if (!fill(&truthFile, truth))
+        if (!Tools::OutputFile::fill(&truthFile, truth))
             return writeError(truthPath, truthFile.errorString());
         if (!pictureFile.commit())
             return writeError(picturePath, pictureFile.errorString());

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "common/OutputFile.h"
 #include "plot/Script.h"
 
 #include <QProcess>
-#include <QSaveFile>
 #include <QStandardPaths>
 
 namespace Plot {
@@ -65,13 +65,7 @@ std::optional<QByteArray> svg(const Picture &picture, QString *problem)
 bool save(const Picture &picture, const QString &path, QString *problem)
 {
     const std::optional<QByteArray> drawn = svg(picture, problem);
-    if (!drawn)
-        return false;
-    QSaveFile file(path);
-    const bool isSaved = file.open(QIODevice::WriteOnly) && file.write(*drawn) == drawn->size() && file.commit();
-    if (!isSaved)
-        *problem = file.errorString();
-    return isSaved;
+    return drawn && Tools::OutputFile::write(path, *drawn, problem);
 }
 
 } // namespace Plot
