@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # The script ./vantor: its help, its errors, its choice of packages, its counts. Stand-ins replace apt-get and its kin,
 # so nothing is installed and nothing is built.
+# Usage: tst_vantor.sh VANTOR-INSPECT
 # shellcheck disable=SC2016 # the bodies of the stand-ins expand when these run
 set -euo pipefail
 
@@ -9,6 +10,7 @@ root=$(readlink -f "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/../..")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 readonly root work
+readonly inspect=$1 # the program vantor-inspect
 passed=0
 failed=0
 
@@ -108,12 +110,16 @@ mkdir -p "$work/checkout/build/release/bin"
 : >"$work/checkout/build/release/build.ninja"
 stand_in dpkg-query 'printf "installed %s\n" one two'
 stand_in cmake ''
-printf '#!/bin/sh\necho "$@"\nexit 1\n' >"$work/checkout/build/release/bin/vantor-inspect"
+printf '#!/bin/sh\n[ "$*" != --help ] || exec "%s" --help\necho "$@"\nexit 1\n' "$inspect" \
+    >"$work/checkout/build/release/bin/vantor-inspect"
 chmod +x "$work/checkout/build/release/bin/vantor-inspect"
 inspected() { PATH="$work/bin:$PATH" "$work/checkout/vantor" inspect "$@" || true; }
 pitted=$work/checkout/data/samples/pitted.jpg
 verify "without arguments a sample is inspected" same "$(inspected)" "$pitted"
 verify "with options only, too" same "$(inspected --json --standard mm -j 2)" "--json --standard mm -j 2 $pitted"
+for option in $("$inspect" --help | sed -nE 's/^ *(-[a-z])?(, )?(--[a-z-]+) <.*/\1 \3/p'); do
+    verify "the value of $option is no image" same "$(inspected "$option" 4)" "$option 4 $pitted"
+done
 verify "an option's value after = is no image either" same "$(inspected --scale=2)" "--scale=2 $pitted"
 verify "an image is passed on" same "$(inspected --standard mm "a b.jpg" --json)" "--standard mm a b.jpg --json"
 verify "a folder that looks like a value is passed on" same "$(inspected --json mm)" "--json mm"

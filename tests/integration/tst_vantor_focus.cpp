@@ -241,6 +241,7 @@ private Q_SLOTS:
         row("--study out");
         row("--size 800x600 --stride 799 x.nv12");
         row("--plot= x.png");
+        row("--plot x.png x.png");
     }
 
     void wrongUsageIsRefused()
@@ -573,6 +574,17 @@ private Q_SLOTS:
         QCOMPARE(result.exitCode, 0);
         QCOMPARE(jsonLines(result.output).size(), std::size_t(3));
         QVERIFY(QFile::exists(path("./:p.svg")));
+    }
+
+    void thePlotReplacesNoPhotographBehindALink()
+    {
+        const QString photograph = path("a.png");
+        QVERIFY(goodFace().save(photograph));
+        const QImage before(photograph);
+        QVERIFY(QFile::link(photograph, path("plot.svg")));
+
+        QCOMPARE(run({photograph, QStringLiteral("--plot"), path("plot.svg")}).exitCode, 64);
+        QCOMPARE(QImage(photograph), before);
     }
 
 private:

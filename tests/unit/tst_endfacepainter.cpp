@@ -810,6 +810,40 @@ private Q_SLOTS:
         QVERIFY(lstat(path.constData(), &status) == 0 && S_ISFIFO(status.st_mode));
     }
 
+    void theTruthDoesNotReplaceThePictureBehindALink_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<QString>("truth");
+        QTest::newRow("to the picture, which is not there yet")
+            << QStringLiteral("t.json") << QStringLiteral("a.png") << QStringLiteral("t.json");
+        QTest::newRow("to its folder") << QStringLiteral("here") << QStringLiteral(".") << QStringLiteral("here/a.png");
+    }
+    void theTruthDoesNotReplaceThePictureBehindALink()
+    {
+        QFETCH(const QString, link);
+        QFETCH(const QString, target);
+        QFETCH(const QString, truth);
+        const QTemporaryDir folder;
+        QCOMPARE(
+            symlink(QFile::encodeName(target).constData(), QFile::encodeName(folder.filePath(link)).constData()), 0);
+
+        const Outcome outcome =
+            run({folder.filePath(QStringLiteral("a.png")), QStringLiteral("--truth"), folder.filePath(truth)});
+
+        QCOMPARE(outcome.code, 74);
+        QVERIFY2(outcome.err.endsWith(QStringLiteral(": it is the picture\n")), qPrintable(outcome.err));
+        QVERIFY(!QFileInfo::exists(folder.filePath(QStringLiteral("a.png"))));
+    }
+
+    void messagesDoNotControlTheTerminal()
+    {
+        const QString name = QStringLiteral("/missing/\x1b[2J\u202e.png");
+        const QString text = run({name}).err + run({QStringLiteral("--\x1b[2J"), name}).err;
+        QVERIFY(text.contains(QStringLiteral("\\x1b[2J")));
+        QVERIFY(!text.contains(QLatin1Char('\x1b')) && !text.contains(QChar(0x202e)));
+    }
+
     void aPictureThatMayNotGrowIsReportedWithTheReason()
     {
         const QTemporaryDir folder;

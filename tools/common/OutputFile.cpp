@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "common/OutputFile.h"
 
+#include "common/FilePath.h"
+
+#include <QDir>
 #include <QFileInfo>
 
 namespace Tools {
@@ -9,6 +12,16 @@ QString OutputFile::whyRefused(const QString &path)
 {
     const QFileInfo info(path);
     return info.exists() && !info.isFile() ? QStringLiteral("it is not a file") : QString();
+}
+
+QString OutputFile::target(const QString &path)
+{
+    constexpr int maxLinks = 40; // as the kernel follows
+    QFileInfo info(path);
+    for (int i = 0; i < maxLinks && info.isSymLink(); ++i)
+        info.setFile(info.symLinkTarget());
+    const QString folder = QFileInfo(info.path()).canonicalFilePath();
+    return folder.isEmpty() ? QDir::cleanPath(info.absoluteFilePath()) : FilePath::in(folder, info.fileName());
 }
 
 bool OutputFile::fill(QSaveFile *file, const QByteArray &bytes)

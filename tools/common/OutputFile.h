@@ -11,6 +11,9 @@ namespace Tools::OutputFile {
 /// Why nothing may be written at the path: a device, a pipe or a folder is there, and would be replaced. Empty: it may.
 QString whyRefused(const QString &path);
 
+/// The file that is written under this name: links are followed, also to what is not there yet. Absolute.
+QString target(const QString &path);
+
 /// Opens the file and writes what it gets; without a commit() it is not seen.
 /// @return false: its errorString() says why
 bool fill(QSaveFile *file, const QByteArray &bytes);

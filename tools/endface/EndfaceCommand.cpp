@@ -5,6 +5,7 @@
 #include "common/ExitCode.h"
 #include "common/FilePath.h"
 #include "common/OutputFile.h"
+#include "common/Terminal.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QBuffer>
@@ -149,13 +150,13 @@ private:
 
     int usageError(const QString &text)
     {
-        *mStderr << "vantor-endface: " << text << '\n';
+        *mStderr << "vantor-endface: " << Tools::Terminal::printable(text) << '\n';
         return Tools::WrongUsage;
     }
 
     int writeError(const QString &path, const QString &reason)
     {
-        *mStderr << "vantor-endface: cannot write " << path << ": " << reason << '\n';
+        *mStderr << "vantor-endface: cannot write " << Tools::Terminal::printableName(path) << ": " << reason << '\n';
         return Tools::NotWritten;
     }
 
@@ -365,8 +366,7 @@ private:
             if (const QString refusal = Tools::OutputFile::whyRefused(path); !refusal.isEmpty())
                 return writeError(path, refusal);
         }
-        if (QDir::cleanPath(QFileInfo(picturePath).absoluteFilePath())
-            == QDir::cleanPath(QFileInfo(truthPath).absoluteFilePath()))
+        if (Tools::OutputFile::target(picturePath) == Tools::OutputFile::target(truthPath))
             return writeError(truthPath, QStringLiteral("it is the picture"));
 
         QSaveFile pictureFile(picturePath);

@@ -2,6 +2,7 @@
 #include "focus/CommandLine.h"
 
 #include "common/FilePath.h"
+#include "common/OutputFile.h"
 
 #include <QRegularExpression>
 
@@ -106,8 +107,12 @@ bool CommandLine::checkCombinations()
 bool CommandLine::readNames()
 {
     mOptions.plotFile = Tools::FilePath::ofArgument(mParser.value(mPlot));
-    if (mParser.isSet(mPlot) && mOptions.plotFile.isEmpty())
-        return refuseValue(mPlot, QStringLiteral("the name of a file"));
+    if (!mParser.isSet(mPlot))
+        return true;
+    for (const QString &name : {mOptions.plotFile, Tools::OutputFile::target(mOptions.plotFile)}) { // no photograph
+        if (!name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+            return refuseValue(mPlot, QStringLiteral("the name of a file that ends in .svg"));
+    }
     return true;
 }
 
