@@ -150,7 +150,7 @@ private:
 /// Asks behind some of the rows only: they are many, and each is quickly done.
 bool Copy::goesOnBehind(int rows) const
 {
-    return !mGoesOn || rows % rowsBetweenQuestions != 0 || mGoesOn(mDone.known + mDone.inspections, mAll);
+    return rows % rowsBetweenQuestions != 0 || mGoesOn(mDone.known + mDone.inspections, mAll);
 }
 
 Problem Copy::count()
@@ -227,7 +227,7 @@ Problem Copy::inspections()
         QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
     row.run({});
     for (int i = 0; row.next(); ++i) {
-        if (mGoesOn && !mGoesOn(i, mAll))
+        if (!mGoesOn(i, mAll))
             return stopped();
         const Problem problem = inspection(row);
         if (!problem.ok())

@@ -6,11 +6,10 @@
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
 #include "Records/MergeRows_p.h"
+#include "Records/OpenStore_p.h"
 #include "Records/RowChecks_p.h"
 #include "Records/Schema_p.h"
 #include "Records/SearchIndex_p.h"
-#include "Records/StoreFolder_p.h"
-#include "Records/StoreLock_p.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -209,21 +208,23 @@ private:
     const bool mIsOthers;
 };
 
-/// Counts the calls that are under way, one within the other.
-class Depth
+/// A call that is under way keeps what it works on, and is counted.
+class UnderWay
 {
 public:
-    explicit Depth(int *calls)
-        : mCalls(calls)
+    explicit UnderWay(std::shared_ptr<OpenStore> store)
+        : mStore(std::move(store))
     {
-        ++*mCalls;
+        ++mStore->calls;
     }
-    ~Depth() { --*mCalls; }
-    Depth(const Depth &) = delete;
-    Depth &operator=(const Depth &) = delete;
+    ~UnderWay() { --mStore->calls; }
+    UnderWay(const UnderWay &) = delete;
+    UnderWay &operator=(const UnderWay &) = delete;
+
+    OpenStore &store() const { return *mStore; }
 
 private:
-    int *const mCalls;
+    const std::shared_ptr<OpenStore> mStore;
 };
 
 QSet<QByteArray> namesOf(const QVector<InspectionRows::Named> &all)
@@ -367,74 +368,40 @@ Opened howWithout(Fault fault)
         return Opened::ReadOnlyFolder;
     }
 }
-} // namespace
-
-RecordStore::RecordStore()
-    : mPictures(QString())
-{
-}
-
-RecordStore::~RecordStore()
-{
-    close();
-}
-
-void RecordStore::close()
-{
-    if (mCalls > 0) // somebody was asked whether to go on
-        return;
-    mDatabase.reset();
-    mUse.reset();
-    if (mLock)
-        StoreLock::release(std::move(mLock));
-    mLock.reset();
-}
-
-bool RecordStore::isOpen() const
-{
-    return mDatabase != nullptr;
-}
 
 /// In the right thread, with an open store, and whatever happens inside comes out as a value.
 template <typename Call>
-auto RecordStore::guarded(Call call) const -> decltype(call())
+auto guarded(const std::shared_ptr<OpenStore> &open, Call call) -> decltype(call(*open))
 {
-    using Result = decltype(call());
-    if (!mDatabase)
+    using Result = decltype(call(*open));
+    if (!open)
         return failed<Result>({Fault::NotOpen, QStringLiteral("The store is not open")});
-    if (QThread::currentThread() != mThread)
+    if (QThread::currentThread() != open->thread)
         return failed<Result>({Fault::WrongThread, QStringLiteral("The store was opened in another thread")});
-    const Depth depth(&mCalls);
+    const UnderWay underWay(open);
     try {
-        return call();
+        return call(underWay.store());
     } catch (const std::exception &exception) {
         return failed<Result>({Fault::OutOfMemory, QString::fromLocal8Bit(exception.what())});
     }
 }
 
-Problem RecordStore::whyNotWriting() const
-{
-    if (!mLock)
-        return {Fault::ReadOnly, QStringLiteral("The store is open for reading only")};
-    return mDatabase->checkPlace();
-}
-
 /// The same within a transaction, and alone among the threads of this process.
 template <typename Call>
-auto RecordStore::writing(Call call) -> decltype(call())
+auto writing(const std::shared_ptr<OpenStore> &open, Call call) -> decltype(call(*open))
 {
-    using Result = decltype(call());
-    return guarded([&]() -> Result {
-        const Problem obstacle = whyNotWriting();
+    using Result = decltype(call(*open));
+    return guarded(open, [&call](OpenStore &store) -> Result {
+        const Problem obstacle = store.whyNotWriting();
         if (!obstacle.ok())
             return failed<Result>(obstacle);
-        const StoreLock::Turn turn(*mLock);
+        const StoreLock::Turn turn(*store.lock);
         if (!turn.problem().ok())
             return failed<Result>(turn.problem());
-        Transaction transaction(*mDatabase);
+        Transaction transaction(*store.database);
         if (!transaction.problem().ok())
             return failed<Result>(transaction.problem());
-        Result result = call();
+        Result result = call(store);
         if (!problemOf(result).ok())
             return result;
         const Problem problem = transaction.commit();
@@ -442,99 +409,54 @@ auto RecordStore::writing(Call call) -> decltype(call())
     });
 }
 
+Answer<int> sweepNow(const OpenStore &store)
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*store.database);
+    if (!all.ok())
+        return {0, all.problem}; // what is named is not known, so everything may be
+    const QSet<QByteArray> names = namesOf(all.value);
+    return {store.pictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); }), {}};
+}
+
+Answer<int> sweepAfterInterruption(const OpenStore &store)
+{
+    const StoreLock::Interruption &former = store.lock->interruption();
+    if (!former.hasHappened)
+        return {};
+    if (!former.isOfThisBoot || former.pictures.contains(StoreLock::anyPicture))
+        return sweepNow(store);
+    int swept = 0;
+    for (const QByteArray &hash : former.pictures) {
+        const Answer<bool> isNamed = InspectionRows::isNamed(*store.database, hash);
+        if (!isNamed.ok())
+            return {swept, isNamed.problem};
+        swept += store.pictures.sweepOne(hash, isNamed.value);
+    }
+    return {swept, {}};
+}
+
 // --- Opening ---------------------------------------------------------------------------------------------------------
 
-Opening RecordStore::open(const QString &folder, Mode mode)
-{
-    if (mCalls > 0)
-        return {Opened::No, {Fault::Busy, QStringLiteral("The store is at work")}, {}, 0};
-    close();
-    if (folder.isEmpty())
-        return {Opened::No, noFolder(), {}, 0};
-    try {
-        return openFolder(StoreFolder(folder), mode);
-    } catch (const std::exception &exception) {
-        close();
-        return {Opened::No, {Fault::OutOfMemory, QString::fromLocal8Bit(exception.what())}, {}, 0};
-    }
-}
-
-Opening RecordStore::openFolder(const StoreFolder &place, Mode mode)
-{
-    mThread = QThread::currentThread();
-    mPictures = PictureStore(place.pictures());
-    mFolder = place.path();
-    if (mode == Mode::ReadOnly)
-        return openForReading(place, Opened::AsReader, {});
-
-    place.make();
-    Problem problem;
-    mLock = StoreLock::take(place.path(), &problem);
-    if (!mLock)
-        return openForReading(place, howWithout(problem.fault), problem);
-    const Opening opening = openForWriting(place);
-    if (opening.canWrite())
-        return opening;
-    close();
-    if (opening.keptAside.isEmpty() && canBeRead(opening.problem.fault))
-        return openForReading(place, howWithout(opening.problem.fault), opening.problem);
-    return opening;
-}
-
-/// What this sweeps, moves or brings up to date, no other thread may be opening or writing.
-Opening RecordStore::openForWriting(const StoreFolder &folder)
-{
-    const StoreLock::Turn turn(*mLock);
-    if (!turn.problem().ok())
-        return {Opened::No, turn.problem(), {}, 0};
-    const Opening opening = openAlone(folder);
-    if (opening.canWrite())
-        mUse = mLock->use();
-    return opening;
-}
-
-Opening RecordStore::openAlone(const StoreFolder &folder)
-{
-    const Problem detour = checkOwnFiles(folder);
-    if (!detour.ok())
-        return {Opened::No, detour, {}, 0};
-    if (folder.isBeheaded())
-        return beginAnew(
-            folder, {Fault::Damaged, folder.database() + QStringLiteral(" is missing, what belongs to it is not")});
-
-    bool isNew = false;
-    const Problem problem = prepare(folder, &isNew);
-    if (problem.ok()) {
-        Opening opening;
-        opening.how = isNew ? Opened::Begun : Opened::Usable;
-        const Answer<int> swept = sweepAfterInterruption();
-        if (swept.ok())
-            mLock->settle();
-        opening.swept = swept.value;
-        return opening;
-    }
-    mDatabase.reset();
-    return problem.fault == Fault::Damaged ? beginAnew(folder, problem) : Opening{Opened::No, problem, {}, 0};
-}
-
 /// Opens the database and brings it up to date.
-Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
+Problem prepare(OpenStore *store, bool *isNew)
 {
-    mDatabase = std::make_unique<Database>(folder.database(), folder.suspicion());
-    Problem problem = mDatabase->open(Database::Access::ReadWrite);
-    mDatabase->bindTo(folder.lock(), mLock->identity());
+    const StoreFolder &folder = store->folder;
+    store->database = std::make_unique<Database>(folder.database(), folder.suspicion());
+    Database &database = *store->database;
+    Problem problem = database.open(Database::Access::ReadWrite);
+    database.bindTo(folder.lock(), store->lock->identity());
     if (problem.ok())
-        problem = Schema::prepare(*mDatabase, isNew);
+        problem = Schema::prepare(database, isNew);
     if (problem.ok())
-        problem = mDatabase->run("DELETE FROM job WHERE 0"); // a file that is write-protected shows only now
+        problem = database.run("DELETE FROM job WHERE 0"); // a file that is write-protected shows only now
     if (!problem.ok() || !QFileInfo(folder.suspicion()).isFile())
         return problem;
 
     // It was seen to be damaged. The check takes its time, so it is for such a case only.
     QStringList faults;
-    problem = SearchIndex::mendIfWrong(*mDatabase);
+    problem = SearchIndex::mendIfWrong(database);
     if (problem.ok())
-        problem = checkTables(*mDatabase, &faults);
+        problem = checkTables(database, &faults);
     if (problem.ok() && !faults.isEmpty())
         problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(folder.database(), faults.first())};
     if (problem.ok())
@@ -542,128 +464,106 @@ Problem RecordStore::prepare(const StoreFolder &folder, bool *isNew)
     return problem;
 }
 
-Opening RecordStore::beginAnew(const StoreFolder &folder, const Problem &problem)
+Opening beginAnew(OpenStore *store, const Problem &problem)
 {
-    const QString aside = mLock->isUsed() ? QString() : folder.setAside();
+    const StoreFolder &folder = store->folder;
+    const QString aside = store->lock->isUsed() ? QString() : folder.setAside();
     if (aside.isEmpty())
         return {Opened::No, {problem.fault, problem.text + QStringLiteral(", and it cannot be kept aside")}, {}, 0};
     QFile::remove(folder.suspicion());
     bool isNew = false;
-    const Problem second = prepare(folder, &isNew);
+    const Problem second = prepare(store, &isNew);
     if (second.ok())
-        mLock->settle(); // what was left was moved with the rest
+        store->lock->settle(); // what was left was moved with the rest
     return {second.ok() ? Opened::BegunAnew : Opened::No, second.ok() ? problem : second, aside, 0};
 }
 
-/// @param problem why not for writing
-Opening RecordStore::openForReading(const StoreFolder &folder, Opened how, const Problem &problem)
+Opening openAlone(OpenStore *store)
 {
+    const StoreFolder &folder = store->folder;
+    const Problem detour = checkOwnFiles(folder);
+    if (!detour.ok())
+        return {Opened::No, detour, {}, 0};
+    if (folder.isBeheaded())
+        return beginAnew(
+            store, {Fault::Damaged, folder.database() + QStringLiteral(" is missing, what belongs to it is not")});
+
+    bool isNew = false;
+    const Problem problem = prepare(store, &isNew);
+    if (problem.ok()) {
+        Opening opening;
+        opening.how = isNew ? Opened::Begun : Opened::Usable;
+        const Answer<int> swept = sweepAfterInterruption(*store);
+        if (swept.ok())
+            store->lock->settle();
+        opening.swept = swept.value;
+        return opening;
+    }
+    store->database.reset();
+    return problem.fault == Fault::Damaged ? beginAnew(store, problem) : Opening{Opened::No, problem, {}, 0};
+}
+
+/// What this sweeps, moves or brings up to date, no other thread may be opening or writing.
+Opening openForWriting(OpenStore *store)
+{
+    const StoreLock::Turn turn(*store->lock);
+    if (!turn.problem().ok())
+        return {Opened::No, turn.problem(), {}, 0};
+    const Opening opening = openAlone(store);
+    if (opening.canWrite())
+        store->use = store->lock->use();
+    return opening;
+}
+
+/// @param problem why not for writing
+Opening openForReading(OpenStore *store, Opened how, const Problem &problem)
+{
+    const StoreFolder &folder = store->folder;
     const Opening none{Opened::No,
         problem.ok() ? Problem{Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder.path())} : problem,
         {}, 0};
     if (!folder.hasDatabase())
         return none;
 
-    const Problem second = openToRead(folder, folder.suspicion(), &mDatabase);
+    const Problem second = openToRead(folder, folder.suspicion(), &store->database);
     if (second.fault == Fault::LaterVersion)
         return {Opened::LaterVersion, second, {}, 0};
     if (second.ok())
         return {how, problem, {}, 0};
-    close();
     return {Opened::No, second, {}, 0};
 }
 
-// --- Jobs ------------------------------------------------------------------------------------------------------------
-
-Answer<Job> RecordStore::addJob(const Job &job)
+Opening openFolder(OpenStore *store, RecordStore::Mode mode)
 {
-    const Problem problem = checkJob(job);
-    if (!problem.ok())
-        return {{}, problem};
-    return writing([&]() -> Answer<Job> {
-        Job added = job;
-        const Problem failure = JobRows::add(*mDatabase, &added);
-        return {added, failure};
-    });
-}
+    if (mode == RecordStore::Mode::ReadOnly)
+        return openForReading(store, Opened::AsReader, {});
 
-Problem RecordStore::updateJob(const Job &job)
-{
-    const Problem problem = checkJob(job);
-    if (!problem.ok())
-        return problem;
-    return writing([&]() -> Problem {
-        const Answer<Job> present = JobRows::one(*mDatabase, job.id);
-        return present.ok() ? JobRows::update(*mDatabase, job) : present.problem;
-    });
-}
-
-Answer<Job> RecordStore::job(Id id) const
-{
-    return guarded([&] { return JobRows::one(*mDatabase, id); });
-}
-
-Answer<QVector<Job>> RecordStore::jobs(const Page &page) const
-{
-    return guarded([&] { return JobRows::some(*mDatabase, usable(page)); });
-}
-
-Answer<JobProgress> RecordStore::progress(Id job) const
-{
-    const Answer<QVector<Point>> all = points(job);
-    return {JobRows::progressOf(all.value), all.problem};
-}
-
-Answer<QVector<Point>> RecordStore::addPoints(Id job, const PointRun &run)
-{
-    QVector<QString> names;
-    Problem problem = namesOf(run, &names);
-    if (problem.ok())
-        problem = checkTexts({run.from, run.to});
-    if (!problem.ok())
-        return {{}, problem};
-    return writing([&]() -> Answer<QVector<Point>> {
-        const Answer<Job> present = JobRows::one(*mDatabase, job);
-        if (!present.ok())
-            return {{}, present.problem};
-        const Problem failure = JobRows::addPoints(*mDatabase, job, names, run);
-        if (!failure.ok())
-            return {{}, failure};
-        const Answer<QVector<Point>> all = JobRows::points(*mDatabase, job);
-        return {all.value.mid(all.value.size() - names.size()), all.problem};
-    });
-}
-
-Answer<QVector<Point>> RecordStore::points(Id job) const
-{
-    return guarded([&] { return JobRows::points(*mDatabase, job); });
+    store->folder.make();
+    Problem problem;
+    store->lock = StoreLock::take(store->folder.path(), &problem);
+    if (!store->lock)
+        return openForReading(store, howWithout(problem.fault), problem);
+    const Opening opening = openForWriting(store);
+    if (opening.canWrite())
+        return opening;
+    store->close();
+    if (opening.keptAside.isEmpty() && canBeRead(opening.problem.fault))
+        return openForReading(store, howWithout(opening.problem.fault), opening.problem);
+    return opening;
 }
 
 // --- Inspections -----------------------------------------------------------------------------------------------------
 
-Answer<Id> RecordStore::addInspection(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
-{
-    return guarded([&]() -> Answer<Id> {
-        const Problem obstacle = whyNotWriting();
-        if (!obstacle.ok())
-            return {noId, obstacle};
-        if (inspection.reason() == Inspection::Reason::NotInspected)
-            return {noId, invalid(QStringLiteral("Nothing was inspected"))};
-        const Problem problem = checkTexts({origin.software, origin.device.name});
-        return problem.ok() ? store(completed(origin), inspection, picture) : Answer<Id>{noId, problem};
-    });
-}
-
 /// The pictures are on the disk before a row names them.
-Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
+Answer<Id> addPictured(OpenStore &store, const Origin &origin, const Inspection &inspection, const QByteArray &picture)
 {
     const QByteArray annotated = pngOf(inspection.annotatedImage());
-    const StoreLock::Turn turn(*mLock);
+    const StoreLock::Turn turn(*store.lock);
     if (!turn.problem().ok())
         return {noId, turn.problem()};
-    if (!mLock->note({PictureStore::hashOf(picture), PictureStore::hashOf(annotated)}))
+    if (!store.lock->note({PictureStore::hashOf(picture), PictureStore::hashOf(annotated)}))
         return {noId, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
-    NewPictures pictures(mPictures);
+    NewPictures pictures(store.pictures);
     const Answer<QByteArray> source = pictures.put(picture);
     const Answer<QByteArray> painted = source.ok() ? pictures.put(annotated) : Answer<QByteArray>();
     for (const Problem &problem : {source.problem, painted.problem}) {
@@ -671,13 +571,13 @@ Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection
             return {noId, problem};
     }
 
-    Transaction transaction(*mDatabase);
+    Transaction transaction(*store.database);
     if (!transaction.problem().ok())
         return {noId, transaction.problem()};
-    const Problem misplaced = checkPoint(*mDatabase, origin.point, inspection.standardId());
+    const Problem misplaced = checkPoint(*store.database, origin.point, inspection.standardId());
     if (!misplaced.ok())
         return {noId, misplaced};
-    const Answer<Id> id = InspectionRows::add(*mDatabase, origin, inspection, {source.value, painted.value});
+    const Answer<Id> id = InspectionRows::add(*store.database, origin, inspection, {source.value, painted.value});
     if (!id.ok())
         return {noId, id.problem};
     const Problem problem = transaction.commit();
@@ -687,45 +587,20 @@ Answer<Id> RecordStore::store(const Origin &origin, const Inspection &inspection
     return id;
 }
 
-Problem RecordStore::setDecision(Id inspection, Decision decision, const QString &note)
+Answer<StoredInspection> oneInspection(const OpenStore &store, Id id)
 {
-    const Problem problem = checkTexts({note});
-    if (!problem.ok())
-        return problem;
-    return writing([&] { return InspectionRows::decide(*mDatabase, inspection, decision, note); });
+    Answer<StoredInspection> stored = InspectionRows::one(*store.database, id);
+    stored.value.isPictureThere = store.pictures.contains(stored.value.picture);
+    stored.value.isAnnotatedPictureThere = store.pictures.contains(stored.value.annotatedPicture);
+    return stored;
 }
 
-Answer<QVector<InspectionSummary>> RecordStore::list(const Filter &filter, const Page &page) const
+Answer<Inspection> inspectedAgain(const OpenStore &store, Id id)
 {
-    return guarded([&] { return InspectionRows::some(*mDatabase, filter, usable(page)); });
-}
-
-Answer<int> RecordStore::count(const Filter &filter) const
-{
-    return guarded([&] { return InspectionRows::count(*mDatabase, filter); });
-}
-
-Answer<StoredInspection> RecordStore::inspection(Id id) const
-{
-    return guarded([&] {
-        Answer<StoredInspection> stored = InspectionRows::one(*mDatabase, id);
-        stored.value.isPictureThere = mPictures.contains(stored.value.picture);
-        stored.value.isAnnotatedPictureThere = mPictures.contains(stored.value.annotatedPicture);
-        return stored;
-    });
-}
-
-Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
-{
-    return guarded([&] { return mPictures.read(hash); });
-}
-
-Answer<Inspection> RecordStore::inspectAgain(Id id) const
-{
-    const Answer<StoredInspection> stored = inspection(id);
+    const Answer<StoredInspection> stored = oneInspection(store, id);
     if (!stored.ok())
         return {{}, stored.problem};
-    const Answer<QByteArray> bytes = picture(stored.value.picture);
+    const Answer<QByteArray> bytes = store.pictures.read(stored.value.picture);
     if (!bytes.ok())
         return {{}, bytes.problem};
     const Origin &origin = stored.value.origin;
@@ -743,116 +618,94 @@ Answer<Inspection> RecordStore::inspectAgain(Id id) const
 
 // --- Upkeep ----------------------------------------------------------------------------------------------------------
 
-Answer<int> RecordStore::sweepNow()
+/// What verify() looks at, one inspection after the other.
+class Verifying
 {
-    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
-    if (!all.ok())
-        return {0, all.problem}; // what is named is not known, so everything may be
-    const QSet<QByteArray> names = namesOf(all.value);
-    return {mPictures.sweep([&names](const QByteArray &hash) { return names.contains(hash); }), {}};
-}
-
-Answer<int> RecordStore::sweepAfterInterruption()
-{
-    const StoreLock::Interruption &former = mLock->interruption();
-    if (!former.hasHappened)
-        return {};
-    if (!former.isOfThisBoot || former.pictures.contains(StoreLock::anyPicture))
-        return sweepNow();
-    int swept = 0;
-    for (const QByteArray &hash : former.pictures) {
-        const Answer<bool> isNamed = InspectionRows::isNamed(*mDatabase, hash);
-        if (!isNamed.ok())
-            return {swept, isNamed.problem};
-        swept += mPictures.sweepOne(hash, isNamed.value);
+public:
+    Verifying(OpenStore &store, const GoesOn &goesOn)
+        : mStore(store)
+        , mGoesOn(store.asking(goesOn))
+    {
     }
-    return {swept, {}};
-}
 
-Answer<int> RecordStore::sweep()
-{
-    return writing([&] { return sweepNow(); });
-}
-
-Answer<Verification> RecordStore::verify(const std::function<bool(int done, int all)> &goesOn) const
-{
-    return guarded([&]() -> Answer<Verification> {
-        Verification found;
-        const Problem problem = checkWhole(*mDatabase, &found.databaseFaults);
-        if (!problem.ok())
-            return {found, problem};
-        // A later version may write what is not known here.
-        const bool isOurs = Schema::check(*mDatabase).fault != Fault::LaterVersion;
-        const Answer<QString> bad = isOurs ? RowChecks::firstBad(*mDatabase) : Answer<QString>();
-        if (!bad.ok() && found.databaseFaults.isEmpty())
-            return {found, bad.problem};
-        if (!bad.value.isEmpty())
-            found.databaseFaults << bad.value + QStringLiteral(" has a value that nothing here writes");
-        const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
-        for (int i = 0; i < all.value.size(); ++i) {
-            if (goesOn && !goesOn(i, all.value.size()))
-                return {found, {Fault::Stopped, QStringLiteral("Stopped; not all was looked at")}};
-            const InspectionRows::Named &named = all.value[i];
-            const Problem unreadable = isOurs ? InspectionRows::one(*mDatabase, named.inspection).problem : Problem();
-            if (unreadable.fault == Fault::Damaged && found.databaseFaults.size() < mostFaults)
-                found.databaseFaults << unreadable.text;
-            else if (!unreadable.ok() && unreadable.fault != Fault::Damaged)
-                return {found, unreadable};
-            for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
-                if (hash.isEmpty())
-                    continue;
-                const Fault fault = mPictures.read(hash).problem.fault;
-                if (fault != Fault::None)
-                    found.pictureFaults.append({named.inspection, hash, fault});
-                ++found.pictures;
-            }
-        }
-        return {found, all.problem};
-    });
-}
-
-Answer<Backup> RecordStore::backup(const QString &folder) const
-{
-    return guarded([&]() -> Answer<Backup> {
-        const Problem obstacle = mDatabase->checkPlace();
-        if (!obstacle.ok())
-            return {{}, obstacle};
-        if (folder.isEmpty())
-            return {{}, noFolder()};
-        const StoreFolder target(folder);
-        if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
-            return {{}, invalid(QStringLiteral("There is a store in %1 already").arg(folder))};
-        if (isWithin(folder, StoreFolder(mFolder).pictures())) // a sweep would take its pictures for unwanted ones
-            return {{}, invalid(QStringLiteral("%1 lies among the pictures of the store").arg(folder))};
-        target.make();
-        const FolderLock lock(folder);
-        if (lock.isOthers())
-            return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
-        const QString copy = target.database() + QStringLiteral(".unfinished");
-        QFile::remove(copy);
-        Problem problem = mDatabase->run("VACUUM INTO ?", {copy});
-        Backup done;
+    Answer<Verification> run()
+    {
+        Problem problem = database();
         if (problem.ok())
-            problem = copyPictures(PictureStore(target.pictures()), &done);
-        const bool isWhole = problem.ok() && putOnDisk(copy) && QFile::rename(copy, target.database());
-        WholeFile::syncFolder(folder);
-        if (!isWhole)
-            QFile::remove(copy);
-        if (problem.ok() && !isWhole)
-            problem = {Fault::Unusable, QStringLiteral("Cannot write %1").arg(target.database())};
-        return {done, problem};
-    });
+            problem = inspections();
+        return {mFound, problem};
+    }
+
+private:
+    Problem database();
+    Problem inspections();
+    Problem record(Id id);
+    void pictures(const InspectionRows::Named &named);
+
+    OpenStore &mStore;
+    const GoesOn mGoesOn;
+    Verification mFound;
+    bool mIsOurs = false; ///< a later version may write what is not known here
+};
+
+Problem Verifying::database()
+{
+    const Problem problem = checkWhole(*mStore.database, &mFound.databaseFaults);
+    if (!problem.ok())
+        return problem;
+    mIsOurs = Schema::check(*mStore.database).fault != Fault::LaterVersion;
+    const Answer<QString> bad = mIsOurs ? RowChecks::firstBad(*mStore.database) : Answer<QString>();
+    if (!bad.ok() && mFound.databaseFaults.isEmpty())
+        return bad.problem;
+    if (!bad.value.isEmpty())
+        mFound.databaseFaults << bad.value + QStringLiteral(" has a value that nothing here writes");
+    return {};
+}
+
+Problem Verifying::inspections()
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mStore.database);
+    for (int i = 0; i < all.value.size(); ++i) {
+        if (!mGoesOn(i, all.value.size()))
+            return {Fault::Stopped, QStringLiteral("Stopped; not all was looked at")};
+        const Problem problem = record(all.value[i].inspection);
+        if (!problem.ok())
+            return problem;
+        pictures(all.value[i]);
+    }
+    return all.problem;
+}
+
+/// Whether it can be read back. One that is damaged ends nothing.
+Problem Verifying::record(Id id)
+{
+    const Problem unreadable = mIsOurs ? InspectionRows::one(*mStore.database, id).problem : Problem();
+    if (unreadable.fault == Fault::Damaged && mFound.databaseFaults.size() < mostFaults)
+        mFound.databaseFaults << unreadable.text;
+    return unreadable.fault == Fault::Damaged ? Problem() : unreadable;
+}
+
+void Verifying::pictures(const InspectionRows::Named &named)
+{
+    for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+        if (hash.isEmpty())
+            continue;
+        const Fault fault = mStore.pictures.read(hash).problem.fault;
+        if (fault != Fault::None)
+            mFound.pictureFaults.append({named.inspection, hash, fault});
+        ++mFound.pictures;
+    }
 }
 
 /// Those that the copy of the database names are among those that this one names by now.
-Problem RecordStore::copyPictures(const PictureStore &target, Backup *done) const
+Problem copyPictures(const OpenStore &store, const PictureStore &target, Backup *done)
 {
-    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mDatabase);
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*store.database);
     if (!all.ok())
         return all.problem;
     const QSet<QByteArray> names = namesOf(all.value);
     for (const QByteArray &hash : names) {
-        const Answer<QByteArray> bytes = mPictures.read(hash);
+        const Answer<QByteArray> bytes = store.pictures.read(hash);
         const Problem problem = bytes.ok() ? target.put(bytes.value).problem : Problem();
         if (!problem.ok())
             return problem;
@@ -861,75 +714,321 @@ Problem RecordStore::copyPictures(const PictureStore &target, Backup *done) cons
     return {};
 }
 
-Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn)
+/// Whether a copy may be written there.
+Problem checkTarget(const OpenStore &store, const QString &folder)
 {
-    return guarded([&]() -> Answer<Merge> {
-        const Problem obstacle = whyNotWriting();
-        if (!obstacle.ok())
-            return {{}, obstacle};
-        if (folder.isEmpty())
-            return {{}, noFolder()};
-        const StoreFolder place(folder);
-        if (!place.hasDatabase())
-            return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};
-        std::unique_ptr<Database> source;
-        Problem problem = openToRead(place, {}, &source);
-        if (problem.ok())
-            problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
-        if (problem.ok())
-            problem = checkForeign(*source, *mDatabase, place);
-        if (!problem.ok())
-            return {{}, problem};
-        Answer<Merge> merged = mergeFrom(*source, PictureStore(place.pictures()), goesOn);
-        if (merged.problem.fault == Fault::Invalid) { // by a row that our tables refuse; they are not to blame
-            QString reason = merged.problem.text;
-            reason.remove(StoreFolder(mFolder).database() + QStringLiteral(": "));
-            merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), reason)};
-        }
-        return merged;
-    });
+    const Problem obstacle = store.database->checkPlace();
+    if (!obstacle.ok())
+        return obstacle;
+    if (folder.isEmpty())
+        return noFolder();
+    const StoreFolder target(folder);
+    if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
+        return invalid(QStringLiteral("There is a store in %1 already").arg(folder));
+    if (isWithin(folder, store.folder.pictures())) // a sweep would take its pictures for unwanted ones
+        return invalid(QStringLiteral("%1 lies among the pictures of the store").arg(folder));
+    return {};
 }
 
+Answer<Backup> backUp(OpenStore &store, const QString &folder)
+{
+    const Problem obstacle = checkTarget(store, folder);
+    if (!obstacle.ok())
+        return {{}, obstacle};
+    const StoreFolder target(folder);
+    target.make();
+    const FolderLock lock(folder);
+    if (lock.isOthers())
+        return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
+    const QString copy = target.database() + QStringLiteral(".unfinished");
+    QFile::remove(copy);
+    Problem problem = store.database->run("VACUUM INTO ?", {copy});
+    Backup done;
+    if (problem.ok())
+        problem = copyPictures(store, PictureStore(target.pictures()), &done);
+    const bool isWhole = problem.ok() && putOnDisk(copy) && QFile::rename(copy, target.database());
+    WholeFile::syncFolder(folder);
+    if (!isWhole)
+        QFile::remove(copy);
+    if (problem.ok() && !isWhole)
+        problem = {Fault::Unusable, QStringLiteral("Cannot write %1").arg(target.database())};
+    return {done, problem};
+}
+
+/// The pictures of another store that are not here, or are damaged here.
+class PictureMerge
+{
+public:
+    PictureMerge(const OpenStore &store, const PictureStore &source)
+        : mStore(store)
+        , mSource(source)
+        , mNew(store.pictures)
+    {
+    }
+
+    Problem run(const QSet<QByteArray> &names, const GoesOn &goesOn, Merge *done)
+    {
+        int looked = 0;
+        for (const QByteArray &hash : names) {
+            if (!goesOn(looked++, names.size()))
+                return {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")};
+            const Problem problem = mStore.pictures.read(hash).ok() ? Problem() : take(hash, done);
+            if (!problem.ok())
+                return problem;
+        }
+        return {};
+    }
+
+    void keep() { mNew.keep(); }
+
+private:
+    Problem take(const QByteArray &hash, Merge *done)
+    {
+        const Answer<QByteArray> bytes = mSource.read(hash);
+        ++(bytes.ok() ? done->pictures : bytes.problem.fault == Fault::PictureMissing ? done->missing : done->damaged);
+        return bytes.ok() ? mNew.put(bytes.value).problem : Problem();
+    }
+
+    const OpenStore &mStore;
+    const PictureStore mSource;
+    NewPictures mNew;
+};
+
 /// The pictures are on the disk before a row names them.
-Answer<Merge> RecordStore::mergeFrom(
-    const Database &source, const PictureStore &sourcePictures, const std::function<bool(int done, int all)> &goesOn)
+Answer<Merge> mergeFrom(
+    OpenStore &store, const Database &source, const PictureStore &sourcePictures, const GoesOn &goesOn)
 {
     const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(source);
     if (!all.ok())
         return {{}, all.problem};
-    const StoreLock::Turn turn(*mLock);
+    const StoreLock::Turn turn(*store.lock);
     if (!turn.problem().ok())
         return {{}, turn.problem()};
-    if (!mLock->note({StoreLock::anyPicture}))
+    if (!store.lock->note({StoreLock::anyPicture}))
         return {{}, {Fault::DiskFull, QStringLiteral("There is no room to note what is stored")}};
 
     Merge done;
-    NewPictures pictures(mPictures);
-    const QSet<QByteArray> names = namesOf(all.value);
-    int looked = 0;
-    for (const QByteArray &hash : names) {
-        if (goesOn && !goesOn(looked++, names.size()))
-            return {{}, {Fault::Stopped, QStringLiteral("Stopped; nothing was merged")}};
-        if (mPictures.read(hash).ok()) // one that is damaged here is mended from there
-            continue;
-        const Answer<QByteArray> bytes = sourcePictures.read(hash);
-        const Problem problem = bytes.ok() ? pictures.put(bytes.value).problem : Problem();
-        if (!problem.ok())
-            return {{}, problem};
-        ++(bytes.ok() ? done.pictures : bytes.problem.fault == Fault::PictureMissing ? done.missing : done.damaged);
-    }
-
-    Transaction transaction(*mDatabase);
+    PictureMerge pictures(store, sourcePictures);
+    const Problem stopped = pictures.run(namesOf(all.value), goesOn, &done);
+    if (!stopped.ok())
+        return {{}, stopped};
+    Transaction transaction(*store.database);
     Problem problem = transaction.problem();
     if (problem.ok())
-        problem = MergeRows::copy(*mDatabase, source, goesOn, &done);
+        problem = MergeRows::copy(*store.database, source, goesOn, &done);
     if (problem.ok())
         problem = transaction.commit();
     if (!problem.ok())
         return {{}, problem};
     pictures.keep();
-    mLock->note({});
+    store.lock->note({});
     return {done, {}};
+}
+
+Answer<Merge> mergeFolder(OpenStore &store, const QString &folder, const GoesOn &goesOn)
+{
+    const Problem obstacle = store.whyNotWriting();
+    if (!obstacle.ok())
+        return {{}, obstacle};
+    if (folder.isEmpty())
+        return {{}, noFolder()};
+    const StoreFolder place(folder);
+    if (!place.hasDatabase())
+        return {{}, {Fault::NotFound, QStringLiteral("There is no store in %1").arg(folder)}};
+    std::unique_ptr<Database> source;
+    Problem problem = openToRead(place, {}, &source);
+    if (problem.ok())
+        problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
+    if (problem.ok())
+        problem = checkForeign(*source, *store.database, place);
+    if (!problem.ok())
+        return {{}, problem};
+    Answer<Merge> merged = mergeFrom(store, *source, PictureStore(place.pictures()), store.asking(goesOn));
+    if (merged.problem.fault == Fault::Invalid) { // by a row that our tables refuse; they are not to blame
+        QString reason = merged.problem.text;
+        reason.remove(store.folder.database() + QStringLiteral(": "));
+        merged.problem = {Fault::Damaged, QStringLiteral("%1: %2").arg(place.database(), reason)};
+    }
+    return merged;
+}
+} // namespace
+
+RecordStore::RecordStore() = default;
+
+RecordStore::~RecordStore()
+{
+    if (mOpen)
+        mOpen->isAbandoned = true; // what its calls still need goes with the outermost of them
+}
+
+Opening RecordStore::open(const QString &folder, Mode mode)
+{
+    if (mOpen && mOpen->calls > 0)
+        return {Opened::No, {Fault::Busy, QStringLiteral("The store is at work")}, {}, 0};
+    close();
+    if (folder.isEmpty())
+        return {Opened::No, noFolder(), {}, 0};
+    try {
+        const auto opened = std::make_shared<OpenStore>(StoreFolder(folder));
+        const Opening opening = openFolder(opened.get(), mode);
+        if (opening.isOpen())
+            mOpen = opened;
+        return opening;
+    } catch (const std::exception &exception) {
+        return {Opened::No, {Fault::OutOfMemory, QString::fromLocal8Bit(exception.what())}, {}, 0};
+    }
+}
+
+void RecordStore::close()
+{
+    if (mOpen && mOpen->calls == 0) // otherwise somebody was asked whether to go on
+        mOpen.reset();
+}
+
+bool RecordStore::isOpen() const
+{
+    return mOpen != nullptr;
+}
+
+bool RecordStore::canWrite() const
+{
+    return mOpen && mOpen->lock;
+}
+
+// --- Jobs ------------------------------------------------------------------------------------------------------------
+
+Answer<Job> RecordStore::addJob(const Job &job)
+{
+    const Problem problem = checkJob(job);
+    if (!problem.ok())
+        return {{}, problem};
+    return writing(mOpen, [&](OpenStore &store) -> Answer<Job> {
+        Job added = job;
+        const Problem failure = JobRows::add(*store.database, &added);
+        return {added, failure};
+    });
+}
+
+Problem RecordStore::updateJob(const Job &job)
+{
+    const Problem problem = checkJob(job);
+    if (!problem.ok())
+        return problem;
+    return writing(mOpen, [&](OpenStore &store) -> Problem {
+        const Answer<Job> present = JobRows::one(*store.database, job.id);
+        return present.ok() ? JobRows::update(*store.database, job) : present.problem;
+    });
+}
+
+Answer<Job> RecordStore::job(Id id) const
+{
+    return guarded(mOpen, [&](OpenStore &store) { return JobRows::one(*store.database, id); });
+}
+
+Answer<QVector<Job>> RecordStore::jobs(const Page &page) const
+{
+    return guarded(mOpen, [&](OpenStore &store) { return JobRows::some(*store.database, usable(page)); });
+}
+
+Answer<JobProgress> RecordStore::progress(Id job) const
+{
+    const Answer<QVector<Point>> all = points(job);
+    return {JobRows::progressOf(all.value), all.problem};
+}
+
+Answer<QVector<Point>> RecordStore::addPoints(Id job, const PointRun &run)
+{
+    QVector<QString> names;
+    Problem problem = namesOf(run, &names);
+    if (problem.ok())
+        problem = checkTexts({run.from, run.to});
+    if (!problem.ok())
+        return {{}, problem};
+    return writing(mOpen, [&](OpenStore &store) -> Answer<QVector<Point>> {
+        const Answer<Job> present = JobRows::one(*store.database, job);
+        if (!present.ok())
+            return {{}, present.problem};
+        const Problem failure = JobRows::addPoints(*store.database, job, names, run);
+        if (!failure.ok())
+            return {{}, failure};
+        const Answer<QVector<Point>> all = JobRows::points(*store.database, job);
+        return {all.value.mid(all.value.size() - names.size()), all.problem};
+    });
+}
+
+Answer<QVector<Point>> RecordStore::points(Id job) const
+{
+    return guarded(mOpen, [&](OpenStore &store) { return JobRows::points(*store.database, job); });
+}
+
+// --- Inspections -----------------------------------------------------------------------------------------------------
+
+Answer<Id> RecordStore::addInspection(const Origin &origin, const Inspection &inspection, const QByteArray &picture)
+{
+    return guarded(mOpen, [&](OpenStore &store) -> Answer<Id> {
+        const Problem obstacle = store.whyNotWriting();
+        if (!obstacle.ok())
+            return {noId, obstacle};
+        if (inspection.reason() == Inspection::Reason::NotInspected)
+            return {noId, invalid(QStringLiteral("Nothing was inspected"))};
+        const Problem problem = checkTexts({origin.software, origin.device.name});
+        return problem.ok() ? addPictured(store, completed(origin), inspection, picture) : Answer<Id>{noId, problem};
+    });
+}
+
+Problem RecordStore::setDecision(Id inspection, Decision decision, const QString &note)
+{
+    const Problem problem = checkTexts({note});
+    if (!problem.ok())
+        return problem;
+    return writing(
+        mOpen, [&](OpenStore &store) { return InspectionRows::decide(*store.database, inspection, decision, note); });
+}
+
+Answer<QVector<InspectionSummary>> RecordStore::list(const Filter &filter, const Page &page) const
+{
+    return guarded(
+        mOpen, [&](OpenStore &store) { return InspectionRows::some(*store.database, filter, usable(page)); });
+}
+
+Answer<int> RecordStore::count(const Filter &filter) const
+{
+    return guarded(mOpen, [&](OpenStore &store) { return InspectionRows::count(*store.database, filter); });
+}
+
+Answer<StoredInspection> RecordStore::inspection(Id id) const
+{
+    return guarded(mOpen, [id](const OpenStore &store) { return oneInspection(store, id); });
+}
+
+Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
+{
+    return guarded(mOpen, [&hash](const OpenStore &store) { return store.pictures.read(hash); });
+}
+
+Answer<Inspection> RecordStore::inspectAgain(Id id) const
+{
+    return guarded(mOpen, [id](const OpenStore &store) { return inspectedAgain(store, id); });
+}
+
+Answer<int> RecordStore::sweep()
+{
+    return writing(mOpen, [](OpenStore &store) { return sweepNow(store); });
+}
+
+Answer<Verification> RecordStore::verify(const std::function<bool(int done, int all)> &goesOn) const
+{
+    return guarded(mOpen, [&goesOn](OpenStore &store) { return Verifying(store, goesOn).run(); });
+}
+
+Answer<Backup> RecordStore::backup(const QString &folder) const
+{
+    return guarded(mOpen, [&folder](OpenStore &store) { return backUp(store, folder); });
+}
+
+Answer<Merge> RecordStore::merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn)
+{
+    return guarded(mOpen, [&](OpenStore &store) { return mergeFolder(store, folder, goesOn); });
 }
 
 } // namespace Records

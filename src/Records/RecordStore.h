@@ -10,13 +10,9 @@
 #include <functional>
 #include <memory>
 
-class QThread;
-
 namespace Records {
 
-class Database;
-class StoreFolder;
-class StoreLock;
+struct OpenStore;
 
 /// How a store was opened.
 enum class Opened : int {
@@ -103,8 +99,9 @@ struct Merge
 /// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
 /// folder, and may write as well, in turns: a merge has its turn from its first picture to its end. A function that is
 /// asked whether to go on may read; what writes into a store that its thread is writing into answers Fault::Busy, as
-/// does open(), and close() does nothing. Of all programs one writes, the first to come; others read beside it. There
-/// must be a QCoreApplication.
+/// does open(), and close() does nothing. It may destroy the object: the call ends with Fault::Stopped then, whatever
+/// the answer is, and until it has come back the folder stays in use. Of all programs one writes, the first to come;
+/// others read beside it. There must be a QCoreApplication.
 class VANTORBASERECORDS_EXPORT RecordStore
 {
 public:
@@ -134,7 +131,7 @@ public:
     Opening open(const QString &folder, Mode mode = Mode::ReadWrite);
     void close();
     bool isOpen() const;
-    bool canWrite() const { return mLock != nullptr; }
+    bool canWrite() const;
 
     /// @return the job with what the store has given to it
     Answer<Job> addJob(const Job &job);
@@ -173,8 +170,7 @@ public:
     /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums
     /// of all pictures. What a later version has written may have values that are not known here, and these are not
     /// looked at. Takes its time.
-    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped;
-    /// it must not destroy the store
+    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
     /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it
@@ -186,37 +182,11 @@ public:
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
     /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
-    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one; it must
-    /// not destroy the store.
+    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:
-    template <typename Call>
-    auto guarded(Call call) const -> decltype(call());
-    template <typename Call>
-    auto writing(Call call) -> decltype(call());
-
-    Problem whyNotWriting() const;
-    Opening openFolder(const StoreFolder &place, Mode mode);
-    Opening openForWriting(const StoreFolder &folder);
-    Opening openAlone(const StoreFolder &folder);
-    Opening beginAnew(const StoreFolder &folder, const Problem &problem);
-    Opening openForReading(const StoreFolder &folder, Opened how, const Problem &problem);
-    Problem prepare(const StoreFolder &folder, bool *isNew);
-    Answer<Id> store(const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
-    Answer<int> sweepNow();
-    Answer<int> sweepAfterInterruption();
-    Problem copyPictures(const PictureStore &target, Backup *done) const;
-    Answer<Merge> mergeFrom(const Database &source, const PictureStore &sourcePictures,
-        const std::function<bool(int done, int all)> &goesOn);
-
-    std::unique_ptr<Database> mDatabase;
-    std::shared_ptr<StoreLock> mLock;
-    std::shared_ptr<void> mUse;
-    PictureStore mPictures;
-    QString mFolder;
-    QThread *mThread = nullptr;
-    mutable int mCalls = 0; ///< under way
+    std::shared_ptr<OpenStore> mOpen; ///< null when it is not open
 };
 
 } // namespace Records

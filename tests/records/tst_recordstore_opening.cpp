@@ -124,11 +124,9 @@ private:
 };
 
 using Harm = std::function<void(const QString &folder)>;
-using Call = std::function<Fault(RecordStore &store, const QString &folder)>;
 } // namespace
 
 Q_DECLARE_METATYPE(Harm)
-Q_DECLARE_METATYPE(Call)
 Q_DECLARE_METATYPE(Records::Opened)
 
 class TestRecordStoreOpening : public QObject
@@ -422,56 +420,6 @@ private Q_SLOTS:
         QVERIFY(Face::of(QStringLiteral("clean")).addTo(store).ok());
         QVERIFY(store.verify().value.allWell());
         QCOMPARE(countFiles(mFolder + QStringLiteral("/pictures")), 4);
-    }
-
-    void whoIsAskedWhetherToGoOnCanWriteNothing_data()
-    {
-        QTest::addColumn<Call>("call");
-        const auto row = [](const char *name, const Call &call) { QTest::newRow(name) << call; };
-        row("job", [](RecordStore &store, const QString &) { return store.addJob(panel()).problem.fault; });
-        row("inspection", [](RecordStore &store, const QString &) { return badFace().addTo(store).problem.fault; });
-        row("decision",
-            [](RecordStore &store, const QString &) { return store.setDecision(1, Decision::Accepted, {}).fault; });
-        row("sweep", [](RecordStore &store, const QString &) { return store.sweep().problem.fault; });
-        row("merge", [](RecordStore &store, const QString &folder) { return store.merge(folder).problem.fault; });
-        row("open", [](RecordStore &store, const QString &folder) { return store.open(folder).problem.fault; });
-    }
-    void whoIsAskedWhetherToGoOnCanWriteNothing()
-    {
-        QFETCH(const Call, call);
-        const QString folder = mDir->filePath(QStringLiteral("here"));
-        RecordStore store;
-        RecordStore second; // of the same thread
-        QCOMPARE(store.open(folder).how, Opened::Begun);
-        QCOMPARE(second.open(folder).how, Opened::Usable);
-        QVector<Fault> faults;
-
-        const Answer<Merge> merged = store.merge(mFolder, [&](int, int) {
-            faults << call(store, folder);
-            if (second.canWrite())
-                faults << call(second, folder);
-            return true;
-        });
-
-        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
-        QVERIFY(!faults.isEmpty());
-        QCOMPARE(faults, QVector<Fault>(faults.size(), Fault::Busy));
-        QCOMPARE(store.count().value, 1);
-        QVERIFY(badFace().addTo(store).ok());
-        QVERIFY(store.verify().value.allWell());
-    }
-
-    void aStoreIsNotClosedUnderItsOwnWork()
-    {
-        RecordStore store;
-        QCOMPARE(store.open(mDir->filePath(QStringLiteral("here"))).how, Opened::Begun);
-        const Answer<Merge> merged = store.merge(mFolder, [&store](int, int) {
-            store.close();
-            return store.count().ok(); // reading is allowed
-        });
-        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
-        QCOMPARE(store.count().value, 1);
-        QVERIFY(store.canWrite());
     }
 
     void aFolderOfPicturesIsMadeNowhereElse()
