@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/Choice_p.h"
+#include "Records/DefectShape_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/RowChecks_p.h"
 
-#include <QDataStream>
-
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <zlib.h>
 
 namespace Records::InspectionRows {
 
@@ -15,13 +13,6 @@ using namespace FiberInspection;
 using Reason = Inspection::Reason;
 
 namespace {
-constexpr auto streamVersion = QDataStream::Qt_5_15;
-constexpr int compression = 1; // outlines are mostly zeroes between small numbers; more takes time and gains little
-constexpr int pointSize = 2 * sizeof(double); // bytes
-constexpr int shapeHead = 3 * sizeof(double) + 2 * sizeof(quint32); // bytes of the circle and two numbers of points
-constexpr qint64 maxShapeSize = shapeHead + qint64(RecordStore::maxOutlinePoints) * pointSize; // bytes, unpacked
-
-constexpr double mostRadius = std::numeric_limits<float>::max(); // pixels
 constexpr float mostScale = 1e12F; // beyond, no picture can be scaled
 
 constexpr char insertInspection[] =
@@ -127,74 +118,11 @@ double scaleOf(const Origin &origin, Reason reason)
     return isKept ? static_cast<double>(origin.scale) : 0;
 }
 
-QByteArray packed(const StoredDefect &defect)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(streamVersion);
-    stream << defect.enclosingCircle.center << static_cast<double>(defect.enclosingCircle.radius)
-           << defect.boundingRectPoints << defect.pixels;
-    return qCompress(bytes, compression);
-}
-
-bool isSomewhere(const QPointF &point)
-{
-    return qIsFinite(point.x()) && qIsFinite(point.y());
-}
-
-/// Believes no length that the bytes cannot hold.
-bool readPoints(QDataStream &stream, QVector<QPointF> *points)
-{
-    quint32 count = 0;
-    stream >> count;
-    if (stream.status() != QDataStream::Ok || count > stream.device()->bytesAvailable() / pointSize)
-        return false;
-    points->resize(static_cast<int>(count));
-    for (QPointF &point : *points)
-        stream >> point;
-    return stream.status() == QDataStream::Ok && std::all_of(points->cbegin(), points->cend(), isSomewhere);
-}
-
-/// What qCompress() has packed. qUncompress() would make room for more than the packed bytes say, again and again.
-QByteArray unpacked(const QByteArray &packed)
-{
-    QDataStream head(packed);
-    quint32 size = 0;
-    head >> size;
-    if (head.status() != QDataStream::Ok || size > maxShapeSize)
-        return {};
-    QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
-    uLongf length = size;
-    const uLong all = static_cast<uLong>(packed.size()) - sizeof size;
-    uLong used = all;
-    const int result = uncompress2(reinterpret_cast<Bytef *>(bytes.data()), &length,
-        reinterpret_cast<const Bytef *>(packed.constData()) + sizeof size, &used);
-    return result == Z_OK && length == size && used == all ? bytes : QByteArray();
-}
-
-bool unpack(const QByteArray &shape, StoredDefect *defect)
-{
-    const QByteArray bytes = unpacked(shape);
-    QDataStream stream(bytes);
-    stream.setVersion(streamVersion);
-    double radius = 0;
-    stream >> defect->enclosingCircle.center >> radius;
-    if (!isSomewhere(defect->enclosingCircle.center) || !(std::abs(radius) <= mostRadius))
-        return false;
-    defect->enclosingCircle.radius = static_cast<float>(radius);
-    return readPoints(stream, &defect->boundingRectPoints) && readPoints(stream, &defect->pixels) && stream.atEnd();
-}
-
-int pointsOf(const StoredDefect &defect)
-{
-    return defect.boundingRectPoints.size() + defect.pixels.size();
-}
-
 Problem checkSize(const QVector<StoredDefect> &defects)
 {
     qint64 points = 0;
     for (const StoredDefect &defect : defects)
-        points += pointsOf(defect);
+        points += defect.boundingRectPoints.size() + defect.pixels.size();
     if (defects.size() <= RecordStore::maxDefects && points <= RecordStore::maxOutlinePoints)
         return {};
     return {Fault::Invalid,
@@ -259,7 +187,8 @@ Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defec
     for (int i = 0; i < defects.size(); ++i) {
         const GradedDefect &graded = defects[i].graded;
         if (!query.run({id, i, static_cast<int>(graded.zone), static_cast<int>(graded.kind), graded.sizeMicrons,
-                graded.centerMicrons.x(), graded.centerMicrons.y(), graded.causesFailure, packed(defects[i])}))
+                graded.centerMicrons.x(), graded.centerMicrons.y(), graded.causesFailure,
+                DefectShape::packed(defects[i])}))
             break;
     }
     return query.problem();
@@ -363,7 +292,7 @@ Problem readDefects(const Database &database, StoredInspection *stored)
 {
     Query row(database, defectsOf);
     row.run({stored->id, RecordStore::maxDefects + 1});
-    ShapeBudget budget;
+    DefectShape::Budget budget;
     while (row.next()) {
         if (stored->defects.size() >= RecordStore::maxDefects)
             return damaged(stored->id, QStringLiteral("there are too many defects"));
@@ -371,29 +300,11 @@ Problem readDefects(const Database &database, StoredInspection *stored)
         defect.graded = {static_cast<Zone::Id>(row.number(0)), static_cast<Defect::Type>(row.number(1)), row.real(2),
             {row.real(3), row.real(4)}, row.number(5) != 0};
         const QByteArray shape = row.bytes(6);
-        if (!budget.covers(shape) || !unpack(shape, &defect))
+        if (!budget.covers(shape) || !DefectShape::unpack(shape, &defect))
             return damaged(stored->id, QStringLiteral("the shape of a defect is damaged"));
         stored->defects.append(defect);
     }
     return row.problem();
-}
-
-/// What may be searched for, in the words of the index: each the beginning of a word, all of them wanted.
-QString searchFor(const QString &text)
-{
-    QStringList wanted;
-    const QStringList typed = text.split(QChar::Space, Qt::SkipEmptyParts);
-    for (const QString &word : typed) {
-        const QVector<uint> characters = word.toUcs4();
-        const bool isWord =
-            std::any_of(characters.cbegin(), characters.cend(), [](uint c) { return QChar::isLetterOrNumber(c); });
-        if (!isWord || wanted.size() >= Filter::maxWords)
-            continue; // the index holds no signs
-        QString quoted = word;
-        quoted.remove(QChar::Null).replace(QLatin1Char('"'), QStringLiteral("\"\""));
-        wanted << QStringLiteral("\"%1\"*").arg(quoted);
-    }
-    return wanted.join(QLatin1Char(' '));
 }
 
 /// A whole index refuses nothing: what it refuses is not the fault of the record.
@@ -407,57 +318,6 @@ Problem indexChosen(Database &database, const char *choice, Id id)
     return {Fault::Damaged, query.problem().text};
 }
 
-/// The rows that a filter lets through, as the end of a statement.
-struct Choice
-{
-    QString source; ///< from where the ids come
-    QString id; ///< the column that tells the order
-    QStringList conditions;
-    QVariantList values;
-
-    explicit Choice(const Filter &filter);
-
-    void add(const char *condition, const QVariant &value)
-    {
-        conditions << QString::fromLatin1(condition);
-        values << value;
-    }
-
-    QString text() const
-    {
-        const QString where =
-            conditions.isEmpty() ? QString() : QStringLiteral(" WHERE ") + conditions.join(QStringLiteral(" AND "));
-        return QStringLiteral(" FROM ") + source + where;
-    }
-};
-
-Choice::Choice(const Filter &filter)
-    : source(QStringLiteral("inspection"))
-    , id(QStringLiteral("inspection.id"))
-{
-    const QString search = searchFor(filter.text.simplified());
-    if (!search.isEmpty()) {
-        source = QStringLiteral("search CROSS JOIN inspection ON inspection.id = search.rowid"); // in that order
-        id = QStringLiteral("search.rowid");
-        add("search MATCH ?", search);
-    } else if (!filter.text.trimmed().isEmpty()) {
-        conditions << QStringLiteral("0"); // signs alone are in no word
-    }
-    if (filter.job)
-        add("inspection.point IN (SELECT point.id FROM point WHERE point.job = ?)", *filter.job);
-    if (filter.point)
-        add("inspection.point = ?", *filter.point);
-    if (filter.verdict)
-        add("inspection.verdict = ?", static_cast<int>(*filter.verdict));
-    if (filter.standard)
-        add("inspection.standard = ?", static_cast<int>(*filter.standard));
-    if (!filter.picture.isEmpty())
-        add("inspection.picture = ?", QByteArray::fromHex(filter.picture));
-    if (filter.from.isValid())
-        add("inspection.made >= ?", toValue(filter.from));
-    if (filter.until.isValid())
-        add("inspection.made <= ?", toValue(filter.until));
-}
 } // namespace
 
 Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspection, const Pictures &pictures)
@@ -545,21 +405,6 @@ Problem indexJob(Database &database, Id job)
     return indexChosen(database, "WHERE point.job = ?", job);
 }
 
-bool ShapeBudget::covers(const QByteArray &shape)
-{
-    QDataStream head(shape); // the size of what was packed stands before it
-    quint32 size = 0;
-    head >> size;
-    mLeft -= qMax<qint64>(0, qint64(size) - shapeHead);
-    return head.status() == QDataStream::Ok && mLeft >= 0;
-}
-
-bool isShape(const QByteArray &bytes)
-{
-    StoredDefect defect;
-    return unpack(bytes, &defect);
-}
-
 Answer<QVector<Named>> allPictures(const Database &database)
 {
     Query query(database, "SELECT id, picture, annotated FROM inspection ORDER BY id");
@@ -568,6 +413,20 @@ Answer<QVector<Named>> allPictures(const Database &database)
     while (query.next())
         all.append(Named{query.longNumber(0), {query.bytes(1).toHex(), query.bytes(2).toHex()}});
     return {all, query.problem()};
+}
+
+Answer<QSet<QByteArray>> pictureNames(const Database &database)
+{
+    const Answer<QVector<Named>> all = allPictures(database);
+    QSet<QByteArray> names;
+    names.reserve(2 * all.value.size());
+    for (const Named &named : all.value) {
+        for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+            if (!hash.isEmpty())
+                names.insert(hash);
+        }
+    }
+    return {names, all.problem};
 }
 
 Answer<bool> isNamed(const Database &database, const QByteArray &hash)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/DefectShape_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/MergeRows_p.h"
 
@@ -272,13 +273,13 @@ Problem Copy::add(const Query &row)
 /// All have shapes that can be read back, or the inspection could not be shown here.
 Problem Copy::defects(Id from, Id to)
 {
-    InspectionRows::ShapeBudget budget;
+    DefectShape::Budget budget;
     int count = 0;
     bool isStopped = false;
     const Problem problem = mDefects.run(from, to, [&](const Query &row) {
         isStopped = !goesOnBehind(++count);
         const QByteArray shape = row.bytes(0);
-        return !isStopped && budget.covers(shape) && InspectionRows::isShape(shape);
+        return !isStopped && budget.covers(shape) && DefectShape::isShape(shape);
     });
     return isStopped ? stopped() : problem;
 }

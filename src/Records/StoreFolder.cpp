@@ -70,6 +70,11 @@ StoreFolder::StoreFolder(const QString &path)
 {
 }
 
+Problem StoreFolder::checkName(const QString &path)
+{
+    return path.isEmpty() ? Problem{Fault::Invalid, QStringLiteral("A store needs a folder")} : Problem();
+}
+
 void StoreFolder::make() const
 {
     QStringList missing;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Records/Answer.h"
+
 #include <QString>
 
 #include <sys/types.h>
@@ -29,6 +31,9 @@ class StoreFolder
 {
 public:
     explicit StoreFolder(const QString &path);
+
+    /// Invalid for no name, which would mean the root of all folders.
+    static Problem checkName(const QString &path);
 
     /// Absolute: the program may go to another folder, and SQLite takes what begins with "file:" for an address.
     const QString &path() const { return mPath; }
