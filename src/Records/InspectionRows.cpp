@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/Choice_p.h"
 #include "Records/DefectShape_p.h"
+#include "Records/InspectionColumns_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/RowChecks_p.h"
 
@@ -11,16 +12,11 @@ namespace Records::InspectionRows {
 
 using namespace FiberInspection;
 using Reason = Inspection::Reason;
+using Column = InspectionColumns::Index;
 
 namespace {
 constexpr float mostScale = 1e12F; // beyond, no picture can be scaled
 
-constexpr char insertInspection[] =
-    "INSERT INTO inspection (identity, point, made, standard, verdict, reason, detail, decision, note, scope, "
-    "fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
-    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, "
-    "gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated) "
-    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char insertZone[] =
     "INSERT INTO zone (inspection, zone, inner_diameter, outer_diameter, violations) VALUES (?, ?, ?, ?, ?)";
 constexpr char insertRule[] =
@@ -34,15 +30,8 @@ constexpr char words[] =
     "SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note "
     "FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
-constexpr char summaryColumns[] =
-    "inspection.id, inspection.point, point.name, point.side, job.id, job.name, inspection.made, "
-    "inspection.standard, inspection.verdict, inspection.reason, inspection.detail, inspection.decision, "
-    "inspection.note";
-constexpr int summaryCount = 13;
-constexpr char otherColumns[] =
-    "inspection.identity, scope, fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
-    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, gray_cladding, "
-    "gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated";
+constexpr char ofPointAndJob[] = "point.name, point.side, job.id, job.name";
+enum ColumnBehind : int { PointName = InspectionColumns::count, PointSide, JobId, JobName };
 constexpr char withPointAndJob[] =
     "LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
@@ -93,13 +82,6 @@ Reason reasonOf(const QString &name)
     return found == std::end(reasonNames) ? Reason::AnalysisBroken : found->reason;
 }
 
-Verdict verdictOf(const Inspection &inspection)
-{
-    if (!inspection.hasVerdict())
-        return Verdict::None;
-    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
-}
-
 // A number that is missing is stored as nothing, not as 0.
 QVariant orNothing(bool isThere, qint64 number)
 {
@@ -138,19 +120,41 @@ QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const 
 {
     const Circle &cladding = inspection.claddingCircle();
     const QRect &crop = inspection.crop();
-    const GrayLevels &gray = inspection.grayLevels();
-    const DefectCounts &counts = inspection.counts();
-    return {QUuid::createUuid().toRfc4122(), orNothing(origin.point != noId, origin.point), toValue(origin.made),
-        static_cast<int>(inspection.standardId()), static_cast<int>(verdictOf(inspection)), nameOf(inspection.reason()),
-        toValue(inspection.detail().left(RecordStore::maxTextLength)), static_cast<int>(Decision::Undecided),
-        toValue(QString()), toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
-        scaleOf(origin, inspection.reason()), origin.maxImagePixels,
-        orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0))),
-        origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double), toValue(origin.software),
-        static_cast<double>(inspection.micronsPerPixel()), cladding.center.x(), cladding.center.y(),
-        static_cast<double>(cladding.radius), crop.x(), crop.y(), crop.width(), crop.height(), gray.cladding,
-        gray.aroundCore, gray.aroundCladding, counts.contours, counts.raw, counts.merged, hashValue(pictures.source),
-        hashValue(pictures.annotated)};
+    QVector<QVariant> values(InspectionColumns::count);
+    values[Column::Identity] = QUuid::createUuid().toRfc4122();
+    values[Column::Point] = orNothing(origin.point != noId, origin.point);
+    values[Column::Made] = toValue(origin.made);
+    values[Column::Standard] = static_cast<int>(inspection.standardId());
+    values[Column::Verdict] = static_cast<int>(verdictOf(inspection));
+    values[Column::Reason] = nameOf(inspection.reason());
+    values[Column::Detail] = toValue(inspection.detail().left(RecordStore::maxTextLength));
+    values[Column::Decision] = static_cast<int>(Decision::Undecided);
+    values[Column::Note] = toValue(QString());
+    values[Column::Scope] = toValue(origin.device.name);
+    values[Column::FovWidth] = origin.device.fov.width();
+    values[Column::FovHeight] = origin.device.fov.height();
+    values[Column::Scale] = scaleOf(origin, inspection.reason());
+    values[Column::MaxPixels] = origin.maxImagePixels;
+    values[Column::Seed] = orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0)));
+    values[Column::Focus] = origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double);
+    values[Column::Software] = toValue(origin.software);
+    values[Column::MicronsPerPixel] = static_cast<double>(inspection.micronsPerPixel());
+    values[Column::CladdingX] = cladding.center.x();
+    values[Column::CladdingY] = cladding.center.y();
+    values[Column::CladdingRadius] = static_cast<double>(cladding.radius);
+    values[Column::CropX] = crop.x();
+    values[Column::CropY] = crop.y();
+    values[Column::CropWidth] = crop.width();
+    values[Column::CropHeight] = crop.height();
+    values[Column::GrayCladding] = inspection.grayLevels().cladding;
+    values[Column::GrayAroundCore] = inspection.grayLevels().aroundCore;
+    values[Column::GrayAroundCladding] = inspection.grayLevels().aroundCladding;
+    values[Column::Contours] = inspection.counts().contours;
+    values[Column::RawDefects] = inspection.counts().raw;
+    values[Column::MergedDefects] = inspection.counts().merged;
+    values[Column::Picture] = hashValue(pictures.source);
+    values[Column::Annotated] = hashValue(pictures.annotated);
+    return values.mid(Column::Id + 1).toList();
 }
 
 Problem addZone(Database &database, Id id, const StoredZone &zone)
@@ -196,63 +200,55 @@ Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defec
 
 void readSummary(const Query &row, InspectionSummary *summary)
 {
-    summary->id = row.longNumber(0);
-    summary->point = row.longNumber(1);
-    summary->pointName = row.text(2);
-    summary->side = static_cast<Side>(row.number(3));
-    summary->job = row.longNumber(4);
-    summary->jobName = row.text(5);
-    summary->made = row.time(6);
-    summary->standard = static_cast<Standard::Id>(row.number(7));
-    summary->verdict = static_cast<Verdict>(row.number(8));
-    summary->reason = reasonOf(row.text(9));
-    summary->detail = row.text(10);
-    summary->decision = static_cast<Decision>(row.number(11));
-    summary->note = row.text(12);
+    summary->id = row.longNumber(Column::Id);
+    summary->point = row.longNumber(Column::Point);
+    summary->pointName = row.text(PointName);
+    summary->side = static_cast<Side>(row.number(PointSide));
+    summary->job = row.longNumber(JobId);
+    summary->jobName = row.text(JobName);
+    summary->made = row.time(Column::Made);
+    summary->standard = static_cast<Standard::Id>(row.number(Column::Standard));
+    summary->verdict = static_cast<Verdict>(row.number(Column::Verdict));
+    summary->reason = reasonOf(row.text(Column::Reason));
+    summary->detail = row.text(Column::Detail);
+    summary->decision = static_cast<Decision>(row.number(Column::Decision));
+    summary->note = row.text(Column::Note);
+}
+
+void readOrigin(const Query &row, Origin *origin)
+{
+    origin->point = row.longNumber(Column::Point);
+    origin->made = row.time(Column::Made);
+    origin->device.name = row.text(Column::Scope);
+    origin->device.fov = {row.number(Column::FovWidth), row.number(Column::FovHeight)};
+    origin->scale = row.single(Column::Scale);
+    origin->maxImagePixels = row.longNumber(Column::MaxPixels);
+    if (!row.isNull(Column::Seed))
+        origin->seed = static_cast<quint64>(row.longNumber(Column::Seed));
+    if (!row.isNull(Column::Focus))
+        origin->focusValue = row.real(Column::Focus);
+    origin->software = row.text(Column::Software);
 }
 
 StoredInspection readInspection(const Query &row)
 {
     StoredInspection stored;
     readSummary(row, &stored);
-    int column = summaryCount;
-    const auto number = [&] { return row.number(column++); };
-    const auto real = [&] { return row.real(column++); };
-    const auto single = [&] { return row.single(column++); };
-
-    Origin &origin = stored.origin;
-    origin.point = stored.point;
-    origin.made = stored.made;
-    stored.identity = QUuid::fromRfc4122(row.bytes(column++));
-    origin.device.name = row.text(column++);
-    origin.device.fov.setWidth(number());
-    origin.device.fov.setHeight(number());
-    origin.scale = single();
-    origin.maxImagePixels = row.longNumber(column++);
-    if (!row.isNull(column))
-        origin.seed = static_cast<quint64>(row.longNumber(column));
-    ++column;
-    if (!row.isNull(column))
-        origin.focusValue = row.real(column);
-    ++column;
-    origin.software = row.text(column++);
-
-    stored.micronsPerPixel = single();
-    stored.claddingCircle.center.setX(real());
-    stored.claddingCircle.center.setY(real());
-    stored.claddingCircle.radius = single();
-    stored.crop.moveLeft(number());
-    stored.crop.moveTop(number());
-    stored.crop.setWidth(number());
-    stored.crop.setHeight(number());
-    stored.grayLevels.cladding = number();
-    stored.grayLevels.aroundCore = number();
-    stored.grayLevels.aroundCladding = number();
-    stored.counts.contours = number();
-    stored.counts.raw = number();
-    stored.counts.merged = number();
-    stored.picture = row.bytes(column++).toHex();
-    stored.annotatedPicture = row.bytes(column++).toHex();
+    readOrigin(row, &stored.origin);
+    stored.identity = QUuid::fromRfc4122(row.bytes(Column::Identity));
+    stored.micronsPerPixel = row.single(Column::MicronsPerPixel);
+    stored.claddingCircle.center = {row.real(Column::CladdingX), row.real(Column::CladdingY)};
+    stored.claddingCircle.radius = row.single(Column::CladdingRadius);
+    stored.crop = {row.number(Column::CropX), row.number(Column::CropY), row.number(Column::CropWidth),
+        row.number(Column::CropHeight)};
+    stored.grayLevels.cladding = row.number(Column::GrayCladding);
+    stored.grayLevels.aroundCore = row.number(Column::GrayAroundCore);
+    stored.grayLevels.aroundCladding = row.number(Column::GrayAroundCladding);
+    stored.counts.contours = row.number(Column::Contours);
+    stored.counts.raw = row.number(Column::RawDefects);
+    stored.counts.merged = row.number(Column::MergedDefects);
+    stored.picture = row.bytes(Column::Picture).toHex();
+    stored.annotatedPicture = row.bytes(Column::Annotated).toHex();
     return stored;
 }
 
@@ -326,7 +322,7 @@ Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspe
     const Problem tooMuch = checkSize(defects);
     if (!tooMuch.ok())
         return {noId, tooMuch};
-    Query query(database, insertInspection);
+    Query query(database, InspectionColumns::insertion());
     if (!query.run(valuesOf(origin, inspection, pictures)))
         return {noId, query.problem()};
     const Id id = query.lastId();
@@ -355,7 +351,7 @@ Answer<StoredInspection> one(const Database &database, Id id)
 {
     Query query(database,
         QStringLiteral("SELECT %1, %2 FROM inspection %3 WHERE inspection.id = ?")
-            .arg(QLatin1String(summaryColumns), QLatin1String(otherColumns), QLatin1String(withPointAndJob)));
+            .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), QLatin1String(withPointAndJob)));
     query.run({id});
     if (!query.problem().ok() || !query.next())
         return {{},
@@ -373,9 +369,10 @@ Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &
     const Choice choice(filter);
     // The ids first, from what is narrow; then the rows of these alone.
     const QString statement =
-        QStringLiteral("SELECT %1 FROM (SELECT inspection.id AS id %2 ORDER BY %3 DESC LIMIT ? OFFSET ?) AS page "
-                       "CROSS JOIN inspection ON inspection.id = page.id %4 ORDER BY page.id DESC")
-            .arg(QLatin1String(summaryColumns), choice.text(), choice.id, QLatin1String(withPointAndJob));
+        QStringLiteral("SELECT %1, %2 FROM (SELECT inspection.id AS id %3 ORDER BY %4 DESC LIMIT ? OFFSET ?) AS page "
+                       "CROSS JOIN inspection ON inspection.id = page.id %5 ORDER BY page.id DESC")
+            .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), choice.text(), choice.id,
+                QLatin1String(withPointAndJob));
     Query query(database, statement);
     query.run(choice.values + QVariantList{page.rows, page.offset});
     QVector<InspectionSummary> rows;

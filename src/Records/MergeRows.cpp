@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/DefectShape_p.h"
+#include "Records/InspectionColumns_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/MergeRows_p.h"
 
 #include <QHash>
 
 namespace Records::MergeRows {
+
+using Column = InspectionColumns::Index;
 
 namespace {
 constexpr int rowsBetweenQuestions = 1000; // whether to go on
@@ -20,14 +23,6 @@ constexpr char knownPoint[] = "SELECT id FROM point WHERE job = ? AND name = ? A
 constexpr char insertPoint[] = "INSERT INTO point (job, name, side, fibre, position) "
                                "SELECT ?, ?, ?, ?, ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
 
-/// Of a row that stands for itself. Decision and note come first, since they may be changed later.
-constexpr char inspectionColumns[] =
-    "decision, note, identity, made, standard, verdict, reason, detail, scope, fov_width, fov_height, scale, "
-    "max_pixels, seed, focus, software, microns_per_pixel, cladding_x, cladding_y, cladding_radius, crop_x, crop_y, "
-    "crop_width, crop_height, gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, "
-    "merged_defects, picture, annotated";
-enum InspectionColumn : int { IdColumn = 0, PointColumn = 1, DecisionColumn = 2, NoteColumn = 3, IdentityColumn = 4 };
-
 constexpr char zoneColumns[] = "zone, inner_diameter, outer_diameter, violations";
 constexpr char ruleColumns[] = "zone, position, kind, operator, min_size, max_size, allowed, found, violated";
 constexpr char defectColumns[] = "shape, position, zone, kind, size, x, y, fails";
@@ -37,13 +32,13 @@ int countOf(const char *columns)
     return QByteArray(columns).count(',') + 1;
 }
 
-QString insertion(const char *table, const char *owner, const char *columns)
+QString insertion(const char *table, const char *columns)
 {
     QString places;
     for (int i = 0; i < countOf(columns); ++i)
         places += QStringLiteral(", ?");
-    return QStringLiteral("INSERT INTO %1 (%2, %3) VALUES (?%4)")
-        .arg(QLatin1String(table), QLatin1String(owner), QLatin1String(columns), places);
+    return QStringLiteral("INSERT INTO %1 (inspection, %2) VALUES (?%3)")
+        .arg(QLatin1String(table), QLatin1String(columns), places);
 }
 
 QString selection(const char *table, const char *columns)
@@ -82,7 +77,7 @@ public:
     PartCopy(Database &target, const Database &source, const char *table, const char *columns)
         : mCount(countOf(columns))
         , mRead(source, selection(table, columns))
-        , mWrite(target, insertion(table, "inspection", columns))
+        , mWrite(target, insertion(table, columns))
     {
     }
 
@@ -113,7 +108,7 @@ public:
         , mSource(source)
         , mGoesOn(std::move(goesOn))
         , mDone(*done)
-        , mInsert(target, insertion("inspection", "point", inspectionColumns))
+        , mInsert(target, InspectionColumns::insertion())
         , mKnown(target, "SELECT id, decision, note FROM inspection WHERE identity = ?")
         , mZones(target, source, "zone", zoneColumns)
         , mRules(target, source, "rule", ruleColumns)
@@ -224,8 +219,7 @@ Problem Copy::points()
 
 Problem Copy::inspections()
 {
-    Query row(mSource,
-        QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
+    Query row(mSource, QStringLiteral("SELECT %1 FROM inspection ORDER BY id").arg(InspectionColumns::selection()));
     row.run({});
     for (int i = 0; row.next(); ++i) {
         if (!mGoesOn(i, mAll))
@@ -239,7 +233,7 @@ Problem Copy::inspections()
 
 Problem Copy::inspection(const Query &row)
 {
-    if (!mKnown.run({row.value(IdentityColumn)}))
+    if (!mKnown.run({row.value(Column::Identity)}))
         return mKnown.problem();
     const bool isKnown = mKnown.next();
     if (!mKnown.problem().ok())
@@ -247,17 +241,19 @@ Problem Copy::inspection(const Query &row)
     if (!isKnown)
         return add(row);
     ++mDone.known;
-    return take(
-        mKnown.longNumber(0), {mKnown.number(1), mKnown.text(2)}, {row.number(DecisionColumn), row.text(NoteColumn)});
+    return take(mKnown.longNumber(0), {mKnown.number(1), mKnown.text(2)},
+        {row.number(Column::Decision), row.text(Column::Note)});
 }
 
 Problem Copy::add(const Query &row)
 {
-    const QVariant point =
-        row.isNull(PointColumn) ? QVariant(QVariant::LongLong) : QVariant(mPoints.value(row.longNumber(PointColumn)));
-    if (!mInsert.run(QVariantList{point} + valuesOf(row, DecisionColumn, countOf(inspectionColumns))))
+    constexpr int first = Column::Id + 1;
+    QVariantList values = valuesOf(row, first, InspectionColumns::count - first);
+    if (!row.isNull(Column::Point))
+        values[Column::Point - first] = mPoints.value(row.longNumber(Column::Point));
+    if (!mInsert.run(values))
         return mInsert.problem();
-    const Id from = row.longNumber(IdColumn);
+    const Id from = row.longNumber(Column::Id);
     const Id to = mInsert.lastId();
     Problem problem = mZones.run(from, to);
     if (problem.ok())

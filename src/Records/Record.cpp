@@ -24,6 +24,13 @@ StoredZone storedZone(Zone::Id id, const ZoneResult &result)
 }
 } // namespace
 
+Verdict verdictOf(const Inspection &inspection)
+{
+    if (!inspection.hasVerdict())
+        return Verdict::None;
+    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
+}
+
 Origin Origin::of(Id point, const Device &device, const InspectionOptions &options)
 {
     Origin origin;

@@ -20,6 +20,8 @@ constexpr Id noId = 0;
 
 enum class Verdict : int { None = 0, Passed = 1, Failed = 2 };
 
+VANTORBASERECORDS_EXPORT Verdict verdictOf(const FiberInspection::Inspection &inspection);
+
 /// What the operator made of a verdict.
 enum class Decision : int {
     Undecided = 0,

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Helpers/FileAccess_p.h"
 #include "Helpers/WholeFile_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/StoreBackup_p.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -38,17 +38,6 @@ private:
     const bool mIsOthers;
 };
 
-/// Whether a folder is the other one or lies below it; neither need be there yet.
-bool isWithin(const QString &folder, const QString &other)
-{
-    const QFileInfo outer(other);
-    QFileInfo info(QFileInfo(folder).absoluteFilePath());
-    while (!info.exists() && !info.isRoot())
-        info.setFile(info.path());
-    const QString inner = info.canonicalFilePath() + QLatin1Char('/');
-    return outer.exists() && inner.startsWith(outer.canonicalFilePath() + QLatin1Char('/'));
-}
-
 bool putOnDisk(const QString &path)
 {
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
@@ -71,7 +60,7 @@ Problem checkTarget(const OpenStore &store, const QString &folder)
     const StoreFolder target(folder);
     if (QFile::exists(target.database()) || target.hasJournal()) // which would become part of the copy
         return {Fault::Invalid, QStringLiteral("There is a store in %1 already").arg(folder)};
-    if (isWithin(folder, store.folder.pictures())) // a sweep would take its pictures for unwanted ones
+    if (FileAccess::isWithin(folder, store.folder.pictures())) // a sweep would take its pictures for unwanted ones
         return {Fault::Invalid, QStringLiteral("%1 lies among the pictures of the store").arg(folder)};
     return {};
 }

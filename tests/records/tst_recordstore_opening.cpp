@@ -21,12 +21,6 @@
 using namespace Records;
 
 namespace {
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool canLimitMemory = false;
-#else
-constexpr bool canLimitMemory = true;
-#endif
-
 constexpr int patience = 60'000; // milliseconds until a wait is given up
 
 const Face &badFace()
@@ -375,7 +369,7 @@ private Q_SLOTS:
 
     void wantOfMemoryIsTold()
     {
-        if (!canLimitMemory)
+        if (!Faults::canLimitMemory)
             QSKIP("the sanitizers need memory without bounds");
         constexpr int length = 16 * 1024 * 1024;
         constexpr quint64 more = length / 4; // bytes: for no second one of the name

@@ -91,13 +91,6 @@ struct Comparison
     QString text; ///< a line for each that comes out otherwise
 };
 
-Verdict verdictOf(const Inspection &inspection)
-{
-    if (!inspection.hasVerdict())
-        return Verdict::None;
-    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
-}
-
 bool isOfThisVersion(const QString &software)
 {
     return software.endsWith(QStringLiteral(" " VANTORBASE_VERSION));
