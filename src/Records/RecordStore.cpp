@@ -153,6 +153,11 @@ RecordStore::~RecordStore()
         mOpen->isAbandoned = true; // what its calls still need goes with the outermost of them
 }
 
+bool RecordStore::isThere(const QString &folder)
+{
+    return StoreFolder::checkName(folder).ok() && StoreFolder(folder).hasDatabase();
+}
+
 Opening RecordStore::open(const QString &folder, Mode mode)
 {
     if (mOpen && mOpen->calls > 0)
@@ -297,6 +302,11 @@ Answer<StoredInspection> RecordStore::inspection(Id id) const
 Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
 {
     return guarded(mOpen, [&hash](const OpenStore &store) { return store.pictures.read(hash); });
+}
+
+Answer<QString> RecordStore::picturePath(const QByteArray &hash) const
+{
+    return guarded(mOpen, [&hash](const OpenStore &store) { return findPicture(store, hash); });
 }
 
 Answer<Inspection> RecordStore::inspectAgain(Id id) const

@@ -125,6 +125,9 @@ public:
     RecordStore(const RecordStore &) = delete;
     RecordStore &operator=(const RecordStore &) = delete;
 
+    /// Whether there is a store in the folder, of whatever state. It is not opened, and nothing is changed.
+    static bool isThere(const QString &folder);
+
     /// What was open before is closed. A store that cannot be written to is opened for reading. Of threads that open it
     /// at once, the first one is told what was begun, kept aside or swept; the others wait for it. A folder without a
     /// name is Fault::Invalid, here as in backup() and merge(); a relative one stays what it is at this moment.
@@ -159,6 +162,10 @@ public:
     Answer<int> count(const Filter &filter = {}) const;
     Answer<StoredInspection> inspection(Id id) const;
     Answer<QByteArray> picture(const QByteArray &hash) const; ///< the bytes that were stored
+
+    /// The absolute path of a stored picture, to show it without a copy. The file is there, but its sum is not looked
+    /// at. It must only be read: all inspections of the same picture have this one file.
+    Answer<QString> picturePath(const QByteArray &hash) const;
 
     /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same. A picture of
     /// more pixels than InspectionOptions::defaultMaxImagePixels is Fault::TooLarge, whatever the record allowed.

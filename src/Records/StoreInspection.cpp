@@ -100,6 +100,13 @@ Answer<StoredInspection> readInspection(const OpenStore &store, Id id)
     return stored;
 }
 
+Answer<QString> findPicture(const OpenStore &store, const QByteArray &hash)
+{
+    if (store.pictures.contains(hash))
+        return {store.pictures.path(hash), {}};
+    return {{}, {Fault::PictureMissing, QStringLiteral("There is no picture %1").arg(QString::fromLatin1(hash))}};
+}
+
 Answer<Inspection> inspectPictureOf(const OpenStore &store, Id id)
 {
     const Answer<StoredInspection> stored = readInspection(store, id);

@@ -12,6 +12,7 @@ Answer<Id> storeInspection(const OpenStore &store, const Origin &told, const Fib
     const QByteArray &picture);
 
 Answer<StoredInspection> readInspection(const OpenStore &store, Id id);
+Answer<QString> findPicture(const OpenStore &store, const QByteArray &hash); ///< the path of its file
 
 /// Inspects its picture in the way that it was inspected.
 Answer<FiberInspection::Inspection> inspectPictureOf(const OpenStore &store, Id id);

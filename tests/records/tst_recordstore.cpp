@@ -603,6 +603,40 @@ private Q_SLOTS:
         QVERIFY2(mStore->list(odd).ok(), qPrintable(mStore->list(odd).problem.text));
     }
 
+    void aPictureCanBeShownFromItsFile()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        const StoredInspection stored = mStore->inspection(face.addTo(*mStore).value).value;
+
+        for (const QByteArray &hash : {stored.picture, stored.annotatedPicture}) {
+            const Answer<QString> path = mStore->picturePath(hash);
+            QVERIFY2(path.ok(), qPrintable(path.problem.text));
+            QVERIFY(QDir::isAbsolutePath(path.value));
+            QFile file(path.value);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(PictureStore::hashOf(file.readAll()), hash);
+        }
+    }
+
+    void aPictureWithoutAFileHasNoPath()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        const StoredInspection stored = mStore->inspection(face.addTo(*mStore).value).value;
+        const QString path = mStore->picturePath(stored.picture).value;
+        QVERIFY(QFile::remove(path));
+
+        const QByteArray other = PictureStore::hashOf("of no picture");
+        for (const QByteArray &hash : {stored.picture, other, QByteArray(), QByteArray("../records.sqlite")}) {
+            const Answer<QString> answer = mStore->picturePath(hash);
+            QCOMPARE(answer.problem.fault, Fault::PictureMissing);
+            QCOMPARE(answer.value, QString());
+        }
+        QVERIFY(QDir().mkdir(path));
+        QCOMPARE(mStore->picturePath(stored.picture).problem.fault, Fault::PictureMissing);
+        mStore->close();
+        QCOMPARE(mStore->picturePath(stored.annotatedPicture).problem.fault, Fault::NotOpen);
+    }
+
     void aPictureThatIsGoneIsToldAndItsRowStays()
     {
         const Id id = Face::of(QStringLiteral("clean")).addTo(*mStore).value;

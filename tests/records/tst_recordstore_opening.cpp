@@ -69,6 +69,18 @@ int countFiles(const QString &folder)
     return count;
 }
 
+/// When they were changed, by path.
+QMap<QString, QDateTime> filesIn(const QString &folder)
+{
+    QMap<QString, QDateTime> files;
+    QDirIterator walk(folder, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString path = walk.next();
+        files.insert(path, QFileInfo(path).lastModified());
+    }
+    return files;
+}
+
 /// What came of it where many threads open a store at the same moment; they close it when all have.
 std::vector<Opening> openAtOnce(const QString &folder, int threads)
 {
@@ -354,8 +366,26 @@ private Q_SLOTS:
         QCOMPARE(store.open(mFolder).how, Opened::Begun); // in the place of the former one
     }
 
+    void whetherThereIsAStoreIsKnownWithoutOpeningIt()
+    {
+        const QMap<QString, QDateTime> before = filesIn(mFolder);
+
+        QVERIFY(RecordStore::isThere(mFolder));
+        QVERIFY(!RecordStore::isThere(mDir->path()));
+        QVERIFY(!RecordStore::isThere(mDir->filePath(QStringLiteral("nowhere"))));
+        QCOMPARE(filesIn(mFolder), before);
+
+        overwrite(mFolder + QStringLiteral("/records.sqlite"), QByteArray(100'000, 'x'));
+        QVERIFY(RecordStore::isThere(mFolder)); // to be kept aside
+        overwrite(mFolder + QStringLiteral("/records.sqlite"), {});
+        QVERIFY(!RecordStore::isThere(mFolder));
+    }
+
     void noNameIsNoFolder()
     {
+        const WorkingFolder here(mFolder);
+        QVERIFY(RecordStore::isThere(QStringLiteral(".")));
+        QVERIFY(!RecordStore::isThere(QLatin1String("")));
         RecordStore store;
         for (const auto mode : {RecordStore::Mode::ReadWrite, RecordStore::Mode::ReadOnly}) {
             const Opening opening = store.open(QString(), mode);
