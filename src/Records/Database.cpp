@@ -264,6 +264,18 @@ Problem Transaction::commit()
     return problem;
 }
 
+Snapshot::Snapshot(Database &database)
+    : mDatabase(database)
+    , mProblem(database.run("SAVEPOINT snapshot"))
+{
+}
+
+Snapshot::~Snapshot()
+{
+    if (mProblem.ok())
+        mDatabase.run("RELEASE snapshot");
+}
+
 QVariant toValue(const QDateTime &time)
 {
     return time.isValid() ? QVariant(time.toMSecsSinceEpoch()) : QVariant(QVariant::LongLong);

@@ -112,6 +112,22 @@ private:
     bool mIsOpen;
 };
 
+/// All that is read meanwhile is of one moment, whoever writes. May lie within a transaction.
+class Snapshot
+{
+public:
+    explicit Snapshot(Database &database);
+    ~Snapshot();
+    Snapshot(const Snapshot &) = delete;
+    Snapshot &operator=(const Snapshot &) = delete;
+
+    const Problem &problem() const { return mProblem; } ///< of its beginning
+
+private:
+    Database &mDatabase;
+    const Problem mProblem;
+};
+
 /// As the database keeps them.
 QVariant toValue(const QDateTime &time);
 QVariant toValue(const QString &text); ///< no text is an empty one

@@ -51,6 +51,12 @@ InspectionOptions Origin::options() const
     return options;
 }
 
+std::optional<double> JobStatistics::passRate() const
+{
+    const int all = passed + failed;
+    return all > 0 ? std::optional<double>(static_cast<double>(passed) / all) : std::nullopt;
+}
+
 bool StoredRule::operator==(const StoredRule &other) const
 {
     return areEqual(rule, other.rule) && found == other.found && violated == other.violated;

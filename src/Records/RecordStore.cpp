@@ -5,6 +5,7 @@
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
 #include "Records/OpenStore_p.h"
+#include "Records/StatisticsRows_p.h"
 #include "Records/StoreBackup_p.h"
 #include "Records/StoreInspection_p.h"
 #include "Records/StoreMerge_p.h"
@@ -15,7 +16,9 @@
 #include <QMetaEnum>
 #include <QThread>
 
+#include <algorithm>
 #include <exception>
+#include <functional>
 #include <type_traits>
 
 namespace Records {
@@ -65,6 +68,15 @@ Problem checkJob(const Job &job)
     if (job.name.trimmed().isEmpty())
         return invalid(QStringLiteral("A job needs a name"));
     return checkTexts({job.name, job.customer, job.site, job.operatorName});
+}
+
+Problem checkEdges(const QVector<double> &edges)
+{
+    const bool areFinite = std::all_of(edges.cbegin(), edges.cend(), [](double edge) { return qIsFinite(edge); });
+    const auto first = std::adjacent_find(edges.cbegin(), edges.cend(), std::greater_equal<>());
+    if (areFinite && first == edges.cend() && edges.size() <= JobStatistics::maxEdges)
+        return {};
+    return invalid(QStringLiteral("The sizes between which defects are counted do not grow, or are too many"));
 }
 
 Page usable(const Page &page)
@@ -155,7 +167,11 @@ RecordStore::~RecordStore()
 
 bool RecordStore::isThere(const QString &folder)
 {
-    return StoreFolder::checkName(folder).ok() && StoreFolder(folder).hasDatabase();
+    try {
+        return StoreFolder::checkName(folder).ok() && StoreFolder(folder).hasDatabase();
+    } catch (const std::exception &) {
+        return false; // nor is there memory to open it
+    }
 }
 
 Opening RecordStore::open(const QString &folder, Mode mode)
@@ -232,6 +248,15 @@ Answer<JobProgress> RecordStore::progress(Id job) const
 {
     const Answer<QVector<Point>> all = points(job);
     return {JobRows::progressOf(all.value), all.problem};
+}
+
+Answer<JobStatistics> RecordStore::statistics(Id job, const QVector<double> &sizeEdges) const
+{
+    const Problem problem = checkEdges(sizeEdges);
+    if (!problem.ok())
+        return {{}, problem};
+    return guarded(
+        mOpen, [&](const OpenStore &store) { return StatisticsRows::ofJob(*store.database, job, sizeEdges); });
 }
 
 Answer<QVector<Point>> RecordStore::addPoints(Id job, const PointRun &run)

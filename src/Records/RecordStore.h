@@ -146,6 +146,9 @@ public:
     Answer<QVector<Job>> jobs(const Page &page = {}) const; ///< the latest first
     Answer<JobProgress> progress(Id job) const;
 
+    /// @param sizeEdges micrometres, each larger than the one before; at most JobStatistics::maxEdges
+    Answer<JobStatistics> statistics(Id job, const QVector<double> &sizeEdges = {}) const;
+
     /// Adds the points behind those that the job has: all of the run, or none.
     Answer<QVector<Point>> addPoints(Id job, const PointRun &run);
     Answer<QVector<Point>> points(Id job) const; ///< in their order
