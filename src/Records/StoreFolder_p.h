@@ -41,13 +41,12 @@ public:
     /// Where it is not there yet. What goes wrong with it shows with the first file.
     void make() const;
     QString database() const;
-    QString journal() const; ///< of the database: what has not found its way into it yet
     QString pictures() const;
     QString lock() const;
     QString suspicion() const; ///< a file that is there since the database was seen to be damaged
 
     bool hasDatabase() const; ///< one that is not empty
-    bool hasJournal() const;
+    bool hasJournal() const; ///< of the database: what has not found its way into it yet, or must go out of it again
 
     /// What lies where the database opens files, and is none: it would wait for a pipe. Empty when all is well.
     QString obstacle() const;
