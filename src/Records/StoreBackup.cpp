@@ -94,7 +94,7 @@ Answer<Backup> backUpStore(const OpenStore &store, const QString &folder)
         return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
     const QString copy = target.database() + QStringLiteral(".unfinished");
     QFile::remove(copy);
-    Problem problem = store.database->run("VACUUM INTO ?", {copy});
+    Problem problem = store.database->run("VACUUM INTO ?", {Database::nameOf(copy)});
     Backup done;
     if (problem.ok())
         problem = copyPictures(store, PictureStore(target.pictures()), &done);
