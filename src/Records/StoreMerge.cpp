@@ -12,9 +12,9 @@ namespace Records {
 
 namespace {
 /// Whether all of a database of another unit may be taken over.
-Problem checkForeign(const Database &database, const Database &ours, const StoreFolder &place)
+Problem checkForeign(const Database &database, const StoreFolder &place)
 {
-    Problem problem = Schema::checkSame(database, ours);
+    Problem problem = Schema::checkSame(database);
     if (problem.ok())
         problem = MergeRows::checkSize(database);
     QStringList faults;
@@ -115,7 +115,7 @@ Answer<Merge> mergeStore(const OpenStore &store, const QString &folder, const Go
     if (problem.ok())
         problem = source->run("BEGIN"); // what its owner stores meanwhile is left for the next time
     if (problem.ok())
-        problem = checkForeign(*source, *store.database, place);
+        problem = checkForeign(*source, place);
     if (!problem.ok())
         return {{}, problem};
     Answer<Merge> merged = mergeFrom(store, *source, PictureStore(place.pictures()), store.asking(goesOn));
