@@ -52,14 +52,25 @@ const Table &points()
     return table;
 }
 
-/// Its verdicts are by that.
-constexpr char hasStandardOfItsJob[] =
+/// Its verdicts are by that, and say what its rules say: nobody passes without any.
+constexpr char isVerdictOfItsRules[] =
     "(point IS NULL OR standard = (SELECT job.standard FROM point JOIN job ON job.id = point.job "
-    "WHERE point.id = inspection.point))";
+    "WHERE point.id = inspection.point)) AND (verdict = 0 "
+    "OR verdict = 2 AND EXISTS (SELECT 1 FROM zone WHERE inspection = inspection.id AND violations > 0) "
+    "OR verdict = 1 AND NOT EXISTS (SELECT 1 FROM zone WHERE inspection = inspection.id AND violations > 0) "
+    "AND EXISTS (SELECT 1 FROM rule WHERE inspection = inspection.id AND zone = 0) "
+    "AND EXISTS (SELECT 1 FROM rule WHERE inspection = inspection.id AND zone = 1))";
+
+constexpr char isSumOfItsRules[] =
+    "violations = (SELECT ifnull(sum(found), 0) FROM rule "
+    "WHERE rule.inspection = zone.inspection AND rule.zone = zone.zone AND violated = 1)";
+constexpr char isViolatedAsFound[] = "violated = (allowed <> -1 AND found > allowed)";
+constexpr char failsInAFailedZone[] = "EXISTS (SELECT 1 FROM zone WHERE zone.inspection = defect.inspection "
+                                      "AND zone.zone = defect.zone AND (fails = 0 OR violations > 0))";
 
 Table inspectionTable()
 {
-    Table table{"inspection", "Inspection", "id", "id", {}, {}, hasStandardOfItsJob, 1};
+    Table table{"inspection", "Inspection", "id", "id", {}, {}, isVerdictOfItsRules, 1};
     for (const InspectionColumns::Column &column : InspectionColumns::all) {
         if (column.holds == InspectionColumns::Holds::Number)
             table.ranges.append({column.name, column.least, column.most});
@@ -80,7 +91,7 @@ const Table &zones()
     static const Table table{"zone", "Inspection", "inspection", "inspection",
         {{"zone", 0, Zone::Contact}, {"inner_diameter", 0, mostInt}, {"outer_diameter", 0, mostInt},
             {"violations", 0, mostInt}},
-        {}, "1", RecordStore::maxZones};
+        {}, isSumOfItsRules, RecordStore::maxZones};
     return table;
 }
 
@@ -90,7 +101,7 @@ const Table &rules()
         {{"position", 0, mostInt}, {"kind", 0, 1}, {"operator", 0, Rule::ClosedRange}, {"min_size", leastInt, mostInt},
             {"max_size", leastInt, mostInt}, {"allowed", Rule::unlimited, mostInt}, {"found", 0, mostInt},
             {"violated", 0, 1}},
-        {}, "1", RecordStore::maxRules};
+        {}, isViolatedAsFound, RecordStore::maxRules};
     return table;
 }
 
@@ -99,8 +110,7 @@ const Table &defects()
     static const Table table{"defect", "Inspection", "inspection", "inspection",
         {{"position", 0, mostInt}, {"kind", 0, 1}, {"size", 0, mostMeasure}, {"x", -mostMeasure, mostMeasure},
             {"y", -mostMeasure, mostMeasure}, {"fails", 0, 1}},
-        {}, "EXISTS (SELECT 1 FROM zone WHERE zone.inspection = defect.inspection AND zone.zone = defect.zone)",
-        RecordStore::maxDefects};
+        {}, failsInAFailedZone, RecordStore::maxDefects};
     return table;
 }
 
