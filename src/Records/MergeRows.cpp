@@ -2,9 +2,13 @@
 #include "Records/DefectShape_p.h"
 #include "Records/InspectionColumns_p.h"
 #include "Records/InspectionRows_p.h"
+#include "Records/JobRows_p.h"
 #include "Records/MergeRows_p.h"
 
 #include <QHash>
+#include <QMap>
+
+#include <optional>
 
 namespace Records::MergeRows {
 
@@ -22,6 +26,8 @@ constexpr char sourcePoints[] = "SELECT id, job, name, side, fibre FROM point OR
 constexpr char knownPoint[] = "SELECT id FROM point WHERE job = ? AND name = ? AND side = ?";
 constexpr char insertPoint[] = "INSERT INTO point (job, name, side, fibre, position) "
                                "SELECT ?, ?, ?, ?, ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
+
+constexpr char lastOfPoint[] = "SELECT verdict, decision FROM inspection WHERE point = ? ORDER BY id DESC LIMIT 1";
 
 constexpr char zoneColumns[] = "zone, inner_diameter, outer_diameter, violations";
 constexpr char ruleColumns[] = "zone, position, kind, operator, min_size, max_size, allowed, found, violated";
@@ -70,6 +76,18 @@ struct Said
     bool operator==(const Said &other) const { return decision == other.decision && note == other.note; }
 };
 
+/// Whether two records of one inspection differ in what is never changed.
+bool saysOtherwise(const Query &here, const Query &there)
+{
+    for (const auto &column : InspectionColumns::all) {
+        const int i = column.index;
+        const bool mayDiffer = i == Column::Id || i == Column::Point || i == Column::Decision || i == Column::Note;
+        if (!mayDiffer && here.value(i) != there.value(i))
+            return true;
+    }
+    return false;
+}
+
 /// One table of what belongs to an inspection.
 class PartCopy
 {
@@ -109,7 +127,9 @@ public:
         , mGoesOn(std::move(goesOn))
         , mDone(*done)
         , mInsert(target, InspectionColumns::insertion())
-        , mKnown(target, "SELECT id, decision, note FROM inspection WHERE identity = ?")
+        , mKnown(target,
+              QStringLiteral("SELECT %1 FROM inspection WHERE identity = ?").arg(InspectionColumns::selection()))
+        , mLast(target, lastOfPoint)
         , mZones(target, source, "zone", zoneColumns)
         , mRules(target, source, "rule", ruleColumns)
         , mDefects(target, source, "defect", defectColumns)
@@ -120,8 +140,10 @@ public:
     Problem jobs();
     Problem points();
     Problem inspections();
+    Problem compareStates(); ///< comes last
 
 private:
+    Answer<std::optional<PointState>> stateOf(Id point);
     bool goesOnBehind(int rows) const;
     Problem checkStandard(const Query &job, Id known) const;
     Problem inspection(const Query &row);
@@ -136,11 +158,13 @@ private:
     int mAll = 0; ///< inspections of the other store
     Query mInsert;
     Query mKnown;
+    Query mLast;
     PartCopy mZones;
     PartCopy mRules;
     PartCopy mDefects;
     QHash<Id, Id> mJobs; ///< there and here
     QHash<Id, Id> mPoints;
+    QMap<Id, std::optional<PointState>> mFormerStates; ///< of points that got inspections; none: they had none
 };
 
 /// Asks behind some of the rows only: they are many, and each is quickly done.
@@ -241,16 +265,51 @@ Problem Copy::inspection(const Query &row)
     if (!isKnown)
         return add(row);
     ++mDone.known;
-    return take(mKnown.longNumber(0), {mKnown.number(1), mKnown.text(2)},
+    const Id known = mKnown.longNumber(Column::Id);
+    if (saysOtherwise(mKnown, row)) {
+        mDone.contradictions.append(known);
+        return {};
+    }
+    return take(known, {mKnown.number(Column::Decision), mKnown.text(Column::Note)},
         {row.number(Column::Decision), row.text(Column::Note)});
+}
+
+/// Of a point of here; none before its first inspection.
+Answer<std::optional<PointState>> Copy::stateOf(Id point)
+{
+    std::optional<PointState> state;
+    mLast.run({point});
+    if (mLast.next())
+        state = JobRows::stateOf(static_cast<Verdict>(mLast.number(0)), static_cast<Decision>(mLast.number(1)));
+    return {state, mLast.problem()};
+}
+
+Problem Copy::compareStates()
+{
+    for (auto former = mFormerStates.cbegin(); former != mFormerStates.cend(); ++former) {
+        const Answer<std::optional<PointState>> now = stateOf(former.key());
+        if (!now.ok())
+            return now.problem;
+        if (former.value() && now.value != former.value())
+            mDone.judgedAnew.append(former.key());
+    }
+    return {};
 }
 
 Problem Copy::add(const Query &row)
 {
     constexpr int first = Column::Id + 1;
     QVariantList values = valuesOf(row, first, InspectionColumns::count - first);
-    if (!row.isNull(Column::Point))
-        values[Column::Point - first] = mPoints.value(row.longNumber(Column::Point));
+    if (!row.isNull(Column::Point)) {
+        const Id here = mPoints.value(row.longNumber(Column::Point));
+        if (!mFormerStates.contains(here)) {
+            const Answer<std::optional<PointState>> former = stateOf(here);
+            if (!former.ok())
+                return former.problem;
+            mFormerStates.insert(here, former.value);
+        }
+        values[Column::Point - first] = here;
+    }
     if (!mInsert.run(values))
         return mInsert.problem();
     const Id from = row.longNumber(Column::Id);
@@ -319,7 +378,9 @@ Problem copy(
         problem = copy.jobs();
     if (problem.ok())
         problem = copy.points();
-    return problem.ok() ? copy.inspections() : problem;
+    if (problem.ok())
+        problem = copy.inspections();
+    return problem.ok() ? copy.compareStates() : problem;
 }
 
 } // namespace Records::MergeRows

@@ -44,6 +44,7 @@ public:
         Problem problem = database();
         if (problem.ok())
             problem = inspections();
+        mFound.isComplete = problem.ok();
         return {mFound, problem};
     }
 
