@@ -239,10 +239,12 @@ private Q_SLOTS:
 
         const std::vector<Opening> openings = openAtOnce(mFolder, threads);
 
-        int swept = 0;
-        for (const Opening &opening : openings)
-            swept += opening.swept;
-        QCOMPARE(swept, orphans);
+        QVector<int> swept;
+        for (const Opening &opening : openings) {
+            if (opening.swept > 0)
+                swept << opening.swept;
+        }
+        QCOMPARE(swept, QVector<int>({orphans})); // by one of them
     }
 
     void whatWasLeftIsSweptWhenTheStoreCanBeOpenedAgain_data()
@@ -286,6 +288,7 @@ private Q_SLOTS:
         waitpid(child, nullptr, 0);
 
         const int left = countFiles(pictures) - 2; // of the inspection
+        QVERIFY(left > 0);
         QCOMPARE(RecordStore().open(mFolder).swept, left);
         QCOMPARE(countFiles(pictures), 2);
     }

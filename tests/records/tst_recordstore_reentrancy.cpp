@@ -188,7 +188,7 @@ private:
         QCOMPARE(opening.swept, 0);
         QCOMPARE(store.count().value, 2);
         QVERIFY(store.verify().value.allWell());
-        QCOMPARE(store.sweep().value, 0);
+        QCOMPARE(sweptBy(&store), 0);
     }
 
     std::unique_ptr<QTemporaryDir> mDir;

@@ -146,7 +146,7 @@ private Q_SLOTS:
         {
             OwnConnection own(mDir->path());
             own.run(QStringLiteral("DROP TABLE search"));
-            own.run(QStringLiteral("CREATE TABLE search (in_the_way INTEGER)"));
+            own.run(QStringLiteral("CREATE INDEX search ON job (id)"));
             own.run(QStringLiteral("PRAGMA user_version = 1"));
         }
 
