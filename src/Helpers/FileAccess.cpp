@@ -58,6 +58,11 @@ bool handOver(int descriptor, QFile *file, QIODevice::OpenMode mode)
     return false;
 }
 
+QString withSlash(const QString &path)
+{
+    return path.endsWith(QLatin1Char('/')) ? path : path + QLatin1Char('/');
+}
+
 int regularOrClosed(int descriptor)
 {
     if (descriptor < 0 || S_ISREG(statusOf(descriptor).st_mode))
@@ -214,6 +219,15 @@ bool isOwnFile(const QString &path)
 {
     struct stat status = {};
     return lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode) && isOwn(status);
+}
+
+bool isWithin(const QString &path, const QString &folder)
+{
+    const QFileInfo outer(folder);
+    QFileInfo info(QFileInfo(path).absoluteFilePath());
+    while (!info.exists() && !info.isRoot())
+        info.setFile(info.path());
+    return outer.exists() && withSlash(info.canonicalFilePath()).startsWith(withSlash(outer.canonicalFilePath()));
 }
 
 bool openForWriting(const QString &path, Existing existing, QFile *file)

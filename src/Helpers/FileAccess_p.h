@@ -44,6 +44,9 @@ Found openOurs(const QString &path, QFile *file);
 bool isNothing(const QString &path); ///< not even a link that leads nowhere
 bool isOwnFile(const QString &path); ///< regular, and of root or us; no link to one
 
+/// Whether a path leads to the folder or below it, behind all links. It need not be there yet; the folder has to be.
+bool isWithin(const QString &path, const QString &folder);
+
 /// For writing text, as QFile does it. A pipe that nobody reads is not opened.
 bool openForWriting(const QString &path, Existing existing, QFile *file);
 

@@ -4,11 +4,11 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSqlError>
-#include <QUrl>
 
 #include <algorithm>
 #include <atomic>
 #include <fcntl.h>
+#include <limits>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
@@ -81,21 +81,15 @@ void makeEmptyFile(const QString &path)
 
 QString optionsFor(Database::Access access)
 {
-    const QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(patience);
-    if (access == Database::Access::ReadWrite)
-        return options;
-    return options + QStringLiteral(";QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI");
-}
-
-/// A path may hold characters that mean something in a URI.
-QString nameFor(const QString &path, Database::Access access)
-{
-    if (access == Database::Access::ReadWrite)
-        return path;
-    const QString uri = QStringLiteral("file:") + QString::fromLatin1(QUrl::toPercentEncoding(path, "/"));
-    return access == Database::Access::Immutable ? uri + QStringLiteral("?immutable=1") : uri;
+    const QString options = QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1;QSQLITE_OPEN_URI").arg(patience);
+    return access == Database::Access::ReadWrite ? options : options + QStringLiteral(";QSQLITE_OPEN_READONLY");
 }
 } // namespace
+
+QString Database::nameOf(const QString &path)
+{
+    return QStringLiteral("file:") + QString::fromLatin1(QFile::encodeName(path).toPercentEncoding("/"));
+}
 
 Database::Database(const QString &path, const QString &suspicion)
     : mPath(path)
@@ -117,14 +111,17 @@ Problem Database::open(Access access)
     mAccess = access;
     mDatabase = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), mConnection);
     mDatabase.setConnectOptions(optionsFor(access));
-    mDatabase.setDatabaseName(nameFor(mPath, access));
+    const QString immutable = access == Access::Immutable ? QStringLiteral("?immutable=1") : QString();
+    mDatabase.setDatabaseName(nameOf(mPath) + immutable);
     if (!mDatabase.open())
         return problemOf(mDatabase.lastError());
-    bindTo(mPath, FileIdentity::of(mPath));
+    if (mPath != QLatin1String(inMemory))
+        bindTo(mPath, FileIdentity::of(mPath));
     for (const char *const setting : {
              "PRAGMA trusted_schema = OFF", // a file from elsewhere runs no code of its own
              "PRAGMA cell_size_check = ON", // damage is told, not followed
              "PRAGMA foreign_keys = ON",
+             "PRAGMA hard_heap_limit = 268435456", // bytes; the largest record takes a quarter of it
              "PRAGMA synchronous = FULL", // what was told to be stored outlives a power failure
          }) {
         const Problem problem = run(setting);
@@ -138,7 +135,7 @@ Problem Database::open(Access access)
 Problem Database::checkPlace() const
 {
     const bool isInPlace = std::all_of(mBound.cbegin(), mBound.cend(),
-        [](const auto &bound) { return FileIdentity::of(bound.first) == bound.second; });
+        [](const auto &bound) { return bound.second.isSomething() && FileIdentity::of(bound.first) == bound.second; });
     return isInPlace
         ? Problem()
         : Problem{Fault::Gone,
@@ -236,6 +233,13 @@ bool Query::next()
     return isThere;
 }
 
+/// A number beyond those that we write stays beyond them.
+int Query::number(int column) const
+{
+    using Limits = std::numeric_limits<int>;
+    return static_cast<int>(qBound<qint64>(Limits::min(), longNumber(column), Limits::max()));
+}
+
 QDateTime Query::time(int column) const
 {
     return isNull(column) ? QDateTime() : QDateTime::fromMSecsSinceEpoch(longNumber(column), Qt::UTC);
@@ -262,6 +266,18 @@ Problem Transaction::commit()
     const Problem problem = mDatabase.run("COMMIT");
     mIsOpen = !problem.ok();
     return problem;
+}
+
+Snapshot::Snapshot(Database &database)
+    : mDatabase(database)
+    , mProblem(database.run("SAVEPOINT snapshot"))
+{
+}
+
+Snapshot::~Snapshot()
+{
+    if (mProblem.ok())
+        mDatabase.run("RELEASE snapshot");
 }
 
 QVariant toValue(const QDateTime &time)

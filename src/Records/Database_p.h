@@ -24,6 +24,11 @@ public:
         Immutable, ///< nobody writes, and nothing can be written beside it
     };
 
+    static constexpr char inMemory[] = ":memory:"; ///< path of one that is gone with its connection
+
+    /// What SQLite calls a file, whatever bytes its path has.
+    static QString nameOf(const QString &path);
+
     /// @param suspicion path of the file that is made when the database is seen to be damaged; none when it is empty
     explicit Database(const QString &path, const QString &suspicion);
     ~Database();
@@ -79,7 +84,7 @@ public:
 
     // Of the row at hand.
     bool isNull(int column) const { return mQuery.isNull(column); }
-    int number(int column) const { return mQuery.value(column).toInt(); }
+    int number(int column) const;
     qint64 longNumber(int column) const { return mQuery.value(column).toLongLong(); }
     double real(int column) const { return mQuery.value(column).toDouble(); }
     float single(int column) const { return static_cast<float>(real(column)); }
@@ -110,6 +115,22 @@ private:
     Database &mDatabase;
     Problem mProblem;
     bool mIsOpen;
+};
+
+/// All that is read meanwhile is of one moment, whoever writes. May lie within a transaction.
+class Snapshot
+{
+public:
+    explicit Snapshot(Database &database);
+    ~Snapshot();
+    Snapshot(const Snapshot &) = delete;
+    Snapshot &operator=(const Snapshot &) = delete;
+
+    const Problem &problem() const { return mProblem; } ///< of its beginning
+
+private:
+    Database &mDatabase;
+    const Problem mProblem;
 };
 
 /// As the database keeps them.

@@ -1,35 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/Choice_p.h"
+#include "Records/DefectShape_p.h"
+#include "Records/InspectionColumns_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/RowChecks_p.h"
 
-#include <QDataStream>
-
 #include <algorithm>
 #include <cmath>
-#include <limits>
-#include <zlib.h>
 
 namespace Records::InspectionRows {
 
 using namespace FiberInspection;
 using Reason = Inspection::Reason;
+using Column = InspectionColumns::Index;
 
 namespace {
-constexpr auto streamVersion = QDataStream::Qt_5_15;
-constexpr int compression = 1; // outlines are mostly zeroes between small numbers; more takes time and gains little
-constexpr int pointSize = 2 * sizeof(double); // bytes
-constexpr int shapeHead = 3 * sizeof(double) + 2 * sizeof(quint32); // bytes of the circle and two numbers of points
-constexpr qint64 maxShapeSize = shapeHead + qint64(RecordStore::maxOutlinePoints) * pointSize; // bytes, unpacked
-
-constexpr double mostRadius = std::numeric_limits<float>::max(); // pixels
 constexpr float mostScale = 1e12F; // beyond, no picture can be scaled
 
-constexpr char insertInspection[] =
-    "INSERT INTO inspection (identity, point, made, standard, verdict, reason, detail, decision, note, scope, "
-    "fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
-    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, "
-    "gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated) "
-    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char insertZone[] =
     "INSERT INTO zone (inspection, zone, inner_diameter, outer_diameter, violations) VALUES (?, ?, ?, ?, ?)";
 constexpr char insertRule[] =
@@ -43,15 +30,8 @@ constexpr char words[] =
     "SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note "
     "FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
-constexpr char summaryColumns[] =
-    "inspection.id, inspection.point, point.name, point.side, job.id, job.name, inspection.made, "
-    "inspection.standard, inspection.verdict, inspection.reason, inspection.detail, inspection.decision, "
-    "inspection.note";
-constexpr int summaryCount = 13;
-constexpr char otherColumns[] =
-    "inspection.identity, scope, fov_width, fov_height, scale, max_pixels, seed, focus, software, microns_per_pixel, "
-    "cladding_x, cladding_y, cladding_radius, crop_x, crop_y, crop_width, crop_height, gray_cladding, "
-    "gray_around_core, gray_around_cladding, contours, raw_defects, merged_defects, picture, annotated";
+constexpr char ofPointAndJob[] = "point.name, point.side, job.id, job.name";
+enum ColumnBehind : int { PointName = InspectionColumns::count, PointSide, JobId, JobName };
 constexpr char withPointAndJob[] =
     "LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
@@ -102,13 +82,6 @@ Reason reasonOf(const QString &name)
     return found == std::end(reasonNames) ? Reason::AnalysisBroken : found->reason;
 }
 
-Verdict verdictOf(const Inspection &inspection)
-{
-    if (!inspection.hasVerdict())
-        return Verdict::None;
-    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
-}
-
 // A number that is missing is stored as nothing, not as 0.
 QVariant orNothing(bool isThere, qint64 number)
 {
@@ -127,74 +100,11 @@ double scaleOf(const Origin &origin, Reason reason)
     return isKept ? static_cast<double>(origin.scale) : 0;
 }
 
-QByteArray packed(const StoredDefect &defect)
-{
-    QByteArray bytes;
-    QDataStream stream(&bytes, QIODevice::WriteOnly);
-    stream.setVersion(streamVersion);
-    stream << defect.enclosingCircle.center << static_cast<double>(defect.enclosingCircle.radius)
-           << defect.boundingRectPoints << defect.pixels;
-    return qCompress(bytes, compression);
-}
-
-bool isSomewhere(const QPointF &point)
-{
-    return qIsFinite(point.x()) && qIsFinite(point.y());
-}
-
-/// Believes no length that the bytes cannot hold.
-bool readPoints(QDataStream &stream, QVector<QPointF> *points)
-{
-    quint32 count = 0;
-    stream >> count;
-    if (stream.status() != QDataStream::Ok || count > stream.device()->bytesAvailable() / pointSize)
-        return false;
-    points->resize(static_cast<int>(count));
-    for (QPointF &point : *points)
-        stream >> point;
-    return stream.status() == QDataStream::Ok && std::all_of(points->cbegin(), points->cend(), isSomewhere);
-}
-
-/// What qCompress() has packed. qUncompress() would make room for more than the packed bytes say, again and again.
-QByteArray unpacked(const QByteArray &packed)
-{
-    QDataStream head(packed);
-    quint32 size = 0;
-    head >> size;
-    if (head.status() != QDataStream::Ok || size > maxShapeSize)
-        return {};
-    QByteArray bytes(static_cast<int>(size), Qt::Uninitialized);
-    uLongf length = size;
-    const uLong all = static_cast<uLong>(packed.size()) - sizeof size;
-    uLong used = all;
-    const int result = uncompress2(reinterpret_cast<Bytef *>(bytes.data()), &length,
-        reinterpret_cast<const Bytef *>(packed.constData()) + sizeof size, &used);
-    return result == Z_OK && length == size && used == all ? bytes : QByteArray();
-}
-
-bool unpack(const QByteArray &shape, StoredDefect *defect)
-{
-    const QByteArray bytes = unpacked(shape);
-    QDataStream stream(bytes);
-    stream.setVersion(streamVersion);
-    double radius = 0;
-    stream >> defect->enclosingCircle.center >> radius;
-    if (!isSomewhere(defect->enclosingCircle.center) || !(std::abs(radius) <= mostRadius))
-        return false;
-    defect->enclosingCircle.radius = static_cast<float>(radius);
-    return readPoints(stream, &defect->boundingRectPoints) && readPoints(stream, &defect->pixels) && stream.atEnd();
-}
-
-int pointsOf(const StoredDefect &defect)
-{
-    return defect.boundingRectPoints.size() + defect.pixels.size();
-}
-
 Problem checkSize(const QVector<StoredDefect> &defects)
 {
     qint64 points = 0;
     for (const StoredDefect &defect : defects)
-        points += pointsOf(defect);
+        points += defect.boundingRectPoints.size() + defect.pixels.size();
     if (defects.size() <= RecordStore::maxDefects && points <= RecordStore::maxOutlinePoints)
         return {};
     return {Fault::Invalid,
@@ -210,19 +120,41 @@ QVariantList valuesOf(const Origin &origin, const Inspection &inspection, const 
 {
     const Circle &cladding = inspection.claddingCircle();
     const QRect &crop = inspection.crop();
-    const GrayLevels &gray = inspection.grayLevels();
-    const DefectCounts &counts = inspection.counts();
-    return {QUuid::createUuid().toRfc4122(), orNothing(origin.point != noId, origin.point), toValue(origin.made),
-        static_cast<int>(inspection.standardId()), static_cast<int>(verdictOf(inspection)), nameOf(inspection.reason()),
-        toValue(inspection.detail().left(RecordStore::maxTextLength)), static_cast<int>(Decision::Undecided),
-        toValue(QString()), toValue(origin.device.name), origin.device.fov.width(), origin.device.fov.height(),
-        scaleOf(origin, inspection.reason()), origin.maxImagePixels,
-        orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0))),
-        origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double), toValue(origin.software),
-        static_cast<double>(inspection.micronsPerPixel()), cladding.center.x(), cladding.center.y(),
-        static_cast<double>(cladding.radius), crop.x(), crop.y(), crop.width(), crop.height(), gray.cladding,
-        gray.aroundCore, gray.aroundCladding, counts.contours, counts.raw, counts.merged, hashValue(pictures.source),
-        hashValue(pictures.annotated)};
+    QVector<QVariant> values(InspectionColumns::count);
+    values[Column::Identity] = QUuid::createUuid().toRfc4122();
+    values[Column::Point] = orNothing(origin.point != noId, origin.point);
+    values[Column::Made] = toValue(origin.made);
+    values[Column::Standard] = static_cast<int>(inspection.standardId());
+    values[Column::Verdict] = static_cast<int>(verdictOf(inspection));
+    values[Column::Reason] = nameOf(inspection.reason());
+    values[Column::Detail] = toValue(inspection.detail().left(RecordStore::maxTextLength));
+    values[Column::Decision] = static_cast<int>(Decision::Undecided);
+    values[Column::Note] = toValue(QString());
+    values[Column::Scope] = toValue(origin.device.name);
+    values[Column::FovWidth] = origin.device.fov.width();
+    values[Column::FovHeight] = origin.device.fov.height();
+    values[Column::Scale] = scaleOf(origin, inspection.reason());
+    values[Column::MaxPixels] = origin.maxImagePixels;
+    values[Column::Seed] = orNothing(origin.seed.has_value(), static_cast<qint64>(origin.seed.value_or(0)));
+    values[Column::Focus] = origin.focusValue ? QVariant(*origin.focusValue) : QVariant(QVariant::Double);
+    values[Column::Software] = toValue(origin.software);
+    values[Column::MicronsPerPixel] = static_cast<double>(inspection.micronsPerPixel());
+    values[Column::CladdingX] = cladding.center.x();
+    values[Column::CladdingY] = cladding.center.y();
+    values[Column::CladdingRadius] = static_cast<double>(cladding.radius);
+    values[Column::CropX] = crop.x();
+    values[Column::CropY] = crop.y();
+    values[Column::CropWidth] = crop.width();
+    values[Column::CropHeight] = crop.height();
+    values[Column::GrayCladding] = inspection.grayLevels().cladding;
+    values[Column::GrayAroundCore] = inspection.grayLevels().aroundCore;
+    values[Column::GrayAroundCladding] = inspection.grayLevels().aroundCladding;
+    values[Column::Contours] = inspection.counts().contours;
+    values[Column::RawDefects] = inspection.counts().raw;
+    values[Column::MergedDefects] = inspection.counts().merged;
+    values[Column::Picture] = hashValue(pictures.source);
+    values[Column::Annotated] = hashValue(pictures.annotated);
+    return values.mid(Column::Id + 1).toList();
 }
 
 Problem addZone(Database &database, Id id, const StoredZone &zone)
@@ -259,7 +191,8 @@ Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defec
     for (int i = 0; i < defects.size(); ++i) {
         const GradedDefect &graded = defects[i].graded;
         if (!query.run({id, i, static_cast<int>(graded.zone), static_cast<int>(graded.kind), graded.sizeMicrons,
-                graded.centerMicrons.x(), graded.centerMicrons.y(), graded.causesFailure, packed(defects[i])}))
+                graded.centerMicrons.x(), graded.centerMicrons.y(), graded.causesFailure,
+                DefectShape::packed(defects[i])}))
             break;
     }
     return query.problem();
@@ -267,63 +200,55 @@ Problem addDefects(Database &database, Id id, const QVector<StoredDefect> &defec
 
 void readSummary(const Query &row, InspectionSummary *summary)
 {
-    summary->id = row.longNumber(0);
-    summary->point = row.longNumber(1);
-    summary->pointName = row.text(2);
-    summary->side = static_cast<Side>(row.number(3));
-    summary->job = row.longNumber(4);
-    summary->jobName = row.text(5);
-    summary->made = row.time(6);
-    summary->standard = static_cast<Standard::Id>(row.number(7));
-    summary->verdict = static_cast<Verdict>(row.number(8));
-    summary->reason = reasonOf(row.text(9));
-    summary->detail = row.text(10);
-    summary->decision = static_cast<Decision>(row.number(11));
-    summary->note = row.text(12);
+    summary->id = row.longNumber(Column::Id);
+    summary->point = row.longNumber(Column::Point);
+    summary->pointName = row.text(PointName);
+    summary->side = static_cast<Side>(row.number(PointSide));
+    summary->job = row.longNumber(JobId);
+    summary->jobName = row.text(JobName);
+    summary->made = row.time(Column::Made);
+    summary->standard = static_cast<Standard::Id>(row.number(Column::Standard));
+    summary->verdict = static_cast<Verdict>(row.number(Column::Verdict));
+    summary->reason = reasonOf(row.text(Column::Reason));
+    summary->detail = row.text(Column::Detail);
+    summary->decision = static_cast<Decision>(row.number(Column::Decision));
+    summary->note = row.text(Column::Note);
+}
+
+void readOrigin(const Query &row, Origin *origin)
+{
+    origin->point = row.longNumber(Column::Point);
+    origin->made = row.time(Column::Made);
+    origin->device.name = row.text(Column::Scope);
+    origin->device.fov = {row.number(Column::FovWidth), row.number(Column::FovHeight)};
+    origin->scale = row.single(Column::Scale);
+    origin->maxImagePixels = row.longNumber(Column::MaxPixels);
+    if (!row.isNull(Column::Seed))
+        origin->seed = static_cast<quint64>(row.longNumber(Column::Seed));
+    if (!row.isNull(Column::Focus))
+        origin->focusValue = row.real(Column::Focus);
+    origin->software = row.text(Column::Software);
 }
 
 StoredInspection readInspection(const Query &row)
 {
     StoredInspection stored;
     readSummary(row, &stored);
-    int column = summaryCount;
-    const auto number = [&] { return row.number(column++); };
-    const auto real = [&] { return row.real(column++); };
-    const auto single = [&] { return row.single(column++); };
-
-    Origin &origin = stored.origin;
-    origin.point = stored.point;
-    origin.made = stored.made;
-    stored.identity = QUuid::fromRfc4122(row.bytes(column++));
-    origin.device.name = row.text(column++);
-    origin.device.fov.setWidth(number());
-    origin.device.fov.setHeight(number());
-    origin.scale = single();
-    origin.maxImagePixels = row.longNumber(column++);
-    if (!row.isNull(column))
-        origin.seed = static_cast<quint64>(row.longNumber(column));
-    ++column;
-    if (!row.isNull(column))
-        origin.focusValue = row.real(column);
-    ++column;
-    origin.software = row.text(column++);
-
-    stored.micronsPerPixel = single();
-    stored.claddingCircle.center.setX(real());
-    stored.claddingCircle.center.setY(real());
-    stored.claddingCircle.radius = single();
-    stored.crop.moveLeft(number());
-    stored.crop.moveTop(number());
-    stored.crop.setWidth(number());
-    stored.crop.setHeight(number());
-    stored.grayLevels.cladding = number();
-    stored.grayLevels.aroundCore = number();
-    stored.grayLevels.aroundCladding = number();
-    stored.counts.contours = number();
-    stored.counts.raw = number();
-    stored.counts.merged = number();
-    stored.picture = row.bytes(column++).toHex();
-    stored.annotatedPicture = row.bytes(column++).toHex();
+    readOrigin(row, &stored.origin);
+    stored.identity = QUuid::fromRfc4122(row.bytes(Column::Identity));
+    stored.micronsPerPixel = row.single(Column::MicronsPerPixel);
+    stored.claddingCircle.center = {row.real(Column::CladdingX), row.real(Column::CladdingY)};
+    stored.claddingCircle.radius = row.single(Column::CladdingRadius);
+    stored.crop = {row.number(Column::CropX), row.number(Column::CropY), row.number(Column::CropWidth),
+        row.number(Column::CropHeight)};
+    stored.grayLevels.cladding = row.number(Column::GrayCladding);
+    stored.grayLevels.aroundCore = row.number(Column::GrayAroundCore);
+    stored.grayLevels.aroundCladding = row.number(Column::GrayAroundCladding);
+    stored.counts.contours = row.number(Column::Contours);
+    stored.counts.raw = row.number(Column::RawDefects);
+    stored.counts.merged = row.number(Column::MergedDefects);
+    stored.picture = row.bytes(Column::Picture).toHex();
+    stored.annotatedPicture = row.bytes(Column::Annotated).toHex();
     return stored;
 }
 
@@ -363,7 +288,7 @@ Problem readDefects(const Database &database, StoredInspection *stored)
 {
     Query row(database, defectsOf);
     row.run({stored->id, RecordStore::maxDefects + 1});
-    ShapeBudget budget;
+    DefectShape::Budget budget;
     while (row.next()) {
         if (stored->defects.size() >= RecordStore::maxDefects)
             return damaged(stored->id, QStringLiteral("there are too many defects"));
@@ -371,29 +296,11 @@ Problem readDefects(const Database &database, StoredInspection *stored)
         defect.graded = {static_cast<Zone::Id>(row.number(0)), static_cast<Defect::Type>(row.number(1)), row.real(2),
             {row.real(3), row.real(4)}, row.number(5) != 0};
         const QByteArray shape = row.bytes(6);
-        if (!budget.covers(shape) || !unpack(shape, &defect))
+        if (!budget.covers(shape) || !DefectShape::unpack(shape, &defect))
             return damaged(stored->id, QStringLiteral("the shape of a defect is damaged"));
         stored->defects.append(defect);
     }
     return row.problem();
-}
-
-/// What may be searched for, in the words of the index: each the beginning of a word, all of them wanted.
-QString searchFor(const QString &text)
-{
-    QStringList wanted;
-    const QStringList typed = text.split(QChar::Space, Qt::SkipEmptyParts);
-    for (const QString &word : typed) {
-        const QVector<uint> characters = word.toUcs4();
-        const bool isWord =
-            std::any_of(characters.cbegin(), characters.cend(), [](uint c) { return QChar::isLetterOrNumber(c); });
-        if (!isWord || wanted.size() >= Filter::maxWords)
-            continue; // the index holds no signs
-        QString quoted = word;
-        quoted.remove(QChar::Null).replace(QLatin1Char('"'), QStringLiteral("\"\""));
-        wanted << QStringLiteral("\"%1\"*").arg(quoted);
-    }
-    return wanted.join(QLatin1Char(' '));
 }
 
 /// A whole index refuses nothing: what it refuses is not the fault of the record.
@@ -407,57 +314,6 @@ Problem indexChosen(Database &database, const char *choice, Id id)
     return {Fault::Damaged, query.problem().text};
 }
 
-/// The rows that a filter lets through, as the end of a statement.
-struct Choice
-{
-    QString source; ///< from where the ids come
-    QString id; ///< the column that tells the order
-    QStringList conditions;
-    QVariantList values;
-
-    explicit Choice(const Filter &filter);
-
-    void add(const char *condition, const QVariant &value)
-    {
-        conditions << QString::fromLatin1(condition);
-        values << value;
-    }
-
-    QString text() const
-    {
-        const QString where =
-            conditions.isEmpty() ? QString() : QStringLiteral(" WHERE ") + conditions.join(QStringLiteral(" AND "));
-        return QStringLiteral(" FROM ") + source + where;
-    }
-};
-
-Choice::Choice(const Filter &filter)
-    : source(QStringLiteral("inspection"))
-    , id(QStringLiteral("inspection.id"))
-{
-    const QString search = searchFor(filter.text.simplified());
-    if (!search.isEmpty()) {
-        source = QStringLiteral("search CROSS JOIN inspection ON inspection.id = search.rowid"); // in that order
-        id = QStringLiteral("search.rowid");
-        add("search MATCH ?", search);
-    } else if (!filter.text.trimmed().isEmpty()) {
-        conditions << QStringLiteral("0"); // signs alone are in no word
-    }
-    if (filter.job)
-        add("inspection.point IN (SELECT point.id FROM point WHERE point.job = ?)", *filter.job);
-    if (filter.point)
-        add("inspection.point = ?", *filter.point);
-    if (filter.verdict)
-        add("inspection.verdict = ?", static_cast<int>(*filter.verdict));
-    if (filter.standard)
-        add("inspection.standard = ?", static_cast<int>(*filter.standard));
-    if (!filter.picture.isEmpty())
-        add("inspection.picture = ?", QByteArray::fromHex(filter.picture));
-    if (filter.from.isValid())
-        add("inspection.made >= ?", toValue(filter.from));
-    if (filter.until.isValid())
-        add("inspection.made <= ?", toValue(filter.until));
-}
 } // namespace
 
 Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspection, const Pictures &pictures)
@@ -466,7 +322,7 @@ Answer<Id> add(Database &database, const Origin &origin, const Inspection &inspe
     const Problem tooMuch = checkSize(defects);
     if (!tooMuch.ok())
         return {noId, tooMuch};
-    Query query(database, insertInspection);
+    Query query(database, InspectionColumns::insertion());
     if (!query.run(valuesOf(origin, inspection, pictures)))
         return {noId, query.problem()};
     const Id id = query.lastId();
@@ -495,7 +351,7 @@ Answer<StoredInspection> one(const Database &database, Id id)
 {
     Query query(database,
         QStringLiteral("SELECT %1, %2 FROM inspection %3 WHERE inspection.id = ?")
-            .arg(QLatin1String(summaryColumns), QLatin1String(otherColumns), QLatin1String(withPointAndJob)));
+            .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), QLatin1String(withPointAndJob)));
     query.run({id});
     if (!query.problem().ok() || !query.next())
         return {{},
@@ -513,9 +369,10 @@ Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &
     const Choice choice(filter);
     // The ids first, from what is narrow; then the rows of these alone.
     const QString statement =
-        QStringLiteral("SELECT %1 FROM (SELECT inspection.id AS id %2 ORDER BY %3 DESC LIMIT ? OFFSET ?) AS page "
-                       "CROSS JOIN inspection ON inspection.id = page.id %4 ORDER BY page.id DESC")
-            .arg(QLatin1String(summaryColumns), choice.text(), choice.id, QLatin1String(withPointAndJob));
+        QStringLiteral("SELECT %1, %2 FROM (SELECT inspection.id AS id %3 ORDER BY %4 DESC LIMIT ? OFFSET ?) AS page "
+                       "CROSS JOIN inspection ON inspection.id = page.id %5 ORDER BY page.id DESC")
+            .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), choice.text(), choice.id,
+                QLatin1String(withPointAndJob));
     Query query(database, statement);
     query.run(choice.values + QVariantList{page.rows, page.offset});
     QVector<InspectionSummary> rows;
@@ -545,21 +402,6 @@ Problem indexJob(Database &database, Id job)
     return indexChosen(database, "WHERE point.job = ?", job);
 }
 
-bool ShapeBudget::covers(const QByteArray &shape)
-{
-    QDataStream head(shape); // the size of what was packed stands before it
-    quint32 size = 0;
-    head >> size;
-    mLeft -= qMax<qint64>(0, qint64(size) - shapeHead);
-    return head.status() == QDataStream::Ok && mLeft >= 0;
-}
-
-bool isShape(const QByteArray &bytes)
-{
-    StoredDefect defect;
-    return unpack(bytes, &defect);
-}
-
 Answer<QVector<Named>> allPictures(const Database &database)
 {
     Query query(database, "SELECT id, picture, annotated FROM inspection ORDER BY id");
@@ -568,6 +410,20 @@ Answer<QVector<Named>> allPictures(const Database &database)
     while (query.next())
         all.append(Named{query.longNumber(0), {query.bytes(1).toHex(), query.bytes(2).toHex()}});
     return {all, query.problem()};
+}
+
+Answer<QSet<QByteArray>> pictureNames(const Database &database)
+{
+    const Answer<QVector<Named>> all = allPictures(database);
+    QSet<QByteArray> names;
+    names.reserve(2 * all.value.size());
+    for (const Named &named : all.value) {
+        for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+            if (!hash.isEmpty())
+                names.insert(hash);
+        }
+    }
+    return {names, all.problem};
 }
 
 Answer<bool> isNamed(const Database &database, const QByteArray &hash)

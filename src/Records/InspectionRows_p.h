@@ -4,6 +4,8 @@
 #include "Records/Database_p.h"
 #include "Records/RecordStore.h"
 
+#include <QSet>
+
 /// Inspections in the tables. What changes them runs within a transaction of the caller.
 namespace Records::InspectionRows {
 
@@ -28,19 +30,6 @@ Problem index(Database &database, Id id);
 /// Makes the inspections of the job found by the words that it has now.
 Problem indexJob(Database &database, Id job);
 
-/// What the shapes of one inspection may take together.
-class ShapeBudget
-{
-public:
-    bool covers(const QByteArray &shape); ///< and is smaller by it; looks at no more than the length that it tells
-
-private:
-    qint64 mLeft = qint64(RecordStore::maxOutlinePoints) * 2 * sizeof(double); // bytes
-};
-
-/// Whether a defect can be read back with this shape.
-bool isShape(const QByteArray &bytes);
-
 /// The pictures of one inspection.
 struct Named
 {
@@ -48,6 +37,7 @@ struct Named
     Pictures pictures;
 };
 Answer<QVector<Named>> allPictures(const Database &database);
+Answer<QSet<QByteArray>> pictureNames(const Database &database); ///< the same, each once
 
 /// Whether an inspection names the picture. Looks at all of them.
 Answer<bool> isNamed(const Database &database, const QByteArray &hash);

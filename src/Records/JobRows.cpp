@@ -39,17 +39,6 @@ Job readJob(const Query &row)
     return job;
 }
 
-PointState stateOf(Verdict verdict, Decision decision)
-{
-    if (decision == Decision::ToRepeat)
-        return PointState::Open;
-    if (verdict == Verdict::Passed)
-        return PointState::Passed;
-    if (decision == Decision::Accepted)
-        return PointState::Accepted;
-    return verdict == Verdict::Failed ? PointState::Failed : PointState::NoVerdict;
-}
-
 Point readPoint(const Query &row)
 {
     Point point;
@@ -66,6 +55,17 @@ Point readPoint(const Query &row)
     return point;
 }
 } // namespace
+
+PointState stateOf(Verdict verdict, Decision decision)
+{
+    if (decision == Decision::ToRepeat)
+        return PointState::Open;
+    if (verdict == Verdict::Passed)
+        return PointState::Passed;
+    if (decision == Decision::Accepted)
+        return PointState::Accepted;
+    return verdict == Verdict::Failed ? PointState::Failed : PointState::NoVerdict;
+}
 
 Problem add(Database &database, Job *job)
 {

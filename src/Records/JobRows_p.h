@@ -15,6 +15,9 @@ Answer<QVector<Job>> some(const Database &database, const Page &page);
 
 Problem addPoints(Database &database, Id job, const QVector<QString> &names, const PointRun &run);
 Answer<QVector<Point>> points(const Database &database, Id job);
+
+/// Of a point whose last inspection ended so.
+PointState stateOf(Verdict verdict, Decision decision);
 JobProgress progressOf(const QVector<Point> &points);
 
 } // namespace Records::JobRows

@@ -1,10 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/DefectShape_p.h"
+#include "Records/InspectionColumns_p.h"
 #include "Records/InspectionRows_p.h"
+#include "Records/JobRows_p.h"
 #include "Records/MergeRows_p.h"
 
 #include <QHash>
+#include <QMap>
+
+#include <optional>
 
 namespace Records::MergeRows {
+
+using Column = InspectionColumns::Index;
 
 namespace {
 constexpr int rowsBetweenQuestions = 1000; // whether to go on
@@ -19,13 +27,7 @@ constexpr char knownPoint[] = "SELECT id FROM point WHERE job = ? AND name = ? A
 constexpr char insertPoint[] = "INSERT INTO point (job, name, side, fibre, position) "
                                "SELECT ?, ?, ?, ?, ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
 
-/// Of a row that stands for itself. Decision and note come first, since they may be changed later.
-constexpr char inspectionColumns[] =
-    "decision, note, identity, made, standard, verdict, reason, detail, scope, fov_width, fov_height, scale, "
-    "max_pixels, seed, focus, software, microns_per_pixel, cladding_x, cladding_y, cladding_radius, crop_x, crop_y, "
-    "crop_width, crop_height, gray_cladding, gray_around_core, gray_around_cladding, contours, raw_defects, "
-    "merged_defects, picture, annotated";
-enum InspectionColumn : int { IdColumn = 0, PointColumn = 1, DecisionColumn = 2, NoteColumn = 3, IdentityColumn = 4 };
+constexpr char lastOfPoint[] = "SELECT verdict, decision FROM inspection WHERE point = ? ORDER BY id DESC LIMIT 1";
 
 constexpr char zoneColumns[] = "zone, inner_diameter, outer_diameter, violations";
 constexpr char ruleColumns[] = "zone, position, kind, operator, min_size, max_size, allowed, found, violated";
@@ -36,13 +38,13 @@ int countOf(const char *columns)
     return QByteArray(columns).count(',') + 1;
 }
 
-QString insertion(const char *table, const char *owner, const char *columns)
+QString insertion(const char *table, const char *columns)
 {
     QString places;
     for (int i = 0; i < countOf(columns); ++i)
         places += QStringLiteral(", ?");
-    return QStringLiteral("INSERT INTO %1 (%2, %3) VALUES (?%4)")
-        .arg(QLatin1String(table), QLatin1String(owner), QLatin1String(columns), places);
+    return QStringLiteral("INSERT INTO %1 (inspection, %2) VALUES (?%3)")
+        .arg(QLatin1String(table), QLatin1String(columns), places);
 }
 
 QString selection(const char *table, const char *columns)
@@ -74,6 +76,18 @@ struct Said
     bool operator==(const Said &other) const { return decision == other.decision && note == other.note; }
 };
 
+/// Whether two records of one inspection differ in what is never changed.
+bool saysOtherwise(const Query &here, const Query &there)
+{
+    for (const auto &column : InspectionColumns::all) {
+        const int i = column.index;
+        const bool mayDiffer = i == Column::Id || i == Column::Point || i == Column::Decision || i == Column::Note;
+        if (!mayDiffer && here.value(i) != there.value(i))
+            return true;
+    }
+    return false;
+}
+
 /// One table of what belongs to an inspection.
 class PartCopy
 {
@@ -81,7 +95,7 @@ public:
     PartCopy(Database &target, const Database &source, const char *table, const char *columns)
         : mCount(countOf(columns))
         , mRead(source, selection(table, columns))
-        , mWrite(target, insertion(table, "inspection", columns))
+        , mWrite(target, insertion(table, columns))
     {
     }
 
@@ -112,8 +126,10 @@ public:
         , mSource(source)
         , mGoesOn(std::move(goesOn))
         , mDone(*done)
-        , mInsert(target, insertion("inspection", "point", inspectionColumns))
-        , mKnown(target, "SELECT id, decision, note FROM inspection WHERE identity = ?")
+        , mInsert(target, InspectionColumns::insertion())
+        , mKnown(target,
+              QStringLiteral("SELECT %1 FROM inspection WHERE identity = ?").arg(InspectionColumns::selection()))
+        , mLast(target, lastOfPoint)
         , mZones(target, source, "zone", zoneColumns)
         , mRules(target, source, "rule", ruleColumns)
         , mDefects(target, source, "defect", defectColumns)
@@ -124,8 +140,10 @@ public:
     Problem jobs();
     Problem points();
     Problem inspections();
+    Problem compareStates(); ///< comes last
 
 private:
+    Answer<std::optional<PointState>> stateOf(Id point);
     bool goesOnBehind(int rows) const;
     Problem checkStandard(const Query &job, Id known) const;
     Problem inspection(const Query &row);
@@ -140,17 +158,19 @@ private:
     int mAll = 0; ///< inspections of the other store
     Query mInsert;
     Query mKnown;
+    Query mLast;
     PartCopy mZones;
     PartCopy mRules;
     PartCopy mDefects;
     QHash<Id, Id> mJobs; ///< there and here
     QHash<Id, Id> mPoints;
+    QMap<Id, std::optional<PointState>> mFormerStates; ///< of points that got inspections; none: they had none
 };
 
 /// Asks behind some of the rows only: they are many, and each is quickly done.
 bool Copy::goesOnBehind(int rows) const
 {
-    return !mGoesOn || rows % rowsBetweenQuestions != 0 || mGoesOn(mDone.known + mDone.inspections, mAll);
+    return rows % rowsBetweenQuestions != 0 || mGoesOn(mDone.known + mDone.inspections, mAll);
 }
 
 Problem Copy::count()
@@ -223,11 +243,10 @@ Problem Copy::points()
 
 Problem Copy::inspections()
 {
-    Query row(mSource,
-        QStringLiteral("SELECT id, point, %1 FROM inspection ORDER BY id").arg(QLatin1String(inspectionColumns)));
+    Query row(mSource, QStringLiteral("SELECT %1 FROM inspection ORDER BY id").arg(InspectionColumns::selection()));
     row.run({});
     for (int i = 0; row.next(); ++i) {
-        if (mGoesOn && !mGoesOn(i, mAll))
+        if (!mGoesOn(i, mAll))
             return stopped();
         const Problem problem = inspection(row);
         if (!problem.ok())
@@ -238,7 +257,7 @@ Problem Copy::inspections()
 
 Problem Copy::inspection(const Query &row)
 {
-    if (!mKnown.run({row.value(IdentityColumn)}))
+    if (!mKnown.run({row.value(Column::Identity)}))
         return mKnown.problem();
     const bool isKnown = mKnown.next();
     if (!mKnown.problem().ok())
@@ -246,17 +265,54 @@ Problem Copy::inspection(const Query &row)
     if (!isKnown)
         return add(row);
     ++mDone.known;
-    return take(
-        mKnown.longNumber(0), {mKnown.number(1), mKnown.text(2)}, {row.number(DecisionColumn), row.text(NoteColumn)});
+    const Id known = mKnown.longNumber(Column::Id);
+    if (saysOtherwise(mKnown, row)) {
+        mDone.contradictions.append(known);
+        return {};
+    }
+    return take(known, {mKnown.number(Column::Decision), mKnown.text(Column::Note)},
+        {row.number(Column::Decision), row.text(Column::Note)});
+}
+
+/// Of a point of here; none before its first inspection.
+Answer<std::optional<PointState>> Copy::stateOf(Id point)
+{
+    std::optional<PointState> state;
+    mLast.run({point});
+    if (mLast.next())
+        state = JobRows::stateOf(static_cast<Verdict>(mLast.number(0)), static_cast<Decision>(mLast.number(1)));
+    return {state, mLast.problem()};
+}
+
+Problem Copy::compareStates()
+{
+    for (auto former = mFormerStates.cbegin(); former != mFormerStates.cend(); ++former) {
+        const Answer<std::optional<PointState>> now = stateOf(former.key());
+        if (!now.ok())
+            return now.problem;
+        if (former.value() && now.value != former.value())
+            mDone.judgedAnew.append(former.key());
+    }
+    return {};
 }
 
 Problem Copy::add(const Query &row)
 {
-    const QVariant point =
-        row.isNull(PointColumn) ? QVariant(QVariant::LongLong) : QVariant(mPoints.value(row.longNumber(PointColumn)));
-    if (!mInsert.run(QVariantList{point} + valuesOf(row, DecisionColumn, countOf(inspectionColumns))))
+    constexpr int first = Column::Id + 1;
+    QVariantList values = valuesOf(row, first, InspectionColumns::count - first);
+    if (!row.isNull(Column::Point)) {
+        const Id here = mPoints.value(row.longNumber(Column::Point));
+        if (!mFormerStates.contains(here)) {
+            const Answer<std::optional<PointState>> former = stateOf(here);
+            if (!former.ok())
+                return former.problem;
+            mFormerStates.insert(here, former.value);
+        }
+        values[Column::Point - first] = here;
+    }
+    if (!mInsert.run(values))
         return mInsert.problem();
-    const Id from = row.longNumber(IdColumn);
+    const Id from = row.longNumber(Column::Id);
     const Id to = mInsert.lastId();
     Problem problem = mZones.run(from, to);
     if (problem.ok())
@@ -272,13 +328,13 @@ Problem Copy::add(const Query &row)
 /// All have shapes that can be read back, or the inspection could not be shown here.
 Problem Copy::defects(Id from, Id to)
 {
-    InspectionRows::ShapeBudget budget;
+    DefectShape::Budget budget;
     int count = 0;
     bool isStopped = false;
     const Problem problem = mDefects.run(from, to, [&](const Query &row) {
         isStopped = !goesOnBehind(++count);
         const QByteArray shape = row.bytes(0);
-        return !isStopped && budget.covers(shape) && InspectionRows::isShape(shape);
+        return !isStopped && budget.covers(shape) && DefectShape::isShape(shape);
     });
     return isStopped ? stopped() : problem;
 }
@@ -322,7 +378,9 @@ Problem copy(
         problem = copy.jobs();
     if (problem.ok())
         problem = copy.points();
-    return problem.ok() ? copy.inspections() : problem;
+    if (problem.ok())
+        problem = copy.inspections();
+    return problem.ok() ? copy.compareStates() : problem;
 }
 
 } // namespace Records::MergeRows

@@ -11,7 +11,6 @@ Problem checkSize(const Database &source);
 
 /// Copies what the target does not have: jobs and inspections by their identity, points by their name and side. Runs
 /// within a transaction of the caller.
-/// @param goesOn may be empty
 Problem copy(
     Database &target, const Database &source, const std::function<bool(int done, int all)> &goesOn, Merge *done);
 

@@ -24,6 +24,13 @@ StoredZone storedZone(Zone::Id id, const ZoneResult &result)
 }
 } // namespace
 
+Verdict verdictOf(const Inspection &inspection)
+{
+    if (!inspection.hasVerdict())
+        return Verdict::None;
+    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
+}
+
 Origin Origin::of(Id point, const Device &device, const InspectionOptions &options)
 {
     Origin origin;
@@ -42,6 +49,12 @@ InspectionOptions Origin::options() const
     options.maxImagePixels = maxImagePixels;
     options.seed = seed;
     return options;
+}
+
+std::optional<double> JobStatistics::passRate() const
+{
+    const int all = passed + failed;
+    return all > 0 ? std::optional<double>(static_cast<double>(passed) / all) : std::nullopt;
 }
 
 bool StoredRule::operator==(const StoredRule &other) const

@@ -20,6 +20,8 @@ constexpr Id noId = 0;
 
 enum class Verdict : int { None = 0, Passed = 1, Failed = 2 };
 
+VANTORBASERECORDS_EXPORT Verdict verdictOf(const FiberInspection::Inspection &inspection);
+
 /// What the operator made of a verdict.
 enum class Decision : int {
     Undecided = 0,
@@ -76,6 +78,48 @@ struct JobProgress
     int failed = 0; ///< and not accepted
     int accepted = 0;
     int withoutVerdict = 0;
+};
+
+/// One rule of a zone, and how many points fail by it.
+struct RuleFailures
+{
+    FiberInspection::Zone::Id zone = FiberInspection::Zone::Core;
+    FiberInspection::Rule rule;
+    int points = 0; ///< that violate it in their last inspection
+};
+
+/// What the inspections of a job say together. Of each point its last one counts; one that failed counts as failed
+/// also where the operator accepted it.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const auto statistics = store.statistics(1, {2, 5, 10, 25}).value;
+/// if (const auto rate = statistics.passRate())
+///     qInfo() << 100 * *rate << "% passed;" << statistics.sizes.last() << "defects of 25 um and more";
+/// for (const RuleFailures &failures : statistics.failures)
+///     qInfo() << Zone::name(failures.zone) << failures.rule.toString() << failures.points;
+/// @endcode
+struct VANTORBASERECORDS_EXPORT JobStatistics
+{
+    static constexpr int maxEdges = 1000; ///< of sizes
+
+    int inspections = 0; ///< all of the job
+    int passed = 0; ///< points, as are the next two
+    int failed = 0;
+    int withoutVerdict = 0; ///< inspected, but not graded
+    QVector<RuleFailures>
+        failures; ///< by zone, and in the order of its rules; those that nothing violates are not there
+
+    /// The defects that points fail for, by size: those below the first edge, from each edge up to the next one, and
+    /// from the last one on. Always one more than there are edges.
+    QVector<int> sizes;
+
+    /// The median of the time from one inspection to the next, in the order in which they were stored. Where the clock
+    /// was set back, there is none; nor for a single inspection.
+    std::optional<double> secondsBetween;
+
+    std::optional<double> passRate() const; ///< 0 to 1, of the points with a verdict; none without any
 };
 
 /// One connector of a job.

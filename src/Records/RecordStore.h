@@ -10,13 +10,9 @@
 #include <functional>
 #include <memory>
 
-class QThread;
-
 namespace Records {
 
-class Database;
-class StoreFolder;
-class StoreLock;
+struct OpenStore;
 
 /// How a store was opened.
 enum class Opened : int {
@@ -57,8 +53,9 @@ struct Verification
     QStringList databaseFaults; ///< as the database tells them, and records that cannot be read back; the first ones
     QVector<PictureFault> pictureFaults;
     int pictures = 0; ///< that were looked at
+    bool isComplete = false; ///< all was looked at
 
-    bool allWell() const { return databaseFaults.isEmpty() && pictureFaults.isEmpty(); }
+    bool allWell() const { return isComplete && databaseFaults.isEmpty() && pictureFaults.isEmpty(); }
 };
 
 /// What backup() has written.
@@ -77,6 +74,8 @@ struct Merge
     int known = 0; ///< inspections that were here already
     QVector<Id> decisions; ///< those of them that had none here, and have it from there now
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
+    QVector<Id> contradictions; ///< those of them that say something else there, their verdict above all; here it stays
+    QVector<Id> judgedAnew; ///< points of here whose state is another one by what was added
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here
     int damaged = 0; ///< pictures that are damaged there or cannot be read, and are not here
@@ -103,8 +102,9 @@ struct Merge
 /// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
 /// folder, and may write as well, in turns: a merge has its turn from its first picture to its end. A function that is
 /// asked whether to go on may read; what writes into a store that its thread is writing into answers Fault::Busy, as
-/// does open(), and close() does nothing. Of all programs one writes, the first to come; others read beside it. There
-/// must be a QCoreApplication.
+/// does open(), and close() does nothing. It may destroy the object: the call ends with Fault::Stopped then, whatever
+/// the answer is, and until it has come back the folder stays in use. Of all programs one writes, the first to come;
+/// others read beside it. There must be a QCoreApplication.
 class VANTORBASERECORDS_EXPORT RecordStore
 {
 public:
@@ -128,13 +128,16 @@ public:
     RecordStore(const RecordStore &) = delete;
     RecordStore &operator=(const RecordStore &) = delete;
 
+    /// Whether there is a store in the folder, of whatever state. It is not opened, and nothing is changed.
+    static bool isThere(const QString &folder);
+
     /// What was open before is closed. A store that cannot be written to is opened for reading. Of threads that open it
     /// at once, the first one is told what was begun, kept aside or swept; the others wait for it. A folder without a
     /// name is Fault::Invalid, here as in backup() and merge(); a relative one stays what it is at this moment.
     Opening open(const QString &folder, Mode mode = Mode::ReadWrite);
     void close();
     bool isOpen() const;
-    bool canWrite() const { return mLock != nullptr; }
+    bool canWrite() const;
 
     /// @return the job with what the store has given to it
     Answer<Job> addJob(const Job &job);
@@ -145,6 +148,9 @@ public:
     Answer<Job> job(Id id) const;
     Answer<QVector<Job>> jobs(const Page &page = {}) const; ///< the latest first
     Answer<JobProgress> progress(Id job) const;
+
+    /// @param sizeEdges micrometres, each larger than the one before; at most JobStatistics::maxEdges
+    Answer<JobStatistics> statistics(Id job, const QVector<double> &sizeEdges = {}) const;
 
     /// Adds the points behind those that the job has: all of the run, or none.
     Answer<QVector<Point>> addPoints(Id job, const PointRun &run);
@@ -163,6 +169,10 @@ public:
     Answer<StoredInspection> inspection(Id id) const;
     Answer<QByteArray> picture(const QByteArray &hash) const; ///< the bytes that were stored
 
+    /// The absolute path of a stored picture, to show it without a copy. The file is there, but its sum is not looked
+    /// at. It must only be read: all inspections of the same picture have this one file.
+    Answer<QString> picturePath(const QByteArray &hash) const;
+
     /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same. A picture of
     /// more pixels than InspectionOptions::defaultMaxImagePixels is Fault::TooLarge, whatever the record allowed.
     Answer<FiberInspection::Inspection> inspectAgain(Id id) const;
@@ -173,8 +183,7 @@ public:
     /// Checks the database, the index for searching, all values, whether each inspection can be read back, and the sums
     /// of all pictures. What a later version has written may have values that are not known here, and these are not
     /// looked at. Takes its time.
-    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped;
-    /// it must not destroy the store
+    /// @param goesOn if given, is told of each inspection, and ends the work by answering false, with Fault::Stopped
     Answer<Verification> verify(const std::function<bool(int done, int all)> &goesOn = {}) const;
 
     /// Writes a copy into a folder that holds no store yet and does not lie among our pictures: a store itself, as it
@@ -186,37 +195,11 @@ public:
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
     /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
-    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one; it must
-    /// not destroy the store.
+    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:
-    template <typename Call>
-    auto guarded(Call call) const -> decltype(call());
-    template <typename Call>
-    auto writing(Call call) -> decltype(call());
-
-    Problem whyNotWriting() const;
-    Opening openFolder(const StoreFolder &place, Mode mode);
-    Opening openForWriting(const StoreFolder &folder);
-    Opening openAlone(const StoreFolder &folder);
-    Opening beginAnew(const StoreFolder &folder, const Problem &problem);
-    Opening openForReading(const StoreFolder &folder, Opened how, const Problem &problem);
-    Problem prepare(const StoreFolder &folder, bool *isNew);
-    Answer<Id> store(const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
-    Answer<int> sweepNow();
-    Answer<int> sweepAfterInterruption();
-    Problem copyPictures(const PictureStore &target, Backup *done) const;
-    Answer<Merge> mergeFrom(const Database &source, const PictureStore &sourcePictures,
-        const std::function<bool(int done, int all)> &goesOn);
-
-    std::unique_ptr<Database> mDatabase;
-    std::shared_ptr<StoreLock> mLock;
-    std::shared_ptr<void> mUse;
-    PictureStore mPictures;
-    QString mFolder;
-    QThread *mThread = nullptr;
-    mutable int mCalls = 0; ///< under way
+    std::shared_ptr<OpenStore> mOpen; ///< null when it is not open
 };
 
 } // namespace Records

@@ -1,23 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/InspectionColumns_p.h"
 #include "Records/RecordStore.h"
+#include "Records/RowBounds_p.h"
 #include "Records/RowChecks_p.h"
 
 #include <QStringList>
-
-#include <limits>
 
 namespace Records::RowChecks {
 
 using FiberInspection::Rule;
 using FiberInspection::Standard;
 using FiberInspection::Zone;
+using namespace RowBounds;
 
 namespace {
-constexpr qint64 anyInt = std::numeric_limits<int>::max();
-constexpr qint64 leastInt = std::numeric_limits<int>::min();
-constexpr qint64 anyMeasure = 1'000'000'000'000; // of micrometres or pixels: it is finite
-constexpr qint64 firstYear = -62'135'596'800'000; // milliseconds since 1970
-constexpr qint64 lastYear = 253'402'300'799'999; // the same; four digits
 constexpr int mostBytes = 3; // of a character in UTF-8
 
 struct Range
@@ -50,74 +46,71 @@ const Table &jobs()
 const Table &points()
 {
     static const Table table{"point", "Point", "id", "job",
-        {{"position", 0, anyInt}, {"side", 0, static_cast<int>(Side::B)},
+        {{"position", 0, mostInt}, {"side", 0, static_cast<int>(Side::B)},
             {"fibre", 0, static_cast<int>(FibreKind::MultiMode)}},
-        {"name"}, "1", static_cast<int>(anyInt)};
+        {"name"}, "1", static_cast<int>(mostInt)};
     return table;
 }
 
-/// Its verdicts are by that.
-constexpr char hasStandardOfItsJob[] =
+/// Its verdicts are by that, and say what its rules say: nobody passes without any.
+constexpr char isVerdictOfItsRules[] =
     "(point IS NULL OR standard = (SELECT job.standard FROM point JOIN job ON job.id = point.job "
-    "WHERE point.id = inspection.point))";
+    "WHERE point.id = inspection.point)) AND (verdict = 0 "
+    "OR verdict = 2 AND EXISTS (SELECT 1 FROM zone WHERE inspection = inspection.id AND violations > 0) "
+    "OR verdict = 1 AND NOT EXISTS (SELECT 1 FROM zone WHERE inspection = inspection.id AND violations > 0) "
+    "AND EXISTS (SELECT 1 FROM rule WHERE inspection = inspection.id AND zone = 0) "
+    "AND EXISTS (SELECT 1 FROM rule WHERE inspection = inspection.id AND zone = 1))";
+
+constexpr char isSumOfItsRules[] =
+    "violations = (SELECT ifnull(sum(found), 0) FROM rule "
+    "WHERE rule.inspection = zone.inspection AND rule.zone = zone.zone AND violated = 1)";
+constexpr char isViolatedAsFound[] = "violated = (allowed <> -1 AND found > allowed)";
+constexpr char failsInAFailedZone[] = "EXISTS (SELECT 1 FROM zone WHERE zone.inspection = defect.inspection "
+                                      "AND zone.zone = defect.zone AND (fails = 0 OR violations > 0))";
+
+Table inspectionTable()
+{
+    Table table{"inspection", "Inspection", "id", "id", {}, {}, isVerdictOfItsRules, 1};
+    for (const InspectionColumns::Column &column : InspectionColumns::all) {
+        if (column.holds == InspectionColumns::Holds::Number)
+            table.ranges.append({column.name, column.least, column.most});
+        else if (column.holds == InspectionColumns::Holds::Text)
+            table.texts.append(column.name);
+    }
+    return table;
+}
 
 const Table &inspections()
 {
-    static const Table table{"inspection", "Inspection", "id", "id",
-        {
-            {"made", firstYear, lastYear},
-            {"standard", 0, Standard::Manual},
-            {"verdict", 0, static_cast<int>(Verdict::Failed)},
-            {"decision", 0, static_cast<int>(Decision::ToRepeat)},
-            {"fov_width", leastInt, anyInt},
-            {"fov_height", leastInt, anyInt},
-            {"scale", -anyMeasure, anyMeasure},
-            {"focus", -anyMeasure, anyMeasure},
-            {"microns_per_pixel", 0, anyMeasure},
-            {"cladding_x", -anyMeasure, anyMeasure},
-            {"cladding_y", -anyMeasure, anyMeasure},
-            {"cladding_radius", 0, anyMeasure},
-            {"crop_x", leastInt, anyInt},
-            {"crop_y", leastInt, anyInt},
-            {"crop_width", leastInt, anyInt},
-            {"crop_height", leastInt, anyInt},
-            {"gray_cladding", leastInt, 255},
-            {"gray_around_core", 0, 255},
-            {"gray_around_cladding", 0, 255},
-            {"contours", 0, anyInt},
-            {"raw_defects", 0, anyInt},
-            {"merged_defects", 0, anyInt},
-        },
-        {"reason", "detail", "note", "scope", "software"}, hasStandardOfItsJob, 1};
+    static const Table table = inspectionTable();
     return table;
 }
 
 const Table &zones()
 {
     static const Table table{"zone", "Inspection", "inspection", "inspection",
-        {{"zone", 0, Zone::Contact}, {"inner_diameter", 0, anyInt}, {"outer_diameter", 0, anyInt},
-            {"violations", 0, anyInt}},
-        {}, "1", RecordStore::maxZones};
+        {{"zone", 0, Zone::Contact}, {"inner_diameter", 0, mostInt}, {"outer_diameter", 0, mostInt},
+            {"violations", 0, mostInt}},
+        {}, isSumOfItsRules, RecordStore::maxZones};
     return table;
 }
 
 const Table &rules()
 {
     static const Table table{"rule", "Inspection", "inspection", "inspection",
-        {{"position", 0, anyInt}, {"kind", 0, 1}, {"operator", 0, Rule::ClosedRange}, {"min_size", leastInt, anyInt},
-            {"max_size", leastInt, anyInt}, {"allowed", Rule::unlimited, anyInt}, {"found", 0, anyInt},
+        {{"position", 0, mostInt}, {"kind", 0, 1}, {"operator", 0, Rule::ClosedRange}, {"min_size", leastInt, mostInt},
+            {"max_size", leastInt, mostInt}, {"allowed", Rule::unlimited, mostInt}, {"found", 0, mostInt},
             {"violated", 0, 1}},
-        {}, "1", RecordStore::maxRules};
+        {}, isViolatedAsFound, RecordStore::maxRules};
     return table;
 }
 
 const Table &defects()
 {
     static const Table table{"defect", "Inspection", "inspection", "inspection",
-        {{"position", 0, anyInt}, {"kind", 0, 1}, {"size", 0, anyMeasure}, {"x", -anyMeasure, anyMeasure},
-            {"y", -anyMeasure, anyMeasure}, {"fails", 0, 1}},
-        {}, "EXISTS (SELECT 1 FROM zone WHERE zone.inspection = defect.inspection AND zone.zone = defect.zone)",
-        RecordStore::maxDefects};
+        {{"position", 0, mostInt}, {"kind", 0, 1}, {"size", 0, mostMeasure}, {"x", -mostMeasure, mostMeasure},
+            {"y", -mostMeasure, mostMeasure}, {"fails", 0, 1}},
+        {}, failsInAFailedZone, RecordStore::maxDefects};
     return table;
 }
 

@@ -188,10 +188,61 @@ Problem touch(const Database &database)
     return {};
 }
 
+/// How the tables are made that have taken so many steps.
+Answer<QSet<QString>> tablesOf(int version)
+{
+    Database fresh(QLatin1String(Database::inMemory), {});
+    Problem problem = fresh.open(Database::Access::ReadWrite);
+    for (int i = 0; i < version && problem.ok(); ++i)
+        problem = steps[static_cast<std::size_t>(i)].run(fresh);
+    if (!problem.ok())
+        return {{}, problem};
+    QSet<QString> all;
+    for (const char *const statement : statistics)
+        all.insert(QString::fromLatin1(statement));
+    Query query(fresh, "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL");
+    query.run({});
+    while (query.next())
+        all.insert(query.text(0));
+    return {all, query.problem()};
+}
+
+/// A table that somebody else has made may drop what is stored, or make a record of a few bytes large.
+Problem checkMadeAs(const Database &database, int version, const char *which)
+{
+    const Answer<QSet<QString>> known = tablesOf(version);
+    if (!known.ok())
+        return known.problem;
+    Query query(database, which);
+    query.run({});
+    while (query.next()) {
+        if (!known.value.contains(query.text(0)))
+            return {Fault::Damaged, QStringLiteral("A table of the store is not as it was made")};
+    }
+    return query.problem();
+}
+
+Problem checkTables(const Database &database, int version)
+{
+    return checkMadeAs(database, version, "SELECT sql FROM sqlite_schema WHERE type = 'table'");
+}
+
+/// What is read of one that a later version has made: tables that hold what they say.
+Problem checkUnknownTables(const Database &database)
+{
+    const Answer<QVariant> made = database.value("SELECT 1 FROM sqlite_schema AS known, pragma_table_xinfo(known.name) "
+                                                 "AS has WHERE has.hidden > 1 AND known.name "
+                                                 "IN ('job', 'point', 'inspection', 'zone', 'rule', 'defect') "
+                                                 "UNION ALL SELECT 1 FROM sqlite_schema WHERE type = 'view' LIMIT 1");
+    if (!made.ok() || !made.value.isValid())
+        return made.problem;
+    return {Fault::Damaged, QStringLiteral("A table of the store makes up what it holds")};
+}
+
 Problem judge(const State &state)
 {
     const int known = static_cast<int>(steps.size());
-    if (state.mark != ownMark)
+    if (state.mark != ownMark || state.version < 0)
         return {Fault::Foreign, QStringLiteral("The database is none of ours")};
     if (state.version > known)
         return {Fault::LaterVersion,
@@ -209,9 +260,11 @@ Problem prepare(Database &database, bool *isNew)
     const Problem verdict = *isNew ? Problem() : judge(state.value);
     if (!verdict.ok())
         return verdict;
-    const Problem acting = checkNothingActs(database);
-    if (!acting.ok())
-        return acting;
+    Problem planted = checkNothingActs(database);
+    if (planted.ok() && !*isNew)
+        planted = checkTables(database, state.value.version);
+    if (!planted.ok())
+        return planted;
     // Readers need not wait then. A copy comes without it; while somebody reads that, it stays as it is.
     const Problem journal = database.value("PRAGMA journal_mode = WAL").problem;
     if (!journal.ok() && journal.fault != Fault::Busy)
@@ -233,7 +286,12 @@ Problem check(const Database &database)
     if (state.value.isEmpty())
         return {Fault::NotFound, QStringLiteral("The database has no tables yet")};
     const Problem verdict = judge(state.value);
-    return verdict.ok() ? touch(database) : verdict;
+    if (!verdict.ok() && verdict.fault != Fault::LaterVersion)
+        return verdict;
+    Problem problem = verdict.ok() ? checkTables(database, state.value.version) : checkUnknownTables(database);
+    if (problem.ok() && verdict.ok())
+        problem = touch(database);
+    return problem.ok() ? verdict : problem;
 }
 
 Answer<bool> isOfThisVersion(const Database &database)
@@ -253,23 +311,11 @@ Problem checkNothingActs(const Database &database)
             .arg(name.value.toString())};
 }
 
-Problem checkSame(const Database &other, const Database &ours)
+Problem checkSame(const Database &other)
 {
-    constexpr char all[] = "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL";
-    QSet<QString> known;
-    for (const char *const statement : statistics)
-        known.insert(QString::fromLatin1(statement));
-    Query own(ours, all);
-    own.run({});
-    while (own.next())
-        known.insert(own.text(0));
-    Query foreign(other, all);
-    foreign.run({});
-    while (foreign.next()) {
-        if (!known.contains(foreign.text(0)))
-            return {Fault::Damaged, QStringLiteral("A table of the store is not as it was made")};
-    }
-    return own.problem().ok() ? foreign.problem() : own.problem();
+    const Answer<State> state = stateOf(other);
+    return state.ok() ? checkMadeAs(other, state.value.version, "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL")
+                      : state.problem;
 }
 
 } // namespace Records::Schema

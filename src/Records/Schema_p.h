@@ -10,7 +10,8 @@ namespace Records::Schema {
 /// @param isNew whether there were none
 Problem prepare(Database &database, bool *isNew);
 
-/// What prepare() tells without changing anything.
+/// What prepare() tells without changing anything. Of a later version too, nothing is let through that makes up what it
+/// holds.
 Problem check(const Database &database);
 
 /// Neither an earlier one nor a later one.
@@ -21,6 +22,6 @@ Problem checkNothingActs(const Database &database);
 
 /// Whether a database that check() has let through holds nothing but what ours does: its rows hold to what our tables
 /// demand, and no index or constraint of its own keeps us busy.
-Problem checkSame(const Database &other, const Database &ours);
+Problem checkSame(const Database &other);
 
 } // namespace Records::Schema

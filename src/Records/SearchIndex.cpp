@@ -56,18 +56,24 @@ Problem compareWords(Database &database)
     const auto ofFresh = [](const char *statement) {
         return QString::fromLatin1(statement).replace(QStringLiteral(" search "), QStringLiteral(" temp.fresh "));
     };
-    const QStringList statements{ofFresh(makeTable), ofFresh(fillTable),
-        QStringLiteral("CREATE VIRTUAL TABLE temp.told USING fts5vocab (main, search, row)"),
-        QStringLiteral("CREATE VIRTUAL TABLE temp.known USING fts5vocab (temp, fresh, row)")};
-    Problem problem = runAll(database, statements);
+    Problem problem = database.run("SAVEPOINT words"); // or somebody else might store between two of the statements
+    if (problem.ok()) {
+        problem = runAll(database, {ofFresh(makeTable), ofFresh(fillTable)});
+        if (problem.fault == Fault::Unusable) // it goes into a temporary file
+            problem = {Fault::DiskFull, QStringLiteral("There is no place for temporary files: ") + problem.text};
+    }
+    if (problem.ok())
+        problem = runAll(database,
+            {QStringLiteral("CREATE VIRTUAL TABLE temp.told USING fts5vocab (main, search, row)"),
+                QStringLiteral("CREATE VIRTUAL TABLE temp.known USING fts5vocab (temp, fresh, row)")});
     if (problem.ok()) {
         const Answer<QVariant> wrong = database.value(wrongWords);
         problem = wrong.ok() && wrong.value.toInt() > 0
             ? Problem{Fault::Damaged, QStringLiteral("other words are found than there are")}
             : wrong.problem;
     }
-    for (const char *const name : {"told", "known", "fresh"})
-        database.run((QByteArray("DROP TABLE IF EXISTS temp.") + name).constData());
+    for (const char *const end : {"ROLLBACK TO words", "RELEASE words"})
+        database.run(end);
     return problem;
 }
 

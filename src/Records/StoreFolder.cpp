@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <sys/stat.h>
@@ -16,6 +17,7 @@ namespace Records {
 namespace {
 constexpr int mostFoldersASecond = 100;
 
+constexpr std::array<const char *, 2> journals{"-wal", "-journal"}; // the second one where the first cannot be
 constexpr std::array<const char *, 4> endings{"", "-wal", "-shm", "-journal"}; // of the files of a database
 
 /// @param kind a file type of stat(), which a link is not
@@ -70,6 +72,11 @@ StoreFolder::StoreFolder(const QString &path)
 {
 }
 
+Problem StoreFolder::checkName(const QString &path)
+{
+    return path.isEmpty() ? Problem{Fault::Invalid, QStringLiteral("A store needs a folder")} : Problem();
+}
+
 void StoreFolder::make() const
 {
     QStringList missing;
@@ -83,11 +90,6 @@ void StoreFolder::make() const
 QString StoreFolder::database() const
 {
     return mPath + QStringLiteral("/records.sqlite");
-}
-
-QString StoreFolder::journal() const
-{
-    return database() + QStringLiteral("-wal");
 }
 
 QString StoreFolder::pictures() const
@@ -112,7 +114,8 @@ bool StoreFolder::hasDatabase() const
 
 bool StoreFolder::hasJournal() const
 {
-    return QFileInfo(journal()).size() > 0;
+    return std::any_of(journals.cbegin(), journals.cend(),
+        [this](const char *ending) { return QFileInfo(database() + QLatin1String(ending)).size() > 0; });
 }
 
 QString StoreFolder::obstacle() const
@@ -146,7 +149,10 @@ QString StoreFolder::setAside() const
         return {};
     // Pictures first: as long as the database is in its place, the next start does all of this again.
     bool isDone = true;
-    for (const QString &path : {pictures(), database(), journal()}) {
+    QStringList paths{pictures(), database()};
+    for (const char *const ending : journals)
+        paths << database() + QLatin1String(ending);
+    for (const QString &path : qAsConst(paths)) {
         const QFileInfo info(path);
         if (info.exists())
             isDone = QDir().rename(path, QStringLiteral("%1/%2").arg(aside, info.fileName())) && isDone;

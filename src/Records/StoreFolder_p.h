@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Records/Answer.h"
+
 #include <QString>
 
 #include <sys/types.h>
@@ -30,19 +32,21 @@ class StoreFolder
 public:
     explicit StoreFolder(const QString &path);
 
+    /// Invalid for no name, which would mean the root of all folders.
+    static Problem checkName(const QString &path);
+
     /// Absolute: the program may go to another folder, and SQLite takes what begins with "file:" for an address.
     const QString &path() const { return mPath; }
 
     /// Where it is not there yet. What goes wrong with it shows with the first file.
     void make() const;
     QString database() const;
-    QString journal() const; ///< of the database: what has not found its way into it yet
     QString pictures() const;
     QString lock() const;
     QString suspicion() const; ///< a file that is there since the database was seen to be damaged
 
     bool hasDatabase() const; ///< one that is not empty
-    bool hasJournal() const;
+    bool hasJournal() const; ///< of the database: what has not found its way into it yet, or must go out of it again
 
     /// What lies where the database opens files, and is none: it would wait for a pipe. Empty when all is well.
     QString obstacle() const;

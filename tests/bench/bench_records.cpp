@@ -33,9 +33,10 @@ constexpr const char *filling[] = {
     "INSERT INTO inspection SELECT i, randomblob(16), i, 1700000000000 + i * 1000, 2, 1 + (i % 3 = 0), 'none', '', 0, "
     "CASE WHEN i % 5 = 0 THEN 'cleaned twice ' || i ELSE '' END, 'KS20', 860, 640, 1.0, 16777216, i, 0.7, 'Bench', "
     "1.075, 410.5, 290.5, 58.1, 260, 140, 300, 300, 120, 90, 200, 12, 9, 4, randomblob(32), randomblob(32) FROM n",
-    "INSERT INTO zone SELECT inspection.id, z.value, 25 * z.value, 25 + 90 * z.value, 0 "
+    "INSERT INTO zone SELECT inspection.id, z.value, 25 * z.value, 25 + 90 * z.value, 2 * (inspection.verdict = 2) "
     "FROM inspection CROSS JOIN json_each('[0,1]') AS z",
-    "INSERT INTO rule SELECT zone.inspection, zone.zone, p.value, 0, 4, 2, 3, 1, 0, 0 "
+    "INSERT INTO rule SELECT zone.inspection, zone.zone, p.value, 0, 4, 2, 3 + p.value, 1, zone.violations, "
+    "zone.violations > 0 "
     "FROM zone CROSS JOIN json_each('[0,1,2,3]') AS p",
     "INSERT INTO defect SELECT inspection.id, p.value, 0, 0, 4.2, 1.5, -3.5, 1, randomblob(300) "
     "FROM inspection CROSS JOIN json_each('[0,1]') AS p WHERE inspection.verdict = 2",
@@ -178,6 +179,11 @@ int main(int argc, char **argv)
     bench("inspection", [&store] { expect(store.inspection(66666).value.defects.isEmpty(), "made of noise"); });
     bench("points_of_job", [&store] { expect(store.points(350).value.size() == 144, "no panel"); });
 
+    bench("statistics_of_job", [&store] {
+        const auto answer = store.statistics(350, {1, 2, 3, 4, 5, 10, 25, 50, 100});
+        expect(answer.value.failed == 48 && answer.value.failures.size() == 8, "the job is not counted");
+    });
+
     std::vector<Goal> goals;
     for (const char *const name :
         {"list_first_page", "list_last_page", "list_last_page_of_failed", "list_last_page_of_job"})
@@ -185,7 +191,7 @@ int main(int argc, char **argv)
     for (const char *const name : {"search_m", "search_mul_7", "search_last_page_of_m", "search_c_p_a_1_z",
              "search_one", "search_nothing", "search_m_without_verdict"})
         goals.push_back({name, name, {}, 100});
-    for (const char *const name : {"open", "open_after_a_kill"})
+    for (const char *const name : {"open", "open_after_a_kill", "statistics_of_job"})
         goals.push_back({name, name, {}, 200});
     return runBenchmarks(argc, argv, goals);
 }

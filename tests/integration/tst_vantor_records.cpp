@@ -15,6 +15,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -438,6 +439,35 @@ private Q_SLOTS:
         RecordStore store;
         QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
         QCOMPARE(store.points(1).value.value(0).name, point);
+    }
+
+    void aStoreMayHaveAnyName()
+    {
+        paint("A1", goodFace());
+        const auto runIn = [this](const char *arguments) {
+            QProcess shell;
+            shell.setWorkingDirectory(mDir->path());
+            shell.start(QStringLiteral("sh"),
+                {QStringLiteral("-c"),
+                    QStringLiteral("exec \"$0\" --store \"$(printf 'st\\377')\" ") + QLatin1String(arguments),
+                    QStringLiteral(VANTOR_RECORDS_PROGRAM)});
+            shell.waitForFinished();
+            return shell.exitCode();
+        };
+
+        QCOMPARE(runIn("import faces --job P"), int(Done));
+        QCOMPARE(runIn("list --job P"), int(Done));
+        QCOMPARE(runIn("backup \"$(printf 'copy\\377')\""), int(Done));
+        QCOMPARE(runIn("merge \"$(printf 'copy\\377')\""), int(Done));
+        QStringList names;
+        DIR *const folder = opendir(QFile::encodeName(mDir->path()).constData());
+        while (const dirent *const entry = readdir(folder))
+            names << QString::fromLatin1(entry->d_name);
+        closedir(folder);
+        names.sort();
+        QCOMPARE(names,
+            QStringList({QStringLiteral("."), QStringLiteral(".."), QStringLiteral("copy\u00ff"),
+                QStringLiteral("faces"), QStringLiteral("st\u00ff")}));
     }
 
     void aKnownPointDoesNotReachTheTerminal()
@@ -1282,7 +1312,8 @@ private Q_SLOTS:
                 QStringLiteral("Checked the database and 4 pictures: 2 faults")}));
         const Outcome again = run(QStringLiteral("verify --again"));
         QVERIFY(again.output.contains(QLatin1String("Inspected 0 pictures again: ")));
-        QVERIFY(again.output.endsWith(QLatin1String("0 of another version, 2 without a seed or a whole picture\n")));
+        QVERIFY(again.output.endsWith(
+            QLatin1String("0 of another version, 2 without a seed or a whole picture, 0 that cannot be read\n")));
     }
 
     void aDamagedDatabaseIsTold()
@@ -1304,9 +1335,12 @@ private Q_SLOTS:
         QCOMPARE(same.exitCode, int(Done));
         QCOMPARE(linesOf(same.output).value(1),
             QStringLiteral("Inspected 2 pictures again: 2 with the same verdict, 0 with another; not inspected again: "
-                           "0 of another version, 0 without a seed or a whole picture"));
+                           "0 of another version, 0 without a seed or a whole picture, 0 that cannot be read"));
 
-        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 2 WHERE id = 1"));
+        for (const char *const lie : {"UPDATE inspection SET verdict = 2 WHERE id = 1",
+                 "UPDATE rule SET found = 1, violated = 1 WHERE inspection = 1 AND zone = 1 AND allowed = 0",
+                 "UPDATE zone SET violations = 1 WHERE inspection = 1 AND zone = 1"})
+            OwnConnection(mStore).run(QString::fromLatin1(lie));
         const Outcome other = run(QStringLiteral("verify --again"));
         QCOMPARE(other.exitCode, int(NotPassed));
         QCOMPARE(
@@ -1318,7 +1352,20 @@ private Q_SLOTS:
         QCOMPARE(none.exitCode, int(Done));
         QCOMPARE(linesOf(none.output).value(1),
             QStringLiteral("Inspected 0 pictures again: 0 with the same verdict, 0 with another; not inspected again: "
-                           "1 of another version, 1 without a seed or a whole picture"));
+                           "1 of another version, 1 without a seed or a whole picture, 0 that cannot be read"));
+    }
+
+    void aRecordThatCannotBeReadIsToldAndTheOthersCompared()
+    {
+        useSamples();
+        OwnConnection(mStore).run(QStringLiteral("INSERT INTO defect VALUES (1, 1000, 0, 0, 1, 0, 0, 0, x'00')"));
+
+        const Outcome outcome = run(QStringLiteral("verify --again"));
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        QVERIFY2(outcome.output.contains(QLatin1String("Inspected 1 picture again: 1 with the same verdict, ")),
+            qPrintable(outcome.output));
+        QVERIFY2(outcome.output.endsWith(QLatin1String(", 1 that cannot be read\n")), qPrintable(outcome.output));
     }
 
     void aBackupIsAStore()
@@ -1474,6 +1521,13 @@ private Q_SLOTS:
         QCOMPARE(different.errors,
             QStringList(
                 {QStringLiteral("vantor-records: inspection 2 was decided differently there; what is here stays")}));
+
+        OwnConnection(other).run(QStringLiteral("UPDATE inspection SET contours = 1 WHERE id = 2"));
+        const Outcome contradicting = run({QStringLiteral("merge"), other});
+        QCOMPARE(contradicting.exitCode, int(NotPassed));
+        QCOMPARE(contradicting.errors,
+            QStringList({QStringLiteral("vantor-records: inspection 2 has another verdict, or says something else, "
+                                        "there; what is here stays")}));
 
         const Outcome missing = run({QStringLiteral("merge"), mDir->filePath(QStringLiteral("nowhere"))});
         QCOMPARE(missing.exitCode, int(Unavailable));

@@ -41,3 +41,10 @@ struct Face
         return store.addInspection(origin(point), inspection, picture);
     }
 };
+
+/// How many pictures were swept; -1 when that failed.
+inline int sweptBy(Records::RecordStore *store)
+{
+    const Records::Answer<int> swept = store->sweep();
+    return swept.ok() ? swept.value : -1;
+}

@@ -603,6 +603,40 @@ private Q_SLOTS:
         QVERIFY2(mStore->list(odd).ok(), qPrintable(mStore->list(odd).problem.text));
     }
 
+    void aPictureCanBeShownFromItsFile()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        const StoredInspection stored = mStore->inspection(face.addTo(*mStore).value).value;
+
+        for (const QByteArray &hash : {stored.picture, stored.annotatedPicture}) {
+            const Answer<QString> path = mStore->picturePath(hash);
+            QVERIFY2(path.ok(), qPrintable(path.problem.text));
+            QVERIFY(QDir::isAbsolutePath(path.value));
+            QFile file(path.value);
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(PictureStore::hashOf(file.readAll()), hash);
+        }
+    }
+
+    void aPictureWithoutAFileHasNoPath()
+    {
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        const StoredInspection stored = mStore->inspection(face.addTo(*mStore).value).value;
+        const QString path = mStore->picturePath(stored.picture).value;
+        QVERIFY(QFile::remove(path));
+
+        const QByteArray other = PictureStore::hashOf("of no picture");
+        for (const QByteArray &hash : {stored.picture, other, QByteArray(), QByteArray("../records.sqlite")}) {
+            const Answer<QString> answer = mStore->picturePath(hash);
+            QCOMPARE(answer.problem.fault, Fault::PictureMissing);
+            QCOMPARE(answer.value, QString());
+        }
+        QVERIFY(QDir().mkdir(path));
+        QCOMPARE(mStore->picturePath(stored.picture).problem.fault, Fault::PictureMissing);
+        mStore->close();
+        QCOMPARE(mStore->picturePath(stored.annotatedPicture).problem.fault, Fault::NotOpen);
+    }
+
     void aPictureThatIsGoneIsToldAndItsRowStays()
     {
         const Id id = Face::of(QStringLiteral("clean")).addTo(*mStore).value;
@@ -674,9 +708,10 @@ private Q_SLOTS:
         QTest::newRow("shape") << QStringList{QStringLiteral(
             "INSERT INTO defect VALUES (2, 1000, 0, 0, 1, 0, 0, 0, x'00')")}
                                << QStringLiteral("Inspection 2: the shape of a defect is damaged");
-        QTest::newRow("verdict") << QStringList{QStringLiteral("PRAGMA writable_schema = ON"),
-            QStringLiteral("UPDATE sqlite_schema SET sql = replace(sql, 'verdict IN (0, 1, 2)', 'verdict >= 0')"),
-            QStringLiteral("PRAGMA writable_schema = RESET"),
+        QTest::newRow("verdict against its rules")
+            << QStringList{QStringLiteral("UPDATE inspection SET verdict = 3 - verdict WHERE id = 2")}
+            << QStringLiteral("Inspection 2 has a value that nothing here writes");
+        QTest::newRow("verdict") << QStringList{QStringLiteral("PRAGMA ignore_check_constraints = ON"),
             QStringLiteral("UPDATE inspection SET verdict = 7 WHERE id = 2")}
                                  << QStringLiteral("Inspection 2 has a value that nothing here writes");
     }
@@ -697,7 +732,8 @@ private Q_SLOTS:
         const Answer<Verification> found = mStore->verify();
 
         QVERIFY2(found.ok(), qPrintable(found.problem.text));
-        QCOMPARE(found.value.databaseFaults, QStringList({fault}));
+        QVERIFY(!found.value.databaseFaults.isEmpty());
+        QCOMPARE(found.value.databaseFaults.last(), fault); // SQLite may have told the same before
         QCOMPARE(found.value.pictures, 6); // all the same
     }
 
@@ -724,7 +760,7 @@ private Q_SLOTS:
         const Id id = Face::of(QStringLiteral("clean")).addTo(*mStore).value;
         const QByteArray orphan = pictures().put("nobody's").value.hash;
 
-        QCOMPARE(mStore->sweep().value, 1);
+        QCOMPARE(sweptBy(mStore.get()), 1);
 
         QVERIFY(!pictures().contains(orphan));
         QVERIFY(mStore->inspection(id).value.isPictureThere);

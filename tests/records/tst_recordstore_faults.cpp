@@ -242,7 +242,7 @@ private Q_SLOTS:
             QVERIFY(stored > 4);
             const Answer<Verification> found = store.verify();
             QVERIFY2(found.value.allWell(), qPrintable(found.value.databaseFaults.join(QLatin1Char('\n'))));
-            QCOMPARE(store.sweep().value, 0);
+            QCOMPARE(sweptBy(&store), 0);
         });
         QVERIFY(hasRun);
     }
@@ -401,6 +401,35 @@ private Q_SLOTS:
         const Answer<Verification> damaged = store.verify();
         QVERIFY2(damaged.ok(), qPrintable(damaged.problem.text));
         QVERIFY(!damaged.value.allWell());
+    }
+
+    void theIndexIsLookedAtWhileSomebodyElseStores()
+    {
+        constexpr int inspections = 200;
+        constexpr int looks = 20;
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        for (int i = 1; i < inspections; ++i)
+            QVERIFY(store.addInspection({}, badFace().inspection, {}).ok());
+        std::atomic<bool> isDone{false};
+        std::thread writer([this, &isDone] {
+            RecordStore other;
+            other.open(mFolder);
+            for (int i = 0; !isDone; ++i)
+                other.setDecision(1 + i % inspections, Decision::Accepted, QStringLiteral("word%1").arg(i));
+        });
+        const auto end = qScopeGuard([&] {
+            isDone = true;
+            writer.join();
+        });
+        RecordStore reader;
+        QCOMPARE(reader.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        for (int i = 0; i < looks; ++i) {
+            const Answer<Verification> found = reader.verify();
+            QVERIFY2(found.ok() && found.value.allWell(),
+                qPrintable(found.problem.text + found.value.databaseFaults.join(QLatin1Char('\n'))));
+        }
+        QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
     }
 
     void anInspectionThatTheIndexRefusesIsStoredTheNextTime()
@@ -566,6 +595,75 @@ private Q_SLOTS:
         QVERIFY(!store.verify().value.allWell());
     }
 
+    void aTableThatIsNotAsItWasMadeIsNeitherWrittenNorRead_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<bool>("ofLaterVersion");
+        const QString unique = QStringLiteral("UNIQUE (job, name, side)");
+        const QString silent = unique + QStringLiteral(" ON CONFLICT IGNORE");
+        QTest::newRow("drops what is stored") << unique << silent << false;
+        const QString column = QStringLiteral("customer TEXT NOT NULL");
+        const QString made = QStringLiteral("customer TEXT AS (hex(zeroblob(9)))");
+        QTest::newRow("makes up what it holds") << column << made << false;
+        QTest::newRow("the same, of a later version") << column << made << true;
+    }
+    void aTableThatIsNotAsItWasMadeIsNeitherWrittenNorRead()
+    {
+        QFETCH(const QString, from);
+        QFETCH(const QString, to);
+        QFETCH(const bool, ofLaterVersion);
+        {
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("PRAGMA writable_schema = ON")), QStringList());
+            QCOMPARE(own.run(QStringLiteral("UPDATE sqlite_schema SET sql = replace(sql, '%1', '%2')").arg(from, to)),
+                QStringList());
+            if (ofLaterVersion)
+                QCOMPARE(own.run(QStringLiteral("PRAGMA user_version = 99")), QStringList());
+        }
+
+        const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
+        QCOMPARE(reading.how, Opened::No);
+        QVERIFY2(
+            reading.problem.text.contains(QLatin1String("A table of the store")), qPrintable(reading.problem.text));
+        const Opening writing = RecordStore().open(mFolder);
+        QCOMPARE(writing.how, ofLaterVersion ? Opened::No : Opened::BegunAnew);
+        QVERIFY(ofLaterVersion || QFile::exists(writing.keptAside + QStringLiteral("/records.sqlite")));
+    }
+
+    void aViewOfALaterVersionIsNotRead()
+    {
+        {
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("CREATE VIEW other AS SELECT 1")), QStringList());
+            QCOMPARE(own.run(QStringLiteral("PRAGMA user_version = 99")), QStringList());
+        }
+        QCOMPARE(RecordStore().open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::No);
+    }
+
+    void aNegativeVersionIsNoneOfOurs()
+    {
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("PRAGMA user_version = -1")), QStringList());
+
+        QCOMPARE(RecordStore().open(mFolder).problem.fault, Fault::Foreign);
+        QCOMPARE(RecordStore().open(mFolder, RecordStore::Mode::ReadOnly).problem.fault, Fault::Foreign);
+    }
+
+    void aVerdictBeyondAllNumbersIsNoneThatIsKnown()
+    {
+        {
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("PRAGMA ignore_check_constraints = ON")), QStringList());
+            QCOMPARE(
+                own.run(QStringLiteral("UPDATE inspection SET verdict = 4294967297, reason = 'none'")), QStringList());
+        }
+        RecordStore store;
+        QCOMPARE(store.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        const Verdict verdict = store.list().value.value(0).verdict;
+        QVERIFY(verdict != Verdict::Passed && verdict != Verdict::Failed && verdict != Verdict::None);
+        QVERIFY(!store.verify().value.allWell());
+    }
+
     void theLockIsNobodyElsesToHold()
     {
         RecordStore store;
@@ -609,6 +707,59 @@ private Q_SLOTS:
         RecordStore store;
         QCOMPARE(store.open(folder).how, Opened::Usable);
         QCOMPARE(store.count().value, 2);
+    }
+
+    void whatWasNeverCommittedIsNotRead()
+    {
+        { // the older kind of journal, as where somebody reads while a copy is opened for the first time
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("PRAGMA journal_mode = DELETE")), QStringList(QStringLiteral("delete")));
+        }
+        const pid_t child = fork();
+        if (child == 0) {
+            OwnConnection own(mFolder);
+            own.run(QStringLiteral("PRAGMA cache_size = 1")); // what does not fit is in the database already
+            own.run(QStringLiteral("BEGIN IMMEDIATE"));
+            own.run(
+                QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) INSERT INTO job "
+                               "(identity, name, customer, site, operator, standard, created) "
+                               "SELECT randomblob(16), 'x', 'x', 'x', 'x', 2, 0 FROM n"));
+            ::kill(getpid(), SIGKILL);
+        }
+        int status = 0;
+        QCOMPARE(waitpid(child, &status, 0), child);
+        QVERIFY(WIFSIGNALED(status));
+        QVERIFY(QFileInfo(mDatabase + QStringLiteral("-journal")).size() > 0);
+
+        const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
+        QCOMPARE(reading.how, Opened::No);
+        QVERIFY2(reading.problem.text.contains(QLatin1String("journal")), qPrintable(reading.problem.text));
+        RecordStore store;
+        QVERIFY(store.open(mDir->filePath(QStringLiteral("other"))).canWrite());
+        QVERIFY(!store.merge(mFolder).ok());
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QCOMPARE(store.jobs().value.size(), 0);
+        QCOMPARE(store.count().value, 1);
+    }
+
+    void aCopyIsNotWrittenBesideAJournal_data()
+    {
+        QTest::addColumn<QString>("ending");
+        QTest::newRow("journal of ours") << QStringLiteral("-wal");
+        QTest::newRow("older kind") << QStringLiteral("-journal");
+    }
+    void aCopyIsNotWrittenBesideAJournal()
+    {
+        QFETCH(const QString, ending);
+        const QString folder = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkdir(folder));
+        QFile journal(folder + QStringLiteral("/records.sqlite") + ending);
+        QVERIFY(journal.open(QIODevice::WriteOnly) && journal.write("x") == 1 && journal.flush());
+
+        RecordStore store;
+        QVERIFY(store.open(mFolder).canWrite());
+        QCOMPARE(store.backup(folder).problem.fault, Fault::Invalid);
+        QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList(QFileInfo(journal).fileName()));
     }
 
     void aDatabaseOfSomebodyElseIsLeftAlone()

@@ -133,7 +133,7 @@ private Q_SLOTS:
         QVERIFY(is.isPictureThere && is.isAnnotatedPictureThere);
         QVERIFY(store.inspectAgain(id).value == badFace().inspection);
         QVERIFY(store.verify().value.allWell());
-        QCOMPARE(store.sweep().value, 0);
+        QCOMPARE(sweptBy(&store), 0);
     }
 
     void twiceIsOnce()
@@ -213,6 +213,46 @@ private Q_SLOTS:
         Filter filter;
         filter.text = QStringLiteral("look");
         QCOMPARE(there.count(filter).value, 1);
+    }
+
+    void anInspectionThatSaysSomethingElseThereIsTold()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QCOMPARE(here.open(mHere).how, Opened::Begun);
+        QCOMPARE(here.merge(mThere).value.inspections, 3);
+        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET contours = 1, decision = 1, "
+                                                          "note = 'x' WHERE id = 1")),
+            QStringList());
+        const float before = here.inspection(1).value.micronsPerPixel;
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.value.known, 3);
+        QCOMPARE(merged.value.contradictions, QVector<Id>({1}));
+        QCOMPARE(merged.value.decisions, QVector<Id>()); // of another inspection, for all we know
+        QCOMPARE(here.inspection(1).value.micronsPerPixel, before);
+    }
+
+    void aPointThatIsJudgedAnewIsTold()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QCOMPARE(here.open(mHere).how, Opened::Begun);
+        const Answer<Merge> first = here.merge(mThere);
+        QCOMPARE(first.value.judgedAnew, QVector<Id>()); // it was not judged here before
+        const Id point = here.points(here.jobs().value.first().id).value.first().id;
+        {
+            RecordStore there;
+            QVERIFY(there.open(mThere).canWrite());
+            const Id pointThere = there.points(there.jobs().value.first().id).value.first().id;
+            QVERIFY(Face::of(QStringLiteral("clean")).addTo(there, pointThere).ok());
+        }
+        QVERIFY(badFace().addTo(here, point).ok()); // later
+
+        QCOMPARE(here.merge(mThere).value.judgedAnew, QVector<Id>({point}));
+        QCOMPARE(here.points(here.jobs().value.first().id).value.first().state, PointState::Passed);
+        QCOMPARE(here.merge(mThere).value.judgedAnew, QVector<Id>());
     }
 
     void aPictureThatIsGoneHereComesFromThere()
@@ -361,6 +401,17 @@ private Q_SLOTS:
         damaged("standard of none of its job", "UPDATE inspection SET standard = 3 WHERE id = 2", "Inspection 2");
         damaged("verdict",
             "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET verdict = 7, reason = 'none' WHERE id = 1");
+        damaged("verdict against its rules", "UPDATE inspection SET verdict = 1 WHERE id = 1");
+        damaged("failed without a reason", "UPDATE inspection SET verdict = 2 WHERE id = 3", "Inspection 3");
+        damaged("passed without rules",
+            "UPDATE inspection SET verdict = 1 WHERE id = 1; DELETE FROM defect WHERE inspection = 1; "
+            "DELETE FROM rule WHERE inspection = 1; DELETE FROM zone WHERE inspection = 1");
+        damaged("rule that is not violated by more than it allows", "UPDATE rule SET violated = 0");
+        damaged("zone without the violations of its rules",
+            "UPDATE inspection SET verdict = 1 WHERE id = 1; UPDATE zone SET violations = 0 WHERE inspection = 1");
+        damaged("defect that fails where nothing is violated",
+            "UPDATE inspection SET verdict = 1 WHERE id = 1; UPDATE zone SET violations = 0 WHERE inspection = 1; "
+            "UPDATE rule SET violated = 0, found = 0 WHERE inspection = 1");
         damaged("decision", "UPDATE inspection SET decision = 77");
         damaged("note", "UPDATE inspection SET note = printf('%.*c', 20000000, 'x')");
         damaged("no year of ours", "UPDATE inspection SET made = 253402300800000");
@@ -371,7 +422,9 @@ private Q_SLOTS:
         damaged("field of view", "UPDATE inspection SET fov_width = 99999999999");
         damaged("grey", "UPDATE inspection SET gray_around_core = 9999");
         damaged("count", "UPDATE inspection SET contours = -5");
-        damaged("unknown zone", "UPDATE zone SET zone = 9 WHERE zone = 1; DELETE FROM rule; DELETE FROM defect");
+        damaged("unknown zone",
+            "DELETE FROM rule WHERE inspection = 1 AND zone = 1; DELETE FROM defect WHERE inspection = 1; "
+            "UPDATE zone SET zone = 9 WHERE inspection = 1 AND zone = 1");
         damaged("rule", "UPDATE rule SET operator = 9");
         damaged("defect of no zone", "UPDATE defect SET zone = 3");
         damaged("kind of a defect", "UPDATE defect SET kind = 9");
@@ -619,7 +672,7 @@ private Q_SLOTS:
             QVERIFY2(count == 0 || count == inspections, qPrintable(QString::number(count)));
             QCOMPARE(store.jobs().value.size(), count == 0 ? 0 : 1);
             QVERIFY(store.verify().value.allWell());
-            QCOMPARE(store.sweep().value, 0); // opening has done it
+            QCOMPARE(sweptBy(&store), 0); // opening has done it
             QCOMPARE(PictureStore(folder + QStringLiteral("/pictures")).isEmpty(), count == 0);
             const Answer<Merge> again = store.merge(mThere);
             QCOMPARE(again.value.inspections + again.value.known, inspections);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "OwnConnection.h"
+#include "Records/InspectionColumns_p.h"
 #include "StoredFaces.h"
 
 #include <QDataStream>
@@ -37,6 +38,22 @@ private Q_SLOTS:
         job.id = store.addJob(job).value.id;
         const Id point = store.addPoints(job.id, {QStringLiteral("A1"), QStringLiteral("A1")}).value.first().id;
         QVERIFY(Face::of(QStringLiteral("pitted")).addTo(store, point).ok());
+    }
+
+    void theColumnsOfAnInspectionAreThoseOfItsTable()
+    {
+        QStringList names;
+        QStringList texts;
+        for (const InspectionColumns::Column &column : InspectionColumns::all) {
+            names << QString::fromLatin1(column.name);
+            if (column.holds == InspectionColumns::Holds::Text)
+                texts << names.last();
+        }
+        OwnConnection own(mDir->path());
+
+        const QString all = QStringLiteral("SELECT name FROM pragma_table_info('inspection')");
+        QCOMPARE(own.run(all + QStringLiteral(" ORDER BY cid")), names);
+        QCOMPARE(own.run(all + QStringLiteral(" WHERE type = 'TEXT' ORDER BY cid")), texts);
     }
 
     void theDatabaseIsWhatItSays_data()
@@ -129,7 +146,7 @@ private Q_SLOTS:
         {
             OwnConnection own(mDir->path());
             own.run(QStringLiteral("DROP TABLE search"));
-            own.run(QStringLiteral("CREATE TABLE search (in_the_way INTEGER)"));
+            own.run(QStringLiteral("CREATE INDEX search ON job (id)"));
             own.run(QStringLiteral("PRAGMA user_version = 1"));
         }
 

@@ -21,6 +21,13 @@
 /// Real troubles of a machine, for the time of a scope or of one thread.
 namespace Faults {
 
+/// Whether MemoryLimit works: the sanitizers need address space without bounds.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool canLimitMemory = false;
+#else
+constexpr bool canLimitMemory = true;
+#endif
+
 /// While it lives, writing fails beyond this size of a file.
 class FileSizeLimit
 {

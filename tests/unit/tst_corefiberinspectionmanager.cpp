@@ -34,11 +34,6 @@ namespace {
 constexpr Standard::Id anyStandard = Standard::IEC61300_3_35_SM_RL45;
 const char *const starvedRole = "--starved";
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool canLimitMemory = false; // the sanitizers need address space without bounds
-#else
-constexpr bool canLimitMemory = true;
-#endif
 constexpr int plentyOfMemory = 1024 * 1024; // mebibytes
 
 /// A manager in a thread of its own, and its answers as they arrive in this thread.
@@ -584,7 +579,7 @@ private Q_SLOTS:
     void whateverMemoryIsLeftThereIsOneAnswer()
     {
         QVector<int> leftOver{plentyOfMemory}; // mebibytes
-        for (int mebibytes = 0; canLimitMemory && mebibytes <= 240; mebibytes += 20)
+        for (int mebibytes = 0; Faults::canLimitMemory && mebibytes <= 240; mebibytes += 20)
             leftOver << mebibytes;
         int endedByException = 0;
         int finished = 0;
@@ -602,7 +597,7 @@ private Q_SLOTS:
         }
 
         QVERIFY(finished > 0);
-        QCOMPARE(endedByException > 0, canLimitMemory);
+        QCOMPARE(endedByException > 0, Faults::canLimitMemory);
     }
 
     void aManagerMayGoWhileRequestsWait()

@@ -90,6 +90,36 @@ private Q_SLOTS:
         disk() = {};
     }
 
+    void whatLiesWithinAFolderIsKnownBehindLinks_data()
+    {
+        QTest::addColumn<QString>("path"); // below the folder that also holds "store"
+        QTest::addColumn<bool>("isWithin");
+        QTest::newRow("the folder") << QStringLiteral("store") << true;
+        QTest::newRow("in it") << QStringLiteral("store/file") << true;
+        QTest::newRow("not there yet") << QStringLiteral("store/new/file") << true;
+        QTest::newRow("by another way") << QStringLiteral("other/../store/file") << true;
+        QTest::newRow("through a link") << QStringLiteral("link/new") << true;
+        QTest::newRow("beside it") << QStringLiteral("file") << false;
+        QTest::newRow("with its name in front") << QStringLiteral("store2/file") << false;
+        QTest::newRow("out of it again") << QStringLiteral("store/../file") << false;
+        QTest::newRow("above it") << QString() << false;
+    }
+    void whatLiesWithinAFolderIsKnownBehindLinks()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const bool, isWithin);
+        for (const char *const name : {"store", "store2", "other"})
+            QVERIFY(QDir(mDir->path()).mkdir(QString::fromLatin1(name)));
+        const QString store = mDir->filePath(QStringLiteral("store"));
+        QVERIFY(QFile::link(store, mDir->filePath(QStringLiteral("link"))));
+        QVERIFY(write(store + QStringLiteral("/file"), "text"));
+
+        QCOMPARE(FileAccess::isWithin(mDir->filePath(path), store), isWithin);
+        QCOMPARE(FileAccess::isWithin(mDir->filePath(path), mDir->filePath(QStringLiteral("link"))), isWithin);
+        QVERIFY(FileAccess::isWithin(mDir->filePath(path), QDir::rootPath()));
+        QVERIFY(!FileAccess::isWithin(mDir->filePath(path), mDir->filePath(QStringLiteral("nothing"))));
+    }
+
     void aNewFileTakesThePlaceOfALink()
     {
         QVERIFY(QFile::link(mElsewhere, mPath));

@@ -25,9 +25,7 @@ constexpr qint64 mebibyte = 1048576;
 #if defined(__SANITIZE_ADDRESS__)
 constexpr qint64 instrumentation = 512; // mebibytes that are kept after they were freed
 constexpr double slowness = 8;
-constexpr bool canLimitMemory = false; // needs address space without bounds
 #else
-constexpr bool canLimitMemory = true;
 constexpr qint64 instrumentation = 0;
 constexpr double slowness = 1;
 #endif
@@ -370,7 +368,7 @@ private Q_SLOTS:
     }
     void wantOfMemoryIsNoDamage()
     {
-        if (!canLimitMemory)
+        if (!Faults::canLimitMemory)
             QSKIP("the sanitizers need address space without bounds");
         constexpr int mostMebibytes = 64;
         constexpr int step = 8;
@@ -415,7 +413,7 @@ private Q_SLOTS:
     }
     void aRefusalNeedsNoMemoryForThePixels()
     {
-        if (!canLimitMemory)
+        if (!Faults::canLimitMemory)
             QSKIP("the sanitizers need address space without bounds");
         QFETCH(QByteArray, bytes);
         QFETCH(QString, reason);

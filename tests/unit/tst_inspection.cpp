@@ -39,11 +39,6 @@ using Reason = Inspection::Reason;
 Q_DECLARE_METATYPE(FiberInspection::Inspection::Reason)
 
 namespace {
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool canLimitMemory = false;
-#else
-constexpr bool canLimitMemory = true;
-#endif
 constexpr int mappedSize = 64 * 1024; ///< bytes; a piece of memory as large as this is gone when it is freed
 constexpr Standard::Id usual = Standard::IEC61300_3_35_SM_RL45;
 
@@ -175,7 +170,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(mFolder.isValid());
-        QVERIFY(!canLimitMemory || mallopt(M_MMAP_THRESHOLD, mappedSize) != 0);
+        QVERIFY(!Faults::canLimitMemory || mallopt(M_MMAP_THRESHOLD, mappedSize) != 0);
     }
 
     // Comes first: the threads of OpenCV, once started, are there for good.
@@ -717,7 +712,7 @@ private Q_SLOTS:
 
     void withoutMemoryThereIsNoAnnotatedImage()
     {
-        if (!canLimitMemory)
+        if (!Faults::canLimitMemory)
             QSKIP("the sanitizers need memory without bounds");
         enum Outcome : int { Nothing, SomePicture, NoPictureEver };
         DrawnFibre fibre;

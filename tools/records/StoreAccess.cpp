@@ -5,7 +5,6 @@
 #include "common/Terminal.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -51,11 +50,6 @@ QString usualStore()
 {
     const QString ofUser = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
     return (ofUser.isEmpty() ? QDir::tempPath() : ofUser) + QStringLiteral("/vantor-records");
-}
-
-bool isStore(const QString &folder)
-{
-    return QFileInfo(folder + QStringLiteral("/records.sqlite")).size() > 0;
 }
 
 QString picturePath(const QString &store, const QByteArray &hash)

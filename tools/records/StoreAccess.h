@@ -22,9 +22,6 @@ int openToWrite(const QString &folder, Records::RecordStore *store);
 /// @return Done, or what the program has to end with: there is no such job, or several, and that was told
 int filterOf(const Options &options, const Records::RecordStore &store, Records::Filter *filter);
 
-/// Whether there is a store in the folder, of whatever state.
-bool isStore(const QString &folder);
-
 /// Where the store keeps a picture.
 QString picturePath(const QString &store, const QByteArray &hash);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/Target.h"
 
+#include "Helpers/FileAccess_p.h"
 #include "common/ExitCode.h"
 #include "common/StopSignals.h"
 #include "common/Terminal.h"
@@ -10,19 +11,6 @@
 #include <cstring>
 
 namespace RecordsTool {
-
-namespace {
-/// Of the folder that a file lies in or will lie in; empty when there is none.
-QString canonicalFolder(const QFileInfo &file)
-{
-    return QFileInfo(file.path()).canonicalFilePath();
-}
-
-bool isWithin(const QString &folder, const QString &other)
-{
-    return folder == other || folder.startsWith(other + QLatin1Char('/'));
-}
-} // namespace
 
 Target::Target(const QString &path, const QString &store, Tools::StopSignals *signals)
     : mPath(path)
@@ -51,8 +39,7 @@ QString Target::whyNotThere() const
         return QStringLiteral("it is not a file");
     if (info.isSymLink() && !info.exists())
         return QStringLiteral("it is a link to nothing");
-    const QString folder = canonicalFolder(info.isSymLink() ? QFileInfo(info.canonicalFilePath()) : info);
-    return isWithin(folder, mStore) ? QStringLiteral("it lies in the store") : QString();
+    return FileAccess::isWithin(mPath, mStore) ? QStringLiteral("it lies in the store") : QString();
 }
 
 bool Target::write(const QByteArray &bytes)

@@ -88,15 +88,9 @@ struct Comparison
     int otherwise = 0;
     int ofOtherVersion = 0; ///< which may find something else
     int notRepeatable = 0; ///< without a seed or without the picture
+    int unreadable = 0; ///< records
     QString text; ///< a line for each that comes out otherwise
 };
-
-Verdict verdictOf(const Inspection &inspection)
-{
-    if (!inspection.hasVerdict())
-        return Verdict::None;
-    return inspection.passed() ? Verdict::Passed : Verdict::Failed;
-}
 
 bool isOfThisVersion(const QString &software)
 {
@@ -106,6 +100,10 @@ bool isOfThisVersion(const QString &software)
 Problem compare(const RecordStore &store, Id id, Comparison *comparison)
 {
     const Answer<StoredInspection> stored = store.inspection(id);
+    if (stored.problem.fault == Fault::Damaged) {
+        ++comparison->unreadable;
+        return {};
+    }
     if (!stored.ok())
         return stored.problem;
     if (!isOfThisVersion(stored.value.origin.software)) {
@@ -138,12 +136,13 @@ QString textOf(const Comparison &comparison)
 {
     return comparison.text
         + QStringLiteral("Inspected %1 again: %2 with the same verdict, %3 with another; not inspected again: %4 of "
-                         "another version, %5 without a seed or a whole picture\n")
+                         "another version, %5 without a seed or a whole picture, %6 that cannot be read\n")
               .arg(counted(comparison.same + comparison.otherwise, "picture", "pictures"))
               .arg(comparison.same)
               .arg(comparison.otherwise)
               .arg(comparison.ofOtherVersion)
-              .arg(comparison.notRepeatable);
+              .arg(comparison.notRepeatable)
+              .arg(comparison.unreadable);
 }
 
 int inspectAllAgain(const RecordStore &store, Watch *watch)
@@ -161,7 +160,7 @@ int inspectAllAgain(const RecordStore &store, Watch *watch)
     }
     watch->end();
     const int printed = Tools::print(textOf(comparison).toUtf8());
-    return printed == Tools::Done && comparison.otherwise > 0 ? Tools::NotPassed : printed;
+    return printed == Tools::Done && comparison.otherwise + comparison.unreadable > 0 ? Tools::NotPassed : printed;
 }
 
 QString textOf(const Merge &done)
@@ -182,6 +181,21 @@ QString decisionsText(const Merge &done, const RecordStore &store)
         text += QStringLiteral("inspection %1: taken over: %2")
                     .arg(QString::number(id), Tools::Terminal::printable(Words::of(now.decision) + note))
             + QLatin1Char('\n');
+    }
+    return text;
+}
+
+/// A line for each point whose last inspection is another one now.
+QString judgedAnewText(const Merge &done, const RecordStore &store)
+{
+    QString text;
+    for (const Id point : done.judgedAnew) {
+        Filter filter;
+        filter.point = point;
+        const InspectionSummary last = store.list(filter, {0, 1}).value.value(0);
+        text += QStringLiteral("point %1 of %2: judged by inspection %3 of there: %4\n")
+                    .arg(Tools::Terminal::printable(last.pointName), Tools::Terminal::printable(last.jobName),
+                        QString::number(last.id), Words::of(last.verdict));
     }
     return text;
 }
@@ -240,14 +254,20 @@ int mergeStore(const Options &options, RecordStore *store)
     for (const Id id : done.value.disagreements)
         Tools::Terminal::tell(
             QStringLiteral("inspection %1 was decided differently there; what is here stays").arg(id));
+    for (const Id id : done.value.contradictions)
+        Tools::Terminal::tell(
+            QStringLiteral("inspection %1 has another verdict, or says something else, there; what is here stays")
+                .arg(id));
     tellLost(done.value.missing, "missing");
     tellLost(done.value.damaged, "damaged, or cannot be read,");
-    const int printed = Tools::print((decisionsText(done.value, *store) + textOf(done.value)).toUtf8());
+    const QString text = decisionsText(done.value, *store) + judgedAnewText(done.value, *store) + textOf(done.value);
+    const int printed = Tools::print(text.toUtf8());
     if (printed != Tools::Done)
         return printed;
     if (done.value.missing > 0 || done.value.damaged > 0)
         return Tools::NotAnswered;
-    return done.value.disagreements.isEmpty() ? Tools::Done : Tools::NotPassed;
+    const bool isOneMind = done.value.disagreements.isEmpty() && done.value.contradictions.isEmpty();
+    return isOneMind ? Tools::Done : Tools::NotPassed;
 }
 
 } // namespace RecordsTool

@@ -42,7 +42,7 @@ int read(const Options &options)
 int lookAtOperand(const Options &options)
 {
     const bool isMerge = options.action == Options::Action::Merge;
-    if (isMerge ? isStore(options.operand) : QFileInfo(options.operand).isDir())
+    if (isMerge ? Records::RecordStore::isThere(options.operand) : QFileInfo(options.operand).isDir())
         return Tools::Done;
     const QString problem =
         isMerge ? QStringLiteral("there is no store in %1") : QStringLiteral("there is no folder %1");

@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "Records/InspectionRows_p.h"
+#include "Records/RowChecks_p.h"
+#include "Records/Schema_p.h"
+#include "Records/SearchIndex_p.h"
+#include "Records/StoreVerification_p.h"
+
+namespace Records {
+
+namespace {
+constexpr int mostFaults = 100; // of a database that are told, which is how many its own check tells
+
+constexpr const char *quickAnswer = "ok"; // of SQLite's own check
+
+/// Whether the database is sound, and whether searching finds what is there. SQLite does not look into an index of
+/// words.
+Problem checkWhole(Database &database, QStringList *faults)
+{
+    const Problem problem = checkTables(database, faults);
+    if (!problem.ok())
+        return problem;
+    const Answer<bool> isKnown = Schema::isOfThisVersion(database);
+    const Answer<QString> fault = isKnown.value ? SearchIndex::fault(database) : Answer<QString>();
+    if (!fault.value.isEmpty())
+        faults->append(fault.value);
+    const Problem added = isKnown.value ? Schema::checkNothingActs(database) : Problem();
+    if (!added.ok())
+        faults->append(added.text);
+    return isKnown.ok() ? fault.problem : isKnown.problem;
+}
+
+/// What verify() looks at, one inspection after the other.
+class Verifying
+{
+public:
+    Verifying(const OpenStore &store, const GoesOn &goesOn)
+        : mStore(store)
+        , mGoesOn(store.asking(goesOn))
+    {
+    }
+
+    Answer<Verification> run()
+    {
+        Problem problem = database();
+        if (problem.ok())
+            problem = inspections();
+        mFound.isComplete = problem.ok();
+        return {mFound, problem};
+    }
+
+private:
+    Problem database();
+    Problem inspections();
+    Problem record(Id id);
+    void pictures(const InspectionRows::Named &named);
+
+    const OpenStore &mStore;
+    const GoesOn mGoesOn;
+    Verification mFound;
+    bool mIsOurs = false; ///< a later version may write what is not known here
+};
+
+Problem Verifying::database()
+{
+    const Problem problem = checkWhole(*mStore.database, &mFound.databaseFaults);
+    if (!problem.ok())
+        return problem;
+    mIsOurs = Schema::check(*mStore.database).fault != Fault::LaterVersion;
+    const Answer<QString> bad = mIsOurs ? RowChecks::firstBad(*mStore.database) : Answer<QString>();
+    if (!bad.ok() && mFound.databaseFaults.isEmpty())
+        return bad.problem;
+    if (!bad.value.isEmpty())
+        mFound.databaseFaults << bad.value + QStringLiteral(" has a value that nothing here writes");
+    return {};
+}
+
+Problem Verifying::inspections()
+{
+    const Answer<QVector<InspectionRows::Named>> all = InspectionRows::allPictures(*mStore.database);
+    for (int i = 0; i < all.value.size(); ++i) {
+        if (!mGoesOn(i, all.value.size()))
+            return {Fault::Stopped, QStringLiteral("Stopped; not all was looked at")};
+        const Problem problem = record(all.value[i].inspection);
+        if (!problem.ok())
+            return problem;
+        pictures(all.value[i]);
+    }
+    return all.problem;
+}
+
+/// Whether it can be read back. One that is damaged ends nothing.
+Problem Verifying::record(Id id)
+{
+    const Problem unreadable = mIsOurs ? InspectionRows::one(*mStore.database, id).problem : Problem();
+    if (unreadable.fault == Fault::Damaged && mFound.databaseFaults.size() < mostFaults)
+        mFound.databaseFaults << unreadable.text;
+    return unreadable.fault == Fault::Damaged ? Problem() : unreadable;
+}
+
+void Verifying::pictures(const InspectionRows::Named &named)
+{
+    for (const QByteArray &hash : {named.pictures.source, named.pictures.annotated}) {
+        if (hash.isEmpty())
+            continue;
+        const Fault fault = mStore.pictures.read(hash).problem.fault;
+        if (fault != Fault::None)
+            mFound.pictureFaults.append({named.inspection, hash, fault});
+        ++mFound.pictures;
+    }
+}
+} // namespace
+
+Problem checkTables(const Database &database, QStringList *faults)
+{
+    Query query(database, "PRAGMA integrity_check");
+    query.run({});
+    while (query.next()) {
+        if (query.text(0) != QLatin1String(quickAnswer))
+            faults->append(query.text(0));
+    }
+    Query orphans(database, "PRAGMA foreign_key_check");
+    orphans.run({});
+    while (faults->size() < mostFaults && orphans.next())
+        faults->append(QStringLiteral("A row of %1 belongs to nothing").arg(orphans.text(0)));
+    return query.problem().ok() ? orphans.problem() : query.problem();
+}
+
+Answer<Verification> verifyStore(const OpenStore &store, const GoesOn &goesOn)
+{
+    return Verifying(store, goesOn).run();
+}
+
+} // namespace Records
