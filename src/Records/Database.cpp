@@ -121,7 +121,6 @@ Problem Database::open(Access access)
              "PRAGMA trusted_schema = OFF", // a file from elsewhere runs no code of its own
              "PRAGMA cell_size_check = ON", // damage is told, not followed
              "PRAGMA foreign_keys = ON",
-             "PRAGMA hard_heap_limit = 268435456", // bytes; the largest record takes a quarter of it
              "PRAGMA synchronous = FULL", // what was told to be stored outlives a power failure
          }) {
         const Problem problem = run(setting);
