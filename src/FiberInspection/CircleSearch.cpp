@@ -34,7 +34,8 @@ class Votes
 {
 public:
     Votes(const Edges &edges, int minRadius, int maxRadius)
-        : mVotes(cv::Mat::zeros(edges.points.size(), CV_32SC1))
+        : mImage(edges.points.size())
+        , mVotes(cv::Mat::zeros(mImage + cv::Size(1, 1), CV_32SC1))
     {
         for (int y = 0; y < edges.points.rows; ++y) {
             const auto *const isPoint = edges.points.ptr<uchar>(y);
@@ -54,7 +55,8 @@ public:
         }
     }
 
-    /// How many pixels have more votes than the threshold and than those beside them.
+    /// How many pixels have more votes than the threshold and than those beside them. To OpenCV the first row and the
+    /// first column are the frame, so the last ones are not.
     double centres(double threshold) const
     {
         double count = 0;
@@ -79,13 +81,14 @@ private:
         Place centre = point + step * minRadius;
         for (int radius = minRadius; radius <= maxRadius; ++radius, centre += step) {
             const cv::Point2l at(centre.x >> pixelBits, centre.y >> pixelBits);
-            if (at.x < 0 || at.x >= mVotes.cols || at.y < 0 || at.y >= mVotes.rows)
+            if (at.x < 0 || at.x >= mImage.width || at.y < 0 || at.y >= mImage.height)
                 return;
             ++mVotes.ptr<int>(static_cast<int>(at.y))[at.x];
         }
     }
 
-    cv::Mat mVotes;
+    const cv::Size mImage;
+    cv::Mat mVotes; ///< with a row and a column behind the last ones
 };
 
 /// The pixels of the square in which a circle around a centre lies, at most.
@@ -95,6 +98,11 @@ double pixelsAround(const cv::Size &image, int maxRadius)
     return std::min<double>(width, image.width) * std::min<double>(width, image.height);
 }
 } // namespace
+
+double CircleSearch::centres(const cv::Mat &gray) const
+{
+    return Votes(Edges(gray, edgeThreshold), minRadius, maxRadius).centres(votesThreshold);
+}
 
 bool CircleSearch::isAffordable(const cv::Mat &gray) const
 {
