@@ -11,6 +11,7 @@ namespace FiberInspection {
 namespace {
 constexpr double mostComparisons = 2e9; // at most five seconds of a processor; end faces need up to 1e8
 constexpr double mostBySize = 5 * mostComparisons; // no pattern needs more than a fifth of what its size allows
+constexpr double densest = 0.866; // of their distance squared, the place of each point where they lie closest together
 constexpr int pixelBits = 10; // places are in fractions of a pixel
 
 /// The points of the edges, and the way across the edge at each of them.
@@ -97,6 +98,18 @@ double pixelsAround(const cv::Size &image, int maxRadius)
     const double width = 2.0 * maxRadius + 1;
     return std::min<double>(width, image.width) * std::min<double>(width, image.height);
 }
+
+/// How many circles are kept, at most.
+double mostKept(const cv::Size &image, double distance)
+{
+    return (image.width + distance) * (image.height + distance) / (densest * distance * distance);
+}
+
+/// Each centre is compared with points, and then, as that of a circle, with the circles that are kept.
+double comparisons(double centres, double points, double kept)
+{
+    return centres * (points + std::min(centres, kept));
+}
 } // namespace
 
 double CircleSearch::centres(const cv::Mat &gray) const
@@ -106,9 +119,10 @@ double CircleSearch::centres(const cv::Mat &gray) const
 
 bool CircleSearch::isAffordable(const cv::Mat &gray) const
 {
-    const auto pixels = static_cast<double>(gray.total());
+    const double halfOfThem = static_cast<double>(gray.total()) / 2; // no two centres are neighbours
     const double around = pixelsAround(gray.size(), maxRadius);
-    if (pixels / 2 * around <= mostBySize)
+    const double kept = mostKept(gray.size(), distance);
+    if (comparisons(halfOfThem, around, kept) <= mostBySize)
         return true;
 
     const Edges edges(gray, edgeThreshold);
@@ -116,10 +130,11 @@ bool CircleSearch::isAffordable(const cv::Mat &gray) const
     const bool isByPoint = points < static_cast<double>(maxRadius) * maxRadius; // otherwise OpenCV scans the square
     const double compared = isByPoint ? points : around;
     const double votes = 2 * points * (static_cast<double>(maxRadius) - minRadius + 1);
-    const double mostCentres = std::min(pixels / 2, votes / std::max(1.0, votesThreshold));
-    if (compared * mostCentres <= mostComparisons)
+    const double mostCentres = std::min(halfOfThem, votes / std::max(1.0, votesThreshold));
+    if (comparisons(mostCentres, compared, kept) <= mostComparisons)
         return true;
-    return compared * Votes(edges, minRadius, maxRadius).centres(votesThreshold) <= mostComparisons;
+    const double centres = Votes(edges, minRadius, maxRadius).centres(votesThreshold);
+    return comparisons(centres, compared, kept) <= mostComparisons;
 }
 
 } // namespace FiberInspection

@@ -9,6 +9,8 @@
 #include <set>
 #include <vector>
 
+Q_DECLARE_METATYPE(cv::Size)
+
 using FiberInspection::CircleSearch;
 
 namespace {
@@ -34,8 +36,28 @@ std::vector<cv::Vec3f> centresOfOpenCv(const cv::Mat &gray, double votesThreshol
 
 CircleSearch searchOf(const cv::Mat &gray, double votesThreshold, int minRadius)
 {
-    return {edgeThreshold, votesThreshold, minRadius, std::max(gray.cols, gray.rows)};
+    return {edgeThreshold, votesThreshold, minRadius, std::max(gray.cols, gray.rows), 1};
 }
+
+/// As in a photograph of that width.
+CircleSearch searchOfPhotograph(const cv::Mat &gray)
+{
+    const int radius = gray.cols * 135 / 2 / 860;
+    return {edgeThreshold, 30, std::max(0, radius - 10), std::max(1, radius), 60};
+}
+
+cv::Mat tiled(const QByteArray &tile, const cv::Size &size)
+{
+    constexpr int side = 4;
+    cv::Mat mat(size, CV_8UC1);
+    for (int y = 0; y < mat.rows; ++y) {
+        for (int x = 0; x < mat.cols; ++x)
+            mat.at<uchar>(y, x) = static_cast<uchar>(tile.at(y % side * side + x % side));
+    }
+    return mat;
+}
+
+const QByteArray manyCentres("\x00\xA8\xA8\xA8\x00\x00\x00\x00\x00\xA8\xA8\xA8\x00\xA8\x00\xA8", 16);
 } // namespace
 
 class tst_CircleSearch : public QObject
@@ -90,6 +112,36 @@ private Q_SLOTS:
             QVERIFY(int(found[0]) == mat.cols - 1 || int(found[1]) == mat.rows - 1);
 
         QCOMPARE(searchOf(mat, votes, 30).centres(mat), double(expected.size()));
+    }
+
+    // All of them are compared with the thousands that are kept.
+    void aPictureOfCountlessSmallCirclesIsTooMuch()
+    {
+        const cv::Mat mat = tiled(manyCentres, {206, 81067});
+
+        QVERIFY(!searchOfPhotograph(mat).isAffordable(mat));
+    }
+
+    void whatIsNoAttackIsSearched_data()
+    {
+        QTest::addColumn<cv::Size>("size");
+        QTest::addColumn<int>("noiseLevel"); // gray levels
+        QTest::newRow("as from the camera") << cv::Size(800, 600) << 8;
+        QTest::newRow("as large as can be, and all of it noise") << cv::Size(4096, 4096) << 255;
+        QTest::newRow("upright") << cv::Size(3300, 5000) << 30;
+    }
+    void whatIsNoAttackIsSearched()
+    {
+        QFETCH(const cv::Size, size);
+        QFETCH(const int, noiseLevel);
+        cv::Mat mat(size, CV_8UC1, cv::Scalar(90));
+        const cv::Point middle(size.width / 2, size.height / 2);
+        const int radius = size.width * 62 / 860;
+        cv::circle(mat, middle, radius, cv::Scalar(160), cv::FILLED, cv::LINE_AA);
+        cv::circle(mat, middle, radius / 14, cv::Scalar(220), cv::FILLED, cv::LINE_AA);
+        cv::addWeighted(mat, 1, noise(size, 1), noiseLevel / 255.0, -noiseLevel / 2.0, mat);
+
+        QVERIFY(searchOfPhotograph(mat).isAffordable(mat));
     }
 };
 
