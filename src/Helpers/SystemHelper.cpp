@@ -312,13 +312,13 @@ QString quoted(const QString &text)
     return result;
 }
 
-/// No name is a host to tar, whatever colons it has, and these are left out. The command line is the one that is
-/// logged.
+/// To tar a name is neither a host, whatever colons it has, nor an escape of another one, whatever backslashes; and
+/// these are left out. The command line is the one that is logged.
 QProcessEnvironment environmentOfTar(const QStringList &excluded)
 {
     const QString name = QStringLiteral("TAR_OPTIONS");
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    QString options = environment.value(name) + QStringLiteral(" --force-local");
+    QString options = environment.value(name) + QStringLiteral(" --force-local --no-unquote");
     for (const QString &member : excluded)
         options += QStringLiteral(" --anchored --no-wildcards --exclude=") + quoted(member);
     environment.insert(name, options.trimmed());

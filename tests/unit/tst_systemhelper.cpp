@@ -1352,7 +1352,7 @@ private Q_SLOTS:
 
         QVERIFY(SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("o"))));
 
-        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("--exclude=x --force-local\n"));
+        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("--exclude=x --force-local --no-unquote\n"));
         QCOMPARE(qgetenv("TAR_OPTIONS"), QByteArray("--exclude=x"));
     }
 
@@ -1619,6 +1619,37 @@ private Q_SLOTS:
             QVERIFY(tar.waitForFinished());
             QCOMPARE(tar.readAll(), QByteArray(":logs/\n:logs/x\n"));
         }
+    }
+
+    void aBackslashInANameIsNoEscape_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("a file of the folder beside it") << QStringLiteral("..\\057secret\\057key");
+        QTest::newRow("the archive") << QStringLiteral("\\157.tar.gz");
+        QTest::newRow("a tab") << QStringLiteral("a\\tb");
+        QTest::newRow("a backslash") << QStringLiteral("a\\\\b");
+        QTest::newRow("nothing") << QStringLiteral("a\\");
+    }
+    void aBackslashInANameIsNoEscape()
+    {
+        QFETCH(const QString, name);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        for (const char *folder : {"in", "out", "secret"})
+            QVERIFY(QDir(dir.path()).mkdir(QLatin1String(folder)));
+        QVERIFY(write(dir.filePath(QStringLiteral("secret/key")), "secret"));
+        const QString source = dir.path() + QStringLiteral("/in/") + name;
+        QVERIFY(write(source, "named"));
+        const QString archive = dir.filePath(QStringLiteral("in/o.tar.gz"));
+        QVERIFY(write(archive, "former"));
+
+        QVERIFY2(SystemHelper::compressFile({source}, archive), qPrintable(log.asText().join(QLatin1Char('\n'))));
+
+        const QString out = dir.filePath(QStringLiteral("out"));
+        QCOMPARE(
+            QProcess::execute(QStringLiteral("tar"), {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), out}), 0);
+        QCOMPARE(QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList(name));
+        QCOMPARE(read(out + QLatin1Char('/') + name), QByteArray("named"));
     }
 
     void relativeFoldersLeadTarFromOneToTheNext()
