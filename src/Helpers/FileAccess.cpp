@@ -216,6 +216,16 @@ bool isOwnFile(const QString &path)
     return lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISREG(status.st_mode) && isOwn(status);
 }
 
+bool isPlanted(const QString &path)
+{
+    struct stat status = {};
+    const QByteArray name = QFile::encodeName(path);
+    if (lstat(name.constData(), &status) != 0 || isOwn(status))
+        return false;
+    const QByteArray folder = name.left(name.lastIndexOf('/') + 1);
+    return stat(folder.isEmpty() ? "." : folder.constData(), &status) != 0 || isWritableByOthers(status);
+}
+
 bool openForWriting(const QString &path, Existing existing, QFile *file)
 {
     const bool appends = existing == Existing::Append;

@@ -44,6 +44,9 @@ Found openOurs(const QString &path, QFile *file);
 bool isNothing(const QString &path); ///< not even a link that leads nowhere
 bool isOwnFile(const QString &path); ///< regular, and of root or us; no link to one
 
+/// Whether something is there that is neither root's nor ours, a link as well, in a folder that others can write.
+bool isPlanted(const QString &path);
+
 /// For writing text, as QFile does it. A pipe that nobody reads is not opened.
 bool openForWriting(const QString &path, Existing existing, QFile *file);
 

@@ -221,6 +221,10 @@ private:
             return staysInPlace(error);
         }
         mAside = aside;
+        if (FileAccess::isPlanted(QFile::decodeName(aside))) { // since it was looked at
+            putBack();
+            return false;
+        }
         beginLike(status);
         return true;
     }
@@ -283,6 +287,17 @@ bool isPackedItself(const QVector<PackedName> &names, const QString &archive)
         return stat(QFile::encodeName(name.path).constData(), &status) == 0 && status.st_dev == target.st_dev
             && status.st_ino == target.st_ino;
     });
+}
+
+/// Why the archive does not take the place of what has its name; empty if it may.
+QString objection(const QVector<PackedName> &names, const QString &archive)
+{
+    if (isPackedItself(names, archive))
+        return QStringLiteral("The archive would replace a file that it packs: ");
+    // Its owner, or what a link leads to, is the choice of whoever put it there.
+    if (FileAccess::isPlanted(asFile(archive)) || FileAccess::isPlanted(targetOf(archive)))
+        return QStringLiteral("What has the name of the archive is another user's: ");
+    return {};
 }
 
 /// The names that tar gives to files of the archive's folder, as far as it comes by them: below each of the folders
@@ -487,8 +502,9 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
         return false;
     }
     const QVector<PackedName> names = packedNames(words);
-    if (isPackedItself(names, words.at(archiveWord))) {
-        qWarning().noquote() << "The archive would replace a file that it packs: " << targetFilePath;
+    const QString objected = objection(names, words.at(archiveWord));
+    if (!objected.isEmpty()) {
+        qWarning().noquote() << objected << targetFilePath;
         return false;
     }
     const QStringList places = placesOfArchive(names, words.at(archiveWord));

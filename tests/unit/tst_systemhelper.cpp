@@ -1451,6 +1451,53 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
     }
 
+    void whatAnotherUserPutThereIsNoFormerArchive_data()
+    {
+        QTest::addColumn<int>("folderMode");
+        QTest::addColumn<uint>("owner");
+        QTest::addColumn<bool>("isLink");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("sticky") << 01777 << 1000U << false << false;
+        QTest::newRow("open to all") << 0777 << 1000U << false << false;
+        QTest::newRow("open to a group") << 0775 << 1000U << false << false;
+        QTest::newRow("sticky, a link") << 01777 << 1000U << true << false;
+        QTest::newRow("ours") << 01777 << 0U << false << true;
+        QTest::newRow("our link") << 01777 << 0U << true << true;
+        QTest::newRow("where only we can write") << 0755 << 1000U << false << true;
+    }
+
+    void whatAnotherUserPutThereIsNoFormerArchive()
+    {
+        QFETCH(const int, folderMode);
+        QFETCH(const uint, owner);
+        QFETCH(const bool, isLink);
+        QFETCH(const bool, isTaken);
+        if (geteuid() != 0)
+            QSKIP("only root gives a file away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("open/o.tar.gz"));
+        const QByteArray path = QFile::encodeName(archive);
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("open")));
+        const QString precious = dir.filePath(QStringLiteral("precious"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text") && write(precious, "precious"));
+        QVERIFY(isLink ? QFile::link(precious, archive) : write(archive, "planted"));
+        QVERIFY(lchown(path.constData(), owner, owner) == 0 && chown(folder.constData(), 0, 1001) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
+        const QByteArray before = read(archive);
+
+        QCOMPARE(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive), isTaken);
+
+        QCOMPARE(read(archive).startsWith("\x1f\x8b"), isTaken);
+        QCOMPARE(read(archive) == before, !isTaken);
+        QCOMPARE(QFileInfo(archive).isSymLink(), isLink);
+        QCOMPARE(log.warnings(),
+            isTaken ? QStringList()
+                    : QStringList(QStringLiteral("What has the name of the archive is another user's:  ") + archive));
+        QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
     // Nor is it read by a group that could not read the former one.
     void anArchiveOfAnotherGroupIsNotForOurs()
     {
