@@ -128,7 +128,6 @@ private Q_SLOTS:
         QTest::addColumn<int>("noiseLevel"); // gray levels
         QTest::newRow("as from the camera") << cv::Size(800, 600) << 8;
         QTest::newRow("as large as can be, and all of it noise") << cv::Size(4096, 4096) << 255;
-        QTest::newRow("upright") << cv::Size(3300, 5000) << 30;
     }
     void whatIsNoAttackIsSearched()
     {
