@@ -122,14 +122,14 @@ private Q_SLOTS:
         QVERIFY(!searchOfPhotograph(mat).isAffordable(mat));
     }
 
-    void whatIsNoAttackIsSearched_data()
+    void anHonestPictureOfAnySizeIsSearched_data()
     {
         QTest::addColumn<cv::Size>("size");
         QTest::addColumn<int>("noiseLevel"); // gray levels
         QTest::newRow("as from the camera") << cv::Size(800, 600) << 8;
         QTest::newRow("as large as can be, and all of it noise") << cv::Size(4096, 4096) << 255;
     }
-    void whatIsNoAttackIsSearched()
+    void anHonestPictureOfAnySizeIsSearched()
     {
         QFETCH(const cv::Size, size);
         QFETCH(const int, noiseLevel);
