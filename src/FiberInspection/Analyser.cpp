@@ -5,6 +5,7 @@
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
+#include "Helpers/FileAccess_p.h"
 #include "Helpers/WholeFile_p.h"
 
 #include <QDir>
@@ -24,14 +25,15 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// Copies in pieces.
+/// Copies a regular file in pieces.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
     QFile source(from);
     WholeFile target(to);
-    if (!source.open(QIODevice::ReadOnly) || !target.open())
+    if (!FileAccess::openRegular(from, &source) || !target.open()) // a pipe may have come to be there
         return false;
+    source.setTextModeEnabled(false);
     while (!source.atEnd()) {
         const QByteArray piece = source.read(pieceSize);
         if (piece.isEmpty() || !target.write(piece))

@@ -157,8 +157,8 @@ Circle AnalyserPrivate::findCladdingCircle(const cv::Mat &grayImage, float expec
 
     const auto minRadius = static_cast<int>(expectedCladdingRadius - minRadiusToleranceMargin);
     const auto maxRadius = static_cast<int>(expectedCladdingRadius);
-    if (!CircleSearch{cannyThreshold, accumulatorThreshold, std::max(0, minRadius), maxRadius}.isAffordable(
-            grayImage)) {
+    const CircleSearch search{cannyThreshold, accumulatorThreshold, std::max(0, minRadius), maxRadius, minDistance};
+    if (!search.isAffordable(grayImage)) {
         qCWarning(messageLog) << "Too many edges to look for the cladding";
         if (candidates)
             *candidates = notSearched;

@@ -11,6 +11,7 @@ namespace FiberInspection {
 namespace {
 constexpr double mostComparisons = 2e9; // at most five seconds of a processor; end faces need up to 1e8
 constexpr double mostBySize = 5 * mostComparisons; // no pattern needs more than a fifth of what its size allows
+constexpr double densest = 0.866; // of their distance squared, the place of each point where they lie closest together
 constexpr int pixelBits = 10; // places are in fractions of a pixel
 
 /// The points of the edges, and the way across the edge at each of them.
@@ -34,7 +35,8 @@ class Votes
 {
 public:
     Votes(const Edges &edges, int minRadius, int maxRadius)
-        : mVotes(cv::Mat::zeros(edges.points.size(), CV_32SC1))
+        : mImage(edges.points.size())
+        , mVotes(cv::Mat::zeros(mImage + cv::Size(1, 1), CV_32SC1))
     {
         for (int y = 0; y < edges.points.rows; ++y) {
             const auto *const isPoint = edges.points.ptr<uchar>(y);
@@ -54,7 +56,8 @@ public:
         }
     }
 
-    /// How many pixels have more votes than the threshold and than those beside them.
+    /// How many pixels have more votes than the threshold and than those beside them. To OpenCV the first row and the
+    /// first column are the frame, so the last ones are not.
     double centres(double threshold) const
     {
         double count = 0;
@@ -79,13 +82,14 @@ private:
         Place centre = point + step * minRadius;
         for (int radius = minRadius; radius <= maxRadius; ++radius, centre += step) {
             const cv::Point2l at(centre.x >> pixelBits, centre.y >> pixelBits);
-            if (at.x < 0 || at.x >= mVotes.cols || at.y < 0 || at.y >= mVotes.rows)
+            if (at.x < 0 || at.x >= mImage.width || at.y < 0 || at.y >= mImage.height)
                 return;
             ++mVotes.ptr<int>(static_cast<int>(at.y))[at.x];
         }
     }
 
-    cv::Mat mVotes;
+    const cv::Size mImage;
+    cv::Mat mVotes; ///< with a row and a column behind the last ones
 };
 
 /// The pixels of the square in which a circle around a centre lies, at most.
@@ -94,13 +98,31 @@ double pixelsAround(const cv::Size &image, int maxRadius)
     const double width = 2.0 * maxRadius + 1;
     return std::min<double>(width, image.width) * std::min<double>(width, image.height);
 }
+
+/// How many circles are kept, at most.
+double mostKept(const cv::Size &image, double distance)
+{
+    return (image.width + distance) * (image.height + distance) / (densest * distance * distance);
+}
+
+/// Each centre is compared with points, and then, as that of a circle, with the circles that are kept.
+double comparisons(double centres, double points, double kept)
+{
+    return centres * (points + std::min(centres, kept));
+}
 } // namespace
+
+double CircleSearch::centres(const cv::Mat &gray) const
+{
+    return Votes(Edges(gray, edgeThreshold), minRadius, maxRadius).centres(votesThreshold);
+}
 
 bool CircleSearch::isAffordable(const cv::Mat &gray) const
 {
-    const auto pixels = static_cast<double>(gray.total());
+    const double halfOfThem = static_cast<double>(gray.total()) / 2; // no two centres are neighbours
     const double around = pixelsAround(gray.size(), maxRadius);
-    if (pixels / 2 * around <= mostBySize)
+    const double kept = mostKept(gray.size(), distance);
+    if (comparisons(halfOfThem, around, kept) <= mostBySize)
         return true;
 
     const Edges edges(gray, edgeThreshold);
@@ -108,10 +130,11 @@ bool CircleSearch::isAffordable(const cv::Mat &gray) const
     const bool isByPoint = points < static_cast<double>(maxRadius) * maxRadius; // otherwise OpenCV scans the square
     const double compared = isByPoint ? points : around;
     const double votes = 2 * points * (static_cast<double>(maxRadius) - minRadius + 1);
-    const double mostCentres = std::min(pixels / 2, votes / std::max(1.0, votesThreshold));
-    if (compared * mostCentres <= mostComparisons)
+    const double mostCentres = std::min(halfOfThem, votes / std::max(1.0, votesThreshold));
+    if (comparisons(mostCentres, compared, kept) <= mostComparisons)
         return true;
-    return compared * Votes(edges, minRadius, maxRadius).centres(votesThreshold) <= mostComparisons;
+    const double centres = Votes(edges, minRadius, maxRadius).centres(votesThreshold);
+    return comparisons(centres, compared, kept) <= mostComparisons;
 }
 
 } // namespace FiberInspection

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/ExceptionText_p.h"
 #include "FiberInspection/FiberRealtimeAnalyserRunnable_p.h"
 #include "FiberInspection/LiveAnalysisLink_p.h"
 #include "FiberInspection/Log_p.h"
@@ -118,10 +119,12 @@ LiveReading readingWithout(LiveReading::State state, const QString &detail = {})
     return reading;
 }
 
-LiveReading broken(const std::exception &exception)
+/// Of the exception that is being handled.
+LiveReading broken()
 {
-    qCWarning(messageLog) << "frame not analysed:" << exception.what();
-    return readingWithout(LiveReading::State::AnalysisBroken, QString::fromLocal8Bit(exception.what()));
+    const QByteArray text = exceptionText();
+    qCWarning(messageLog) << "frame not analysed:" << text.constData();
+    return readingWithout(LiveReading::State::AnalysisBroken, QString::fromLocal8Bit(text));
 }
 
 LiveReading::State stateOf(bool fits, double focusValue)
@@ -222,8 +225,8 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
         const std::shared_ptr<Work> work = mWork;
         try {
             startAnalysis(*frame, fiberRealtimeAnalyser, work);
-        } catch (const std::exception &exception) { // out of memory or threads: this frame is dropped
-            fiberRealtimeAnalyser->publish(broken(exception));
+        } catch (...) { // out of memory or threads: this frame is dropped
+            fiberRealtimeAnalyser->publish(broken());
         }
     }
     return *frame;
@@ -267,13 +270,13 @@ void FiberRealtimeAnalyserRunnable::processImage(
     LiveReading reading;
     try {
         reading = readingOf(luminance, width, height);
-    } catch (const std::exception &exception) {
-        reading = broken(exception);
+    } catch (...) {
+        reading = broken();
     }
     try {
         fiberRealtimeAnalyser.publish(reading);
-    } catch (const std::exception &exception) { // of a receiver
-        qCWarning(messageLog) << "frame not analysed:" << exception.what();
+    } catch (...) { // of a receiver
+        qCWarning(messageLog) << "frame not analysed:" << exceptionText().constData();
     }
 }
 

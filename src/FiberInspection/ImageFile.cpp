@@ -1,17 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Inspection.h"
+#include "Helpers/FileAccess_p.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <atomic>
+#include <cerrno>
+#include <cstring>
 
 namespace FiberInspection {
 
 namespace {
 constexpr qint64 maxFileSize = LoadedImage::maxFileSize;
 constexpr qint64 largestMaxPixels = 1024LL * 1024 * 1024; // what OpenCV can hold
+
+/// What is there may have become a pipe since it was looked at, and to open one would wait for a writer.
+bool openFile(const QString &path, QFile *file)
+{
+    if (path.startsWith(QLatin1Char(':'))) // a resource of Qt
+        return file->open(QIODevice::ReadOnly);
+    if (!FileAccess::openRegular(path, file))
+        return false;
+    file->setTextModeEnabled(false); // every byte counts
+    return true;
+}
 
 /// The whole content, as far as it is bearable. The size that a file states may be out of date, or 0 for any content.
 QByteArray readBounded(QFile *file)
@@ -45,12 +59,13 @@ ImageFile ImageFile::read(const QString &path)
     const QFileInfo info(path);
     if (!info.exists())
         return unreadable(QStringLiteral("no such file"), ImageFault::Missing);
-    if (!info.isFile()) // opening a pipe would wait for a writer
-        return unreadable(QStringLiteral("not a file"), ImageFault::NotAFile);
-
+    const bool isFile = info.isFile();
+    errno = 0;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return unreadable(file.errorString());
+    if (isFile && !openFile(path, &file) && errno != 0)
+        return unreadable(QString::fromLocal8Bit(std::strerror(errno)));
+    if (!file.isOpen())
+        return unreadable(QStringLiteral("not a file"), ImageFault::NotAFile);
     if (file.size() > maxFileSize)
         return unreadable(QStringLiteral("%1 bytes are too many").arg(file.size()), ImageFault::TooLarge);
     const QByteArray bytes = readBounded(&file);

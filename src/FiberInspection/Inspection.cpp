@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/Inspection.h"
 
+#include "FiberInspection/ExceptionText_p.h"
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
 
@@ -17,9 +18,9 @@ const QLoggingCategory &inspectionLog()
     return category;
 }
 
-QString textOf(const std::exception &exception)
+QString detailOfException()
 {
-    return QString::fromUtf8(exception.what()).simplified();
+    return QString::fromUtf8(exceptionText()).simplified();
 }
 
 /// On the calling thread: OpenCV does not share out what is nested in a loop of its own. Of one photograph its threads
@@ -44,8 +45,8 @@ Inspection inspectQuietly(Standard::Id standardId, const Device &device, const I
         if (inspection.hasVerdict())
             trace.finished(inspection.passed());
         return inspection;
-    } catch (const std::exception &exception) {
-        return InspectionCore::broken(standardId, textOf(exception));
+    } catch (...) {
+        return InspectionCore::broken(standardId, detailOfException());
     }
 }
 
@@ -55,8 +56,8 @@ LoadedImage loadQuietly(Load load)
     const LogScope log(inspectionLog());
     try {
         return load();
-    } catch (const std::exception &exception) {
-        return {{}, Inspection::Reason::AnalysisBroken, textOf(exception)};
+    } catch (...) {
+        return {{}, Inspection::Reason::AnalysisBroken, detailOfException()};
     }
 }
 

@@ -230,6 +230,16 @@ bool isWithin(const QString &path, const QString &folder)
     return outer.exists() && withSlash(info.canonicalFilePath()).startsWith(withSlash(outer.canonicalFilePath()));
 }
 
+bool isPlanted(const QString &path)
+{
+    struct stat status = {};
+    const QByteArray name = QFile::encodeName(path);
+    if (lstat(name.constData(), &status) != 0 || isOwn(status))
+        return false;
+    const QByteArray folder = name.left(name.lastIndexOf('/') + 1);
+    return stat(folder.isEmpty() ? "." : folder.constData(), &status) != 0 || isWritableByOthers(status);
+}
+
 bool openForWriting(const QString &path, Existing existing, QFile *file)
 {
     const bool appends = existing == Existing::Append;

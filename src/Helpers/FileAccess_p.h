@@ -47,6 +47,9 @@ bool isOwnFile(const QString &path); ///< regular, and of root or us; no link to
 /// Whether a path leads to the folder or below it, behind all links. It need not be there yet; the folder has to be.
 bool isWithin(const QString &path, const QString &folder);
 
+/// Whether something is there that is neither root's nor ours, a link as well, in a folder that others can write.
+bool isPlanted(const QString &path);
+
 /// For writing text, as QFile does it. A pipe that nobody reads is not opened.
 bool openForWriting(const QString &path, Existing existing, QFile *file);
 

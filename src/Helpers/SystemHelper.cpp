@@ -221,6 +221,10 @@ private:
             return staysInPlace(error);
         }
         mAside = aside;
+        if (FileAccess::isPlanted(QFile::decodeName(aside))) { // since it was looked at
+            putBack();
+            return false;
+        }
         beginLike(status);
         return true;
     }
@@ -285,6 +289,17 @@ bool isPackedItself(const QVector<PackedName> &names, const QString &archive)
     });
 }
 
+/// Why the archive does not take the place of what has its name; empty if it may.
+QString objection(const QVector<PackedName> &names, const QString &archive)
+{
+    if (isPackedItself(names, archive))
+        return QStringLiteral("The archive would replace a file that it packs: ");
+    // Its owner, or what a link leads to, is the choice of whoever put it there.
+    if (FileAccess::isPlanted(asFile(archive)) || FileAccess::isPlanted(targetOf(archive)))
+        return QStringLiteral("What has the name of the archive is another user's: ");
+    return {};
+}
+
 /// The names that tar gives to files of the archive's folder, as far as it comes by them: below each of the folders
 /// that it packs, up to the slash before the name.
 QStringList placesOfArchive(const QVector<PackedName> &names, const QString &archive)
@@ -312,13 +327,13 @@ QString quoted(const QString &text)
     return result;
 }
 
-/// No name is a host to tar, whatever colons it has, and these are left out. The command line is the one that is
-/// logged.
+/// To tar a name is neither a host, whatever colons it has, nor an escape of another one, whatever backslashes; and
+/// these are left out. The command line is the one that is logged.
 QProcessEnvironment environmentOfTar(const QStringList &excluded)
 {
     const QString name = QStringLiteral("TAR_OPTIONS");
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    QString options = environment.value(name) + QStringLiteral(" --force-local");
+    QString options = environment.value(name) + QStringLiteral(" --force-local --no-unquote");
     for (const QString &member : excluded)
         options += QStringLiteral(" --anchored --no-wildcards --exclude=") + quoted(member);
     environment.insert(name, options.trimmed());
@@ -487,8 +502,9 @@ bool SystemHelper::compressFile(const QStringList &sourceFiles, const QString &t
         return false;
     }
     const QVector<PackedName> names = packedNames(words);
-    if (isPackedItself(names, words.at(archiveWord))) {
-        qWarning().noquote() << "The archive would replace a file that it packs: " << targetFilePath;
+    const QString objected = objection(names, words.at(archiveWord));
+    if (!objected.isEmpty()) {
+        qWarning().noquote() << objected << targetFilePath;
         return false;
     }
     const QStringList places = placesOfArchive(names, words.at(archiveWord));

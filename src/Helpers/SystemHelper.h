@@ -81,7 +81,8 @@ public:
     /// Packs files, and folders with all they hold, under their bare names; but not the archive itself, neither the new
     /// nor the former one, wherever it lies. Paths must not contain blanks; names that tar takes for options are
     /// refused. A run that fails leaves no half archive, and the former one of that name as it was: until tar has ended
-    /// it stands beside the new one, as .archive.XXXXXX with a random end.
+    /// it stands beside the new one, as .archive.XXXXXX with a random end. In a folder that others can write, what has
+    /// the name of the archive must be root's or ours: another user could have put it there.
     static bool compressFile(const QStringList &sourceFiles, const QString &targetFilePath);
 
     /// @return the 16 bytes of the MD5 sum; empty for what is no readable regular file, or beyond maximumChecksummed;

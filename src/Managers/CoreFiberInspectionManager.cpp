@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Managers/CoreFiberInspectionManager.h"
 
+#include "FiberInspection/ExceptionText_p.h"
+
 #include <QDebug>
 #include <QPointer>
-
-#include <exception>
 
 CoreFiberInspectionManager *CoreFiberInspectionManager::mInstance = nullptr;
 
@@ -47,8 +47,8 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
     FiberInspection::FiledInspection filed; // without a verdict until there is one
     try {
         filed = analyser.inspectAndFile(standardId, name);
-    } catch (const std::exception &exception) { // in an event loop it would end the application
-        qWarning() << "inspection ended by an exception:" << exception.what();
+    } catch (...) { // in an event loop it would end the application
+        qWarning() << "inspection ended by an exception:" << FiberInspection::exceptionText().constData();
     }
 
     if (!self)

@@ -31,6 +31,7 @@ void FiberManager::requestAnalyse(const QString &name, int standardId)
 void FiberManager::forgetRequests()
 {
     mForgotten = mAwaited;
+    ++mTurn;
 }
 
 void FiberManager::passOn(
@@ -39,8 +40,9 @@ void FiberManager::passOn(
     if (!takeAnswer())
         return;
     const QPointer<FiberManager> self(this);
+    const quint64 turn = mTurn;
     Q_EMIT inspected(inspection, resultFilePath);
-    if (self)
+    if (self && mTurn == turn) // or the page would show the verdict on an earlier face in the end
         Q_EMIT analyseFinished(inspection.passed(), sourceFilePath, resultFilePath);
 }
 
@@ -48,8 +50,10 @@ void FiberManager::passOn(
 bool FiberManager::takeAnswer()
 {
     mAwaited = qMax(0, mAwaited - 1); // others may ask the manager, too
-    if (mForgotten == 0)
+    if (mForgotten == 0) {
+        ++mTurn;
         return true;
+    }
     --mForgotten;
     return false;
 }

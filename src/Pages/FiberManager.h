@@ -47,7 +47,8 @@ Q_SIGNALS:
     void analyseFinished(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
     void analyseFailed();
 
-    /// Just before analyseFinished(), with all that stands behind the verdict.
+    /// Just before analyseFinished(), with all that stands behind the verdict. When a receiver runs an event loop in
+    /// which a later answer comes or the requests are forgotten, there is no analyseFinished() for this one.
     void inspected(const FiberInspection::Inspection &inspection, const QString &resultFilePath);
 
     /// To the manager.
@@ -61,4 +62,5 @@ private:
     StandardModel mStandards;
     int mAwaited = 0; ///< answers that the manager owes; it gives one to each request, in their order
     int mForgotten = 0; ///< the first so many of them
+    quint64 mTurn = 0; ///< of answers that were passed on, and of pages that were left
 };

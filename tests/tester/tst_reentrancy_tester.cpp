@@ -108,6 +108,14 @@ private:
         return !isThere || writeFile(path, fibre.jpeg());
     }
 
+    /// Whose verdict is told, by the name of the request, and what failed.
+    void hearAnswers(FiberManager *fibers, QStringList *answers)
+    {
+        connect(fibers, &FiberManager::analyseFinished, this,
+            [answers](bool, const QString &source) { *answers << QFileInfo(source).dir().dirName(); });
+        connect(fibers, &FiberManager::analyseFailed, this, [answers] { *answers << QStringLiteral("failed"); });
+    }
+
 private Q_SLOTS:
     void initTestCase()
     {
@@ -211,46 +219,110 @@ private Q_SLOTS:
         const QPointer<FiberManager> fibers = new FiberManager(&inspections);
         const QPointer<InspectionDetails> details = new InspectionDetails(fibers);
         bool isDone = false;
-        int answers = 0;
-        const auto request = [&] { fibers->requestAnalyse(QStringLiteral("port 1"), anyStandard); };
+        QStringList answers;
+        hearAnswers(fibers, &answers);
         const auto hear = [&](const char *heard, QObject *sender) {
             if (moment != QLatin1String(heard) || isDone)
                 return;
             isDone = true;
-            carryOut(deed, sender, request);
+            carryOut(deed, sender, [&] { fibers->requestAnalyse(QStringLiteral("port 2"), anyStandard); });
         };
-        connect(fibers, &FiberManager::analyseFinished, this, [&] {
-            ++answers;
-            hear("finished", fibers);
-        });
-        connect(fibers, &FiberManager::analyseFailed, this, [&] {
-            ++answers;
-            hear("failed", fibers);
-        });
+        connect(fibers, &FiberManager::analyseFinished, this, [&] { hear("finished", fibers); });
+        connect(fibers, &FiberManager::analyseFailed, this, [&] { hear("failed", fibers); });
         connect(details, &InspectionDetails::changed, this, [&] { hear("details", details); });
 
-        request();
+        fibers->requestAnalyse(QStringLiteral("port 1"), anyStandard);
 
         QVERIFY(isDone);
-        QCOMPARE(answers, deletes(deed) ? 1 : 2);
+        const bool isFailed = moment == QStringLiteral("failed");
+        const QString first = isFailed ? QStringLiteral("failed") : QStringLiteral("port 1");
+        const QString second = isFailed ? QStringLiteral("failed") : QStringLiteral("port 2");
+        const bool isOvertaken = moment == QStringLiteral("details");
+        QCOMPARE(answers,
+            deletes(deed)     ? QStringList{first}
+                : isOvertaken ? QStringList{second}
+                              : (QStringList{first, second}));
         delete details;
         delete fibers;
     }
 
+    void aVerdictThatIsOutOfDateBeforeItIsToldIsDropped_data()
+    {
+        QTest::addColumn<bool>("isForgotten");
+        QTest::addColumn<bool>("isRequested");
+        QTest::addColumn<bool>("isThere");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList next(QStringLiteral("port 2"));
+        QTest::newRow("its page is left") << true << false << true << QStringList();
+        QTest::newRow("its page is left, and the next face inspected") << true << true << true << next;
+        QTest::newRow("the next face is inspected") << false << true << true << next;
+        QTest::newRow("the next photograph fails") << false << true << false << QStringList(QStringLiteral("failed"));
+        QTest::newRow("nothing") << false << false << true << QStringList(QStringLiteral("port 1"));
+    }
+    void aVerdictThatIsOutOfDateBeforeItIsToldIsDropped()
+    {
+        QFETCH(const bool, isForgotten);
+        QFETCH(const bool, isRequested);
+        QFETCH(const bool, isThere);
+        QFETCH(const QStringList, expected);
+        QVERIFY(setFace(true));
+        InspectionManager inspections; // in this thread
+        Q_EMIT inspections.requestStart();
+        FiberManager fibers(&inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+        bool isDone = false;
+        connect(&fibers, &FiberManager::inspected, this, [&] {
+            if (isDone)
+                return;
+            isDone = true;
+            QVERIFY(setFace(isThere));
+            QVERIFY(NestedLoop::runWith([&] {
+                if (isForgotten)
+                    fibers.forgetRequests();
+                if (isRequested)
+                    fibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+            }));
+        });
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QVERIFY(isDone);
+        QCOMPARE(answers, expected);
+        answers.clear();
+        QVERIFY(setFace(true));
+        fibers.requestAnalyse(QStringLiteral("port 3"), anyStandard);
+        QCOMPARE(answers, QStringList(QStringLiteral("port 3")));
+    }
+
     void aRequestAfterTheManagersEndIsHarmless()
     {
+        QVERIFY(setFace(true));
         QThread thread;
         auto *const inspections = new InspectionManager;
         FiberManager fibers(inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+        Q_EMIT inspections->requestStart();
         inspections->moveToThread(&thread);
         connect(&thread, &QThread::finished, inspections, &QObject::deleteLater);
         thread.start();
         thread.quit();
         QVERIFY(thread.wait(NestedLoop::patience));
+        QVERIFY(!CoreFiberInspectionManager::instance());
+
+        InspectionManager next;
+        Q_EMIT next.requestStart();
+        FiberManager nextFibers(&next);
+        QStringList nextAnswers;
+        hearAnswers(&nextFibers, &nextAnswers);
 
         fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        nextFibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+        QCoreApplication::processEvents();
 
-        QVERIFY(!CoreFiberInspectionManager::instance());
+        QCOMPARE(answers, QStringList()); // the next manager answers to others
+        QCOMPARE(nextAnswers, QStringList(QStringLiteral("port 2")));
     }
 
     void anAnswerThatNobodyWaitsForIsNotTakenForTheNextOne()

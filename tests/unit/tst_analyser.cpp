@@ -3,6 +3,7 @@
 #include "Faults.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/Inspection.h"
 #include "LogCapture.h"
 #include "WorkDir.h"
 
@@ -15,11 +16,14 @@
 #include <QtTest>
 
 #include <csignal>
+#include <cstdarg>
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <stdexcept>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <utility>
 #include <vector>
 
@@ -57,6 +61,37 @@ std::function<void()> &beforeRename()
     static std::function<void()> deed;
     return deed;
 }
+
+/// Gives way to a pipe just before it is opened for the first time.
+QString &pathOfPipe()
+{
+    static QString path;
+    return path;
+}
+
+bool &isPipeWaitedFor()
+{
+    static bool isWaitedFor = false;
+    return isWaitedFor;
+}
+
+/// The flags with which the file is opened in truth: nobody has to wait.
+int flagsFor(const char *path, int flags)
+{
+    if (pathOfPipe().isEmpty() || pathOfPipe() != QFile::decodeName(path))
+        return flags;
+    QFile::remove(std::exchange(pathOfPipe(), QString()));
+    isPipeWaitedFor() = mkfifo(path, S_IRUSR | S_IWUSR) != 0 || (flags & O_NONBLOCK) == 0;
+    return flags | O_NONBLOCK;
+}
+
+int openAs(const char *symbol, const char *path, int flags, va_list arguments)
+{
+    const bool hasMode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+    const mode_t mode = hasMode ? va_arg(arguments, mode_t) : 0;
+    const auto real = reinterpret_cast<int (*)(const char *, int, ...)>(dlsym(RTLD_NEXT, symbol));
+    return real(path, flagsFor(path, flags), mode);
+}
 } // namespace
 
 // Stands before the one of the C library, also for the library under test.
@@ -78,6 +113,26 @@ extern "C" int rename(const char *from, const char *to)
         deed();
     static const auto real = reinterpret_cast<int (*)(const char *, const char *)>(dlsym(RTLD_NEXT, "rename"));
     return real(from, to);
+}
+
+// The library's and Qt's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int open(const char *path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const int file = openAs("open", path, flags, arguments);
+    va_end(arguments);
+    return file;
+}
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
+extern "C" int open64(const char *path, int flags, ...)
+{
+    va_list arguments;
+    va_start(arguments, flags);
+    const int file = openAs("open64", path, flags, arguments);
+    va_end(arguments);
+    return file;
 }
 
 namespace {
@@ -468,6 +523,33 @@ private Q_SLOTS:
         QVERIFY(analyser.analyse(anyStandard, QStringLiteral("port 1")).error());
 
         QVERIFY(log.warnings().contains(missing(BaseDirHelper::tmpFiberInspectionImagePath())));
+    }
+
+    void aPipeInPlaceOfAPhotographIsNotWaitedFor()
+    {
+        const QString path = BaseDirHelper::tmpFiberInspectionImagePath();
+        pathOfPipe() = path;
+
+        const FiberInspection::LoadedImage image = FiberInspection::loadImage(path);
+
+        QVERIFY(pathOfPipe().isEmpty() && !isPipeWaitedFor());
+        QVERIFY(image.image.isNull());
+        QCOMPARE(image.reason, Inspection::Reason::NotAFile);
+    }
+
+    void aPipeInPlaceOfTheFormerResultIsNotWaitedFor()
+    {
+        const QString path = BaseDirHelper::tmpFiberInspectionResultImagePath();
+        QVERIFY(setCameraImage("no picture")); // without a verdict the result is the one of before
+        QVERIFY(writeFile(path, "former result"));
+        Analyser analyser;
+        pathOfPipe() = path;
+
+        analyser.analyse(anyStandard, QStringLiteral("pipe"));
+
+        QVERIFY(pathOfPipe().isEmpty() && !isPipeWaitedFor());
+        QVERIFY(!QFileInfo::exists(analyser.lastResultImagePath()));
+        QVERIFY(mLog->warnings().contains(notFiled(analyser.lastResultImagePath())));
     }
 
     void aFolderInPlaceOfAPictureStays()

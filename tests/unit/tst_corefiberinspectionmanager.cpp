@@ -123,6 +123,12 @@ public:
     QString applicationDirName() override { throw std::runtime_error("no directories today"); }
 };
 
+class OddlyFailingDirectories : public BaseDirHelper
+{
+public:
+    QString applicationDirName() override { throw 5; }
+};
+
 /// One inspection with only so much memory left. Prints "finished" or "failed", then the warnings.
 int inspectStarved(int argc, char **argv)
 {
@@ -540,6 +546,21 @@ private Q_SLOTS:
         QCOMPARE(mLog->warnings(),
             QStringList() << QStringLiteral("inspection ended by an exception: no directories today")
                           << QStringLiteral("inspection ended by an exception: no directories today"));
+    }
+
+    void anExceptionOfAnyTypeIsAFailure()
+    {
+        mWorkDir.reset();
+        const OddlyFailingDirectories directories;
+        WorkingManager manager;
+        manager.start();
+
+        manager.request(QStringLiteral("port 1"));
+
+        QTRY_COMPARE(manager.answers().size(), 1);
+        QVERIFY(manager.answers().constFirst().failed);
+        QCOMPARE(mLog->warnings(),
+            QStringList(QStringLiteral("inspection ended by an exception: an exception of an unknown type")));
     }
 
     void anInspectionAfterAnExceptionGoesWell()

@@ -1022,12 +1022,17 @@ private Q_SLOTS:
     {
         LiveView view;
         const auto fail = [](int *, int *) -> uchar * { throw std::runtime_error("cable pulled"); };
+        const auto failOtherwise = [](int *, int *) -> uchar * { throw 5; };
         const QVideoFrame frame(new OwnBuffer(fail), QSize(800, 600), usualFormat);
+        const QVideoFrame otherFrame(new OwnBuffer(failOtherwise), QSize(800, 600), usualFormat);
 
         QVERIFY(view.analyse(frame) == frame);
+        QVERIFY(view.analyse(otherFrame) == otherFrame);
 
         QVERIFY(showsNothing(view));
-        QCOMPARE(mLog->warnings(), QStringList{QStringLiteral("frame not analysed: cable pulled")});
+        QCOMPARE(mLog->warnings(),
+            (QStringList{QStringLiteral("frame not analysed: cable pulled"),
+                QStringLiteral("frame not analysed: an exception of an unknown type")}));
     }
 
     void anExceptionInThePoolThreadDropsTheFrame()

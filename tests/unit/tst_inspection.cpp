@@ -24,6 +24,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <malloc.h>
 #include <stdexcept>
@@ -37,6 +38,7 @@ using namespace FiberInspection;
 using Reason = Inspection::Reason;
 
 Q_DECLARE_METATYPE(FiberInspection::Inspection::Reason)
+Q_DECLARE_METATYPE(std::function<void()>)
 
 namespace {
 constexpr int mappedSize = 64 * 1024; ///< bytes; a piece of memory as large as this is gone when it is freed
@@ -556,15 +558,29 @@ private Q_SLOTS:
             QCOMPARE(inspect(face, usual, {QStringLiteral("any"), fov}).reason(), Reason::NoFibre);
     }
 
+    void anExceptionOfTheReceiverEndsTheInspection_data()
+    {
+        QTest::addColumn<std::function<void()>>("end");
+        QTest::addColumn<QString>("detail");
+        const auto row = [](const char *name, const std::function<void()> &end, const char *detail) {
+            QTest::newRow(name) << end << QString::fromUtf8(detail);
+        };
+        row(
+            "of the standard library", [] { throw std::runtime_error("no more"); }, "no more");
+        row(
+            "of no kind that is known", [] { throw 5; }, "an exception of an unknown type");
+    }
     void anExceptionOfTheReceiverEndsTheInspection()
     {
+        QFETCH(const std::function<void()>, end);
+        QFETCH(const QString, detail);
         InspectionOptions options;
-        options.onStep = [](const QString &, const QImage &) { throw std::runtime_error("no more"); };
+        options.onStep = [&end](const QString &, const QImage &) { end(); };
 
         const Inspection inspection = inspect(paintedFace("clean"), usual, Device::ks20(), options);
 
         QCOMPARE(inspection.reason(), Reason::AnalysisBroken);
-        QCOMPARE(inspection.detail(), QStringLiteral("no more"));
+        QCOMPARE(inspection.detail(), detail);
         QVERIFY(inspection.result().error());
         QCOMPARE(inspection.result().core().rules.size(), Standard(usual).core().rules.size());
     }

@@ -1352,7 +1352,7 @@ private Q_SLOTS:
 
         QVERIFY(SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("o"))));
 
-        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("--exclude=x --force-local\n"));
+        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("--exclude=x --force-local --no-unquote\n"));
         QCOMPARE(qgetenv("TAR_OPTIONS"), QByteArray("--exclude=x"));
     }
 
@@ -1449,6 +1449,53 @@ private Q_SLOTS:
         QCOMPARE(status.st_gid, gid_t(1001));
         QCOMPARE(int(status.st_mode & 0777), mode);
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
+    }
+
+    void whatAnotherUserPutThereIsNoFormerArchive_data()
+    {
+        QTest::addColumn<int>("folderMode");
+        QTest::addColumn<uint>("owner");
+        QTest::addColumn<bool>("isLink");
+        QTest::addColumn<bool>("isTaken");
+        QTest::newRow("sticky") << 01777 << 1000U << false << false;
+        QTest::newRow("open to all") << 0777 << 1000U << false << false;
+        QTest::newRow("open to a group") << 0775 << 1000U << false << false;
+        QTest::newRow("sticky, a link") << 01777 << 1000U << true << false;
+        QTest::newRow("ours") << 01777 << 0U << false << true;
+        QTest::newRow("our link") << 01777 << 0U << true << true;
+        QTest::newRow("where only we can write") << 0755 << 1000U << false << true;
+    }
+
+    void whatAnotherUserPutThereIsNoFormerArchive()
+    {
+        QFETCH(const int, folderMode);
+        QFETCH(const uint, owner);
+        QFETCH(const bool, isLink);
+        QFETCH(const bool, isTaken);
+        if (geteuid() != 0)
+            QSKIP("only root gives a file away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("open/o.tar.gz"));
+        const QByteArray path = QFile::encodeName(archive);
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("open")));
+        const QString precious = dir.filePath(QStringLiteral("precious"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text") && write(precious, "precious"));
+        QVERIFY(isLink ? QFile::link(precious, archive) : write(archive, "planted"));
+        QVERIFY(lchown(path.constData(), owner, owner) == 0 && chown(folder.constData(), 0, 1001) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
+        const QByteArray before = read(archive);
+
+        QCOMPARE(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive), isTaken);
+
+        QCOMPARE(read(archive).startsWith("\x1f\x8b"), isTaken);
+        QCOMPARE(read(archive) == before, !isTaken);
+        QCOMPARE(QFileInfo(archive).isSymLink(), isLink);
+        QCOMPARE(log.warnings(),
+            isTaken ? QStringList()
+                    : QStringList(QStringLiteral("What has the name of the archive is another user's:  ") + archive));
+        QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
     // Nor is it read by a group that could not read the former one.
@@ -1619,6 +1666,37 @@ private Q_SLOTS:
             QVERIFY(tar.waitForFinished());
             QCOMPARE(tar.readAll(), QByteArray(":logs/\n:logs/x\n"));
         }
+    }
+
+    void aBackslashInANameIsNoEscape_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("a file of the folder beside it") << QStringLiteral("..\\057secret\\057key");
+        QTest::newRow("the archive") << QStringLiteral("\\157.tar.gz");
+        QTest::newRow("a tab") << QStringLiteral("a\\tb");
+        QTest::newRow("a backslash") << QStringLiteral("a\\\\b");
+        QTest::newRow("nothing") << QStringLiteral("a\\");
+    }
+    void aBackslashInANameIsNoEscape()
+    {
+        QFETCH(const QString, name);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        for (const char *folder : {"in", "out", "secret"})
+            QVERIFY(QDir(dir.path()).mkdir(QLatin1String(folder)));
+        QVERIFY(write(dir.filePath(QStringLiteral("secret/key")), "secret"));
+        const QString source = dir.path() + QStringLiteral("/in/") + name;
+        QVERIFY(write(source, "named"));
+        const QString archive = dir.filePath(QStringLiteral("in/o.tar.gz"));
+        QVERIFY(write(archive, "former"));
+
+        QVERIFY2(SystemHelper::compressFile({source}, archive), qPrintable(log.asText().join(QLatin1Char('\n'))));
+
+        const QString out = dir.filePath(QStringLiteral("out"));
+        QCOMPARE(
+            QProcess::execute(QStringLiteral("tar"), {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), out}), 0);
+        QCOMPARE(QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList(name));
+        QCOMPARE(read(out + QLatin1Char('/') + name), QByteArray("named"));
     }
 
     void relativeFoldersLeadTarFromOneToTheNext()
