@@ -290,7 +290,7 @@ Problem Copy::compareStates()
         const Answer<std::optional<PointState>> now = stateOf(former.key());
         if (!now.ok())
             return now.problem;
-        if (former.value() && now.value != former.value())
+        if (former.value() && *former.value() != PointState::Open && now.value != former.value())
             mDone.judgedAnew.append(former.key());
     }
     return {};

@@ -5,6 +5,8 @@
 
 #include <QList>
 
+#include <algorithm>
+
 namespace Records {
 
 /// Pictures that are no longer new once their record is stored; until then, what is new goes again.
@@ -35,6 +37,13 @@ public:
     }
 
     void keep() { mNew.clear(); }
+
+    /// Those that a record names.
+    template <typename IsNamed>
+    void keepIf(IsNamed isNamed)
+    {
+        mNew.erase(std::remove_if(mNew.begin(), mNew.end(), isNamed), mNew.end());
+    }
 
 private:
     const PictureStore &mStore;

@@ -74,8 +74,8 @@ struct Merge
     int known = 0; ///< inspections that were here already
     QVector<Id> decisions; ///< those of them that had none here, and have it from there now
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
-    QVector<Id> contradictions; ///< those of them that say something else there, their verdict above all; here it stays
-    QVector<Id> judgedAnew; ///< points of here whose state is another one by what was added
+    QVector<Id> contradictions; ///< those of them that are described otherwise there, by another verdict for instance
+    QVector<Id> judgedAnew; ///< points that were judged here, and otherwise by what was added
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here
     int damaged = 0; ///< pictures that are damaged there or cannot be read, and are not here

@@ -64,7 +64,11 @@ constexpr char isVerdictOfItsRules[] =
 constexpr char isSumOfItsRules[] =
     "violations = (SELECT ifnull(sum(found), 0) FROM rule "
     "WHERE rule.inspection = zone.inspection AND rule.zone = zone.zone AND violated = 1)";
-constexpr char isViolatedAsFound[] = "violated = (allowed <> -1 AND found > allowed)";
+constexpr char isAsFound[] =
+    "violated = (allowed <> -1 AND found > allowed) AND found = (SELECT count(*) FROM defect "
+    "WHERE defect.inspection = rule.inspection AND defect.zone = rule.zone AND defect.kind = rule.kind "
+    "AND CASE rule.operator WHEN 0 THEN size < max_size WHEN 1 THEN size <= max_size WHEN 2 THEN size > min_size "
+    "WHEN 3 THEN size >= min_size ELSE size BETWEEN min_size AND max_size END)";
 constexpr char failsInAFailedZone[] = "EXISTS (SELECT 1 FROM zone WHERE zone.inspection = defect.inspection "
                                       "AND zone.zone = defect.zone AND (fails = 0 OR violations > 0))";
 
@@ -101,7 +105,7 @@ const Table &rules()
         {{"position", 0, mostInt}, {"kind", 0, 1}, {"operator", 0, Rule::ClosedRange}, {"min_size", leastInt, mostInt},
             {"max_size", leastInt, mostInt}, {"allowed", Rule::unlimited, mostInt}, {"found", 0, mostInt},
             {"violated", 0, 1}},
-        {}, isViolatedAsFound, RecordStore::maxRules};
+        {}, isAsFound, RecordStore::maxRules};
     return table;
 }
 

@@ -207,36 +207,65 @@ Answer<QSet<QString>> tablesOf(int version)
     return {all, query.problem()};
 }
 
-/// A table that somebody else has made may drop what is stored, or make a record of a few bytes large.
+/// Whether those rows of the schema that are chosen are ours. Without the index of words all the rest is well.
 Problem checkMadeAs(const Database &database, int version, const char *which)
 {
     const Answer<QSet<QString>> known = tablesOf(version);
     if (!known.ok())
         return known.problem;
-    Query query(database, which);
+    Query query(database,
+        QStringLiteral("SELECT sql, lower(name) = 'search' FROM sqlite_schema WHERE sql IS NOT NULL AND %1")
+            .arg(QLatin1String(which)));
     query.run({});
     while (query.next()) {
         if (!known.value.contains(query.text(0)))
-            return {Fault::Damaged, QStringLiteral("A table of the store is not as it was made")};
+            return {query.number(1) == 1 ? Fault::Unusable : Fault::Damaged,
+                QStringLiteral("A table of the store is not as it was made")};
     }
     return query.problem();
 }
 
-Problem checkTables(const Database &database, int version)
+/// Whether there is such a row. SQLite takes the kind and the name of what it finds in the schema for the same in any
+/// case, so what is compared with a text may look otherwise.
+Problem refuse(const Database &database, const char *row, const char *what)
 {
-    return checkMadeAs(database, version, "SELECT sql FROM sqlite_schema WHERE type = 'table'");
+    const Answer<QVariant> name = database.value(row);
+    if (!name.ok() || !name.value.isValid())
+        return name.problem;
+    return {Fault::Unusable, QString::fromLatin1(what).arg(name.value.toString())};
 }
 
-/// What is read of one that a later version has made: tables that hold what they say.
+/// No column may be computed: a few bytes would be gigabytes.
+Problem checkColumns(const Database &database)
+{
+    return refuse(database,
+        "SELECT known.name FROM sqlite_schema AS known, pragma_table_xinfo(known.name) AS has "
+        "WHERE known.sql NOT LIKE 'CREATE VIRTUAL%' AND has.hidden > 1 LIMIT 1",
+        "The table \"%1\" makes up what it holds");
+}
+
+/// A table that somebody else has made may drop what is stored. Tables that are not asked for are the business of who
+/// made them.
+Problem checkTables(const Database &database, const State &state)
+{
+    const Problem problem = checkColumns(database);
+    return problem.ok() ? checkMadeAs(database, state.version,
+               "type <> 'index' AND lower(name) IN ('job', 'point', 'inspection', 'zone', 'rule', 'defect', 'search')")
+                        : problem;
+}
+
+/// The same of one that a later version has made, whose tables are not known here.
 Problem checkUnknownTables(const Database &database)
 {
-    const Answer<QVariant> made = database.value("SELECT 1 FROM sqlite_schema AS known, pragma_table_xinfo(known.name) "
-                                                 "AS has WHERE has.hidden > 1 AND known.name "
-                                                 "IN ('job', 'point', 'inspection', 'zone', 'rule', 'defect') "
-                                                 "UNION ALL SELECT 1 FROM sqlite_schema WHERE type = 'view' LIMIT 1");
-    if (!made.ok() || !made.value.isValid())
-        return made.problem;
-    return {Fault::Damaged, QStringLiteral("A table of the store makes up what it holds")};
+    const Problem made = checkColumns(database);
+    if (!made.ok())
+        return made;
+    return refuse(database,
+        "SELECT name FROM sqlite_schema WHERE type NOT IN ('table', 'index') OR (sql LIKE 'CREATE VIRTUAL%' "
+        "AND (lower(name) <> 'search' OR sql NOT LIKE 'CREATE VIRTUAL TABLE search USING fts5%' OR sql LIKE "
+        "'%content%')) "
+        "LIMIT 1",
+        "The store has a table of its own, \"%1\", that may make up what it holds");
 }
 
 Problem judge(const State &state)
@@ -262,7 +291,7 @@ Problem prepare(Database &database, bool *isNew)
         return verdict;
     Problem planted = checkNothingActs(database);
     if (planted.ok() && !*isNew)
-        planted = checkTables(database, state.value.version);
+        planted = checkTables(database, state.value);
     if (!planted.ok())
         return planted;
     // Readers need not wait then. A copy comes without it; while somebody reads that, it stays as it is.
@@ -278,8 +307,11 @@ Problem prepare(Database &database, bool *isNew)
     return problem.ok() ? SearchIndex::mendIfUnusable(database) : problem;
 }
 
-Problem check(const Database &database)
+Problem check(Database &database)
 {
+    const Snapshot snapshot(database); // somebody may be taking a step
+    if (!snapshot.problem().ok())
+        return snapshot.problem();
     const Answer<State> state = stateOf(database);
     if (!state.ok())
         return state.problem;
@@ -288,7 +320,7 @@ Problem check(const Database &database)
     const Problem verdict = judge(state.value);
     if (!verdict.ok() && verdict.fault != Fault::LaterVersion)
         return verdict;
-    Problem problem = verdict.ok() ? checkTables(database, state.value.version) : checkUnknownTables(database);
+    Problem problem = verdict.ok() ? checkTables(database, state.value) : checkUnknownTables(database);
     if (problem.ok() && verdict.ok())
         problem = touch(database);
     return problem.ok() ? verdict : problem;
@@ -302,20 +334,14 @@ Answer<bool> isOfThisVersion(const Database &database)
 
 Problem checkNothingActs(const Database &database)
 {
-    const Answer<QVariant> name =
-        database.value("SELECT name FROM sqlite_schema WHERE type IN ('trigger', 'view') LIMIT 1");
-    if (!name.ok() || !name.value.isValid())
-        return name.problem;
-    return {Fault::Unusable,
-        QStringLiteral("The store has a rule of its own, \"%1\", that may alter what is stored")
-            .arg(name.value.toString())};
+    return refuse(database, "SELECT name FROM sqlite_schema WHERE type NOT IN ('table', 'index') LIMIT 1",
+        "The store has a rule of its own, \"%1\", that may alter what is stored");
 }
 
 Problem checkSame(const Database &other)
 {
     const Answer<State> state = stateOf(other);
-    return state.ok() ? checkMadeAs(other, state.value.version, "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL")
-                      : state.problem;
+    return state.ok() ? checkMadeAs(other, state.value.version, "1") : state.problem;
 }
 
 } // namespace Records::Schema

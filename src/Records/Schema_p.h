@@ -12,7 +12,7 @@ Problem prepare(Database &database, bool *isNew);
 
 /// What prepare() tells without changing anything. Of a later version too, nothing is let through that makes up what it
 /// holds.
-Problem check(const Database &database);
+Problem check(Database &database);
 
 /// Neither an earlier one nor a later one.
 Answer<bool> isOfThisVersion(const Database &database);

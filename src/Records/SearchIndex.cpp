@@ -24,6 +24,8 @@ constexpr const char *forgetTable[] = {
     "DROP TABLE IF EXISTS search_config",
 };
 
+constexpr char anyRow[] = "SELECT rowid FROM search LIMIT 1";
+
 constexpr char wrongTexts[] = R"(
     WITH told AS (SELECT rowid, job, customer, site, operator, point, note FROM search),
     known AS (SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note
@@ -59,8 +61,6 @@ Problem compareWords(Database &database)
     Problem problem = database.run("SAVEPOINT words"); // or somebody else might store between two of the statements
     if (problem.ok()) {
         problem = runAll(database, {ofFresh(makeTable), ofFresh(fillTable)});
-        if (problem.fault == Fault::Unusable) // it goes into a temporary file
-            problem = {Fault::DiskFull, QStringLiteral("There is no place for temporary files: ") + problem.text};
     }
     if (problem.ok())
         problem = runAll(database,
@@ -77,7 +77,7 @@ Problem compareWords(Database &database)
     return problem;
 }
 
-Problem check(Database &database)
+Problem compareAll(Database &database)
 {
     const Answer<QVariant> wrong = database.value(wrongTexts);
     if (!wrong.ok())
@@ -90,6 +90,15 @@ Problem check(Database &database)
             return problem;
     }
     return compareWords(database);
+}
+
+/// What cannot be opened is the index, or a temporary file that the comparison needs.
+Problem check(Database &database)
+{
+    const Problem problem = compareAll(database);
+    if (problem.fault == Fault::Unusable && database.value(anyRow).ok())
+        return {Fault::DiskFull, QStringLiteral("There is no place for temporary files: ") + problem.text};
+    return problem;
 }
 
 Problem makeAnew(Database &database)
@@ -130,7 +139,7 @@ Answer<QString> fault(Database &database)
 
 Problem mendIfUnusable(Database &database)
 {
-    const Problem problem = database.value("SELECT rowid FROM search LIMIT 1").problem;
+    const Problem problem = database.value(anyRow).problem;
     return isOwnFault(problem) ? makeAnew(database) : problem;
 }
 

@@ -139,7 +139,9 @@ QString StoreFolder::detour() const
 
 bool StoreFolder::isBeheaded() const
 {
-    return !hasDatabase() && (hasJournal() || !PictureStore(pictures()).isEmpty());
+    // The first start makes a journal of the older kind beside a database that is empty yet.
+    const bool isWritten = QFileInfo(database() + QLatin1String(journals[0])).size() > 0;
+    return !hasDatabase() && (isWritten || !PictureStore(pictures()).isEmpty());
 }
 
 QString StoreFolder::setAside() const

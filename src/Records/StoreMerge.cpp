@@ -55,6 +55,14 @@ public:
 
     void keep() { mNew.keep(); }
 
+    void keepNamed(const Database &database)
+    {
+        mNew.keepIf([&database](const QByteArray &hash) {
+            const Answer<bool> isNamed = InspectionRows::isNamed(database, hash);
+            return isNamed.value || !isNamed.ok();
+        });
+    }
+
 private:
     Problem take(const QByteArray &hash, Merge *done)
     {
@@ -94,7 +102,10 @@ Answer<Merge> mergeFrom(
         problem = transaction.commit();
     if (!problem.ok())
         return {{}, problem};
-    pictures.keep();
+    if (!done.contradictions.isEmpty()) // whose pictures nothing here names
+        pictures.keepNamed(*store.database);
+    else
+        pictures.keep();
     store.lock->note({});
     return {done, {}};
 }

@@ -1338,6 +1338,7 @@ private Q_SLOTS:
                            "0 of another version, 0 without a seed or a whole picture, 0 that cannot be read"));
 
         for (const char *const lie : {"UPDATE inspection SET verdict = 2 WHERE id = 1",
+                 "INSERT INTO defect SELECT 1, 1000, 1, 0, 30, x, y, 1, shape FROM defect WHERE inspection = 2 LIMIT 1",
                  "UPDATE rule SET found = 1, violated = 1 WHERE inspection = 1 AND zone = 1 AND allowed = 0",
                  "UPDATE zone SET violations = 1 WHERE inspection = 1 AND zone = 1"})
             OwnConnection(mStore).run(QString::fromLatin1(lie));

@@ -412,11 +412,15 @@ private Q_SLOTS:
         for (int i = 1; i < inspections; ++i)
             QVERIFY(store.addInspection({}, badFace().inspection, {}).ok());
         std::atomic<bool> isDone{false};
-        std::thread writer([this, &isDone] {
+        std::atomic<int> stored{0};
+        std::thread writer([this, &isDone, &stored] {
             RecordStore other;
             other.open(mFolder);
             for (int i = 0; !isDone; ++i)
-                other.setDecision(1 + i % inspections, Decision::Accepted, QStringLiteral("word%1").arg(i));
+                stored +=
+                    other.setDecision(1 + i % inspections, Decision::Accepted, QStringLiteral("word%1").arg(i)).ok()
+                    ? 1
+                    : 0;
         });
         const auto end = qScopeGuard([&] {
             isDone = true;
@@ -429,6 +433,7 @@ private Q_SLOTS:
             QVERIFY2(found.ok() && found.value.allWell(),
                 qPrintable(found.problem.text + found.value.databaseFaults.join(QLatin1Char('\n'))));
         }
+        QTRY_VERIFY(stored > 0);
         QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.suspect")));
     }
 
@@ -576,13 +581,23 @@ private Q_SLOTS:
         QCOMPARE(QDir(victim).entryList(), before);
     }
 
+    void aTriggerOfSomebodyElseStoresNothing_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::newRow("trigger") << QStringLiteral("trigger");
+        QTest::newRow("in capitals") << QStringLiteral("TRIGGER"); // which is the same to SQLite
+    }
     void aTriggerOfSomebodyElseStoresNothing()
     {
+        QFETCH(const QString, kind);
         {
             OwnConnection own(mFolder);
             QVERIFY(own.run(QStringLiteral("CREATE TRIGGER planted AFTER INSERT ON inspection BEGIN"
                                            " UPDATE inspection SET verdict = 1 WHERE id = new.id; END"))
                         .isEmpty());
+            QCOMPARE(own.run(QStringLiteral("PRAGMA writable_schema = ON")), QStringList());
+            QCOMPARE(own.run(QStringLiteral("UPDATE sqlite_schema SET type = '%1' WHERE name = 'planted'").arg(kind)),
+                QStringList());
         }
 
         RecordStore store;
@@ -624,21 +639,70 @@ private Q_SLOTS:
 
         const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
         QCOMPARE(reading.how, Opened::No);
-        QVERIFY2(
-            reading.problem.text.contains(QLatin1String("A table of the store")), qPrintable(reading.problem.text));
+        QVERIFY2(reading.problem.text.contains(QLatin1String(" table ")), qPrintable(reading.problem.text));
         const Opening writing = RecordStore().open(mFolder);
-        QCOMPARE(writing.how, ofLaterVersion ? Opened::No : Opened::BegunAnew);
-        QVERIFY(ofLaterVersion || QFile::exists(writing.keptAside + QStringLiteral("/records.sqlite")));
+        QVERIFY(!writing.canWrite() || QFile::exists(writing.keptAside + QStringLiteral("/records.sqlite")));
     }
 
-    void aViewOfALaterVersionIsNotRead()
+    void whatALaterVersionMakesUpIsNotRead_data()
     {
+        QTest::addColumn<QStringList>("harm");
+        const QString renamed = QStringLiteral("ALTER TABLE job RENAME TO other");
+        QTest::newRow("view") << QStringList{QStringLiteral("CREATE VIEW other AS SELECT 1")};
+        QTest::newRow("view in capitals") << QStringList{renamed,
+            QStringLiteral("CREATE VIEW job AS SELECT * FROM other"), QStringLiteral("PRAGMA writable_schema = ON"),
+            QStringLiteral("UPDATE sqlite_schema SET type = 'VIEW' WHERE type = 'view'")};
+        QTest::newRow("table of words about another table")
+            << QStringList{QStringLiteral("CREATE TABLE g (rowid INTEGER PRIMARY KEY, a AS (hex(zeroblob(9))))")};
+        QTest::newRow("table that reads another one")
+            << QStringList{renamed, QStringLiteral("CREATE VIRTUAL TABLE job USING fts5 (name, content = 'other')")};
+    }
+    void whatALaterVersionMakesUpIsNotRead()
+    {
+        QFETCH(const QStringList, harm);
         {
             OwnConnection own(mFolder);
-            QCOMPARE(own.run(QStringLiteral("CREATE VIEW other AS SELECT 1")), QStringList());
+            for (const QString &statement : harm)
+                QCOMPARE(own.run(statement), QStringList());
             QCOMPARE(own.run(QStringLiteral("PRAGMA user_version = 99")), QStringList());
         }
         QCOMPARE(RecordStore().open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::No);
+    }
+
+    void aTableOfSomebodyElseIsLeftAlone()
+    {
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("CREATE TABLE notes (a)")), QStringList());
+
+        RecordStore store;
+        QCOMPARE(store.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QVERIFY(store.verify().value.allWell());
+    }
+
+    void anotherIndexOfWordsThanOursIsRefused()
+    {
+        {
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("DROP TABLE search")), QStringList());
+            QCOMPARE(own.run(QStringLiteral("CREATE TABLE search (job, customer, site, operator, point, note)")),
+                QStringList());
+        }
+        QCOMPARE(RecordStore().open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::No);
+        const Opening opening = RecordStore().open(mFolder);
+        QCOMPARE(opening.how, Opened::No);
+        QCOMPARE(opening.keptAside, QString());
+    }
+
+    void aStoreThatWasKilledAsItBeganIsBegunAgain()
+    {
+        const QString folder = mDir->filePath(QStringLiteral("begun"));
+        QVERIFY(QDir().mkdir(folder));
+        for (const char *const ending : {"", "-journal"}) {
+            QFile file(folder + QStringLiteral("/records.sqlite") + QLatin1String(ending));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(*ending == '\0' || file.write(QByteArray(512, '\0')) == 512); // what is written first
+        }
+        QCOMPARE(RecordStore().open(folder).how, Opened::Begun);
     }
 
     void aNegativeVersionIsNoneOfOurs()

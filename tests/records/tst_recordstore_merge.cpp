@@ -224,14 +224,30 @@ private Q_SLOTS:
         QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET contours = 1, decision = 1, "
                                                           "note = 'x' WHERE id = 1")),
             QStringList());
-        const float before = here.inspection(1).value.micronsPerPixel;
-
         const Answer<Merge> merged = here.merge(mThere);
 
         QCOMPARE(merged.value.known, 3);
         QCOMPARE(merged.value.contradictions, QVector<Id>({1}));
         QCOMPARE(merged.value.decisions, QVector<Id>()); // of another inspection, for all we know
-        QCOMPARE(here.inspection(1).value.micronsPerPixel, before);
+        QVERIFY(here.inspection(1).value.counts == Face::of(QStringLiteral("scratched")).inspection.counts());
+        QCOMPARE(here.inspection(1).value.decision, Decision::Undecided);
+    }
+
+    void nothingIsKeptOfAnInspectionThatSaysSomethingElseThere()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QCOMPARE(here.open(mHere).how, Opened::Begun);
+        QCOMPARE(here.merge(mThere).value.inspections, 3);
+        const QByteArray other = PictureStore(mThere + QStringLiteral("/pictures")).put("other").value.hash;
+        QCOMPARE(
+            OwnConnection(mThere).run(
+                QStringLiteral("UPDATE inspection SET picture = x'%1' WHERE id = 1").arg(QString::fromLatin1(other))),
+            QStringList());
+
+        QCOMPARE(here.merge(mThere).value.contradictions, QVector<Id>({1}));
+        QCOMPARE(here.picture(other).problem.fault, Fault::PictureMissing);
+        QVERIFY(here.verify().value.allWell());
     }
 
     void aPointThatIsJudgedAnewIsTold()
@@ -412,6 +428,9 @@ private Q_SLOTS:
         damaged("defect that fails where nothing is violated",
             "UPDATE inspection SET verdict = 1 WHERE id = 1; UPDATE zone SET violations = 0 WHERE inspection = 1; "
             "UPDATE rule SET violated = 0, found = 0 WHERE inspection = 1");
+        damaged("rule that found less than there is",
+            "UPDATE inspection SET verdict = 1 WHERE id = 1; UPDATE zone SET violations = 0 WHERE inspection = 1; "
+            "UPDATE rule SET violated = 0, found = 0 WHERE inspection = 1; UPDATE defect SET fails = 0");
         damaged("decision", "UPDATE inspection SET decision = 77");
         damaged("note", "UPDATE inspection SET note = printf('%.*c', 20000000, 'x')");
         damaged("no year of ours", "UPDATE inspection SET made = 253402300800000");
@@ -484,6 +503,7 @@ private Q_SLOTS:
                                     "INSERT INTO defect SELECT 1, i, 0, 0, 1.0, 0.0, 0.0, 0, x'%2' FROM n")
                          .arg(QString::number(1000 + defects - 1), QString::fromLatin1(shape.toHex()))),
             QStringList());
+        matchFirstRule(1, defects);
         RecordStore here;
         QVERIFY(here.open(mHere).canWrite());
         RecordStore there;
@@ -506,6 +526,7 @@ private Q_SLOTS:
             QStringLiteral("WITH n (i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
                            "INSERT INTO defect SELECT 3, i, 0, 0, 1.0, 0.0, 0.0, 0, x'%2' FROM n")
                 .arg(QString::number(1000 + defects - 1), QString::fromLatin1(shapeOf(1, -1).toHex())));
+        matchFirstRule(3, defects);
         RecordStore here;
         QVERIFY(here.open(mHere).canWrite());
         int called = 0;
@@ -756,6 +777,14 @@ private:
         QFile file(PictureStore(store + QStringLiteral("/pictures")).path(picture));
         QVERIFY(file.open(QIODevice::Append));
         QCOMPARE(file.write("x"), qint64(1));
+    }
+
+    /// The defects that were added there are of a size that it allows.
+    void matchFirstRule(Id inspection, int defects) const
+    {
+        const QString statement =
+            QStringLiteral("UPDATE rule SET found = found + %1 WHERE inspection = %2 AND zone = 0 AND position = 0");
+        QCOMPARE(OwnConnection(mThere).run(statement.arg(defects).arg(inspection)), QStringList());
     }
 
     void harmStore(const QString &harm) const
