@@ -8,6 +8,7 @@
 #include <QHash>
 #include <QMap>
 
+#include <algorithm>
 #include <optional>
 
 namespace Records::MergeRows {
@@ -79,13 +80,12 @@ struct Said
 /// Whether two records of one inspection differ in what is never changed.
 bool saysOtherwise(const Query &here, const Query &there)
 {
-    for (const auto &column : InspectionColumns::all) {
+    const auto &columns = InspectionColumns::all;
+    return std::any_of(columns.cbegin(), columns.cend(), [&](const InspectionColumns::Column &column) {
         const int i = column.index;
         const bool mayDiffer = i == Column::Id || i == Column::Point || i == Column::Decision || i == Column::Note;
-        if (!mayDiffer && here.value(i) != there.value(i))
-            return true;
-    }
-    return false;
+        return !mayDiffer && here.value(i) != there.value(i);
+    });
 }
 
 /// One table of what belongs to an inspection.
