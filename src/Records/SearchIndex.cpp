@@ -59,12 +59,10 @@ Problem compareWords(Database &database)
         return QString::fromLatin1(statement).replace(QStringLiteral(" search "), QStringLiteral(" temp.fresh "));
     };
     Problem problem = database.run("SAVEPOINT words"); // or somebody else might store between two of the statements
-    if (problem.ok()) {
-        problem = runAll(database, {ofFresh(makeTable), ofFresh(fillTable)});
-    }
     if (problem.ok())
         problem = runAll(database,
-            {QStringLiteral("CREATE VIRTUAL TABLE temp.told USING fts5vocab (main, search, row)"),
+            {ofFresh(makeTable), ofFresh(fillTable),
+                QStringLiteral("CREATE VIRTUAL TABLE temp.told USING fts5vocab (main, search, row)"),
                 QStringLiteral("CREATE VIRTUAL TABLE temp.known USING fts5vocab (temp, fresh, row)")});
     if (problem.ok()) {
         const Answer<QVariant> wrong = database.value(wrongWords);

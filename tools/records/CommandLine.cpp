@@ -139,10 +139,10 @@ CommandLine::CommandLine()
         "All but import and merge may run while another program writes into the store.\n\n"
         "Exit code: 0 done, also an export that found no inspection; of import: all passed, also those\n"
         "that were there already, 1 what was asked for is not there, some failed, the store has faults,\n"
-        "or of merge: inspections were decided or described differently, 2 some pictures could not be inspected, were\n"
-        "left out, are missing or damaged, or some records cannot be exported, 64 wrong usage, 69 a store\n"
-        "cannot be opened, or another program writes into it, 71 out of memory, 74 the store, the output\n"
-        "or stdout cannot be written.\n"
+        "or of merge: inspections were decided or described differently, 2 some pictures could not be\n"
+        "inspected, were left out, are missing or damaged, or some records cannot be exported, 64 wrong\n"
+        "usage, 69 a store cannot be opened, or another program writes into it, 71 out of memory, 74 the\n"
+        "store, the output or stdout cannot be written.\n"
         "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));

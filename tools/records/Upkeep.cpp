@@ -192,7 +192,13 @@ QString judgedAnewText(const Merge &done, const RecordStore &store)
     for (const Id point : done.judgedAnew) {
         Filter filter;
         filter.point = point;
-        const InspectionSummary last = store.list(filter, {0, 1}).value.value(0);
+        const auto found = store.list(filter, {0, 1});
+        if (!found.ok() || found.value.isEmpty()) {
+            text +=
+                QStringLiteral("point %1 is judged by an inspection of there: %2\n").arg(point).arg(found.problem.text);
+            continue;
+        }
+        const InspectionSummary &last = found.value.first();
         text += QStringLiteral("point %1 of %2: judged by inspection %3 of there: %4\n")
                     .arg(Tools::Terminal::printable(last.pointName), Tools::Terminal::printable(last.jobName),
                         QString::number(last.id), Words::of(last.verdict));
