@@ -1,19 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
-#include "Helpers/FileAccess_p.h"
+#include "Internal/FileAccess.h"
 #include "LogCapture.h"
+#include "WatchedDisk.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QScopeGuard>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <memory>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -50,7 +56,7 @@ struct Disk
     QString watched;
     QList<QByteArray> namedTexts; ///< what was at the watched path then
     int error = 0;
-    std::function<void()> onFlush; ///< called once
+    std::function<void()> onSync; ///< called once
 };
 
 Disk &disk()
@@ -58,20 +64,18 @@ Disk &disk()
     static Disk instance;
     return instance;
 }
-} // namespace
 
-// Called in place of libc's.
-extern "C" int fsync(int fd)
+int noteSync(int descriptor)
 {
-    disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(fd));
+    disk().written = read(QStringLiteral("/proc/self/fd/%1").arg(descriptor));
     disk().texts << disk().written;
-    if (const auto onFlush = std::exchange(disk().onFlush, nullptr))
-        onFlush();
+    if (const auto deed = std::exchange(disk().onSync, nullptr))
+        deed();
     if (!disk().watched.isEmpty())
         disk().namedTexts << read(disk().watched);
-    errno = disk().error;
-    return disk().error ? -1 : 0;
+    return disk().error;
 }
+} // namespace
 
 Q_DECLARE_METATYPE(FileAccess::Found)
 
@@ -88,7 +92,9 @@ private Q_SLOTS:
         QVERIFY(write(mElsewhere, "precious"));
         QCOMPARE(chmod(QFile::encodeName(mElsewhere).constData(), 0644), 0);
         disk() = {};
+        watchedDisk().onSync = noteSync;
     }
+    void cleanup() { watchedDisk() = {}; }
 
     void whatLiesWithinAFolderIsKnownBehindLinks_data()
     {
@@ -118,6 +124,168 @@ private Q_SLOTS:
         QCOMPARE(FileAccess::isWithin(mDir->filePath(path), mDir->filePath(QStringLiteral("link"))), isWithin);
         QVERIFY(FileAccess::isWithin(mDir->filePath(path), QDir::rootPath()));
         QVERIFY(!FileAccess::isWithin(mDir->filePath(path), mDir->filePath(QStringLiteral("nothing"))));
+    }
+
+    void aFolderIsOpenToItsOwnerAndToWhomItsModeLetsIn_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<uint>("owner");
+        QTest::addColumn<uint>("group");
+        QTest::addColumn<bool>("isOpen");
+        QTest::newRow("ours") << 0755 << 0U << 1000U << false;
+        QTest::newRow("theirs") << 0755 << 1000U << 1000U << true;
+        QTest::newRow("theirs, closed to them") << 0500 << 1000U << 1000U << true;
+        QTest::newRow("a group's") << 0775 << 0U << 1000U << true;
+        QTest::newRow("the group's of root") << 0775 << 0U << 0U << false;
+        QTest::newRow("everybody's") << 0757 << 0U << 0U << true;
+        QTest::newRow("sticky") << 01777 << 0U << 0U << true;
+    }
+    void aFolderIsOpenToItsOwnerAndToWhomItsModeLetsIn()
+    {
+        QFETCH(const int, mode);
+        QFETCH(const uint, owner);
+        QFETCH(const uint, group);
+        QFETCH(const bool, isOpen);
+        if (geteuid() != 0)
+            QSKIP("only root gives a folder away");
+        const QTemporaryDir dir;
+        const QByteArray path = QFile::encodeName(dir.path());
+        QVERIFY(chown(path.constData(), owner, group) == 0 && chmod(path.constData(), static_cast<mode_t>(mode)) == 0);
+
+        struct stat status = {};
+        QCOMPARE(stat(path.constData(), &status), 0);
+        QCOMPARE(FileAccess::isOpenToOthers(status), isOpen);
+    }
+
+    void aPlaceIsWhereAPathLeads_data()
+    {
+        QTest::addColumn<QString>("path"); // below a folder with "in/file", and links
+        QTest::addColumn<QString>("folder"); // empty: the walk does not get there
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("isThere");
+        QTest::addColumn<bool>("isLinked");
+        const auto row = [](const char *path, const char *folder, const char *name, bool isThere, bool isLinked) {
+            QTest::newRow(path) << QString::fromLatin1(path) << QString::fromLatin1(folder) << QString::fromLatin1(name)
+                                << isThere << isLinked;
+        };
+        row("in/file", "in", "file", true, false);
+        row("in/new", "in", "new", false, false);
+        row("in", ".", "in", true, false);
+        row("in/", "in", ".", true, false);
+        row("in/..", "in", "..", true, false);
+        row("in/.././/in/file", "in", "file", true, false);
+        row("to-folder/file", "in", "file", true, false);
+        row("to-folder/new", "in", "new", false, false);
+        row("to-folder", ".", "in", true, true);
+        row("to-file", "in", "file", true, true);
+        row("to-new", "in", "new", false, true);
+        row("relative", "in", "file", true, true);
+        row("two", "in", "file", true, true);
+        row("loop", "", "", false, true);
+        row("none/file", "", "", false, false);
+        row("to-none", "", "", false, true);
+        row("in/file/file", "", "", false, false);
+        row("in/file/", "", "", false, false);
+        row("in/new/", "", "", false, false);
+    }
+    void aPlaceIsWhereAPathLeads()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const QString, folder);
+        QFETCH(const QString, name);
+        QFETCH(const bool, isThere);
+        QFETCH(const bool, isLinked);
+        makeWays();
+
+        const FileAccess::Place place(mDir->path() + QLatin1Char('/') + path);
+
+        QCOMPARE(place.isThere(), isThere);
+        QCOMPARE(place.isLinked(), isLinked);
+        QCOMPARE(QFile::decodeName(place.name()), name);
+        QVERIFY(!place.isPlanted());
+        QCOMPARE(place.folder() >= 0, !folder.isEmpty());
+        QCOMPARE(place.error() == 0, !folder.isEmpty());
+        if (!folder.isEmpty())
+            QVERIFY(isOneFolder(place.folder(), mDir->path() + QLatin1Char('/') + folder));
+    }
+
+    void whereALinkLedIsHeldWhenItLeadsElsewhere()
+    {
+        makeWays();
+        const QString link = mDir->filePath(QStringLiteral("to-file"));
+
+        const FileAccess::Place place(link);
+        QVERIFY(QFile::remove(link));
+        QVERIFY(QFile::link(mElsewhere, link));
+        QVERIFY(QDir(mDir->path()).rename(QStringLiteral("in"), QStringLiteral("moved")));
+
+        QCOMPARE(read(place.throughDescriptor()), QByteArray("text"));
+        QCOMPARE(place.path(), mDir->filePath(QStringLiteral("moved/file")));
+    }
+
+    void aPlaceIsNotSoughtBehindAPlantedLink_data()
+    {
+        QTest::addColumn<int>("mode"); // of the folder that has the link
+        QTest::addColumn<uint>("folderOwner");
+        QTest::addColumn<uint>("owner"); // of the link
+        QTest::addColumn<bool>("isPlanted");
+        QTest::addColumn<bool>("isHeld");
+        const auto row = [](const char *name, int mode, uint folderOwner, uint owner, bool isPlanted, bool isHeld) {
+            QTest::newRow(name) << mode << folderOwner << owner << isPlanted << isHeld;
+        };
+        row("theirs in a sticky folder", 01777, 0, 1000, true, false);
+        row("theirs in their folder", 0755, 1000, 1000, true, false);
+        row("theirs where only we can write", 0755, 0, 1000, false, true);
+        row("ours in a sticky folder", 01777, 0, 0, false, true);
+        row("ours in a folder that is open to all", 0777, 0, 0, false, false);
+        row("ours in their sticky folder", 01777, 1000, 0, false, false);
+    }
+    void aPlaceIsNotSoughtBehindAPlantedLink()
+    {
+        QFETCH(const int, mode);
+        QFETCH(const uint, folderOwner);
+        QFETCH(const uint, owner);
+        QFETCH(const bool, isPlanted);
+        QFETCH(const bool, isHeld);
+        if (geteuid() != 0)
+            QSKIP("only root gives a link away");
+        makeWays();
+        const QByteArray folder = QFile::encodeName(mDir->filePath(QStringLiteral("open")));
+        QVERIFY(QDir().mkdir(QFile::decodeName(folder)));
+        for (const char *const link : {"way", "last"}) {
+            const QString target = mDir->filePath(QLatin1String(qstrcmp(link, "way") == 0 ? "in" : "in/file"));
+            const QString path = QFile::decodeName(folder + '/' + link);
+            QVERIFY(QFile::link(target, path));
+            QCOMPARE(lchown(QFile::encodeName(path).constData(), owner, owner), 0);
+        }
+        QVERIFY(chown(folder.constData(), folderOwner, folderOwner) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(mode)) == 0);
+
+        for (const char *const path : {"/way/file", "/way/new", "/last"}) {
+            const FileAccess::Place place(QFile::decodeName(folder + path));
+            QCOMPARE(place.isPlanted(), isPlanted);
+            QCOMPARE(place.folder() < 0, isPlanted);
+            QCOMPARE(place.isWayHeld(), isHeld);
+            QCOMPARE(place.whyNoFile().isEmpty(), !isPlanted);
+        }
+        const FileAccess::Place made(QFile::decodeName(folder + "/way/a/b"), FileAccess::Place::Missing::MakeFolders);
+        QCOMPARE(made.isPlanted(), isPlanted);
+        QCOMPARE(QFileInfo::exists(mDir->filePath(QStringLiteral("in/a/b"))), !isPlanted);
+        if (!isPlanted)
+            QVERIFY(isOneFolder(made.folder(), mDir->filePath(QStringLiteral("in/a/b"))));
+    }
+
+    void whatIsNoPathLeadsNowhere()
+    {
+        QVERIFY(FileAccess::Place(QString()).folder() < 0);
+        QVERIFY(FileAccess::Place(mElsewhere + QChar::Null + QStringLiteral("x")).folder() < 0);
+        int ends[2] = {};
+        QCOMPARE(pipe2(ends, O_CLOEXEC), 0);
+        const FileAccess::Place place(QStringLiteral("/proc/self/fd/%1").arg(ends[0]));
+        QVERIFY(place.isThere() && !place.isFile() && !place.whyNoFile().isEmpty());
+        close(ends[0]);
+        close(ends[1]);
+        QVERIFY(FileAccess::Place(QStringLiteral("/")).isFolder());
     }
 
     void aNewFileTakesThePlaceOfALink()
@@ -240,7 +408,7 @@ private Q_SLOTS:
     {
         QVERIFY(write(mPath, "old"));
         QStringList names;
-        disk().onFlush = [&] { names = QDir(mDir->path()).entryList({QStringLiteral("file.*")}, QDir::Files); };
+        disk().onSync = [&] { names = QDir(mDir->path()).entryList({QStringLiteral("file.*")}, QDir::Files); };
 
         QVERIFY(FileAccess::replace(mPath, "new"));
 
@@ -463,7 +631,91 @@ private Q_SLOTS:
         QVERIFY(!FileAccess::writeThrough(&file, "text\n"));
     }
 
+    // As a file server has it, which is asked to give it up.
+    void aLeaseOfAnotherIsWaitedFor_data()
+    {
+        QTest::addColumn<bool>("isWritten");
+        QTest::newRow("reading") << false;
+        QTest::newRow("writing") << true;
+    }
+    void aLeaseOfAnotherIsWaitedFor()
+    {
+        QFETCH(bool, isWritten);
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("leased"));
+        QVERIFY(write(path, "photograph"));
+        const auto former = std::signal(SIGIO, SIG_IGN); // tells the holder
+        const auto restore = qScopeGuard([former] { std::signal(SIGIO, former); });
+        const int holder = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
+        QVERIFY(holder >= 0);
+        if (fcntl(holder, F_SETLEASE, F_WRLCK) != 0)
+            QSKIP("the file system has no leases");
+        std::thread thread([holder] {
+            while (fcntl(holder, F_GETLEASE) == F_WRLCK) // until somebody opens the file
+                QThread::msleep(1);
+            QThread::msleep(20);
+            fcntl(holder, F_SETLEASE, F_UNLCK);
+        });
+
+        QFile file;
+        const bool isOpen = isWritten ? FileAccess::openForWriting(path, FileAccess::Existing::Append, &file)
+                                      : FileAccess::openRegular(path, &file);
+        thread.join();
+        ::close(holder);
+
+        QVERIFY(isOpen);
+        QVERIFY(isWritten || file.readAll() == "photograph");
+    }
+
+    void aLeaseThatIsKeptIsNotWaitedForLong()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("leased"));
+        QVERIFY(write(path, "photograph"));
+        const auto former = std::signal(SIGIO, SIG_IGN);
+        const auto restore = qScopeGuard([former] { std::signal(SIGIO, former); });
+        const int holder = ::open(QFile::encodeName(path).constData(), O_RDWR | O_CLOEXEC);
+        if (fcntl(holder, F_SETLEASE, F_WRLCK) != 0)
+            QSKIP("the file system has no leases");
+        QElapsedTimer timer;
+        timer.start();
+
+        QFile file;
+        const bool isOpen = FileAccess::openRegular(path, &file);
+        const int error = errno;
+        const qint64 elapsed = timer.elapsed();
+        ::close(holder);
+
+        QVERIFY(!isOpen);
+        QCOMPARE(error, EWOULDBLOCK);
+        QVERIFY2(elapsed < 20000, qPrintable(QString::number(elapsed))); // the kernel waits for 45 seconds
+    }
+
 private:
+    static bool isOneFolder(int descriptor, const QString &path)
+    {
+        struct stat one = {};
+        struct stat other = {};
+        return fstat(descriptor, &one) == 0 && stat(QFile::encodeName(path).constData(), &other) == 0
+            && one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+    }
+
+    void makeWays() const
+    {
+        const auto link = [this](const QString &to, const char *name) {
+            QVERIFY(QFile::link(to, mDir->filePath(QLatin1String(name))));
+        };
+        const QString file = mDir->filePath(QStringLiteral("in/file"));
+        QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("in")) && write(file, "text"));
+        link(mDir->filePath(QStringLiteral("in")), "to-folder");
+        link(file, "to-file");
+        link(mDir->filePath(QStringLiteral("in/new")), "to-new");
+        link(QStringLiteral("in/../in/file"), "relative");
+        link(mDir->filePath(QStringLiteral("to-file")), "two");
+        link(mDir->filePath(QStringLiteral("loop")), "loop");
+        link(mDir->filePath(QStringLiteral("none/file")), "to-none");
+    }
+
     std::unique_ptr<QTemporaryDir> mDir;
     QString mPath;
     QString mElsewhere;

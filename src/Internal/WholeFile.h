@@ -18,18 +18,27 @@ public:
     WholeFile &operator=(const WholeFile &) = delete;
 
     bool open();
-    bool closeToOthers(); ///< who could not read or write the file at the path before; nobody gets more than usual
+
+    /// Who could not read or write the file at the path before cannot do so after; nobody gets more than usual.
+    /// @return false also if that file is closed to writing, which is not to be replaced then
+    bool respectFormer();
+
     bool write(const QByteArray &piece);
     bool commit();
 
     /// The errno of the step that failed. After a commit(): why a power failure might undo it; 0 if it cannot.
     int error() const { return mError; }
+    QString reason() const; ///< of that, in words
 
     /// All of it in one go.
     static bool write(const QString &path, const QByteArray &content);
 
     /// Whether a file of that name is what a writer has left that died.
     static bool isUnfinished(const QString &fileName);
+
+    /// Removes from a folder of ours what writers have left that died more than an hour ago. Of others nothing is
+    /// touched, and no link is followed. @return how many files
+    static int sweep(const QString &folder);
 
     /// What was done to the entries of the folder outlives a power failure.
     static bool syncFolder(const QString &folder);
@@ -40,4 +49,5 @@ private:
     const QString mPath;
     QFile mUnfinished;
     int mError = 0;
+    bool mIsThere = false;
 };

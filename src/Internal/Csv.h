@@ -4,10 +4,6 @@
 #include <QByteArray>
 #include <QStringList>
 
-namespace Tools {
-
 /// A line of CSV, quoted where needed. RFC 4180, but lines end as everywhere else on this system. A text that a
 /// spreadsheet would take for a formula, or that begins with ', gets one ' in front; a reader takes one off.
 QByteArray csvLine(const QStringList &fields, QChar separator = QLatin1Char(','));
-
-} // namespace Tools

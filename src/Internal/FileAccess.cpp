@@ -1,25 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Helpers/FileAccess_p.h"
+#include "Internal/FileAccess.h"
 
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QThread>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace FileAccess {
 
 namespace {
 constexpr mode_t defaultMode = 0666; // the umask takes its part
+constexpr mode_t folderMode = 0777; // as above
+constexpr int folderOnly = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+constexpr int mostLinks = 40; // the kernel follows no more
 constexpr int mostRounds = 100; // against somebody who has to win each of them
 constexpr mode_t permissionBits = 07777;
+constexpr int leasePatience = 500; // milliseconds, as the following
+constexpr unsigned long leasePoll = 5;
 constexpr char uniqueSuffix[] = ".XXXXXX"; // nobody can guess what takes its place
 constexpr char unfinished[] = ".unfinished"; // before that: a copy may be called NAME.backup
 
@@ -31,20 +42,32 @@ struct stat statusOf(int descriptor)
     return status;
 }
 
-bool isOwn(const struct stat &status)
-{
-    return status.st_uid == 0 || status.st_uid == geteuid();
-}
-
 /// The group of root is root as well.
 bool isWritableByOthers(const struct stat &status)
 {
     return (status.st_mode & S_IWOTH) != 0 || ((status.st_mode & S_IWGRP) != 0 && status.st_gid != 0);
 }
 
+/// Whether the last attempt has failed because a file server, say, has a lease on the file. It is told to give it up.
+bool isLeased(const QByteArray &path)
+{
+    const int error = errno;
+    struct stat status = {};
+    const bool isRegular = error == EWOULDBLOCK && stat(path.constData(), &status) == 0 && S_ISREG(status.st_mode);
+    errno = error;
+    return isRegular;
+}
+
 int openPath(const QString &path, int flags, mode_t mode = 0)
 {
-    return ::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    const QByteArray name = QFile::encodeName(path);
+    const QDeadlineTimer patience(leasePatience);
+    for (;;) {
+        const int descriptor = ::open(name.constData(), flags | O_CLOEXEC | O_NOCTTY, mode);
+        if (descriptor >= 0 || !isLeased(name) || patience.hasExpired())
+            return descriptor;
+        QThread::msleep(leasePoll);
+    }
 }
 
 /// The descriptor belongs to the file then; it is closed if it cannot.
@@ -56,6 +79,19 @@ bool handOver(int descriptor, QFile *file, QIODevice::OpenMode mode)
         return true;
     ::close(descriptor);
     return false;
+}
+
+/// Whether it is one of the kernel's that lead to what has no path, as a pipe.
+bool leadsNowhere(int folder, const QByteArray &link)
+{
+    struct statfs system = {};
+    struct stat status = {};
+    const int anchor = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isKernels = anchor >= 0 && fstatfs(anchor, &system) == 0 && system.f_type == PROC_SUPER_MAGIC;
+    if (anchor >= 0)
+        ::close(anchor);
+    return isKernels && fstatat(folder, link.constData(), &status, 0) == 0 && !S_ISREG(status.st_mode)
+        && !S_ISDIR(status.st_mode);
 }
 
 QString withSlash(const QString &path)
@@ -159,6 +195,11 @@ bool failed(const QString &path, int error)
 }
 } // namespace
 
+bool isOwn(const struct stat &status)
+{
+    return status.st_uid == 0 || status.st_uid == geteuid();
+}
+
 bool openRegular(const QString &path, QFile *file)
 {
     return handOver(regularOrClosed(openPath(path, O_RDONLY | O_NONBLOCK)), file, QIODevice::ReadOnly);
@@ -183,9 +224,8 @@ bool openForeign(const QString &path, QFile *file)
     if (folder < 0)
         return false;
     const struct stat place = statusOf(folder);
-    const bool isClosed = isOwn(place) && !isWritableByOthers(place);
     const QByteArray name = QFile::encodeName(info.fileName());
-    const int descriptor = isClosed
+    const int descriptor = !isOpenToOthers(place)
         ? regularOrClosed(::openat(folder, name.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY))
         : -1;
     ::close(folder);
@@ -230,14 +270,139 @@ bool isWithin(const QString &path, const QString &folder)
     return outer.exists() && withSlash(info.canonicalFilePath()).startsWith(withSlash(outer.canonicalFilePath()));
 }
 
-bool isPlanted(const QString &path)
+bool isOpenToOthers(const struct stat &folder)
 {
-    struct stat status = {};
-    const QByteArray name = QFile::encodeName(path);
-    if (lstat(name.constData(), &status) != 0 || isOwn(status))
-        return false;
-    const QByteArray folder = name.left(name.lastIndexOf('/') + 1);
-    return stat(folder.isEmpty() ? "." : folder.constData(), &status) != 0 || isWritableByOthers(status);
+    return !isOwn(folder) || isWritableByOthers(folder);
+}
+
+bool isHeld(const struct stat &folder, const struct stat &entry)
+{
+    return !isOpenToOthers(folder) || ((folder.st_mode & S_ISVTX) != 0 && isOwn(folder) && isOwn(entry));
+}
+
+Place::Place(const QString &path, Missing missing)
+    : mMissing(missing)
+{
+    const QByteArray bytes = QFile::encodeName(path);
+    mError = bytes.isEmpty() ? ENOENT : bytes.contains('\0') ? EINVAL : 0;
+    if (mError != 0)
+        return;
+    follow(missing == Missing::MakeFolders ? bytes + '/' : bytes);
+    while (mFolder >= 0 && mName.isEmpty())
+        goOn(mNames.takeFirst());
+}
+
+Place::~Place()
+{
+    moveTo(-1);
+}
+
+QString Place::path() const
+{
+    std::array<char, PATH_MAX> text = {};
+    const QByteArray link = "/proc/self/fd/" + QByteArray::number(mFolder);
+    const ssize_t size = mFolder < 0 ? -1 : ::readlink(link.constData(), text.data(), text.size());
+    if (size <= 0)
+        return {};
+    const QString folder = QFile::decodeName(QByteArray(text.data(), static_cast<int>(size)));
+    return mName == "." ? folder : withSlash(folder) + QFile::decodeName(mName);
+}
+
+QString Place::throughDescriptor() const
+{
+    return mFolder < 0 ? QString() : QStringLiteral("/proc/self/fd/%1/").arg(mFolder) + QFile::decodeName(mName);
+}
+
+QString Place::whyNoFile() const
+{
+    if (mIsPlanted)
+        return QStringLiteral("another user has put a link there");
+    if (mError == ELOOP)
+        return QStringLiteral("it is a link without an end");
+    return mIsThere && !isFile() ? QStringLiteral("it is not a file") : QString();
+}
+
+bool Place::isFile() const
+{
+    return mIsThere && S_ISREG(mStatus.st_mode);
+}
+
+bool Place::isFolder() const
+{
+    return mIsThere && S_ISDIR(mStatus.st_mode);
+}
+
+/// The last one is a dot after a slash, and where a link leads to the root.
+void Place::follow(const QByteArray &path)
+{
+    if (path.startsWith('/') || mFolder < 0)
+        moveTo(::open(path.startsWith('/') ? "/" : ".", folderOnly));
+    if (mFolder < 0)
+        mError = errno;
+    QList<QByteArray> names = path.split('/');
+    names.removeAll(QByteArray());
+    if (path.endsWith('/'))
+        names.append(".");
+    mNames = names + mNames;
+}
+
+/// What is opened is what is looked at: the name may mean something else at any time.
+void Place::goOn(const QByteArray &name)
+{
+    int entry = ::openat(mFolder, name.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    if (entry < 0 && errno == ENOENT && mMissing == Missing::MakeFolders
+        && (::mkdirat(mFolder, name.constData(), folderMode) == 0 || errno == EEXIST))
+        entry = ::openat(mFolder, name.constData(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+    if (entry < 0) {
+        if (errno == ENOENT && mNames.isEmpty())
+            mName = name;
+        else
+            fail(errno);
+        return;
+    }
+    mStatus = statusOf(entry);
+    if (S_ISLNK(mStatus.st_mode) && !leadsNowhere(mFolder, name)) {
+        goAlong(entry);
+    } else if (mNames.isEmpty()) {
+        mName = name;
+        mIsThere = true;
+    } else if (!S_ISDIR(mStatus.st_mode)) {
+        fail(ENOTDIR);
+    } else {
+        mIsWayHeld = mIsWayHeld && (name == "." || name == ".." || isHeld(statusOf(mFolder), mStatus));
+        moveTo(entry);
+        return;
+    }
+    ::close(entry);
+}
+
+void Place::goAlong(int link)
+{
+    const struct stat folder = statusOf(mFolder);
+    mIsLinked = mIsLinked || mNames.isEmpty();
+    mIsWayHeld = mIsWayHeld && isHeld(folder, mStatus);
+    mIsPlanted = !isOwn(mStatus) && isOpenToOthers(folder);
+    std::array<char, PATH_MAX> text = {};
+    const ssize_t size = ::readlinkat(link, "", text.data(), text.size());
+    if (mIsPlanted)
+        fail(EACCES);
+    else if (size <= 0 || ++mLinks > mostLinks)
+        fail(size < 0 ? errno : ELOOP);
+    else
+        follow(QByteArray(text.data(), static_cast<int>(size)));
+}
+
+void Place::fail(int error)
+{
+    mError = error;
+    moveTo(-1);
+}
+
+void Place::moveTo(int folder)
+{
+    if (mFolder >= 0)
+        ::close(mFolder);
+    mFolder = folder;
 }
 
 bool openForWriting(const QString &path, Existing existing, QFile *file)

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/Csv.h"
-
-namespace Tools {
+#include "Internal/Csv.h"
 
 namespace {
 /// A spreadsheet takes what begins so for a formula, which may open files and reach networks.
 QString harmless(const QString &field)
 {
-    static const QString beginnings = QStringLiteral("=+-@\t\r'");
+    static const QString beginnings = QStringLiteral("=+-@\t\r\n'");
     bool isNumber = false;
     field.toDouble(&isNumber);
     return field.isEmpty() || isNumber || !beginnings.contains(field.at(0)) ? field : QLatin1Char('\'') + field;
@@ -27,7 +25,7 @@ QString quoted(const QString &field, QChar separator)
     if (isNumber(field) && !field.contains(separator))
         return field;
     for (const QChar character : field) {
-        if (special.contains(character)) {
+        if (character == separator || special.contains(character)) {
             QString escaped = field;
             escaped.replace(QLatin1Char('"'), QStringLiteral("\"\""));
             return QLatin1Char('"') + escaped + QLatin1Char('"');
@@ -44,5 +42,3 @@ QByteArray csvLine(const QStringList &fields, QChar separator)
         quotedFields.append(quoted(harmless(field), separator));
     return quotedFields.join(separator).toUtf8() + '\n';
 }
-
-} // namespace Tools

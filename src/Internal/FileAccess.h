@@ -2,13 +2,17 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
+#include <cerrno>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 class QFile;
 
-/// Opens files at paths that others know as well. No function waits for the other end of a pipe.
+/// Opens files at paths that others know as well. No function waits for the other end of a pipe; for another process to
+/// give up a lease on a file, half a second.
 ///
 /// A file is ours alone if it is a regular one that belongs to root or to us, has one name and can be written by its
 /// owner, and root's group, only. In a folder with the sticky bit nobody else can put something in its place then. What
@@ -47,8 +51,13 @@ bool isOwnFile(const QString &path); ///< regular, and of root or us; no link to
 /// Whether a path leads to the folder or below it, behind all links. It need not be there yet; the folder has to be.
 bool isWithin(const QString &path, const QString &folder);
 
-/// Whether something is there that is neither root's nor ours, a link as well, in a folder that others can write.
-bool isPlanted(const QString &path);
+bool isOwn(const struct stat &status); ///< root's or ours
+
+/// Whether somebody other than root and us can put something into the folder that is there, or take it away.
+bool isOpenToOthers(const struct stat &folder);
+
+/// Whether only root and we can put something else in the place of the entry.
+bool isHeld(const struct stat &folder, const struct stat &entry);
 
 /// For writing text, as QFile does it. A pipe that nobody reads is not opened.
 bool openForWriting(const QString &path, Existing existing, QFile *file);
@@ -70,5 +79,65 @@ bool writeThrough(QFile *file, const QByteArray &bytes);
 /// All that can be read, also from a file of the kernel, whose size tells nothing.
 /// @return false if it is more than the limit, or cannot be read
 bool readAll(QFile *file, qint64 limit, QByteArray *bytes);
+
+/// Where a path leads: one walk from link to link, as the kernel goes. The folder that it came to is held open, so that
+/// whatever becomes of the path, nothing needs to look at it again.
+///
+/// The walk ends at a planted link: one that is neither root's nor ours, in a folder that is open to others.
+class Place
+{
+public:
+    enum class Missing : int {
+        Stays,
+        MakeFolders, ///< all of the path; the place is the folder that has no entry but "."
+    };
+
+    explicit Place(const QString &path, Missing missing = Missing::Stays);
+    ~Place();
+    Place(const Place &) = delete;
+    Place &operator=(const Place &) = delete;
+
+    bool isPlanted() const { return mIsPlanted; }
+    bool isLinked() const { return mIsLinked; } ///< whether the last part of the path was a link
+    bool isLinkToNothing() const { return mIsLinked && !mIsThere && (mError == 0 || mError == ENOENT); }
+    bool isBehindLinks() const { return mLinks > 0; }
+    bool isWayHeld() const { return mIsWayHeld; } ///< whether only root and we can lead the path to another folder
+
+    /// Descriptor of the folder; negative if the walk did not get there, with the errno as error().
+    int folder() const { return mFolder; }
+    int error() const { return mError; }
+
+    QByteArray name() const { return mName; } ///< in the folder; a dot for the folder itself
+    bool isThere() const { return mIsThere; } ///< something had the name, no link; as the following, at that time
+    bool isFile() const;
+    bool isFolder() const;
+    const struct stat &status() const { return mStatus; }
+
+    /// Why no file may be written there: a planted link, one without an end, a device, a pipe or a folder, which would
+    /// be replaced. Empty: it may, as far as the place goes.
+    QString whyNoFile() const;
+
+    QString path() const; ///< absolute, without links; for messages and comparisons
+    QString throughDescriptor() const; ///< a path by the descriptor, good while this lives
+
+private:
+    void follow(const QByteArray &path);
+    void goOn(const QByteArray &name);
+    void goAlong(int link);
+    void fail(int error);
+    void moveTo(int folder);
+
+    QList<QByteArray> mNames; ///< still to go
+    QByteArray mName;
+    struct stat mStatus = {};
+    const Missing mMissing;
+    int mFolder = -1;
+    int mError = 0;
+    int mLinks = 0;
+    bool mIsPlanted = false;
+    bool mIsLinked = false;
+    bool mIsWayHeld = true;
+    bool mIsThere = false;
+};
 
 } // namespace FileAccess

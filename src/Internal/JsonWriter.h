@@ -4,8 +4,6 @@
 #include <QByteArray>
 #include <QString>
 
-namespace Tools {
-
 /// Writes JSON (RFC 8259) on one line, keys in the order of the calls.
 class JsonWriter
 {
@@ -41,5 +39,3 @@ private:
     QByteArray mBytes;
     bool mNeedsComma = false;
 };
-
-} // namespace Tools

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/JsonWriter.h"
+#include "Internal/JsonWriter.h"
 
-#include "common/ShortestNumber.h"
-
-namespace Tools {
+#include "Internal/ShortestNumber.h"
 
 namespace {
 /// What JSON itself asks for, and what would control a terminal or reorder the text on it.
@@ -106,5 +104,3 @@ void JsonWriter::separate()
     if (mNeedsComma)
         mBytes += ',';
 }
-
-} // namespace Tools

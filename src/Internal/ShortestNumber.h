@@ -7,8 +7,6 @@
 #include <cmath>
 #include <iterator>
 
-namespace Tools {
-
 /// The shortest decimal form that reads back as the same number, in every locale; "0" for what is not finite.
 template <typename Number>
 QByteArray shortestNumber(Number number)
@@ -19,5 +17,3 @@ QByteArray shortestNumber(Number number)
     const std::to_chars_result end = std::to_chars(std::begin(digits), std::end(digits), number);
     return {digits, static_cast<int>(end.ptr - digits)};
 }
-
-} // namespace Tools
