@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "AbstractSettings.h"
 
-#include "Helpers/FileAccess_p.h"
+#include "Internal/FileAccess.h"
 
 #include <QBasicTimer>
 #include <QCoreApplication>
@@ -13,6 +13,7 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <QStringList>
+#include <QTextCodec>
 #include <QTimerEvent>
 
 #include <algorithm>
@@ -20,6 +21,7 @@
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
+#include <new>
 #include <optional>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -30,6 +32,7 @@ namespace {
 constexpr int retryMilliseconds = 1000; // until the event loop tries again to write what it was refused
 constexpr qint64 mostForeignBytes = 1 << 20; // of a file that is never written
 constexpr qint64 mostOwnBytes = 1 << 26;
+constexpr int mostNested = 8192; // lists and maps in one another; Qt reads each by a call of its own
 constexpr qint64 mostForAByte = 4; // bytes, "\\xff"; a character is two, and as text 6 at most, "\\x1234"
 constexpr qint64 mostForACharacterOfAKey = 6; // bytes, "%U1234"
 constexpr qint64 mostForAnEmptyValue = 64; // bytes, with the key's section
@@ -86,6 +89,89 @@ std::optional<QVariantMap> valuesOf(const QByteArray &bytes, QTextCodec *codec)
     if (settings.status() == QSettings::AccessError)
         return {};
     return valuesOf(settings);
+}
+
+/// The character that the escape in front of the place stands for, and the place behind it.
+ushort unescape(const QByteArray &bytes, int *place)
+{
+    const char kind = *place < bytes.size() ? bytes[(*place)++] : '\0';
+    const bool isHex = kind == 'x';
+    if (!isHex && (kind < '0' || kind > '7'))
+        return kind == 't' ? '\t' : kind == 'b' ? '\b' : '?';
+    uint value = isHex ? 0 : uint(kind - '0');
+    for (; *place < bytes.size(); ++*place) {
+        const QByteArray digit(1, bytes[*place]);
+        bool isDigit = false;
+        value = value * (isHex ? 16 : 8) + digit.toUInt(&isDigit, isHex ? 16 : 8);
+        if (!isDigit)
+            return static_cast<ushort>(value / (isHex ? 16 : 8));
+    }
+    return static_cast<ushort>(value);
+}
+
+/// Whether the value within a value that it begins is of a type that may hold others: a list, a map, a format of QtGui,
+/// or by its name, as "QVariantList", behind the mark of such names.
+bool isNestingType(ushort character)
+{
+    constexpr ushort byName = 127;
+    switch (character) {
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantList:
+    case QMetaType::QVariantHash:
+    case QMetaType::QTextFormat:
+    case QMetaType::QTextFormat + 1: // in the values of Qt 4, as QSettings writes
+    case byName:
+    case 'V':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// No fewer than the values that stand in one another in any value: each begins with three zeros and its type.
+int countNested(const QByteArray &bytes)
+{
+    constexpr int zerosBeforeType = 3;
+    int count = 0;
+    int zeros = 0;
+    for (int place = 0; place < bytes.size();) {
+        const char byte = bytes[place++];
+        const ushort character = byte == '\\' ? unescape(bytes, &place) : static_cast<uchar>(byte);
+        if (character == 0) {
+            ++zeros;
+        } else if (zeros >= zerosBeforeType && isNestingType(character)) {
+            zeros = 0;
+            ++count;
+        }
+    }
+    return count;
+}
+
+/// Whether to read the values would end the process: of numbers of parts that are not there, or of too deep a nesting.
+bool isHarmful(const QByteArray &bytes)
+{
+    if (!bytes.contains('@') && !bytes.contains('\\'))
+        return false;
+    if (countNested(bytes) > mostNested)
+        return true;
+    try {
+        valuesOf(bytes, nullptr);
+        valuesOf(bytes, QTextCodec::codecForName("UTF-8")); // to which a subclass may set it
+    } catch (const std::bad_alloc &) {
+        return true;
+    }
+    return false;
+}
+
+/// The same of a file of ours, which may be missing.
+bool isHarmfulFile(const QString &path)
+{
+    QFile file;
+    QByteArray bytes;
+    if (FileAccess::isNothing(path) || !FileAccess::openRegular(path, &file))
+        return false; // then QSettings reads nothing, either
+    file.setTextModeEnabled(false);
+    return !FileAccess::readAll(&file, mostOwnBytes, &bytes) || isHarmful(bytes);
 }
 
 QByteArray bytesOf(const QVariant &value)
@@ -159,7 +245,7 @@ class Store : public QSettings
 public:
     /// @param path absolute: the process may change its folder
     explicit Store(const QString &path)
-        : Store(path, isUsable(path))
+        : Store(path, findObstacle(path))
     {
     }
 
@@ -199,16 +285,25 @@ protected:
     }
 
 private:
-    Store(const QString &path, bool isUsable)
-        : QSettings(isUsable ? path : nowhere(path), QSettings::IniFormat)
+    Store(const QString &path, const QString &obstacle)
+        : QSettings(obstacle.isEmpty() ? path : nowhere(path), QSettings::IniFormat)
         , mPath(path)
-        , mIsInMemory(!isUsable)
+        , mIsInMemory(!obstacle.isEmpty())
         , mAll(fileName(), QSettings::IniFormat)
     {
         if (!mIsInMemory)
             return;
-        qWarning().noquote() << "Settings stay in memory, this is no file of ours:" << mPath;
-        readForeignFile();
+        qWarning().noquote() << QStringLiteral("Settings stay in memory, %1:").arg(obstacle) << mPath;
+        if (!isUsable(mPath))
+            readForeignFile();
+    }
+
+    /// Empty when there is none.
+    static QString findObstacle(const QString &path)
+    {
+        if (!isUsable(path))
+            return QStringLiteral("this is no file of ours");
+        return isHarmfulFile(path) ? QStringLiteral("this file cannot be read") : QString();
     }
 
     /// QSettings would not stop at a limit, and write to what it has read.
@@ -220,7 +315,7 @@ private:
         QByteArray bytes;
         std::optional<QVariantMap> values;
         file.setTextModeEnabled(false); // a lone CR ends a line
-        if (FileAccess::readAll(&file, mostForeignBytes, &bytes))
+        if (FileAccess::readAll(&file, mostForeignBytes, &bytes) && !isHarmful(bytes))
             values = valuesOf(bytes, nullptr);
         if (!values) {
             qWarning().noquote() << "Failed to read settings from" << mPath;
@@ -230,14 +325,16 @@ private:
             setValue(value.key(), *value);
     }
 
-    /// What is in the way of writing; empty when nothing is. Looked at each time. The lock is waited for, and a folder
-    /// of its name for ever.
+    /// What is in the way of writing; empty when nothing is. Looked at each time: QSettings reads a file that has
+    /// become another one before it writes. The lock is waited for, and a folder of its name for ever.
     QString findHindrance() const
     {
-        if (mIsInMemory || !isUsable(mPath))
-            return mPath;
+        const QString obstacle = findObstacle(mPath);
+        if (mIsInMemory || !obstacle.isEmpty())
+            return (obstacle.isEmpty() ? QStringLiteral("they stay in memory") : obstacle) + QStringLiteral(": ")
+                + mPath;
         const QString lock = mPath + QStringLiteral(".lock");
-        return isUsable(lock) ? QString() : lock;
+        return isUsable(lock) ? QString() : QStringLiteral("this is no file of ours: ") + lock;
     }
 
     /// @return why the values are not on the disk; empty when they are
@@ -245,7 +342,7 @@ private:
     {
         const QString hindrance = findHindrance();
         if (!hindrance.isEmpty())
-            return QStringLiteral("Failed to store settings, this is no file of ours: ") + hindrance;
+            return QStringLiteral("Failed to store settings, ") + hindrance;
         // QSettings takes a write that the disk had half the room for to be a whole one, and the file is lost.
         const QFileInfo file(mPath);
         const Room room = findRoom(file.path(), file.size() + estimateSize(allValues()));
@@ -267,7 +364,7 @@ private:
             if (!FileAccess::openRegular(mPath, &file))
                 return false;
             file.setTextModeEnabled(false);
-            if (!FileAccess::readAll(&file, mostOwnBytes, &bytes))
+            if (!FileAccess::readAll(&file, mostOwnBytes, &bytes) || isHarmful(bytes))
                 return false;
         }
         const std::optional<QVariantMap> stored = valuesOf(bytes, iniCodec());

@@ -23,6 +23,10 @@ class QSettings;
 /// file stays as it is, and the event loop tries again each second. The disk is full when it has not room for the
 /// largest file that the values can become.
 ///
+/// A file of values that cannot be read without an end of the process, because one tells of more parts than there is
+/// memory for or holds some thousands of values in one another, is not read at all: the log tells, the values stay in
+/// memory, and the file as it is. So is one of more than 64 MiB.
+///
 /// @code
 /// class Settings : public AbstractSettings
 /// {

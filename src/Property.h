@@ -17,6 +17,19 @@
 /// VANTOR_ATOMIC_PROPERTY may be read in any thread while its owner's thread writes it. VANTOR_LOCKED_PROPERTY may be
 /// written in any thread as well; its signal is emitted without the lock, with the value of that call. It has no
 /// `<name>_name()`.
+///
+/// @code
+/// class Level : public QObject
+/// {
+///     Q_OBJECT
+///     VANTOR_PROPERTY(double, microns, 0)
+/// };
+///
+/// Level level;
+/// QObject::connect(&level, &Level::microns_changed, [](double microns) { qInfo() << microns; });
+/// level.set_microns(2.5); // prints it
+/// level.set_microns(2.5); // does not
+/// @endcode
 // clang-format off
 #define VANTOR_PROPERTY(Type, name, initial)                                                                           \
     Q_PROPERTY(Type name READ name WRITE set_##name NOTIFY name##_changed)                                             \

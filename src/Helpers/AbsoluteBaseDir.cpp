@@ -17,5 +17,5 @@ AbsoluteBaseDir::AbsoluteBaseDir(const QString &folder)
 
 QString AbsoluteBaseDir::applicationDirName()
 {
-    return QDir(QStringLiteral("/opt")).relativeFilePath(QDir::cleanPath(absoluteWorkDir()));
+    return QDir(QStringLiteral("/opt")).relativeFilePath(absoluteWorkDir());
 }

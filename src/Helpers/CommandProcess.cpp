@@ -202,16 +202,26 @@ CommandProcess::CommandProcess()
 CommandProcess::~CommandProcess()
 {
     ::close(mNoRoom);
+    for (const int descriptor : qAsConst(mPassedOn))
+        ::close(descriptor);
 }
 
-void CommandProcess::startCommand(const QString &command)
+QString CommandProcess::passOn(int descriptor)
 {
-    QStringList words = QProcess::splitCommand(command);
-    const QString program = words.isEmpty() ? QString() : words.takeFirst();
+    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1); // those up to here are its channels
+    if (copy >= 0)
+        mPassedOn.append(copy);
+    return QStringLiteral("/proc/self/fd/%1").arg(copy);
+}
+
+void CommandProcess::startCommand(const QStringList &words)
+{
+    const QString program = words.value(0);
+    const QStringList arguments = words.mid(1);
     const QString path = program.contains(QLatin1Char('/')) ? program : QStandardPaths::findExecutable(program);
-    mArguments.assign(path.isEmpty() ? program : path, words);
+    mArguments.assign(path.isEmpty() ? program : path, arguments);
     mEnvironment.assign({}, processEnvironment().toStringList());
-    start(program, words);
+    start(program, arguments);
 }
 
 bool CommandProcess::waitForCommand(int timeout)
@@ -232,15 +242,11 @@ void CommandProcess::killAll() const
     ::kill(watcher, SIGCONT);
 }
 
-void CommandProcess::killUnstarted()
-{
-    kill(); // closing alone would first wait for it to start
-    close();
-}
-
 void CommandProcess::setupChildProcess()
 {
     giveUpOurName();
+    for (const int descriptor : qAsConst(mPassedOn))
+        fcntl(descriptor, F_SETFD, 0);
     sigset_t all;
     sigset_t former;
     sigfillset(&all);

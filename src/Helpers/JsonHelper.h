@@ -39,6 +39,7 @@ public:
 
     /// Reads JSON of whomever. As QJsonDocument::fromJson(), but refuses an object that names a key twice, whose values
     /// Qt would lose, before Qt sees it; a warning tells.
+    /// What is nested 1024 deep is still read, and set below, for which a thread needs a stack of 512 KiB.
     /// @param error of Qt, which has none for such a key: an illegal value then
     /// @param reason for people, why there is no document: "duplicate key", or Qt's words; untouched if there is one
     static QJsonDocument parse(const QByteArray &data, QJsonParseError *error = nullptr, QString *reason = nullptr);

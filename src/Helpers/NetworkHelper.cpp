@@ -3,13 +3,12 @@
 
 #include "Helpers/CommandProcess_p.h"
 #include "Helpers/DhcpRecord_p.h"
-#include "Helpers/FileAccess_p.h"
 #include "Helpers/IPDetails.h"
 #include "Helpers/SystemHelper.h"
+#include "Internal/FileAccess.h"
 
 #include <QDebug>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QStringList>
 
@@ -97,9 +96,9 @@ QString simulatedIPv6Address(const QString &interface, const QString &scope)
 QByteArray outputOf(const QString &command)
 {
     CommandProcess process;
-    process.startCommand(command);
+    process.startCommand(QProcess::splitCommand(command));
     if (!process.waitForCommand(startTimeout)) {
-        process.killUnstarted();
+        process.killAndClose();
         return {};
     }
     if (!process.waitForFinished(routeTimeout)) {
@@ -158,6 +157,15 @@ QStringList macParts(const QString &mac)
     qWarning() << "Invalid MAC address " << mac;
     return {};
 }
+
+/// What ip itself says no to is an answer; otherwise it did not run, or could not ask the kernel.
+NetworkHelper::Lookup lookupThatFailed(int exitCode)
+{
+    constexpr int refused = 1; // by ip: there is no such interface
+    constexpr int refusedByKernel = 2; // which has no IPv6
+    return exitCode == refused || exitCode == refusedByKernel ? NetworkHelper::Lookup::None
+                                                              : NetworkHelper::Lookup::NotAsked;
+}
 } // namespace
 
 QString NetworkHelper::getInterfaceIPDetailsFileName(const QString &interface, bool ipv6)
@@ -206,56 +214,75 @@ bool NetworkHelper::getIPv4Address(const QString &interface, QString &address)
 
 bool NetworkHelper::getIPv6LinkLocalAddress(const QString &interface, QString &address)
 {
-    return getIPv6Address(interface, QStringLiteral("link"), address);
+    return lookUpIPv6LinkLocalAddress(interface, address) == Lookup::Found;
+}
+
+NetworkHelper::Lookup NetworkHelper::lookUpIPv6LinkLocalAddress(const QString &interface, QString &address)
+{
+    return lookUpIPv6Address(interface, QStringLiteral("link"), address);
 }
 
 bool NetworkHelper::getIPv6GlobalAddress(const QString &interface, QString &address)
 {
-    return getIPv6Address(interface, QStringLiteral("global"), address);
+    return lookUpIPv6GlobalAddress(interface, address) == Lookup::Found;
 }
 
-bool NetworkHelper::getIPv6Address(const QString &interface, const QString &scope, QString &address)
+NetworkHelper::Lookup NetworkHelper::lookUpIPv6GlobalAddress(const QString &interface, QString &address)
+{
+    return lookUpIPv6Address(interface, QStringLiteral("global"), address);
+}
+
+NetworkHelper::Lookup NetworkHelper::lookUpIPv6Address(const QString &interface, const QString &scope, QString &address)
 {
     if (!isInterfaceName(interface) || (mIsHardwareSimulation && !isHarmlessInShell(interface)))
-        return false;
+        return Lookup::None;
     const QString command = mIsHardwareSimulation
         ? echo(simulatedIPv6Address(interface, scope))
         : QStringLiteral("ip -o -6 addr show dev %1 scope %2").arg(wordOf(interface), scope);
     QByteArray output;
-    const bool ok = SystemHelper::runCommand(command, addressTimeout, &output, nullptr);
+    int exitCode = 0;
+    const bool ok = SystemHelper::runCommand(command, addressTimeout, &output, &exitCode);
     if (!ok) {
         qDebug() << "ok= " << ok << ": Failed to run command - " << command;
-        return false;
+        return lookupThatFailed(exitCode);
     }
 
     const QString found = wordBehind(QStringLiteral("inet6"), wordsOf(QString::fromUtf8(output))).trimmed();
     if (found.isEmpty())
-        return false;
+        return Lookup::None;
     address = found;
-    return true;
+    return Lookup::Found;
 }
 
 bool NetworkHelper::getIPv6DefaultGateway(const QString &interface, QString &gateway)
 {
+    return lookUpIPv6DefaultGateway(interface, gateway) == Lookup::Found;
+}
+
+NetworkHelper::Lookup NetworkHelper::lookUpIPv6DefaultGateway(const QString &interface, QString &gateway)
+{
     if (!isInterfaceName(interface))
-        return false;
+        return Lookup::None;
     const QString command = mIsHardwareSimulation
         ? echo(QStringLiteral("default via fe80::290:7fff:feb1:62be"))
         : QStringLiteral("ip -o -6 route show default dev ") + wordOf(interface);
     QByteArray output;
-    if (!SystemHelper::runCommand(command, routeTimeout, &output, nullptr) || output.isEmpty())
-        return false;
+    int exitCode = 0;
+    if (!SystemHelper::runCommand(command, routeTimeout, &output, &exitCode))
+        return lookupThatFailed(exitCode);
+    if (output.isEmpty())
+        return Lookup::None;
     if (!output.startsWith("default")) {
         gateway.clear();
-        return false;
+        return Lookup::None;
     }
 
     QString router = wordBehind(QStringLiteral("via"), wordsOf(QString::fromUtf8(output)));
     router.remove(QLatin1Char('\n'));
     if (router.isEmpty()) // the whole world is on the link
-        return false;
+        return Lookup::None;
     gateway = router;
-    return true;
+    return Lookup::Found;
 }
 
 bool NetworkHelper::getIPv6LinkLocalInterfaceName(QString &interface)
@@ -318,14 +345,14 @@ bool NetworkHelper::getMACAddress(const QString &interface, QString &text)
 
 void NetworkHelper::generateRandomMACAddress(QString &mac)
 {
-    const ChildSignal children;
-    QProcess process;
+    ChildProcess process;
     process.start(QStringLiteral("/bin/sh"),
         {QStringLiteral("-c"), QStringLiteral("echo -n 02; od -t x1 -An -N 5 /dev/urandom | tr ' ' ':'")});
     process.waitForFinished(randomTimeout);
     mac = QString::fromLatin1(process.readAllStandardOutput()).trimmed();
-    process.kill(); // closing alone would first wait for it to start
-    process.close();
+    if (process.error() == QProcess::FailedToStart)
+        qWarning().noquote() << "Failed to make a MAC address:" << process.errorString();
+    process.killAndClose();
 }
 
 void NetworkHelper::convertStringMACAddressToByteArray(const QString &mac, QVector<unsigned char> &bytes)

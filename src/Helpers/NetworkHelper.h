@@ -50,6 +50,17 @@ public:
     Q_DECLARE_FLAGS(ConfigurationSteps, ConfigurationStep)
     Q_FLAG(ConfigurationSteps)
 
+    /// What updateSystemDNSServers() does, in its order; the first step that fails is the end.
+    enum class ServerStep : int {
+        None,
+        Accept, ///< the addresses and the domain
+        Write, ///< /tmp/resolv.dmasq.bkp, from the present list
+        Replace, ///< /tmp/resolv.dmasq
+        Link, ///< /etc/resolv.dmasq
+        Restart, ///< of the name server
+    };
+    Q_ENUM(ServerStep)
+
     /// Writes a configuration for dhclient; starting the client is up to the caller.
     /// @param timeout seconds
     /// @param fileName the file's path, also when it could not be written
@@ -77,6 +88,10 @@ public:
     /// Adds servers for the local name server to ask; empty ones are left out. A domain alone is not added.
     static bool updateSystemDNSServers(const QString &primary, const QString &secondary, const QString &domain);
 
+    /// Likewise. @param failed the step, or None when all was done
+    static bool updateSystemDNSServers(
+        const QString &primary, const QString &secondary, const QString &domain, ServerStep &failed);
+
     /// Where the hook writes what it was told about an interface. Text for any name, also one that is refused
     /// elsewhere.
     static QString getInterfaceIPDetailsFileName(const QString &interface, bool ipv6);
@@ -91,6 +106,21 @@ public:
     static bool getIPv6LinkLocalAddress(const QString &interface, QString &address); ///< with the length of the prefix
     static bool getIPv6GlobalAddress(const QString &interface, QString &address); ///< with the length of the prefix
     static bool getIPv6DefaultGateway(const QString &interface, QString &gateway); ///< empty if there is no such route
+
+    /// What came of asking the kernel. NotAsked: the command for it did not start, or did not end in time.
+    enum class Lookup : int { Found, None, NotAsked };
+
+    /// As the three above, which cannot tell "there is none" from "nobody knows":
+    ///
+    /// @code
+    /// QString address;
+    /// if (NetworkHelper::lookUpIPv6GlobalAddress(QStringLiteral("eth0"), address) == NetworkHelper::Lookup::NotAsked)
+    ///     qWarning() << "the kernel could not be asked";
+    /// @endcode
+    static Lookup lookUpIPv6LinkLocalAddress(const QString &interface, QString &address);
+    static Lookup lookUpIPv6GlobalAddress(const QString &interface, QString &address);
+    static Lookup lookUpIPv6DefaultGateway(const QString &interface, QString &gateway);
+
     static bool getIPv6LinkLocalInterfaceName(QString &interface); ///< an interface that has a link-local address
 
     static bool getMACAddress(const QString &interface, QVector<unsigned char> &bytes); ///< appends to the bytes
@@ -112,7 +142,7 @@ public:
     static void setIsHardwareSimulation(bool isSimulation);
 
 private:
-    static bool getIPv6Address(const QString &interface, const QString &scope, QString &address);
+    static Lookup lookUpIPv6Address(const QString &interface, const QString &scope, QString &address);
 
     static std::atomic<bool> mIsHardwareSimulation;
 };

@@ -3,9 +3,9 @@
 #include "Helpers/NetworkHelper.h"
 
 #include "Helpers/BaseDirHelper.h"
-#include "Helpers/FileAccess_p.h"
 #include "Helpers/ResolverFile_p.h"
 #include "Helpers/SystemHelper.h"
+#include "Internal/FileAccess.h"
 
 #include <QDeadlineTimer>
 #include <QDebug>
@@ -200,6 +200,30 @@ bool preparePlace(const QString &path, const Servers &servers)
     qWarning().noquote() << QStringLiteral("Failed to create %1").arg(path);
     return false;
 }
+
+using ServerStep = NetworkHelper::ServerStep;
+
+/// @return the step that failed
+ServerStep addServers(const ResolverFile::Entries &wanted, bool isSimulation)
+{
+    if (!wanted.isValid()) { // would make lines of its own
+        qWarning() << "Not name servers and a domain: " << wanted.primary << wanted.secondary << wanted.domain;
+        return ServerStep::Accept;
+    }
+
+    const FilesLock lock;
+    Servers servers;
+    if (!writeServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted, &servers))
+        return ServerStep::Write;
+    if (!preparePlace(QStringLiteral("/tmp/resolv.dmasq"), servers)
+        || !run(QStringLiteral("mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq")))
+        return ServerStep::Replace;
+    if (isSimulation)
+        return ServerStep::None;
+    if (!run(QStringLiteral("ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq")))
+        return ServerStep::Link;
+    return run(QStringLiteral("systemctl restart dnsmasq")) ? ServerStep::None : ServerStep::Restart;
+}
 } // namespace
 
 bool NetworkHelper::createDhcpClientConfig(quint32 timeout, bool ipv6, QString &fileName)
@@ -233,23 +257,16 @@ bool NetworkHelper::configureSystem(ConfigurationSteps &failed)
 
 bool NetworkHelper::updateSystemDNSServers(const QString &primary, const QString &secondary, const QString &domain)
 {
+    ServerStep ignored = ServerStep::None;
+    return updateSystemDNSServers(primary, secondary, domain, ignored);
+}
+
+bool NetworkHelper::updateSystemDNSServers(
+    const QString &primary, const QString &secondary, const QString &domain, ServerStep &failed)
+{
+    failed = ServerStep::None;
     if (primary.isEmpty() && secondary.isEmpty())
         return true;
-    const ResolverFile::Entries wanted{primary, secondary, domain};
-    if (!wanted.isValid()) { // would make lines of its own
-        qWarning() << "Not name servers and a domain: " << primary << secondary << domain;
-        return false;
-    }
-
-    const FilesLock lock;
-    Servers servers;
-    if (!writeServers(QStringLiteral("/tmp/resolv.dmasq.bkp"), wanted, &servers))
-        return false;
-    if (!preparePlace(QStringLiteral("/tmp/resolv.dmasq"), servers))
-        return false;
-    if (!run(QStringLiteral("mv -f /tmp/resolv.dmasq.bkp /tmp/resolv.dmasq")))
-        return false;
-    return mIsHardwareSimulation
-        || (run(QStringLiteral("ln -sf /tmp/resolv.dmasq /etc/resolv.dmasq"))
-            && run(QStringLiteral("systemctl restart dnsmasq")));
+    failed = addServers({primary, secondary, domain}, mIsHardwareSimulation);
+    return failed == ServerStep::None;
 }

@@ -15,6 +15,13 @@ bool isOneWord(const QString &text)
     return std::all_of(text.cbegin(), text.cend(), [](QChar c) { return !c.isSpace() && c.isPrint(); });
 }
 
+/// What a DHCP server calls a domain are often several.
+bool isOneLineOfWords(const QString &text)
+{
+    const QStringList words = text.split(QLatin1Char(' '));
+    return std::all_of(words.cbegin(), words.cend(), isOneWord);
+}
+
 QByteArray lineUnlessPresent(const char *keyword, const QString &value, bool isPresent)
 {
     return value.isEmpty() || isPresent ? QByteArray() : keyword + (' ' + value.toUtf8()) + '\n';
@@ -23,7 +30,7 @@ QByteArray lineUnlessPresent(const char *keyword, const QString &value, bool isP
 
 bool Entries::isValid() const
 {
-    return isOneWord(primary) && isOneWord(secondary) && isOneWord(domain);
+    return isOneWord(primary) && isOneWord(secondary) && isOneLineOfWords(domain);
 }
 
 QByteArray missingLines(const QByteArray &text, const Entries &wanted)
@@ -43,7 +50,8 @@ QByteArray missingLines(const QByteArray &text, const Entries &wanted)
             hasPrimary = hasPrimary || words.at(1) == wanted.primary;
             hasSecondary = hasSecondary || words.at(1) == wanted.secondary;
         } else if (line.startsWith(QLatin1String("domain"))) {
-            hasDomain = hasDomain || words.at(1) == wanted.domain;
+            const bool isWhole = words.mid(1) == wanted.domain.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+            hasDomain = hasDomain || words.at(1) == wanted.domain || isWhole;
         }
     }
 

@@ -14,7 +14,7 @@ struct Entries
     QString secondary;
     QString domain;
 
-    bool isValid() const; ///< no entry could be read as more than one word
+    bool isValid() const; ///< servers are one word each; of domains there may be several, with blanks between them
 };
 
 /// What has to be appended to the text so that it holds the entries.

@@ -41,7 +41,8 @@ public:
     /// @param output what was printed on both channels, up to the maximum; untouched if the command timed out
     /// @param exitCode the command's own, the signal's number after a crash (that of SIGKILL after too much output), or
     /// one of the constants above
-    /// @return whether the command ended in time, by itself, and with 0
+    /// @return whether the command ended in time, by itself, and with 0; otherwise the log has the command and what it
+    /// has printed, of much the first and the last 4 KiB
     static bool runCommand(const QString &command, quint32 timeout, QByteArray *output, int *exitCode);
 
     /// How much a command may print; from the next command on, of all threads.
@@ -69,7 +70,7 @@ public:
     static bool readIntFromFile(const QString &filename, int &value);
 
     // These two tell whether the file was opened; the log tells if not all was written. Text is encoded as the locale
-    // says.
+    // says. That the reader of a pipe goes is such a failure, and does not end the process.
     static bool writeIntToFile(const QString &filename, int value);
     static bool writeStringToFile(const QString &filename, const QString &stringToWrite, bool overwrite);
 
@@ -79,10 +80,23 @@ public:
     static bool createDirIfNotExist(const QString &path);
 
     /// Packs files, and folders with all they hold, under their bare names; but not the archive itself, neither the new
-    /// nor the former one, wherever it lies. Paths must not contain blanks; names that tar takes for options are
-    /// refused. A run that fails leaves no half archive, and the former one of that name as it was: until tar has ended
-    /// it stands beside the new one, as .archive.XXXXXX with a random end. In a folder that others can write, what has
-    /// the name of the archive must be root's or ours: another user could have put it there.
+    /// nor the former one, wherever it lies and whether or not it is named. A slash at the end names the folder itself,
+    /// behind a link as NAME/. in the archive. Paths must contain neither blanks nor double quotes: what the command
+    /// line would cut or take for another name is refused, and names that tar takes for options. Only the path of
+    /// nothing is cut at its blanks, and what has these names is packed.
+    ///
+    /// A run that fails leaves no half archive, and the former one of that name as it was: until tar has ended it
+    /// stands beside the new one, as .archive.XXXXXX with a random end. What a killed run has left under such a name is
+    /// not packed. While another thread or process writes an archive of that name, this one waits; both together have
+    /// the five minutes.
+    ///
+    /// Refused is what would lose a file, or leave one out: an archive in place of a file that it packs, unless that is
+    /// a former archive; one of nothing but itself; and, with the archive among the files, another one of its name.
+    /// Refused is also another user's link on the way to the archive or to a file, in a folder that others can write or
+    /// own, and there what is another user's if it is no file, or one that cannot be moved. Such a file gives the new
+    /// archive neither owner nor mode. Where others could exchange the archive or a folder on the way, tar gets the
+    /// archive and the folders by descriptors, in place of their names; what takes the name of the archive while tar
+    /// writes makes it a failure.
     static bool compressFile(const QStringList &sourceFiles, const QString &targetFilePath);
 
     /// @return the 16 bytes of the MD5 sum; empty for what is no readable regular file, or beyond maximumChecksummed;
@@ -95,7 +109,8 @@ public:
     /// @return bytes, or -1 if there is no such path
     static qint64 getFreeDiskSpace(const QString &path);
 
-    /// Removes all files below the folder whose paths end so; all of them if the extension is empty. Links are removed,
-    /// not followed.
+    /// Removes all files below the folder whose paths end so; all of them if the extension is empty. What is hidden
+    /// stays, and names that are no text of the locale. Links are removed, not followed; where another user has put one
+    /// on the way to the folder, in a folder that is open to others, nothing is removed.
     static void removeFilesFromDir(const QString &dirPath, const QString &extension);
 };

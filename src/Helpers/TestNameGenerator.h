@@ -9,6 +9,13 @@
 #include <QVector>
 
 /// One column of a name: a single character, or a whole run of numeric ones.
+///
+/// @code
+/// const QString name = QStringLiteral("Ca-08");
+/// const auto columns = TestNameGenerator::getAllColumnValues(name, TestNameGenerator::tokenise(name));
+/// for (const NameGenColumnValue &column : columns)
+///     qInfo() << column.type << column.value; // A "C", a "a", S "-", N "08"
+/// @endcode
 struct VANTORBASE_EXPORT NameGenColumnValue
 {
     QChar type; ///< one of TestNameGenerator's token kinds
@@ -16,6 +23,14 @@ struct VANTORBASE_EXPORT NameGenColumnValue
 };
 
 /// The values that one column takes, and the one it is at; for code that wants to hold them. The generator counts.
+///
+/// @code
+/// NameGenPermutation column;
+/// column.values = QVector<QString>{QStringLiteral("A"), QStringLiteral("B")};
+/// do
+///     qInfo() << column.getCurrentValue();
+/// while (column.incrementIndex());
+/// @endcode
 struct VANTORBASE_EXPORT NameGenPermutation
 {
     int index = 0;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Lab.h"
 
+#include "OneProcess.h"
+#include "ProgramRun.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
@@ -27,13 +30,10 @@ bool isHere()
 
 Run shell(const QString &line)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line});
-    const bool isDone = process.waitForFinished(patience) && process.exitStatus() == QProcess::NormalExit;
-    const Run run{isDone ? process.exitCode() : -1, process.readAll()};
-    process.close();
-    return run;
+    const ProgramRun run = ProgramRun::of(
+        QStringLiteral("/bin/bash"), {QStringLiteral("-c"), line},
+        [](ChildProcess &process) { process.setProcessChannelMode(QProcess::MergedChannels); }, patience);
+    return {run.exitCode, run.output};
 }
 
 bool succeeds(const QString &line)
@@ -77,8 +77,8 @@ FolderMaker::FolderMaker(const QStringList &paths)
 
 FolderMaker::~FolderMaker()
 {
-    kill(mProcess, SIGKILL);
-    waitpid(mProcess, nullptr, 0);
+    if (OneProcess::sendSignal(mProcess, SIGKILL))
+        waitpid(mProcess, nullptr, 0);
 }
 
 QByteArray read(const QString &path)
@@ -129,18 +129,6 @@ QByteArray PeerServer::log()
     mProcess.waitForReadyRead(0);
     mLog += mProcess.readAll();
     return mLog;
-}
-
-FullDisk::FullDisk(const QString &folder)
-    : mFolder(folder)
-{
-    mIsFull = succeeds(QStringLiteral("mount -t tmpfs -o size=64k,mode=1777 tmpfs %1").arg(folder))
-        && shell(QStringLiteral("cat /dev/zero >%1/filler").arg(folder)).exitCode != 0;
-}
-
-FullDisk::~FullDisk()
-{
-    succeeds(QStringLiteral("umount %1").arg(mFolder));
 }
 
 ReadOnly::ReadOnly(const QString &mountPoint)

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Internal/ChildProcess.h"
+
 #include <QByteArray>
-#include <QProcess>
 #include <QStringList>
 
 #include <sys/types.h>
@@ -64,24 +65,8 @@ public:
     QByteArray log(); ///< what it has written until now
 
 private:
-    QProcess mProcess;
+    ChildProcess mProcess;
     QByteArray mLog;
-};
-
-/// While it lives, the folder is a disk without a byte left.
-class FullDisk
-{
-public:
-    explicit FullDisk(const QString &folder);
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-    ~FullDisk();
-
-    bool isFull() const { return mIsFull; }
-
-private:
-    QString mFolder;
-    bool mIsFull = false;
 };
 
 /// While it lives, nothing below the mount point can be changed.

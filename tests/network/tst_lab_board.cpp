@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Commands on the measurement board: a real ssh, and a real sshd at the board's address.
 #include "Helpers/SystemHelper.h"
+#include "Internal/ChildProcess.h"
 #include "Lab.h"
 #include "LogCapture.h"
 
@@ -134,7 +135,7 @@ private Q_SLOTS:
     }
 
 private:
-    QProcess mServer;
+    ChildProcess mServer;
 };
 
 QTEST_GUILESS_MAIN(TestLabBoard)

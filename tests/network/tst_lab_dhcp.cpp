@@ -4,6 +4,7 @@
 #include "Helpers/NetworkHelper.h"
 #include "Lab.h"
 #include "LogCapture.h"
+#include "SmallDisk.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -140,8 +141,8 @@ private Q_SLOTS:
 
     void aFullDiskIsToldAndTheNameAsWell()
     {
-        const Lab::FullDisk disk(QStringLiteral("/tmp"));
-        QVERIFY(disk.isFull());
+        const FullDisk disk(QStringLiteral("/tmp"));
+        QCOMPARE(disk.problem(), QString());
         QString fileName;
 
         QVERIFY(!NetworkHelper::createDhcpClientConfig(20, true, fileName));
@@ -702,8 +703,8 @@ private Q_SLOTS:
     void ratherNoRecordThanAnOldOne()
     {
         const LogCapture log;
-        const Lab::FullDisk disk(QStringLiteral("/tmp"));
-        QVERIFY(disk.isFull());
+        const FullDisk disk(QStringLiteral("/tmp"));
+        QCOMPARE(disk.problem(), QString());
         QVERIFY(Lab::succeeds(QStringLiteral("ln -s nowhere %1").arg(recordV4)));
         IPDetails details;
 
@@ -712,7 +713,7 @@ private Q_SLOTS:
         QVERIFY(!NetworkHelper::getInterfaceIPv4Details(QStringLiteral("d0"), details));
         QVERIFY(!QFileInfo(recordV4).isSymLink());
         QCOMPARE(
-            QDir(QStringLiteral("/tmp")).entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("filler")));
+            QDir(QStringLiteral("/tmp")).entryList(QDir::Files | QDir::Hidden), QStringList(QStringLiteral("filling")));
     }
 
     void aMissingRecordLeavesTheDetailsAsTheyAre()

@@ -65,8 +65,9 @@ private Q_SLOTS:
         const Lab::Run run = net(QStringLiteral("configure --application tester --yes"));
 
         QCOMPARE(run.exitCode, 1);
-        QVERIFY2(
-            run.output.endsWith("vantor-net: not all of it was done; --verbose tells why\n"), run.output.constData());
+        QVERIFY2(run.output.endsWith("vantor-net: this failed: writing /etc/dnsmasq.conf, writing /etc/resolv.conf; "
+                                     "--verbose tells why\n"),
+            run.output.constData());
         QVERIFY(net(QStringLiteral("configure --application tester --yes --verbose"))
                     .output.contains("Failed to create /etc/resolv.conf\n"));
     }
@@ -81,6 +82,42 @@ private Q_SLOTS:
 
         QVERIFY(Lab::succeeds(QStringLiteral("rm -r %1; mv /run/hook %1").arg(hook)));
         QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.output.endsWith("vantor-net: this failed: linking the hook; --verbose tells why\n"),
+            run.output.constData());
+    }
+
+    void everyStepThatFailedIsNamed_data()
+    {
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("removal");
+        QTest::addColumn<QByteArray>("words");
+        const auto row = [](const char *name, const char *obstacle, const char *removal, const char *words) {
+            QTest::newRow(name) << QString::fromUtf8(obstacle) << QString::fromUtf8(removal) << QByteArray(words);
+        };
+        row("the first file under /tmp", "mkdir /tmp/dnsmasq.conf", "rmdir /tmp/dnsmasq.conf",
+            "writing /tmp/dnsmasq.conf, which was the end");
+        row("the first file", "mv /etc/dnsmasq.conf /run/away; mkdir /etc/dnsmasq.conf",
+            "rmdir /etc/dnsmasq.conf; mv /run/away /etc/dnsmasq.conf", "writing /etc/dnsmasq.conf");
+        row("the second file under /tmp", "mkdir /tmp/resolv.conf", "rmdir /tmp/resolv.conf",
+            "writing /tmp/resolv.conf, which was the end");
+        row("the hook and the restart", "mv /etc/dhcp/dhclient-exit-hooks.d /etc/dhcp/away; touch /run/systemctl.fails",
+            "mv /etc/dhcp/away /etc/dhcp/dhclient-exit-hooks.d; rm /run/systemctl.fails",
+            "linking the hook, restarting dnsmasq");
+    }
+
+    void everyStepThatFailedIsNamed()
+    {
+        QFETCH(QString, obstacle);
+        QFETCH(QString, removal);
+        QFETCH(QByteArray, words);
+        QVERIFY(Lab::succeeds(obstacle));
+
+        const Lab::Run run = net(QStringLiteral("configure --application tester --yes"));
+
+        QVERIFY(Lab::succeeds(removal));
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.output.endsWith("vantor-net: this failed: " + words + "; --verbose tells why\n"),
+            run.output.constData());
     }
 
     void anInterfaceIsShownWithAllThatIsKnown()
@@ -116,6 +153,25 @@ private Q_SLOTS:
             QVERIFY2(text.output.contains(line), text.output.constData());
     }
 
+    void whatIsEmptyIsNotTakenForNothing_data()
+    {
+        QTest::addColumn<QString>("problem");
+        QTest::newRow("show ''") << "show needs the name of an interface, or none";
+        QTest::newRow("dns add 10.20.0.1 '' --yes") << "dns add needs addresses and a domain that are not empty";
+        QTest::newRow("dns add 10.20.0.1 --domain= --yes") << "dns add needs addresses and a domain that are not empty";
+    }
+    void whatIsEmptyIsNotTakenForNothing()
+    {
+        QFETCH(const QString, problem);
+        const QByteArray before = Lab::read(QStringLiteral("/tmp/resolv.dmasq"));
+
+        const Lab::Run run = net(QString::fromLatin1(QTest::currentDataTag()));
+
+        QCOMPARE(run.exitCode, 64);
+        QCOMPARE(run.output, "vantor-net: " + problem.toUtf8() + '\n');
+        QCOMPARE(Lab::read(QStringLiteral("/tmp/resolv.dmasq")), before);
+    }
+
     void allInterfacesAreShown()
     {
         const Lab::Run run = net(QStringLiteral("show --json"));
@@ -144,6 +200,18 @@ private Q_SLOTS:
         QTest::newRow("a link that leads nowhere") << QStringLiteral("ln -s /nothing %1");
     }
 
+    void whatTheKernelWasNotAskedForIsTold()
+    {
+        const Lab::Run run = Lab::shell(QStringLiteral("PATH=/nowhere ") + QCoreApplication::applicationDirPath()
+            + QStringLiteral("/vantor-net show lo 2>&1 >/dev/null"));
+
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(run.output,
+            QByteArray("vantor-net: lo: the kernel could not be asked for the IPv6 link-local address\n"
+                       "vantor-net: lo: the kernel could not be asked for the IPv6 global address\n"
+                       "vantor-net: lo: the kernel could not be asked for the IPv6 gateway\n"));
+    }
+
     void aRecordThatIsNotReadIsToldOf()
     {
         QFETCH(QString, planting);
@@ -154,7 +222,7 @@ private Q_SLOTS:
         const Lab::Run json = net(QStringLiteral("show --json lo 2>/dev/null"));
 
         QVERIFY(Lab::succeeds(QStringLiteral("rm %1").arg(record)));
-        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.output, QStringLiteral("vantor-net: %1 is not read; --verbose tells why\n").arg(record).toUtf8());
         QVERIFY(!json.output.contains("6.6.6.6"));
     }
@@ -182,7 +250,41 @@ private Q_SLOTS:
 
         QCOMPARE(net(command + QStringLiteral(" --yes")).exitCode, 0);
         QVERIFY(Lab::read(QStringLiteral("/etc/resolv.dmasq")).contains("nameserver fd00:20::1\ndomain lab\n"));
-        QCOMPARE(net(QStringLiteral("dns add '10.20.0.1 x' --yes")).exitCode, 1);
+        const Lab::Run refused = net(QStringLiteral("dns add '10.20.0.1 x' --yes"));
+        QCOMPARE(refused.exitCode, 1);
+        QVERIFY2(
+            refused.output.endsWith("this failed: taking these for name servers and a domain; --verbose tells why\n"),
+            refused.output.constData());
+    }
+
+    void theStepAtWhichNoServersAreAddedIsNamed_data()
+    {
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("removal");
+        QTest::addColumn<QByteArray>("words");
+        const auto row = [](const char *name, const char *obstacle, const char *removal, const char *words) {
+            QTest::newRow(name) << QString::fromUtf8(obstacle) << QString::fromUtf8(removal) << QByteArray(words);
+        };
+        const char *const copying = "copying /etc/resolv.dmasq to /tmp/resolv.dmasq.bkp";
+        row("the new list", "rm -f /tmp/resolv.dmasq.bkp; mkdir /tmp/resolv.dmasq.bkp", "rmdir /tmp/resolv.dmasq.bkp",
+            copying);
+        row("the present list", "rm -f /tmp/resolv.dmasq; mkdir /tmp/resolv.dmasq", "rmdir /tmp/resolv.dmasq", copying);
+        row("the restart", "touch /run/systemctl.fails", "rm /run/systemctl.fails", "restarting dnsmasq");
+    }
+
+    void theStepAtWhichNoServersAreAddedIsNamed()
+    {
+        QFETCH(QString, obstacle);
+        QFETCH(QString, removal);
+        QFETCH(QByteArray, words);
+        QVERIFY(Lab::succeeds(obstacle));
+
+        const Lab::Run run = net(QStringLiteral("dns add 10.20.0.1 --yes"));
+
+        QVERIFY(Lab::succeeds(removal));
+        QCOMPARE(run.exitCode, 1);
+        QVERIFY2(run.output.endsWith("vantor-net: this failed: " + words + "; --verbose tells why\n"),
+            run.output.constData());
     }
 
     void aTextIsChecked_data()

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
 #include <sys/stat.h>
@@ -24,6 +25,14 @@ QString tooLong()
     return QStringLiteral("x").repeated(2 * static_cast<int>(writtenAtMost));
 }
 } // namespace
+
+#ifdef __SANITIZE_ADDRESS__
+/// What cannot be had throws, as without the sanitizer.
+extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-identifier): its name
+{
+    return "allocator_may_return_null=1";
+}
+#endif
 
 class Settings : public AbstractSettings
 {
@@ -310,6 +319,99 @@ private Q_SLOTS:
 
         QCOMPARE(settings.contains(QStringLiteral("key")), isRead);
         QCOMPARE(log.warnings().contains(QStringLiteral("Failed to read settings from ") + path), !isRead);
+    }
+
+    void aFileWhoseValuesCannotBeReadIsLeftAlone_data()
+    {
+        QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<bool>("isTheirs");
+        const auto row = [](const char *name, const QByteArray &value) {
+            QTest::addRow("%s", name) << value << false;
+            QTest::addRow("%s, of another user", name) << value << true;
+        };
+        row("a list of two thousand million values", "@Variant(\\0\\0\\0\\t\\x7f\\xff\\xff\\xff)");
+        row("as many texts", "@Variant(\\0\\0\\0\\v\\x7f\\xff\\xff\\xff)");
+        row("as many values of a date", "@DateTime(\\0\\0\\0\\t\\0\\x7f\\xff\\xff\\xff)");
+        row("spelt otherwise, in a list", "a, \"\\x40\"Vari\\141nt(\\x0\\00\\0\\x9\\x7f\\377\\xff\\xff)");
+        row("a value within values", "@Variant(" + QByteArray("\\0\\0\\0\\t\\0\\0\\0\\x1").repeated(40000) + ')');
+        row("a value within values, by the name of its type",
+            "@Variant(" + QByteArray("\\0\\0\\0\\x7f\\0\\0\\0\\rQVariantList\\0\\0\\0\\0\\x1").repeated(40000) + ')');
+        row("the same in other words",
+            "\"@Variant(" + QByteArray("\\x0\" \"\\00\\0\\11\\0\\0\\0\\x1").repeated(40000) + ")\"");
+    }
+
+    void aFileWhoseValuesCannotBeReadIsLeftAlone()
+    {
+        QFETCH(const QByteArray, value);
+        QFETCH(const bool, isTheirs);
+        const QString path = newPath();
+        const QByteArray before = "[General]\nkey=1\nother=" + value + "\nother=2\n";
+        write(path, before);
+        if (isTheirs && !giveAway(path, 0644))
+            QSKIP("only root can give a file away");
+
+        const ForkedChild child = ForkedChild::run([&] {
+            Settings settings(path);
+            const bool isEmpty = !settings.contains(QStringLiteral("key")) && !settings.hasBeenIniFileCreated();
+            settings.store()->setValue(QStringLiteral("key"), 3);
+            return isEmpty && !settings.sync() && settings.value(QStringLiteral("key")) == 3 ? 0 : 1;
+        });
+
+        QVERIFY2(child.signal == 0 && child.exitCode == 0, child.standardError.constData());
+        QVERIFY2(child.standardError.contains("Settings stay in memory, "), child.standardError.constData());
+        QCOMPARE(content(path), before);
+    }
+
+    void aFileThatComesToHoldSuchAValueIsNotReplaced()
+    {
+        const QString path = newPath();
+        const QByteArray planted = "[General]\nother=@Variant(\\0\\0\\0\\t\\x7f\\xff\\xff\\xff)\n";
+
+        const ForkedChild child = ForkedChild::run([&] {
+            Settings settings(path);
+            settings.setAndSync(QStringLiteral("key"), 1);
+            write(path, planted);
+            settings.store()->setValue(QStringLiteral("key"), 2);
+            return !settings.sync() && settings.value(QStringLiteral("key")) == 2 ? 0 : 1;
+        });
+
+        QVERIFY2(child.signal == 0 && child.exitCode == 0, child.standardError.constData());
+        QCOMPARE(content(path), planted);
+    }
+
+    void honestValuesOfAllKindsAreRead_data()
+    {
+        QTest::addColumn<QByteArray>("codec");
+        QTest::newRow("with escapes") << QByteArray();
+        QTest::newRow("in UTF-8") << QByteArray("UTF-8");
+    }
+
+    void honestValuesOfAllKindsAreRead()
+    {
+        QFETCH(const QByteArray, codec);
+        const QString path = newPath();
+        qRegisterMetaTypeStreamOperators<QVector<int>>("QVector<int>");
+        QVariantList rows;
+        for (int i = 0; i < 2000; ++i)
+            rows << QVariant(QVariantList{i, QVariantMap{{QStringLiteral("5 µm, é"), i}}});
+        const QVariantMap values{{QStringLiteral("rows"), rows}, {QStringLiteral("zeros"), QByteArray(100000, '\0')},
+            {QStringLiteral("numbers"), QVariant::fromValue(QVector<int>{1, 2})},
+            {QStringLiteral("tabs"), QStringLiteral("@\t\b").repeated(20000)},
+            {QStringLiteral("time"), QDateTime(QDate(2026, 1, 2), QTime(3, 4, 5, 6))}};
+        {
+            QSettings writer(path, QSettings::IniFormat);
+            writer.setIniCodec(codec.isEmpty() ? nullptr : QTextCodec::codecForName(codec));
+            for (auto value = values.begin(); value != values.end(); ++value)
+                writer.setValue(value.key(), *value);
+        }
+        const LogCapture log;
+
+        Settings settings(path);
+        settings.store()->setIniCodec(codec.isEmpty() ? nullptr : QTextCodec::codecForName(codec));
+
+        for (auto value = values.begin(); value != values.end(); ++value)
+            QVERIFY2(settings.value(value.key()) == *value, qPrintable(value.key()));
+        QCOMPARE(log.warnings().filter(path), QStringList());
     }
 
     void refusedFilesShareNothing()

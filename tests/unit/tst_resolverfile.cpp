@@ -30,6 +30,8 @@ private Q_SLOTS:
         row("secondary", "nameserver 10.0.0.2\n", "10.0.0.2", "10.0.0.3", "", "nameserver 10.0.0.3\n");
         row("equal servers that are there", "nameserver 10.0.0.2\n", "10.0.0.2", "10.0.0.2", "", "");
         row("IPv6", "nameserver fd00::2\n", "fd00::2", "fd00::3", "", "nameserver fd00::3\n");
+        row("several domains", "", "10.0.0.2", "", "lab lan", "nameserver 10.0.0.2\ndomain lab lan\n");
+        row("several domains, there", "domain lab lan\n", "10.0.0.2", "", "lab lan", "nameserver 10.0.0.2\n");
         row("another domain", "domain lan\n", "10.0.0.2", "", "lab", "nameserver 10.0.0.2\ndomain lab\n");
         row("no line end", "nameserver 10.0.0.9", "10.0.0.2", "", "", "\nnameserver 10.0.0.2\n");
         row("no line end and nothing missing", "nameserver 10.0.0.2", "10.0.0.2", "", "", "");
@@ -77,7 +79,6 @@ private Q_SLOTS:
         row("IPv4", QStringLiteral("10.0.0.2"), true);
         row("IPv6 with a zone", QStringLiteral("fe80::1%eth0"), true);
         row("international domain", QString::fromUtf8("prüfer.example"), true);
-        row("blank", QStringLiteral("a b"), false);
         row("line feed", QStringLiteral("a\nb"), false);
         row("carriage return", QStringLiteral("a\r"), false);
         row("no-break space", QString(QChar(QChar::Nbsp)), false);
@@ -93,6 +94,15 @@ private Q_SLOTS:
         QCOMPARE((ResolverFile::Entries{text, {}, {}}.isValid()), isValid);
         QCOMPARE((ResolverFile::Entries{{}, text, {}}.isValid()), isValid);
         QCOMPARE((ResolverFile::Entries{{}, {}, text}.isValid()), isValid);
+    }
+
+    void onlyDomainsMayBeSeveral()
+    {
+        const QString words = QStringLiteral("lab lan");
+
+        QVERIFY((ResolverFile::Entries{{}, {}, words}.isValid()));
+        QVERIFY(!(ResolverFile::Entries{words, {}, {}}.isValid()));
+        QVERIFY(!(ResolverFile::Entries{{}, words, {}}.isValid()));
     }
 };
 

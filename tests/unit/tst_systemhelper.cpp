@@ -3,16 +3,19 @@
 #include "ForkedChild.h"
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/SystemHelper.h"
+#include "Internal/ChildProcess.h"
 #include "LogCapture.h"
+#include "OneProcess.h"
 #include "PollTimes.h"
+#include "ProgramRun.h"
 #include "StandInPrograms.h"
 
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QThread>
@@ -26,6 +29,7 @@
 #include <cstdio>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <functional>
 #include <grp.h>
 #include <limits>
 #include <memory>
@@ -46,6 +50,9 @@ constexpr int unset = -77;
 
 std::atomic<fsblkcnt64_t> reservedBlocks{0}; // of every file system
 std::atomic<qint64> lastAvailable{-1}; // bytes
+
+std::function<void(const char *from)> beforeRename;
+std::function<void(const char *from)> afterRename;
 
 bool write(const QString &path, const QByteArray &bytes)
 {
@@ -69,6 +76,15 @@ bool copyLibrary(const QString &folder)
             QFile::decodeName(library->mid(library->indexOf('/'))), folder + QStringLiteral("/libVantorBase.so.0.1"));
 }
 
+QByteArray outputOf(const QString &program, const QByteArray &input)
+{
+    ChildProcess process;
+    process.start(program, QStringList());
+    process.write(input);
+    process.closeWriteChannel();
+    return process.waitForFinished() ? process.readAllStandardOutput() : QByteArray();
+}
+
 bool makeFifo(const QString &path)
 {
     return mkfifo(QFile::encodeName(path).constData(), 0600) == 0;
@@ -83,7 +99,7 @@ ino_t inodeOf(const QString &path)
 /// Who adopts a process may not have reaped it yet.
 bool isAlive(pid_t process)
 {
-    return kill(process, 0) == 0 && !read(QStringLiteral("/proc/%1/stat").arg(process)).contains(") Z ");
+    return OneProcess::sendSignal(process, 0) && !read(QStringLiteral("/proc/%1/stat").arg(process)).contains(") Z ");
 }
 
 /// How a command ended.
@@ -169,7 +185,7 @@ public:
 
 private:
     QTemporaryDir mDir;
-    QProcess mProcess;
+    ChildProcess mProcess;
 };
 } // namespace
 
@@ -183,6 +199,18 @@ extern "C" int statvfs64(const char *path, struct statvfs64 *status) noexcept
         status->f_bfree = status->f_bavail + reservedBlocks;
         lastAvailable = static_cast<qint64>(status->f_bavail) * static_cast<qint64>(status->f_frsize);
     }
+    return result;
+}
+
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): libc's names are reserved
+extern "C" int rename(const char *from, const char *to) noexcept
+{
+    static const auto libc = reinterpret_cast<decltype(&rename)>(dlsym(RTLD_NEXT, "rename"));
+    if (beforeRename)
+        beforeRename(from);
+    const int result = libc(from, to);
+    if (afterRename)
+        afterRename(from);
     return result;
 }
 
@@ -440,7 +468,7 @@ private Q_SLOTS:
         const pid_t child = result.output.trimmed().toInt();
         QVERIFY(child > 0);
         QVERIFY(isAlive(child));
-        QCOMPARE(kill(child, SIGKILL), 0);
+        QVERIFY(OneProcess::sendSignal(child, SIGKILL));
     }
 
     void aCommandLeadsAGroupOfItsOwn()
@@ -490,7 +518,7 @@ private Q_SLOTS:
         const HeldCommand command;
         QTRY_VERIFY_WITH_TIMEOUT(command.watcher() > 0, int(patience));
         const auto namesakes = [] {
-            QProcess pidof;
+            ChildProcess pidof;
             pidof.start(QStringLiteral("pidof"), {QFileInfo(QCoreApplication::applicationFilePath()).fileName()});
             return pidof.waitForFinished() ? pidof.readAll().trimmed().split(' ') : QList<QByteArray>();
         };
@@ -512,7 +540,7 @@ private Q_SLOTS:
         QVERIFY(copyLibrary(elsewhere + QStringLiteral("/lib")));
         QVERIFY(write(watcher, "#!/bin/sh\ntouch " + QFile::encodeName(elsewhere) + "/was-here\n"));
         QVERIFY(QFile::setPermissions(watcher, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-        QProcess process;
+        ChildProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("LD_LIBRARY_PATH"), QStringLiteral("lib"));
         environment.insert(QStringLiteral("VANTOR_TEST_FOLDER"), elsewhere);
@@ -533,7 +561,7 @@ private Q_SLOTS:
     {
         const QTemporaryDir dir; // with the library alone
         QVERIFY(copyLibrary(dir.path()));
-        QProcess process;
+        ChildProcess process;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("LD_LIBRARY_PATH"),
             dir.path() + QLatin1Char(':') + environment.value(QStringLiteral("LD_LIBRARY_PATH")));
@@ -569,7 +597,7 @@ private Q_SLOTS:
 
         const int command = result.output.trimmed().toInt();
         QVERIFY(!result.ok && command > 0);
-        QTRY_VERIFY(::kill(command, 0) != 0);
+        QTRY_VERIFY(!OneProcess::sendSignal(command, 0));
     }
 
     void noSignalButTheLastEndsTheWatcher()
@@ -812,7 +840,7 @@ private Q_SLOTS:
 
         QVERIFY(result.ok);
         QVERIFY(timer.elapsed() < 10000);
-        QCOMPARE(kill(result.output.trimmed().toInt(), SIGKILL), 0); // it goes on by itself
+        QVERIFY(OneProcess::sendSignal(result.output.trimmed().toInt(), SIGKILL)); // it goes on by itself
     }
 
     void aShellReadsItsSyntax()
@@ -960,6 +988,17 @@ private Q_SLOTS:
         QVERIFY(SystemHelper::alterProcessPriority(QStringLiteral("Vantor_2.x-y"), -5));
 
         QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("-n\n-5\n-p\n12\n34\nVantor_2.x-y\n"));
+    }
+
+    void aProcessMayBeMeantByItsPath()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("renice")));
+        QVERIFY(programs.add(QStringLiteral("pidof"), "echo \"$@\""));
+        for (const char *const name : {"/usr/bin/sleep", "g++", "getty@tty1"}) {
+            QVERIFY(SystemHelper::alterProcessPriority(QLatin1String(name), 5));
+            QCOMPARE(programs.arguments(QStringLiteral("renice")), QByteArray("-n\n5\n-p\n") + name + '\n');
+        }
     }
 
     void alteringAPriorityHasThreeSeconds()
@@ -1132,6 +1171,47 @@ private Q_SLOTS:
         QCOMPARE(read(path), QByteArray());
     }
 
+    void theReaderOfAPipeMayGoWhileItIsWritten_data()
+    {
+        QTest::addColumn<bool>("isBlocked");
+        QTest::newRow("as the process was started") << false;
+        QTest::newRow("with the signal blocked, and one that waits") << true;
+    }
+    void theReaderOfAPipeMayGoWhileItIsWritten()
+    {
+        QFETCH(bool, isBlocked);
+        const QTemporaryDir dir;
+        const QString pipe = dir.filePath(QStringLiteral("pipe"));
+        QVERIFY(makeFifo(pipe));
+
+        const ForkedChild child = ForkedChild::run([&] {
+            std::signal(SIGPIPE, SIG_DFL);
+            sigset_t signals;
+            sigemptyset(&signals);
+            sigaddset(&signals, SIGPIPE);
+            if (isBlocked && (sigprocmask(SIG_BLOCK, &signals, nullptr) != 0 || raise(SIGPIPE) != 0))
+                return 1;
+            const LogCapture log;
+            std::atomic<bool> hasEnded{false};
+            std::thread reader([&] {
+                while (!hasEnded)
+                    close(open(QFile::encodeName(pipe).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+            });
+            const QDeadlineTimer deadline(patience);
+            while (log.asText().isEmpty() && !deadline.hasExpired()) // it has to go between opening and writing
+                SystemHelper::writeBytesToFile(pipe, "x", true);
+            hasEnded = true;
+            reader.join();
+            std::fputs(qPrintable(log.asText().join(QLatin1Char('|'))), stderr);
+            const bool isTold = log.asText() == QStringList(QStringLiteral("warning: Failed to write ") + pipe);
+            sigpending(&signals);
+            return isTold && (sigismember(&signals, SIGPIPE) == 1) == isBlocked ? 0 : 2;
+        });
+
+        QCOMPARE(child.signal, 0);
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
+    }
+
     void nothingIsWrittenToWhatCannotBeOpened_data()
     {
         QTest::addColumn<QString>("name");
@@ -1226,8 +1306,9 @@ private Q_SLOTS:
         QVERIFY(SystemHelper::compressFile(
             {dir.filePath(QStringLiteral("a/b/x.txt")), dir.filePath(QStringLiteral("c/y%1.txt"))}, archive));
 
-        QCOMPARE(QProcess::execute(QStringLiteral("tar"),
-                     {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), dir.filePath(QStringLiteral("out"))}),
+        QCOMPARE(ProgramRun::of(QStringLiteral("tar"),
+                     {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), dir.filePath(QStringLiteral("out"))})
+                     .exitCode,
             0);
         QCOMPARE(QDir(dir.filePath(QStringLiteral("out"))).entryList(QDir::Files),
             (QStringList{QStringLiteral("x.txt"), QStringLiteral("y%1.txt")}));
@@ -1266,6 +1347,10 @@ private Q_SLOTS:
 
     void aNameWithoutAFolderIsPackedFromTheWorkingFolder()
     {
+        const QTemporaryDir dir; // where nobody else can exchange the archive
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
         StandInPrograms programs;
         QVERIFY(programs.addRecorder(QStringLiteral("tar")));
 
@@ -1321,6 +1406,99 @@ private Q_SLOTS:
 
         QCOMPARE(log.warnings().size(), 1);
         QVERIFY(log.warnings().constFirst().startsWith(QLatin1String("tar would take a name for an option: ")));
+        QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
+    }
+
+    void aSlashAtTheEndNamesTheFolder_data()
+    {
+        QTest::addColumn<QStringList>("sources");
+        QTest::addColumn<QByteArray>("names");
+        const QString file = QStringLiteral("f");
+        QTest::newRow("before a file") << QStringList{QStringLiteral("logs/"), file}
+                                       << QByteArray("logs/\nlogs/x\nf\n");
+        QTest::newRow("behind a file") << QStringList{file, QStringLiteral("logs/")}
+                                       << QByteArray("f\nlogs/\nlogs/x\n");
+        QTest::newRow("alone") << QStringList(QStringLiteral("logs/")) << QByteArray("logs/\nlogs/x\n");
+        QTest::newRow("two slashes") << QStringList{QStringLiteral("logs//"), file} << QByteArray("logs/\nlogs/x\nf\n");
+        QTest::newRow("behind a link") << QStringList{QStringLiteral("link/"), file}
+                                       << QByteArray("link/./\nlink/./x\nf\n");
+        QTest::newRow("the link itself") << QStringList{QStringLiteral("link"), file} << QByteArray("link\nf\n");
+    }
+
+    void aSlashAtTheEndNamesTheFolder()
+    {
+        QFETCH(QStringList, sources);
+        QFETCH(const QByteArray, names);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("logs")));
+        QVERIFY(
+            write(dir.filePath(QStringLiteral("logs/x")), "text") && write(dir.filePath(QStringLiteral("f")), "text"));
+        QVERIFY(QFile::link(QStringLiteral("logs"), dir.filePath(QStringLiteral("link"))));
+        for (QString &source : sources)
+            source.prepend(dir.path() + QLatin1Char('/'));
+
+        for (const char *place : {"o.tar.gz", "logs/o.tar.gz"}) {
+            const QString archive = dir.filePath(QLatin1String(place));
+            for (int round = 0; round < 2; ++round)
+                QVERIFY2(
+                    SystemHelper::compressFile(sources, archive), qPrintable(log.asText().join(QLatin1Char('\n'))));
+            const ProgramRun tar = ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
+            QCOMPARE(tar.exitCode, 0);
+            QCOMPARE(tar.output, names);
+        }
+    }
+
+    void whatTheCommandLineCannotNameIsRefused_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("other"); // what tar would pack instead
+        QTest::newRow("quotes") << QStringLiteral("a\"b\"c") << QStringLiteral("abc");
+        QTest::newRow("three quotes") << QStringLiteral("a\"\"\"b") << QStringLiteral("a\"b");
+        QTest::newRow("a quote") << QStringLiteral("ab\"") << QStringLiteral("ab");
+        QTest::newRow("nothing but quotes") << QStringLiteral("\"\"") << QStringLiteral("f");
+        QTest::newRow("a blank") << QStringLiteral("a b") << QStringLiteral("a");
+        QTest::newRow("a line feed") << QStringLiteral("a\nb") << QStringLiteral("a");
+        QTest::newRow("a blank at the end") << QStringLiteral("a ") << QStringLiteral("a");
+        QTest::newRow("a blank in its folder") << QStringLiteral("a b/b") << QStringLiteral("a/b");
+        QTest::newRow("a null") << QStringLiteral("a") + QChar::Null << QStringLiteral("a");
+        QTest::newRow("nothing") << QString() << QStringLiteral("f");
+    }
+
+    void whatTheCommandLineCannotNameIsRefused()
+    {
+        QFETCH(const QString, name);
+        QFETCH(const QString, other);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        for (const QString &file : {name, other, QStringLiteral("b"), QStringLiteral("f")}) {
+            QVERIFY(QDir().mkpath(QFileInfo(dir.filePath(file)).path()));
+            write(dir.filePath(file), "text"); // as far as a file can have the name
+        }
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(dir.path()));
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
+
+        QVERIFY(!SystemHelper::compressFile({name, QStringLiteral("f")}, QStringLiteral("o.tar.gz")));
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("f"), name}, QStringLiteral("o.tar.gz")));
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("f")}, name));
+
+        QCOMPARE(log.warnings().size(), 3);
+        QVERIFY(!QFile::exists(QStringLiteral("o.tar.gz")));
+        QCOMPARE(read(QStringLiteral("f")), QByteArray("text"));
+    }
+
+    void aFolderThatHasNoNameIsRefused()
+    {
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+        const LogCapture log;
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/"), QStringLiteral("/tmp/x")}, QStringLiteral("/o")));
+        QVERIFY(
+            !SystemHelper::compressFile({QStringLiteral("/tmp/ "), QStringLiteral("/tmp/x")}, QStringLiteral("/o")));
+
+        QCOMPARE(log.warnings().size(), 2);
         QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
     }
 
@@ -1451,51 +1629,404 @@ private Q_SLOTS:
         QVERIFY(read(archive).startsWith("\x1f\x8b"));
     }
 
-    void whatAnotherUserPutThereIsNoFormerArchive_data()
+    void theOwnerAndTheModeOfAnotherUsersFileAreNotAdopted_data()
     {
         QTest::addColumn<int>("folderMode");
+        QTest::addColumn<uint>("folderOwner");
+        QTest::addColumn<uint>("folderGroup");
         QTest::addColumn<uint>("owner");
-        QTest::addColumn<bool>("isLink");
-        QTest::addColumn<bool>("isTaken");
-        QTest::newRow("sticky") << 01777 << 1000U << false << false;
-        QTest::newRow("open to all") << 0777 << 1000U << false << false;
-        QTest::newRow("open to a group") << 0775 << 1000U << false << false;
-        QTest::newRow("sticky, a link") << 01777 << 1000U << true << false;
-        QTest::newRow("ours") << 01777 << 0U << false << true;
-        QTest::newRow("our link") << 01777 << 0U << true << true;
-        QTest::newRow("where only we can write") << 0755 << 1000U << false << true;
+        QTest::addColumn<bool>("isAdopted");
+        const auto row = [](const char *name, int mode, uint folderOwner, uint folderGroup, uint owner, bool adopted) {
+            QTest::newRow(name) << mode << folderOwner << folderGroup << owner << adopted;
+        };
+        row("sticky", 01777, 0, 1001, 1000, false);
+        row("open to all", 0777, 0, 1001, 1000, false);
+        row("open to a group", 0775, 0, 1001, 1000, false);
+        row("their folder", 0755, 1000, 1000, 1000, false);
+        row("on a stick all is one user's", 0777, 1000, 1000, 1000, false);
+        row("ours", 01777, 0, 1001, 0, true);
+        row("ours in their folder", 0755, 1000, 1000, 0, true);
+        row("where only we can write", 0755, 0, 1001, 1000, true);
+        row("where only the group of root can write", 0775, 0, 0, 1000, true);
     }
 
-    void whatAnotherUserPutThereIsNoFormerArchive()
+    void theOwnerAndTheModeOfAnotherUsersFileAreNotAdopted()
     {
         QFETCH(const int, folderMode);
+        QFETCH(const uint, folderOwner);
+        QFETCH(const uint, folderGroup);
         QFETCH(const uint, owner);
-        QFETCH(const bool, isLink);
-        QFETCH(const bool, isTaken);
+        QFETCH(const bool, isAdopted);
         if (geteuid() != 0)
             QSKIP("only root gives a file away");
         const LogCapture log;
         const QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("open"));
+        QVERIFY(QDir().mkdir(folder) && QDir().mkdir(dir.filePath(QStringLiteral("closed"))));
+        const QString file = folder + QStringLiteral("/o.tar.gz");
+        const QString link = dir.filePath(QStringLiteral("closed/link"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text") && QFile::link(file, link));
+        const QString before = QDir::currentPath();
+        const auto restored = qScopeGuard([&] { QDir::setCurrent(before); });
+        const mode_t mask = umask(022);
+        const auto unmasked = qScopeGuard([&] { umask(mask); });
+
+        for (const QString &archive : {file, QStringLiteral("o.tar.gz"), link}) {
+            QVERIFY(write(file, "former"));
+            QVERIFY(chown(QFile::encodeName(file).constData(), owner, owner) == 0
+                && chmod(QFile::encodeName(file).constData(), 0606) == 0
+                && chown(QFile::encodeName(folder).constData(), folderOwner, folderGroup) == 0
+                && chmod(QFile::encodeName(folder).constData(), static_cast<mode_t>(folderMode)) == 0);
+            QVERIFY(QDir::setCurrent(folder));
+
+            QVERIFY2(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive),
+                qPrintable(log.asText().join(QLatin1Char(10))));
+
+            struct stat status = {};
+            QCOMPARE(lstat(QFile::encodeName(file).constData(), &status), 0);
+            QCOMPARE(status.st_uid, isAdopted ? uid_t(owner) : geteuid());
+            QCOMPARE(int(status.st_mode & 07777), isAdopted ? 0606 : 0644);
+            QVERIFY(read(file).startsWith("\x1f\x8b"));
+            QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 1);
+        }
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
+    void aSecondNameInAnOpenFolderGivesNoMode()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("open"));
+        const QString archive = folder + QStringLiteral("/o.tar.gz");
+        const QString other = dir.filePath(QStringLiteral("other"));
+        QVERIFY(QDir().mkdir(folder) && write(dir.filePath(QStringLiteral("x.txt")), "text") && write(other, "other"));
+        QVERIFY(chmod(QFile::encodeName(other).constData(), 0666) == 0
+            && ::link(QFile::encodeName(other).constData(), QFile::encodeName(archive).constData()) == 0
+            && chmod(QFile::encodeName(folder).constData(), 01777) == 0);
+        const mode_t mask = umask(077);
+        const auto unmasked = qScopeGuard([&] { umask(mask); });
+
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive));
+
+        QCOMPARE(QFile::permissions(archive) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+        QCOMPARE(read(other), QByteArray("other"));
+    }
+
+    void aLinkThatAnotherUserPutThereIsNotFollowed_data()
+    {
+        QTest::addColumn<int>("folderMode");
+        QTest::addColumn<uint>("folderOwner");
+        QTest::addColumn<uint>("owner"); // of the link
+        QTest::addColumn<QString>("archive");
+        QTest::addColumn<bool>("isFollowed");
+        const auto row = [](const char *name, int mode, uint folderOwner, uint owner, const char *archive,
+                             bool follows) {
+            QTest::newRow(name) << mode << folderOwner << owner << QString::fromUtf8(archive) << follows;
+        };
+        row("sticky", 01777, 0, 1000, "open/link", false);
+        row("their folder", 0755, 1000, 1000, "open/link", false);
+        row("ours", 01777, 0, 0, "open/link", true);
+        row("ours in their folder", 0755, 1000, 0, "open/link", true);
+        row("where only we can write", 0755, 0, 1000, "open/link", true);
+        row("behind a link of ours", 01777, 0, 1000, "closed/to-link", false);
+        row("behind a link of ours in the same folder", 01777, 0, 1000, "open/to-link", false);
+        row("behind a relative link", 01777, 0, 1000, "closed/relative", false);
+        row("to the folder", 01777, 0, 1000, "open/to-closed/precious", false);
+        row("to the folder, of ours", 01777, 0, 0, "open/to-closed/precious", true);
+        row("to the folder, by a detour", 01777, 0, 1000, "closed/..//open/./to-closed/precious", false);
+        row("to what is not there", 01777, 0, 1000, "open/dangling", false);
+    }
+
+    void aLinkThatAnotherUserPutThereIsNotFollowed()
+    {
+        QFETCH(const int, folderMode);
+        QFETCH(const uint, folderOwner);
+        QFETCH(const uint, owner);
+        QFETCH(const QString, archive);
+        QFETCH(const bool, isFollowed);
+        if (geteuid() != 0)
+            QSKIP("only root gives a link away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("open")));
+        const QString precious = dir.filePath(QStringLiteral("closed/precious"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")) && QDir(dir.path()).mkdir(QStringLiteral("closed")));
+        QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text") && write(precious, "precious"));
+        QVERIFY(QFile::link(QFileInfo(precious).path(), dir.filePath(QStringLiteral("open/to-closed"))));
+        QVERIFY(QFile::link(precious, dir.filePath(QStringLiteral("open/link"))));
+        QVERIFY(QFile::link(precious + QStringLiteral("2"), dir.filePath(QStringLiteral("open/dangling"))));
+        for (const char *name : {"link", "to-closed", "dangling"})
+            QCOMPARE(lchown((folder + '/' + name).constData(), owner, owner), 0);
+        for (const char *name : {"open/to-link", "closed/to-link"})
+            QVERIFY(QFile::link(dir.filePath(QStringLiteral("open/link")), dir.filePath(QLatin1String(name))));
+        QVERIFY(QFile::link(QStringLiteral("../open/link"), dir.filePath(QStringLiteral("closed/relative"))));
+        QVERIFY(chown(folder.constData(), folderOwner, 1001) == 0
+            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
+        const QString target = dir.path() + QLatin1Char('/') + archive;
+
+        QCOMPARE(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, target), isFollowed);
+
+        QCOMPARE(read(precious).startsWith("\x1f\x8b"), isFollowed);
+        QCOMPARE(read(precious) == "precious", !isFollowed);
+        QVERIFY(!QFile::exists(precious + QStringLiteral("2")));
+        QCOMPARE(QFileInfo(target).isSymLink(), !archive.contains(QLatin1String("precious")));
+        const QString refusal = QStringLiteral("What has the name of the archive is another user's:  ") + target;
+        QCOMPARE(log.warnings(), isFollowed ? QStringList() : QStringList(refusal));
+    }
+
+    void aPipeOfAnotherUserIsNotWrittenTo()
+    {
+        if (geteuid() != 0)
+            QSKIP("only root gives a pipe away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        StandInPrograms programs;
+        QVERIFY(programs.addRecorder(QStringLiteral("tar")));
+        const QString pipe = dir.filePath(QStringLiteral("open/pipe"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")) && makeFifo(pipe));
+        QVERIFY(chown(QFile::encodeName(pipe).constData(), 1000, 1000) == 0
+            && chmod(QFile::encodeName(QFileInfo(pipe).path()).constData(), 01777) == 0);
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, pipe));
+
+        QCOMPARE(programs.arguments(QStringLiteral("tar")), QByteArray("not run"));
+        QCOMPARE(log.warnings(),
+            QStringList(QStringLiteral("What has the name of the archive is another user's:  ") + pipe));
+    }
+
+    void whatTakesTheNameBeforeTarWritesIsNotWrittenTo_data()
+    {
+        QTest::addColumn<bool>("isLater"); // than the former one has been set aside
+        QTest::newRow("a link that is moved in its place") << false;
+        QTest::newRow("a link in the place that it has left") << true;
+    }
+
+    void whatTakesTheNameBeforeTarWritesIsNotWrittenTo()
+    {
+        QFETCH(const bool, isLater);
+        const LogCapture log;
+        const QTemporaryDir dir;
         const QString archive = dir.filePath(QStringLiteral("open/o.tar.gz"));
         const QByteArray path = QFile::encodeName(archive);
-        const QByteArray folder = QFile::encodeName(dir.filePath(QStringLiteral("open")));
         const QString precious = dir.filePath(QStringLiteral("precious"));
-        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")) && write(archive, "former"));
         QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text") && write(precious, "precious"));
-        QVERIFY(isLink ? QFile::link(precious, archive) : write(archive, "planted"));
-        QVERIFY(lchown(path.constData(), owner, owner) == 0 && chown(folder.constData(), 0, 1001) == 0
-            && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
-        const QByteArray before = read(archive);
+        QCOMPARE(chmod(QFile::encodeName(QFileInfo(archive).path()).constData(), 0777), 0);
+        const auto plant = [&](const char *from) {
+            if (!QByteArray(from).endsWith("/o.tar.gz"))
+                return;
+            ::unlink(path.constData());
+            QVERIFY(symlink(QFile::encodeName(precious).constData(), path.constData()) == 0);
+        };
+        (isLater ? afterRename : beforeRename) = plant;
+        const auto restored = qScopeGuard([] { afterRename = beforeRename = {}; });
 
-        QCOMPARE(SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive), isTaken);
+        QVERIFY(!SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive));
 
-        QCOMPARE(read(archive).startsWith("\x1f\x8b"), isTaken);
-        QCOMPARE(read(archive) == before, !isTaken);
-        QCOMPARE(QFileInfo(archive).isSymLink(), isLink);
         QCOMPARE(log.warnings(),
-            isTaken ? QStringList()
-                    : QStringList(QStringLiteral("What has the name of the archive is another user's:  ") + archive));
-        QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
+            QStringList(QStringLiteral("Something else has taken the name of the archive:  ") + archive));
+        QCOMPARE(read(precious), QByteArray("precious"));
+        QCOMPARE(QFileInfo(archive).isSymLink(), !isLater);
+        QCOMPARE(read(archive), isLater ? QByteArray("former") : QByteArray("precious"));
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("open"))).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void whatTakesTheNameWhileTarWritesIsNoArchive_data()
+    {
+        QTest::addColumn<bool>("hasFormer");
+        QTest::newRow("a former one is put back") << true;
+        QTest::newRow("without a former one it stays") << false;
+    }
+
+    void whatTakesTheNameWhileTarWritesIsNoArchive()
+    {
+        QFETCH(const bool, hasFormer);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("open/o.tar.gz"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("open")) && (!hasFormer || write(archive, "former")));
+        QCOMPARE(chmod(QFile::encodeName(QFileInfo(archive).path()).constData(), 0777), 0);
+        StandInPrograms programs;
+        const QByteArray name = QFile::encodeName(archive);
+        QVERIFY(programs.add(QStringLiteral("tar"), "rm " + name + " && echo theirs >" + name));
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, archive));
+
+        QCOMPARE(log.warnings(),
+            QStringList(QStringLiteral("Something else has taken the name of the archive:  ") + archive));
+        QCOMPARE(read(archive), QByteArray(hasFormer ? "former" : "theirs\n"));
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("open"))).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void tarWritesNothingElseWhateverBecomesOfTheWay_data()
+    {
+        QTest::addColumn<QByteArray>("deed"); // of somebody who can rename in "open", before tar opens the archive
+        QTest::addColumn<bool>("isThere"); // where it is sought then
+        QTest::newRow("nothing") << QByteArray("true") << true;
+        QTest::newRow("a link in its place")
+            << QByteArray("rm sub/o.tar.gz; ln -s ../../precious sub/o.tar.gz") << false;
+        QTest::newRow("another name of a file") << QByteArray("rm sub/o.tar.gz; ln ../precious sub/o.tar.gz") << false;
+        QTest::newRow("another folder on the way")
+            << QByteArray("mv sub away; mkdir sub; ln -s ../../precious sub/o.tar.gz") << true;
+        QTest::newRow("a link on the way") << QByteArray("mv sub away; ln -s ../closed sub") << true;
+    }
+    void tarWritesNothingElseWhateverBecomesOfTheWay()
+    {
+        QFETCH(const QByteArray, deed);
+        QFETCH(const bool, isThere);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString precious = dir.filePath(QStringLiteral("precious"));
+        QVERIFY(
+            QDir(dir.path()).mkpath(QStringLiteral("open/sub")) && QDir(dir.path()).mkdir(QStringLiteral("closed")));
+        QVERIFY(write(precious, "precious") && write(dir.filePath(QStringLiteral("closed/o.tar.gz")), "precious"));
+        for (const char *const folder : {"open", "open/sub"})
+            QCOMPARE(chmod(QFile::encodeName(dir.filePath(QLatin1String(folder))).constData(), 0777), 0);
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"),
+            "(cd " + QFile::encodeName(dir.filePath(QStringLiteral("open"))) + " && " + deed
+                + ") || exit 3; echo new >\"$2\""));
+
+        const bool isDone =
+            SystemHelper::compressFile({QStringLiteral("/a")}, dir.filePath(QStringLiteral("open/sub/o.tar.gz")));
+
+        QCOMPARE(isDone, isThere);
+        QCOMPARE(read(precious), QByteArray("precious"));
+        QCOMPARE(read(dir.filePath(QStringLiteral("closed/o.tar.gz"))), QByteArray("precious"));
+        const bool isMoved = QFile::exists(dir.filePath(QStringLiteral("open/away")));
+        if (isDone)
+            QCOMPARE(read(dir.filePath(
+                         isMoved ? QStringLiteral("open/away/o.tar.gz") : QStringLiteral("open/sub/o.tar.gz"))),
+                QByteArray("new\n"));
+    }
+
+    void aTarThatWritesNothingLeavesTheFormerArchive()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(archive, "former"));
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"), "exit 0"));
+
+        QVERIFY(!SystemHelper::compressFile({QStringLiteral("/a")}, archive));
+
+        QCOMPARE(read(archive), QByteArray("former"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 1);
+    }
+
+    void archivesOfOneNameAreWrittenOneAfterTheOther_data()
+    {
+        QTest::addColumn<bool>("hasFormer");
+        QTest::newRow("with a former one") << true;
+        QTest::newRow("without") << false;
+    }
+    void archivesOfOneNameAreWrittenOneAfterTheOther()
+    {
+        QFETCH(const bool, hasFormer);
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        const QString overlap = dir.filePath(QStringLiteral("overlap"));
+        QVERIFY(!hasFormer || write(archive, "former"));
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"),
+            "cd " + QFile::encodeName(dir.path())
+                + "; mkdir busy || echo >overlap\n"
+                  "until test -e go; do sleep 0.01; done; echo \"$5\" >>\"$2\"; rmdir busy; exit 0"));
+        std::atomic<int> done{0};
+        const auto pack = [&](const QString &source) { done += SystemHelper::compressFile({source}, archive) ? 1 : 0; };
+
+        std::thread first(pack, QStringLiteral("/first"));
+        const bool isBusy = QTest::qWaitFor([&] { return QFile::exists(dir.filePath(QStringLiteral("busy"))); });
+        std::thread second(pack, QStringLiteral("/second"));
+        const bool areBoth = QTest::qWaitFor([&] { return QFile::exists(overlap); }, 300); // it must not come to that
+        write(dir.filePath(QStringLiteral("go")), "go");
+        first.join();
+        second.join();
+
+        QVERIFY(isBusy && !areBoth);
+        QVERIFY(!QFile::exists(overlap));
+        QCOMPARE(done.load(), 2);
+        QCOMPARE(read(archive), QByteArray("second\n"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    }
+
+    void whatIsBehindALinkOfAnotherUserIsNotPacked_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<uint>("owner"); // of the link
+        QTest::addColumn<bool>("isPacked");
+        QTest::newRow("the folder") << QStringLiteral("open/logs/") << 1000U << false;
+        QTest::newRow("a file in it") << QStringLiteral("open/logs/key") << 1000U << false;
+        QTest::newRow("a folder in it") << QStringLiteral("open/logs/sub/") << 1000U << false;
+        QTest::newRow("the link itself") << QStringLiteral("open/logs") << 1000U << true;
+        QTest::newRow("ours") << QStringLiteral("open/logs/") << 0U << true;
+        QTest::newRow("a file in ours") << QStringLiteral("open/logs/key") << 0U << true;
+    }
+    void whatIsBehindALinkOfAnotherUserIsNotPacked()
+    {
+        QFETCH(const QString, source);
+        QFETCH(const uint, owner);
+        QFETCH(const bool, isPacked);
+        if (geteuid() != 0)
+            QSKIP("only root gives a link away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString path = dir.path() + QLatin1Char('/') + source;
+        QVERIFY(
+            QDir(dir.path()).mkdir(QStringLiteral("open")) && QDir(dir.path()).mkpath(QStringLiteral("secret/sub")));
+        QVERIFY(write(dir.filePath(QStringLiteral("secret/key")), "secret"));
+        const QString link = dir.filePath(QStringLiteral("open/logs"));
+        QVERIFY(QFile::link(dir.filePath(QStringLiteral("secret")), link));
+        QVERIFY(lchown(QFile::encodeName(link).constData(), owner, owner) == 0
+            && chmod(QFile::encodeName(QFileInfo(link).path()).constData(), 01777) == 0);
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+
+        QCOMPARE(SystemHelper::compressFile({path}, archive), isPacked);
+
+        QCOMPARE(QFile::exists(archive), isPacked);
+        QCOMPARE(log.warnings().isEmpty(), isPacked);
+    }
+
+    void aFolderOfWhatIsPackedIsTheOneThatWasLookedAt()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString open = dir.filePath(QStringLiteral("open"));
+        QVERIFY(QDir(open).mkpath(QStringLiteral("logs")) && QDir(dir.path()).mkdir(QStringLiteral("secret")));
+        QVERIFY(write(open + QStringLiteral("/logs/x"), "logged")
+            && write(dir.filePath(QStringLiteral("secret/x")), "secret"));
+        QCOMPARE(chmod(QFile::encodeName(open).constData(), 0777), 0);
+        StandInPrograms programs;
+        QVERIFY(programs.add(QStringLiteral("tar"),
+            "(cd " + QFile::encodeName(open)
+                + " && mv logs away && ln -s ../secret logs) || exit 3; cat \"$4/$5\" >\"$2\""));
+
+        QVERIFY(SystemHelper::compressFile({open + QStringLiteral("/logs/x")}, dir.filePath(QStringLiteral("o"))));
+
+        QCOMPARE(read(dir.filePath(QStringLiteral("o"))), QByteArray("logged"));
+    }
+
+    void whatAKilledRunHasLeftIsNotPacked()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("logs/o.tar.gz"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("logs")));
+        QVERIFY(write(dir.filePath(QStringLiteral("logs/x")), "text"));
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("logs"))}, archive));
+        QVERIFY(QFile::copy(archive, dir.filePath(QStringLiteral("logs/.archive.aB3dEf"))));
+        QVERIFY(write(dir.filePath(QStringLiteral("logs/.archive.begun1")), {}));
+        QVERIFY(write(dir.filePath(QStringLiteral("logs/.archive.notes1")), "a note"));
+
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("logs"))}, archive));
+
+        const ProgramRun tar = ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
+        QCOMPARE(tar.exitCode, 0);
+        QByteArrayList names = tar.output.trimmed().split('\n');
+        std::sort(names.begin(), names.end());
+        QCOMPARE(names, (QByteArrayList{"logs/", "logs/.archive.notes1", "logs/x"}));
+        QVERIFY(QFile::exists(dir.filePath(QStringLiteral("logs/.archive.aB3dEf"))));
     }
 
     // Nor is it read by a group that could not read the former one.
@@ -1528,13 +2059,19 @@ private Q_SLOTS:
     void whereNothingCanBeSetAsideTarWritesInPlace_data()
     {
         QTest::addColumn<int>("folderMode");
-        QTest::newRow("the folder is not ours to change") << 0555;
-        QTest::newRow("a sticky folder, the archive is another's") << 01777;
+        QTest::addColumn<uint>("owner");
+        QTest::addColumn<bool>("isWritten");
+        QTest::newRow("the folder is not ours to change") << 0555 << 0U << true;
+        QTest::newRow("a sticky folder, the archive is root's") << 01777 << 0U << true;
+        QTest::newRow("the folder is not ours, the archive is another's") << 0555 << 1000U << true;
+        QTest::newRow("a sticky folder, the archive is another's") << 01777 << 1000U << false;
     }
 
     void whereNothingCanBeSetAsideTarWritesInPlace()
     {
         QFETCH(const int, folderMode);
+        QFETCH(const uint, owner);
+        QFETCH(const bool, isWritten);
         if (geteuid() != 0)
             QSKIP("only root can become another user");
         const QTemporaryDir dir;
@@ -1544,6 +2081,7 @@ private Q_SLOTS:
         QVERIFY(write(dir.filePath(QStringLiteral("x.txt")), "text"));
         QVERIFY(write(archive, "former"));
         QVERIFY(chmod(QFile::encodeName(dir.path()).constData(), 0755) == 0
+            && chown(QFile::encodeName(archive).constData(), owner, owner) == 0
             && chmod(QFile::encodeName(archive).constData(), 0666) == 0
             && chmod(folder.constData(), static_cast<mode_t>(folderMode)) == 0);
         const ino_t inode = inodeOf(archive);
@@ -1552,14 +2090,16 @@ private Q_SLOTS:
             const LogCapture log;
             if (setgroups(0, nullptr) != 0 || setgid(1002) != 0 || setuid(1002) != 0)
                 return 1;
-            if (!SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive))
+            if (SystemHelper::compressFile({dir.filePath(QStringLiteral("x.txt"))}, archive) != isWritten)
                 return 2;
-            return log.warnings().isEmpty() ? 0 : 3;
+            const QString refusal = QStringLiteral("What has the name of the archive is another user's:  ") + archive;
+            return log.warnings() == (isWritten ? QStringList() : QStringList(refusal)) ? 0 : 3;
         });
 
         QVERIFY2(child.exitCode == 0, qPrintable(QString::number(child.exitCode)));
         QCOMPARE(inodeOf(archive), inode);
-        QVERIFY(read(archive).startsWith("\x1f\x8b"));
+        QCOMPARE(read(archive).startsWith("\x1f\x8b"), isWritten);
+        QCOMPARE(read(archive) == "former", !isWritten);
         QCOMPARE(QDir(QFile::decodeName(folder)).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
 
@@ -1604,10 +2144,10 @@ private Q_SLOTS:
         for (int round = 0; round < 3; ++round) {
             QVERIFY(SystemHelper::compressFile({dir.filePath(source)}, dir.filePath(archive)));
 
-            QProcess tar;
-            tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), dir.filePath(archive)});
-            QVERIFY(tar.waitForFinished());
-            QStringList names = QString::fromUtf8(tar.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            const ProgramRun tar =
+                ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), dir.filePath(archive)});
+            QCOMPARE(tar.exitCode, 0);
+            QStringList names = QString::fromUtf8(tar.output).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
             names.erase(std::remove_if(names.begin(), names.end(),
                             [](const QString &name) { return name.endsWith(QLatin1Char('/')); }),
                 names.end());
@@ -1649,6 +2189,122 @@ private Q_SLOTS:
             QStringLiteral("The archive would replace a file that it packs:  ") + dir.filePath(target)));
     }
 
+    void anArchiveAmongTheFilesThatArePackedIsLeftOut_data()
+    {
+        QTest::addColumn<QStringList>("sources");
+        QTest::addColumn<QByteArray>("names");
+        const QString archive = QStringLiteral("logs/o.tar.gz");
+        const QString file = QStringLiteral("logs/x");
+        const auto row = [](const char *name, const QStringList &sources, const char *names) {
+            QTest::newRow(name) << sources << QByteArray(names);
+        };
+        row("behind a file", {file, archive}, "x\n");
+        row("before a file", {archive, file}, "x\n");
+        row("twice", {archive, file, archive}, "x\n");
+        row("by another name", {QStringLiteral("other/twin"), file}, "x\n");
+        row("a link to it is no archive", {file, QStringLiteral("other/link")}, "x\nlink\n");
+        row("with its folder", {QStringLiteral("logs"), archive}, "logs/\nlogs/x\n");
+    }
+
+    void anArchiveAmongTheFilesThatArePackedIsLeftOut()
+    {
+        QFETCH(QStringList, sources);
+        QFETCH(const QByteArray, names);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("logs")) && QDir(dir.path()).mkdir(QStringLiteral("other")));
+        QVERIFY(write(dir.filePath(QStringLiteral("logs/x")), "text"));
+        const QString archive = dir.filePath(QStringLiteral("logs/o.tar.gz"));
+        const QString twin = dir.filePath(QStringLiteral("other/twin"));
+        QVERIFY(QFile::link(archive, dir.filePath(QStringLiteral("other/link"))));
+        for (QString &source : sources)
+            source = dir.filePath(source);
+
+        for (int round = 0; round < 3; ++round) {
+            if (sources.contains(twin)) {
+                QFile::remove(twin);
+                QVERIFY(round > 0 || SystemHelper::compressFile({dir.filePath(QStringLiteral("logs/x"))}, archive));
+                QCOMPARE(::link(QFile::encodeName(archive).constData(), QFile::encodeName(twin).constData()), 0);
+            }
+            QVERIFY2(SystemHelper::compressFile(sources, archive), qPrintable(log.asText().join(QLatin1Char('\n'))));
+
+            const ProgramRun tar = ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
+            QCOMPARE(tar.exitCode, 0);
+            QCOMPARE(tar.output, names);
+        }
+        QCOMPARE(QDir(dir.filePath(QStringLiteral("logs"))).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    }
+
+    void aFileOfTheArchivesNameIsNotLeftOutInSilence()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("other")));
+        const QString other = dir.filePath(QStringLiteral("other/o.tar.gz"));
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(other, "other"));
+
+        QVERIFY(!SystemHelper::compressFile({archive, other}, archive));
+
+        QCOMPARE(log.warnings(),
+            QStringList(QStringLiteral("A file of the archive's name cannot be packed with the archive left out:  ")
+                + archive));
+        QVERIFY(!QFile::exists(archive));
+    }
+
+    void onlyAFormerArchiveMakesRoomInWhatIsPacked_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<bool>("makesRoom");
+        const auto packed = [](const QByteArray &bytes) { return outputOf(QStringLiteral("gzip"), bytes); };
+        const QByteArray archive = packed(QByteArray(1024, '\0'));
+        QTest::newRow("text") << QByteArray("precious") << false;
+        QTest::newRow("packed text") << packed("precious") << false;
+        QTest::newRow("packed text of many blocks") << packed(QByteArray(5000, 'x')) << false;
+        QTest::newRow("an unpacked block of zeros") << QByteArray(1024, '\0') << false;
+        QTest::newRow("nothing") << QByteArray() << true;
+        QTest::newRow("an archive of nothing") << archive << true;
+        QTest::newRow("one that was cut off at once") << archive.left(12) << true;
+    }
+
+    void onlyAFormerArchiveMakesRoomInWhatIsPacked()
+    {
+        QFETCH(const QByteArray, content);
+        QFETCH(const bool, makesRoom);
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString file = dir.filePath(QStringLiteral("logs/x"));
+        const QString other = dir.filePath(QStringLiteral("logs/y"));
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("logs")) && write(other, "other"));
+        const QString folder = dir.filePath(QStringLiteral("logs"));
+
+        for (const QStringList &sources : {QStringList(folder), QStringList{other, file}}) {
+            QVERIFY(write(file, content));
+            QCOMPARE(SystemHelper::compressFile(sources, file), makesRoom);
+            QCOMPARE(read(file) == content, !makesRoom);
+        }
+
+        const QString refusal = QStringLiteral("The archive would replace a file that it packs:  ") + file;
+        QCOMPARE(log.warnings(), makesRoom ? QStringList() : QStringList({refusal, refusal}));
+    }
+
+    void anArchiveOfNothingButTheFormerOneIsNotMade()
+    {
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString archive = dir.filePath(QStringLiteral("o.tar.gz"));
+        QVERIFY(write(dir.filePath(QStringLiteral("x")), "text"));
+        QVERIFY(SystemHelper::compressFile({dir.filePath(QStringLiteral("x"))}, archive));
+        const QByteArray before = read(archive);
+
+        QVERIFY(!SystemHelper::compressFile({archive}, archive));
+        QCOMPARE(read(archive), before);
+
+        QVERIFY(QFile::remove(archive));
+        QVERIFY(!SystemHelper::compressFile({archive}, archive));
+        QVERIFY(!QFile::exists(archive));
+    }
+
     void aFolderWhoseNameBeginsWithAColonIsPackedWithoutTheArchiveInIt()
     {
         const LogCapture log;
@@ -1661,10 +2317,9 @@ private Q_SLOTS:
         for (int round = 0; round < 2; ++round) {
             QVERIFY(SystemHelper::compressFile({folder}, archive));
 
-            QProcess tar;
-            tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
-            QVERIFY(tar.waitForFinished());
-            QCOMPARE(tar.readAll(), QByteArray(":logs/\n:logs/x\n"));
+            const ProgramRun tar = ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), archive});
+            QCOMPARE(tar.exitCode, 0);
+            QCOMPARE(tar.output, QByteArray(":logs/\n:logs/x\n"));
         }
     }
 
@@ -1693,8 +2348,9 @@ private Q_SLOTS:
         QVERIFY2(SystemHelper::compressFile({source}, archive), qPrintable(log.asText().join(QLatin1Char('\n'))));
 
         const QString out = dir.filePath(QStringLiteral("out"));
-        QCOMPARE(
-            QProcess::execute(QStringLiteral("tar"), {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), out}), 0);
+        QCOMPARE(ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-zxf"), archive, QStringLiteral("-C"), out})
+                     .exitCode,
+            0);
         QCOMPARE(QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList(name));
         QCOMPARE(read(out + QLatin1Char('/') + name), QByteArray("named"));
     }
@@ -1713,10 +2369,10 @@ private Q_SLOTS:
         QVERIFY(SystemHelper::compressFile(
             {QStringLiteral("a/x"), QStringLiteral("b/logs")}, QStringLiteral("a/b/logs/o.tar.gz")));
 
-        QProcess tar;
-        tar.start(QStringLiteral("tar"), {QStringLiteral("-tzf"), QStringLiteral("a/b/logs/o.tar.gz")});
-        QVERIFY(tar.waitForFinished());
-        QCOMPARE(tar.readAll(), QByteArray("x\nlogs/\nlogs/y\n"));
+        const ProgramRun tar =
+            ProgramRun::of(QStringLiteral("tar"), {QStringLiteral("-tzf"), QStringLiteral("a/b/logs/o.tar.gz")});
+        QCOMPARE(tar.exitCode, 0);
+        QCOMPARE(tar.output, QByteArray("x\nlogs/\nlogs/y\n"));
     }
 
     void anArchiveIsWrittenThroughALink()
@@ -1817,6 +2473,44 @@ private Q_SLOTS:
         QVERIFY(SystemHelper::fileChecksum(path).isEmpty());
 
         QCOMPARE(log.warnings(), QStringList(QStringLiteral("Too large for a checksum: ") + path));
+    }
+
+    void ofAFailedCommandThatPrintsMuchTheLogHasBothEnds()
+    {
+        const LogCapture log;
+
+        const Run result = runBash(QStringLiteral("echo start; head -c 1000000 /dev/zero; echo end; false"));
+
+        QCOMPARE(result.output.size(), 1000010);
+        QCOMPARE(log.warnings().size(), 2);
+        const QString told = log.warnings().constLast();
+        QVERIFY2(told.startsWith(QLatin1String("\"start\\n")) && told.endsWith(QLatin1String("end\\n\"")),
+            qPrintable(told.left(100)));
+        QVERIFY(told.contains(QString::number(1000010 - 2 * 4096)));
+        QVERIFY2(told.size() < 100000, qPrintable(QString::number(told.size())));
+    }
+
+    // A command of the log's handler would not end when its reader goes.
+    void whenAFailureIsToldNoSignalIsBlocked()
+    {
+        const QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("file"));
+        const Faults::FileSizeLimit limit(4);
+        static QVector<bool> blocked;
+        blocked.clear();
+        const QtMessageHandler former =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {
+                sigset_t mask;
+                sigemptyset(&mask);
+                pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+                blocked << (sigismember(&mask, SIGPIPE) != 0);
+            });
+
+        SystemHelper::writeStringToFile(path, QStringLiteral("12345"), true);
+        SystemHelper::writeBytesToFile(path, "12345", true);
+        qInstallMessageHandler(former);
+
+        QCOMPARE(blocked, (QVector<bool>{false, false}));
     }
 
     void textThatDoesNotFitIsTold()
@@ -1941,6 +2635,36 @@ private Q_SLOTS:
         SystemHelper::removeFilesFromDir(QStringLiteral("."), QStringLiteral(".jpg"));
         QVERIFY(!QFile::exists(dir.filePath(QStringLiteral("x.jpg"))));
         QVERIFY(QDir::setCurrent(before));
+    }
+
+    void whatAnotherUsersLinkLeadsToIsNotEmptied_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<uint>("owner"); // of the link
+        QTest::newRow("at its end") << QStringLiteral("open/link") << 1000U;
+        QTest::newRow("on the way") << QStringLiteral("open/link/sub") << 1000U;
+        QTest::newRow("of ours") << QStringLiteral("open/link") << 0U;
+    }
+    void whatAnotherUsersLinkLeadsToIsNotEmptied()
+    {
+        QFETCH(const QString, path);
+        QFETCH(const uint, owner);
+        if (geteuid() != 0)
+            QSKIP("only root gives a link away");
+        const LogCapture log;
+        const QTemporaryDir dir;
+        const QString link = dir.filePath(QStringLiteral("open/link"));
+        const QString precious = dir.filePath(QStringLiteral("closed/sub/precious"));
+        QVERIFY(
+            QDir(dir.path()).mkdir(QStringLiteral("open")) && QDir(dir.path()).mkpath(QStringLiteral("closed/sub")));
+        QVERIFY(write(precious, "precious") && QFile::link(dir.filePath(QStringLiteral("closed")), link));
+        QVERIFY(lchown(QFile::encodeName(link).constData(), owner, owner) == 0
+            && chmod(QFile::encodeName(QFileInfo(link).path()).constData(), 01777) == 0);
+
+        SystemHelper::removeFilesFromDir(dir.path() + QLatin1Char('/') + path, QString());
+
+        QCOMPARE(QFile::exists(precious), owner != 0);
+        QCOMPARE(log.warnings().isEmpty(), owner == 0);
     }
 
     void linksAreRemovedAndNotFollowed()

@@ -2,7 +2,7 @@
 #include "link/Payload.h"
 
 #include "Helpers/JsonHelper.h"
-#include "common/JsonWriter.h"
+#include "Internal/JsonWriter.h"
 
 namespace Link {
 
@@ -72,7 +72,7 @@ QByteArray lineOf(const QByteArray &payload)
     const QJsonDocument document = JsonHelper::parse(payload);
     if (document.isObject())
         return document.toJson(QJsonDocument::Compact) + '\n';
-    return Tools::JsonWriter().value(QString::fromUtf8(payload)).bytes() + '\n';
+    return JsonWriter().value(QString::fromUtf8(payload)).bytes() + '\n';
 }
 
 qint64 frameSize(qint64 payloadSize)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/JsonWriter.h"
+#include "Internal/JsonWriter.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "names/CommandLine.h"
@@ -18,7 +18,7 @@ QByteArray lines(const QVector<QString> &names)
 
 QByteArray json(const QVector<QString> &names)
 {
-    Tools::JsonWriter writer;
+    JsonWriter writer;
     writer.beginObject().member("count", names.size()).key("names").beginArray();
     for (const QString &name : names)
         writer.value(name);
@@ -28,7 +28,7 @@ QByteArray json(const QVector<QString> &names)
 
 QByteArray json(const Explanation &explanation)
 {
-    Tools::JsonWriter writer;
+    JsonWriter writer;
     writer.beginObject()
         .member("error", explanation.error)
         .member("column", explanation.column)

@@ -45,6 +45,8 @@ bool CommandLine::readCommand(QStringList words)
     if (words.isEmpty())
         return refuse(QStringLiteral("which command? See --help"));
     const QString command = words.takeFirst();
+    if (command == QLatin1String("show") && words.contains(QString())) // it would show all
+        return refuse(QStringLiteral("show needs the name of an interface, or none"));
     if (command == QLatin1String("show"))
         return takeOperand(Options::Action::Show, words, 0, 1);
     if (command == QLatin1String("check"))
@@ -76,6 +78,9 @@ bool CommandLine::readServers(const QStringList &words)
     mOptions.secondary = words.value(2);
     if (mOptions.primary.isEmpty())
         return refuse(QStringLiteral("dns add needs the address of a server"));
+    const bool isDomainEmpty = mParser.isSet(mDomain) && mOptions.domain.isEmpty();
+    if (words.contains(QString()) || isDomainEmpty) // or less would be added than was asked for
+        return refuse(QStringLiteral("dns add needs addresses and a domain that are not empty"));
     return takeOperand(Options::Action::AddServers, words.mid(1), 1, 2);
 }
 

@@ -4,7 +4,7 @@
 #include "Helpers/BaseDirHelper.h"
 #include "Helpers/NetworkHelper.h"
 #include "Helpers/OrvelStringValidator.h"
-#include "common/JsonWriter.h"
+#include "Internal/JsonWriter.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "net/InterfaceFacts.h"
@@ -32,6 +32,57 @@ private:
     QString mName;
 };
 
+struct StepWords
+{
+    NetworkHelper::ConfigurationStep step;
+    const char *words;
+};
+
+// in the order of the plan
+constexpr StepWords stepWords[] = {
+    {NetworkHelper::LinkExitHook, "linking the hook"},
+    {NetworkHelper::PrepareNameServerFile, "writing /tmp/dnsmasq.conf, which was the end"},
+    {NetworkHelper::ReplaceNameServerFile, "writing /etc/dnsmasq.conf"},
+    {NetworkHelper::PrepareResolverFile, "writing /tmp/resolv.conf, which was the end"},
+    {NetworkHelper::ReplaceResolverFile, "writing /etc/resolv.conf"},
+    {NetworkHelper::RestartNameServer, "restarting dnsmasq"},
+};
+
+QString wordsOf(NetworkHelper::ConfigurationSteps steps)
+{
+    QStringList words;
+    for (const StepWords &known : stepWords) {
+        if (steps & known.step)
+            words.append(QString::fromLatin1(known.words));
+    }
+    return words.join(QStringLiteral(", "));
+}
+
+const char *wordsOf(NetworkHelper::ServerStep step)
+{
+    switch (step) {
+    case NetworkHelper::ServerStep::None:
+        break;
+    case NetworkHelper::ServerStep::Accept:
+        return "taking these for name servers and a domain";
+    case NetworkHelper::ServerStep::Write:
+        return "copying /etc/resolv.dmasq to /tmp/resolv.dmasq.bkp";
+    case NetworkHelper::ServerStep::Replace:
+        return "writing /tmp/resolv.dmasq";
+    case NetworkHelper::ServerStep::Link:
+        return "linking /etc/resolv.dmasq";
+    case NetworkHelper::ServerStep::Restart:
+        return "restarting dnsmasq";
+    }
+    return "";
+}
+
+/// For the user of a change that was not made, or not as a whole.
+Outcome failure(const QString &what)
+{
+    return {Tools::NotPassed, {}, QStringLiteral("this failed: %1; --verbose tells why").arg(what)};
+}
+
 QByteArray yesOrNo(const char *label, bool value)
 {
     return QByteArray(label).leftJustified(16) + (value ? "yes\n" : "no\n");
@@ -52,6 +103,8 @@ Outcome afterConfirmation(const Options &options, const QByteArray &plan, Action
 Outcome show(const Options &options)
 {
     const QStringList all = InterfaceFacts::allInterfaces();
+    if (all.isEmpty()) // not even the loopback
+        return {Tools::NotPassed, {}, QStringLiteral("the kernel could not be asked for its interfaces")};
     if (!options.operand.isEmpty() && !all.contains(options.operand))
         return {Tools::NotPassed, {}, QStringLiteral("there is no interface \"%1\"").arg(options.operand)};
 
@@ -62,6 +115,12 @@ Outcome show(const Options &options)
         const InterfaceFacts facts = InterfaceFacts::of(interface);
         for (const QString &record : facts.unreadRecords)
             Tools::Terminal::tell(QStringLiteral("%1 is not read; --verbose tells why").arg(record));
+        for (const QString &fact : facts.notAsked) {
+            Tools::Terminal::tell(QStringLiteral("%1: the kernel could not be asked for the %2")
+                                      .arg(Tools::Terminal::printable(interface), fact));
+        }
+        if (!facts.notAsked.isEmpty() || !facts.unreadRecords.isEmpty())
+            outcome.exitCode = Tools::NotPassed;
         outcome.output += options.json ? facts.toJson() : facts.toText(style);
     }
     return outcome;
@@ -77,7 +136,7 @@ Outcome check(const Options &options)
         return {exitCode,
             yesOrNo("strict IPv4", isIpv4) + yesOrNo("shorthand IPv4", isAddress) + yesOrNo("IPv6", isIpv6), {}};
 
-    Tools::JsonWriter json;
+    JsonWriter json;
     json.beginObject();
     json.member("text", options.operand);
     json.member("ipAddressIsValid", isAddress);
@@ -116,9 +175,10 @@ Outcome addServers(const Options &options)
                             "  links    /etc/resolv.dmasq to it\n"
                             "  restarts dnsmasq\n";
     return afterConfirmation(options, plan, [&]() -> Outcome {
-        if (NetworkHelper::updateSystemDNSServers(options.primary, options.secondary, options.domain))
+        NetworkHelper::ServerStep failed = NetworkHelper::ServerStep::None;
+        if (NetworkHelper::updateSystemDNSServers(options.primary, options.secondary, options.domain, failed))
             return {};
-        return {Tools::NotPassed, {}, QStringLiteral("the name servers were not added; --verbose tells why")};
+        return failure(QString::fromLatin1(wordsOf(failed)));
     });
 }
 
@@ -139,7 +199,7 @@ Outcome configure(const Options &options)
         NetworkHelper::ConfigurationSteps failed;
         if (NetworkHelper::configureSystem(failed))
             return {};
-        return {Tools::NotPassed, {}, QStringLiteral("not all of it was done; --verbose tells why")};
+        return failure(wordsOf(failed));
     });
 }
 

@@ -3,7 +3,7 @@
 
 #include "Helpers/IPDetails.h"
 #include "Helpers/NetworkHelper.h"
-#include "common/JsonWriter.h"
+#include "Internal/JsonWriter.h"
 
 #include <QFileInfo>
 #include <QNetworkInterface>
@@ -51,9 +51,13 @@ InterfaceFacts InterfaceFacts::of(const QString &interface)
     facts.name = interface;
     NetworkHelper::getMACAddress(interface, facts.mac);
     NetworkHelper::getIPv4Address(interface, facts.address);
-    NetworkHelper::getIPv6LinkLocalAddress(interface, facts.ipv6LinkLocal);
-    NetworkHelper::getIPv6GlobalAddress(interface, facts.ipv6Global);
-    NetworkHelper::getIPv6DefaultGateway(interface, facts.ipv6Gateway);
+    const auto note = [&facts](NetworkHelper::Lookup lookup, const char *what) {
+        if (lookup == NetworkHelper::Lookup::NotAsked)
+            facts.notAsked << QString::fromLatin1(what);
+    };
+    note(NetworkHelper::lookUpIPv6LinkLocalAddress(interface, facts.ipv6LinkLocal), "IPv6 link-local address");
+    note(NetworkHelper::lookUpIPv6GlobalAddress(interface, facts.ipv6Global), "IPv6 global address");
+    note(NetworkHelper::lookUpIPv6DefaultGateway(interface, facts.ipv6Gateway), "IPv6 gateway");
 
     IPDetails ipv4;
     if (readRecord(interface, false, &ipv4, &facts.unreadRecords)) {
@@ -102,7 +106,7 @@ QByteArray InterfaceFacts::toText(const Tools::TextStyle &style) const
 
 QByteArray InterfaceFacts::toJson() const
 {
-    Tools::JsonWriter json;
+    JsonWriter json;
     json.beginObject();
     json.member("interface", name);
     json.member("mac", mac);

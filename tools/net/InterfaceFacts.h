@@ -21,6 +21,7 @@ struct InterfaceFacts
     QString ipv6LinkLocal; ///< these with the length of the prefix
     QString ipv6Global;
     QString ipv6Gateway;
+    QStringList notAsked; ///< for what the kernel could not be asked, in words
     QStringList unreadRecords; ///< files of the DHCP client that are there
 
     static InterfaceFacts of(const QString &interface);
