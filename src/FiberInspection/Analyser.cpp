@@ -2,11 +2,13 @@
 #include "FiberInspection/Analyser.h"
 
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/ExceptionText_p.h"
 #include "FiberInspection/ImageFile_p.h"
 #include "FiberInspection/Log_p.h"
+#include "FiberInspection/OnThisThread_p.h"
 #include "Helpers/BaseDirHelper.h"
-#include "Helpers/FileAccess_p.h"
-#include "Helpers/WholeFile_p.h"
+#include "Internal/FileAccess.h"
+#include "Internal/WholeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,7 +27,7 @@ bool liesIn(const QString &directory, const QString &path)
     return cleanPath == cleanDirectory || cleanPath.startsWith(cleanDirectory + QLatin1Char('/'));
 }
 
-/// Copies a regular file in pieces.
+/// Copies a regular file in pieces, but none that is larger than a photograph may be: holes would fill the disk.
 bool copyWhole(const QString &from, const QString &to)
 {
     constexpr qint64 pieceSize = 1024LL * 1024;
@@ -33,10 +35,12 @@ bool copyWhole(const QString &from, const QString &to)
     WholeFile target(to);
     if (!FileAccess::openRegular(from, &source) || !target.open()) // a pipe may have come to be there
         return false;
+    if (source.size() > LoadedImage::maxFileSize)
+        return false;
     source.setTextModeEnabled(false);
     while (!source.atEnd()) {
         const QByteArray piece = source.read(pieceSize);
-        if (piece.isEmpty() || !target.write(piece))
+        if (piece.isEmpty() || source.pos() > LoadedImage::maxFileSize || !target.write(piece))
             return false;
     }
     return source.error() == QFileDevice::NoError && target.commit();
@@ -81,6 +85,7 @@ void filePictures(const AnalyserPrivate::Analysis &analysis, const QString &name
 
     if (!QDir().mkpath(testDir))
         qCWarning(messageLog) << "folder not created:" << testDir;
+    WholeFile::sweep(testDir); // who was killed here before is likely to file under the same name again
     filed->sourceImagePath = testDir + Analyser::fiberSourceImageName();
     filed->resultImagePath = testDir + Analyser::fiberResultImageName();
     filePicture({Analyser::tmpFiberInspectionImagePath(), analysis.photograph}, filed->sourceImagePath);
@@ -88,6 +93,14 @@ void filePictures(const AnalyserPrivate::Analysis &analysis, const QString &name
     const bool isThere = !analysis.inspection.hasVerdict() || !analysis.resultImage.isEmpty();
     filePicture(
         {BaseDirHelper::tmpFiberInspectionResultImagePath(), analysis.resultImage, isThere}, filed->resultImagePath);
+}
+
+/// Of a frame. Memory and threads may be wanting; then the result stays as it is, and the log tells.
+template <typename Find>
+void findQuietly(Find find)
+{
+    withHandler([&] { onThisThread(find); }, // the threads of OpenCV may not be there to be had
+        [] { qCWarning(messageLog) << "frame not analysed:" << exceptionText().constData(); });
 }
 } // namespace
 
@@ -109,6 +122,7 @@ FiledInspection Analyser::inspectAndFile(Standard::Id standardId, const QString 
         AnalyserPrivate::analyseFile(standardId, tmpFiberInspectionImagePath(), Device::ks20(), unscaled, false);
     FiledInspection filed;
     filed.inspection = analysis.inspection;
+    filed.photograph = analysis.photograph;
     filePictures(analysis, name, &filed);
     mLast = filed;
     return filed;
@@ -116,12 +130,16 @@ FiledInspection Analyser::inspectAndFile(Standard::Id standardId, const QString 
 
 Circle Analyser::approximateFindCladdingCircle(uchar *data, int bytesPerLine, int width, int height)
 {
-    return AnalyserPrivate::approximateFindCladdingCircle(data, bytesPerLine, width, height);
+    Circle circle;
+    findQuietly([&] { circle = AnalyserPrivate::approximateFindCladdingCircle(data, bytesPerLine, width, height); });
+    return circle;
 }
 
 double Analyser::getBlurLevel(uchar *data, int bytesPerLine, int width, int height, const Circle &claddingCircle)
 {
-    return AnalyserPrivate::getBlurLevel(data, bytesPerLine, width, height, claddingCircle);
+    double blurLevel = 0;
+    findQuietly([&] { blurLevel = AnalyserPrivate::getBlurLevel(data, bytesPerLine, width, height, claddingCircle); });
+    return blurLevel;
 }
 
 qint64 Analyser::maxImagePixels()

@@ -5,9 +5,10 @@
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
 #include "Helpers/BaseDirHelper.h"
-#include "Helpers/WholeFile_p.h"
+#include "Internal/WholeFile.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QMutex>
 
 namespace FiberInspection {
@@ -36,6 +37,15 @@ QByteArray writeResultImage(const Inspection &inspection, const QString &path)
     qCWarning(messageLog) << "result image not written:" << path;
     return {};
 }
+
+/// Of a process before this one. Once a start is enough: this one leaves nothing unless it is killed.
+void sweepOnce(const QString &folder)
+{
+    static QString swept;
+    if (folder != swept)
+        WholeFile::sweep(folder);
+    swept = folder;
+}
 } // namespace
 
 AnalyserPrivate::Analysis AnalyserPrivate::analyseFile(
@@ -55,8 +65,9 @@ AnalyserPrivate::Analysis AnalyserPrivate::analyseFile(
     analysis.inspection =
         InspectionCore(standardId, device, options, trace).inspectFile(fileName, &analysis.photograph);
     if (analysis.inspection.hasVerdict()) {
-        analysis.resultImage =
-            writeResultImage(analysis.inspection, BaseDirHelper::tmpFiberInspectionResultImagePath());
+        const QString path = BaseDirHelper::tmpFiberInspectionResultImagePath();
+        sweepOnce(QFileInfo(path).path());
+        analysis.resultImage = writeResultImage(analysis.inspection, path);
         trace.finished(analysis.inspection.passed());
     }
     return analysis;

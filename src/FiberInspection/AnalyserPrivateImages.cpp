@@ -6,7 +6,7 @@
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
 #include "FiberInspection/PixelGeometry_p.h"
-#include "Helpers/WholeFile_p.h"
+#include "Internal/WholeFile.h"
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>

@@ -11,6 +11,16 @@ namespace FiberInspection {
 ///
 /// A copied or moved defect carries an invalid boundingRectSize whatever the source held, so calculateType() belongs on
 /// the defect that was built from the pixels, before it goes into a container.
+///
+/// @code
+/// Defect scratch;
+/// scratch.pixels = {{30, 40}, {70, 40}};
+/// scratch.enclosingCircle = Circle(50, 40, 20);
+/// scratch.boundingRectSize = QSize(40, 1);
+/// scratch.calculateType();
+/// scratch.calculateSize(0.5F); // micrometres per pixel
+/// qInfo() << (scratch.type == Defect::Type::Scratch) << scratch.size << "um"; // true 20 um
+/// @endcode
 struct VANTORBASE_EXPORT Defect
 {
     enum class Type : int {

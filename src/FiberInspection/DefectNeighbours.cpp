@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <stdexcept>
+#include <utility>
 
 namespace FiberInspection {
 
@@ -15,6 +17,7 @@ DefectNeighbours::DefectNeighbours(const std::vector<Defect> &defects, float dis
 {
     setUpGrid();
     sortPixelsIntoCells();
+    gatherRuns();
 }
 
 const std::vector<int> &DefectNeighbours::after(int i)
@@ -23,15 +26,9 @@ const std::vector<int> &DefectNeighbours::after(int i)
     if (!isPointLike(i) || mReachSquare < 0)
         return mFound;
 
-    for (const QPointF &point : mDefects[static_cast<std::size_t>(i)].pixels) {
-        const PixelPosition pixel = PixelPosition::of(point);
-        const std::size_t column = columnOf(pixel);
-        const std::size_t row = rowOf(pixel);
-        for (std::size_t y = row - (row > 0 ? 1 : 0); y <= std::min(row + 1, mRows - 1); ++y) {
-            for (std::size_t x = column - (column > 0 ? 1 : 0); x <= std::min(column + 1, mColumns - 1); ++x)
-                collectFromCell(y * mColumns + x, pixel, i);
-        }
-    }
+    const auto defect = static_cast<std::size_t>(i);
+    for (std::size_t at = mOwnStarts[defect]; at < mOwnStarts[defect + 1]; ++at)
+        collectAround(mRuns[mOwnRuns[at]]);
     std::sort(mFound.begin(), mFound.end());
     return mFound;
 }
@@ -98,22 +95,103 @@ void DefectNeighbours::sortPixelsIntoCells()
     std::partial_sum(mCellStarts.begin(), mCellStarts.end(), mCellStarts.begin());
 
     std::vector<std::size_t> nextFree(mCellStarts.begin(), mCellStarts.end() - 1);
-    forEachPixel([&](int i, const PixelPosition &pixel) { mPixels[nextFree[cellOf(pixel)]++] = {i, pixel}; });
+    forEachPixel([&](int i, const PixelPosition &pixel) {
+        mPixels[nextFree[cellOf(pixel)]++] = {i, static_cast<int>(pixel.x), static_cast<int>(pixel.y)};
+    });
 }
 
-void DefectNeighbours::collectFromCell(std::size_t cell, const PixelPosition &pixel, int i)
+void DefectNeighbours::gatherRuns()
 {
-    // From the last defect downward: what does not lie above i is not looked at.
+    const std::size_t cells = mCellStarts.size() - 1;
+    mOwnStarts.assign(mDefects.size() + 1, 0);
+    for (std::size_t cell = 0; cell < cells; ++cell) {
+        const std::size_t end = mCellStarts[cell + 1];
+        std::size_t at = mCellStarts[cell];
+        mCellStarts[cell] = mRuns.size();
+        while (at < end)
+            at = appendRun(cell, at, end);
+    }
+    mCellStarts[cells] = mRuns.size();
+
+    std::partial_sum(mOwnStarts.begin(), mOwnStarts.end(), mOwnStarts.begin());
+    std::vector<std::size_t> nextFree(mOwnStarts.begin(), mOwnStarts.end() - 1);
+    mOwnRuns.resize(mRuns.size());
+    for (std::size_t run = 0; run < mRuns.size(); ++run)
+        mOwnRuns[nextFree[static_cast<std::size_t>(mRuns[run].defect)]++] = run;
+}
+
+/// The run of the defect that begins there; returns where the next one does. A thin contour visits its pixels twice.
+std::size_t DefectNeighbours::appendRun(std::size_t cell, std::size_t begin, std::size_t end)
+{
+    const auto first = mPixels.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto behind = std::find_if(first, mPixels.begin() + static_cast<std::ptrdiff_t>(end),
+        [defect = first->defect](const GridPixel &pixel) { return pixel.defect != defect; });
+    const auto place = [](const GridPixel &pixel) { return std::make_pair(pixel.y, pixel.x); };
+    std::sort(first, behind, [&](const GridPixel &a, const GridPixel &b) { return place(a) < place(b); });
+    const auto last =
+        std::unique(first, behind, [&](const GridPixel &a, const GridPixel &b) { return place(a) == place(b); });
+
+    const auto columns =
+        std::minmax_element(first, last, [](const GridPixel &a, const GridPixel &b) { return a.x < b.x; });
+    const auto lastOfRun = static_cast<std::size_t>(last - mPixels.begin());
+    mRuns.push_back({first->defect, cell, begin, lastOfRun, PixelPosition::of(columns.first->x, first->y),
+        PixelPosition::of(columns.second->x, (last - 1)->y)});
+    ++mOwnStarts[static_cast<std::size_t>(first->defect) + 1];
+    return static_cast<std::size_t>(behind - mPixels.begin());
+}
+
+void DefectNeighbours::collectAround(const Run &run)
+{
+    const std::size_t row = run.cell / mColumns;
+    const std::size_t column = run.cell % mColumns;
+    for (std::size_t y = row - (row > 0 ? 1 : 0); y <= std::min(row + 1, mRows - 1); ++y) {
+        for (std::size_t x = column - (column > 0 ? 1 : 0); x <= std::min(column + 1, mColumns - 1); ++x)
+            collectFromCell(y * mColumns + x, run);
+    }
+}
+
+void DefectNeighbours::collectFromCell(std::size_t cell, const Run &run)
+{
+    // From the last defect downward: what does not lie above is not looked at.
     for (std::size_t at = mCellStarts[cell + 1]; at > mCellStarts[cell]; --at) {
-        const GridPixel &other = mPixels[at - 1];
-        if (other.defect <= i)
+        const Run &other = mRuns[at - 1];
+        if (other.defect <= run.defect)
             return;
         int &foundFor = mFoundFor[static_cast<std::size_t>(other.defect)];
-        if (foundFor != i && pixel.squaredDistanceTo(other.position) <= mReachSquare) {
-            foundFor = i;
+        if (foundFor != run.defect && areClose(run, other)) {
+            foundFor = run.defect;
             mFound.push_back(other.defect);
         }
     }
+}
+
+void DefectNeighbours::count(double comparisons)
+{
+    mComparisons += comparisons;
+    if (mComparisons > mostComparisons)
+        throw std::runtime_error("the defects are too many and too close to each other to be merged");
+}
+
+bool DefectNeighbours::areClose(const Run &run, const Run &other)
+{
+    const auto gap = [](double lowest, double highest, double otherLowest, double otherHighest) {
+        return std::max({0.0, otherLowest - highest, lowest - otherHighest});
+    };
+    const PixelPosition apart{gap(run.lowest.x, run.highest.x, other.lowest.x, other.highest.x),
+        gap(run.lowest.y, run.highest.y, other.lowest.y, other.highest.y)};
+    count(1);
+    if (apart.squaredDistanceTo({}) > mReachSquare)
+        return false;
+
+    for (std::size_t at = run.begin; at < run.end; ++at) {
+        const PixelPosition pixel = PixelPosition::of(mPixels[at].x, mPixels[at].y);
+        count(static_cast<double>(other.end - other.begin));
+        for (std::size_t with = other.begin; with < other.end; ++with) {
+            if (pixel.squaredDistanceTo(PixelPosition::of(mPixels[with].x, mPixels[with].y)) <= mReachSquare)
+                return true;
+        }
+    }
+    return false;
 }
 
 } // namespace FiberInspection

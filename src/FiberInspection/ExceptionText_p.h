@@ -19,4 +19,18 @@ inline QByteArray exceptionText()
     }
 }
 
+/// What run() returns; when an exception ends it, what the handler does. The end of the thread, by pthread_exit() or a
+/// cancellation, looks like one that nobody can hold, and goes on: the process would be ended if it did not.
+template <typename Run, typename Handler>
+auto withHandler(Run run, Handler handler) -> decltype(run())
+{
+    try {
+        return run();
+    } catch (...) {
+        if (!std::current_exception())
+            throw;
+        return handler();
+    }
+}
+
 } // namespace FiberInspection

@@ -22,6 +22,9 @@ class LiveAnalysisLink;
 /// an analysis, if one is under way, but not for ever. A receiver in the pool thread that has not come back after a
 /// second, because it waits for the very thread that destroys the filter, is left behind, and the log says so.
 ///
+/// The pool threads do not end with the program. Destroy the runnable, as a VideoOutput does, before main() returns or
+/// exit() is called: an analysis under way would use what is static while it goes.
+///
 /// @code
 /// FiberRealtimeAnalyser filter; // goes into the filters of a VideoOutput
 /// QObject::connect(&filter, &FiberRealtimeAnalyser::focusValue_changed, &filter,

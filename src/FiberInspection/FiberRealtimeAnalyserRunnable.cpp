@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/AnalyserPrivate.h"
+#include "FiberInspection/AnalysisThreads_p.h"
 #include "FiberInspection/ExceptionText_p.h"
 #include "FiberInspection/FiberRealtimeAnalyserRunnable_p.h"
 #include "FiberInspection/LiveAnalysisLink_p.h"
 #include "FiberInspection/Log_p.h"
 
+#include <QDeadlineTimer>
 #include <QSemaphore>
-#include <QThreadPool>
 #include <QVideoFrame>
-#include <QtConcurrentRun>
 
 #include <opencv2/core.hpp>
 
@@ -59,20 +59,8 @@ struct FiberRealtimeAnalyserRunnable::Work
 };
 
 namespace {
-constexpr int maxThreads = 2;
-constexpr int pollInterval = 20; // milliseconds
-
-/// The threads of all live analyses. They are never waited for all together: a receiver that does not come back would
-/// hold up the end of its page, or of the program.
-QThreadPool &analysisThreads()
-{
-    static QThreadPool *const pool = [] {
-        auto *const threads = new QThreadPool; // for the life of the process
-        threads->setMaxThreadCount(maxThreads);
-        return threads;
-    }();
-    return *pool;
-}
+constexpr int pollInterval = 20; // milliseconds, as the following
+constexpr int analysisPatience = 5000;
 
 /// Whether the frame starts with a plane of luminance that is followed by half as much of colour.
 bool isPlanar420(QVideoFrame::PixelFormat format)
@@ -205,9 +193,14 @@ FiberRealtimeAnalyserRunnable::~FiberRealtimeAnalyserRunnable()
 {
     if (mFiberRealtimeAnalyser->isPublishedHere())
         return; // this very thread would have to end the analysis
+    const QDeadlineTimer patience(analysisPatience);
     while (!mWork->idle.tryAcquire(1, pollInterval)) {
         if (!mFiberRealtimeAnalyser->waitForReceivers())
             return;
+        if (patience.hasExpired()) {
+            qCWarning(messageLog) << "a live analysis does not come to its end, it is not waited for";
+            return;
+        }
     }
     mWork->idle.release(); // a frame may be about to be analysed: its mapping may have come to this
 }
@@ -223,11 +216,8 @@ QVideoFrame FiberRealtimeAnalyserRunnable::run(
         // To map a frame is to call code that we do not know, and it may destroy this.
         const std::shared_ptr<LiveAnalysisLink> fiberRealtimeAnalyser = mFiberRealtimeAnalyser;
         const std::shared_ptr<Work> work = mWork;
-        try {
-            startAnalysis(*frame, fiberRealtimeAnalyser, work);
-        } catch (...) { // out of memory or threads: this frame is dropped
-            fiberRealtimeAnalyser->publish(broken());
-        }
+        withHandler([&] { startAnalysis(*frame, fiberRealtimeAnalyser, work); },
+            [&] { fiberRealtimeAnalyser->publish(broken()); }); // out of memory or threads: this frame is dropped
     }
     return *frame;
 }
@@ -258,7 +248,7 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame,
         return;
     }
     work->luminance.copyFrom(frame);
-    QtConcurrent::run(&analysisThreads(), [link = fiberRealtimeAnalyser, work, processing]() {
+    AnalysisThreads::run([link = fiberRealtimeAnalyser, work, processing]() {
         Luminance &luminance = work->luminance;
         processImage(*link, luminance.bytes(), luminance.width(), luminance.height());
     });
@@ -267,17 +257,10 @@ void FiberRealtimeAnalyserRunnable::startAnalysis(QVideoFrame &frame,
 void FiberRealtimeAnalyserRunnable::processImage(
     LiveAnalysisLink &fiberRealtimeAnalyser, uchar *luminance, int width, int height)
 {
-    LiveReading reading;
-    try {
-        reading = readingOf(luminance, width, height);
-    } catch (...) {
-        reading = broken();
-    }
-    try {
-        fiberRealtimeAnalyser.publish(reading);
-    } catch (...) { // of a receiver
-        qCWarning(messageLog) << "frame not analysed:" << exceptionText().constData();
-    }
+    const LiveReading reading =
+        withHandler([&] { return readingOf(luminance, width, height); }, [] { return broken(); });
+    withHandler([&] { fiberRealtimeAnalyser.publish(reading); },
+        [] { qCWarning(messageLog) << "frame not analysed:" << exceptionText().constData(); }); // of a receiver
 }
 
 } // namespace FiberInspection

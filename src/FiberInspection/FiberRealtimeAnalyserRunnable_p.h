@@ -20,7 +20,7 @@ public:
     /// Returns the frame as it came.
     QVideoFrame run(QVideoFrame *frame, const QVideoSurfaceFormat &surfaceFormat, RunFlags flags) override;
 
-    /// Waits for the analysis; but for the receivers of its results no longer than
+    /// Waits for the analysis, five seconds at most; but for the receivers of its results no longer than
     /// LiveAnalysisLink::publicationPatience, and not at all when one of them is what destroys this.
     ~FiberRealtimeAnalyserRunnable() override;
 

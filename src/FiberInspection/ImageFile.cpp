@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "FiberInspection/ImageFile_p.h"
-#include "FiberInspection/Inspection.h"
-#include "Helpers/FileAccess_p.h"
+#include "Internal/FileAccess.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <atomic>
 #include <cerrno>
-#include <cstring>
+#include <sys/stat.h>
 
 namespace FiberInspection {
 
@@ -16,10 +15,15 @@ namespace {
 constexpr qint64 maxFileSize = LoadedImage::maxFileSize;
 constexpr qint64 largestMaxPixels = 1024LL * 1024 * 1024; // what OpenCV can hold
 
+bool isResource(const QString &path)
+{
+    return path.startsWith(QLatin1Char(':')); // of Qt, of which the system knows nothing
+}
+
 /// What is there may have become a pipe since it was looked at, and to open one would wait for a writer.
 bool openFile(const QString &path, QFile *file)
 {
-    if (path.startsWith(QLatin1Char(':'))) // a resource of Qt
+    if (isResource(path))
         return file->open(QIODevice::ReadOnly);
     if (!FileAccess::openRegular(path, file))
         return false;
@@ -42,9 +46,21 @@ QByteArray readBounded(QFile *file)
     return bytes;
 }
 
-ImageFile unreadable(const QString &problem, ImageFault fault = ImageFault::Unreadable)
+/// @param number as detailOfFile() takes it
+ImageFile unreadable(ImageFault fault, qint64 number = 0)
 {
-    return {{}, problem, fault};
+    return {{}, detailOfFile(reasonOf(fault), number), fault};
+}
+
+/// The errno of looking at the path; 0 when something is there. What is behind a closed folder is not missing.
+int numberOf(const QString &path)
+{
+    struct stat status = {};
+    if (isResource(path))
+        return QFileInfo::exists(path) ? 0 : ENOENT;
+    if (path.contains(QChar::Null)) // to the system the name would end there
+        return ENOENT;
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? 0 : errno;
 }
 
 std::atomic<qint64> &pixelLimit()
@@ -56,25 +72,26 @@ std::atomic<qint64> &pixelLimit()
 
 ImageFile ImageFile::read(const QString &path)
 {
-    const QFileInfo info(path);
-    if (!info.exists())
-        return unreadable(QStringLiteral("no such file"), ImageFault::Missing);
-    const bool isFile = info.isFile();
+    if (const int number = numberOf(path); number != 0) {
+        const bool isNothing = number == ENOENT || number == ENOTDIR;
+        return unreadable(isNothing ? ImageFault::Missing : ImageFault::Unreadable, number);
+    }
+    const bool isFile = QFileInfo(path).isFile(); // to open a device does something to it
     errno = 0;
     QFile file(path);
     if (isFile && !openFile(path, &file) && errno != 0)
-        return unreadable(QString::fromLocal8Bit(std::strerror(errno)));
+        return unreadable(ImageFault::Unreadable, errno);
     if (!file.isOpen())
-        return unreadable(QStringLiteral("not a file"), ImageFault::NotAFile);
+        return unreadable(ImageFault::NotAFile);
     if (file.size() > maxFileSize)
-        return unreadable(QStringLiteral("%1 bytes are too many").arg(file.size()), ImageFault::TooLarge);
+        return unreadable(ImageFault::TooLarge, file.size());
     const QByteArray bytes = readBounded(&file);
     if (file.error() != QFileDevice::NoError)
-        return unreadable(file.errorString());
+        return {{}, file.errorString(), ImageFault::Unreadable};
     if (bytes.size() > maxFileSize)
-        return unreadable(QStringLiteral("more than %1 bytes are too many").arg(maxFileSize), ImageFault::TooLarge);
+        return unreadable(ImageFault::TooLarge, bytes.size());
     if (bytes.isEmpty())
-        return unreadable(QStringLiteral("the file is empty"), ImageFault::Empty);
+        return unreadable(ImageFault::Empty);
     return {bytes, {}, ImageFault::None};
 }
 

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "FiberInspection/ImageFault_p.h"
+
 #include <QByteArray>
-#include <QString>
 
 namespace FiberInspection {
-
-/// What keeps an image from being seen.
-enum class ImageFault : int { None, Missing, NotAFile, Unreadable, Empty, UnknownFormat, Damaged, TooLarge };
 
 /// An image file as read from disk; what ImageDecoder makes of it is another matter.
 struct ImageFile

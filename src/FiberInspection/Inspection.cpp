@@ -4,6 +4,7 @@
 #include "FiberInspection/ExceptionText_p.h"
 #include "FiberInspection/InspectionCore_p.h"
 #include "FiberInspection/Log_p.h"
+#include "FiberInspection/OnThisThread_p.h"
 
 #include <algorithm>
 #include <exception>
@@ -23,42 +24,29 @@ QString detailOfException()
     return QString::fromUtf8(exceptionText()).simplified();
 }
 
-/// On the calling thread: OpenCV does not share out what is nested in a loop of its own. Of one photograph its threads
-/// gain little, and they stand in the way of those who inspect many at once. There is one mark for such a loop in the
-/// process, and of inspections that overlap the first one to end takes it away from all.
-template <typename Run>
-void onThisThread(Run run)
-{
-    cv::parallel_for_(cv::Range(0, 1), [&run](const cv::Range &) { run(); });
-}
-
 /// @param run what is to be done with the core
 template <typename Run>
 Inspection inspectQuietly(Standard::Id standardId, const Device &device, const InspectionOptions &options, Run run)
 {
     const LogScope log(inspectionLog());
-    try {
-        InspectionTrace trace(options.onStep);
-        InspectionCore core(standardId, device, options, trace);
-        Inspection inspection;
-        onThisThread([&] { inspection = run(core); });
-        if (inspection.hasVerdict())
-            trace.finished(inspection.passed());
-        return inspection;
-    } catch (...) {
-        return InspectionCore::broken(standardId, detailOfException());
-    }
+    return withHandler(
+        [&] {
+            InspectionTrace trace(options.onStep);
+            InspectionCore core(standardId, device, options, trace);
+            Inspection inspection;
+            onThisThread([&] { inspection = run(core); });
+            if (inspection.hasVerdict())
+                trace.finished(inspection.passed());
+            return inspection;
+        },
+        [&] { return InspectionCore::broken(standardId, detailOfException()); });
 }
 
 template <typename Load>
 LoadedImage loadQuietly(Load load)
 {
     const LogScope log(inspectionLog());
-    try {
-        return load();
-    } catch (...) {
-        return {{}, Inspection::Reason::AnalysisBroken, detailOfException()};
-    }
+    return withHandler(load, [] { return LoadedImage{{}, Inspection::Reason::AnalysisBroken, detailOfException()}; });
 }
 
 bool areEqual(const Defect &a, const Defect &b)
@@ -118,9 +106,9 @@ QString Inspection::reasonText(Reason reason)
     return QString::fromLatin1(InspectionCore::reasonText(reason));
 }
 
-QString Inspection::problem() const
+QString Inspection::problemText(Reason reason, const QString &detail)
 {
-    return mDetail.isEmpty() ? reasonText() : QStringLiteral("%1: %2").arg(reasonText(), mDetail);
+    return detail.isEmpty() ? reasonText(reason) : QStringLiteral("%1: %2").arg(reasonText(reason), detail);
 }
 
 QImage Inspection::annotatedImage() const
@@ -169,11 +157,20 @@ Inspection inspect(const QImage &image, Standard::Id standardId, const Device &d
         standardId, device, options, [&image](InspectionCore &core) { return core.inspectImage(image); });
 }
 
-Inspection inspectFile(
-    const QString &path, Standard::Id standardId, const Device &device, const InspectionOptions &options)
+Inspection inspect(
+    const LoadedImage &image, Standard::Id standardId, const Device &device, const InspectionOptions &options)
 {
     return inspectQuietly(
-        standardId, device, options, [&path](InspectionCore &core) { return core.inspectFile(path); });
+        standardId, device, options, [&image](InspectionCore &core) { return core.inspectLoaded(image); });
+}
+
+Inspection inspectFile(const QString &path, Standard::Id standardId, const Device &device,
+    const InspectionOptions &options, QByteArray *content)
+{
+    if (content)
+        content->clear();
+    return inspectQuietly(
+        standardId, device, options, [&](InspectionCore &core) { return core.inspectFile(path, content); });
 }
 
 } // namespace FiberInspection

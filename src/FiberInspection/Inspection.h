@@ -13,6 +13,14 @@
 namespace FiberInspection {
 
 /// What may be asked of an inspection beside the image, the standard, and the scope.
+///
+/// @code
+/// InspectionOptions options;
+/// options.seed = 1; // the photograph gives the same inspection again
+/// options.onStep = [](const QString &step, const QImage &picture) { picture.save(step + QStringLiteral(".png")); };
+/// const QString path = QStringLiteral("face.jpg");
+/// const Inspection inspection = inspectFile(path, Standard::IEC61300_3_35_MM, Device::ks20(), options);
+/// @endcode
 struct InspectionOptions
 {
     float scale = 1; ///< divisor of the image size; 1 leaves it
@@ -33,6 +41,14 @@ struct InspectionOptions
 };
 
 /// A defect that the standard has something to say about, and where it lies.
+///
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// for (const GradedDefect &defect : inspection.defects()) {
+///     if (defect.causesFailure)
+///         qInfo() << Zone::name(defect.zone) << defect.sizeMicrons << "um, at" << defect.centerMicrons;
+/// }
+/// @endcode
 struct VANTORBASE_EXPORT GradedDefect
 {
     Zone::Id zone = Zone::Core;
@@ -49,6 +65,13 @@ struct VANTORBASE_EXPORT GradedDefect
 };
 
 /// Mean grey levels, 0 (black) to 255; 0 where nothing could be measured.
+///
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// const GrayLevels &levels = inspection.grayLevels();
+/// if (levels != GrayLevels())
+///     qInfo() << "the cladding has" << levels.cladding << "and what is around it" << levels.aroundCladding;
+/// @endcode
 struct VANTORBASE_EXPORT GrayLevels
 {
     int cladding = 0; ///< a little below the mean of the cladding; may be negative
@@ -60,6 +83,12 @@ struct VANTORBASE_EXPORT GrayLevels
 };
 
 /// How many there were on the way from edges to defects.
+///
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// const DefectCounts &counts = inspection.counts();
+/// qInfo() << counts.merged << "defects, of" << counts.contours << "contours";
+/// @endcode
 struct VANTORBASE_EXPORT DefectCounts
 {
     int contours = 0; ///< all of the cleaned edge map
@@ -114,7 +143,8 @@ public:
     QString reasonText() const { return reasonText(mReason); } ///< as the log says it; empty with a verdict
     static QString reasonText(Reason reason);
     const QString &detail() const { return mDetail; } ///< what exactly is wrong, where more is known
-    QString problem() const; ///< both in one line
+    QString problem() const { return problemText(mReason, mDetail); } ///< both in one line
+    static QString problemText(Reason reason, const QString &detail);
 
     Standard::Id standardId() const { return mStandardId; }
     const TestResult &result() const { return mResult; } ///< rules, and the graded defects with their pixels
@@ -158,6 +188,12 @@ private:
 };
 
 /// An image file in memory, or why there is none.
+///
+/// @code
+/// const LoadedImage photograph = loadImage(QStringLiteral("face.jpg"));
+/// if (photograph.image.isNull())
+///     qWarning() << Inspection::reasonText(photograph.reason) << photograph.detail;
+/// @endcode
 struct LoadedImage
 {
     static constexpr qint64 maxFileSize = 256LL * 1024 * 1024; ///< bytes; larger files are not read
@@ -166,6 +202,11 @@ struct LoadedImage
     Inspection::Reason reason = Inspection::Reason::None;
     QString detail;
 };
+
+/// What the detail says about a file that cannot be read, whoever tried: "no such file". Empty for the reasons that are
+/// not about that.
+/// @param number bytes of a file that is too large, or the errno of one that is unreadable
+VANTORBASE_EXPORT QString detailOfFile(Inspection::Reason reason, qint64 number = 0);
 
 /// Reads an image file: JPEG, PNG, BMP, PNM, TIFF or WebP, by its content. It is opened once; orientation tags are
 /// applied. A file of which a part is missing or damaged is refused, and the detail tells what is wrong. Never throws.
@@ -188,9 +229,21 @@ VANTORBASE_EXPORT LoadedImage decodeImage(
 VANTORBASE_EXPORT Inspection inspect(const QImage &image, Standard::Id standardId,
     const Device &device = Device::ks20(), const InspectionOptions &options = {});
 
-/// The same for a file, as loadImage() reads it.
-VANTORBASE_EXPORT Inspection inspectFile(const QString &path, Standard::Id standardId,
+/// The same for what loadImage() or decodeImage() gave, so that what is read once can be graded by several standards:
+/// each inspection is that of inspectFile(), also where there is no image but a reason.
+///
+/// @code
+/// const LoadedImage face = loadImage(QStringLiteral("face.jpg"));
+/// for (const Standard::Id id : {Standard::IEC61300_3_35_SM_RL26, Standard::IEC61300_3_35_SM_RL45})
+///     qInfo() << Standard::name(id) << inspect(face, id).passed();
+/// @endcode
+VANTORBASE_EXPORT Inspection inspect(const LoadedImage &image, Standard::Id standardId,
     const Device &device = Device::ks20(), const InspectionOptions &options = {});
+
+/// The same for a file, as loadImage() reads it.
+/// @param content if given, receives the bytes that were inspected; none when the file could not be read
+VANTORBASE_EXPORT Inspection inspectFile(const QString &path, Standard::Id standardId,
+    const Device &device = Device::ks20(), const InspectionOptions &options = {}, QByteArray *content = nullptr);
 
 } // namespace FiberInspection
 

@@ -19,29 +19,6 @@ using Reason = Inspection::Reason;
 namespace {
 constexpr float maxPixelDistanceToMergeDefects = 4.0F; // micrometres
 
-Reason reasonOf(ImageFault fault)
-{
-    switch (fault) {
-    case ImageFault::None:
-        break;
-    case ImageFault::Missing:
-        return Reason::FileMissing;
-    case ImageFault::NotAFile:
-        return Reason::NotAFile;
-    case ImageFault::Unreadable:
-        return Reason::FileUnreadable;
-    case ImageFault::Empty:
-        return Reason::FileEmpty;
-    case ImageFault::UnknownFormat:
-        return Reason::UnknownFormat;
-    case ImageFault::Damaged:
-        return Reason::ImageDamaged;
-    case ImageFault::TooLarge:
-        return Reason::ImageTooLarge;
-    }
-    return Reason::None;
-}
-
 /// An image on the pixels of the matrix, which lives as long as the image and its copies.
 QImage sharing(const cv::Mat &colors)
 {
@@ -220,7 +197,15 @@ const char *InspectionCore::reasonText(Reason reason)
 
 Inspection InspectionCore::inspectFile(const QString &path, QByteArray *content)
 {
-    loadFile(path, content) && inspect();
+    return inspectLoaded(readImage(path, mOptions.maxImagePixels, content));
+}
+
+Inspection InspectionCore::inspectLoaded(const LoadedImage &image)
+{
+    if (image.reason != Reason::None)
+        fail(image.reason, image.detail);
+    else if (loadImage(image.image))
+        inspect();
     return mInspection;
 }
 
@@ -228,16 +213,6 @@ Inspection InspectionCore::inspectImage(const QImage &image)
 {
     loadImage(image) && inspect();
     return mInspection;
-}
-
-bool InspectionCore::loadFile(const QString &path, QByteArray *content)
-{
-    const LoadedImage loaded = readImage(path, mOptions.maxImagePixels, content);
-    if (loaded.image.isNull())
-        return fail(loaded.reason, loaded.detail);
-    mInspection.mImage = loaded.image;
-    mColors = StepImages::viewOf(loaded.image);
-    return true;
 }
 
 bool InspectionCore::loadImage(const QImage &image)

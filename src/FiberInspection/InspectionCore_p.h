@@ -15,6 +15,7 @@ public:
 
     /// @param content if given, receives the bytes of the file; empty when it could not be read
     Inspection inspectFile(const QString &path, QByteArray *content = nullptr);
+    Inspection inspectLoaded(const LoadedImage &image);
     Inspection inspectImage(const QImage &image);
 
     static LoadedImage readImage(const QString &path, qint64 maxImagePixels, QByteArray *content = nullptr);
@@ -33,7 +34,6 @@ private:
     struct ZoneDiameters;
 
     // The stages in their order. False: there is no verdict, and the inspection says why.
-    bool loadFile(const QString &path, QByteArray *content);
     bool loadImage(const QImage &image);
     bool inspect();
     bool convertToGray();

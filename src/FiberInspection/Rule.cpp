@@ -29,4 +29,23 @@ QString Rule::toString() const
     return criterion(*this) + allowance;
 }
 
+bool Rule::isAbout(Defect::Type kind, double microns) const
+{
+    if (kind != defectType)
+        return false;
+    switch (ruleOperator) {
+    case SmallerThan:
+        return microns < maxSize;
+    case SmallerThanOrEqual:
+        return microns <= maxSize;
+    case GreaterThan:
+        return microns > minSize;
+    case GreaterThanOrEqual:
+        return microns >= minSize;
+    case ClosedRange:
+        return minSize <= microns && microns <= maxSize;
+    }
+    return false;
+}
+
 } // namespace FiberInspection

@@ -6,6 +6,16 @@
 namespace FiberInspection {
 
 /// One acceptance criterion: how many defects of one kind and size a zone may hold.
+///
+/// @code
+/// Rule rule;
+/// rule.defectType = Defect::Type::Scratch;
+/// rule.ruleOperator = Rule::GreaterThan;
+/// rule.minSize = 25;
+/// rule.maxAllowedAmount = 0;
+/// if (rule.isAbout(Defect::Type::Scratch, 30))
+///     qInfo() << "counted for" << rule.toString(); // "size > 25 [0]"
+/// @endcode
 struct VANTORBASE_EXPORT Rule
 {
     enum Operator : int {
@@ -27,6 +37,9 @@ struct VANTORBASE_EXPORT Rule
 
     /// The criterion as the log shows it: "2 <= size <= 3 [1]", "size > 25 [0]".
     QString toString() const;
+
+    /// Whether it counts a defect of that kind and size. One of NaN is counted by none.
+    bool isAbout(Defect::Type kind, double microns) const;
 };
 
 } // namespace FiberInspection

@@ -9,6 +9,13 @@
 namespace FiberInspection {
 
 /// One of the concentric zones of a connector end face with its acceptance criteria.
+///
+/// @code
+/// const Zone core = Standard(Standard::IEC61300_3_35_MM).core();
+/// qInfo() << core.description();
+/// for (const Rule &rule : core.rules)
+///     qInfo() << rule.toString();
+/// @endcode
 struct VANTORBASE_EXPORT Zone
 {
     enum Id : int { Core = 0, Cladding = 1, Adhesive = 2, Contact = 3 };

@@ -7,29 +7,6 @@
 
 namespace FiberInspection {
 
-namespace {
-/// A size of NaN matches nothing.
-bool matches(const Rule &rule, float size)
-{
-    const auto minSize = static_cast<float>(rule.minSize);
-    const auto maxSize = static_cast<float>(rule.maxSize);
-
-    switch (rule.ruleOperator) {
-    case Rule::SmallerThan:
-        return size < maxSize;
-    case Rule::SmallerThanOrEqual:
-        return size <= maxSize;
-    case Rule::GreaterThan:
-        return size > minSize;
-    case Rule::GreaterThanOrEqual:
-        return size >= minSize;
-    case Rule::ClosedRange:
-        return minSize <= size && size <= maxSize;
-    }
-    return false;
-}
-} // namespace
-
 RuleResult::RuleResult(const Rule &rule)
     : standardRule(rule)
 {
@@ -37,7 +14,7 @@ RuleResult::RuleResult(const Rule &rule)
 
 void RuleResult::processDefect(Defect &defect)
 {
-    if (defect.type != standardRule.defectType || !matches(standardRule, defect.size))
+    if (!standardRule.isAbout(defect.type, static_cast<double>(defect.size)))
         return;
 
     ++defectCount;

@@ -7,6 +7,14 @@
 namespace FiberInspection {
 
 /// One rule with the defects counted against it. Counts add up over calls: an object grades one inspection.
+///
+/// @code
+/// QVector<Defect> specks(3);
+/// specks[0].size = 4; // micrometres
+/// RuleResult result(Rule{Defect::Type::Defect, Rule::GreaterThan, 3, Rule::unused, 0});
+/// if (result.processDefects(specks))
+///     qInfo() << result.defectCount << "violate" << result.standardRule.toString(); // 1
+/// @endcode
 struct VANTORBASE_EXPORT RuleResult
 {
     Rule standardRule;
@@ -24,6 +32,14 @@ struct VANTORBASE_EXPORT RuleResult
 };
 
 /// One zone with the results of its rules, in the zone's order.
+///
+/// @code
+/// QVector<Defect> specks(3);
+/// specks[0].size = 30; // micrometres
+/// ZoneResult result(Standard(Standard::IEC61300_3_35_SM_RL45).cladding());
+/// if (!result.processDefects(specks))
+///     qInfo() << result.violations << "violations in" << result.standardZone.description();
+/// @endcode
 struct VANTORBASE_EXPORT ZoneResult
 {
     Zone standardZone;

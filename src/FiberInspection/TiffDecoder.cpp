@@ -481,7 +481,9 @@ QString problemOfData(
     return {};
 }
 
-/// Checks and decodes what the structure found: each byte of the file is unpacked once at most.
+/// Checks and decodes what the structure found. No two pieces share a byte, so each byte costs the same few times: it
+/// is unpacked by the decoder, once more for the end of packed data, and, when nothing speaks against the file, a last
+/// time for the pixels.
 QString problemOfPieces(const Tiff &tiff, const Layout &layout, const QByteArray &bytes, const TiffStructure &structure)
 {
     if (structure.offsets != layout.pieces)

@@ -45,11 +45,10 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
     const QPointer<CoreFiberInspectionManager> self(this);
     FiberInspection::Analyser analyser = mFiberAnalyser;
     FiberInspection::FiledInspection filed; // without a verdict until there is one
-    try {
-        filed = analyser.inspectAndFile(standardId, name);
-    } catch (...) { // in an event loop it would end the application
-        qWarning() << "inspection ended by an exception:" << FiberInspection::exceptionText().constData();
-    }
+    FiberInspection::withHandler([&] { filed = analyser.inspectAndFile(standardId, name); },
+        [] { // in an event loop it would end the application
+            qWarning() << "inspection ended by an exception:" << FiberInspection::exceptionText().constData();
+        });
 
     if (!self)
         return;
@@ -58,7 +57,10 @@ void CoreFiberInspectionManager::handleRequestAnalyse(const QString &name, Fiber
         Q_EMIT analyseFailed();
         return;
     }
+    mPhotograph = filed.photograph;
     handleVerdict(filed.inspection, filed.sourceImagePath, filed.resultImagePath);
-    if (self)
-        Q_EMIT analyseFinished(filed.inspection.passed(), filed.sourceImagePath, filed.resultImagePath);
+    if (!self)
+        return;
+    mPhotograph.clear();
+    Q_EMIT analyseFinished(filed.inspection.passed(), filed.sourceImagePath, filed.resultImagePath);
 }

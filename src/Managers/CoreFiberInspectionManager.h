@@ -39,7 +39,8 @@ Q_SIGNALS:
     /// @param name of the test: the folder under the inspection directory that the images are filed in
     void requestAnalyse(QString name, FiberInspection::Standard::Id standardId);
 
-    /// The paths are empty when the images could not be filed under that name.
+    /// The paths are empty when the name leads out of the inspection directory. An image that could not be filed there
+    /// for another reason is not at its path, or the former one still is where it cannot be removed; the log tells.
     void analyseFinished(bool passed, QString sourceFilePath, QString resultFilePath);
 
     /// There is no verdict. A result image that lies under the name is that of an earlier inspection: it must not be
@@ -56,10 +57,16 @@ protected:
     virtual void handleVerdict(
         const FiberInspection::Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath);
 
-private:
-    void handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);
+    /// Within handleVerdict(), before it calls or tells anybody else: the bytes of the photograph that the verdict is
+    /// of. The file of the path may hold others, or not be there.
+    QByteArray inspectedPhotograph() const { return mPhotograph; }
 
+    /// Inspects and answers, all before it returns. Called in the manager's thread, once a request for every start.
+    virtual void handleRequestAnalyse(const QString &name, FiberInspection::Standard::Id standardId);
+
+private:
     static CoreFiberInspectionManager *mInstance;
 
     FiberInspection::Analyser mFiberAnalyser;
+    QByteArray mPhotograph;
 };

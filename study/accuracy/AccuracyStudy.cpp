@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Internal/OutputFile.h"
 #include "common/FilePath.h"
-#include "common/OutputFile.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
@@ -116,7 +116,7 @@ Findings evaluate(
 bool write(const QString &path, const QByteArray &bytes)
 {
     QString problem;
-    const bool isWritten = Tools::OutputFile::write(path, bytes, &problem);
+    const bool isWritten = OutputFile::write(path, bytes, &problem);
     if (!isWritten)
         Tools::Terminal::tell(QStringLiteral("cannot write %1: %2").arg(path, problem));
     return isWritten;

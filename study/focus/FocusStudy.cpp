@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Internal/OutputFile.h"
 #include "common/FilePath.h"
-#include "common/OutputFile.h"
 #include "common/Program.h"
 #include "common/Terminal.h"
 #include "study/CommandLine.h"
@@ -31,7 +31,7 @@ constexpr Part parts[] = {
 bool write(const QString &path, const QByteArray &content, QString *problem)
 {
     QString reason;
-    if (Tools::OutputFile::write(path, content, &reason))
+    if (OutputFile::write(path, content, &reason))
         return true;
     *problem = QStringLiteral("%1: %2").arg(path, reason);
     return false;

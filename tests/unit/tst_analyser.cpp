@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DrawnFibre.h"
+#include "EndedThread.h"
 #include "Faults.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/Inspection.h"
 #include "LogCapture.h"
+#include "WatchedDisk.h"
 #include "WorkDir.h"
 
 #include <QDir>
@@ -15,14 +17,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <csignal>
 #include <cstdarg>
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <functional>
 #include <memory>
 #include <stdexcept>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <utility>
 #include <vector>
@@ -55,11 +54,13 @@ QStringList &diskLog()
     return log;
 }
 
-/// What is done once, just before the next file gets its final name.
-std::function<void()> &beforeRename()
+int noteSync(int descriptor)
 {
-    static std::function<void()> deed;
-    return deed;
+    const QFileInfo synced(WatchedDisk::pathOf(descriptor));
+    const QDir folder(synced.isDir() ? synced.filePath() : synced.path());
+    const QString pictures = folder.entryList({QStringLiteral("*.jpg")}, QDir::Files).join(QLatin1Char(' '));
+    diskLog() << QStringLiteral("%1 [%2]").arg(QLatin1String(synced.isDir() ? "folder" : "file in"), pictures);
+    return 0;
 }
 
 /// Gives way to a pipe just before it is opened for the first time.
@@ -85,6 +86,13 @@ int flagsFor(const char *path, int flags)
     return flags | O_NONBLOCK;
 }
 
+/// Whether a thread that shares out a loop is ended.
+bool &endsInLoop()
+{
+    static bool isEnded = false;
+    return isEnded;
+}
+
 int openAs(const char *symbol, const char *path, int flags, va_list arguments)
 {
     const bool hasMode = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
@@ -94,28 +102,7 @@ int openAs(const char *symbol, const char *path, int flags, va_list arguments)
 }
 } // namespace
 
-// Stands before the one of the C library, also for the library under test.
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" int fsync(int file)
-{
-    const QFileInfo synced(QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file)).symLinkTarget());
-    const QDir folder(synced.isDir() ? synced.filePath() : synced.path());
-    const QString pictures = folder.entryList({QStringLiteral("*.jpg")}, QDir::Files).join(QLatin1Char(' '));
-    diskLog() << QStringLiteral("%1 [%2]").arg(QLatin1String(synced.isDir() ? "folder" : "file in"), pictures);
-    static const auto real = reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, "fsync"));
-    return real(file);
-}
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" int rename(const char *from, const char *to)
-{
-    if (const std::function<void()> deed = std::exchange(beforeRename(), nullptr))
-        deed();
-    static const auto real = reinterpret_cast<int (*)(const char *, const char *)>(dlsym(RTLD_NEXT, "rename"));
-    return real(from, to);
-}
-
-// The library's and Qt's.
+// These stand before those of the C library, also for the library under test and for Qt.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int open(const char *path, int flags, ...)
 {
@@ -133,6 +120,16 @@ extern "C" int open64(const char *path, int flags, ...)
     const int file = openAs("open64", path, flags, arguments);
     va_end(arguments);
     return file;
+}
+
+// That of OpenCV.
+void cv::parallel_for_(const cv::Range &range, const cv::ParallelLoopBody &body, double stripes)
+{
+    if (endsInLoop())
+        EndedThread::end();
+    static const auto real = reinterpret_cast<void (*)(const cv::Range &, const cv::ParallelLoopBody &, double)>(
+        dlsym(RTLD_NEXT, "_ZN2cv13parallel_for_ERKNS_5RangeERKNS_16ParallelLoopBodyEd"));
+    real(range, body, stripes);
 }
 
 namespace {
@@ -182,6 +179,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
+        watchedDisk() = {};
         mWorkDir.reset();
         mLog.reset();
     }
@@ -222,6 +220,7 @@ private Q_SLOTS:
     {
         Analyser analyser;
         diskLog().clear();
+        watchedDisk().onSync = noteSync;
 
         analyser.analyse(anyStandard, QStringLiteral("durable"));
 
@@ -240,7 +239,8 @@ private Q_SLOTS:
         QByteArray meanwhile;
         bool isSecondSaved = false;
 
-        beforeRename() = [&] {
+        watchedDisk().onRename = [&] {
+            watchedDisk().onRename = nullptr;
             isSecondSaved = AnalyserPrivate::saveImage(second, path);
             meanwhile = readFile(path);
         };
@@ -459,6 +459,8 @@ private Q_SLOTS:
         QVERIFY(!result.error());
         QCOMPARE(filesBelow(mWorkDir->path()).size(), 2);
         const QString folder = BaseDirHelper::fiberInspectionDir() + name + QLatin1Char('/');
+        QCOMPARE(analyser.lastSourceImagePath(), folder + QStringLiteral("source.jpg"));
+        QCOMPARE(analyser.lastResultImagePath(), folder + QStringLiteral("result.jpg"));
         QCOMPARE(log.warnings(),
             (QStringList{QStringLiteral("folder not created: \"%1\"").arg(folder),
                 notFiled(folder + QStringLiteral("source.jpg")), notFiled(folder + QStringLiteral("result.jpg"))}));
@@ -468,8 +470,9 @@ private Q_SLOTS:
     {
         Analyser analyser;
         analyser.analyse(anyStandard, QStringLiteral("port 1"));
-        const QByteArray formerResult = resultImage();
-        const QByteArray noImage("the lens cap was on");
+        const QByteArray formerResult("a\r\nb\r\n"); // every byte counts
+        QVERIFY(writeFile(BaseDirHelper::tmpFiberInspectionResultImagePath(), formerResult));
+        const QByteArray noImage("the lens cap was on\r\n");
         QVERIFY(setCameraImage(noImage));
 
         const TestResult result = analyser.analyse(anyStandard, QStringLiteral("port 2"));
@@ -602,6 +605,26 @@ private Q_SLOTS:
         QCOMPARE(filed(QStringLiteral("port 1/source.jpg")), image);
         QCOMPARE(cameraImage(), image);
         QCOMPARE(log.warnings(), QStringList());
+    }
+
+    void whatAKilledProcessHasLeftIsSwept()
+    {
+        QVERIFY(QDir().mkpath(inspectionPath(QStringLiteral("port 1"))));
+        for (const QString &folder :
+            {mWorkDir->filePath(QStringLiteral("tmp")), inspectionPath(QStringLiteral("port 1"))}) {
+            const QString left = folder + QStringLiteral("/.unfinished-3w5e11264sgsf");
+            QVERIFY(writeFile(left, "half a picture"));
+            QFile file(left);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-7200), QFileDevice::FileModificationTime));
+        }
+        Analyser analyser;
+
+        QVERIFY(!analyser.analyse(anyStandard, QStringLiteral("port 1")).error());
+
+        const QStringList files = filesBelow(mWorkDir->path());
+        QCOMPARE(files.filter(QStringLiteral("unfinished")), QStringList());
+        QCOMPARE(files.size(), 4); // photograph and result, here and there
     }
 
     void aLinkGivesWayToThePicture()
@@ -749,6 +772,21 @@ private Q_SLOTS:
         QVERIFY(log.warnings().contains(notFiled(analyser.lastSourceImagePath())));
     }
 
+    void aPhotographThatIsTooLargeIsNotCopied()
+    {
+        Analyser analyser;
+        analyser.analyse(anyStandard, QStringLiteral("port 1"));
+        QFile photograph(BaseDirHelper::tmpFiberInspectionImagePath());
+        QVERIFY(photograph.resize(FiberInspection::LoadedImage::maxFileSize + 1)); // a hole, which takes no room
+        const LogCapture log;
+
+        QVERIFY(analyser.analyse(anyStandard, QStringLiteral("port 1")).error());
+
+        QCOMPARE(analyser.lastInspection().reason(), Inspection::Reason::ImageTooLarge);
+        QCOMPARE(filesBelow(inspectionPath({})), QStringList(QStringLiteral("port 1/result.jpg")));
+        QCOMPARE(log.warnings(), QStringList(notFiled(analyser.lastSourceImagePath())));
+    }
+
     void whatDoesNotFitLeavesNothing()
     {
         constexpr int limit = 512 * 1024;
@@ -882,6 +920,17 @@ private Q_SLOTS:
         QVERIFY(analyser.lastInspection() == filed.inspection);
         QCOMPARE(analyser.lastSourceImagePath(), filed.sourceImagePath);
         QCOMPARE(analyser.lastResultImagePath(), filed.resultImagePath);
+    }
+
+    void theEndOfAThreadThatLooksAtAFrameIsNoException()
+    {
+        const ForkedChild child = EndedThread::run([] {
+            endsInLoop() = true;
+            std::vector<uchar> frame(100);
+            Analyser::getBlurLevel(frame.data(), 10, 10, 10, Circle());
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 
     void theLimitOfPixelsCounts()

@@ -697,6 +697,57 @@ private Q_SLOTS:
         QVERIFY2(merges > 100 && joins > 20, qPrintable(QStringLiteral("%1 %2").arg(merges).arg(joins)));
     }
 
+    void mergingLinesTakesTimeLikeTheirPixels()
+    {
+        // Each is close to all that the distance reaches, which are as many more as it is larger; and so are the
+        // pixels.
+        const LogCapture silence;
+        std::vector<Defect> lines;
+        for (int i = 0; i < 250; ++i) {
+            Points points;
+            for (int x = 0; x < 1000; ++x)
+                points << QPointF(x, 4 * i);
+            for (int x = 999; x >= 0; --x) // and back again, as a contour goes around a line
+                points << QPointF(x, 4 * i);
+            lines.push_back(pointDefect(points, Circle(QPointF(500, 4 * i), 0)));
+        }
+        const auto seconds = [&lines](float distance) {
+            double best = 1e9;
+            for (int round = 0; round < 3; ++round) {
+                const WorkTimer timer;
+                if (AnalyserPrivate::mergeDefects(lines, distance).size() != 1)
+                    return -1.0;
+                best = std::min(best, timer.seconds());
+            }
+            return best;
+        };
+
+        const double time = seconds(10);
+        const double timeForMore = seconds(80);
+
+        QVERIFY(time > 0 && timeForMore > 0);
+        QVERIFY2(timeForMore < 8 * time, qPrintable(QStringLiteral("%1 s, %2 s").arg(time).arg(timeForMore)));
+    }
+
+    void mergingIsGivenUpWhereItWouldNotEnd()
+    {
+        // Triangles whose bounds overlap and whose pixels do not come close.
+        const LogCapture silence;
+        constexpr int size = 250;
+        const auto triangle = [](int from, bool isUpper) {
+            Points points;
+            for (int y = 0; y < size; ++y) {
+                for (int x = isUpper ? size - y : 0; x < (isUpper ? size : size - y); ++x)
+                    points << QPointF(from + x, from + y);
+            }
+            return pointDefect(points);
+        };
+        const std::vector<Defect> defects{
+            triangle(0, false), triangle(160, true), triangle(161, true), triangle(162, true)};
+
+        QVERIFY_EXCEPTION_THROWN(AnalyserPrivate::mergeDefects(defects, 220), std::runtime_error);
+    }
+
     void mergingThousandsTakesTimeLikeTheirNumber()
     {
         const LogCapture silence;

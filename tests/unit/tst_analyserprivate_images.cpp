@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BowedStripes.h"
+#include "Faults.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "LogCapture.h"
 #include "ReferenceImages.h"
@@ -10,10 +11,8 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include <csignal>
 #include <limits>
 #include <random>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -203,29 +202,6 @@ public:
 
 private:
     const uid_t mUser;
-};
-
-/// While it lives no file can grow beyond a number of bytes.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        ::getrlimit(RLIMIT_FSIZE, &mBefore);
-        mHandler = std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{bytes, mBefore.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
-    Q_DISABLE_COPY(FileSizeLimit)
-
-private:
-    rlimit mBefore{};
-    void (*mHandler)(int) = SIG_DFL;
 };
 } // namespace
 
@@ -1939,7 +1915,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(file), QByteArray("old"));
 
         {
-            const FileSizeLimit limit(1000); // as if the disk were full
+            const Faults::FileSizeLimit limit(1000); // as if the disk were full
             QVERIFY(!AnalyserPrivate::saveImage(RandomInput().colorImage(100, 100), file));
         }
         QCOMPARE(contentOf(file), QByteArray("old"));

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "DrawnFibre.h"
+#include "EndedThread.h"
 #include "Faults.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "ForkedChild.h"
+#include "Internal/ChildProcess.h"
 #include "LogCapture.h"
 #include "Managers/CoreFiberInspectionManager.h"
 #include "WorkDir.h"
@@ -11,7 +13,6 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QMetaMethod>
-#include <QProcess>
 #include <QSemaphore>
 #include <QSignalSpy>
 #include <QTextStream>
@@ -127,6 +128,13 @@ class OddlyFailingDirectories : public BaseDirHelper
 {
 public:
     QString applicationDirName() override { throw 5; }
+};
+
+/// Whoever asks is ended.
+class EndingDirectories : public BaseDirHelper
+{
+public:
+    QString applicationDirName() override { EndedThread::end(); }
 };
 
 /// One inspection with only so much memory left. Prints "finished" or "failed", then the warnings.
@@ -606,7 +614,7 @@ private Q_SLOTS:
         int finished = 0;
 
         for (const int mebibytes : qAsConst(leftOver)) {
-            QProcess child;
+            ChildProcess child;
             child.start(
                 QCoreApplication::applicationFilePath(), {QString::fromUtf8(starvedRole), QString::number(mebibytes)});
             QVERIFY(child.waitForFinished(120000));
@@ -672,6 +680,20 @@ private Q_SLOTS:
         qInfo("median of the analysis %.2f ms, with filing %.2f ms, from request to answer %.2f ms", median(analysis),
             median(withFiling), median(byManager));
         QVERIFY(more < tolerated);
+    }
+
+    void theEndOfItsThreadIsNoException()
+    {
+        mWorkDir.reset();
+
+        const ForkedChild child = EndedThread::run([] {
+            const EndingDirectories directories;
+            CoreFiberInspectionManager manager;
+            Q_EMIT manager.requestStart();
+            Q_EMIT manager.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 };
 

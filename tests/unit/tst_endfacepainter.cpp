@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Faults.h"
+#include "ProgramRun.h"
 #include "endface/EndfaceCommand.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <cmath>
-#include <csignal>
 #include <limits>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 Q_DECLARE_METATYPE(EndfaceScene)
@@ -741,6 +740,16 @@ private Q_SLOTS:
         row("--random 5", "--out");
         row("--random 5 --seed 4294967295 --out x", "--seed needs");
         row("--random 2 --frame three --out .", "--frame needs");
+        row("--random 2 --out . a.jpg", "--random does not go with a picture to write");
+        row("--random 2 --out . --preset dirty", "--random does not go with --preset");
+        row("--random 2 --out . --truth a.json", "--random does not go with --truth");
+        row("--samples . --random 2 --out .", "--samples does not go with --random");
+        row("--samples . --blur 3", "--samples does not go with --blur");
+        row("--samples . a.jpg", "--samples does not go with a picture to write");
+        row("--list-presets a.jpg", "--list-presets does not go with a picture to write");
+        row("--list-presets --samples .", "--list-presets does not go with --samples");
+        row("--out . a.jpg", "--out needs --random");
+        row("--seed 1 --seed 2 a.jpg", "--seed is given twice");
     }
     void wrongUsageIsOneClearLine()
     {
@@ -847,15 +856,7 @@ private Q_SLOTS:
     void aPictureThatMayNotGrowIsReportedWithTheReason()
     {
         const QTemporaryDir folder;
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, SIG_IGN); // the program survives it, too
-        const auto restore = qScopeGuard([&before] {
-            setrlimit(RLIMIT_FSIZE, &before);
-            std::signal(SIGXFSZ, SIG_DFL);
-        });
-        const rlimit small{1024, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
+        const Faults::FileSizeLimit limit(1024); // the program survives the signal, too
 
         const Outcome outcome = run({folder.filePath(QStringLiteral("a.png"))});
 
@@ -924,35 +925,103 @@ private Q_SLOTS:
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 2 * endfacePresets().size());
     }
 
+    void aLinkOfAnotherUserInAnOpenFolderIsRefused_data()
+    {
+        QTest::addColumn<QString>("link");
+        QTest::newRow("picture") << QStringLiteral("face.png");
+        QTest::newRow("truth") << QStringLiteral("face.json");
+        QTest::newRow("behind a link of ours") << QStringLiteral("behind.png");
+    }
+    void aLinkOfAnotherUserInAnOpenFolderIsRefused()
+    {
+        QFETCH(const QString, link);
+        const QTemporaryDir elsewhere;
+        const QTemporaryDir folder;
+        const QString target = elsewhere.filePath(QStringLiteral("precious"));
+        const QString picture = folder.filePath(QStringLiteral("face.png"));
+        const QString planted = folder.filePath(link);
+        QCOMPARE(chmod(QFile::encodeName(folder.path()).constData(), 01777), 0);
+        QVERIFY(QFile::link(target, planted));
+        if (lchown(QFile::encodeName(planted).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+        if (link == QLatin1String("behind.png"))
+            QVERIFY(QFile::link(planted, picture));
+
+        const Outcome outcome = run({QStringLiteral("--size=200x150"), picture});
+
+        QCOMPARE(outcome.code, 74);
+        QVERIFY2(outcome.err.contains(QLatin1String("another user has put a link there")), qPrintable(outcome.err));
+        QVERIFY(!QFile::exists(target));
+    }
+
+    void aFolderBehindALinkOfAnotherUserIsNotWrittenTo_data()
+    {
+        QTest::addColumn<QStringList>("arguments"); // the last one is below the link
+        QTest::newRow("picture") << QStringList{QStringLiteral("--size=200x150"), QStringLiteral("face.png")};
+        QTest::newRow("samples") << QStringList{QStringLiteral("--samples"), QStringLiteral("samples")};
+        QTest::newRow("random scenes") << QStringList{
+            QStringLiteral("--random=1"), QStringLiteral("--out"), QStringLiteral("scenes")};
+    }
+    void aFolderBehindALinkOfAnotherUserIsNotWrittenTo()
+    {
+        QFETCH(QStringList, arguments);
+        const QTemporaryDir elsewhere;
+        const QTemporaryDir folder;
+        const QString planted = folder.filePath(QStringLiteral("charts"));
+        QCOMPARE(chmod(QFile::encodeName(folder.path()).constData(), 01777), 0);
+        QVERIFY(QFile::link(elsewhere.path(), planted));
+        if (lchown(QFile::encodeName(planted).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+        arguments.last().prepend(planted + QLatin1Char('/'));
+
+        const Outcome outcome = run(arguments);
+
+        QCOMPARE(outcome.code, 74);
+        QVERIFY2(outcome.err.contains(QLatin1String("another user has put a link there")), qPrintable(outcome.err));
+        QVERIFY(QDir(elsewhere.path()).isEmpty());
+    }
+
+    /// The folder cannot be opened to have it written to the disk.
+    void aPictureThatAPowerFailureMayTakeIsTold()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("face.png"));
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::WriteOwner | QFile::ExeOwner));
+        Outcome outcome{};
+
+        Faults::withoutOverride([&] { outcome = run({QStringLiteral("--size=200x150"), path}); });
+
+        QVERIFY(QFile::setPermissions(folder.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QCOMPARE(outcome.code, 74);
+        QCOMPARE(outcome.err,
+            QStringLiteral("vantor-endface: cannot write %1: it is there, but the disk does not confirm it: "
+                           "Permission denied\n")
+                .arg(path));
+    }
+
     void theProgramReturnsTheExitCode()
     {
         const QTemporaryDir folder;
         const QString program = QStringLiteral(VANTOR_ENDFACE_PROGRAM);
         const QString path = folder.filePath(QStringLiteral("face.png"));
 
-        QCOMPARE(QProcess::execute(program, {QStringLiteral("--size=200x150"), path}), 0);
+        QCOMPARE(ProgramRun::of(program, {QStringLiteral("--size=200x150"), path}).exitCode, 0);
         QCOMPARE(QImage(path).size(), QSize(200, 150));
-        QProcess wrong;
-        wrong.start(program, QStringList());
-        QVERIFY(wrong.waitForFinished());
-        QCOMPARE(wrong.exitCode(), 64);
-        QVERIFY(wrong.readAllStandardError().startsWith("vantor-endface: "));
-        QProcess full;
-        full.setStandardOutputFile(QStringLiteral("/dev/full"));
-        full.start(program, {QStringLiteral("--list-presets")});
-        QVERIFY(full.waitForFinished());
-        QCOMPARE(full.exitCode(), 74);
+        const ProgramRun wrong = ProgramRun::of(program, {});
+        QCOMPARE(wrong.exitCode, 64);
+        QVERIFY(wrong.errors.startsWith("vantor-endface: "));
+        const ProgramRun full = ProgramRun::of(program, {QStringLiteral("--list-presets")},
+            [](ChildProcess &process) { process.setStandardOutputFile(QStringLiteral("/dev/full")); });
+        QCOMPARE(full.exitCode, 74);
     }
 
     void argumentsMayBeginWithAColon()
     {
         const QTemporaryDir folder;
         const auto exitCode = [&folder](const QStringList &arguments) {
-            QProcess process;
-            process.setWorkingDirectory(folder.path());
-            process.start(
-                QStringLiteral(VANTOR_ENDFACE_PROGRAM), QStringList(QStringLiteral("--size=200x150")) + arguments);
-            return process.waitForFinished() ? process.exitCode() : -1;
+            return ProgramRun::in(folder.path(), QStringLiteral(VANTOR_ENDFACE_PROGRAM),
+                QStringList(QStringLiteral("--size=200x150")) + arguments)
+                .exitCode;
         };
         const auto exists = [&folder](const char *name) {
             return QFile::exists(folder.path() + QLatin1Char('/') + QLatin1String(name));

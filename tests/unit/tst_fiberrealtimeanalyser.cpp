@@ -3,6 +3,7 @@
 #include "Faults.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "FiberInspection/FiberRealtimeAnalyser.h"
+#include "Internal/ChildProcess.h"
 #include "LogCapture.h"
 
 #include <QAbstractPlanarVideoBuffer>
@@ -12,7 +13,6 @@
 #include <QMetaMethod>
 #include <QMetaProperty>
 #include <QPointer>
-#include <QProcess>
 #include <QRandomGenerator>
 #include <QSemaphore>
 #include <QSignalSpy>
@@ -372,7 +372,7 @@ private Q_SLOTS:
 
     void theFirstMappedFrameShowsItsFormatInTheLog()
     {
-        QProcess child;
+        ChildProcess child;
         child.start(QCoreApplication::applicationFilePath(), {QString::fromUtf8(firstFrameRole)});
         QVERIFY(child.waitForFinished(30000));
         QCOMPARE(child.exitCode(), 0);
@@ -1108,7 +1108,8 @@ private Q_SLOTS:
 
     void theEndOfTheFilterWaitsForAPublicationUnderWay()
     {
-        for (int i = 0; i < 20; ++i) {
+        int endedBetween = 0; // the two signals; on a busy machine the receiver of the first may be back before
+        for (int i = 0; i < 20 || (endedBetween == 0 && i < 1000); ++i) {
             LiveView view;
             QSemaphore entered;
             std::atomic<bool> left{false};
@@ -1123,9 +1124,12 @@ private Q_SLOTS:
             view.filter.reset();
 
             QVERIFY(left);
+            const int published = view.positionChanges;
+            endedBetween += published == 0 ? 1 : 0;
             view.runnable.reset();
-            QCOMPARE(view.positionChanges.load(), 0); // the filter was gone by then
+            QCOMPARE(view.positionChanges.load(), published); // the filter was gone by then
         }
+        QVERIFY(endedBetween > 0);
     }
 
     void framesForAFilterThatIsGonePassBy()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "BowedStripes.h"
 #include "DrawnFibre.h"
+#include "EndedThread.h"
 #include "Faults.h"
 #include "FiberInspection/Analyser.h"
 #include "FiberInspection/AnalyserPrivate.h"
@@ -89,6 +90,32 @@ QVector<QPair<QString, QImage>> stepsOf(const QImage &image, InspectionOptions o
     options.onStep = [&steps](const QString &step, const QImage &picture) { steps.append({step, picture}); };
     inspect(image, usual, Device::ks20(), options);
     return steps;
+}
+
+/// An inspection with the pictures of its steps and what its log says, but for the times.
+struct WatchedInspection
+{
+    Inspection inspection;
+    QVector<QPair<QString, QImage>> steps;
+    QStringList log;
+};
+
+/// @param inspectWith is given the options
+template <typename InspectWith>
+WatchedInspection watched(InspectWith inspectWith)
+{
+    WatchedInspection watched;
+    InspectionOptions options = withSeed(3);
+    options.onStep = [&](const QString &step, const QImage &picture) { watched.steps.append({step, picture}); };
+    const LogCapture log;
+    QLoggingCategory::setFilterRules(QStringLiteral("vantor.inspection=true"));
+    watched.inspection = inspectWith(options);
+    QLoggingCategory::setFilterRules({});
+    static const QRegularExpression time(QStringLiteral("[0-9]+(?= ms$)|(?<=TOOK )[0-9]+"));
+    const QStringList lines = log.asText();
+    for (const QString &line : lines)
+        watched.log.append(QString(line).remove(time));
+    return watched;
 }
 
 /// The core after it was painted over.
@@ -350,6 +377,48 @@ private Q_SLOTS:
         QCOMPARE(decodeImage(file.readAll()).image, loaded.image);
     }
 
+    void whatWasLoadedOnceIsInspectedAsItsFile_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const char *const name : {"face.png", "face.jpg", "face.bmp", "face.ppm"})
+            QTest::newRow(name) << stored(QLatin1String(name), paintedFace("dirty"));
+        QTest::newRow("missing") << in(QStringLiteral("missing.jpg"));
+        QTest::newRow("a folder") << mFolder.path();
+        QTest::newRow("no image") << stored(QStringLiteral("text.jpg"), QByteArray("no image"));
+    }
+    void whatWasLoadedOnceIsInspectedAsItsFile()
+    {
+        QFETCH(QString, path);
+        LoadedImage loaded;
+        const QStringList logOfLoading = watched([&](const InspectionOptions &) {
+            loaded = loadImage(path);
+            return Inspection();
+        }).log;
+
+        for (const Standard::Id id : {Standard::IEC61300_3_35_SM_RL26, usual, Standard::IEC61300_3_35_MM}) {
+            const auto ofLoaded =
+                watched([&](const InspectionOptions &options) { return inspect(loaded, id, Device::ks20(), options); });
+            const auto ofFile = watched(
+                [&](const InspectionOptions &options) { return inspectFile(path, id, Device::ks20(), options); });
+
+            QVERIFY(ofLoaded.inspection == ofFile.inspection);
+            QCOMPARE(ofLoaded.inspection.problem(), ofFile.inspection.problem());
+            QCOMPARE(ofLoaded.steps, ofFile.steps);
+            QStringList log = ofFile.log;
+            for (const QString &line : logOfLoading)
+                QVERIFY2(log.removeOne(line), qPrintable(line));
+            QCOMPARE(ofLoaded.log, log);
+            QVERIFY(!log.isEmpty());
+        }
+    }
+
+    void whatWasNeverLoadedIsNoImage()
+    {
+        const Inspection inspection = inspect(LoadedImage(), usual);
+
+        QCOMPARE(inspection.reason(), Reason::NoImage);
+    }
+
     void everyFormatOfImageIsTaken_data()
     {
         QTest::addColumn<int>("format");
@@ -427,6 +496,13 @@ private Q_SLOTS:
         row("a folder", mFolder.path(), Reason::NotAFile, "not a file");
         row("a pipe that nobody writes to", pipe, Reason::NotAFile, "not a file");
         row("a dangling link", in(QStringLiteral("dangling.jpg")), Reason::FileMissing, "no such file");
+        QVERIFY(QFile::link(in(QStringLiteral("circle.jpg")), in(QStringLiteral("circle.jpg"))));
+        row("a circle of links", in(QStringLiteral("circle.jpg")), Reason::FileUnreadable,
+            "Too many levels of symbolic links");
+        row("a name that no file can have", in(QString(300, QLatin1Char('n'))), Reason::FileUnreadable,
+            "File name too long");
+        row("a NUL", in(QStringLiteral("whole.jpg")) + QChar(QChar::Null), Reason::FileMissing, "no such file");
+        row("no resource", QStringLiteral(":/none.jpg"), Reason::FileMissing, "no such file");
         // Refused to root as well; a file without permissions would be read.
         row("not for reading", QStringLiteral("/proc/self/mem"), Reason::FileUnreadable, "Input/output error");
         row("empty", stored(QStringLiteral("empty.jpg"), QByteArray()), Reason::FileEmpty, "the file is empty");
@@ -890,6 +966,17 @@ private Q_SLOTS:
         const QVector<LogCapture::Line> lines = log.lines();
         for (const LogCapture::Line &line : lines)
             QCOMPARE(line.category, QStringLiteral("vantor.inspection"));
+    }
+
+    void theEndOfAThreadIsNoException()
+    {
+        const ForkedChild child = EndedThread::run([] {
+            InspectionOptions options;
+            options.onStep = [](const QString &, const QImage &) { EndedThread::end(); };
+            inspect(paintedFace("pitted"), usual, Device::ks20(), options);
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 };
 

@@ -2,6 +2,7 @@
 // The receivers of the live filter's signals, in the pool thread and in this one, destroy the filter and its runnable,
 // run event loops, or wait for each other's threads. A watchdog ends the program when two wait for each other.
 #include "DrawnFibre.h"
+#include "EndedThread.h"
 #include "FiberInspection/FiberRealtimeAnalyser.h"
 #include "LogCapture.h"
 #include "NestedLoop.h"
@@ -455,6 +456,37 @@ private Q_SLOTS:
         QCoreApplication::exec(); // or no later test could run a loop, when the receiver has quit
     }
 
+    // As often as there are threads, and once more.
+    void aThreadThatAReceiverEndsIsReplaced_data()
+    {
+        QTest::addColumn<bool>("isCancelled");
+        QTest::newRow("it ends itself") << false;
+        QTest::newRow("it is cancelled") << true;
+    }
+    void aThreadThatAReceiverEndsIsReplaced()
+    {
+        QFETCH(bool, isCancelled);
+        for (int i = 0; i < 3; ++i) {
+            const Watchdog watchdog;
+            LiveView view;
+            QSemaphore called;
+            const auto hear = [&] {
+                called.release();
+                if (isCancelled)
+                    pthread_cancel(pthread_self()); // and ends where it waits next
+                else
+                    EndedThread::end();
+            };
+            view.on(QStringLiteral("focus"), view.filter, hear, Qt::DirectConnection);
+
+            show(view.runnable);
+
+            QVERIFY(called.tryAcquire(1, NestedLoop::patience));
+            view.runnable.reset(); // waits for the end
+            QVERIFY(view.filter);
+        }
+    }
+
     void aReceiverThatBlocksThisThreadDoesNotHoldUpTheEndElsewhere()
     {
         const Watchdog watchdog;
@@ -499,6 +531,18 @@ private Q_SLOTS:
         QVERIFY(show(view.runnable, frame) == frame);
 
         QVERIFY(!view.runnable);
+    }
+
+    void theEndOfAThreadThatMapsAFrameIsNoException()
+    {
+        const ForkedChild child = EndedThread::run([] {
+            FiberRealtimeAnalyser filter;
+            const std::unique_ptr<QVideoFilterRunnable> runnable(filter.createFilterRunnable());
+            QVideoFrame frame(new CallingBuffer(&EndedThread::end), {800, 600}, QVideoFrame::Format_NV12);
+            runnable->run(&frame, QVideoSurfaceFormat(), QVideoFilterRunnable::LastInChain);
+        });
+
+        QVERIFY2(child.exitCode == 0, child.standardError.constData());
     }
 };
 

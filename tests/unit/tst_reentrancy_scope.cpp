@@ -198,7 +198,9 @@ private Q_SLOTS:
         QCOMPARE(camera.service.isNull(), deletesService(deed));
         if (!camera.service)
             return;
-        QTest::qWait(150); // longer than a start takes: what was stopped does not start by itself
+        SimulatedScope::instance()->setPlugged(true);
+        const Camera another;
+        QVERIFY(another.start()); // takes as long: what was stopped has not started by itself meanwhile
         QCOMPARE(camera.control->state(), QCamera::UnloadedState);
         QCOMPARE(camera.control->status(), QCamera::UnloadedStatus);
     }

@@ -52,6 +52,37 @@ private Q_SLOTS:
         QCOMPARE(rule.maxAllowedAmount, -1);
     }
 
+    void sizesAreWithinBounds_data()
+    {
+        QTest::addColumn<Rule>("rule");
+        QTest::addColumn<double>("microns");
+        QTest::addColumn<bool>("isAbout");
+        const auto rows = [](const char *name, Rule::Operator how, bool below, bool atMin, bool between, bool atMax,
+                              bool above) {
+            const Rule rule{Defect::Type::Defect, how, 2, 5, 0};
+            QTest::addRow("%s: below", name) << rule << 1.9 << below;
+            QTest::addRow("%s: the least", name) << rule << 2.0 << atMin;
+            QTest::addRow("%s: between", name) << rule << 3.5 << between;
+            QTest::addRow("%s: the most", name) << rule << 5.0 << atMax;
+            QTest::addRow("%s: above", name) << rule << 5.1 << above;
+            QTest::addRow("%s: none", name) << rule << std::numeric_limits<double>::quiet_NaN() << false;
+        };
+        rows("<", Rule::SmallerThan, true, true, true, false, false);
+        rows("<=", Rule::SmallerThanOrEqual, true, true, true, true, false);
+        rows(">", Rule::GreaterThan, false, false, true, true, true);
+        rows(">=", Rule::GreaterThanOrEqual, false, true, true, true, true);
+        rows("range", Rule::ClosedRange, false, true, true, true, false);
+    }
+    void sizesAreWithinBounds()
+    {
+        QFETCH(Rule, rule);
+        QFETCH(double, microns);
+        QFETCH(bool, isAbout);
+
+        QCOMPARE(rule.isAbout(Defect::Type::Defect, microns), isAbout);
+        QVERIFY(!rule.isAbout(Defect::Type::Scratch, microns));
+    }
+
     void toStringNamesTheCriterionAndTheAllowance_data()
     {
         QTest::addColumn<Rule>("rule");

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/UnitHelper.h"
+#include "ProgramRun.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTranslator>
+#include <QXmlStreamReader>
 #include <QtTest>
 
 class TestTranslations : public QObject
@@ -72,6 +74,52 @@ private Q_SLOTS:
         QCOMPARE(bytes, QStringLiteral("1.5 kB"));
     }
 
+    void aThingHasOneGermanWord_data()
+    {
+        QTest::addColumn<QString>("english");
+        QTest::addColumn<QString>("german");
+        const auto row = [](const char *english, const char *german) {
+            QTest::newRow(english) << QString::fromUtf8(english) << QString::fromUtf8(german);
+        };
+        row("end faces?", "Stirnfläche");
+        row("focus knob", "Fokusknopf");
+        row("(defects?|blemish(es)?)", "Fehlstelle");
+        row("records?", "Datens");
+        row("points?", "Messpunkt");
+        row("panel", "Verteilerfeld");
+        row("details", "Details");
+        row("scope", "Mikroskop");
+        row("standards?", "Norm");
+    }
+    void aThingHasOneGermanWord()
+    {
+        QFETCH(const QString, english);
+        QFETCH(const QString, german);
+        const QRegularExpression thing(
+            QStringLiteral("\\b%1\\b").arg(english), QRegularExpression::CaseInsensitiveOption);
+        int texts = 0;
+
+        for (const char *const name : {"VantorBase_de.ts", "VantorTester_de.ts"}) {
+            QFile file(mSources + QStringLiteral("/translations/") + QLatin1String(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QXmlStreamReader catalogue(&file);
+            QString source;
+            while (!catalogue.atEnd()) {
+                if (catalogue.readNext() != QXmlStreamReader::StartElement)
+                    continue;
+                if (catalogue.name() == QLatin1String("source"))
+                    source = catalogue.readElementText();
+                if (catalogue.name() != QLatin1String("translation") || !thing.match(source).hasMatch())
+                    continue;
+                const QString translation = catalogue.readElementText(QXmlStreamReader::IncludeChildElements);
+                QVERIFY2(translation.contains(german, Qt::CaseInsensitive),
+                    qPrintable(source + QLatin1String(": ") + translation));
+                ++texts;
+            }
+        }
+        QVERIFY(texts > 0);
+    }
+
     void everyCatalogueIsUpToDate_data()
     {
         QTest::addColumn<QString>("name");
@@ -98,8 +146,9 @@ private Q_SLOTS:
 
         const QStringList options{QStringLiteral("-silent"), QStringLiteral("-no-obsolete"),
             QStringLiteral("-locations"), QStringLiteral("none")};
-        QCOMPARE(QProcess::execute(
-                     QStringLiteral(VANTOR_LUPDATE), options + folders + QStringList{QStringLiteral("-ts"), copy}),
+        QCOMPARE(
+            ProgramRun::of(QStringLiteral(VANTOR_LUPDATE), options + folders + QStringList{QStringLiteral("-ts"), copy})
+                .exitCode,
             0);
 
         QCOMPARE(contentOf(copy), before);
