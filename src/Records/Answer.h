@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <QMetaType>
 #include <QString>
 
 namespace Records {
@@ -19,7 +20,7 @@ enum class Fault : int {
     NotFound, ///< there is no such record
     Invalid, ///< the arguments make no record
     PictureMissing,
-    PictureDamaged, ///< its bytes do not have its name as their sum
+    PictureDamaged, ///< its bytes do not have its name as their sum, or an annotated one is no picture that is shown
     Unusable, ///< files or database, for a reason that only the text tells
     OutOfMemory,
     NoDriver, ///< Qt's plug-in for SQLite is not installed
@@ -29,6 +30,16 @@ enum class Fault : int {
 };
 
 /// Whether something went wrong: for programs, and for people.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"));
+/// const Problem problem = store.setDecision(1, Decision::Accepted, QStringLiteral("beside the fibre"));
+/// if (problem.fault == Fault::DiskFull)
+///     qWarning() << "make room, then say it again";
+/// else if (!problem.ok())
+///     qWarning() << problem.text;
+/// @endcode
 struct Problem
 {
     Fault fault = Fault::None;
@@ -38,6 +49,16 @@ struct Problem
 };
 
 /// A value, or why there is none.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const Answer<Job> job = store.job(1);
+/// if (job.ok())
+///     qInfo() << job.value.name;
+/// else
+///     qWarning() << job.problem.text;
+/// @endcode
 template <typename Value>
 struct Answer
 {
@@ -48,3 +69,5 @@ struct Answer
 };
 
 } // namespace Records
+
+Q_DECLARE_METATYPE(Records::Fault)

@@ -17,6 +17,8 @@ namespace Records {
 namespace {
 constexpr int patience = 5000; // milliseconds to wait for another program that writes
 
+constexpr char markOfTransaction[] = "SAVEPOINT whole";
+
 constexpr quint64 indexSize = 32ULL * 1024; // bytes of the smallest index of a journal
 
 // Result codes of SQLite; what is above the lowest byte of one tells more of the same.
@@ -156,6 +158,11 @@ Problem Database::runAtOnce(const char *statement)
     return problem;
 }
 
+void Database::emptyJournal()
+{
+    runAtOnce("PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
 Answer<QVariant> Database::value(const char *statement, const QVariantList &values) const
 {
     QSqlQuery query = this->query();
@@ -249,12 +256,16 @@ Transaction::Transaction(Database &database)
     , mProblem(database.run("BEGIN IMMEDIATE"))
     , mIsOpen(mProblem.ok())
 {
+    if (mIsOpen)
+        mProblem = mDatabase.run(markOfTransaction);
 }
 
 Transaction::~Transaction()
 {
-    if (mIsOpen)
-        mDatabase.run("ROLLBACK");
+    if (!mIsOpen)
+        return;
+    mDatabase.run("ROLLBACK");
+    mDatabase.emptyJournal(); // what was too much for the disk would stay there
 }
 
 Problem Transaction::commit()
@@ -265,6 +276,13 @@ Problem Transaction::commit()
     const Problem problem = mDatabase.run("COMMIT");
     mIsOpen = !problem.ok();
     return problem;
+}
+
+Problem Transaction::checkStillOpen()
+{
+    const Problem problem = mDatabase.run("RELEASE whole"); // which is gone if it was rolled back
+    mIsOpen = problem.ok();
+    return mIsOpen ? mDatabase.run(markOfTransaction) : problem;
 }
 
 Snapshot::Snapshot(Database &database)

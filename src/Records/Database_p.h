@@ -47,6 +47,9 @@ public:
 
     Problem runAtOnce(const char *statement); ///< Busy where another program writes, without waiting for it
 
+    /// Moves what it can of the journal into the database, and gives its room back if that was all.
+    void emptyJournal();
+
     /// The first value of the first row; invalid when there is none.
     Answer<QVariant> value(const char *statement, const QVariantList &values = {}) const;
 
@@ -110,6 +113,10 @@ public:
 
     const Problem &problem() const { return mProblem; } ///< of its beginning
     Problem commit();
+
+    /// To be asked when others could use the database: an error of a disk ends a transaction, also in what only reads,
+    /// and what is run after that would stand without the rest.
+    Problem checkStillOpen();
 
 private:
     Database &mDatabase;

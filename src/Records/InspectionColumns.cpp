@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/InspectionColumns_p.h"
+#include "Records/RecordStore.h"
 
 #include <QStringList>
 
@@ -8,8 +9,13 @@ namespace Records::InspectionColumns {
 QString selection()
 {
     QStringList names;
-    for (const Column &column : all)
-        names << QStringLiteral("inspection.") + QLatin1String(column.name);
+    for (const Column &column : all) {
+        const QString name = QStringLiteral("inspection.") + QLatin1String(column.name);
+        const bool isText = column.holds == Holds::Text;
+        names << (isText
+                ? QStringLiteral("substr(%1, 1, %2)").arg(name, QString::number(RecordStore::maxTextLength + 1))
+                : name);
+    }
     return names.join(QStringLiteral(", "));
 }
 

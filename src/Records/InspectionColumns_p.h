@@ -66,7 +66,7 @@ constexpr std::array<Column, Annotated + 1> make()
 {
     using namespace RowBounds;
     return {{
-        {Id, "id", Holds::Other},
+        {Id, "id", Holds::Number, 1, mostId},
         {Identity, "identity", Holds::Other},
         {Point, "point", Holds::Other},
         {Made, "made", Holds::Number, firstYear, lastYear},
@@ -115,7 +115,9 @@ constexpr bool areInOrder()
 }
 static_assert(areInOrder(), "a column stands in another place than its index says");
 
-QString selection(); ///< all of them, with the name of the table
+/// All of them, with the name of the table. Of a text that is longer than any that is kept there is one character too
+/// much.
+QString selection();
 QString insertion(); ///< a statement for all but the id
 
 } // namespace Records::InspectionColumns

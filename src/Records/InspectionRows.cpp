@@ -30,7 +30,8 @@ constexpr char words[] =
     "SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note "
     "FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
 
-constexpr char ofPointAndJob[] = "point.name, point.side, job.id, job.name";
+constexpr char ofPointAndJob[] = "substr(point.name, 1, 4001), point.side, job.id, substr(job.name, 1, 4001)";
+static_assert(RecordStore::maxTextLength == 4000, "there is one character too much where a text is too long");
 enum ColumnBehind : int { PointName = InspectionColumns::count, PointSide, JobId, JobName };
 constexpr char withPointAndJob[] =
     "LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job ";
@@ -40,7 +41,8 @@ constexpr char zonesOf[] =
 constexpr char rulesOf[] = "SELECT zone, kind, operator, min_size, max_size, allowed, found, violated FROM rule "
                            "WHERE inspection = ? ORDER BY zone, position LIMIT ?";
 constexpr char defectsOf[] =
-    "SELECT zone, kind, size, x, y, fails, shape FROM defect WHERE inspection = ? ORDER BY position LIMIT ?";
+    "SELECT zone, kind, size, fails%1 FROM defect WHERE inspection = ? ORDER BY position LIMIT ?";
+constexpr char restOfDefect[] = ", x, y, shape";
 
 /// Words, because the numbers of the reasons may change from version to version.
 struct ReasonName
@@ -252,55 +254,17 @@ StoredInspection readInspection(const Query &row)
     return stored;
 }
 
-Problem readZones(const Database &database, StoredInspection *stored)
+/// Characters of SQLite, of which some are two here.
+bool isTooLong(const QString &text)
 {
-    Query zones(database, zonesOf);
-    zones.run({stored->id, RecordStore::maxZones + 1});
-    while (zones.next())
-        stored->zones.append(
-            {static_cast<Zone::Id>(zones.number(0)), zones.number(1), zones.number(2), zones.number(3), {}});
-    if (!zones.problem().ok())
-        return zones.problem();
-    if (stored->zones.size() > RecordStore::maxZones)
-        return damaged(stored->id, QStringLiteral("there are too many zones"));
-
-    Query rules(database, rulesOf);
-    rules.run({stored->id, RecordStore::maxRules + 1});
-    for (int count = 1; rules.next(); ++count) {
-        if (count > RecordStore::maxRules)
-            return damaged(stored->id, QStringLiteral("there are too many rules"));
-        const auto isOurs = [&](const StoredZone &zone) { return zone.zone == rules.number(0); };
-        const auto zone = std::find_if(stored->zones.begin(), stored->zones.end(), isOurs);
-        if (zone == stored->zones.end())
-            continue;
-        Rule rule;
-        rule.defectType = static_cast<Defect::Type>(rules.number(1));
-        rule.ruleOperator = static_cast<Rule::Operator>(rules.number(2));
-        rule.minSize = rules.number(3);
-        rule.maxSize = rules.number(4);
-        rule.maxAllowedAmount = rules.number(5);
-        zone->rules.append({rule, rules.number(6), rules.number(7) != 0});
-    }
-    return rules.problem();
+    return text.size() > RecordStore::maxTextLength && text.toUcs4().size() > RecordStore::maxTextLength;
 }
 
-Problem readDefects(const Database &database, StoredInspection *stored)
+bool hasTooLongText(const StoredInspection &stored)
 {
-    Query row(database, defectsOf);
-    row.run({stored->id, RecordStore::maxDefects + 1});
-    DefectShape::Budget budget;
-    while (row.next()) {
-        if (stored->defects.size() >= RecordStore::maxDefects)
-            return damaged(stored->id, QStringLiteral("there are too many defects"));
-        StoredDefect defect;
-        defect.graded = {static_cast<Zone::Id>(row.number(0)), static_cast<Defect::Type>(row.number(1)), row.real(2),
-            {row.real(3), row.real(4)}, row.number(5) != 0};
-        const QByteArray shape = row.bytes(6);
-        if (!budget.covers(shape) || !DefectShape::unpack(shape, &defect))
-            return damaged(stored->id, QStringLiteral("the shape of a defect is damaged"));
-        stored->defects.append(defect);
-    }
-    return row.problem();
+    const Origin &origin = stored.origin;
+    return isTooLong(stored.detail) || isTooLong(stored.note) || isTooLong(origin.device.name)
+        || isTooLong(origin.software) || isTooLong(stored.pointName) || isTooLong(stored.jobName);
 }
 
 /// A whole index refuses nothing: what it refuses is not the fault of the record.
@@ -343,25 +307,104 @@ Problem decide(Database &database, Id id, Decision decision, const QString &note
         return query.problem();
     if (query.changed() == 0)
         return {Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)};
-    const Problem problem = RowChecks::inspection(database, id);
+    // What contradicts itself may be inspected again, but not be accepted.
+    const Problem problem = decision == Decision::Accepted ? RowChecks::inspection(database, id)
+                                                           : RowChecks::valuesOfInspection(database, id);
     return problem.ok() ? index(database, id) : problem;
+}
+
+Reader::Reader(const Database &database, Parts parts)
+    : mParts(parts)
+    , mRow(database,
+          QStringLiteral("SELECT %1, %2 FROM inspection %3 WHERE inspection.id = ?")
+              .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), QLatin1String(withPointAndJob)))
+    , mZones(database, zonesOf)
+    , mRules(database, rulesOf)
+    , mDefects(database, QString::fromLatin1(defectsOf).arg(QLatin1String(parts == Parts::All ? restOfDefect : "")))
+{
+}
+
+Answer<StoredInspection> Reader::read(Id id)
+{
+    mRow.run({id});
+    if (!mRow.next())
+        return {{},
+            mRow.problem().ok() ? Problem{Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)}
+                                : mRow.problem()};
+    StoredInspection stored = readInspection(mRow);
+    while (mRow.next()) {} // nothing is left open
+    Problem problem = mRow.problem();
+    if (problem.ok() && hasTooLongText(stored))
+        problem = damaged(id, QStringLiteral("a text is too long"));
+    if (problem.ok())
+        problem = readZones(&stored);
+    if (problem.ok())
+        problem = readRules(&stored);
+    if (problem.ok())
+        problem = readDefects(&stored);
+    return {stored, problem};
+}
+
+Problem Reader::readZones(StoredInspection *stored)
+{
+    mZones.run({stored->id, RecordStore::maxZones + 1});
+    while (mZones.next())
+        stored->zones.append(
+            {static_cast<Zone::Id>(mZones.number(0)), mZones.number(1), mZones.number(2), mZones.number(3), {}});
+    if (stored->zones.size() > RecordStore::maxZones)
+        return damaged(stored->id, QStringLiteral("there are too many zones"));
+    return mZones.problem();
+}
+
+Problem Reader::readRules(StoredInspection *stored)
+{
+    mRules.run({stored->id, RecordStore::maxRules + 1});
+    int count = 0;
+    while (mRules.next()) {
+        ++count;
+        const auto isOurs = [&](const StoredZone &zone) { return zone.zone == mRules.number(0); };
+        const auto zone = std::find_if(stored->zones.begin(), stored->zones.end(), isOurs);
+        if (zone == stored->zones.end())
+            continue;
+        Rule rule;
+        rule.defectType = static_cast<Defect::Type>(mRules.number(1));
+        rule.ruleOperator = static_cast<Rule::Operator>(mRules.number(2));
+        rule.minSize = mRules.number(3);
+        rule.maxSize = mRules.number(4);
+        rule.maxAllowedAmount = mRules.number(5);
+        zone->rules.append({rule, mRules.number(6), mRules.number(7) != 0});
+    }
+    if (count > RecordStore::maxRules)
+        return damaged(stored->id, QStringLiteral("there are too many rules"));
+    return mRules.problem();
+}
+
+Problem Reader::readDefects(StoredInspection *stored)
+{
+    mDefects.run({stored->id, RecordStore::maxDefects + 1});
+    DefectShape::Budget budget;
+    while (mDefects.next()) {
+        if (stored->defects.size() >= RecordStore::maxDefects)
+            return damaged(stored->id, QStringLiteral("there are too many defects"));
+        StoredDefect defect;
+        defect.graded.zone = static_cast<Zone::Id>(mDefects.number(0));
+        defect.graded.kind = static_cast<Defect::Type>(mDefects.number(1));
+        defect.graded.sizeMicrons = mDefects.real(2);
+        defect.graded.causesFailure = mDefects.number(3) != 0;
+        if (mParts == Parts::All) {
+            defect.graded.centerMicrons = {mDefects.real(4), mDefects.real(5)};
+            const QByteArray shape = mDefects.bytes(6);
+            if (!budget.covers(shape) || !DefectShape::unpack(shape, &defect))
+                return damaged(stored->id, QStringLiteral("the shape of a defect is damaged"));
+        }
+        stored->defects.append(defect);
+    }
+    return mDefects.problem();
 }
 
 Answer<StoredInspection> one(const Database &database, Id id)
 {
-    Query query(database,
-        QStringLiteral("SELECT %1, %2 FROM inspection %3 WHERE inspection.id = ?")
-            .arg(InspectionColumns::selection(), QLatin1String(ofPointAndJob), QLatin1String(withPointAndJob)));
-    query.run({id});
-    if (!query.problem().ok() || !query.next())
-        return {{},
-            query.problem().ok() ? Problem{Fault::NotFound, QStringLiteral("There is no inspection %1").arg(id)}
-                                 : query.problem()};
-    StoredInspection stored = readInspection(query);
-    Problem problem = readZones(database, &stored);
-    if (problem.ok())
-        problem = readDefects(database, &stored);
-    return {stored, problem};
+    return Reader(database).read(id);
 }
 
 Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &filter, const Page &page)

@@ -20,6 +20,32 @@ Answer<Id> add(
     Database &database, const Origin &origin, const FiberInspection::Inspection &inspection, const Pictures &pictures);
 Problem decide(Database &database, Id id, Decision decision, const QString &note);
 
+/// Reads one inspection after the other.
+class Reader
+{
+public:
+    enum class Parts : int {
+        All,
+        ForDoubt, ///< of the defects neither where they are nor their outlines, which are most of the bytes
+    };
+
+    explicit Reader(const Database &database, Parts parts = Parts::All);
+
+    /// Of one that is damaged the value tells how much there was.
+    Answer<StoredInspection> read(Id id);
+
+private:
+    Problem readZones(StoredInspection *stored);
+    Problem readRules(StoredInspection *stored);
+    Problem readDefects(StoredInspection *stored);
+
+    const Parts mParts;
+    Query mRow;
+    Query mZones;
+    Query mRules;
+    Query mDefects;
+};
+
 Answer<StoredInspection> one(const Database &database, Id id);
 Answer<QVector<InspectionSummary>> some(const Database &database, const Filter &filter, const Page &page);
 Answer<int> count(const Database &database, const Filter &filter);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
+#include "Records/RecordDoubts_p.h"
 #include "Records/RowChecks_p.h"
 
 namespace Records::JobRows {
@@ -11,18 +12,28 @@ namespace {
 constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char updateJob[] = "UPDATE job SET name = ?, customer = ?, site = ?, operator = ?, closed = ? WHERE id = ?";
-constexpr char oneJob[] =
-    "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job WHERE id = ?";
-constexpr char someJobs[] = "SELECT id, identity, name, customer, site, operator, standard, created, closed FROM job "
+// Of a text that is longer than any that is kept there is one character too much.
+static_assert(RecordStore::maxTextLength == 4000, "there is another one too much");
+constexpr char oneJob[] = "SELECT id, identity, substr(name, 1, 4001), substr(customer, 1, 4001), substr(site, 1, "
+                          "4001), substr(operator, 1, 4001), standard, created, closed FROM job WHERE id = ?";
+constexpr char identifiedJob[] =
+    "SELECT id, identity, substr(name, 1, 4001), substr(customer, 1, 4001), substr(site, 1, 4001), substr(operator, 1, "
+    "4001), standard, created, closed FROM job WHERE identity = ?";
+constexpr char someJobs[] = "SELECT id, identity, substr(name, 1, 4001), substr(customer, 1, 4001), substr(site, 1, "
+                            "4001), substr(operator, 1, 4001), standard, created, closed FROM job "
                             "ORDER BY id DESC LIMIT ? OFFSET ?";
 constexpr char insertPoint[] = "INSERT INTO point (job, name, position, side, fibre) VALUES (?, ?, ?, ?, ?)";
 constexpr char nextPosition[] = "SELECT ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
 constexpr char pointsOfJob[] =
-    "SELECT point.id, point.job, point.name, point.position, point.side, point.fibre, "
-    "(SELECT count(*) FROM inspection WHERE inspection.point = point.id), latest.id, latest.verdict, latest.decision "
-    "FROM point LEFT JOIN inspection AS latest "
-    "ON latest.id = (SELECT max(inspection.id) FROM inspection WHERE inspection.point = point.id) "
+    "SELECT point.id, point.job, substr(point.name, 1, 4001), point.position, point.side, point.fibre, "
+    "(SELECT count(*) FROM inspection AS other WHERE other.point = point.id), inspection.id, inspection.verdict, "
+    "inspection.decision FROM point LEFT JOIN inspection "
+    "ON inspection.id = (SELECT max(other.id) FROM inspection AS other WHERE other.point = point.id) "
     "WHERE point.job = ? ORDER BY point.position";
+constexpr char statesOfJob[] =
+    "SELECT latest.id, latest.verdict, latest.decision FROM point LEFT JOIN inspection AS latest "
+    "ON latest.id = (SELECT max(inspection.id) FROM inspection WHERE inspection.point = point.id) "
+    "WHERE point.job = ?";
 
 Job readJob(const Query &row)
 {
@@ -50,8 +61,9 @@ Point readPoint(const Query &row)
     point.fibre = static_cast<FibreKind>(row.number(5));
     point.inspections = row.number(6);
     point.lastInspection = row.longNumber(7);
-    if (point.lastInspection != noId)
-        point.state = stateOf(static_cast<Verdict>(row.number(8)), static_cast<Decision>(row.number(9)));
+    if (point.lastInspection == noId)
+        return point;
+    point.state = stateOf(static_cast<Verdict>(row.number(8)), static_cast<Decision>(row.number(9)));
     return point;
 }
 } // namespace
@@ -100,6 +112,17 @@ Answer<Job> one(const Database &database, Id id)
                              : query.problem()};
 }
 
+Answer<Job> withIdentity(const Database &database, const QUuid &identity)
+{
+    Query query(database, identifiedJob);
+    query.run({identity.toRfc4122()});
+    if (query.problem().ok() && query.next())
+        return {readJob(query), {}};
+    return {{},
+        query.problem().ok() ? Problem{Fault::NotFound, QStringLiteral("There is no job %1").arg(identity.toString())}
+                             : query.problem()};
+}
+
 Answer<QVector<Job>> some(const Database &database, const Page &page)
 {
     Query query(database, someJobs);
@@ -128,36 +151,50 @@ Answer<QVector<Point>> points(const Database &database, Id job)
 {
     Query query(database, pointsOfJob);
     query.run({job});
+    RecordDoubts doubts(database);
     QVector<Point> points;
-    while (query.next())
-        points.append(readPoint(query));
+    while (query.next()) {
+        Point point = readPoint(query);
+        point.isDoubtful = point.state != PointState::Open && doubts.isDoubtful(point.lastInspection);
+        points.append(point);
+    }
     return {points, query.problem()};
 }
 
-JobProgress progressOf(const QVector<Point> &points)
+namespace {
+int &countOf(PointState state, JobProgress *progress)
 {
-    JobProgress progress;
-    progress.points = points.size();
-    for (const Point &point : points) {
-        switch (point.state) {
-        case PointState::Open:
-            ++progress.open;
-            break;
-        case PointState::Passed:
-            ++progress.passed;
-            break;
-        case PointState::Failed:
-            ++progress.failed;
-            break;
-        case PointState::Accepted:
-            ++progress.accepted;
-            break;
-        case PointState::NoVerdict:
-            ++progress.withoutVerdict;
-            break;
-        }
+    switch (state) {
+    case PointState::Open:
+        break;
+    case PointState::Passed:
+        return progress->passed;
+    case PointState::Failed:
+        return progress->failed;
+    case PointState::Accepted:
+        return progress->accepted;
+    case PointState::NoVerdict:
+        return progress->withoutVerdict;
     }
-    return progress;
+    return progress->open;
+}
+} // namespace
+
+Answer<JobProgress> progress(const Database &database, Id job)
+{
+    Query query(database, statesOfJob);
+    query.run({job});
+    RecordDoubts doubts(database);
+    JobProgress progress;
+    while (query.next()) {
+        ++progress.points;
+        const auto verdict = static_cast<Verdict>(query.number(1));
+        const auto decision = static_cast<Decision>(query.number(2));
+        const PointState state = query.isNull(0) ? PointState::Open : stateOf(verdict, decision);
+        const bool isDoubtful = state != PointState::Open && doubts.isDoubtful(query.longNumber(0));
+        ++(isDoubtful ? progress.doubtful : countOf(state, &progress));
+    }
+    return {progress, query.problem()};
 }
 
 } // namespace Records::JobRows

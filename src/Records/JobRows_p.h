@@ -11,6 +11,7 @@ namespace Records::JobRows {
 Problem add(Database &database, Job *job);
 Problem update(Database &database, const Job &job);
 Answer<Job> one(const Database &database, Id id);
+Answer<Job> withIdentity(const Database &database, const QUuid &identity);
 Answer<QVector<Job>> some(const Database &database, const Page &page);
 
 Problem addPoints(Database &database, Id job, const QVector<QString> &names, const PointRun &run);
@@ -18,6 +19,6 @@ Answer<QVector<Point>> points(const Database &database, Id job);
 
 /// Of a point whose last inspection ended so.
 PointState stateOf(Verdict verdict, Decision decision);
-JobProgress progressOf(const QVector<Point> &points);
+Answer<JobProgress> progress(const Database &database, Id job);
 
 } // namespace Records::JobRows

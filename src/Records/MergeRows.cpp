@@ -7,6 +7,7 @@
 
 #include <QHash>
 #include <QMap>
+#include <QSet>
 
 #include <algorithm>
 #include <optional>
@@ -24,33 +25,42 @@ constexpr int standardOfJob = 6;
 constexpr char insertJob[] = "INSERT INTO job (identity, name, customer, site, operator, standard, created, closed) "
                              "VALUES (?, ?, ?, ?, ?, ?, ?, ?)";
 constexpr char sourcePoints[] = "SELECT id, job, name, side, fibre FROM point ORDER BY job, position";
-constexpr char knownPoint[] = "SELECT id FROM point WHERE job = ? AND name = ? AND side = ?";
+constexpr char knownPoint[] = "SELECT id, fibre FROM point WHERE job = ? AND name = ? AND side = ?";
 constexpr char insertPoint[] = "INSERT INTO point (job, name, side, fibre, position) "
                                "SELECT ?, ?, ?, ?, ifnull(max(position) + 1, 0) FROM point WHERE job = ?";
 
 constexpr char lastOfPoint[] = "SELECT verdict, decision FROM inspection WHERE point = ? ORDER BY id DESC LIMIT 1";
 
-constexpr char zoneColumns[] = "zone, inner_diameter, outer_diameter, violations";
-constexpr char ruleColumns[] = "zone, position, kind, operator, min_size, max_size, allowed, found, violated";
-constexpr char defectColumns[] = "shape, position, zone, kind, size, x, y, fails";
+/// A table of what belongs to an inspection.
+struct Part
+{
+    const char *table;
+    const char *columns;
+    const char *key; ///< those of them that tell the rows of one inspection apart
+};
+constexpr Part zonePart{"zone", "zone, inner_diameter, outer_diameter, violations", "zone"};
+constexpr Part rulePart{
+    "rule", "zone, position, kind, operator, min_size, max_size, allowed, found, violated", "zone, position"};
+constexpr Part defectPart{"defect", "shape, position, zone, kind, size, x, y, fails", "position"};
 
 int countOf(const char *columns)
 {
     return QByteArray(columns).count(',') + 1;
 }
 
-QString insertion(const char *table, const char *columns)
+QString insertion(const Part &part)
 {
     QString places;
-    for (int i = 0; i < countOf(columns); ++i)
+    for (int i = 0; i < countOf(part.columns); ++i)
         places += QStringLiteral(", ?");
     return QStringLiteral("INSERT INTO %1 (inspection, %2) VALUES (?%3)")
-        .arg(QLatin1String(table), QLatin1String(columns), places);
+        .arg(QLatin1String(part.table), QLatin1String(part.columns), places);
 }
 
-QString selection(const char *table, const char *columns)
+QString selection(const Part &part)
 {
-    return QStringLiteral("SELECT %1 FROM %2 WHERE inspection = ?").arg(QLatin1String(columns), QLatin1String(table));
+    return QStringLiteral("SELECT %1 FROM %2 WHERE inspection = ? ORDER BY %3")
+        .arg(QLatin1String(part.columns), QLatin1String(part.table), QLatin1String(part.key));
 }
 
 QVariantList valuesOf(const Query &row, int first, int count)
@@ -77,7 +87,7 @@ struct Said
     bool operator==(const Said &other) const { return decision == other.decision && note == other.note; }
 };
 
-/// Whether two records of one inspection differ in what is never changed.
+/// Whether two records of one inspection differ in what is never changed. Their points have numbers of their own.
 bool saysOtherwise(const Query &here, const Query &there)
 {
     const auto &columns = InspectionColumns::all;
@@ -92,10 +102,10 @@ bool saysOtherwise(const Query &here, const Query &there)
 class PartCopy
 {
 public:
-    PartCopy(Database &target, const Database &source, const char *table, const char *columns)
-        : mCount(countOf(columns))
-        , mRead(source, selection(table, columns))
-        , mWrite(target, insertion(table, columns))
+    PartCopy(Database &target, const Database &source, const Part &part)
+        : mCount(countOf(part.columns))
+        , mRead(source, selection(part))
+        , mWrite(target, insertion(part))
     {
     }
 
@@ -118,6 +128,37 @@ private:
     Query mWrite;
 };
 
+/// Looks whether one table says the same of an inspection in both stores.
+class PartComparison
+{
+public:
+    PartComparison(const Database &target, const Database &source, const Part &part)
+        : mCount(countOf(part.columns))
+        , mHere(target, selection(part))
+        , mThere(source, selection(part))
+    {
+    }
+
+    Answer<bool> run(Id here, Id there)
+    {
+        mHere.run({here});
+        mThere.run({there});
+        bool isSame = true;
+        for (bool isRow = true; isRow && isSame;) {
+            isRow = mHere.next();
+            isSame = mThere.next() == isRow;
+            if (isRow && isSame)
+                isSame = valuesOf(mHere, 0, mCount) == valuesOf(mThere, 0, mCount);
+        }
+        return {isSame, mHere.problem().ok() ? mThere.problem() : mHere.problem()};
+    }
+
+private:
+    const int mCount;
+    Query mHere;
+    Query mThere;
+};
+
 class Copy
 {
 public:
@@ -130,9 +171,12 @@ public:
         , mKnown(target,
               QStringLiteral("SELECT %1 FROM inspection WHERE identity = ?").arg(InspectionColumns::selection()))
         , mLast(target, lastOfPoint)
-        , mZones(target, source, "zone", zoneColumns)
-        , mRules(target, source, "rule", ruleColumns)
-        , mDefects(target, source, "defect", defectColumns)
+        , mZones(target, source, zonePart)
+        , mRules(target, source, rulePart)
+        , mDefects(target, source, defectPart)
+        , mZonesOfBoth(target, source, zonePart)
+        , mRulesOfBoth(target, source, rulePart)
+        , mDefectsOfBoth(target, source, defectPart)
     {
     }
 
@@ -146,7 +190,9 @@ private:
     Answer<std::optional<PointState>> stateOf(Id point);
     bool goesOnBehind(int rows) const;
     Problem checkStandard(const Query &job, Id known) const;
+    Problem checkPoints(const QSet<Id> &jobs) const;
     Problem inspection(const Query &row);
+    Answer<bool> contradicts(const Query &there);
     Problem add(const Query &row);
     Problem defects(Id from, Id to);
     Problem take(Id known, const Said &here, const Said &there);
@@ -162,6 +208,9 @@ private:
     PartCopy mZones;
     PartCopy mRules;
     PartCopy mDefects;
+    PartComparison mZonesOfBoth;
+    PartComparison mRulesOfBoth;
+    PartComparison mDefectsOfBoth;
     QHash<Id, Id> mJobs; ///< there and here
     QHash<Id, Id> mPoints;
     QMap<Id, std::optional<PointState>> mFormerStates; ///< of points that got inspections; none: they had none
@@ -220,25 +269,43 @@ Problem Copy::jobs()
 Problem Copy::points()
 {
     Query row(mSource, sourcePoints);
+    Query known(mTarget, knownPoint);
     Query insert(mTarget, insertPoint);
+    QSet<Id> grown; // jobs
     row.run({});
     for (int i = 1; row.next(); ++i) {
         if (!goesOnBehind(i))
             return stopped();
         const Id job = mJobs.value(row.longNumber(1));
-        const Answer<QVariant> known = mTarget.value(knownPoint, {job, row.value(2), row.value(3)});
-        if (!known.ok())
-            return known.problem;
-        if (known.value.isValid()) {
-            mPoints.insert(row.longNumber(0), known.value.toLongLong());
+        known.run({job, row.value(2), row.value(3)});
+        if (known.next()) {
+            mPoints.insert(row.longNumber(0), known.longNumber(0));
+            if (known.value(1) != row.value(4))
+                mDone.otherFibres.append(known.longNumber(0));
             continue;
         }
+        if (!known.problem().ok())
+            return known.problem();
         if (!insert.run({job, row.value(2), row.value(3), row.value(4), job}))
             return insert.problem();
         mPoints.insert(row.longNumber(0), insert.lastId());
         ++mDone.points;
+        grown.insert(job);
     }
-    return row.problem();
+    return row.problem().ok() ? checkPoints(grown) : row.problem();
+}
+
+/// Who shows a job reads all its points. @param jobs of here, that got some
+Problem Copy::checkPoints(const QSet<Id> &jobs) const
+{
+    for (const Id job : jobs) {
+        const Answer<QVariant> count = mTarget.value("SELECT count(*) FROM point WHERE job = ?", {job});
+        if (!count.ok() || count.value.toInt() > RecordStore::maxMergedPointsOfJob)
+            return count.ok() ? Problem{Fault::TooLarge,
+                       QStringLiteral("Job %1 would have %2 points").arg(QString::number(job), count.value.toString())}
+                              : count.problem;
+    }
+    return {};
 }
 
 Problem Copy::inspections()
@@ -266,12 +333,31 @@ Problem Copy::inspection(const Query &row)
         return add(row);
     ++mDone.known;
     const Id known = mKnown.longNumber(Column::Id);
-    if (saysOtherwise(mKnown, row)) {
+    const Answer<bool> isOther = contradicts(row);
+    if (!isOther.ok())
+        return isOther.problem;
+    if (isOther.value) {
         mDone.contradictions.append(known);
         return {};
     }
     return take(known, {mKnown.number(Column::Decision), mKnown.text(Column::Note)},
         {row.number(Column::Decision), row.text(Column::Note)});
+}
+
+/// Whether the inspection at hand, which is known here, is another one there: of another point, or of other parts.
+Answer<bool> Copy::contradicts(const Query &there)
+{
+    const bool isOfPoint = !there.isNull(Column::Point);
+    const Id point = isOfPoint ? mPoints.value(there.longNumber(Column::Point)) : noId;
+    if (mKnown.isNull(Column::Point) == isOfPoint || mKnown.longNumber(Column::Point) != point
+        || saysOtherwise(mKnown, there))
+        return {true, {}};
+    for (PartComparison *const part : {&mZonesOfBoth, &mRulesOfBoth, &mDefectsOfBoth}) {
+        const Answer<bool> isSame = part->run(mKnown.longNumber(Column::Id), there.longNumber(Column::Id));
+        if (!isSame.ok() || !isSame.value)
+            return {true, isSame.problem};
+    }
+    return {false, {}};
 }
 
 /// Of a point of here; none before its first inspection.
@@ -351,6 +437,16 @@ Problem Copy::take(Id known, const Said &here, const Said &there)
     return InspectionRows::decide(mTarget, known, static_cast<Decision>(there.decision), there.note);
 }
 
+// Of each inspection, as the index for searching has them.
+constexpr char sizeOfTexts[] =
+    "SELECT ifnull(sum(length(CAST(inspection.note AS BLOB)) + ifnull(length(CAST(point.name AS BLOB)), 0) "
+    "+ ifnull(length(CAST(job.name AS BLOB)) + length(CAST(job.customer AS BLOB)) + length(CAST(job.site AS BLOB)) "
+    "+ length(CAST(job.operator AS BLOB)), 0)), 0) FROM inspection LEFT JOIN point ON point.id = inspection.point "
+    "LEFT JOIN job ON job.id = point.job";
+
+constexpr char pointsOfLargestJob[] =
+    "SELECT ifnull(max(points), 0) FROM (SELECT count(*) AS points FROM point GROUP BY job)";
+
 /// @param what is counted, for people
 Problem checkNumber(const Answer<QVariant> &count, const char *what, int most)
 {
@@ -363,10 +459,14 @@ Problem checkNumber(const Answer<QVariant> &count, const char *what, int most)
 
 Problem checkSize(const Database &source)
 {
-    const Problem problem = checkNumber(source.value("SELECT count(*) FROM job"), "jobs", RecordStore::maxMergedJobs);
-    return problem.ok()
-        ? checkNumber(source.value("SELECT count(*) FROM point"), "points", RecordStore::maxMergedPoints)
-        : problem;
+    Problem problem = checkNumber(source.value("SELECT count(*) FROM job"), "jobs", RecordStore::maxMergedJobs);
+    if (problem.ok())
+        problem = checkNumber(source.value("SELECT count(*) FROM point"), "points", RecordStore::maxMergedPoints);
+    if (problem.ok())
+        problem = checkNumber(source.value(pointsOfLargestJob), "points in one job", RecordStore::maxMergedPointsOfJob);
+    return problem.ok() ? checkNumber(source.value(sizeOfTexts), "bytes of texts that its inspections are searched by",
+               RecordStore::maxMergedTexts)
+                        : problem;
 }
 
 Problem copy(

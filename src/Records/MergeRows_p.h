@@ -6,7 +6,7 @@
 
 namespace Records::MergeRows {
 
-/// Whether there are no more jobs and points than may be copied.
+/// Whether there are no more jobs, points and texts than may be copied.
 Problem checkSize(const Database &source);
 
 /// Copies what the target does not have: jobs and inspections by their identity, points by their name and side. Runs

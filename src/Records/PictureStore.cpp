@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/PictureStore.h"
 
-#include "Helpers/FileAccess_p.h"
-#include "Helpers/WholeFile_p.h"
+#include "Internal/FileAccess.h"
+#include "Internal/WholeFile.h"
+#include "Records/FaultOf_p.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -26,24 +27,6 @@ bool isHash(const QByteArray &text)
     return text.size() == hashLength && std::all_of(text.cbegin(), text.cend(), isDigit);
 }
 
-Fault faultOf(int error)
-{
-    switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return Fault::DiskFull;
-    case EROFS:
-    case EACCES:
-    case EPERM:
-        return Fault::ReadOnly;
-    case ENOMEM:
-        return Fault::OutOfMemory;
-    default:
-        return Fault::Unusable;
-    }
-}
-
 Problem cannotWrite(const QString &path, int error)
 {
     return {
@@ -56,12 +39,18 @@ QString whyNotOpened(const QString &path)
     return QFileInfo(path).isFile() ? QString::fromLocal8Bit(std::strerror(error)) : QStringLiteral("it is not a file");
 }
 
+/// @param kind a file type of stat(), which a link is not
+bool isOwn(const QString &path, mode_t kind)
+{
+    struct stat status = {};
+    return lstat(QFile::encodeName(path).constData(), &status) == 0 && (status.st_mode & S_IFMT) == kind;
+}
+
 /// The entry of the folder is on the disk as well. What it lies in is not made: it may have been moved elsewhere. Nor
 /// is a link taken for the folder: it leads to pictures of somebody else.
 bool makeFolder(const QString &path)
 {
-    const QFileInfo info(path);
-    if (info.isDir() && !info.isSymLink())
+    if (isOwn(path, S_IFDIR))
         return true;
     const bool isMade = ::mkdir(QFile::encodeName(path).constData(), ACCESSPERMS) == 0;
     const bool isThere = isMade || (errno == EEXIST && !QFileInfo(path).isSymLink()); // by another program
@@ -109,9 +98,9 @@ Answer<PictureStore::Kept> PictureStore::put(const QByteArray &bytes) const
 
     const QByteArray hash = hashOf(bytes);
     const QString target = path(hash);
-    const bool isThere = contains(hash);
-    if (isThere && read(hash).ok())
+    if (keeps(hash))
         return {{hash, false}, {}};
+    const bool isThere = isOwn(target, S_IFREG);
     if (!makeFolder(mFolder) || !makeFolder(QFileInfo(target).path()))
         return {{}, cannotWrite(QFileInfo(target).path(), errno)};
     WholeFile file(target);
@@ -142,6 +131,14 @@ Answer<QByteArray> PictureStore::read(const QByteArray &hash) const
 bool PictureStore::contains(const QByteArray &hash) const
 {
     return isHash(hash) && QFileInfo(path(hash)).isFile();
+}
+
+bool PictureStore::keeps(const QByteArray &hash) const
+{
+    const QString file = path(hash);
+    const QString shelf = QFileInfo(file).path();
+    const bool isHere = isHash(hash) && isOwn(mFolder, S_IFDIR) && isOwn(shelf, S_IFDIR) && isOwn(file, S_IFREG);
+    return isHere && read(hash).ok();
 }
 
 bool PictureStore::remove(const QByteArray &hash) const

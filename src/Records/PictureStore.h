@@ -46,6 +46,7 @@ public:
 
     Answer<QByteArray> read(const QByteArray &hash) const; ///< its bytes, which have the name as their sum
     bool contains(const QByteArray &hash) const;
+    bool keeps(const QByteArray &hash) const; ///< whole, and in this folder itself, not behind a link
     bool remove(const QByteArray &hash) const;
     QString path(const QByteArray &hash) const; ///< empty for what is no name
     bool isEmpty() const;

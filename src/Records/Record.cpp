@@ -51,6 +51,11 @@ InspectionOptions Origin::options() const
     return options;
 }
 
+QString Origin::ownSoftware()
+{
+    return QStringLiteral("VantorBase " VANTORBASE_VERSION);
+}
+
 std::optional<double> JobStatistics::passRate() const
 {
     const int all = passed + failed;

@@ -69,7 +69,14 @@ struct Job
     bool isOpen() const { return !closed.isValid(); }
 };
 
-/// How many points of a job there are, and how far they are.
+/// How many points of a job there are, and how far they are: each counts once.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const JobProgress progress = store.progress(1).value;
+/// qInfo() << progress.open << "of" << progress.points << "points are open";
+/// @endcode
 struct JobProgress
 {
     int points = 0;
@@ -78,9 +85,11 @@ struct JobProgress
     int failed = 0; ///< and not accepted
     int accepted = 0;
     int withoutVerdict = 0;
+    int doubtful = 0; ///< that are not open; RecordStore::doubt() tells why
 };
 
 /// One rule of a zone, and how many points fail by it.
+/// @see JobStatistics
 struct RuleFailures
 {
     FiberInspection::Zone::Id zone = FiberInspection::Zone::Core;
@@ -89,7 +98,8 @@ struct RuleFailures
 };
 
 /// What the inspections of a job say together. Of each point its last one counts; one that failed counts as failed
-/// also where the operator accepted it.
+/// also where the operator accepted it. Open, passed, failed, without verdict and doubtful are all of the points.
+/// Failures and sizes are those that the last inspections tell, also the doubtful ones.
 ///
 /// @code
 /// RecordStore store;
@@ -103,11 +113,16 @@ struct RuleFailures
 struct VANTORBASERECORDS_EXPORT JobStatistics
 {
     static constexpr int maxEdges = 1000; ///< of sizes
+    static constexpr int longestPause = 30 * 60; ///< seconds from one inspection to the next that may be work
 
     int inspections = 0; ///< all of the job
-    int passed = 0; ///< points, as are the next two
+    int points = 0; ///< all of the job, as are the next ones
+    int open = 0; ///< not inspected, or to be repeated
+    int passed = 0;
     int failed = 0;
+    int accepted = 0; ///< by the operator, of those that failed
     int withoutVerdict = 0; ///< inspected, but not graded
+    int doubtful = 0; ///< that are not open; they count as nothing else. RecordStore::doubt() tells why
     QVector<RuleFailures>
         failures; ///< by zone, and in the order of its rules; those that nothing violates are not there
 
@@ -119,10 +134,19 @@ struct VANTORBASERECORDS_EXPORT JobStatistics
     /// was set back, there is none; nor for a single inspection.
     std::optional<double> secondsBetween;
 
-    std::optional<double> passRate() const; ///< 0 to 1, of the points with a verdict; none without any
+    /// How long a point took: from the last inspection of the point before to its own last one, before another one had
+    /// its turn; median and the longest. One counts each time that it has its turn, but for the very first, whose
+    /// beginning is not known, and but for those in which the clock was set back or more than longestPause passed
+    /// between two inspections.
+    std::optional<double> secondsOfPoint;
+    std::optional<double> longestSecondsOfPoint;
+
+    /// 0 to 1, of the points that passed or failed; none without any. It does not tell how many are open.
+    std::optional<double> passRate() const;
 };
 
 /// One connector of a job.
+/// @see Job
 struct Point
 {
     Id id = noId;
@@ -132,11 +156,21 @@ struct Point
     Side side = Side::A;
     FibreKind fibre = FibreKind::Unknown;
     PointState state = PointState::Open;
+    bool isDoubtful = false; ///< it is not open, but what its last inspection says is not to be relied on
     int inspections = 0;
     Id lastInspection = noId;
 };
 
 /// Points with all the names from the first to the last one, as TestNameGenerator counts.
+///
+/// @code
+/// PointRun run{QStringLiteral("A01"), QStringLiteral("A72")};
+/// run.side = Side::B;
+/// run.fibre = FibreKind::MultiMode;
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"));
+/// qInfo() << store.addPoints(1, run).value.size(); // 72
+/// @endcode
 struct PointRun
 {
     QString from;
@@ -146,6 +180,18 @@ struct PointRun
 };
 
 /// Where an inspection comes from: what it was made with, so that it can be made again.
+///
+/// @code
+/// InspectionOptions options;
+/// options.seed = 7; // to be made again, with the same outcome
+/// const QByteArray photograph = QByteArrayLiteral("...");
+/// const QImage image = decodeImage(photograph).image;
+/// Origin origin = Origin::of(noId, Device::ks20(), options);
+/// origin.focusValue = 3.1;
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"));
+/// store.addInspection(origin, inspect(image, Standard::IEC61300_3_35_MM, Device::ks20(), options), photograph);
+/// @endcode
 struct VANTORBASERECORDS_EXPORT Origin
 {
     Id point = noId; ///< none: an inspection of no job
@@ -162,9 +208,12 @@ struct VANTORBASERECORDS_EXPORT Origin
         const FiberInspection::InspectionOptions &options = {});
 
     FiberInspection::InspectionOptions options() const; ///< without a function for the steps
+
+    static QString ownSoftware(); ///< of this version of this library
 };
 
 /// One inspection as a list shows it.
+/// @see Filter
 struct InspectionSummary
 {
     Id id = noId;
@@ -183,6 +232,14 @@ struct InspectionSummary
 };
 
 /// One rule as it was applied.
+///
+/// @code
+/// StoredRule rule;
+/// rule.rule = Rule{Defect::Type::Defect, Rule::GreaterThan, 25, Rule::unused, 0};
+/// rule.found = 2;
+/// rule.violated = rule.found > rule.rule.maxAllowedAmount;
+/// qInfo() << rule.rule.toString() << rule.found << rule.violated; // "size > 25 [0]" 2 true
+/// @endcode
 struct VANTORBASERECORDS_EXPORT StoredRule
 {
     FiberInspection::Rule rule;
@@ -194,6 +251,13 @@ struct VANTORBASERECORDS_EXPORT StoredRule
 };
 
 /// One graded zone with its rules, in their order.
+///
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// const QVector<StoredZone> zones = StoredZone::of(inspection.result());
+/// for (const StoredZone &zone : zones)
+///     qInfo() << Zone::name(zone.zone) << zone.violations << "violations of" << zone.rules.size() << "rules";
+/// @endcode
 struct VANTORBASERECORDS_EXPORT StoredZone
 {
     FiberInspection::Zone::Id zone = FiberInspection::Zone::Core;
@@ -210,6 +274,13 @@ struct VANTORBASERECORDS_EXPORT StoredZone
 };
 
 /// One defect with its shape. The latter counts in pixels of the crop, x to the right and y down.
+///
+/// @code
+/// const Inspection inspection = inspectFile(QStringLiteral("face.jpg"), Standard::IEC61300_3_35_SM_RL45);
+/// const QVector<StoredDefect> defects = StoredDefect::of(inspection);
+/// for (const StoredDefect &defect : defects)
+///     qInfo() << defect.graded.sizeMicrons << "um, with an outline of" << defect.pixels.size() << "points";
+/// @endcode
 struct VANTORBASERECORDS_EXPORT StoredDefect
 {
     FiberInspection::GradedDefect graded;
@@ -225,6 +296,14 @@ struct VANTORBASERECORDS_EXPORT StoredDefect
 };
 
 /// All that is known of one inspection. No picture is analysed to get it.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const Answer<StoredInspection> record = store.inspection(1);
+/// if (record.ok() && record.value.isPictureThere)
+///     qInfo() << record.value.pointName << store.picturePath(record.value.picture).value;
+/// @endcode
 struct StoredInspection : InspectionSummary
 {
     QUuid identity; ///< the same on every unit that the record is copied to
@@ -251,7 +330,7 @@ struct StoredInspection : InspectionSummary
 /// Filter filter;
 /// filter.text = QStringLiteral("mul 12");
 /// filter.verdict = Verdict::Failed;
-/// const auto secondPage = store.list(filter, {50, 50});
+/// const auto secondPage = store.list(filter, Page{50, 50});
 /// for (const InspectionSummary &row : secondPage.value)
 ///     qInfo() << row.made << row.jobName << row.pointName << row.note;
 /// @endcode
@@ -272,6 +351,7 @@ struct Filter
 };
 
 /// Which rows of a list, the latest first.
+/// @see Filter
 struct Page
 {
     static constexpr int maxRows = 1000;

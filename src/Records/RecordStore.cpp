@@ -5,6 +5,7 @@
 #include "Records/InspectionRows_p.h"
 #include "Records/JobRows_p.h"
 #include "Records/OpenStore_p.h"
+#include "Records/RecordDoubts_p.h"
 #include "Records/StatisticsRows_p.h"
 #include "Records/StoreBackup_p.h"
 #include "Records/StoreInspection_p.h"
@@ -59,6 +60,8 @@ Problem checkTexts(const QStringList &texts)
             return invalid(QStringLiteral("A text of %1 characters is too long").arg(text.size()));
         if (!text.isValidUtf16()) // it would come back as another one
             return invalid(QStringLiteral("A text has bytes that are no characters"));
+        if (text.startsWith(QChar(QChar::ByteOrderMark)) || text.startsWith(QChar(QChar::ByteOrderSwapped))) // the same
+            return invalid(QStringLiteral("A text begins with a byte order mark"));
     }
     return {};
 }
@@ -179,11 +182,15 @@ Opening RecordStore::open(const QString &folder, Mode mode)
     if (mOpen && mOpen->calls > 0)
         return {Opened::No, {Fault::Busy, QStringLiteral("The store is at work")}, {}, 0};
     close();
-    const Problem nameless = StoreFolder::checkName(folder);
-    if (!nameless.ok())
-        return {Opened::No, nameless, {}, 0};
+    Problem obstacle = StoreFolder::checkName(folder);
+    if (!obstacle.ok())
+        return {Opened::No, obstacle, {}, 0};
     try {
-        const auto opened = std::make_shared<OpenStore>(StoreFolder(folder));
+        StoreFolder place(folder);
+        obstacle = mode == Mode::ReadOnly ? Problem() : place.make();
+        if (!obstacle.ok())
+            return {Opened::No, obstacle, {}, 0};
+        const auto opened = std::make_shared<OpenStore>(place);
         const Opening opening = openStore(opened.get(), mode);
         if (opening.isOpen())
             mOpen = opened;
@@ -207,6 +214,11 @@ bool RecordStore::isOpen() const
 bool RecordStore::canWrite() const
 {
     return mOpen && mOpen->lock;
+}
+
+bool RecordStore::isInPlace() const
+{
+    return guarded(mOpen, [](const OpenStore &store) { return store.database->checkPlace(); }).ok();
 }
 
 // --- Jobs ------------------------------------------------------------------------------------------------------------
@@ -239,6 +251,11 @@ Answer<Job> RecordStore::job(Id id) const
     return guarded(mOpen, [&](OpenStore &store) { return JobRows::one(*store.database, id); });
 }
 
+Answer<Job> RecordStore::jobOf(const QUuid &identity) const
+{
+    return guarded(mOpen, [&](OpenStore &store) { return JobRows::withIdentity(*store.database, identity); });
+}
+
 Answer<QVector<Job>> RecordStore::jobs(const Page &page) const
 {
     return guarded(mOpen, [&](OpenStore &store) { return JobRows::some(*store.database, usable(page)); });
@@ -246,8 +263,7 @@ Answer<QVector<Job>> RecordStore::jobs(const Page &page) const
 
 Answer<JobProgress> RecordStore::progress(Id job) const
 {
-    const Answer<QVector<Point>> all = points(job);
-    return {JobRows::progressOf(all.value), all.problem};
+    return guarded(mOpen, [&](OpenStore &store) { return JobRows::progress(*store.database, job); });
 }
 
 Answer<JobStatistics> RecordStore::statistics(Id job, const QVector<double> &sizeEdges) const
@@ -324,6 +340,26 @@ Answer<StoredInspection> RecordStore::inspection(Id id) const
     return guarded(mOpen, [id](const OpenStore &store) { return readInspection(store, id); });
 }
 
+Answer<Doubt> RecordStore::doubt(Id inspection) const
+{
+    return guarded(mOpen, [inspection](OpenStore &store) { return RecordDoubts(*store.database).of(inspection); });
+}
+
+Answer<QVector<Doubt>> RecordStore::doubts(const QVector<Id> &inspections) const
+{
+    return guarded(mOpen, [&inspections](OpenStore &store) -> Answer<QVector<Doubt>> {
+        RecordDoubts all(*store.database);
+        QVector<Doubt> doubts;
+        for (const Id id : inspections) {
+            const Answer<Doubt> doubt = all.of(id);
+            if (!doubt.ok())
+                return {{}, doubt.problem};
+            doubts.append(doubt.value);
+        }
+        return {doubts, {}};
+    });
+}
+
 Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
 {
     return guarded(mOpen, [&hash](const OpenStore &store) { return store.pictures.read(hash); });
@@ -332,6 +368,14 @@ Answer<QByteArray> RecordStore::picture(const QByteArray &hash) const
 Answer<QString> RecordStore::picturePath(const QByteArray &hash) const
 {
     return guarded(mOpen, [&hash](const OpenStore &store) { return findPicture(store, hash); });
+}
+
+Answer<bool> RecordStore::restorePicture(const QByteArray &picture)
+{
+    return guarded(mOpen, [&picture](const OpenStore &store) -> Answer<bool> {
+        const Problem obstacle = store.whyNotWriting();
+        return obstacle.ok() ? Records::restorePicture(store, picture) : Answer<bool>{false, obstacle};
+    });
 }
 
 Answer<Inspection> RecordStore::inspectAgain(Id id) const

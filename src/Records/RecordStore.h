@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Records/Answer.h"
+#include "Records/Doubt.h"
 #include "Records/PictureStore.h"
 #include "Records/Record.h"
 
@@ -28,6 +29,15 @@ enum class Opened : int {
 };
 
 /// What opening a store came to.
+///
+/// @code
+/// RecordStore store;
+/// const Opening opening = store.open(QStringLiteral("/srv/records"));
+/// if (!opening.keptAside.isEmpty())
+///     qWarning() << "what was there is damaged, and was kept in" << opening.keptAside;
+/// else if (!opening.canWrite())
+///     qWarning() << opening.problem.text;
+/// @endcode
 struct Opening
 {
     Opened how = Opened::No;
@@ -40,6 +50,7 @@ struct Opening
 };
 
 /// What became of a picture that an inspection names.
+/// @see Verification
 struct PictureFault
 {
     Id inspection = noId;
@@ -48,6 +59,16 @@ struct PictureFault
 };
 
 /// What verify() has found.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const Verification found = store.verify().value;
+/// if (!found.allWell())
+///     qWarning() << found.databaseFaults;
+/// for (const PictureFault &fault : found.pictureFaults)
+///     qWarning() << "inspection" << fault.inspection << "without its picture" << fault.hash;
+/// @endcode
 struct Verification
 {
     QStringList databaseFaults; ///< as the database tells them, and records that cannot be read back; the first ones
@@ -59,6 +80,16 @@ struct Verification
 };
 
 /// What backup() has written.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"), RecordStore::Mode::ReadOnly);
+/// const Answer<Backup> backup = store.backup(QStringLiteral("/media/stick/records"));
+/// if (!backup.ok())
+///     qWarning() << backup.problem.text;
+/// else if (backup.value.missing > 0)
+///     qWarning() << backup.value.missing << "pictures are not in it";
+/// @endcode
 struct Backup
 {
     int pictures = 0;
@@ -66,6 +97,16 @@ struct Backup
 };
 
 /// What merge() has done.
+///
+/// @code
+/// RecordStore store;
+/// store.open(QStringLiteral("/srv/records"));
+/// const Answer<Merge> merge = store.merge(QStringLiteral("/media/stick/records"));
+/// if (!merge.ok())
+///     qWarning() << merge.problem.text;
+/// else
+///     qInfo() << merge.value.inspections << "are new," << merge.value.disagreements.size() << "decided otherwise";
+/// @endcode
 struct Merge
 {
     int jobs = 0; ///< that were added, as were these points and inspections
@@ -75,6 +116,7 @@ struct Merge
     QVector<Id> decisions; ///< those of them that had none here, and have it from there now
     QVector<Id> disagreements; ///< those of them that were decided differently here and there; what is here stays
     QVector<Id> contradictions; ///< those of them that are described otherwise there, by another verdict for instance
+    QVector<Id> otherFibres; ///< points that are of another kind of fibre there; what is here stays
     QVector<Id> judgedAnew; ///< points that were judged here, and otherwise by what was added
     int pictures = 0; ///< that were copied
     int missing = 0; ///< pictures that are named there, but neither there nor here
@@ -100,11 +142,11 @@ struct Merge
 /// is moved or removed while it is open, all that writes answers Fault::Gone, and nothing is made in its place.
 ///
 /// One object belongs to one thread, the one that opened it; other threads have objects of their own on the same
-/// folder, and may write as well, in turns: a merge has its turn from its first picture to its end. A function that is
-/// asked whether to go on may read; what writes into a store that its thread is writing into answers Fault::Busy, as
-/// does open(), and close() does nothing. It may destroy the object: the call ends with Fault::Stopped then, whatever
-/// the answer is, and until it has come back the folder stays in use. Of all programs one writes, the first to come;
-/// others read beside it. There must be a QCoreApplication.
+/// folder, and may write as well, in turns: a merge has its turn from its look at the other store to its end. A
+/// function that is asked whether to go on may read; what writes into a store that its thread is writing into answers
+/// Fault::Busy, as does open(), and close() does nothing. It may destroy the object: the call ends with Fault::Stopped
+/// then, whatever the answer is, and until it has come back the folder stays in use. Of all programs one writes, the
+/// first to come; others read beside it. There must be a QCoreApplication.
 class VANTORBASERECORDS_EXPORT RecordStore
 {
 public:
@@ -119,9 +161,17 @@ public:
     static constexpr int maxDefects = 65536;
     static constexpr int maxOutlinePoints = 4 * 1024 * 1024; ///< of all its defects together, 16 bytes each
 
+    /// Rules and defects that one call looks at to learn which records are in doubt; those beyond are.
+    static constexpr int maxJudgedParts = 500'000;
+
     // Of a store that is merged.
     static constexpr int maxMergedJobs = 100'000;
     static constexpr int maxMergedPoints = 1'000'000; ///< of all its jobs together
+    static constexpr int maxMergedPointsOfJob = 10'000; ///< also with those that the job has here
+
+    /// Bytes of the texts that its inspections are searched by, which the index has for each of them: those of its job,
+    /// the name of its point, its note.
+    static constexpr int maxMergedTexts = 64 * 1024 * 1024;
 
     RecordStore();
     ~RecordStore();
@@ -139,6 +189,9 @@ public:
     bool isOpen() const;
     bool canWrite() const;
 
+    /// Whether the folder still has what was opened: not once that was moved or removed, or another store put there.
+    bool isInPlace() const;
+
     /// @return the job with what the store has given to it
     Answer<Job> addJob(const Job &job);
 
@@ -146,6 +199,7 @@ public:
     Problem updateJob(const Job &job);
 
     Answer<Job> job(Id id) const;
+    Answer<Job> jobOf(const QUuid &identity) const;
     Answer<QVector<Job>> jobs(const Page &page = {}) const; ///< the latest first
     Answer<JobProgress> progress(Id job) const;
 
@@ -158,20 +212,33 @@ public:
 
     /// Stores all that the inspection says. Its verdict may be shown when this has come back. One of a point is by the
     /// standard of its job, or Fault::Invalid.
-    /// @param picture the bytes of the image file that was inspected; may be empty when there was none
+    /// @param picture the bytes of the image file that was inspected; may be empty where there is no verdict, which
+    /// rests on it
     Answer<Id> addInspection(
         const Origin &origin, const FiberInspection::Inspection &inspection, const QByteArray &picture);
 
+    /// A record that contradicts itself is not accepted, but may be repeated.
     Problem setDecision(Id inspection, Decision decision, const QString &note);
 
     Answer<QVector<InspectionSummary>> list(const Filter &filter = {}, const Page &page = {}) const;
     Answer<int> count(const Filter &filter = {}) const;
     Answer<StoredInspection> inspection(Id id) const;
+
+    /// Why the verdict of an inspection is not to be relied on, by its record and the standard of its job. For lists:
+    /// the outlines of its defects are not read, and whether its pictures are there is not looked at.
+    Answer<Doubt> doubt(Id inspection) const;
+
+    /// The same of many, in their order.
+    Answer<QVector<Doubt>> doubts(const QVector<Id> &inspections) const;
     Answer<QByteArray> picture(const QByteArray &hash) const; ///< the bytes that were stored
 
     /// The absolute path of a stored picture, to show it without a copy. The file is there, but its sum is not looked
     /// at. It must only be read: all inspections of the same picture have this one file.
     Answer<QString> picturePath(const QByteArray &hash) const;
+
+    /// Puts a picture back whose file is gone or damaged: the bytes that were stored. Answers whether it was; one that
+    /// no inspection names is Fault::NotFound.
+    Answer<bool> restorePicture(const QByteArray &picture);
 
     /// Inspects the stored picture again, in the same way. With a seed, the same version finds the same. A picture of
     /// more pixels than InspectionOptions::defaultMaxImagePixels is Fault::TooLarge, whatever the record allowed.
@@ -195,7 +262,7 @@ public:
     /// than what is here, in its own order; a job that both have stays as it is here. The other store is only read, and
     /// refused if it is damaged or was written by a later version.
     /// @param goesOn if given, is told how far it is, and ends the work by answering false, with Fault::Stopped. It is
-    /// not asked before the other database has been looked at as a whole, which takes seconds for a large one.
+    /// not asked before SQLite has looked at the other database as a whole, which takes seconds for a large one.
     Answer<Merge> merge(const QString &folder, const std::function<bool(int done, int all)> &goesOn = {});
 
 private:

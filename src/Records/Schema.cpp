@@ -244,20 +244,36 @@ Problem checkColumns(const Database &database)
         "The table \"%1\" makes up what it holds");
 }
 
+/// An index may compute what it holds whenever a row is written, or looked at as a whole: a few bytes would be
+/// gigabytes. What SQLite has made of the schema counts, not what the schema says of itself.
+Problem checkIndexes(const Database &database)
+{
+    return refuse(database,
+        "WITH known (name) AS (SELECT name FROM sqlite_schema UNION VALUES ('job'), ('point'), ('inspection'), "
+        "('zone'), "
+        "('rule'), ('defect'), ('search_data'), ('search_idx'), ('search_content'), ('search_docsize'), "
+        "('search_config')) SELECT has.name FROM known, pragma_index_list(known.name) AS has WHERE has.partial <> 0 OR "
+        "EXISTS (SELECT 1 FROM pragma_index_xinfo(has.name) AS part WHERE part.cid = -2) LIMIT 1",
+        "The store has an index \"%1\" that computes what it holds");
+}
+
 /// A table that somebody else has made may drop what is stored. Tables that are not asked for are the business of who
 /// made them.
 Problem checkTables(const Database &database, const State &state)
 {
-    const Problem problem = checkColumns(database);
-    return problem.ok() ? checkMadeAs(database, state.version,
-               "type <> 'index' AND lower(name) IN ('job', 'point', 'inspection', 'zone', 'rule', 'defect', 'search')")
-                        : problem;
+    Problem problem = checkColumns(database);
+    if (problem.ok())
+        problem = checkMadeAs(database, state.version,
+            "type <> 'index' AND lower(name) IN ('job', 'point', 'inspection', 'zone', 'rule', 'defect', 'search')");
+    return problem.ok() ? checkIndexes(database) : problem;
 }
 
 /// The same of one that a later version has made, whose tables are not known here.
 Problem checkUnknownTables(const Database &database)
 {
-    const Problem made = checkColumns(database);
+    Problem made = checkColumns(database);
+    if (made.ok())
+        made = checkIndexes(database);
     if (!made.ok())
         return made;
     return refuse(database,
@@ -303,6 +319,8 @@ Problem prepare(Database &database, bool *isNew)
         if (!problem.ok())
             return problem;
     }
+    if (*isNew)
+        database.emptyJournal();
     const Problem problem = touch(database);
     return problem.ok() ? SearchIndex::mendIfUnusable(database) : problem;
 }
@@ -336,6 +354,11 @@ Problem checkNothingActs(const Database &database)
 {
     return refuse(database, "SELECT name FROM sqlite_schema WHERE type NOT IN ('table', 'index') LIMIT 1",
         "The store has a rule of its own, \"%1\", that may alter what is stored");
+}
+
+Problem checkNothingComputes(const Database &database)
+{
+    return checkIndexes(database);
 }
 
 Problem checkSame(const Database &other)

@@ -20,6 +20,10 @@ Answer<bool> isOfThisVersion(const Database &database);
 /// Whether nothing in the database acts by itself: a trigger could store another verdict than it was told.
 Problem checkNothingActs(const Database &database);
 
+/// Whether no index computes what it holds, as one of an expression does: to look at the whole would take what it
+/// likes.
+Problem checkNothingComputes(const Database &database);
+
 /// Whether a database that check() has let through holds nothing but what ours does: its rows hold to what our tables
 /// demand, and no index or constraint of its own keeps us busy.
 Problem checkSame(const Database &other);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Records/JobRows_p.h"
+#include "Records/RecordDoubts_p.h"
 #include "Records/StatisticsRows_p.h"
 
 #include <algorithm>
@@ -14,8 +15,9 @@ constexpr double millisecondsOfASecond = 1000;
 /// The last inspections of the points of a job.
 constexpr char latest[] = "WITH latest AS (SELECT (SELECT max(inspection.id) FROM inspection "
                           "WHERE inspection.point = point.id) AS id FROM point WHERE point.job = ?) ";
-constexpr char verdicts[] = "SELECT inspection.verdict, count(*) FROM latest "
-                            "CROSS JOIN inspection ON inspection.id = latest.id GROUP BY inspection.verdict";
+constexpr char pointCount[] = "SELECT count(*) FROM point WHERE job = ?";
+constexpr char verdicts[] = "SELECT inspection.id, inspection.verdict, inspection.decision FROM latest "
+                            "CROSS JOIN inspection ON inspection.id = latest.id";
 constexpr char violatedRules[] =
     "SELECT rule.zone, rule.kind, rule.operator, rule.min_size, rule.max_size, rule.allowed, "
     "count(DISTINCT rule.inspection) FROM latest CROSS JOIN rule ON rule.inspection = latest.id WHERE rule.violated "
@@ -25,34 +27,54 @@ constexpr char failingSizes[] = "SELECT defect.size FROM latest CROSS JOIN defec
                                 "WHERE defect.fails";
 // All of it stands in an index. The plus keeps SQLite from another one, which leads from each point to wide rows.
 constexpr char times[] =
-    "SELECT made FROM inspection WHERE id >= (SELECT min(id) FROM (SELECT (SELECT min(inspection.id) FROM inspection "
+    "SELECT made, point FROM inspection WHERE id >= (SELECT min(id) FROM (SELECT (SELECT min(inspection.id) FROM "
+    "inspection "
     "WHERE inspection.point = point.id) AS id FROM point WHERE point.job = ?)) AND id <= (SELECT max(id) FROM latest) "
     "AND +point IN (SELECT point.id FROM point WHERE point.job = ?) ORDER BY id";
 
 /// @param more of the values of the rest
-Query ofLatest(const Database &database, const char *rest, Id job, const QVariantList &more = {})
+Query ofLatest(const Database &database, const QString &rest, Id job, const QVariantList &more = {})
 {
-    Query query(database, QLatin1String(latest) + QLatin1String(rest));
+    Query query(database, QLatin1String(latest) + rest);
     query.run(QVariantList{job} + more);
     return query;
 }
 
+int &countOf(Verdict verdict, JobStatistics *statistics)
+{
+    if (verdict == Verdict::Passed)
+        return statistics->passed;
+    return verdict == Verdict::Failed ? statistics->failed : statistics->withoutVerdict;
+}
+
 Problem countVerdicts(const Database &database, Id job, JobStatistics *statistics)
 {
-    Query row = ofLatest(database, verdicts, job);
+    const Answer<QVariant> points = database.value(pointCount, {job});
+    if (!points.ok())
+        return points.problem;
+    statistics->points = statistics->open = points.value.toInt();
+    Query row = ofLatest(database, QLatin1String(verdicts), job);
+    RecordDoubts doubts(database);
     while (row.next()) {
-        const auto verdict = static_cast<Verdict>(row.number(0));
-        int &count = verdict == Verdict::Passed ? statistics->passed
-            : verdict == Verdict::Failed        ? statistics->failed
-                                                : statistics->withoutVerdict;
-        count += row.number(1);
+        const auto verdict = static_cast<Verdict>(row.number(1));
+        const PointState state = JobRows::stateOf(verdict, static_cast<Decision>(row.number(2)));
+        if (state == PointState::Open)
+            continue;
+        --statistics->open;
+        if (doubts.isDoubtful(row.longNumber(0))) {
+            ++statistics->doubtful;
+            continue;
+        }
+        ++countOf(verdict, statistics);
+        if (state == PointState::Accepted && verdict == Verdict::Failed)
+            ++statistics->accepted;
     }
     return row.problem();
 }
 
 Problem countFailures(const Database &database, Id job, JobStatistics *statistics)
 {
-    Query row = ofLatest(database, violatedRules, job);
+    Query row = ofLatest(database, QLatin1String(violatedRules), job);
     while (row.next()) {
         RuleFailures failures;
         failures.zone = static_cast<Zone::Id>(row.number(0));
@@ -70,7 +92,7 @@ Problem countFailures(const Database &database, Id job, JobStatistics *statistic
 Problem countSizes(const Database &database, Id job, const QVector<double> &edges, JobStatistics *statistics)
 {
     statistics->sizes.fill(0, edges.size() + 1);
-    Query row = ofLatest(database, failingSizes, job);
+    Query row = ofLatest(database, QLatin1String(failingSizes), job);
     while (row.next()) {
         const auto above = std::upper_bound(edges.cbegin(), edges.cend(), row.real(0));
         ++statistics->sizes[static_cast<int>(above - edges.cbegin())];
@@ -90,19 +112,67 @@ std::optional<double> median(QVector<qint64> values)
     return (static_cast<double>(lower) + static_cast<double>(*upper)) / 2;
 }
 
+/// How long the points took, from the spans between inspections.
+class Turns
+{
+public:
+    void add(Id point, qint64 span) ///< milliseconds
+    {
+        const bool isWork = span >= 0 && span <= longest;
+        if (point != mPoint) {
+            end();
+            mPoint = point;
+            mTook = span;
+            mIsKnown = isWork;
+            return;
+        }
+        mTook += span;
+        mIsKnown = mIsKnown && isWork;
+    }
+    void begin(Id point) { mPoint = point; }
+    void end()
+    {
+        if (mIsKnown)
+            took.append(mTook);
+        mIsKnown = false;
+    }
+
+    QVector<qint64> took; // milliseconds
+
+private:
+    static constexpr qint64 longest = qint64{1000} * JobStatistics::longestPause;
+
+    Id mPoint = noId;
+    qint64 mTook = 0;
+    bool mIsKnown = false; ///< not the very first, nor a pause
+};
+
 Problem measureTimes(const Database &database, Id job, JobStatistics *statistics)
 {
-    Query row = ofLatest(database, times, job, {job, job});
+    Query row = ofLatest(database, QLatin1String(times), job, {job, job});
     QVector<qint64> spans; // milliseconds
+    Turns turns;
     qint64 former = 0;
     while (row.next()) {
         const qint64 made = row.longNumber(0);
-        if (statistics->inspections++ > 0 && made >= former)
-            spans.append(made - former);
+        const Id point = row.longNumber(1);
+        if (statistics->inspections++ == 0) {
+            turns.begin(point);
+        } else {
+            turns.add(point, made - former);
+            if (made >= former)
+                spans.append(made - former);
+        }
         former = made;
     }
+    turns.end();
     if (const std::optional<double> span = median(spans))
         statistics->secondsBetween = *span / millisecondsOfASecond;
+    if (const std::optional<double> took = median(turns.took)) {
+        statistics->secondsOfPoint = *took / millisecondsOfASecond;
+        statistics->longestSecondsOfPoint =
+            static_cast<double>(*std::max_element(turns.took.cbegin(), turns.took.cend())) / millisecondsOfASecond;
+    }
     return row.problem();
 }
 } // namespace

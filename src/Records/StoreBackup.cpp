@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Helpers/FileAccess_p.h"
-#include "Helpers/WholeFile_p.h"
+#include "Internal/FileAccess.h"
+#include "Internal/WholeFile.h"
 #include "Records/InspectionRows_p.h"
+#include "Records/NewPictures_p.h"
 #include "Records/StoreBackup_p.h"
 
 #include <QFile>
@@ -65,15 +66,24 @@ Problem checkTarget(const OpenStore &store, const QString &folder)
     return {};
 }
 
+/// A problem of the disk that is written to names the database, which is only read.
+Problem ofCopy(Problem problem, const OpenStore &store, const QString &copy)
+{
+    const QString name = store.folder.database();
+    if ((problem.fault == Fault::DiskFull || problem.fault == Fault::ReadOnly) && problem.text.startsWith(name))
+        problem.text.replace(0, name.size(), copy);
+    return problem;
+}
+
 /// Those that the copy of the database names are among those that this one names by now.
-Problem copyPictures(const OpenStore &store, const PictureStore &target, Backup *done)
+Problem copyPictures(const OpenStore &store, NewPictures *target, Backup *done)
 {
     const Answer<QSet<QByteArray>> names = InspectionRows::pictureNames(*store.database);
     if (!names.ok())
         return names.problem;
     for (const QByteArray &hash : names.value) {
         const Answer<QByteArray> bytes = store.pictures.read(hash);
-        const Problem problem = bytes.ok() ? target.put(bytes.value).problem : Problem();
+        const Problem problem = bytes.ok() ? target->put(bytes.value).problem : Problem();
         if (!problem.ok())
             return problem;
         ++(bytes.ok() ? done->pictures : done->missing);
@@ -87,23 +97,32 @@ Answer<Backup> backUpStore(const OpenStore &store, const QString &folder)
     const Problem obstacle = checkTarget(store, folder);
     if (!obstacle.ok())
         return {{}, obstacle};
-    const StoreFolder target(folder);
-    target.make();
-    const FolderLock lock(folder);
+    StoreFolder target(folder);
+    const Problem planted = target.make();
+    if (!planted.ok())
+        return {{}, planted};
+    const FolderLock lock(target.path());
     if (lock.isOthers())
         return {{}, {Fault::Busy, QStringLiteral("Another program writes into %1").arg(folder)}};
     const QString copy = target.database() + QStringLiteral(".unfinished");
     QFile::remove(copy);
-    Problem problem = store.database->run("VACUUM INTO ?", {Database::nameOf(copy)});
+    Problem problem = ofCopy(store.database->run("VACUUM INTO ?", {Database::nameOf(copy)}), store, copy);
     Backup done;
+    const PictureStore pictures(target.pictures());
+    NewPictures copied(pictures);
     if (problem.ok())
-        problem = copyPictures(store, PictureStore(target.pictures()), &done);
+        problem = copyPictures(store, &copied, &done);
     const bool isWhole = problem.ok() && putOnDisk(copy) && QFile::rename(copy, target.database());
-    WholeFile::syncFolder(folder);
-    if (!isWhole)
+    const bool isConfirmed = WholeFile::syncFolder(target.path());
+    if (isWhole)
+        copied.keep();
+    else
         QFile::remove(copy);
     if (problem.ok() && !isWhole)
         problem = {Fault::Unusable, QStringLiteral("Cannot write %1").arg(target.database())};
+    else if (problem.ok() && !isConfirmed)
+        problem = {
+            Fault::Unusable, QStringLiteral("%1 is there, but the disk does not confirm it").arg(target.database())};
     return {done, problem};
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Helpers/WholeFile_p.h"
+#include "Internal/FileAccess.h"
+#include "Internal/WholeFile.h"
 #include "Records/PictureStore.h"
 #include "Records/StoreFolder_p.h"
 
@@ -37,7 +38,7 @@ QString makeFolderOfTime(const QString &beside)
     if (QDir().mkdir(name))
         return name;
     for (int i = 2; i <= mostFoldersASecond; ++i) {
-        const QString numbered = QStringLiteral("%1-%2").arg(name).arg(i);
+        const QString numbered = QStringLiteral("%1-%2").arg(name, QString::number(i));
         if (QDir().mkdir(numbered))
             return numbered;
     }
@@ -77,14 +78,19 @@ Problem StoreFolder::checkName(const QString &path)
     return path.isEmpty() ? Problem{Fault::Invalid, QStringLiteral("A store needs a folder")} : Problem();
 }
 
-void StoreFolder::make() const
+Problem StoreFolder::make()
 {
     QStringList missing;
     for (QString path = mPath; !QFileInfo::exists(path) && !QFileInfo(path).isRoot(); path = QFileInfo(path).path())
         missing << path;
-    QDir().mkpath(mPath);
+    const FileAccess::Place place(mPath, FileAccess::Place::Missing::MakeFolders);
+    if (place.isPlanted())
+        return {Fault::Invalid, QStringLiteral("Cannot write into %1: %2").arg(mPath, place.whyNoFile())};
     for (const QString &path : qAsConst(missing))
         WholeFile::syncFolder(QFileInfo(path).path()); // or a power failure takes all of the store away
+    if (place.isBehindLinks() && !place.path().isEmpty())
+        mPath = place.path(); // where the links lead later is another matter
+    return {};
 }
 
 QString StoreFolder::database() const
@@ -128,6 +134,16 @@ QString StoreFolder::obstacle() const
     return {};
 }
 
+QString StoreFolder::link() const
+{
+    for (const char *const ending : endings) {
+        const QString path = database() + QLatin1String(ending);
+        if (QFileInfo(path).isSymLink())
+            return path;
+    }
+    return {};
+}
+
 QString StoreFolder::detour() const
 {
     for (const char *const ending : endings) {
@@ -135,6 +151,12 @@ QString StoreFolder::detour() const
             return database() + QLatin1String(ending);
     }
     return isNothingOr(S_IFDIR, pictures()) ? QString() : pictures();
+}
+
+void StoreFolder::removeDatabase() const
+{
+    for (const char *const ending : endings)
+        QFile::remove(database() + QLatin1String(ending));
 }
 
 bool StoreFolder::isBeheaded() const

@@ -38,8 +38,10 @@ public:
     /// Absolute: the program may go to another folder, and SQLite takes what begins with "file:" for an address.
     const QString &path() const { return mPath; }
 
-    /// Where it is not there yet. What goes wrong with it shows with the first file.
-    void make() const;
+    /// Where it is not there yet. From then on the path is the one behind all links. Refused is one that leads by a
+    /// link which another user has put into a folder that is open to others; what else goes wrong shows with the first
+    /// file.
+    Problem make();
     QString database() const;
     QString pictures() const;
     QString lock() const;
@@ -51,9 +53,15 @@ public:
     /// What lies where the database opens files, and is none: it would wait for a pipe. Empty when all is well.
     QString obstacle() const;
 
+    /// What lies where the database opens files, and is a link: SQLite looks for journals beside what that leads to.
+    /// Empty when all is well.
+    QString link() const;
+
     /// What lies where something is written or removed, and leads elsewhere or is of another kind. Empty when all is
     /// well.
     QString detour() const;
+
+    void removeDatabase() const; ///< one that nobody has open, with its journals
 
     /// Pictures or a journal without their database: the database was taken away, or lost.
     bool isBeheaded() const;

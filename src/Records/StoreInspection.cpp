@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/AnnotatedPicture_p.h"
 #include "Records/InspectionRows_p.h"
 #include "Records/NewPictures_p.h"
 #include "Records/StoreInspection_p.h"
@@ -45,22 +46,25 @@ Origin completed(Origin origin)
     if (!origin.made.isValid())
         origin.made = QDateTime::currentDateTimeUtc();
     if (origin.software.isEmpty())
-        origin.software = QStringLiteral("VantorBase " VANTORBASE_VERSION);
+        origin.software = Origin::ownSoftware();
     return origin;
 }
 
+/// Empty where there is none, or none that is shown anywhere: it is too large.
 QByteArray pngOf(const QImage &image)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    return !image.isNull() && image.save(&buffer, "PNG") ? bytes : QByteArray();
+    return !image.isNull() && image.save(&buffer, "PNG") && isAnnotatedPicture(bytes) ? bytes : QByteArray();
 }
 } // namespace
 
 Answer<Id> storeInspection(
     const OpenStore &store, const Origin &told, const Inspection &inspection, const QByteArray &picture)
 {
+    if (inspection.hasVerdict() && picture.isEmpty())
+        return {noId, {Fault::Invalid, QStringLiteral("A verdict without the picture that it rests on is not kept")}};
     const Origin origin = completed(told);
     const QByteArray annotated = pngOf(inspection.annotatedImage());
     const StoreLock::Turn turn(*store.lock);
@@ -105,6 +109,23 @@ Answer<QString> findPicture(const OpenStore &store, const QByteArray &hash)
     if (store.pictures.contains(hash))
         return {store.pictures.path(hash), {}};
     return {{}, {Fault::PictureMissing, QStringLiteral("There is no picture %1").arg(QString::fromLatin1(hash))}};
+}
+
+Answer<bool> restorePicture(const OpenStore &store, const QByteArray &picture)
+{
+    const QByteArray hash = PictureStore::hashOf(picture);
+    const StoreLock::Turn turn(*store.lock);
+    if (!turn.problem().ok())
+        return {false, turn.problem()};
+    const Answer<bool> isNamed = InspectionRows::isNamed(*store.database, hash);
+    if (!isNamed.ok() || !isNamed.value)
+        return {false,
+            isNamed.ok() ? Problem{Fault::NotFound, QStringLiteral("No inspection has this picture")}
+                         : isNamed.problem};
+    if (store.pictures.keeps(hash))
+        return {false, {}};
+    const Problem problem = store.pictures.put(picture).problem;
+    return {problem.ok(), problem};
 }
 
 Answer<Inspection> inspectPictureOf(const OpenStore &store, Id id)

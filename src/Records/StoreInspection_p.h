@@ -14,6 +14,9 @@ Answer<Id> storeInspection(const OpenStore &store, const Origin &told, const Fib
 Answer<StoredInspection> readInspection(const OpenStore &store, Id id);
 Answer<QString> findPicture(const OpenStore &store, const QByteArray &hash); ///< the path of its file
 
+/// Puts back what is gone or damaged. Answers whether it was.
+Answer<bool> restorePicture(const OpenStore &store, const QByteArray &picture);
+
 /// Inspects its picture in the way that it was inspected.
 Answer<FiberInspection::Inspection> inspectPictureOf(const OpenStore &store, Id id);
 

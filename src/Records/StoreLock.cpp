@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Records/FaultOf_p.h"
 #include "Records/StoreLock_p.h"
 
 #include <QFile>
@@ -44,10 +45,8 @@ Problem problemOf(const QString &path, int error)
 {
     if (error == EWOULDBLOCK)
         return {Fault::Busy, QStringLiteral("Another program writes into the store")};
-    const Fault fault = error == ENOSPC || error == EDQUOT    ? Fault::DiskFull
-        : error == EROFS || error == EACCES || error == EPERM ? Fault::ReadOnly
-                                                              : Fault::Unusable;
-    return {fault, QStringLiteral("Cannot write %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)))};
+    return {
+        faultOf(error), QStringLiteral("Cannot write %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error)))};
 }
 
 bool isRegular(int descriptor)

@@ -13,6 +13,9 @@ namespace Records {
 namespace {
 Problem checkFiles(const StoreFolder &folder)
 {
+    const QString link = folder.link();
+    if (!link.isEmpty())
+        return {Fault::Unusable, QStringLiteral("%1 is a link").arg(link)};
     const QString obstacle = folder.obstacle();
     return obstacle.isEmpty() ? Problem() : Problem{Fault::Unusable, QStringLiteral("%1 is not a file").arg(obstacle)};
 }
@@ -98,6 +101,7 @@ Opening openAlone(OpenStore *store)
         return beginAnew(
             store, {Fault::Damaged, folder.database() + QStringLiteral(" is missing, what belongs to it is not")});
 
+    const bool wasThere = folder.hasDatabase();
     bool isNew = false;
     const Problem problem = prepare(store, &isNew);
     if (problem.ok()) {
@@ -110,6 +114,8 @@ Opening openAlone(OpenStore *store)
         return opening;
     }
     store->database.reset();
+    if (problem.fault == Fault::DiskFull && !wasThere)
+        folder.removeDatabase(); // without its tables it would look like a store
     return problem.fault == Fault::Damaged ? beginAnew(store, problem) : Opening{Opened::No, problem, {}, 0};
 }
 
@@ -170,7 +176,6 @@ Opening openStore(OpenStore *store, RecordStore::Mode mode)
     if (mode == RecordStore::Mode::ReadOnly)
         return openForReading(store, Opened::AsReader, {});
 
-    store->folder.make();
     Problem problem;
     store->lock = StoreLock::take(store->folder.path(), &problem);
     if (!store->lock)

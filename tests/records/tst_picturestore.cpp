@@ -122,6 +122,35 @@ private Q_SLOTS:
         QCOMPARE(mPictures->read(hash).value, QByteArray("abc"));
     }
 
+    void whatLiesBehindALinkIsNotKept_data()
+    {
+        QTest::addColumn<int>("levels"); // that the link stands above the picture
+        QTest::newRow("picture") << 0;
+        QTest::newRow("shelf") << 1;
+        QTest::newRow("folder") << 2;
+    }
+    void whatLiesBehindALinkIsNotKept()
+    {
+        QFETCH(const int, levels);
+        const PictureStore others(mDir->filePath(QStringLiteral("others")));
+        const QByteArray hash = others.put("abc").value.hash;
+        const auto at = [&](const PictureStore &store) {
+            return store.path(hash).section(QLatin1Char('/'), 0, -1 - levels);
+        };
+        QVERIFY(QDir().mkpath(QFileInfo(at(*mPictures)).path()));
+        QVERIFY(QFile::link(at(others), at(*mPictures)));
+        QVERIFY(!mPictures->keeps(hash));
+
+        const Answer<PictureStore::Kept> kept = mPictures->put("abc");
+
+        QCOMPARE(kept.ok(), levels == 0); // in place of the link
+        QCOMPARE(kept.value.isNew, levels == 0);
+        QCOMPARE(mPictures->keeps(hash), levels == 0);
+        QVERIFY(others.keeps(hash));
+        QVERIFY(QFile::remove(others.path(hash)));
+        QCOMPARE(mPictures->read(hash).ok(), levels == 0);
+    }
+
     void noBytesAreNoPicture() { QCOMPARE(mPictures->put({}).problem.fault, Fault::Invalid); }
 
     void sweepingTakesWhatNobodyWantsAndWhatWritersLeft()

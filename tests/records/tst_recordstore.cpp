@@ -263,6 +263,8 @@ private Q_SLOTS:
         QCOMPARE(job.created, added.value.created);
         QVERIFY(qAbs(job.created.secsTo(QDateTime::currentDateTimeUtc())) < 60);
         QVERIFY(job.isOpen());
+        QCOMPARE(mStore->jobOf(job.identity).value.id, job.id);
+        QCOMPARE(mStore->jobOf(QUuid::createUuid()).problem.fault, Fault::NotFound);
     }
 
     void aJobCanBeRenamedAndClosed()
@@ -302,6 +304,13 @@ private Q_SLOTS:
         QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
         job.name = QStringLiteral("a") + QChar(0xd800); // bytes that are no characters, as the command line brings them
         QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
+        for (const QChar mark :
+            {QChar(QChar::ByteOrderMark), QChar(QChar::ByteOrderSwapped)}) { // SQLite would take it for one
+            job.name = mark + QStringLiteral("Panel");
+            const Problem problem = mStore->addJob(job).problem;
+            QCOMPARE(problem.fault, Fault::Invalid);
+            QVERIFY2(problem.text.contains(QLatin1String("byte order mark")), qPrintable(problem.text));
+        }
         job = panelJob();
         job.standard = static_cast<Standard::Id>(99);
         QCOMPARE(mStore->addJob(job).problem.fault, Fault::Invalid);
@@ -457,6 +466,71 @@ private Q_SLOTS:
         QCOMPARE(progress.failed, 1);
         QCOMPARE(progress.accepted, 1);
         QCOMPARE(progress.withoutVerdict, 1);
+    }
+
+    void aTextThatIsTooLongIsNotReadAsAWhole()
+    {
+        Job job;
+        job.name = QStringLiteral("P");
+        const Id id = mStore->addJob(job).value.id;
+        const Id point = mStore->addPoints(id, {QStringLiteral("1"), QStringLiteral("1"), {}, {}}).value[0].id;
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(*mStore, point).ok());
+        QVERIFY(mStore->setDecision(1, Decision::Undecided, QString(RecordStore::maxTextLength, QChar(0xe4))).ok());
+        QVERIFY(mStore->inspection(1).ok());
+        const QString text = QStringLiteral("printf('%1', 5000000, 'x')").arg(QStringLiteral("%.*c"));
+        OwnConnection connection(mDir->path());
+        for (const char *const statement : {"UPDATE inspection SET note = %1, software = %1",
+                 "UPDATE point SET name = %1", "UPDATE job SET name = %1, customer = %1"})
+            QCOMPARE(connection.run(QString::fromLatin1(statement).arg(text)), QStringList());
+
+        const InspectionSummary row = mStore->list().value.value(0);
+
+        const int most = RecordStore::maxTextLength + 1;
+        QVERIFY(!row.note.isEmpty() && row.note.size() <= most);
+        QVERIFY(row.pointName.size() <= most && row.jobName.size() <= most);
+        QVERIFY(mStore->job(id).value.customer.size() <= most);
+        QVERIFY(mStore->jobs().value[0].name.size() <= most);
+        QVERIFY(mStore->points(id).value[0].name.size() <= most);
+        QVERIFY(mStore->points(id).value[0].isDoubtful);
+        QCOMPARE(mStore->inspection(1).problem.fault, Fault::Damaged);
+        QCOMPARE(mStore->inspection(1).problem.text, QStringLiteral("Inspection 1: a text is too long"));
+        QVERIFY(!mStore->verify().value.allWell());
+    }
+
+    void whatFailsTakesNoId()
+    {
+        const QTemporaryDir elsewhere;
+        RecordStore other;
+        QVERIFY(other.open(elsewhere.path()).canWrite());
+        Job named;
+        named.name = QStringLiteral("There");
+        const Id there = other.addJob(named).value.id;
+        const PointRun run{QStringLiteral("A1"), QStringLiteral("A2"), {}, {}};
+        const Id point = other.addPoints(there, run).value[0].id;
+        QVERIFY(Face::of(QStringLiteral("clean")).addTo(other, point).ok());
+        QVERIFY(Face::of(QStringLiteral("pitted")).addTo(other, point).ok());
+
+        int asked = 0;
+        QCOMPARE(
+            mStore->merge(elsewhere.path(), [&asked](int, int) { return ++asked < 1000; }).problem.fault, Fault::None);
+        const int all = asked;
+        QVERIFY(all > 4);
+        QVERIFY(!mStore->addPoints(1, run).ok()); // they are there
+        QVERIFY(!mStore->setDecision(1, static_cast<Decision>(77), {}).ok());
+        RecordStore third;
+        const QTemporaryDir own;
+        QVERIFY(third.open(own.path()).canWrite());
+        for (int most = 1; most <= all; ++most) {
+            asked = 0;
+            QCOMPARE(
+                third.merge(elsewhere.path(), [&](int, int) { return ++asked < most; }).problem.fault, Fault::Stopped);
+        }
+        QVERIFY(third.merge(elsewhere.path()).ok());
+
+        for (RecordStore *const store : {mStore.get(), &third}) {
+            QVERIFY(store->verify().value.allWell());
+            QCOMPARE(store->list().value.value(0).id, Id(2));
+        }
     }
 
     void aDecisionAndItsNoteStay()
@@ -710,7 +784,7 @@ private Q_SLOTS:
                                << QStringLiteral("Inspection 2: the shape of a defect is damaged");
         QTest::newRow("verdict against its rules")
             << QStringList{QStringLiteral("UPDATE inspection SET verdict = 3 - verdict WHERE id = 2")}
-            << QStringLiteral("Inspection 2 has a value that nothing here writes");
+            << QStringLiteral("Inspection 2 contradicts itself: the verdict is not that of its rules");
         QTest::newRow("verdict") << QStringList{QStringLiteral("PRAGMA ignore_check_constraints = ON"),
             QStringLiteral("UPDATE inspection SET verdict = 7 WHERE id = 2")}
                                  << QStringLiteral("Inspection 2 has a value that nothing here writes");
@@ -777,6 +851,36 @@ private Q_SLOTS:
         QVERIFY(mStore->inspection(first).value.identity != mStore->inspection(second).value.identity);
         QCOMPARE(face.addTo(*mStore, 99).problem.fault, Fault::NotFound); // what fails takes no picture of others away
         QVERIFY(mStore->inspection(first).value.isPictureThere);
+    }
+
+    void aBackupCopiesNothingBehindALink()
+    {
+        QVERIFY(Face::of(QStringLiteral("pitted")).addTo(*mStore).ok());
+        const QString folder = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkdir(folder));
+        QVERIFY(QFile::link(mDir->filePath(QStringLiteral("pictures")), folder + QStringLiteral("/pictures")));
+
+        QCOMPARE(mStore->backup(folder).problem.fault, Fault::Unusable);
+        QVERIFY(!QFile::exists(folder + QStringLiteral("/records.sqlite")));
+    }
+
+    void aBackupThatFailsLeavesNoPicture()
+    {
+        constexpr int inspections = 10; // so that hardly ever the first picture is the one that fails
+        const Face &face = Face::of(QStringLiteral("pitted"));
+        for (int i = 0; i < inspections; ++i)
+            QVERIFY(mStore->addInspection(face.origin(), face.inspection, face.picture + QByteArray::number(i)).ok());
+        const PictureStore pictures(mDir->filePath(QStringLiteral("copy/pictures")));
+        const QByteArray former = mStore->inspection(1).value.picture;
+        QVERIFY(QDir().mkpath(mDir->filePath(QStringLiteral("copy"))));
+        QVERIFY(pictures.put(mStore->picture(former).value).ok());
+        QFile inTheWay(QFileInfo(pictures.path(mStore->inspection(1).value.annotatedPicture)).path());
+        QVERIFY(inTheWay.open(QIODevice::WriteOnly));
+
+        QVERIFY(!mStore->backup(mDir->filePath(QStringLiteral("copy"))).ok());
+
+        QVERIFY(pictures.remove(former)); // which was there before
+        QVERIFY(pictures.isEmpty());
     }
 
     void aBackupIsAStoreOfItsOwn()

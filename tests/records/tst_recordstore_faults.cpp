@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "OneProcess.h"
 #include "OwnConnection.h"
 #include "StoredFaces.h"
 
@@ -93,7 +94,7 @@ public:
     {
         if (mChild <= 0)
             return;
-        ::kill(mChild, SIGKILL);
+        OneProcess::sendSignal(mChild, SIGKILL);
         waitpid(mChild, nullptr, 0);
         close(mEnd);
         mChild = -1;
@@ -269,6 +270,70 @@ private Q_SLOTS:
         QVERIFY(hasRun);
     }
 
+    void noStoreIsWrittenBehindALinkOfAnotherUser()
+    {
+        const QTemporaryDir dir;
+        const QString link = dir.filePath(QStringLiteral("link"));
+        QCOMPARE(chmod(QFile::encodeName(dir.path()).constData(), 01777), 0);
+        QVERIFY(QFile::link(mFolder, link));
+        if (lchown(QFile::encodeName(link).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+        const QStringList before = filesIn(mFolder);
+
+        for (const QString &folder : {link, link + QStringLiteral("/new")}) {
+            RecordStore store;
+            const Opening opening = store.open(folder);
+            QVERIFY(!opening.isOpen());
+            QCOMPARE(opening.problem.fault, Fault::Invalid);
+            QVERIFY2(opening.problem.text.contains(QLatin1String("another user")), qPrintable(opening.problem.text));
+        }
+        QCOMPARE(filesIn(mFolder), before);
+        QVERIFY(!QFile::exists(mFolder + QStringLiteral("/new")));
+    }
+
+    void whatThereIsNoRoomToBeginIsNotBegun()
+    {
+        const bool hasRun = Faults::withSmallDisk(mFolder, 1024, [&] {
+            int refused = 0;
+            for (int free = 0; free <= 512 && refused == free / 8; free += 8) { // another step each time
+                const DiskFilling filling(mFolder, free);
+                RecordStore store;
+                const Opening opening = store.open(mFolder);
+                if (opening.canWrite())
+                    break;
+                ++refused;
+                QCOMPARE(opening.problem.fault, Fault::DiskFull);
+                QVERIFY2(!opening.problem.text.contains(QLatin1String("no tables")), qPrintable(opening.problem.text));
+                QVERIFY(!QFile::exists(mFolder + QStringLiteral("/records.sqlite")));
+            }
+            QVERIFY(refused > 4);
+            RecordStore store;
+            const Opening opening = store.open(mFolder);
+            QVERIFY2(opening.canWrite(), qPrintable(opening.problem.text));
+        });
+        QVERIFY(hasRun);
+    }
+
+    void aBackupThatThereIsNoRoomForNamesTheFullDisk()
+    {
+        const QTemporaryDir small;
+        Answer<Backup> backup;
+        {
+            RecordStore store;
+            store.open(mFolder);
+            QVERIFY(badFace().addTo(store).ok());
+        }
+        const bool hasRun = Faults::withSmallDisk(small.path(), 256, [&] {
+            RecordStore store;
+            store.open(mFolder);
+            const DiskFilling filling(small.path(), 16);
+            backup = store.backup(small.filePath(QStringLiteral("copy")));
+        });
+        QVERIFY(hasRun);
+        QCOMPARE(backup.problem.fault, Fault::DiskFull);
+        QVERIFY2(backup.problem.text.startsWith(small.path()), qPrintable(backup.problem.text));
+    }
+
     void aStoreOfALaterVersionCanBeRead()
     {
         {
@@ -405,12 +470,16 @@ private Q_SLOTS:
 
     void theIndexIsLookedAtWhileSomebodyElseStores()
     {
+#ifdef __SANITIZE_ADDRESS__
+        constexpr int inspections = 20; // instrumented, each look at one takes thirty times as long
+#else
         constexpr int inspections = 200;
+#endif
         constexpr int looks = 20;
         RecordStore store;
         QVERIFY(store.open(mFolder).canWrite());
         for (int i = 1; i < inspections; ++i)
-            QVERIFY(store.addInspection({}, badFace().inspection, {}).ok());
+            QVERIFY(badFace().addTo(store).ok());
         std::atomic<bool> isDone{false};
         std::atomic<int> stored{0};
         std::thread writer([this, &isDone, &stored] {
@@ -679,6 +748,65 @@ private Q_SLOTS:
         QVERIFY(store.verify().value.allWell());
     }
 
+    void anIndexThatComputesIsNeitherReadNorWritten_data()
+    {
+        QTest::addColumn<QString>("on");
+        QTest::addColumn<bool>("ofLaterVersion");
+        for (const bool isLater : {false, true}) {
+            const auto row = [isLater](const char *name, const char *on) {
+                QTest::newRow(qPrintable(QStringLiteral("%1%2").arg(
+                    QLatin1String(name), isLater ? QStringLiteral(" of a later version") : QString())))
+                    << QString::fromLatin1(on) << isLater;
+            };
+            row("of an expression", "inspection (length(hex(zeroblob(9)) || id))");
+            row("of some rows", "inspection (id) WHERE length(hex(zeroblob(9))) > 0");
+            row("of the words", "search_data (hex(id))");
+        }
+    }
+    void anIndexThatComputesIsNeitherReadNorWritten()
+    {
+        QFETCH(const QString, on);
+        QFETCH(const bool, ofLaterVersion);
+        {
+            OwnConnection own(mFolder);
+            QCOMPARE(own.run(QStringLiteral("CREATE INDEX planted ON ") + on), QStringList());
+            if (ofLaterVersion)
+                QCOMPARE(own.run(QStringLiteral("PRAGMA user_version = 99")), QStringList());
+        }
+        const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
+        const Opening writing = RecordStore().open(mFolder);
+
+        for (const Opening &opening : {reading, writing}) {
+            QCOMPARE(opening.how, Opened::No);
+            QCOMPARE(opening.problem.fault, Fault::Unusable);
+            QCOMPARE(opening.keptAside, QString());
+            QVERIFY2(opening.problem.text.contains(QLatin1String("planted")), qPrintable(opening.problem.text));
+        }
+    }
+
+    void anIndexThatComputesIsToldByWhoLooksAtAll()
+    {
+        RecordStore store;
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("CREATE INDEX planted ON job (hex(name))")), QStringList());
+
+        const Verification found = store.verify().value;
+
+        QVERIFY(found.isComplete);
+        QCOMPARE(found.databaseFaults.size(), 1);
+        QVERIFY2(found.databaseFaults.first().contains(QLatin1String("planted")), qPrintable(found.databaseFaults[0]));
+    }
+
+    void anIndexOfColumnsOfSomebodyElseIsLeftAlone()
+    {
+        QCOMPARE(OwnConnection(mFolder).run(QStringLiteral("CREATE INDEX other ON inspection (made)")), QStringList());
+
+        RecordStore store;
+        QCOMPARE(store.open(mFolder, RecordStore::Mode::ReadOnly).how, Opened::AsReader);
+        QCOMPARE(store.open(mFolder).how, Opened::Usable);
+        QVERIFY(store.verify().value.allWell());
+    }
+
     void anotherIndexOfWordsThanOursIsRefused()
     {
         {
@@ -873,6 +1001,37 @@ private Q_SLOTS:
         QVERIFY(!writing.canWrite());
         QVERIFY2(
             writing.problem.text.endsWith(path + QStringLiteral(" is not a file")), qPrintable(writing.problem.text));
+    }
+
+    // SQLite looks for journals beside what a link leads to, and follows one in the place of a journal.
+    void nothingIsReadBehindALink_data()
+    {
+        QTest::addColumn<QString>("ending");
+        for (const char *const ending : {"", "-wal", "-shm", "-journal"})
+            QTest::newRow(*ending == '\0' ? "database" : ending) << QString::fromLatin1(ending);
+    }
+    void nothingIsReadBehindALink()
+    {
+        QFETCH(const QString, ending);
+        const QString elsewhere = mDir->filePath(QStringLiteral("elsewhere"));
+        QFile file(mDatabase + ending);
+        if (!file.exists())
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        file.close();
+        QVERIFY(file.rename(elsewhere));
+        QVERIFY(QFile::link(elsewhere, mDatabase + ending));
+        RecordStore store;
+        QVERIFY(store.open(mDir->filePath(QStringLiteral("other"))).canWrite());
+
+        const Opening reading = RecordStore().open(mFolder, RecordStore::Mode::ReadOnly);
+        const Answer<Merge> merged = store.merge(mFolder);
+
+        QCOMPARE(reading.how, Opened::No);
+        for (const Problem &problem : {reading.problem, merged.problem}) {
+            QCOMPARE(problem.fault, Fault::Unusable);
+            QVERIFY2(
+                problem.text.endsWith(mDatabase + ending + QStringLiteral(" is a link")), qPrintable(problem.text));
+        }
     }
 
     void onlyOneProcessWrites()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "OneProcess.h"
 #include "StoredFaces.h"
 
 #include <QDir>
@@ -87,8 +88,9 @@ QVector<Shown> killAtRandom(const QString &folder, quint32 run, bool isAtWork, i
     if (isAtWork && read(display[0], &first, sizeof first) == sizeof first)
         shown << first;
     usleep(QRandomGenerator::global()->bounded(longestLife * 1000U));
-    kill(child, SIGKILL);
-    waitpid(child, status, 0);
+    OneProcess::sendSignal(child, SIGKILL);
+    if (child > 0)
+        waitpid(child, status, 0);
     shown += readAll(display[0]);
     close(display[0]);
     return shown;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "OneProcess.h"
 #include "OwnConnection.h"
 #include "StoredFaces.h"
 
@@ -10,6 +11,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <ctime>
 #include <memory>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -221,8 +223,9 @@ private Q_SLOTS:
         RecordStore here;
         QCOMPARE(here.open(mHere).how, Opened::Begun);
         QCOMPARE(here.merge(mThere).value.inspections, 3);
-        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET contours = 1, decision = 1, "
-                                                          "note = 'x' WHERE id = 1")),
+        QCOMPARE(
+            OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET contours = contours + 1, decision = 1, "
+                                                     "note = 'x' WHERE id = 1")),
             QStringList());
         const Answer<Merge> merged = here.merge(mThere);
 
@@ -231,6 +234,59 @@ private Q_SLOTS:
         QCOMPARE(merged.value.decisions, QVector<Id>()); // of another inspection, for all we know
         QVERIFY(here.inspection(1).value.counts == Face::of(QStringLiteral("scratched")).inspection.counts());
         QCOMPARE(here.inspection(1).value.decision, Decision::Undecided);
+    }
+
+    void anInspectionWhosePartsSaySomethingElseThereIsTold_data()
+    {
+        QTest::addColumn<QString>("otherwise");
+        QTest::newRow("point") << QStringLiteral("UPDATE inspection SET point = 2 WHERE id = 1");
+        QTest::newRow("no point") << QStringLiteral("UPDATE inspection SET point = NULL WHERE id = 1");
+        QTest::newRow("zone") << QStringLiteral("UPDATE zone SET outer_diameter = outer_diameter + 1 "
+                                                "WHERE inspection = 1 AND zone = 0");
+        QTest::newRow("rule") << QStringLiteral("UPDATE rule SET allowed = allowed + 1000 "
+                                                "WHERE inspection = 1 AND violated = 0 AND allowed <> -1");
+        QTest::newRow("one rule less") << QStringLiteral("DELETE FROM rule WHERE inspection = 1 AND position = "
+                                                         "(SELECT max(position) FROM rule WHERE inspection = 1 "
+                                                         "AND zone = 1 AND violated = 0) AND zone = 1");
+        QTest::newRow("place of a defect") << QStringLiteral("UPDATE defect SET x = x + 50 WHERE inspection = 1");
+        QTest::newRow("outline of a defect")
+            << QStringLiteral("UPDATE defect SET shape = x'%1' WHERE inspection = 1 AND position = "
+                              "(SELECT max(position) FROM defect WHERE inspection = 1)")
+                   .arg(QString::fromLatin1(shapeOf(1, -1).toHex()));
+    }
+    void anInspectionWhosePartsSaySomethingElseThereIsTold()
+    {
+        QFETCH(const QString, otherwise);
+        fill(mThere, "Panel");
+        OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET software = 'of others, with their rules'"));
+        RecordStore here;
+        QCOMPARE(here.open(mHere).how, Opened::Begun);
+        QCOMPARE(here.merge(mThere).value.inspections, 3);
+        const StoredInspection before = here.inspection(1).value;
+        QCOMPARE(OwnConnection(mThere).run(otherwise), QStringList());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QVERIFY2(merged.ok(), qPrintable(merged.problem.text));
+        QCOMPARE(merged.value.known, 3);
+        QCOMPARE(merged.value.contradictions, QVector<Id>({1}));
+        const StoredInspection after = here.inspection(1).value;
+        QCOMPARE(after.point, before.point);
+        QCOMPARE(after.zones, before.zones);
+        QCOMPARE(after.defects, before.defects);
+    }
+
+    void aPointOfAnotherFibreThereIsTold()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QCOMPARE(here.open(mHere).how, Opened::Begun);
+        QCOMPARE(here.merge(mThere).value.otherFibres, QVector<Id>());
+        QCOMPARE(here.merge(mThere).value.otherFibres, QVector<Id>());
+        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE point SET fibre = 1 WHERE id = 2")), QStringList());
+
+        QCOMPARE(here.merge(mThere).value.otherFibres, QVector<Id>({2}));
+        QCOMPARE(here.points(1).value.value(1).fibre, FibreKind::MultiMode);
     }
 
     void nothingIsKeptOfAnInspectionThatSaysSomethingElseThere()
@@ -285,6 +341,47 @@ private Q_SLOTS:
         QVERIFY(here.verify().value.allWell());
     }
 
+    void anAnnotatedPictureThatIsNoneIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("isHere"); // as a photograph of a record
+        constexpr quint32 side = 30000; // pixels; 109,445 bytes would be gigabytes
+        for (const bool isHere : {false, true}) {
+            const char *const where = isHere ? "here" : "there";
+            QTest::addRow("of gigabytes, %s", where) << pngOf(side, side) << isHere;
+            QTest::addRow("of no pixels, %s", where) << pngOf(0, side) << isHere;
+            QTest::addRow("that overflows, %s", where) << pngOf(~0U, ~0U) << isHere;
+            QTest::addRow("another format, %s", where) << badFace().picture << isHere;
+            QTest::addRow("text, %s", where) << QByteArray("text") << isHere;
+        }
+    }
+    void anAnnotatedPictureThatIsNoneIsRefused()
+    {
+        QFETCH(const QByteArray, bytes);
+        QFETCH(const bool, isHere);
+        fill(mThere, "Panel");
+        const QByteArray hash = PictureStore(mThere + QStringLiteral("/pictures")).put(bytes).value.hash;
+        QCOMPARE(
+            OwnConnection(mThere).run(
+                QStringLiteral("UPDATE inspection SET annotated = x'%1' WHERE id = 1").arg(QString::fromLatin1(hash))),
+            QStringList());
+        RecordStore there;
+        QVERIFY(there.open(mThere, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(there.verify().value.pictureFaults.size(), 1);
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        if (isHere)
+            QVERIFY(here.addInspection(badFace().origin(), badFace().inspection, bytes).ok());
+        const auto files = filesIn(mHere + QStringLiteral("/pictures"));
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::Damaged);
+        QVERIFY2(merged.problem.text.contains(QLatin1String("The annotated picture")), qPrintable(merged.problem.text));
+        QCOMPARE(here.jobs().value.size(), 0);
+        QCOMPARE(filesIn(mHere + QStringLiteral("/pictures")), files);
+    }
+
     void aPictureThatIsGoneThereIsTold()
     {
         fill(mThere, "Panel");
@@ -316,6 +413,23 @@ private Q_SLOTS:
         QVERIFY(here.verify().value.allWell());
     }
 
+    void aPictureBehindALinkHereComesFromThere()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QVERIFY(here.merge(mThere).ok());
+        const PictureStore pictures(mHere + QStringLiteral("/pictures"));
+        const QByteArray hash = here.inspection(1).value.picture;
+        const QString elsewhere = mDir->filePath(QStringLiteral("elsewhere"));
+        QVERIFY(QFile::rename(pictures.path(hash), elsewhere));
+        QVERIFY(QFile::link(elsewhere, pictures.path(hash)));
+
+        QCOMPARE(here.merge(mThere).value.pictures, 1);
+        QVERIFY(QFile::remove(elsewhere));
+        QVERIFY(here.verify().value.allWell());
+    }
+
     void aPictureThatIsDamagedThereIsTold()
     {
         fill(mThere, "Panel");
@@ -331,6 +445,31 @@ private Q_SLOTS:
         QCOMPARE(merged.value.missing, 0);
         QCOMPARE(merged.value.damaged, 1);
         QVERIFY(!here.inspection(1).value.isPictureThere);
+    }
+
+    // As SQLite does it when a disk fails in what the receiver reads.
+    void nothingIsMergedWhenTheTransactionIsLostInBetween()
+    {
+        fill(mThere, "Panel");
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        const QStringList connections = QSqlDatabase::connectionNames();
+        QCOMPARE(connections.size(), 1);
+        bool isLost = false;
+
+        const Answer<Merge> merged = here.merge(mThere, [&](int, int) {
+            QSqlQuery query(QSqlDatabase::database(connections.first(), false));
+            isLost |= query.exec(QStringLiteral("ROLLBACK")); // there is none while the pictures are copied
+            return true;
+        });
+
+        QVERIFY(isLost);
+        QVERIFY(!merged.ok());
+        QCOMPARE(merged.problem.fault, Fault::Unusable);
+        QCOMPARE(here.jobs().value.size(), 0);
+        QCOMPARE(contentOf(here), QStringList());
+        QVERIFY(here.verify().value.allWell());
+        QCOMPARE(here.merge(mThere).value.inspections, 3);
     }
 
     void theOtherStoreIsOnlyRead_data()
@@ -399,8 +538,9 @@ private Q_SLOTS:
             Fault::Damaged, "A table of the store is not as it was made");
         row("table of its own", "CREATE TABLE other (a INTEGER CHECK (length(printf('%.*c', a, 'x')) > 0))",
             Fault::Damaged, "A table of the store is not as it was made");
-        row("index of its own", "CREATE INDEX other ON job (abs(id))", Fault::Damaged,
+        row("index of its own", "CREATE INDEX other ON job (site)", Fault::Damaged,
             "A table of the store is not as it was made");
+        row("index that computes", "CREATE INDEX other ON job (abs(id))", Fault::Unusable, "\"other\" that computes");
         row("against a constraint", "PRAGMA ignore_check_constraints = ON; UPDATE inspection SET reason = 'no fibre'",
             Fault::Damaged, "CHECK constraint failed");
         const auto damaged = [row](const char *name, const char *harm, const char *what = "Inspection 1") {
@@ -410,6 +550,8 @@ private Q_SLOTS:
         damaged("standard of a job", "UPDATE job SET standard = 99", "Job 1");
         damaged("text of a job", "UPDATE job SET customer = printf('%.*c', 4001, 'x')", "Job 1");
         damaged("text that ends early", "UPDATE job SET site = 'x' || char(0) || printf('%.*c', 20000, 'x')", "Job 1");
+        damaged("text that would come back as another one", "UPDATE job SET site = char(65279) || 'x'", "Job 1");
+        damaged("text that would come back swapped", "UPDATE inspection SET scope = CAST(x'EFBFBE41' AS TEXT)");
         damaged("time of a job", "UPDATE job SET closed = 9223372036854775807", "Job 1");
         damaged("side", "UPDATE point SET side = 9 WHERE id = 2", "Point 2");
         damaged("fibre", "UPDATE point SET fibre = -1 WHERE id = 2", "Point 2");
@@ -548,7 +690,8 @@ private Q_SLOTS:
         {
             OwnConnection connection(mThere);
             connection.run(QStringLiteral("UPDATE job SET standard = 3"));
-            connection.run(QStringLiteral("UPDATE inspection SET standard = 3, identity = randomblob(16)"));
+            connection.run(QStringLiteral("UPDATE inspection SET standard = 3, identity = randomblob(16), "
+                                          "software = 'of others, with their rules'"));
         }
 
         const Answer<Merge> merged = here.merge(mThere);
@@ -592,6 +735,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::newRow("jobs") << manyJobs(RecordStore::maxMergedJobs) << "The other store has 100001 jobs";
         QTest::newRow("points") << manyPoints(RecordStore::maxMergedPoints) << "The other store has 1000002 points";
+        QTest::newRow("points of a job") << manyPoints(RecordStore::maxMergedPointsOfJob)
+                                         << "The other store has 10002 points in one job";
     }
     void aStoreOfTooManyRowsIsRefused()
     {
@@ -607,6 +752,24 @@ private Q_SLOTS:
         QCOMPARE(merged.problem.fault, Fault::TooLarge);
         QCOMPARE(merged.problem.text, text);
         QCOMPARE(here.jobs().value.size(), 0);
+    }
+
+    void aJobDoesNotGetTooManyPointsInTwoMerges()
+    {
+        constexpr int half = RecordStore::maxMergedPointsOfJob / 2;
+        fill(mThere, "Panel");
+        QCOMPARE(OwnConnection(mThere).run(manyPoints(half)), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        QCOMPARE(here.merge(mThere).problem.fault, Fault::None);
+        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE point SET name = 'Q' || name WHERE id > 2")),
+            QStringList());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::TooLarge);
+        QCOMPARE(merged.problem.text, QStringLiteral("Job 1 would have 10002 points"));
+        QCOMPARE(here.points(1).value.size(), 2 + half);
     }
 
     void whoStopsItHasNothing_data()
@@ -660,6 +823,107 @@ private Q_SLOTS:
         QCOMPARE(full.problem.fault, Fault::DiskFull);
         QVERIFY(isEmpty);
         QCOMPARE(emptied.value.inspections, 3);
+    }
+
+    void picturesThatThereIsNoRoomForAreToldAtOnce()
+    {
+        constexpr int size = 1024; // kibibytes
+        constexpr int free = 150; // kibibytes: room for some of the pictures
+        fill(mThere, "Panel");
+        QVERIFY(QDir().mkpath(mHere));
+        Answer<Merge> full;
+        int asked = 0;
+        const bool hasRun = Faults::withSmallDisk(mHere, size, [&] {
+            RecordStore here;
+            here.open(mHere);
+            const DiskFilling filling(mHere, free);
+            full = here.merge(mThere, [&asked](int, int) { return ++asked > 0; });
+        });
+
+        QVERIFY(hasRun);
+        QCOMPARE(full.problem.fault, Fault::DiskFull);
+        QVERIFY2(full.problem.text.contains(QLatin1String("pictures")), qPrintable(full.problem.text));
+        QCOMPARE(asked, 0);
+    }
+
+    void aFullDiskIsGivenBack()
+    {
+        constexpr int size = 8 * 1024; // kibibytes
+        fill(mThere, "Panel");
+        addInspections(3000, QString(3000, QLatin1Char('n')));
+        QVERIFY(QDir().mkpath(mHere));
+        Answer<Merge> full;
+        qint64 left = -1;
+        const bool hasRun = Faults::withSmallDisk(mHere, size, [&] {
+            RecordStore here;
+            here.open(mHere);
+            full = here.merge(mThere);
+            left = QFileInfo(mHere + QStringLiteral("/records.sqlite-wal")).size();
+        });
+
+        QVERIFY(hasRun);
+        QCOMPARE(full.problem.fault, Fault::DiskFull);
+        QVERIFY2(left < 100'000, qPrintable(QString::number(left)));
+    }
+
+    void aStoreOfTooManyTextsIsRefused()
+    {
+        fill(mThere, "Panel");
+        addInspections(5000, QString());
+        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE job SET name = printf('%.*c', 4000, 'x'), "
+                                                          "customer = name, site = printf('%.*c', 4000, 'y'), "
+                                                          "operator = printf('%.*c', 4000, 'z')")),
+            QStringList());
+        QCOMPARE(OwnConnection(mThere).run(QStringLiteral("UPDATE job SET customer = name")), QStringList());
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+
+        const Answer<Merge> merged = here.merge(mThere);
+
+        QCOMPARE(merged.problem.fault, Fault::TooLarge);
+        QVERIFY2(merged.problem.text.contains(QLatin1String("texts")), qPrintable(merged.problem.text));
+        QCOMPARE(here.jobs().value.size(), 0);
+    }
+
+    void aLookAtTheOtherStoreCanBeStopped()
+    {
+        constexpr int defects = 60000;
+        fill(mThere, "Panel");
+        addDefects(1, defects);
+        matchFirstRule(1, defects);
+        OwnConnection(mThere).run(QStringLiteral("UPDATE inspection SET contours = -1 WHERE id = 3"));
+        RecordStore here;
+        QVERIFY(here.open(mHere).canWrite());
+        int asked = 0;
+
+        const Answer<Merge> merged = here.merge(mThere, [&](int done, int all) {
+            ++asked;
+            return done >= all;
+        });
+
+        QCOMPARE(merged.problem.fault, Fault::Stopped);
+        QCOMPARE(asked, 1);
+        QCOMPARE(here.merge(mThere, [](int, int) { return true; }).problem.text,
+            QStringLiteral("Inspection 3 of the other store is damaged"));
+    }
+
+    // Each rule by each defect took 26 s.
+    void tooManyRulesKeepNobodyBusy_data()
+    {
+        QTest::addColumn<int>("rules");
+        QTest::newRow("as many as are kept") << RecordStore::maxRules;
+        QTest::newRow("more") << 5000;
+    }
+    void tooManyRulesKeepNobodyBusy()
+    {
+        QFETCH(const int, rules);
+        constexpr double mostTimesAsLong = 4; // to read all the defects takes most of the time
+
+        const double one = secondsToRefuse(1);
+        const double many = secondsToRefuse(rules);
+
+        QVERIFY(one > 0 && many > 0);
+        QVERIFY2(many < mostTimesAsLong * one, qPrintable(QStringLiteral("%1 and %2").arg(one).arg(many)));
     }
 
     void whoCannotWriteCannotMerge()
@@ -759,6 +1023,79 @@ private:
             .arg(count);
     }
 
+    /// Inspections without a verdict, like the third one, of the first point.
+    void addInspections(int count, const QString &note) const
+    {
+        OwnConnection own(mThere);
+        const QStringList columns = own.run(
+            QStringLiteral("SELECT name FROM pragma_table_info('inspection') "
+                           "WHERE name NOT IN ('id', 'identity', 'point', 'verdict', 'reason', 'note', 'standard')"));
+        QCOMPARE(own.run(QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                                        "INSERT INTO inspection (identity, point, verdict, reason, note, standard, %2) "
+                                        "SELECT randomblob(16), 1, 0, 'no fibre', '%3', "
+                                        "(SELECT standard FROM job WHERE id = 1), %2 FROM n, inspection WHERE id = 3")
+                             .arg(QString::number(count), columns.join(QStringLiteral(", ")), note)),
+            QStringList());
+    }
+
+    /// One zone with rules that find nothing.
+    void addParts(Id inspection, int rules) const
+    {
+        OwnConnection own(mThere);
+        const QString id = QString::number(inspection);
+        QCOMPARE(own.run(QStringLiteral("INSERT INTO zone VALUES (%1, 0, 0, 25, 0)").arg(id)), QStringList());
+        QCOMPARE(own.run(QStringLiteral("WITH n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %2) "
+                                        "INSERT INTO rule SELECT %1, 0, i, 0, 2, 2, -1, -1, 0, 0 FROM n")
+                             .arg(id, QString::number(rules))),
+            QStringList());
+    }
+
+    /// Small ones that a rule for large ones does not find.
+    /// Of this process, for a store of inspections with so many rules each, which is damaged; less than 0 for no
+    /// answer.
+    double secondsToRefuse(int rules)
+    {
+        constexpr int inspections = 3;
+        mThere = mDir->filePath(QStringLiteral("there-%1").arg(rules));
+        fill(mThere, "Panel");
+        addInspections(inspections, QString());
+        const QStringList ids = OwnConnection(mThere).run(QStringLiteral("SELECT id FROM inspection ORDER BY id"));
+        const QStringList added = ids.mid(ids.size() - inspections);
+        for (const QString &id : added) {
+            addParts(id.toLongLong(), rules);
+            addDefects(id.toLongLong(), RecordStore::maxDefects);
+        }
+        OwnConnection(mThere).run(QStringLiteral("UPDATE defect SET zone = 1 WHERE inspection = %1").arg(ids.last()));
+        RecordStore here;
+        const bool isReady = here.open(mHere).canWrite();
+        const std::clock_t before = std::clock();
+        const bool isRefused = here.merge(mThere).problem.fault == Fault::Damaged;
+        const std::clock_t after = std::clock();
+        return isReady && isRefused ? static_cast<double>(after - before) / CLOCKS_PER_SEC : -1;
+    }
+
+    void addDefects(Id inspection, int count) const
+    {
+        QCOMPARE(OwnConnection(mThere).run(
+                     QStringLiteral("WITH n (i) AS (SELECT 1000 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                                    "INSERT INTO defect SELECT %2, i, 0, 0, 1.0, 0.0, 0.0, 0, x'%3' FROM n")
+                         .arg(QString::number(1000 + count - 1), QString::number(inspection),
+                             QString::fromLatin1(shapeOf(1, -1).toHex()))),
+            QStringList());
+    }
+
+    /// The beginning of a PNG that says to be so large.
+    static QByteArray pngOf(quint32 width, quint32 height)
+    {
+        QByteArray bytes("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
+        for (const quint32 side : {width, height}) {
+            char number[sizeof(quint32)];
+            qToBigEndian(side, number);
+            bytes.append(number, sizeof(number));
+        }
+        return bytes + QByteArray("\1\0\0\0\0", 5);
+    }
+
     /// The packed shape of a defect. @param told the size that stands before it; -1: the true one
     static QByteArray shapeOf(int points, qint64 told)
     {
@@ -785,6 +1122,10 @@ private:
         const QString statement =
             QStringLiteral("UPDATE rule SET found = found + %1 WHERE inspection = %2 AND zone = 0 AND position = 0");
         QCOMPARE(OwnConnection(mThere).run(statement.arg(defects).arg(inspection)), QStringList());
+        const QString counts =
+            QStringLiteral("UPDATE inspection SET contours = contours + %1, raw_defects = raw_defects + %1, "
+                           "merged_defects = merged_defects + %1 WHERE id = %2");
+        QCOMPARE(OwnConnection(mThere).run(counts.arg(defects).arg(inspection)), QStringList());
     }
 
     void harmStore(const QString &harm) const
@@ -828,7 +1169,7 @@ private:
         char byte = 0;
         QCOMPARE(read(ready[0], &byte, 1), ssize_t(1));
         usleep(QRandomGenerator::global()->bounded(longestWait));
-        kill(child, SIGKILL);
+        QVERIFY(OneProcess::sendSignal(child, SIGKILL));
         waitpid(child, status, 0);
         close(ready[0]);
     }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Faults.h"
+#include "OneProcess.h"
 #include "OwnConnection.h"
 #include "StoredFaces.h"
 
@@ -284,7 +285,7 @@ private Q_SLOTS:
             _exit(0);
         }
         QTRY_VERIFY_WITH_TIMEOUT(countFiles(pictures) < before, patience);
-        ::kill(child, SIGKILL);
+        QVERIFY(OneProcess::sendSignal(child, SIGKILL));
         waitpid(child, nullptr, 0);
 
         const int left = countFiles(pictures) - 2; // of the inspection
@@ -334,7 +335,9 @@ private Q_SLOTS:
         }
         RecordStore store;
         QVERIFY(store.open(mFolder).canWrite());
+        QVERIFY(store.isInPlace());
         harm(mFolder);
+        QVERIFY(!store.isInPlace());
         const int before = countFiles(mDir->path());
         const bool isThere = QDir(mFolder).exists();
 

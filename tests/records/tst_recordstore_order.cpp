@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "StoredFaces.h"
+#include "WatchedDisk.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
@@ -7,9 +8,6 @@
 #include <QtTest>
 
 #include <cerrno>
-#include <cstdio>
-#include <dlfcn.h>
-#include <unistd.h>
 
 using namespace Records;
 
@@ -40,15 +38,11 @@ QString entryOf(const QString &path)
     return info.dir().dirName() == QStringLiteral("pictures") ? QStringLiteral("shelf") : info.fileName();
 }
 
-int logged(const char *name, int file)
+int logged(int descriptor)
 {
-    const QString entry = entryOf(QFileInfo(QStringLiteral("/proc/self/fd/%1").arg(file)).symLinkTarget());
+    const QString entry = entryOf(WatchedDisk::pathOf(descriptor));
     diskLog() << entry;
-    if (entry == failing()) {
-        errno = EIO;
-        return -1;
-    }
-    return reinterpret_cast<int (*)(int)>(dlsym(RTLD_NEXT, name))(file);
+    return entry == failing() ? EIO : 0;
 }
 
 QStringList filesIn(const QString &folder)
@@ -60,26 +54,6 @@ QStringList filesIn(const QString &folder)
     return files;
 }
 } // namespace
-
-// These stand before those of the C library, also for the library under test and for SQLite.
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" int fsync(int file)
-{
-    return logged("fsync", file);
-}
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" int fdatasync(int file)
-{
-    return logged("fdatasync", file);
-}
-
-// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
-extern "C" int rename(const char *from, const char *to)
-{
-    diskLog() << QStringLiteral("rename");
-    return reinterpret_cast<int (*)(const char *, const char *)>(dlsym(RTLD_NEXT, "rename"))(from, to);
-}
 
 class TestRecordStoreOrder : public QObject
 {
@@ -94,7 +68,10 @@ private Q_SLOTS:
         Face::of(QStringLiteral("pitted"));
         failing().clear();
         diskLog().clear();
+        watchedDisk().onSync = logged;
+        watchedDisk().onRename = [] { diskLog() << QStringLiteral("rename"); };
     }
+    void cleanup() { watchedDisk() = {}; }
 
     void picturesAreOnTheDiskBeforeTheirRow()
     {

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "OwnConnection.h"
+#include "Records/Doubt.h"
 #include "StoredFaces.h"
 
 #include <QTemporaryDir>
@@ -78,7 +80,161 @@ private Q_SLOTS:
         QCOMPARE(answer.value.passed, 1);
         QCOMPARE(answer.value.failed, 2);
         QCOMPARE(answer.value.withoutVerdict, 1);
+        QCOMPARE(answer.value.points, 6);
+        QCOMPARE(answer.value.open, 2);
+        QCOMPARE(answer.value.accepted, 1);
+        QCOMPARE(answer.value.doubtful, 0);
         QCOMPARE(answer.value.passRate(), std::optional<double>(1.0 / 3));
+    }
+
+    void aPointThatIsToBeRepeatedIsOpen()
+    {
+        addPanel();
+        QVERIFY(mStore->setDecision(4, Decision::ToRepeat, {}).ok());
+
+        const JobStatistics statistics = mStore->statistics(mJob).value;
+
+        QCOMPARE(statistics.open, 3);
+        QCOMPARE(statistics.failed, 1);
+        QCOMPARE(statistics.passRate(), std::optional<double>(0.5));
+    }
+
+    void aPassThatContradictsItselfIsDoubtful_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<QStringList>("statements");
+        const auto row = [](const char *name, const char *sample, const QStringList &statements) {
+            QTest::newRow(name) << QString::fromLatin1(sample) << statements;
+        };
+        const QString passed = QStringLiteral("UPDATE inspection SET verdict = 1");
+        const QString clean = QStringLiteral("UPDATE zone SET violations = 0");
+        const QString kept = QStringLiteral("UPDATE rule SET violated = 0");
+        row("failed turned into passed", "scratched", {passed});
+        row("passed, violations and all", "scratched", {passed, clean});
+        row("passed, violations and rules", "scratched", {passed, clean, kept});
+        row("passed, all but the defects", "scratched",
+            {passed, clean, kept, QStringLiteral("UPDATE rule SET found = 0")});
+        row("allowed anew", "pitted",
+            {passed, clean, kept, QStringLiteral("UPDATE rule SET allowed = 1000, found = 0")});
+        row("without rules of the core", "clean", {QStringLiteral("DELETE FROM rule WHERE zone = 0")});
+        row("without rules of the cladding", "clean", {QStringLiteral("DELETE FROM rule WHERE zone = 1")});
+        row("more violations", "clean", {QStringLiteral("UPDATE zone SET violations = 1")});
+        row("another standard", "clean", {QStringLiteral("UPDATE inspection SET standard = 4")});
+    }
+    void aPassThatContradictsItselfIsDoubtful()
+    {
+        QFETCH(const QString, sample);
+        QFETCH(const QStringList, statements);
+        add(Face::of(sample), 0, 0);
+        add(faceOf("clean"), 1, 20);
+        QCOMPARE(mStore->statistics(mJob).value.doubtful, 0);
+
+        for (const QString &statement : statements) {
+            const QString narrowed = statement
+                + (statement.contains(QLatin1String("WHERE")) ? QStringLiteral(" AND ") : QStringLiteral(" WHERE "))
+                + (statement.contains(QLatin1String("UPDATE inspection")) ? QStringLiteral("id = 1")
+                                                                          : QStringLiteral("inspection = 1"));
+            QCOMPARE(OwnConnection(mDir->path()).run(narrowed), QStringList());
+        }
+        const JobStatistics statistics = mStore->statistics(mJob).value;
+
+        QCOMPARE(statistics.doubtful, 1);
+        QCOMPARE(statistics.passed, 1); // the other one
+        QCOMPARE(statistics.open, 4);
+        QCOMPARE(statistics.passRate(), std::optional<double>(1));
+        const QVector<Point> points = mStore->points(mJob).value;
+        QVERIFY(points[0].isDoubtful);
+        QVERIFY(!points[1].isDoubtful);
+        QVERIFY(!points[2].isDoubtful);
+        const StoredInspection record = mStore->inspection(1).value;
+        QVERIFY(doubtOf(record) != Doubt::None || record.standard != mStore->job(mJob).value.standard);
+        QVERIFY(doubtOf(mStore->inspection(2).value) == Doubt::None);
+    }
+
+    void whateverIsNotOpenMayBeDoubtful_data()
+    {
+        QTest::addColumn<QString>("sample"); // empty: none was inspected
+        QTest::addColumn<int>("decision");
+        QTest::addColumn<QString>("statement");
+        QTest::addColumn<bool>("isDoubtful");
+        const auto row = [](const char *name, const char *sample, Decision decision, const char *statement,
+                             bool isDoubtful) {
+            QTest::newRow(name) << QString::fromLatin1(sample) << static_cast<int>(decision)
+                                << QString::fromLatin1(statement) << isDoubtful;
+        };
+        constexpr char failed[] = "UPDATE inspection SET verdict = 2";
+        constexpr char lost[] = "UPDATE inspection SET picture = NULL";
+        row("passed", "clean", Decision::Undecided, lost, true);
+        row("failed", "clean", Decision::Undecided, failed, true);
+        row("accepted", "pitted", Decision::Accepted, lost, true);
+        row("to be repeated", "pitted", Decision::ToRepeat, lost, false);
+        row("not graded", "", Decision::Undecided, "UPDATE zone SET violations = 1", true);
+        row("of another standard", "pitted", Decision::Undecided, "UPDATE inspection SET standard = 0", true);
+        row("with too many rules", "pitted", Decision::Undecided,
+            "WITH RECURSIVE n (i) AS (SELECT 50 UNION ALL SELECT i + 1 FROM n WHERE i < 400) "
+            "INSERT INTO rule SELECT 1, 0, i, 0, 0, 0, 0, 0, 0, 0 FROM n",
+            true);
+    }
+    void whateverIsNotOpenMayBeDoubtful()
+    {
+        QFETCH(const QString, sample);
+        QFETCH(const int, decision);
+        QFETCH(const QString, statement);
+        QFETCH(const bool, isDoubtful);
+        if (sample.isEmpty())
+            QVERIFY(addNothing(0));
+        else
+            add(Face::of(sample), 0, 0);
+        QVERIFY(mStore->setDecision(1, static_cast<Decision>(decision), {}).ok());
+        QVERIFY(!mStore->points(mJob).value[0].isDoubtful);
+        QCOMPARE(OwnConnection(mDir->path()).run(statement), QStringList());
+
+        const JobStatistics statistics = mStore->statistics(mJob).value;
+        const JobProgress progress = mStore->progress(mJob).value;
+
+        QCOMPARE(mStore->points(mJob).value[0].isDoubtful, isDoubtful);
+        QCOMPARE(statistics.doubtful, int(isDoubtful));
+        QCOMPARE(statistics.passed + statistics.failed + statistics.accepted + statistics.withoutVerdict, 0);
+        QCOMPARE(statistics.open, isDoubtful ? 5 : 6);
+        QCOMPARE(statistics.passRate(), std::optional<double>());
+        QCOMPARE(progress.doubtful, int(isDoubtful));
+        QCOMPARE(progress.passed + progress.failed + progress.accepted + progress.withoutVerdict, 0);
+        QCOMPARE(progress.open, statistics.open);
+        QCOMPARE(progress.points, 6);
+        QCOMPARE(mStore->doubt(1).value != Doubt::None, isDoubtful || decision == static_cast<int>(Decision::ToRepeat));
+    }
+
+    void whatIsTooMuchToLookAtIsDoubtful()
+    {
+        const int number = RecordStore::maxJudgedParts / RecordStore::maxDefects + 2;
+        mPoints = mStore->addPoints(mJob, {QStringLiteral("B10"), QStringLiteral("B%1").arg(9 + number)}).value;
+        QVector<Id> ids;
+        for (int i = 0; i < number; ++i) {
+            add(faceOf("clean"), i, i);
+            ids.append(i + 1);
+        }
+        QCOMPARE(mStore->progress(mJob).value.passed, number);
+        QCOMPARE(mStore->doubts(ids).value, QVector<Doubt>(number, Doubt::None));
+        QCOMPARE(
+            OwnConnection(mDir->path())
+                .run(QStringLiteral("WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < %1) "
+                                    "INSERT INTO defect SELECT id, 1000 + i, 1, 0, 1.5, 0, 0, 0, x'' "
+                                    "FROM inspection, n WHERE id < %2")
+                         .arg(RecordStore::maxDefects + 1)
+                         .arg(number)),
+            QStringList());
+
+        const JobProgress progress = mStore->progress(mJob).value;
+        const QVector<Doubt> doubts = mStore->doubts(ids).value;
+
+        QCOMPARE(progress.doubtful, number);
+        QCOMPARE(progress.passed, 0);
+        QCOMPARE(mStore->statistics(mJob).value.doubtful, number);
+        QVERIFY(mStore->points(mJob).value.last().isDoubtful);
+        QCOMPARE(doubts.first(), Doubt::Unreadable);
+        QCOMPARE(doubts.last(), Doubt::NotLookedAt);
+        QCOMPARE(mStore->doubt(number).value, Doubt::None); // alone
+        QCOMPARE(mStore->doubt(number + 1).problem.fault, Fault::NotFound);
     }
 
     void failuresAreCountedByZoneAndRule()
@@ -159,6 +315,46 @@ private Q_SLOTS:
 
         QCOMPARE(statistics.inspections, seconds.size());
         QCOMPARE(statistics.secondsBetween, between < 0 ? std::nullopt : std::optional<double>(between));
+    }
+
+    void aPointTakesUntilItsLastInspection_data()
+    {
+        QTest::addColumn<QVector<int>>("points");
+        QTest::addColumn<QVector<double>>("seconds"); // since the morning
+        QTest::addColumn<double>("median"); // negative: nothing
+        QTest::addColumn<double>("longest");
+        const auto row = [](const char *name, const QVector<int> &points, const QVector<double> &seconds, double median,
+                             double longest) { QTest::newRow(name) << points << seconds << median << longest; };
+        constexpr double pause = JobStatistics::longestPause;
+        row("no inspection", {}, {}, -1, -1);
+        row("one", {0}, {10}, -1, -1);
+        row("one, repeated", {0, 0, 0}, {0, 10, 20}, -1, -1); // its beginning is not known
+        row("two", {0, 1}, {10, 32.5}, 22.5, 22.5);
+        row("repeats are of their point", {0, 1, 1, 1, 2}, {0, 20, 30, 60, 70}, 35, 60);
+        row("odd number", {0, 1, 2, 3}, {0, 20, 60, 150}, 40, 90);
+        row("another turn", {0, 1, 0}, {0, 20, 70}, 35, 50);
+        row("just no pause", {0, 1}, {0, pause}, pause, pause);
+        row("a pause before", {0, 1, 2}, {0, pause + 0.001, pause + 20.001}, 20, 20);
+        row("a pause within", {0, 1, 1, 2}, {0, 20, pause + 21, pause + 51}, 30, 30);
+        row("only a pause", {0, 1}, {0, pause + 1}, -1, -1);
+        row("clock set back", {0, 1, 2}, {100, 0, 30}, 30, 30);
+        row("clock set back within", {0, 1, 1, 2}, {0, 20, 10, 15}, 5, 5);
+        row("at once", {0, 1}, {7, 7}, 0, 0);
+    }
+    void aPointTakesUntilItsLastInspection()
+    {
+        QFETCH(const QVector<int>, points);
+        QFETCH(const QVector<double>, seconds);
+        QFETCH(const double, median);
+        QFETCH(const double, longest);
+        for (int i = 0; i < seconds.size(); ++i)
+            add(faceOf("clean"), points[i], seconds[i]);
+
+        const JobStatistics statistics = mStore->statistics(mJob).value;
+
+        const auto expected = [](double value) { return value < 0 ? std::nullopt : std::optional<double>(value); };
+        QCOMPARE(statistics.secondsOfPoint, expected(median));
+        QCOMPARE(statistics.longestSecondsOfPoint, expected(longest));
     }
 
     void otherJobsDoNotCount()
@@ -242,14 +438,18 @@ private:
         add(faceOf("pitted"), 1, 60);
         add(faceOf("scratched"), 2, 80);
         QVERIFY(mStore->setDecision(5, Decision::Accepted, QStringLiteral("as agreed")).ok());
+        QVERIFY(addNothing(3));
+    }
+
+    bool addNothing(int point)
+    {
         Origin origin;
-        origin.point = mPoints[3].id;
+        origin.point = mPoints[point].id;
         origin.made = morning().addSecs(100);
         QImage blank(200, 200, QImage::Format_Grayscale8);
         blank.fill(Qt::black);
         const Inspection nothing = inspect(blank, Standard::IEC61300_3_35_SM_RL45);
-        QVERIFY(!nothing.hasVerdict());
-        QVERIFY(mStore->addInspection(origin, nothing, {}).ok());
+        return !nothing.hasVerdict() && mStore->addInspection(origin, nothing, {}).ok();
     }
 
     std::unique_ptr<QTemporaryDir> mDir;
