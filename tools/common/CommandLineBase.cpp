@@ -15,7 +15,25 @@ bool CommandLineBase::parse(const QStringList &arguments)
 {
     if (!mParser.parse(arguments))
         return refuse(mParser.errorText());
-    return !answer().isEmpty() || readOptions();
+    return !answer().isEmpty() || (checkRepetitions() && readOptions());
+}
+
+bool CommandLineBase::mayRepeat(const QString & /*option*/) const
+{
+    return false;
+}
+
+/// All values but the last one would be ignored: of two standards only one would be graded by.
+bool CommandLineBase::checkRepetitions()
+{
+    const QStringList names = mParser.optionNames();
+    for (const QString &name : names) {
+        if (mParser.values(name).size() > 1 && !mayRepeat(name)) {
+            const QString dashes = QString(name.size() == 1 ? 1 : 2, QLatin1Char('-'));
+            return refuse(QStringLiteral("%1%2 is given twice").arg(dashes, name));
+        }
+    }
+    return true;
 }
 
 QString CommandLineBase::answer() const

@@ -32,6 +32,9 @@ protected:
     /// Takes what was parsed over into the options of the program. Not called when there is an answer.
     virtual bool readOptions() = 0;
 
+    /// Whether all values of an option count. Of any other one but a single value may be given.
+    virtual bool mayRepeat(const QString &option) const;
+
     bool refuse(const QString &problem); ///< @return false
     bool refuseValue(const QCommandLineOption &option, const QString &expectation); ///< @return false
 
@@ -40,6 +43,8 @@ protected:
     const QCommandLineOption mVersion;
 
 private:
+    bool checkRepetitions();
+
     QString mProblem;
 };
 

@@ -5,7 +5,8 @@
 #include "common/StandardOutput.h"
 #include "common/Terminal.h"
 
-#include <QCoreApplication>
+#include <QFile>
+#include <QGuiApplication>
 #include <QLoggingCategory>
 
 #include <csignal>
@@ -17,17 +18,18 @@ namespace Tools {
 namespace {
 /// Memory that runs out while an event is handled, here or in the library, ends the event loop: no exception may get
 /// into it, it is not made for that.
-class Application : public QCoreApplication
+template <typename Base>
+class Application : public Base
 {
 public:
-    using QCoreApplication::QCoreApplication;
+    using Base::Base;
 
     bool notify(QObject *receiver, QEvent *event) override
     {
         try {
-            return QCoreApplication::notify(receiver, event);
+            return Base::notify(receiver, event);
         } catch (const std::bad_alloc &) {
-            exit(OutOfMemory);
+            Base::exit(OutOfMemory);
             return true;
         }
     }
@@ -36,13 +38,37 @@ public:
 /// Other than SIG_IGN it is not handed on to the programs that this one starts.
 void passOver(int) {}
 
-std::unique_ptr<QCoreApplication> makeApplication(int &argc, char *argv[])
+void passOverText(QtMsgType, const QMessageLogContext &, const QString &) {}
+
+/// Qt for pages takes arguments of its own away, which may be names here; so it gets none.
+std::unique_ptr<QCoreApplication> makeApplicationWithFonts(char *argv[])
+{
+    static int count = 1;
+    static char *name[] = {argv[0], nullptr};
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QtMessageHandler former = qInstallMessageHandler(passOverText); // it warns of what a session would have
+    auto application = std::make_unique<Application<QGuiApplication>>(count, name);
+    qInstallMessageHandler(former);
+    return application;
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char *argv[], Program::Needs needs)
 {
     Terminal::reserveStandardStreams();
     FileNameCodec::install(); // the arguments are read with it
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe shows as an error of write
     std::signal(SIGXFSZ, passOver); // and so does a file that may not grow
-    return std::make_unique<Application>(argc, argv);
+    if (needs == Program::Needs::Fonts)
+        return makeApplicationWithFonts(argv);
+    return std::make_unique<Application<QCoreApplication>>(argc, argv);
+}
+
+QStringList argumentsOf(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QFile::decodeName(argv[i]));
+    return arguments;
 }
 
 /// Unasked, a warning is a message of the program.
@@ -70,8 +96,9 @@ QString rulesFor(Program::Log log)
 }
 } // namespace
 
-Program::Program(int &argc, char *argv[], const char *name)
-    : mApplication(makeApplication(argc, argv))
+Program::Program(int &argc, char *argv[], const char *name, Needs needs)
+    : mApplication(makeApplication(argc, argv, needs))
+    , mArguments(needs == Needs::Fonts ? argumentsOf(argc, argv) : QCoreApplication::arguments())
 {
     QCoreApplication::setApplicationName(QString::fromUtf8(name));
 }
@@ -81,7 +108,7 @@ Program::~Program() = default;
 int Program::run(CommandLineBase *commandLine, const std::function<int()> &work) const
 {
     return run([&]() -> int {
-        if (!commandLine->parse(QCoreApplication::arguments())) {
+        if (!commandLine->parse(mArguments)) {
             Terminal::tell(commandLine->problem());
             return WrongUsage;
         }

@@ -5,6 +5,7 @@
 #include "common/ExitCode.h"
 
 #include <QByteArray>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -28,8 +29,13 @@ namespace Tools {
 class Program
 {
 public:
+    enum class Needs : int {
+        Core,
+        Fonts, ///< to set text on pages; there is no display, and none is asked for
+    };
+
     /// Makes the application object.
-    Program(int &argc, char *argv[], const char *name);
+    Program(int &argc, char *argv[], const char *name, Needs needs = Needs::Core);
     ~Program();
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
@@ -48,6 +54,7 @@ public:
 
 private:
     const std::unique_ptr<QCoreApplication> mApplication;
+    const QStringList mArguments; ///< also those that Qt would take for its own
 };
 
 /// Prints on stdout.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "endface/EndfaceCommand.h"
 
+#include "Internal/OutputFile.h"
 #include "common/CommandLineBase.h"
 #include "common/ExitCode.h"
 #include "common/FilePath.h"
-#include "common/OutputFile.h"
 #include "common/Terminal.h"
 #include "simulation/EndfaceScenes.h"
 
@@ -23,6 +23,18 @@ constexpr int maxRandomScenes = 100000;
 constexpr int defaultQuality = 92;
 constexpr double maxSeed = 4294967295.0;
 constexpr double maxCount = 1e9;
+
+/// What paints more than one picture, or none, and which options count then.
+struct Mode
+{
+    const char *name;
+    const char *options; ///< separated by blanks
+};
+constexpr std::array<Mode, 3> modes{{
+    {"list-presets", ""},
+    {"samples", "quality"},
+    {"random", "seed size fov core multimode offset blur noise illumination defect specks frame quality out"},
+}};
 
 struct Choice
 {
@@ -122,6 +134,8 @@ public:
             *mStdout << answer();
             return Tools::Done;
         }
+        if (const QString misfit = whatDoesNotFit(); !misfit.isEmpty())
+            return usageError(misfit);
         if (mParser.isSet(mListPresets))
             return listPresets();
         if (mParser.isSet(mSamples))
@@ -133,6 +147,27 @@ public:
 
 private:
     bool readOptions() override { return true; } // each is read where it is needed
+    bool mayRepeat(const QString &option) const override { return mDefect.names().contains(option); }
+
+    /// What would be ignored, in words; empty when there is nothing.
+    QString whatDoesNotFit() const
+    {
+        const QStringList given = mParser.optionNames();
+        for (const Mode &mode : modes) {
+            const QString name = QLatin1String(mode.name);
+            if (!given.contains(name))
+                continue;
+            if (!mParser.positionalArguments().isEmpty())
+                return QStringLiteral("--%1 does not go with a picture to write").arg(name);
+            const QStringList fitting = QString::fromLatin1(mode.options).split(QLatin1Char(' '));
+            for (const QString &option : given) {
+                if (option != name && !fitting.contains(option))
+                    return QStringLiteral("--%1 does not go with --%2").arg(name, option);
+            }
+            return {};
+        }
+        return mParser.isSet(mOutFolder) ? QStringLiteral("--out needs --random") : QString();
+    }
 
     void describeOptions()
     {
@@ -190,8 +225,9 @@ private:
 
     int writeSamples(const QDir &folder)
     {
-        if (!folder.mkpath(QStringLiteral(".")))
-            return writeError(folder.path(), QStringLiteral("cannot create the folder"));
+        QString problem;
+        if (!OutputFile::makeFolder(folder.path(), &problem))
+            return writeError(folder.path(), QStringLiteral("cannot create the folder: ") + problem);
         const QStringList names = endfacePresets();
         for (const QString &name : names) {
             const int code = write(endfacePreset(name), folder.filePath(name + QLatin1String(".jpg")), {});
@@ -212,8 +248,9 @@ private:
         if (!mParser.isSet(mOutFolder))
             return usageError(QStringLiteral("--random needs --out FOLDER"));
         const QDir folder(Tools::FilePath::ofArgument(mParser.value(mOutFolder)));
-        if (!folder.mkpath(QStringLiteral(".")))
-            return writeError(folder.path(), QStringLiteral("cannot create the folder"));
+        QString problem;
+        if (!OutputFile::makeFolder(folder.path(), &problem))
+            return writeError(folder.path(), QStringLiteral("cannot create the folder: ") + problem);
 
         EndfaceRandomOptions options;
         options.multimode = mParser.isSet(mMultimode);
@@ -362,23 +399,23 @@ private:
     int writeBoth(
         const QString &picturePath, const QByteArray &picture, const QString &truthPath, const QByteArray &truth)
     {
-        for (const QString &path : {picturePath, truthPath}) {
-            if (const QString refusal = Tools::OutputFile::whyRefused(path); !refusal.isEmpty())
-                return writeError(path, refusal);
-        }
-        if (Tools::OutputFile::target(picturePath) == Tools::OutputFile::target(truthPath))
+        OutputFile pictureFile(picturePath);
+        OutputFile truthFile(truthPath);
+        if (!pictureFile.whyRefused().isEmpty())
+            return writeError(picturePath, pictureFile.whyRefused());
+        if (!truthFile.whyRefused().isEmpty())
+            return writeError(truthPath, truthFile.whyRefused());
+        if (!pictureFile.target().isEmpty() && pictureFile.target() == truthFile.target())
             return writeError(truthPath, QStringLiteral("it is the picture"));
 
-        QSaveFile pictureFile(picturePath);
-        QSaveFile truthFile(truthPath);
-        if (!Tools::OutputFile::fill(&pictureFile, picture))
-            return writeError(picturePath, pictureFile.errorString());
-        if (!Tools::OutputFile::fill(&truthFile, truth))
-            return writeError(truthPath, truthFile.errorString());
+        if (!pictureFile.write(picture))
+            return writeError(picturePath, pictureFile.problem());
+        if (!truthFile.write(truth))
+            return writeError(truthPath, truthFile.problem());
         if (!pictureFile.commit())
-            return writeError(picturePath, pictureFile.errorString());
+            return writeError(picturePath, pictureFile.problem());
         if (!truthFile.commit())
-            return writeError(truthPath, truthFile.errorString());
+            return writeError(truthPath, truthFile.problem());
         return Tools::Done;
     }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "focus/CommandLine.h"
 
+#include "FiberInspection/LiveReading.h"
+#include "Internal/OutputFile.h"
 #include "common/FilePath.h"
-#include "common/OutputFile.h"
 
 #include <QRegularExpression>
 
@@ -56,11 +57,14 @@ CommandLine::CommandLine()
 {
     mParser.setApplicationDescription(QStringLiteral(
         "Shows frames to the live filter and prints what it makes of them: how sharp they are, and where the fibre\n"
-        "lies. A focus value of 1.0 or less is bad; above 2.5 the picture can be captured.\n\n"
+        "lies. A focus value of %1 or less is bad; above %2 the picture can be captured.\n\n"
         "The filter takes the whole width of a frame for 860 micrometres.\n\n"
-        "Exit code: 0 the fibre was found in at least one frame, 1 it never was, 64 wrong usage, 66 it was not and\n"
-        "some input could not be read, 69 gnuplot, which draws the plot, is not installed, 71 out of memory, 74 the\n"
-        "report or the plot cannot be written."));
+        "Exit code: 0 the fibre was found in at least one frame, 1 it never was, 2 it was found, but some input could\n"
+        "not be read or was left out of a folder, 64 wrong usage, 66 it was not found, and some input could not be\n"
+        "read or was left out, 69 gnuplot, which draws the plot, is not installed, 71 out of memory, 74 the report or\n"
+        "the plot cannot be written.")
+                                          .arg(FiberInspection::LiveReading::badFocus, 0, 'f', 1)
+                                          .arg(FiberInspection::LiveReading::captureFocus, 0, 'f', 1));
     mParser.addPositionalArgument(QStringLiteral("FOLDER|FRAME"),
         QStringLiteral("Pictures, raw NV12 files (*.nv12, *.yuv, *.raw; several frames may follow each other), and "
                        "folders of these (their subfolders are not searched)."),
@@ -109,7 +113,8 @@ bool CommandLine::readNames()
     mOptions.plotFile = Tools::FilePath::ofArgument(mParser.value(mPlot));
     if (!mParser.isSet(mPlot))
         return true;
-    for (const QString &name : {mOptions.plotFile, Tools::OutputFile::target(mOptions.plotFile)}) { // no photograph
+    const QString target = OutputFile(mOptions.plotFile).target(); // no photograph
+    for (const QString &name : {mOptions.plotFile, target.isEmpty() ? mOptions.plotFile : target}) {
         if (!name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
             return refuseValue(mPlot, QStringLiteral("the name of a file that ends in .svg"));
     }

@@ -2,6 +2,7 @@
 #include "focus/FileFrames.h"
 
 #include "FiberInspection/Inspection.h"
+#include "Internal/FileAccess.h"
 #include "common/FolderListing.h"
 #include "simulation/VideoFrames.h"
 
@@ -12,6 +13,8 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 namespace Focus {
 
@@ -26,16 +29,18 @@ bool isRaw(const QString &path)
     return rawSuffixes().contains(QFileInfo(path).suffix().toLower());
 }
 
-/// Why the file cannot be opened; empty when it can. Opening a pipe would wait for a writer.
-QString fileProblem(const QString &path)
+/// @return why it is not open; empty when it is
+QString openRaw(const QString &path, QFile *file)
 {
+    if (FileAccess::openRegular(path, file)) { // a pipe would have to be waited for, and a device never ends
+        file->setTextModeEnabled(false);
+        return {};
+    }
+    const int error = errno;
     const QFileInfo info(path);
-    if (!info.exists())
-        return QStringLiteral("no such file or folder");
-    if (!info.isFile())
+    if (info.exists() && !info.isFile())
         return QStringLiteral("not a file");
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString() : file.errorString();
+    return error == ENOENT ? QStringLiteral("no such file or folder") : QString::fromLocal8Bit(std::strerror(error));
 }
 
 Frame readPicture(const QString &path)
@@ -124,14 +129,14 @@ Frame FileFrames::readRaw(const QString &path)
     };
     if (mRawLayout.size.isEmpty())
         return finishFile(QStringLiteral("a raw frame needs --size"));
-    const QString problem = fileProblem(path);
+    QFile file;
+    const QString problem = openRaw(path, &file);
     if (!problem.isEmpty())
         return finishFile(problem);
 
     const qint64 frameBytes = mRawLayout.frameBytes();
     const qint64 start = index * frameBytes;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || !file.seek(start))
+    if (!file.seek(start))
         return finishFile(file.errorString());
     if (file.size() > frameBytes)
         frame.name += QStringLiteral("#%1").arg(index + 1);

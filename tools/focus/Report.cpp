@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "focus/Report.h"
 
-#include "common/Csv.h"
+#include "Internal/Csv.h"
+#include "Internal/JsonWriter.h"
+#include "Internal/ShortestNumber.h"
 #include "common/FileNameCodec.h"
-#include "common/JsonWriter.h"
-#include "common/ShortestNumber.h"
 
 #include <algorithm>
 #include <array>
@@ -25,7 +25,7 @@ QString fixed(double number, int decimals, bool isThere = true)
 
 QString shortest(double number, bool isThere = true)
 {
-    return isThere ? QString::fromLatin1(Tools::shortestNumber(number)) : QString();
+    return isThere ? QString::fromLatin1(shortestNumber(number)) : QString();
 }
 
 QString percent(int part, int whole)
@@ -52,7 +52,7 @@ QByteArray Report::header() const
             QStringLiteral("x"), QStringLiteral("y"), QStringLiteral("elapsedMs"), QStringLiteral("remark")};
         if (mHasBlur)
             names.insert(1, QStringLiteral("blur"));
-        return Tools::csvLine(names);
+        return ::csvLine(names);
     }
     case Options::Format::Text:
         break;
@@ -109,13 +109,13 @@ QByteArray Report::csvLine(const Reading &reading) const
         shortest(measured.claddingPosition.y(), found), shortest(reading.measurement.milliseconds), remarkOn(measured)};
     if (mHasBlur)
         fields.insert(1, shortest(reading.blur.value_or(0)));
-    return Tools::csvLine(fields);
+    return ::csvLine(fields);
 }
 
 QByteArray Report::jsonLine(const Reading &reading)
 {
     const LiveReading &measured = reading.measurement.reading;
-    Tools::JsonWriter json;
+    JsonWriter json;
     json.beginObject().member("frame", reading.name);
     if (!Tools::FileNameCodec::isText(reading.name))
         json.member("frameBytes", Tools::FileNameCodec::percentEncoded(reading.name));

@@ -74,7 +74,7 @@ int measureAll(const Options &options)
         return Tools::NotWritten;
 
     if (sharpest(readings))
-        return Tools::Done;
+        return allReadable ? Tools::Done : Tools::NotAnswered;
     return allReadable ? Tools::NotPassed : Tools::UnreadableInput;
 }
 } // namespace

@@ -32,7 +32,8 @@ Batch::Batch(const Session &session, int leftOut, Tools::StopSignals *signals)
     : mSession(session)
     , mLeftOut(leftOut)
     , mSignals(signals)
-    , mWorkers(session, qMin(session.options.jobs, session.tasks.size()))
+    , mShares(makeShares(session.tasks.size(), session.options.standards.size(), session.options.jobs))
+    , mWorkers(session, qMin(session.options.jobs, mShares.size()))
     , mStandardOutput(signals)
     , mProgress(lengthOfProgressBar(session))
 {
@@ -66,22 +67,31 @@ int Batch::run()
 
 void Batch::startTasks()
 {
+    mWorkers.goOn([this](int task) { return hasRoom(task); });
+
     const int last = qMin(mSession.tasks.size(), mPrinted + mSession.options.jobs * mostReportsPerWorkerAhead);
-    // The one that the others wait for has been started before them, or is the next.
-    const auto hasRoom = [this]() { return mWaitingBytes < mostBytesAhead || mStarted == mPrinted; };
-    for (; mStarted < last && hasRoom() && mWorkers.hasIdle(); ++mStarted) {
-        const Task &task = mSession.tasks[mStarted];
-        if (!task.image.problem.isEmpty())
-            keep(mStarted, reportOf(notAnalysed(task, task.image.problem)));
-        else if (!mWorkers.start(mStarted))
+    for (; mStarted < mShares.size() && mWorkers.hasIdle(); ++mStarted) {
+        const Share &share = mShares[mStarted];
+        if (share.next >= last || !hasRoom(share.next))
+            break;
+        const NoVerdict &problem = mSession.tasks[share.next].image.problem;
+        for (int task = share.next; task < share.end && problem.isThere(); ++task)
+            keep(task, reportOf(notAnalysed(mSession.tasks[task], problem)));
+        if (!problem.isThere() && !mWorkers.start(share))
             break;
     }
 }
 
+bool Batch::hasRoom(int task) const
+{
+    return mWaitingBytes < mostBytesAhead || task == mPrinted; // which the others wait for
+}
+
 Report Batch::reportOf(WorkerPool::Outcome &outcome)
 {
-    Inspection inspection =
-        outcome.inspection ? *std::move(outcome.inspection) : notAnalysed(mSession.tasks[outcome.task], outcome.reason);
+    Inspection inspection = outcome.inspection
+        ? *std::move(outcome.inspection)
+        : notAnalysed(mSession.tasks[outcome.task], NoVerdict::ofRun(outcome.reason));
     if (outcome.inspection && mSession.output.keepsImages())
         Pictures(outcome.folder).take(mSession.output, mSession.options, &inspection);
     mLacksPictures = mLacksPictures || !inspection.problem.isEmpty();

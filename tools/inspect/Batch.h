@@ -26,6 +26,7 @@ public:
 
 private:
     void startTasks();
+    bool hasRoom(int task) const; ///< for its report
     Report reportOf(WorkerPool::Outcome &outcome);
     Report reportOf(const Inspection &inspection) const;
     void keep(int task, const Report &report); ///< until its turn comes
@@ -37,10 +38,11 @@ private:
     const Session &mSession;
     int mLeftOut;
     Tools::StopSignals *mSignals;
+    const QVector<Share> mShares; ///< of all tasks
     WorkerPool mWorkers;
     Tools::StandardOutput mStandardOutput;
     Tools::ProgressBar mProgress;
-    int mStarted = 0; ///< tasks
+    int mStarted = 0; ///< shares
     int mPrinted = 0; ///< tasks
     QMap<int, Report> mWaiting; ///< reports that came before their turn
     qint64 mWaitingBytes = 0; ///< of these reports

@@ -2,9 +2,8 @@
 #include "inspect/CommandLine.h"
 
 #include "common/FilePath.h"
-#include "inspect/StandardNames.h"
-
-#include <QRegularExpression>
+#include "common/Micrometres.h"
+#include "common/StandardNames.h"
 
 namespace Inspect {
 
@@ -13,21 +12,21 @@ constexpr int maxJobs = 256;
 constexpr int maxRepeat = 100000;
 constexpr int mostMegapixels = 256;
 constexpr int maxTimeout = 3600; // seconds
-constexpr int maxFieldOfView = 100000; // micrometres
 constexpr float minScale = 0.01F;
 constexpr float maxScale = 100;
 
 QString usualFieldOfView()
 {
-    const QSize size = FiberInspection::Device::ks20().fov;
-    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
+    return Tools::fieldOfViewText(FiberInspection::Device::ks20().fov);
 }
 } // namespace
 
 CommandLine::CommandLine()
     : mListStandards(option("list-standards", "List the standards with their zones and criteria."))
-    , mStandard(
-          option("standard", "Grade by these standards, separated by commas, or by all (default: sm-rl45).", "NAME"))
+    , mStandard(QStringLiteral("standard"),
+          QStringLiteral("Grade by these standards, separated by commas, or by all (default: %1).")
+              .arg(Tools::defaultStandardName()),
+          QStringLiteral("NAME"))
     , mFieldOfView(QStringLiteral("fov"),
           QStringLiteral("Field of view of the whole image in micrometres (default: %1).").arg(usualFieldOfView()),
           QStringLiteral("WxH"))
@@ -43,7 +42,8 @@ CommandLine::CommandLine()
               .arg(Options::usualMegapixels),
           QStringLiteral("N"))
     , mTimeout(option("timeout",
-          "Give an image up when its analysis takes longer (default: 30); with --repeat, this times the repetitions.",
+          "Give an image up when its analysis by one standard takes longer (default: 30); with --repeat, this times "
+          "the repetitions.",
           "SECONDS"))
     , mRepeat(option("repeat",
           "Analyse each image so often and count the verdicts; the worst one is reported. End faces at the margin show "
@@ -76,7 +76,7 @@ bool CommandLine::readOptions()
 {
     if (mParser.isSet(mListStandards)) {
         mOptions.action = Options::Action::ListStandards;
-        return true;
+        return checkThatItOnlyLists();
     }
 
     mOptions.operands = Tools::FilePath::ofArguments(mParser.positionalArguments());
@@ -95,6 +95,14 @@ bool CommandLine::readOptions()
         && readOutput() && checkCombinations();
 }
 
+/// What would be ignored might be taken for done, and 0 for a verdict.
+bool CommandLine::checkThatItOnlyLists()
+{
+    if (!mParser.positionalArguments().isEmpty())
+        return refuse(QStringLiteral("--list-standards takes no image"));
+    return mParser.optionNames().size() == 1 || refuse(QStringLiteral("--list-standards goes with no other option"));
+}
+
 bool CommandLine::checkCombinations()
 {
     if (mParser.isSet(mJson) && mParser.isSet(mCsv))
@@ -111,11 +119,12 @@ bool CommandLine::checkCombinations()
 bool CommandLine::readStandards()
 {
     const QStringList names = mParser.isSet(mStandard) ? mParser.value(mStandard).split(QLatin1Char(','))
-                                                       : QStringList{defaultStandardName()};
+                                                       : QStringList{Tools::defaultStandardName()};
     for (const QString &name : names) {
-        const QVector<FiberInspection::Standard::Id> ids = standardsNamed(name);
+        const QVector<FiberInspection::Standard::Id> ids = Tools::standardsNamed(name);
         if (ids.isEmpty())
-            return refuseValue(mStandard, standardNames().join(QStringLiteral(", ")) + QStringLiteral(" or all"));
+            return refuseValue(
+                mStandard, Tools::standardNames().join(QStringLiteral(", ")) + QStringLiteral(" or all"));
         for (const FiberInspection::Standard::Id id : ids) {
             if (!mOptions.standards.contains(id))
                 mOptions.standards.append(id);
@@ -128,12 +137,11 @@ bool CommandLine::readFieldOfView()
 {
     if (!mParser.isSet(mFieldOfView))
         return true;
-    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,6})x([0-9]{1,6})\\z"));
-    const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
-    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-    if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView)
+    const QSize size = Tools::fieldOfViewOf(mParser.value(mFieldOfView));
+    if (size.isEmpty()) {
         return refuseValue(
             mFieldOfView, QStringLiteral("WIDTHxHEIGHT in micrometres, such as %1").arg(usualFieldOfView()));
+    }
     mOptions.device.fov = size;
     return true;
 }

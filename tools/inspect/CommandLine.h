@@ -16,6 +16,7 @@ public:
 
 private:
     bool readOptions() override;
+    bool checkThatItOnlyLists();
     bool checkCombinations();
     bool readStandards();
     bool readFieldOfView();

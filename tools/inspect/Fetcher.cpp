@@ -9,13 +9,14 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 namespace Inspect {
+
+using Reason = NoVerdict::Reason;
 
 namespace {
 constexpr qint64 largestImage = FiberInspection::LoadedImage::maxFileSize;
@@ -27,72 +28,67 @@ Fetched copy(int image, int memory, std::vector<char> &block)
     for (;;) {
         const ssize_t size = Process::read(image, block.data(), block.size());
         if (size < 0)
-            return {0, Fetched::CannotBeRead, errno};
+            return Fetched::ofError(errno);
         if (size == 0)
             return {};
         total += size;
         if (total > largestImage) // also of a file that says it is empty, as those of the kernel do
-            return {0, Fetched::TooLarge, total};
+            return {0, Reason::ImageTooLarge, total};
         if (!Process::writeAll(memory, block.data(), static_cast<std::size_t>(size)))
-            return {0, Fetched::CannotBeRead, errno};
+            return Fetched::ofError(errno);
     }
 }
 
 Fetched fetch(const QString &path, int memory, std::vector<char> &block)
 {
     if (ftruncate(memory, 0) != 0 || lseek(memory, 0, SEEK_SET) != 0)
-        return {0, Fetched::CannotBeRead, errno};
+        return Fetched::ofError(errno);
 
     const QByteArray name = QFile::encodeName(path);
     struct stat status
     {
     };
     if (stat(name.constData(), &status) != 0)
-        return {0, Fetched::CannotBeRead, errno};
+        return Fetched::ofError(errno);
     if (!S_ISREG(status.st_mode)) // opening a pipe or a device does something to it
-        return {0, Fetched::NotAFile, 0};
+        return {0, Reason::NotAFile, 0};
     if (status.st_size > largestImage)
-        return {0, Fetched::TooLarge, status.st_size};
+        return {0, Reason::ImageTooLarge, status.st_size};
 
     const int image = open(name.constData(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
     if (image < 0)
-        return {0, Fetched::CannotBeRead, errno};
+        return Fetched::ofError(errno);
     const bool isFile = fstat(image, &status) == 0 && S_ISREG(status.st_mode);
-    const Fetched fetched = isFile ? copy(image, memory, block) : Fetched{0, Fetched::NotAFile, 0};
+    const Fetched fetched = isFile ? copy(image, memory, block) : Fetched{0, Reason::NotAFile, 0};
     close(image);
     return fetched;
 }
 } // namespace
 
-QString Fetched::reason() const
+Fetched Fetched::ofError(int number)
 {
-    using Found = FiberInspection::Inspection;
-    return QStringLiteral("%1: %2").arg(Found::reasonText(Found::Reason::FileUnreadable), text());
+    if (number == ENOENT || number == ENOTDIR)
+        return {0, Reason::FileMissing, 0};
+    return {0, Reason::FileUnreadable, number};
 }
 
-QString Fetched::text() const
+NoVerdict Fetched::problem() const
 {
-    switch (problem) {
-    case None:
-        break;
-    case CannotBeRead:
-        return detail == ENOENT || detail == ENOTDIR ? QStringLiteral("no such file")
-                                                     : QString::fromLocal8Bit(std::strerror(static_cast<int>(detail)));
-    case NotAFile:
-        return QStringLiteral("not a file");
-    case TooLarge:
-        return QStringLiteral("%1 bytes are too many").arg(detail);
-    }
-    return {};
+    return {reason, FiberInspection::detailOfFile(reason, number)};
 }
 
 void runFetcher(const Session &session, int requests, int answers, int memory)
 {
     Process::begin("inspect-fetch", {requests, answers, memory});
     std::vector<char> block(blockSize);
-    for (quint32 task = 0; Process::readAll(requests, &task, sizeof task);) {
-        Fetched fetched = fetch(session.tasks[static_cast<int>(task)].image.path, memory, block);
-        fetched.task = task;
+    Fetched fetched;
+    int atHand = -1; // image
+    for (quint32 number = 0; Process::readAll(requests, &number, sizeof number);) {
+        const Task &task = session.tasks[static_cast<int>(number)];
+        if (task.imageNumber != atHand)
+            fetched = fetch(task.image.path, memory, block);
+        atHand = task.imageNumber;
+        fetched.task = number;
         if (!Process::writeAll(answers, &fetched, sizeof fetched))
             break;
     }

@@ -18,9 +18,9 @@ void listFolder(const QString &path, ImageList *list)
         list->images.append({file, {}});
     list->leftOut += folder.leftOut;
     if (!folder.problem.isEmpty())
-        list->images.append({path, folder.problem});
+        list->images.append({path, NoVerdict::ofRun(folder.problem)});
     else if (folder.files.isEmpty())
-        list->images.append({path, QStringLiteral("there is no image in the folder")});
+        list->images.append({path, NoVerdict::ofRun(QStringLiteral("there is no image in the folder"))});
 }
 } // namespace
 
@@ -32,7 +32,7 @@ ImageList ImageList::of(const QStringList &operands)
         {
         };
         if (stat(QFile::encodeName(operand).constData(), &status) != 0)
-            list.images.append({operand, Fetched{0, Fetched::CannotBeRead, errno}.reason()});
+            list.images.append({operand, Fetched::ofError(errno).problem()});
         else if (S_ISDIR(status.st_mode))
             listFolder(operand, &list);
         else

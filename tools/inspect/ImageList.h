@@ -2,13 +2,14 @@
 #pragma once
 
 #include "common/FolderListing.h"
+#include "inspect/NoVerdict.h"
 
 namespace Inspect {
 
 struct InputImage
 {
     QString path; ///< as the user wrote it; of a folder with a problem, the folder's
-    QString problem; ///< why there is nothing to analyse; empty otherwise
+    NoVerdict problem; ///< why there is nothing to analyse
 };
 
 struct ImageList

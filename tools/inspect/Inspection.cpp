@@ -31,7 +31,12 @@ struct Run
     Pictures::Steps steps;
 };
 
-Run analyseOnce(const Task &task, const QString &image, const Options &options)
+double millisecondsOf(const QElapsedTimer &timer)
+{
+    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
+}
+
+Run analyseOnce(const Task &task, const Photograph &photograph, const Options &options)
 {
     Run run;
     FiberInspection::InspectionOptions wanted;
@@ -41,14 +46,14 @@ Run analyseOnce(const Task &task, const QString &image, const Options &options)
         wanted.onStep = [&run](const QString &step, const QImage &picture) { run.steps.append({step, picture}); };
     QElapsedTimer timer;
     timer.start();
-    run.found = FiberInspection::inspectFile(image, task.standardId, options.device, wanted);
+    run.found = FiberInspection::inspect(photograph.image, task.standardId, options.device, wanted);
 
     const FiberInspection::Inspection &found = run.found;
     run.inspection.task = task;
     run.inspection.result = found.result();
     run.inspection.measurements = {found.micronsPerPixel(), found.claddingCircle(), found.crop(), found.grayLevels(),
-        found.counts(), static_cast<double>(timer.nsecsElapsed()) / 1e6};
-    run.inspection.reason = found.problem();
+        found.counts(), photograph.decodingMs + millisecondsOf(timer)};
+    run.inspection.reason = {found.reason(), found.detail()};
     run.inspection.corePixels = pixelCounts(found.result().coreDefects());
     run.inspection.claddingPixels = pixelCounts(found.result().claddingDefects());
     return run;
@@ -78,12 +83,20 @@ Verdict Inspection::verdict() const
     return result.passed() ? Verdict::Passed : Verdict::Failed;
 }
 
-Inspection inspect(const Task &task, const QString &image, const Options &options, const Pictures &pictures)
+Photograph Photograph::load(const QString &path, const Options &options)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const FiberInspection::LoadedImage image = FiberInspection::loadImage(path, options.maxImagePixels());
+    return {image, millisecondsOf(timer)};
+}
+
+Inspection inspect(const Task &task, const Photograph &photograph, const Options &options, const Pictures &pictures)
 {
     Run worst;
     Repetition repetition;
     for (int number = 0; number < options.repeat; ++number) {
-        Run run = analyseOnce(task, image, options);
+        Run run = analyseOnce(task, photograph, options);
         const Verdict verdict = run.inspection.verdict();
         count(verdict, &repetition);
         if (number == 0 || verdict > worst.inspection.verdict())
@@ -95,7 +108,7 @@ Inspection inspect(const Task &task, const QString &image, const Options &option
     return worst.inspection;
 }
 
-Inspection notAnalysed(const Task &task, const QString &reason)
+Inspection notAnalysed(const Task &task, const NoVerdict &reason)
 {
     Inspection inspection;
     inspection.task = task;

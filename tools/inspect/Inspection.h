@@ -29,7 +29,7 @@ struct Measurements
     QRect crop; ///< pixels of the analysed image
     FiberInspection::GrayLevels grayLevels;
     FiberInspection::DefectCounts counts;
-    double elapsedMs = 0;
+    double elapsedMs = 0; ///< with the decoding, also where that was done for another standard
 };
 
 /// All that is known about one task after it was done.
@@ -38,7 +38,7 @@ struct Inspection
     Task task;
     FiberInspection::TestResult result;
     Measurements measurements;
-    QString reason; ///< why there is no verdict; empty when there is one
+    NoVerdict reason;
     QVector<int> corePixels; ///< of each core defect; the pixels themselves stay with the worker
     QVector<int> claddingPixels; ///< of each cladding defect
     bool hasKeptResult = false; ///< the annotated image lies in the worker's folder
@@ -49,12 +49,21 @@ struct Inspection
     Verdict verdict() const;
 };
 
-/// Analyses the image of the task as often as asked for, and tells about the worst run, whose pictures are kept if the
-/// options say so.
-/// @param image path of the image as the worker sees it
-Inspection inspect(const Task &task, const QString &image, const Options &options, const Pictures &pictures);
+/// An image as the worker decoded it, for all standards.
+struct Photograph
+{
+    FiberInspection::LoadedImage image;
+    double decodingMs = 0;
+
+    /// @param path as the worker sees it
+    static Photograph load(const QString &path, const Options &options);
+};
+
+/// Analyses the photograph as often as asked for, and tells about the worst run, whose pictures are kept if the options
+/// say so.
+Inspection inspect(const Task &task, const Photograph &photograph, const Options &options, const Pictures &pictures);
 
 /// A task that could not be done.
-Inspection notAnalysed(const Task &task, const QString &reason);
+Inspection notAnalysed(const Task &task, const NoVerdict &reason);
 
 } // namespace Inspect

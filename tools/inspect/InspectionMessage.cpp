@@ -65,10 +65,17 @@ bool read(QDataStream &stream, Circle *circle)
     return stream.status() == QDataStream::Ok && isLength(static_cast<double>(circle->radius));
 }
 
-bool read(QDataStream &stream, QString *text)
+/// A reason that an inspection can have: there is one at least if it came to no verdict, and no detail otherwise.
+bool read(QDataStream &stream, NoVerdict *why)
 {
-    stream >> *text;
-    return stream.status() == QDataStream::Ok && text->size() <= longestText;
+    using Reason = NoVerdict::Reason;
+    qint32 reason = -1;
+    stream >> reason >> why->detail;
+    why->reason = static_cast<Reason>(reason);
+    const bool isReason =
+        why->reason != Reason::NotInspected && !FiberInspection::Inspection::reasonText(why->reason).isEmpty();
+    return stream.status() == QDataStream::Ok && why->detail.size() <= longestText
+        && (isReason || (!why->isThere() && why->detail.isEmpty()));
 }
 
 bool read(QDataStream &stream, Defect *defect, int *pixelCount) // NOLINT(readability-non-const-parameter)
@@ -137,7 +144,7 @@ std::optional<Inspection> fromBytes(const QByteArray &bytes, const Task &task)
     const bool isSound = read(stream, &inspection.reason) && read(stream, &inspection.measurements)
         && read(stream, &inspection.repetition) && read(stream, &core, &inspection.corePixels)
         && read(stream, &cladding, &inspection.claddingPixels) && stream.atEnd();
-    if (!isSound || isGraded != inspection.reason.isEmpty())
+    if (!isSound || isGraded == inspection.reason.isThere())
         return std::nullopt;
     if (isGraded) {
         inspection.result.processDefects(core, cladding);
@@ -153,7 +160,8 @@ QByteArray InspectionMessage::toBytes(const Inspection &inspection)
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     const TestResult &result = inspection.result;
     const Repetition &repetition = inspection.repetition;
-    stream << !result.error() << inspection.hasKeptResult << inspection.reason.left(longestText);
+    stream << !result.error() << inspection.hasKeptResult << static_cast<qint32>(inspection.reason.reason)
+           << inspection.reason.detail.left(longestText);
     write(stream, inspection.measurements);
     stream << repetition.runs << repetition.passed << repetition.failed << repetition.errors;
     write(stream, result.coreDefects(), inspection.corePixels);

@@ -27,7 +27,7 @@ struct Options
     bool saveSteps = false;
     int jobs = 1;
     int maxMegapixels = usualMegapixels; ///< larger images are not decoded
-    int timeout = 30; ///< seconds for each run of an image
+    int timeout = 30; ///< seconds for each run of an image by one standard
     int repeat = 1; ///< runs per image and standard
     bool reportsRuns = false; ///< --repeat was given
     Format format = Format::Text;
@@ -39,8 +39,11 @@ struct Options
     /// How many times more pixels than usual an image may have.
     int timesTheUsualPixels() const { return qMax(1, (maxMegapixels + usualMegapixels - 1) / usualMegapixels); }
 
-    /// Seconds for all runs of an image.
-    quint64 timePerImage() const { return static_cast<quint64>(timeout) * static_cast<quint64>(repeat); }
+    /// Seconds for all runs of an image by one standard.
+    quint64 timePerTask() const { return static_cast<quint64>(timeout) * static_cast<quint64>(repeat); }
+
+    /// Seconds for all runs of an image by all standards.
+    quint64 timePerImage() const { return timePerTask() * static_cast<quint64>(standards.size()); }
 
     /// Seconds of a processor, after which a worker is replaced at the latest.
     quint64 timePerWorker() const { return 4 * timePerImage(); }

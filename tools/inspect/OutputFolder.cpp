@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/OutputFolder.h"
 
+#include "Internal/WholeFile.h"
 #include "common/FilePath.h"
 #include "common/Terminal.h"
 #include "inspect/ImageList.h"
 #include "inspect/Process.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
@@ -23,70 +20,58 @@
 namespace Inspect {
 
 namespace {
-constexpr std::size_t blockSize = 65536; // bytes
-constexpr mode_t ordinaryMode = 0666; // before the user's mask
+constexpr int blockSize = 65536; // bytes
 
-mode_t maskOfUser()
+bool isRegular(int file)
 {
-    const mode_t mask = umask(0);
-    umask(mask);
-    return mask;
+    struct stat status
+    {
+    };
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// A file that goes away with its owner unless it was renamed to what it is to be.
-class PartFile
+QString textOf(int error)
 {
-public:
-    explicit PartFile(const QByteArray &target)
-        : mName(target + ".XXXXXX.vantor-inspect.part")
-        , mFile(mkostemps(mName.data(), static_cast<int>(std::strlen(".vantor-inspect.part")), O_CLOEXEC))
-    {
-    }
-    ~PartFile()
-    {
-        if (mFile >= 0 && ::close(mFile) == 0 && !mName.isEmpty())
-            unlink(mName.constData());
-    }
-    PartFile(const PartFile &) = delete;
-    PartFile &operator=(const PartFile &) = delete;
+    return QString::fromLocal8Bit(std::strerror(error));
+}
 
-    bool isOpen() const { return mFile >= 0; }
-
-    bool copyFrom(int source, qint64 most) const
-    {
-        char block[blockSize];
-        for (qint64 total = 0;;) { // it may grow meanwhile
-            const ssize_t size = Process::read(source, block, sizeof block);
-            if (size <= 0)
-                return size == 0;
-            total += size;
-            if (total > most) {
-                errno = EFBIG;
-                return false;
-            }
-            if (!Process::writeAll(mFile, block, static_cast<std::size_t>(size)))
-                return false;
-        }
-    }
-
-    bool becomes(const QByteArray &target)
-    {
-        const bool isThere = fchmod(mFile, ordinaryMode & ~maskOfUser()) == 0 && fdatasync(mFile) == 0
-            && std::rename(mName.constData(), target.constData()) == 0;
-        if (isThere)
-            mName.clear();
-        return isThere;
-    }
-
-private:
-    QByteArray mName;
-    int mFile;
-};
-
-bool copy(int source, const QByteArray &target, qint64 most)
+/// @return why not; empty when all is copied
+QString copy(int source, WholeFile *target, qint64 most)
 {
-    PartFile part(target);
-    return part.isOpen() && part.copyFrom(source, most) && part.becomes(target);
+    QByteArray block(blockSize, Qt::Uninitialized);
+    for (qint64 total = 0;;) { // it may grow meanwhile
+        const ssize_t size = Process::read(source, block.data(), static_cast<std::size_t>(blockSize));
+        if (size <= 0)
+            return size == 0 ? QString() : textOf(errno);
+        total += size;
+        if (total > most)
+            return textOf(EFBIG);
+        if (!target->write(QByteArray::fromRawData(block.constData(), static_cast<int>(size))))
+            return target->reason();
+    }
+}
+
+QString copyInto(const QString &path, int source, qint64 most)
+{
+    WholeFile target(path);
+    if (!target.open() || !target.respectFormer())
+        return target.reason();
+    const QString problem = copy(source, &target, most);
+    if (!problem.isEmpty())
+        return problem;
+    return target.commit() && target.error() == 0 ? QString() : target.reason();
+}
+
+/// @return why not; empty when it is there, and stays there
+QString put(const QByteArray &file, const QString &target, qint64 most)
+{
+    const int source = open(file.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (source < 0)
+        return textOf(errno);
+    const QString problem =
+        isRegular(source) ? copyInto(target, source, most) : QStringLiteral("what was painted is not a file");
+    close(source);
+    return problem;
 }
 
 /// The output names whose result or step the file may be.
@@ -111,17 +96,25 @@ OutputFolder::OutputFolder(const QString &path)
 {
 }
 
-bool OutputFolder::prepare(QString *problem) const
+bool OutputFolder::prepare(QString *problem)
 {
-    const QFileInfo folder(mPath);
     const QString name = Tools::Terminal::printableName(mPath);
-    if (folder.exists() && !folder.isDir())
+    mPlace = std::make_unique<FileAccess::Place>(mPath, FileAccess::Place::Missing::MakeFolders);
+    if (mPlace->isPlanted())
+        *problem = QStringLiteral("cannot write into the folder %1: %2").arg(name, mPlace->whyNoFile());
+    else if (mPlace->error() == ENOTDIR)
         *problem = QStringLiteral("%1 is not a folder").arg(name);
-    else if (!QDir().mkpath(mPath))
+    else if (mPlace->error() != 0)
         *problem = QStringLiteral("cannot create the folder %1").arg(name);
-    else if (!QFileInfo(mPath).isWritable() || !QFileInfo(mPath).isExecutable())
+    else if (faccessat(mPlace->folder(), ".", W_OK | X_OK, AT_EACCESS) != 0)
         *problem = QStringLiteral("cannot write into the folder %1").arg(name);
     return problem->isEmpty();
+}
+
+/// Behind all links, whatever becomes of the path.
+QString OutputFolder::held(const QString &name) const
+{
+    return QStringLiteral("/proc/self/fd/%1/").arg(mPlace->folder()) + name;
 }
 
 void OutputFolder::spare(const QVector<InputImage> &images)
@@ -142,7 +135,7 @@ QSet<QString> OutputFolder::namesInUse() const
     QSet<QString> names;
     if (!keepsImages())
         return names;
-    const std::unique_ptr<DIR, int (*)(DIR *)> folder(opendir(QFile::encodeName(mPath).constData()), closedir);
+    const std::unique_ptr<DIR, int (*)(DIR *)> folder(opendir(QFile::encodeName(held({})).constData()), closedir);
     while (const dirent *entry = folder ? readdir(folder.get()) : nullptr) {
         struct stat status
         {
@@ -160,7 +153,7 @@ QSet<QString> OutputFolder::namesInUse() const
 QString OutputFolder::take(const QString &file, const QString &name, qint64 most, QString *problem) const
 {
     const QString path = Tools::FilePath::in(mPath, name);
-    const QByteArray target = QFile::encodeName(path);
+    const QString target = held(name);
     const auto refuse = [&](const QString &reason) {
         *problem = QStringLiteral("cannot write %1: %2").arg(Tools::Terminal::printableName(path), reason);
         return QString();
@@ -168,22 +161,30 @@ QString OutputFolder::take(const QString &file, const QString &name, qint64 most
     if (const QString reason = hindrance(target); !reason.isEmpty())
         return refuse(reason);
 
-    const QByteArray sourceName = QFile::encodeName(file);
-    const int source = open(sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
-    const bool isCopied = source >= 0 && copy(source, target, most);
-    const int error = errno;
-    if (source >= 0)
-        close(source);
-    unlink(sourceName.constData());
-    return isCopied ? path : refuse(QString::fromLocal8Bit(std::strerror(error)));
+    const QByteArray source = QFile::encodeName(file);
+    const QString problemOfCopy = put(source, target, most);
+    unlink(source.constData());
+    if (!problemOfCopy.isEmpty())
+        return refuse(problemOfCopy);
+    return isWhereThePathLeads() ? path
+                                 : refuse(QStringLiteral("its folder was moved, removed or unmounted meanwhile"));
 }
 
-QString OutputFolder::hindrance(const QByteArray &target) const
+/// A stick may be gone while its folder is still held: what is written there nobody finds.
+bool OutputFolder::isWhereThePathLeads() const
+{
+    struct stat held = {};
+    struct stat found = {};
+    return fstat(mPlace->folder(), &held) == 0 && stat(QFile::encodeName(mPath).constData(), &found) == 0
+        && FileId::of(held) == FileId::of(found);
+}
+
+QString OutputFolder::hindrance(const QString &target) const
 {
     struct stat status
     {
     };
-    if (lstat(target.constData(), &status) != 0)
+    if (lstat(QFile::encodeName(target).constData(), &status) != 0)
         return {};
     if (!S_ISREG(status.st_mode)) // a link would be replaced without a word, and be lost to whoever set it
         return QStringLiteral("what is there is not a file");

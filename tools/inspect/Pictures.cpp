@@ -39,13 +39,13 @@ qint64 mostBytesOf(const Options &options)
     return mostBytes * options.timesTheUsualPixels();
 }
 
-/// As a whole or, on a full disk, not at all.
+/// As a whole or, on a full disk, not at all: of what is still in a buffer, closing would fail, and nothing be removed.
 void write(const QImage &picture, const QString &path)
 {
     QBuffer png;
     QFile file(path);
     const bool isWritten = png.open(QIODevice::WriteOnly) && picture.save(&png, "PNG")
-        && file.open(QIODevice::WriteOnly) && file.write(png.data()) == png.size() && file.flush();
+        && file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(png.data()) == png.size();
     if (!isWritten)
         file.remove();
 }

@@ -22,8 +22,8 @@ Report makeReport(const Inspection &inspection, const Options &options, const To
         break;
     case Options::Format::Text:
         if (report.verdict == Verdict::NotAnalysed)
-            report.messages = Tools::Terminal::message(
-                Tools::Terminal::printableName(inspection.task.image.path) + QStringLiteral(": ") + inspection.reason)
+            report.messages = Tools::Terminal::message(Tools::Terminal::printableName(inspection.task.image.path)
+                + QStringLiteral(": ") + inspection.reason.text())
                                   .toUtf8();
         else if (!options.quiet)
             report.output = textReport(inspection, options, style).toUtf8();

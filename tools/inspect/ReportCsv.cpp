@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/ReportCsv.h"
 
-#include "common/Csv.h"
-#include "common/ShortestNumber.h"
+#include "FiberInspection/EnumeratorNames.h"
+#include "Internal/Csv.h"
+#include "Internal/ShortestNumber.h"
+#include "common/StandardNames.h"
 #include "common/Terminal.h"
 #include "inspect/Inspection.h"
 #include "inspect/Options.h"
-#include "inspect/StandardNames.h"
 
 #include <QStringList>
 
@@ -31,12 +32,12 @@ QString text(int number)
 
 QString text(float number)
 {
-    return QString::fromLatin1(Tools::shortestNumber(number));
+    return QString::fromLatin1(shortestNumber(number));
 }
 
 QString text(double number)
 {
-    return QString::fromLatin1(Tools::shortestNumber(number));
+    return QString::fromLatin1(shortestNumber(number));
 }
 
 QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
@@ -45,10 +46,10 @@ QVector<Column> columnsOf(const Inspection &inspection, const Options &options)
     const Measurements &measured = inspection.measurements;
     QVector<Column> columns{
         {QStringLiteral("image"), Tools::Terminal::printableName(inspection.task.image.path)},
-        {QStringLiteral("standard"), standardEnumerator(inspection.task.standardId)},
+        {QStringLiteral("standard"), FiberInspection::enumeratorOf(inspection.task.standardId)},
         {QStringLiteral("standardName"), FiberInspection::Standard::name(inspection.task.standardId)},
         {QStringLiteral("error"), text(result.error())},
-        {QStringLiteral("reason"), Tools::Terminal::printable(inspection.reason)},
+        {QStringLiteral("reason"), Tools::Terminal::printable(inspection.reason.text())},
         {QStringLiteral("passed"), text(result.passed())},
         {QStringLiteral("resultImage"), Tools::Terminal::printableName(inspection.resultImage)},
         {QStringLiteral("elapsedMs"), text(measured.elapsedMs)},
@@ -87,7 +88,7 @@ QByteArray line(const QVector<Column> &columns, QString Column::*part)
     QStringList fields;
     for (const Column &column : columns)
         fields.append(column.*part);
-    return Tools::csvLine(fields);
+    return csvLine(fields);
 }
 } // namespace
 

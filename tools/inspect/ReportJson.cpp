@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/ReportJson.h"
 
+#include "FiberInspection/EnumeratorNames.h"
+#include "Internal/JsonWriter.h"
 #include "common/FileNameCodec.h"
-#include "common/JsonWriter.h"
+#include "common/StandardNames.h"
 #include "inspect/Inspection.h"
 #include "inspect/Options.h"
-#include "inspect/StandardNames.h"
 
 namespace Inspect {
 
@@ -16,24 +17,24 @@ using FiberInspection::ZoneResult;
 
 namespace {
 /// A path that is no text comes a second time, in a form that leads back to the file.
-void writePath(Tools::JsonWriter &json, const char *name, const char *nameOfBytes, const QString &path)
+void writePath(JsonWriter &json, const char *name, const char *nameOfBytes, const QString &path)
 {
     json.member(name, path);
     if (!Tools::FileNameCodec::isText(path))
         json.member(nameOfBytes, Tools::FileNameCodec::percentEncoded(path));
 }
 
-void writePoint(Tools::JsonWriter &json, const QPointF &point)
+void writePoint(JsonWriter &json, const QPointF &point)
 {
     json.beginObject().member("x", point.x()).member("y", point.y()).endObject();
 }
 
-void writeRule(Tools::JsonWriter &json, const RuleResult &rule)
+void writeRule(JsonWriter &json, const RuleResult &rule)
 {
     json.beginObject()
         .member("rule", rule.standardRule.toString())
-        .member("type", defectTypeName(rule.standardRule.defectType))
-        .member("operator", ruleOperatorEnumerator(rule.standardRule.ruleOperator))
+        .member("type", FiberInspection::wordOf(rule.standardRule.defectType))
+        .member("operator", FiberInspection::enumeratorOf(rule.standardRule.ruleOperator))
         .member("minSize", rule.standardRule.minSize)
         .member("maxSize", rule.standardRule.maxSize)
         .member("maxAllowedAmount", rule.standardRule.maxAllowedAmount)
@@ -42,9 +43,9 @@ void writeRule(Tools::JsonWriter &json, const RuleResult &rule)
         .endObject();
 }
 
-void writeDefect(Tools::JsonWriter &json, const Defect &defect, int pixelCount)
+void writeDefect(JsonWriter &json, const Defect &defect, int pixelCount)
 {
-    json.beginObject().member("type", defectTypeName(defect.type)).member("size", defect.size);
+    json.beginObject().member("type", FiberInspection::wordOf(defect.type)).member("size", defect.size);
     writePoint(json.key("center"), defect.enclosingCircle.center);
     json.member("radius", defect.enclosingCircle.radius).key("boundingRect").beginArray();
     for (const QPointF &corner : defect.boundingRectPoints)
@@ -53,7 +54,7 @@ void writeDefect(Tools::JsonWriter &json, const Defect &defect, int pixelCount)
 }
 
 void writeZone(
-    Tools::JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects, const QVector<int> &pixelCounts)
+    JsonWriter &json, const ZoneResult &zone, const QVector<Defect> &defects, const QVector<int> &pixelCounts)
 {
     json.beginObject().member("violations", zone.violations).key("rules").beginArray();
     for (const RuleResult &rule : zone.rules)
@@ -64,7 +65,7 @@ void writeZone(
     json.endArray().endObject();
 }
 
-void writeMeasurements(Tools::JsonWriter &json, const Measurements &measured)
+void writeMeasurements(JsonWriter &json, const Measurements &measured)
 {
     json.member("elapsedMs", measured.elapsedMs)
         .member("pixelSize", measured.pixelSize)
@@ -93,13 +94,13 @@ void writeMeasurements(Tools::JsonWriter &json, const Measurements &measured)
 QByteArray jsonReport(const Inspection &inspection, const Options &options)
 {
     const FiberInspection::TestResult &result = inspection.result;
-    Tools::JsonWriter json;
+    JsonWriter json;
     json.beginObject();
     writePath(json, "image", "imageBytes", inspection.task.image.path);
-    json.member("standard", standardEnumerator(inspection.task.standardId))
+    json.member("standard", FiberInspection::enumeratorOf(inspection.task.standardId))
         .member("standardName", Standard::name(inspection.task.standardId))
         .member("error", result.error())
-        .member("reason", inspection.reason)
+        .member("reason", inspection.reason.text())
         .member("passed", result.passed());
     writePath(json, "resultImage", "resultImageBytes", inspection.resultImage);
     writeMeasurements(json, inspection.measurements);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/ReportText.h"
 
+#include "FiberInspection/EnumeratorNames.h"
+#include "common/Micrometres.h"
+#include "common/StandardNames.h"
 #include "common/Terminal.h"
 #include "inspect/Inspection.h"
 #include "inspect/Options.h"
-#include "inspect/StandardNames.h"
 
 #include <QStringList>
 
@@ -55,7 +57,8 @@ QString ruleHeader()
 
 QString ruleLine(const QString &zoneName, const RuleResult &rule, const Tools::TextStyle &style)
 {
-    const QString line = left(zoneName, zoneWidth) + left(defectTypeName(rule.standardRule.defectType), kindWidth)
+    const QString line = left(zoneName, zoneWidth)
+        + left(FiberInspection::wordOf(rule.standardRule.defectType), kindWidth)
         + left(rule.standardRule.toString(), criterionWidth) + right(allowance(rule.standardRule), numberWidth)
         + right(QString::number(rule.defectCount), numberWidth);
     const QString verdict = rule.violated ? style.bad(QStringLiteral("fail")) : style.good(QStringLiteral("pass"));
@@ -70,17 +73,6 @@ QStringList rulesTable(const TestResult &result, const Tools::TextStyle &style)
             lines.append(ruleLine(Zone::name(zone->standardZone.zone), rule, style));
     }
     return lines;
-}
-
-QString micrometres(double value)
-{
-    return QString::number(value, 'f', 1);
-}
-
-QString position(double value)
-{
-    const QString number = micrometres(value);
-    return number.startsWith(QLatin1Char('-')) ? number : QLatin1Char('+') + number;
 }
 
 /// Those of a zone, the largest first.
@@ -106,10 +98,10 @@ QStringList defectLines(const QVector<GradedDefect> &defects)
                 QStringLiteral("%1 and %2 more").arg(left(QString(), zoneWidth)).arg(defects.size() - lines.size()));
             break;
         }
-        lines.append(left(Zone::name(defect.zone), zoneWidth) + left(defectTypeName(defect.kind), kindWidth)
-            + right(micrometres(defect.sizeMicrons), numberWidth)
-            + right(position(defect.centerMicrons.x()), numberWidth)
-            + right(position(defect.centerMicrons.y()), numberWidth));
+        lines.append(left(Zone::name(defect.zone), zoneWidth) + left(FiberInspection::wordOf(defect.kind), kindWidth)
+            + right(Tools::micrometres(defect.sizeMicrons), numberWidth)
+            + right(Tools::position(defect.centerMicrons.x()), numberWidth)
+            + right(Tools::position(defect.centerMicrons.y()), numberWidth));
     }
     return lines;
 }
@@ -154,7 +146,7 @@ QStringList zoneLines(const Zone &zone)
     QStringList lines;
     for (const Rule &rule : zone.rules) {
         lines.append((lines.isEmpty() ? name : QString(name.size(), QLatin1Char(' '))) + QStringLiteral("  ")
-            + left(defectTypeName(rule.defectType), kindWidth) + rule.toString());
+            + left(FiberInspection::wordOf(rule.defectType), kindWidth) + rule.toString());
     }
     return lines;
 }
@@ -193,10 +185,10 @@ QString textSummary(int passed, int failed, int notAnalysed, int leftOut, const 
 QString standardsText(const Tools::TextStyle &style)
 {
     QString text;
-    const QVector<Standard::Id> ids = standardsNamed(QStringLiteral("all"));
+    const QVector<Standard::Id> ids = Tools::standardsNamed(QStringLiteral("all"));
     for (const Standard::Id id : ids) {
         const Standard standard(id);
-        text += QStringLiteral("%1  %2\n").arg(style.bold(standardName(id)), standard.name());
+        text += QStringLiteral("%1  %2\n").arg(style.bold(Tools::standardName(id)), standard.name());
         for (const Zone *const zone :
             {&standard.core(), &standard.cladding(), &standard.adhesive(), &standard.contact()}) {
             const QStringList lines = zoneLines(*zone);

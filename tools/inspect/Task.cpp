@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "inspect/Task.h"
 
+#include "common/StandardNames.h"
 #include "inspect/Options.h"
 #include "inspect/OutputFolder.h"
-#include "inspect/StandardNames.h"
 
 #include <QFileInfo>
 #include <QSet>
@@ -35,7 +35,7 @@ public:
         QString name = wanted;
         int &number = mLastNumber[wanted.toCaseFolded()];
         for (number = qMax(number, 1); mTaken.contains(name.toCaseFolded()); ++number)
-            name = QStringLiteral("%1-%2").arg(wanted).arg(number + 1);
+            name = QStringLiteral("%1-%2").arg(wanted, QString::number(number + 1));
         mTaken.insert(name.toCaseFolded());
         return name;
     }
@@ -46,6 +46,19 @@ private:
 };
 } // namespace
 
+QVector<Share> makeShares(int tasks, int standards, int jobs)
+{
+    const int images = tasks / standards;
+    const int parts = qBound(1, jobs / qMax(images, 1), standards);
+    QVector<Share> shares;
+    shares.reserve(images * parts);
+    for (int first = 0; first < tasks; first += standards) {
+        for (int part = 0; part < parts; ++part)
+            shares.append({first + standards * part / parts, first + standards * (part + 1) / parts});
+    }
+    return shares;
+}
+
 QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &options, const OutputFolder &output)
 {
     const bool keepsImages = output.keepsImages();
@@ -53,13 +66,14 @@ QVector<Task> makeTasks(const QVector<InputImage> &images, const Options &option
 
     QVector<Task> tasks;
     tasks.reserve(images.size() * options.standards.size());
-    for (const InputImage &image : images) {
+    for (int number = 0; number < images.size(); ++number) {
+        const InputImage &image = images[number];
         const QString baseName = keepsImages ? baseNameOf(image.path) : QString();
         for (const FiberInspection::Standard::Id id : options.standards) {
             QString name = baseName;
             if (options.standards.size() > 1)
-                name += QLatin1Char('_') + standardName(id);
-            tasks.append({image, id, keepsImages ? names.take(name) : QString()});
+                name += QLatin1Char('_') + Tools::standardName(id);
+            tasks.append({image, number, id, keepsImages ? names.take(name) : QString()});
         }
     }
     return tasks;

@@ -50,7 +50,7 @@ Sandbox::Budget budgetFor(int image, const Options &options)
     };
     const bool isSmall = fstat(image, &status) == 0 && status.st_size <= smallImage;
     return {
-        (isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options), options.timePerImage()};
+        (isSmall ? memoryForSmallImage : Sandbox::mostMemory) * timesTheUsualPixels(options), options.timePerTask()};
 }
 
 void work(const Session &session, const QString &folder, int fetched, int inspections, int image)
@@ -73,14 +73,21 @@ void work(const Session &session, const QString &folder, int fetched, int inspec
         return;
     }
 
+    int atHand = -1; // image
+    Photograph photograph;
     const QString imagePath = QStringLiteral("/proc/self/fd/%1").arg(image);
     for (Fetched fetch; Process::readAll(fetched, &fetch, sizeof fetch);) {
         [[maybe_unused]] const int forgotten = ftruncate(STDERR_FILENO, 0); // /dev/null refuses
         sandbox.setBudget(budgetFor(image, session.options));
         const Task &task = session.tasks[static_cast<int>(fetch.task)];
-        const Inspection inspection = fetch.problem == Fetched::None
-            ? inspect(task, imagePath, session.options, pictures)
-            : notAnalysed(task, fetch.reason());
+        const bool isThere = fetch.reason == NoVerdict::Reason::None;
+        if (isThere && task.imageNumber != atHand) {
+            photograph = {}; // for two there may be no memory
+            photograph = Photograph::load(imagePath, session.options);
+        }
+        atHand = task.imageNumber;
+        const Inspection inspection =
+            isThere ? inspect(task, photograph, session.options, pictures) : notAnalysed(task, fetch.problem());
         const QByteArray message = InspectionMessage::toBytes(inspection);
         if (!Process::writeAll(inspections, message.constData(), static_cast<std::size_t>(message.size())))
             return;

@@ -42,10 +42,13 @@ std::optional<double> processorTime(pid_t pid)
     return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
 }
 
+/// Whether the kernel must have ended the process at the hard limit of its time. Its status does not tell: that is the
+/// same SIGKILL as for want of memory, or from anybody else. What the process has used does; whom another SIGKILL meets
+/// in the last twentieth of its life is counted in.
 bool hasUsedUpItsTime(pid_t pid)
 {
-    constexpr double fewTicks = 0.25; // seconds; the limit counts ticks, the clock what really ran
-    constexpr double mostOfIt = 0.95;
+    constexpr double fewTicks = 0.25; // seconds; of a short life
+    constexpr double mostOfIt = 0.95; // the limit counts sampled ticks, the clock what really ran; both drift apart
     rlimit limits{};
     const std::optional<double> used = processorTime(pid);
     const bool isKnown = used && prlimit(pid, RLIMIT_CPU, nullptr, &limits) == 0;
@@ -129,21 +132,26 @@ void WorkerPool::endAll()
         kill(worker.pid, SIGKILL);
         kill(worker.fetcher, SIGKILL);
     }
+    std::vector<Outcome> unwanted;
     while (!mWorkers.empty())
-        reap(mWorkers.back());
+        reap(mWorkers.back(), &unwanted);
 }
 
 bool WorkerPool::hasIdle() const
 {
-    return mWorkers.size() < mSize
-        || std::any_of(mWorkers.cbegin(), mWorkers.cend(), [](const Worker &worker) { return worker.task == idle; });
+    return mWorkers.size() < mSize || std::any_of(mWorkers.cbegin(), mWorkers.cend(), isIdle);
 }
 
-bool WorkerPool::start(int task)
+bool WorkerPool::isIdle(const Worker &worker)
+{
+    return worker.task == idle && worker.share.next == worker.share.end;
+}
+
+bool WorkerPool::start(const Share &share)
 {
     Worker *worker = idleWorker();
     while (worker && isWornOut(*worker)) {
-        reap(*worker);
+        reap(*worker, &mOutcomes); // which has none
         worker = idleWorker();
     }
     if (!worker)
@@ -153,15 +161,30 @@ bool WorkerPool::start(int task)
         return false;
     }
     if (!worker) {
-        mOutcomes.push_back(
-            {task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}, {}});
+        for (int task = share.next; task < share.end; ++task)
+            mOutcomes.push_back(
+                {task, std::nullopt, QStringLiteral("no process could be started for the analysis"), {}, {}});
         return true;
     }
-    worker->task = task;
-    worker->timeLeft = qint64(mSession.options.timePerImage()) * 1000;
-    const auto number = static_cast<quint32>(task);
-    Process::writeAll(worker->requests, &number, sizeof number); // should it be dead already, reading from it tells
+    worker->share = share;
+    begin(*worker);
     return true;
+}
+
+void WorkerPool::goOn(const std::function<bool(int task)> &isWanted)
+{
+    for (Worker &worker : mWorkers) {
+        if (worker.task == idle && !isIdle(worker) && isWanted(worker.share.next))
+            begin(worker);
+    }
+}
+
+void WorkerPool::begin(Worker &worker)
+{
+    worker.task = worker.share.next++;
+    worker.timeLeft = qint64(mSession.options.timePerTask()) * 1000;
+    const auto number = static_cast<quint32>(worker.task);
+    Process::writeAll(worker.requests, &number, sizeof number); // should it be dead already, reading from it tells
 }
 
 std::vector<WorkerPool::Outcome> WorkerPool::wait(int fileDescriptor)
@@ -209,7 +232,7 @@ void WorkerPool::endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes)
         worker.timeLeft -= elapsed;
         if (worker.timeLeft > 0)
             continue;
-        outcomes->push_back(reap(worker, QStringLiteral("timed out after %1 s").arg(mSession.options.timePerImage())));
+        reap(worker, outcomes, QStringLiteral("timed out after %1 s").arg(mSession.options.timePerTask()));
     }
 }
 
@@ -219,18 +242,14 @@ void WorkerPool::endGreedy(std::vector<Outcome> *outcomes)
         return;
     mSinceLook.start();
     for (std::size_t i = mWorkers.size(); i-- > 0;) { // also the idle ones: who was taken over need not wait for a task
-        if (!Pictures(mWorkers[i].folder).areTooMany(mSession.options))
-            continue;
-        Outcome outcome = reap(mWorkers[i], QStringLiteral("the analysis filled its folder"));
-        if (outcome.task != idle)
-            outcomes->push_back(std::move(outcome));
+        if (Pictures(mWorkers[i].folder).areTooMany(mSession.options))
+            reap(mWorkers[i], outcomes, QStringLiteral("the analysis filled its folder"));
     }
 }
 
 WorkerPool::Worker *WorkerPool::idleWorker()
 {
-    const auto worker =
-        std::find_if(mWorkers.begin(), mWorkers.end(), [](const Worker &candidate) { return candidate.task == idle; });
+    const auto worker = std::find_if(mWorkers.begin(), mWorkers.end(), isIdle);
     return worker == mWorkers.end() ? nullptr : &*worker;
 }
 
@@ -268,7 +287,7 @@ WorkerPool::Worker *WorkerPool::forkWorker()
         Process::end(fetcher);
         return nullptr;
     }
-    mWorkers.push_back({pid, fetcher, requests.takeWriting(), inspections.takeReading(), folder, idle, 0, {}});
+    mWorkers.push_back({pid, fetcher, requests.takeWriting(), inspections.takeReading(), folder, idle, {}, 0, {}});
     return &mWorkers.back();
 }
 
@@ -277,9 +296,7 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     char buffer[64 * 1024];
     const ssize_t size = Process::read(worker.inspections, buffer, sizeof buffer);
     if (size <= 0) {
-        Outcome outcome = reap(worker);
-        if (outcome.task != idle)
-            outcomes->push_back(std::move(outcome));
+        reap(worker, outcomes);
         return;
     }
 
@@ -289,9 +306,7 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     if (!isDamaged)
         inspection = InspectionMessage::take(&worker.received, mSession.tasks[worker.task], &isDamaged);
     if (isDamaged) {
-        Outcome outcome = reap(worker, QStringLiteral("the analysis sent what is no report"));
-        if (outcome.task != idle)
-            outcomes->push_back(std::move(outcome));
+        reap(worker, outcomes, QStringLiteral("the analysis sent what is no report"));
     } else if (inspection) {
         const QByteArray log = mSession.options.verbose ? lastWordsOfWorker(worker.folder) : QByteArray();
         outcomes->push_back({worker.task, std::move(inspection), {}, worker.folder, log});
@@ -299,19 +314,22 @@ void WorkerPool::readFrom(Worker &worker, std::vector<Outcome> *outcomes)
     }
 }
 
-WorkerPool::Outcome WorkerPool::reap(Worker &worker, const QString &reason)
+void WorkerPool::reap(Worker &worker, std::vector<Outcome> *outcomes, const QString &reason)
 {
     const bool isOverTime = hasUsedUpItsTime(worker.pid);
     Process::end(worker.fetcher);
     const int status = Process::end(worker.pid);
     close(worker.requests);
     close(worker.inspections);
-    Outcome outcome{worker.task, std::nullopt, reason.isEmpty() ? describeEnd(status, isOverTime) : reason, {},
-        lastWordsOfWorker(worker.folder)};
+    const QString why = reason.isEmpty() ? describeEnd(status, isOverTime) : reason;
+    const QByteArray lastWords = lastWordsOfWorker(worker.folder);
+    if (worker.task != idle)
+        outcomes->push_back({worker.task, std::nullopt, why, {}, lastWords});
+    for (int task = worker.share.next; task < worker.share.end; ++task) // the next process would fare no better
+        outcomes->push_back({task, std::nullopt, why, {}, lastWords});
     QDir(worker.folder).removeRecursively();
     mWorkers.erase(mWorkers.begin() + (&worker - mWorkers.data()));
     mSize = mMost; // what it took may be enough for another one
-    return outcome;
 }
 
 } // namespace Inspect

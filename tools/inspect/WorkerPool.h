@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 
+#include <functional>
 #include <optional>
 #include <sys/types.h>
 #include <vector>
@@ -14,7 +15,8 @@ namespace Inspect {
 
 /// Processes that analyse, forked from this one as they are needed: starting a program anew would cost several times an
 /// analysis, because of the many libraries behind the image codecs. Each has a fetcher at its side. Two that die, or
-/// take too long, cost only their task. The owner must not have threads.
+/// take too long, cost only what is left of their share: what ended them was its image. The owner must not have
+/// threads.
 class WorkerPool
 {
 public:
@@ -34,9 +36,12 @@ public:
 
     bool hasIdle() const;
 
-    /// Gives the task to an idle process, or to a new one. False: no further one can be had, those there are have to
-    /// do.
-    bool start(int task);
+    /// Gives the share to an idle process, or to a new one, and begins with its first task. False: no further one can
+    /// be had, those there are have to do.
+    bool start(const Share &share);
+
+    /// Begins with the next task of each share whose last one is done, if it is wanted.
+    void goOn(const std::function<bool(int task)> &isWanted);
 
     /// Waits until something is done, or until the file descriptor can be read, or a moment is over.
     std::vector<Outcome> wait(int fileDescriptor);
@@ -51,11 +56,13 @@ private:
         int requests = -1; ///< to the fetcher
         int inspections = -1; ///< from the worker
         QString folder;
-        int task = -1; ///< -1 when idle
+        int task = -1; ///< -1 when there is nothing to do at the moment
+        Share share; ///< what is left of it, without the task
         qint64 timeLeft = 0; ///< milliseconds for the task
         QByteArray received;
     };
 
+    static bool isIdle(const Worker &worker);
     Worker *idleWorker();
     bool isWornOut(const Worker &worker) const; ///< has not enough time left for another image
     Worker *forkWorker();
@@ -63,7 +70,10 @@ private:
     void readFrom(Worker &worker, std::vector<Outcome> *outcomes);
     void endOverdue(qint64 elapsed, std::vector<Outcome> *outcomes);
     void endGreedy(std::vector<Outcome> *outcomes); ///< those that write too much
-    Outcome reap(Worker &worker, const QString &reason = {}); ///< of a process that does not go on
+    void begin(Worker &worker); ///< with the next task of its share
+
+    /// Of a process that does not go on. @param outcomes of all that is left of its share
+    void reap(Worker &worker, std::vector<Outcome> *outcomes, const QString &reason = {});
 
     const Session &mSession;
     const std::size_t mMost; ///< workers

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "common/OutputFile.h"
+#include "Internal/ChildProcess.h"
+#include "Internal/OutputFile.h"
 #include "plot/Script.h"
 
-#include <QProcess>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
 
 namespace Plot {
@@ -45,7 +46,7 @@ std::optional<QByteArray> svg(const Picture &picture, QString *problem)
 {
     if (!canDraw(problem))
         return {};
-    QProcess process;
+    ChildProcess process;
     process.setProcessEnvironment(bareEnvironment());
     process.start(gnuplot(), {QStringLiteral("-d"), QStringLiteral("-")}); // -d: without the settings of the user
     process.write(script(picture));
@@ -65,7 +66,7 @@ std::optional<QByteArray> svg(const Picture &picture, QString *problem)
 bool save(const Picture &picture, const QString &path, QString *problem)
 {
     const std::optional<QByteArray> drawn = svg(picture, problem);
-    return drawn && Tools::OutputFile::write(path, *drawn, problem);
+    return drawn && OutputFile::write(path, *drawn, problem);
 }
 
 } // namespace Plot

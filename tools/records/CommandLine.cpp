@@ -2,12 +2,14 @@
 #include "records/CommandLine.h"
 
 #include "Records/RecordStore.h"
-#include "inspect/StandardNames.h"
+#include "common/Micrometres.h"
+#include "common/StandardNames.h"
 #include "names/Explanation.h"
 #include "records/StoreAccess.h"
 #include "records/Words.h"
 
 #include <QDir>
+#include <QLocale>
 #include <QRegularExpression>
 
 #include <limits>
@@ -17,7 +19,6 @@ namespace RecordsTool {
 using Action = Options::Action;
 
 namespace {
-constexpr int maxFieldOfView = 100000; // micrometres
 constexpr int maxPage = std::numeric_limits<int>::max() / Records::Page::maxRows;
 
 struct Command
@@ -56,6 +57,9 @@ constexpr Fit fits[] = {
     {"csv", "export"},
     {"json", "export"},
     {"output", "export"},
+    {"pdf", "export"},
+    {"zip", "export"},
+    {"language", "export"},
     {"separator", "export"},
     {"decimal-comma", "export"},
     {"no-bom", "export"},
@@ -75,11 +79,6 @@ QString absolute(const QString &path)
 {
     return path.startsWith(QLatin1Char('/')) ? path : QDir::currentPath() + QLatin1Char('/') + path;
 }
-
-QString fieldOfViewText(const QSize &size)
-{
-    return QStringLiteral("%1x%2").arg(size.width()).arg(size.height());
-}
 } // namespace
 
 CommandLine::CommandLine()
@@ -88,8 +87,10 @@ CommandLine::CommandLine()
     , mJob(option("job", "Of the job of this name. import adds it when there is none.", "NAME"))
     , mJobId(option("job-id", "Of the job of this number, as list --jobs shows it.", "N"))
     , mVerdict(option("verdict", "Only passed, failed, or none: those that could not be made.", "VERDICT"))
-    , mStandard(option("standard",
-          "Only those by this standard. With import: the standard of a job that is added (default: sm-rl45).", "NAME"))
+    , mStandard(QStringLiteral("standard"),
+          QStringLiteral("Only those by this standard. With import: the standard of a job that is added (default: %1).")
+              .arg(Tools::defaultStandardName()),
+          QStringLiteral("NAME"))
     , mFrom(option("from", "Only those made at this local time or later: 2026-11-22, or 2026-11-22T14:30.", "TIME"))
     , mUntil(option("until", "Only those made at this local time or earlier; a day counts to its end.", "TIME"))
     , mPage(option("page", "Show this page (default: 1).", "N"))
@@ -99,11 +100,19 @@ CommandLine::CommandLine()
           "Write a line for each inspection, as a spreadsheet opens it. A text that it would take for a formula gets a "
           "' in front, and so does one that begins with '."))
     , mJson(option("json", "Write one document with all that is known, as docs/records.schema.json describes it."))
+    , mPdf(option("pdf",
+          "Write the report of one job into this file: cover, panel, points, failures with pictures, statistics.",
+          "FILE"))
+    , mZip(option("zip",
+          "Write all there is of one job into this file: report, table, document, pictures, and their sums.", "FILE"))
+    , mLanguage(option("language", "With --pdf or --zip: en or de (default: that of the user).", "LANGUAGE"))
     , mOutput(option({QStringLiteral("o"), QStringLiteral("output")},
           "Write into this file: whole or not at all (default: stdout).", "FILE"))
-    , mSeparator(option("separator", "With --csv: what stands between the fields: , or ; or tab (default: ,).", "S"))
-    , mDecimalComma(option("decimal-comma", "With --csv: numbers as in 1,5; such a spreadsheet wants --separator ';'."))
-    , mNoBom(option("no-bom", "With --csv: no byte order mark, which spreadsheets need and programs do not."))
+    , mSeparator(
+          option("separator", "With --csv or --zip: what stands between the fields: , or ; or tab (default: ,).", "S"))
+    , mDecimalComma(
+          option("decimal-comma", "With --csv or --zip: numbers as in 1,5; such a spreadsheet wants --separator ';'."))
+    , mNoBom(option("no-bom", "With --csv or --zip: no byte order mark, which spreadsheets need and programs do not."))
     , mFirst(option("first",
           "Name of the first point; with --last. The pictures follow in the order of their names, "
           "where 2 comes before 10.",
@@ -113,7 +122,7 @@ CommandLine::CommandLine()
     , mFibre(option("fibre", "Kind of their fibre: sm, apc, mm or unknown (default: unknown).", "KIND"))
     , mFieldOfView(QStringLiteral("fov"),
           QStringLiteral("Field of view of the whole picture in micrometres (default: %1).")
-              .arg(fieldOfViewText(FiberInspection::Device::ks20().fov)),
+              .arg(Tools::fieldOfViewText(FiberInspection::Device::ks20().fov)),
           QStringLiteral("WxH"))
     , mCustomer(option("customer", "Customer of a job that is added.", "TEXT"))
     , mSite(option("site", "Its site.", "TEXT"))
@@ -128,27 +137,30 @@ CommandLine::CommandLine()
         "  search WORDS             inspections by beginnings of words of job, customer, site, operator,\n"
         "                           point and note\n"
         "  export --csv|--json      the inspections as a file for others, the oldest first\n"
+        "  export --pdf|--zip FILE  the report of one job; as an archive with all its pictures. The job may be\n"
+        "                           left out where the store has but one\n"
         "  import FOLDER --job NAME inspects the pictures of a folder as points of a job; a picture that\n"
-        "                           its point has already keeps its verdict, and one of another point\n"
-        "                           is left out\n"
+        "                           its point has already keeps its verdict, unless --fov says that its\n"
+        "                           field of view was another one, and one of another point is left out\n"
         "  verify                   checks the database, each record and the sums of all pictures\n"
         "  backup FOLDER            writes a copy, a store itself, into a folder that holds none; a folder\n"
         "                           and not a file, because the pictures belong to it\n"
         "  merge FOLDER             takes over what the store of another unit has and this one does not: all\n"
         "                           or nothing; twice is once\n\n"
         "All but import and merge may run while another program writes into the store.\n\n"
-        "Exit code: 0 done, also an export that found no inspection; of import: all passed, also those\n"
-        "that were there already, 1 what was asked for is not there, some failed, the store has faults,\n"
-        "or of merge: inspections were decided or described differently, 2 some pictures could not be\n"
-        "inspected, were left out, are missing or damaged, or some records cannot be exported, 64 wrong\n"
-        "usage, 69 a store cannot be opened, or another program writes into it, 71 out of memory, 74 the\n"
+        "Exit code: 0 done, also an export that found no inspection; of import: all points passed, those\n"
+        "of known pictures as they stand now, 1 what was asked for is not there, some failed, the store\n"
+        "has faults, or of merge: inspections were decided or described differently, 2 some pictures could\n"
+        "not be inspected, were left out, are missing or damaged, some points are to be repeated, or some\n"
+        "records cannot be exported or contradict themselves in a report, 64 wrong usage, 69 a store cannot\n"
+        "be opened, or another program writes into it, 71 out of memory, 74 the\n"
         "store, the output or stdout cannot be written.\n"
         "After Ctrl-C what was imported until then stays, and nothing was merged."));
     mParser.addPositionalArgument(
         QStringLiteral("COMMAND"), QStringLiteral("One of those above."), QStringLiteral("COMMAND..."));
     mParser.addOptions({mStore, mJob, mJobId, mVerdict, mStandard, mFrom, mUntil, mPage, mLimit, mJobs, mCsv, mJson,
-        mOutput, mSeparator, mDecimalComma, mNoBom, mFirst, mLast, mSide, mFibre, mFieldOfView, mCustomer, mSite,
-        mOperator, mAgain, mVersion, mHelp});
+        mPdf, mZip, mLanguage, mOutput, mSeparator, mDecimalComma, mNoBom, mFirst, mLast, mSide, mFibre, mFieldOfView,
+        mCustomer, mSite, mOperator, mAgain, mVersion, mHelp});
 }
 
 bool CommandLine::readOptions()
@@ -211,9 +223,14 @@ bool CommandLine::checkThatOptionsFit()
     return true;
 }
 
+QString CommandLine::textOf(const QCommandLineOption &option) const
+{
+    return withoutMark(mParser.value(option));
+}
+
 bool CommandLine::readJob()
 {
-    mOptions.jobName = mParser.value(mJob);
+    mOptions.jobName = textOf(mJob);
     if (mParser.isSet(mJob) && mOptions.jobName.trimmed().isEmpty())
         return refuseValue(mJob, QStringLiteral("a name"));
     if (mParser.isSet(mJob) && mParser.isSet(mJobId))
@@ -233,7 +250,7 @@ bool CommandLine::readFilter()
             return refuseValue(mVerdict, QStringLiteral("passed, failed or none"));
     }
     if (mParser.isSet(mStandard) && !readStandard(mParser.value(mStandard), &mOptions.standard))
-        return refuseValue(mStandard, Inspect::standardNames().join(QStringLiteral(", ")));
+        return refuseValue(mStandard, Tools::standardNames().join(QStringLiteral(", ")));
     if (mOptions.action != Action::Import)
         mOptions.filter.standard = mOptions.standard;
     static const QTime lastMoment(23, 59, 59, 999);
@@ -256,7 +273,7 @@ bool CommandLine::readTime(const QCommandLineOption &option, const QTime &timeOf
 
 bool CommandLine::readStandard(const QString &name, std::optional<FiberInspection::Standard::Id> *standard)
 {
-    const QVector<FiberInspection::Standard::Id> ids = Inspect::standardsNamed(name);
+    const QVector<FiberInspection::Standard::Id> ids = Tools::standardsNamed(name);
     if (ids.size() != 1)
         return false;
     *standard = ids.first();
@@ -272,18 +289,55 @@ bool CommandLine::readFormat()
 {
     if (mOptions.action != Action::Export)
         return true;
-    if (mParser.isSet(mCsv) == mParser.isSet(mJson))
-        return refuse(QStringLiteral("export needs one of --csv and --json"));
-    mOptions.format = mParser.isSet(mCsv) ? Options::Format::Csv : Options::Format::Json;
-    for (const QCommandLineOption *const option : {&mSeparator, &mDecimalComma, &mNoBom}) {
-        if (mParser.isSet(*option) && mOptions.format != Options::Format::Csv)
-            return refuse(QStringLiteral("--%1 goes with --csv").arg(option->names().constLast()));
+    using Format = Options::Format;
+    const std::pair<const QCommandLineOption *, Format> formats[] = {
+        {&mCsv, Format::Csv}, {&mJson, Format::Json}, {&mPdf, Format::Pdf}, {&mZip, Format::Zip}};
+    int chosen = 0;
+    for (const auto &format : formats) {
+        if (!mParser.isSet(*format.first))
+            continue;
+        ++chosen;
+        mOptions.format = format.second;
     }
+    if (chosen != 1)
+        return refuse(QStringLiteral("export needs one of --csv, --json, --pdf and --zip"));
+    return checkThatFormatFits() && readOutput() && readTable();
+}
+
+bool CommandLine::checkThatFormatFits()
+{
+    for (const QCommandLineOption *const option : {&mSeparator, &mDecimalComma, &mNoBom}) {
+        if (mParser.isSet(*option) && mOptions.format != Options::Format::Csv
+            && mOptions.format != Options::Format::Zip)
+            return refuse(QStringLiteral("--%1 goes with --csv and --zip").arg(option->names().constLast()));
+    }
+    for (const QCommandLineOption *const option : {&mVerdict, &mStandard, &mFrom, &mUntil, &mOutput}) {
+        if (mParser.isSet(*option) && mOptions.isReport())
+            return refuse(QStringLiteral("--%1 does not go with --pdf and --zip").arg(option->names().constLast()));
+    }
+    return !mParser.isSet(mLanguage) || mOptions.isReport()
+        || refuse(QStringLiteral("--language goes with --pdf and --zip"));
+}
+
+bool CommandLine::readOutput()
+{
+    const QCommandLineOption &option = mOptions.format == Options::Format::Pdf ? mPdf
+        : mOptions.format == Options::Format::Zip                              ? mZip
+                                                                               : mOutput;
+    mOptions.output = mParser.value(option);
+    if (mParser.isSet(option) && mOptions.output.isEmpty())
+        return refuseValue(option, QStringLiteral("the name of a file"));
+    const QString language = mParser.value(mLanguage);
+    mOptions.isGerman =
+        mParser.isSet(mLanguage) ? language == QLatin1String("de") : QLocale::system().language() == QLocale::German;
+    return !mParser.isSet(mLanguage) || language == QLatin1String("de") || language == QLatin1String("en")
+        || refuseValue(mLanguage, QStringLiteral("en or de"));
+}
+
+bool CommandLine::readTable()
+{
     mOptions.hasDecimalComma = mParser.isSet(mDecimalComma);
     mOptions.hasByteOrderMark = !mParser.isSet(mNoBom);
-    mOptions.output = mParser.value(mOutput);
-    if (mParser.isSet(mOutput) && mOptions.output.isEmpty())
-        return refuseValue(mOutput, QStringLiteral("the name of a file"));
     if (!mParser.isSet(mSeparator))
         return true;
     const QString separator = mParser.value(mSeparator);
@@ -301,9 +355,9 @@ bool CommandLine::readImport()
     if (!mOptions.choosesJob())
         return refuse(QStringLiteral("import needs --job"));
     mOptions.job.name = mOptions.jobName;
-    mOptions.job.customer = mParser.value(mCustomer);
-    mOptions.job.site = mParser.value(mSite);
-    mOptions.job.operatorName = mParser.value(mOperator);
+    mOptions.job.customer = textOf(mCustomer);
+    mOptions.job.site = textOf(mSite);
+    mOptions.job.operatorName = textOf(mOperator);
     mOptions.job.standard = mOptions.standard.value_or(mOptions.job.standard);
 
     const auto side = Words::sideOf(mParser.isSet(mSide) ? mParser.value(mSide) : Words::of(mOptions.side));
@@ -319,12 +373,14 @@ bool CommandLine::readImport()
 
 bool CommandLine::readRun()
 {
-    mOptions.first = mParser.value(mFirst);
-    mOptions.last = mParser.value(mLast);
-    if (mOptions.first.isEmpty() != mOptions.last.isEmpty())
+    mOptions.first = textOf(mFirst);
+    mOptions.last = textOf(mLast);
+    if (mParser.isSet(mFirst) != mParser.isSet(mLast))
         return refuse(QStringLiteral("--first and --last belong together"));
-    if (mOptions.first.isEmpty())
+    if (!mParser.isSet(mFirst))
         return true;
+    if (mOptions.first.isEmpty() || mOptions.last.isEmpty()) // or the files would name the points
+        return refuse(QStringLiteral("--first and --last need names"));
     QVector<QString> names;
     NameGenFault fault;
     constexpr int most = Records::RecordStore::maxPointsOfRun;
@@ -337,14 +393,13 @@ bool CommandLine::readFieldOfView()
 {
     if (!mParser.isSet(mFieldOfView))
         return true;
-    static const QRegularExpression pattern(QStringLiteral("\\A([0-9]{1,6})x([0-9]{1,6})\\z"));
-    const QRegularExpressionMatch match = pattern.match(mParser.value(mFieldOfView));
-    const QSize size(match.captured(1).toInt(), match.captured(2).toInt());
-    if (size.isEmpty() || size.width() > maxFieldOfView || size.height() > maxFieldOfView) {
+    const QSize size = Tools::fieldOfViewOf(mParser.value(mFieldOfView));
+    if (size.isEmpty()) {
         return refuseValue(mFieldOfView,
-            QStringLiteral("WIDTHxHEIGHT in micrometres, such as %1").arg(fieldOfViewText(mOptions.device.fov)));
+            QStringLiteral("WIDTHxHEIGHT in micrometres, such as %1").arg(Tools::fieldOfViewText(mOptions.device.fov)));
     }
     mOptions.device.fov = size;
+    mOptions.choosesFieldOfView = true;
     return true;
 }
 

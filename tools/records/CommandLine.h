@@ -18,12 +18,16 @@ private:
     bool readOptions() override;
     bool readCommand();
     bool checkThatOptionsFit();
+    QString textOf(const QCommandLineOption &option) const; ///< that is stored, or searched for as it is
     bool readJob();
     bool readFilter();
     bool readTime(const QCommandLineOption &option, const QTime &timeOfDay, QDateTime *time);
     bool readStandard(const QString &name, std::optional<FiberInspection::Standard::Id> *standard);
     bool readPage();
     bool readFormat();
+    bool checkThatFormatFits();
+    bool readOutput();
+    bool readTable();
     bool readImport();
     bool readRun();
     bool readFieldOfView();
@@ -42,6 +46,9 @@ private:
     const QCommandLineOption mJobs;
     const QCommandLineOption mCsv;
     const QCommandLineOption mJson;
+    const QCommandLineOption mPdf;
+    const QCommandLineOption mZip;
+    const QCommandLineOption mLanguage;
     const QCommandLineOption mOutput;
     const QCommandLineOption mSeparator;
     const QCommandLineOption mDecimalComma;

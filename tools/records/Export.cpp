@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/Export.h"
 
+#include "Reports/CsvExport.h"
+#include "Reports/JsonExport.h"
 #include "common/ExitCode.h"
 #include "common/ProgressBar.h"
 #include "common/StopSignals.h"
 #include "common/Terminal.h"
-#include "records/ExportCsv.h"
-#include "records/ExportJson.h"
 #include "records/StoreAccess.h"
 #include "records/Target.h"
 
@@ -18,6 +18,7 @@
 namespace RecordsTool {
 
 using namespace Records;
+using namespace Reports;
 
 namespace {
 /// The jobs of the store; of the filter, if it names one. The oldest first.
@@ -57,12 +58,27 @@ Answer<QVector<ExportedJob>> jobsWithPoints(const RecordStore &store, const Filt
     return {all, jobs.problem};
 }
 
+QString software()
+{
+    return QStringLiteral("vantor-records " VANTORBASE_VERSION);
+}
+
+/// On a terminal, what would control it stands there as \xHH.
+CsvFormat formatOf(const Options &options)
+{
+    CsvFormat format{options.separator, options.hasDecimalComma, options.hasByteOrderMark, {}};
+    if (options.output.isEmpty() && Tools::Terminal::isTerminal(STDOUT_FILENO))
+        format.shown = &Tools::Terminal::printable;
+    return format;
+}
+
 class Exporter
 {
 public:
     Exporter(const Options &options, const RecordStore &store)
         : mOptions(options)
         , mStore(store)
+        , mFormat(formatOf(options))
         , mTarget(options.output, options.store, &mSignals)
     {
     }
@@ -77,10 +93,12 @@ private:
 
     const Options &mOptions;
     const RecordStore &mStore;
+    const CsvFormat mFormat;
     Tools::StopSignals mSignals;
     Target mTarget;
     bool mIsWritten = false; ///< all that was given to the target
-    int mLeftOut = 0; ///< records that cannot be read
+    QVector<Id> mLeftOut; ///< records that cannot be read
+    bool mIsDoubtful = false; ///< something that was written
     QHash<Id, Job> mJobs;
     QHash<Id, Point> mPoints;
 };
@@ -95,16 +113,16 @@ int Exporter::run(const Filter &filter)
         return tell(jobs.problem);
     remember(jobs.value);
 
-    if (!mTarget.open() || !mTarget.write(isJson() ? jsonBegin(jobs.value) : csvHeader(mOptions)))
+    if (!mTarget.open() || !mTarget.write(isJson() ? jsonBegin(jobs.value, software()) : csvHeader(mFormat)))
         return mTarget.tellFailure();
     const Problem problem = writeAll(ids.value);
     // Also behind a problem: what is on stdout by then is a document.
-    const bool isWhole = mIsWritten && (!isJson() || mTarget.write(jsonEnd()));
+    const bool isWhole = mIsWritten && (!isJson() || mTarget.write(jsonEnd(mLeftOut)));
     if (!problem.ok())
         return tell(problem);
     if (!isWhole || !mTarget.commit())
         return mTarget.tellFailure();
-    return mLeftOut > 0 ? Tools::NotAnswered : Tools::Done;
+    return mIsDoubtful || !mLeftOut.isEmpty() ? Tools::NotAnswered : Tools::Done;
 }
 
 void Exporter::remember(const QVector<ExportedJob> &jobs)
@@ -121,22 +139,21 @@ Problem Exporter::writeAll(const QVector<Id> &ids)
 {
     const bool hasBar = !mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDERR_FILENO);
     Tools::ProgressBar progress(hasBar ? ids.size() : 0);
-    const bool isShown = mOptions.output.isEmpty() && Tools::Terminal::isTerminal(STDOUT_FILENO);
     mIsWritten = true;
     bool isFirst = true;
     for (int i = 0; i < ids.size(); ++i) {
         progress.show(i);
         const Answer<ExportedInspection> one = inspection(ids[i]);
         if (one.problem.fault == Fault::Damaged) {
-            ++mLeftOut;
+            mLeftOut.append(ids[i]);
             progress.clear();
             tell({one.problem.fault, one.problem.text + QStringLiteral("; it is left out")});
             continue;
         }
         if (!one.ok())
             return one.problem;
-        mIsWritten =
-            mTarget.write(isJson() ? jsonInspection(one.value, isFirst) : csvRow(one.value, mOptions, isShown));
+        mIsDoubtful = mIsDoubtful || !one.value.doubts().isEmpty();
+        mIsWritten = mTarget.write(isJson() ? jsonInspection(one.value, isFirst) : csvRow(one.value, mFormat));
         if (!mIsWritten)
             return {};
         isFirst = false;
@@ -148,7 +165,13 @@ Answer<ExportedInspection> Exporter::inspection(Id id) const
 {
     const Answer<StoredInspection> record = mStore.inspection(id);
     const StoredInspection &value = record.value;
-    return {{value, mJobs.value(value.job), mPoints.value(value.point)}, record.problem};
+    const auto faultOf = [this](const QByteArray &hash, bool isThere) {
+        return isThere ? mStore.picture(hash).problem.fault : Fault::None;
+    };
+    const Fault fault = faultOf(value.picture, record.ok() && value.isPictureThere);
+    const bool isRead = record.ok() && isJson() && value.isAnnotatedPictureThere; // a table does not tell of it
+    const Fault ofAnnotated = faultOf(value.annotatedPicture, isRead);
+    return {{value, mJobs.value(value.job), mPoints.value(value.point), fault, ofAnnotated}, record.problem};
 }
 } // namespace
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/Import.h"
 
-#include "Helpers/FileAccess_p.h"
 #include "Helpers/TestNameGenerator.h"
+#include "Internal/FileAccess.h"
+#include "Records/Doubt.h"
 #include "common/ExitCode.h"
 #include "common/FileNameCodec.h"
 #include "common/FolderListing.h"
+#include "common/Micrometres.h"
 #include "common/StandardOutput.h"
 #include "common/StopSignals.h"
 #include "common/Terminal.h"
@@ -16,6 +18,7 @@
 #include <QFileInfo>
 #include <QHash>
 #include <QRandomGenerator>
+#include <QSet>
 
 #include <algorithm>
 #include <unistd.h>
@@ -84,7 +87,7 @@ bool agrees(const QString &asked, const QString &there)
 QString pointOf(const QString &path)
 {
     const QString name = QFileInfo(path).completeBaseName();
-    return Tools::FileNameCodec::isText(name) ? name : Terminal::printableName(name);
+    return Tools::FileNameCodec::isText(name) ? withoutMark(name) : Terminal::printableName(name);
 }
 
 InspectionSummary summaryOf(Id id, const Inspection &inspection)
@@ -98,8 +101,32 @@ InspectionSummary summaryOf(Id id, const Inspection &inspection)
     return row;
 }
 
-/// Whether the job has had a picture before.
-enum class Known : int { Not, Already };
+bool hasVerdict(const InspectionSummary &row)
+{
+    return row.verdict == Verdict::Passed || row.verdict == Verdict::Failed; // a row may say anything
+}
+
+/// What a point counts as whose last inspection this is.
+Verdict verdictAfter(const InspectionSummary &last)
+{
+    return last.decision != Decision::ToRepeat && hasVerdict(last) ? last.verdict : Verdict::None;
+}
+
+/// What has become of a point after the inspection of one of its pictures; empty when that still tells it.
+QString newsOf(const InspectionSummary &last, Id inspection)
+{
+    const QString point = Terminal::printable(last.pointName);
+    const QString id = QString::number(last.id);
+    if (last.decision == Decision::ToRepeat)
+        return QStringLiteral("point %1 is to be repeated after inspection %2").arg(point, id);
+    if (last.id == inspection)
+        return {};
+    const QString what =
+        hasVerdict(last) ? QStringLiteral("has ") + Words::of(last.verdict) : QStringLiteral("could not be graded");
+    const bool isAccepted = last.decision == Decision::Accepted && last.verdict != Verdict::Passed;
+    return QStringLiteral("point %1 %2 since, by inspection %3%4")
+        .arg(point, what, id, isAccepted ? QStringLiteral(", and was accepted") : QString());
+}
 
 class Importer
 {
@@ -118,13 +145,19 @@ private:
     bool nameByRun();
     bool openStore();
     bool findJob();
+    bool findPoints();
     bool addPointsOfRun();
     bool import(const Picture &picture);
-    bool store(const Picture &picture, const QByteArray &bytes);
+    bool read(const Picture &picture, QByteArray *bytes);
+    bool takeKnown(const Picture &picture, const QByteArray &bytes, const InspectionSummary &row);
+    bool confirmKnown(const Picture &picture, const QByteArray &bytes, const StoredInspection &known);
+    bool store(const Picture &picture, const QByteArray &bytes, const QString &remark = {});
     Answer<InspectionSummary> find(const Picture &picture, const QByteArray &bytes) const;
     Answer<InspectionSummary> lastOf(Id point) const;
     Answer<Id> pointNamed(const QString &name);
-    bool printVerdict(const Picture &picture, const InspectionSummary &row, Known known);
+    QString doubtOfLast(const InspectionSummary &last, Id known) const;
+    bool printKnown(const Picture &picture, const InspectionSummary &row);
+    bool printVerdict(const Picture &picture, const InspectionSummary &row, const QString &remark);
     bool printLine(const QString &point, const QString &verdict, const QString &rest);
     bool printSummary();
     bool refuse(const Picture &picture, const Problem &problem);
@@ -143,15 +176,16 @@ private:
     Job mJob;
     QHash<QString, Id> mPoints; ///< of the job and the side, by their names
     int mFailure = Tools::Done; ///< what ends the program early
+    int mAtLeast = Tools::Done; ///< exit code, by the state of the store
     int mCounts[3] = {0, 0, 0}; ///< by verdict
-    int mKnownCounts[3] = {0, 0, 0}; ///< the same of those that were known
+    int mKnownCounts[3] = {0, 0, 0}; ///< of those that were known: as their points stand
     int mLeftOut = 0;
     int mPointWidth = 0; ///< columns
 };
 
 int Importer::run()
 {
-    if (!listFolder() || !openStore() || !findJob() || !addPointsOfRun())
+    if (!listFolder() || !openStore() || !findJob() || !findPoints() || !addPointsOfRun())
         return mFailure != Tools::Done ? mFailure : exitCode();
     for (const Picture &picture : qAsConst(mPictures))
         mPointWidth = qMax(mPointWidth, Terminal::printable(picture.point).size());
@@ -223,7 +257,7 @@ bool Importer::nameByRun()
 /// When there is something to import, or a store would be begun for nothing.
 bool Importer::openStore()
 {
-    const int refused = openToWrite(mOptions.store, &mStore);
+    const int refused = openToWrite(mOptions.store, &mStore, &mAtLeast);
     return refused == Tools::Done || fail(refused);
 }
 
@@ -251,17 +285,31 @@ bool Importer::findJob()
         return fail(Tools::WrongUsage, QStringLiteral("the job \"%1\" is closed").arg(mJob.name));
     if (mOptions.standard && *mOptions.standard != mJob.standard) {
         return fail(Tools::WrongUsage,
-            QStringLiteral("the job \"%1\" is graded by %2").arg(mJob.name, Words::ofStandard(mJob.standard)));
+            QStringLiteral("the job \"%1\" is graded by %2").arg(mJob.name, wordOfStandard(mJob.standard)));
     }
     if (!agrees(mOptions.job.customer, mJob.customer) || !agrees(mOptions.job.site, mJob.site)
         || !agrees(mOptions.job.operatorName, mJob.operatorName)) {
         return fail(Tools::WrongUsage,
             QStringLiteral("the job \"%1\" is there already, with another customer, site or operator").arg(mJob.name));
     }
+    return true;
+}
+
+bool Importer::findPoints()
+{
+    QSet<QString> wanted;
+    for (const Picture &picture : qAsConst(mPictures))
+        wanted.insert(picture.point);
     const Answer<QVector<Point>> points = mStore.points(mJob.id);
     for (const Point &point : points.value) {
-        if (point.side == mOptions.side)
-            mPoints.insert(point.name, point.id);
+        if (point.side != mOptions.side)
+            continue;
+        mPoints.insert(point.name, point.id);
+        const bool agrees = mOptions.fibre == FibreKind::Unknown || mOptions.fibre == point.fibre;
+        if (!agrees && wanted.contains(point.name)) {
+            return fail(Tools::WrongUsage,
+                QStringLiteral("the point \"%1\" is there already, with another kind of fibre").arg(point.name));
+        }
     }
     return points.ok() || fail(tell(points.problem));
 }
@@ -282,22 +330,9 @@ bool Importer::addPointsOfRun()
 /// @return false when there is no use in going on
 bool Importer::import(const Picture &picture)
 {
-    QFile file;
-    if (!FileAccess::openRegular(picture.path, &file)) { // by now it may be something else
-        leaveOut(picture.path, QStringLiteral("it cannot be opened, or is no file any more"));
-        return true;
-    }
-    file.setTextModeEnabled(false); // every byte counts
-    const bool isSmall = file.size() <= PictureStore::maxPictureSize;
     QByteArray bytes;
-    if (!isSmall || !FileAccess::readAll(&file, PictureStore::maxPictureSize, &bytes) || bytes.isEmpty()) {
-        const bool isBroken = file.error() != QFileDevice::NoError;
-        leaveOut(picture.path,
-            !isSmall       ? QStringLiteral("the file is too large")
-                : isBroken ? file.errorString()
-                           : QStringLiteral("there is nothing in the file"));
+    if (!read(picture, &bytes))
         return true;
-    }
     const Answer<InspectionSummary> known = find(picture, bytes);
     if (!known.ok())
         return fail(tell(known.problem));
@@ -305,11 +340,71 @@ bool Importer::import(const Picture &picture)
     if (row.id == noId)
         return store(picture, bytes);
     if (row.point == mPoints.value(picture.point, noId))
-        return printVerdict(picture, row, Known::Already);
+        return takeKnown(picture, bytes, row);
     leaveOut(picture.path, // or its point would look inspected, and stays open
         QStringLiteral("it is the picture of inspection %1, point %2, side %3")
             .arg(QString::number(row.id), Terminal::printable(row.pointName), Words::of(row.side)));
     return true;
+}
+
+/// @return false when it was left out
+bool Importer::read(const Picture &picture, QByteArray *bytes)
+{
+    QFile file;
+    if (!FileAccess::openRegular(picture.path, &file)) { // by now it may be something else
+        leaveOut(picture.path, QStringLiteral("it cannot be opened, or is no file any more"));
+        return false;
+    }
+    file.setTextModeEnabled(false); // every byte counts
+    const bool isSmall = file.size() <= PictureStore::maxPictureSize;
+    if (isSmall && FileAccess::readAll(&file, PictureStore::maxPictureSize, bytes) && !bytes->isEmpty())
+        return true;
+    const bool isBroken = file.error() != QFileDevice::NoError;
+    leaveOut(picture.path,
+        !isSmall       ? QStringLiteral("the file is too large")
+            : isBroken ? file.errorString()
+                       : FiberInspection::detailOfFile(Inspection::Reason::FileEmpty));
+    return false;
+}
+
+/// The verdict that is there counts only if it was found with the field of view that is to be used now.
+bool Importer::takeKnown(const Picture &picture, const QByteArray &bytes, const InspectionSummary &row)
+{
+    const Answer<StoredInspection> known = mStore.inspection(row.id);
+    if (!known.ok()) {
+        leaveOut(picture.path, known.problem.text);
+        return true;
+    }
+    const QSize &former = known.value.origin.device.fov;
+    const QSize &wanted = mOptions.device.fov;
+    if (former == wanted)
+        return confirmKnown(picture, bytes, known.value);
+    const QString id = QString::number(row.id);
+    if (mOptions.choosesFieldOfView) {
+        return store(picture, bytes,
+            QStringLiteral(", anew: inspection %1 has the field of view %2").arg(id, Tools::fieldOfViewText(former)));
+    }
+    leaveOut(picture.path,
+        QStringLiteral("inspection %1 of it has the field of view %2, not %3; --fov says which is right")
+            .arg(id, Tools::fieldOfViewText(former), Tools::fieldOfViewText(wanted)));
+    return true;
+}
+
+/// What the store has of it may have been harmed since.
+bool Importer::confirmKnown(const Picture &picture, const QByteArray &bytes, const StoredInspection &known)
+{
+    if (const Doubt doubt = doubtOf(known, mJob.standard); doubt != Doubt::None) {
+        leaveOut(picture.path, doubtText(known.id, doubt));
+        return true;
+    }
+    const Answer<bool> isRestored = mStore.restorePicture(bytes);
+    if (!isRestored.ok())
+        return refuse(picture, isRestored.problem);
+    if (isRestored.value) {
+        Terminal::tell(QStringLiteral("%1: the stored picture of inspection %2 was missing or damaged, and is put back")
+                           .arg(Terminal::printableName(picture.path), QString::number(known.id)));
+    }
+    return printKnown(picture, known);
 }
 
 /// The inspection of the same picture in the job: of the same point, or else of another one.
@@ -335,18 +430,13 @@ Answer<InspectionSummary> Importer::lastOf(Id point) const
     return {rows.value.value(0), rows.problem};
 }
 
-bool Importer::store(const Picture &picture, const QByteArray &bytes)
+/// @param remark for who reads the verdict
+bool Importer::store(const Picture &picture, const QByteArray &bytes, const QString &remark)
 {
     InspectionOptions options;
     options.seed = QRandomGenerator::system()->generate64(); // so that it can be made again
     const LoadedImage loaded = decodeImage(bytes, options.maxImagePixels);
-    const Inspection inspection = loaded.reason == Inspection::Reason::None
-        ? inspect(loaded.image, mJob.standard, mOptions.device, options)
-        : inspectFile(picture.path, mJob.standard, mOptions.device, options); // which keeps the reason
-    if (loaded.reason != inspection.reason() && loaded.reason != Inspection::Reason::None) {
-        leaveOut(picture.path, QStringLiteral("the file changes while it is read"));
-        return true;
-    }
+    const Inspection inspection = inspect(loaded, mJob.standard, mOptions.device, options);
     const Answer<Id> point = pointNamed(picture.point);
     if (!point.ok())
         return refuse(picture, point.problem);
@@ -356,10 +446,13 @@ bool Importer::store(const Picture &picture, const QByteArray &bytes)
     if (!last.ok())
         return fail(tell(last.problem));
     if (last.value.id != noId && last.value.reason == loaded.reason)
-        return printVerdict(picture, last.value, Known::Already);
+        return printKnown(picture, last.value);
     const Answer<Id> id = mStore.addInspection(
         Origin::of(point.value, mOptions.device, options), inspection, isPhotograph ? bytes : QByteArray());
-    return id.ok() ? printVerdict(picture, summaryOf(id.value, inspection), Known::Not) : refuse(picture, id.problem);
+    if (!id.ok())
+        return refuse(picture, id.problem);
+    ++mCounts[static_cast<int>(Records::verdictOf(inspection))];
+    return printVerdict(picture, summaryOf(id.value, inspection), remark);
 }
 
 /// @return false when there is no use in going on
@@ -383,19 +476,48 @@ Answer<Id> Importer::pointNamed(const QString &name)
     return {added.value.first().id, {}};
 }
 
-bool Importer::printVerdict(const Picture &picture, const InspectionSummary &row, Known known)
+/// Why the last inspection of a point does not tell how it stands; empty when it does, or was looked at.
+QString Importer::doubtOfLast(const InspectionSummary &last, Id known) const
 {
-    const bool isKnown = known == Known::Already;
-    const bool hasVerdict = row.verdict == Verdict::Passed || row.verdict == Verdict::Failed; // a row may say anything
-    ++(isKnown ? mKnownCounts : mCounts)[static_cast<int>(hasVerdict ? row.verdict : Verdict::None)];
+    if (last.id == known)
+        return {};
+    const Answer<StoredInspection> record = mStore.inspection(last.id);
+    if (!record.ok())
+        return record.problem.text;
+    if (const Doubt doubt = doubtOf(record.value, mJob.standard); doubt != Doubt::None)
+        return doubtText(last.id, doubt);
+    const QByteArray &picture = record.value.picture;
+    const Fault fault = picture.isEmpty() ? Fault::None : mStore.picture(picture).problem.fault;
+    return fault == Fault::None
+        ? QString()
+        : QStringLiteral("inspection %1 is in doubt: %2").arg(QString::number(last.id), Words::ofPicture(fault));
+}
+
+/// With what has become of the point since, which counts for the exit code.
+bool Importer::printKnown(const Picture &picture, const InspectionSummary &row)
+{
+    const Answer<InspectionSummary> last = lastOf(row.point);
+    if (!last.ok())
+        return fail(tell(last.problem));
+    if (const QString doubt = doubtOfLast(last.value, row.id); !doubt.isEmpty()) {
+        leaveOut(picture.path, doubt);
+        return true;
+    }
+    ++mKnownCounts[static_cast<int>(verdictAfter(last.value))];
+    if (const QString news = newsOf(last.value, row.id); !news.isEmpty())
+        Terminal::tell(QStringLiteral("%1: %2").arg(Terminal::printableName(picture.path), news));
+    return printVerdict(picture, row, QStringLiteral(", known already"));
+}
+
+bool Importer::printVerdict(const Picture &picture, const InspectionSummary &row, const QString &remark)
+{
     const QString path = Terminal::printableName(picture.path);
-    if (!hasVerdict)
+    if (!hasVerdict(row))
         Terminal::tell(QStringLiteral("%1: %2").arg(path, Words::reasonOf(row)));
     const QString word =
-        (hasVerdict ? Words::of(row.verdict) : QStringLiteral("no verdict")).leftJustified(verdictWidth);
+        (hasVerdict(row) ? Words::of(row.verdict) : QStringLiteral("no verdict")).leftJustified(verdictWidth);
     return printLine(picture.point, row.verdict == Verdict::Passed ? mStyle.good(word) : mStyle.bad(word),
-        QStringLiteral("%1, inspection %2%3")
-            .arg(path, QString::number(row.id), isKnown ? QStringLiteral(", known already") : QString()));
+        QStringLiteral("%1, inspection %2%3").arg(path, QString::number(row.id), remark));
 }
 
 /// @param verdict as wide as all of them
@@ -442,7 +564,7 @@ int Importer::exitCode() const
     };
     if (has(Verdict::None) || mLeftOut > 0)
         return Tools::NotAnswered;
-    return has(Verdict::Failed) ? Tools::NotPassed : Tools::Done;
+    return std::max<int>(mAtLeast, has(Verdict::Failed) ? Tools::NotPassed : Tools::Done);
 }
 } // namespace
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/InspectionText.h"
 
+#include "common/ExitCode.h"
+#include "common/Micrometres.h"
 #include "common/Program.h"
 #include "records/StoreAccess.h"
 #include "records/Table.h"
@@ -35,19 +37,10 @@ QString joined(const QStringList &parts)
     return present.join(QStringLiteral(", "));
 }
 
-QString micrometres(double value)
+QString verdictText(const StoredInspection &stored, Doubt doubt, const Tools::TextStyle &style)
 {
-    return QString::number(value, 'f', 1);
-}
-
-QString position(double value)
-{
-    const QString number = micrometres(value);
-    return number.startsWith(QLatin1Char('-')) ? number : QLatin1Char('+') + number;
-}
-
-QString verdictText(const StoredInspection &stored, const Tools::TextStyle &style)
-{
+    if (doubt != Doubt::None)
+        return style.bad(QStringLiteral("DOUBTFUL: ")) + verdictText(stored, Doubt::None, Tools::TextStyle(false));
     switch (stored.verdict) {
     case Verdict::Passed:
         return style.good(QStringLiteral("PASSED"));
@@ -160,8 +153,8 @@ QString defectsText(const StoredInspection &stored, const Tools::TextStyle &styl
     const QVector<GradedDefect> defects = sortedDefects(stored);
     const QVector<GradedDefect> shown = defects.mid(0, mostDefectsShown);
     for (const GradedDefect &defect : shown) {
-        table.add({{Words::of(defect.zone)}, {Words::of(defect.kind)}, {micrometres(defect.sizeMicrons)},
-            {position(defect.centerMicrons.x())}, {position(defect.centerMicrons.y())},
+        table.add({{Words::of(defect.zone)}, {Words::of(defect.kind)}, {Tools::micrometres(defect.sizeMicrons)},
+            {Tools::position(defect.centerMicrons.x())}, {Tools::position(defect.centerMicrons.y())},
             {defect.causesFailure ? QStringLiteral("yes") : QString(), Look::Bad}});
     }
     if (table.isEmpty())
@@ -173,11 +166,12 @@ QString defectsText(const StoredInspection &stored, const Tools::TextStyle &styl
         + style.dim(QStringLiteral("x and y from the centre of the fibre, x right, y down")) + QLatin1Char('\n');
 }
 
-QString headText(const StoredInspection &stored, const QString &job, const QString &point, const QString &store)
+QString headText(
+    const StoredInspection &stored, Doubt doubt, const QString &job, const QString &point, const QString &store)
 {
     return line("Made", madeText(stored)) + line("Job", job) + line("Point", point)
         + line("Standard", Words::nameOf(stored.standard)) + line("Reason", Words::reasonOf(stored))
-        + line("Decision", decisionText(stored)) + line("Scope", scopeText(stored))
+        + line("Doubt", Words::of(doubt)) + line("Decision", decisionText(stored)) + line("Scope", scopeText(stored))
         + line("Software", softwareText(stored.origin))
         + line("Picture", pictureText(store, stored.picture, stored.isPictureThere))
         + line("Annotated", pictureText(store, stored.annotatedPicture, stored.isAnnotatedPictureThere))
@@ -200,14 +194,19 @@ int showInspection(const Options &options, const RecordStore &store)
         job = jobText(found.value);
         point = pointText(stored, store.points(stored.job).value);
     }
+    const Answer<Doubt> doubt = store.doubt(stored.id);
+    if (!doubt.ok())
+        return tell(doubt.problem);
     const Tools::TextStyle style(Tools::Terminal::hasColors(STDOUT_FILENO));
     // Without a verdict nothing was counted, and no rule was passed.
     const QString tables = stored.verdict == Verdict::None
         ? QString()
         : zonesText(stored, style) + rulesText(stored, style) + defectsText(stored, style);
     const QString text = style.bold(QStringLiteral("Inspection %1").arg(stored.id)) + QStringLiteral("  ")
-        + verdictText(stored, style) + QLatin1Char('\n') + headText(stored, job, point, options.store) + tables;
-    return Tools::print(text.toUtf8());
+        + verdictText(stored, doubt.value, style) + QLatin1Char('\n')
+        + headText(stored, doubt.value, job, point, options.store) + tables;
+    const int printed = Tools::print(text.toUtf8());
+    return printed == Tools::Done && doubt.value != Doubt::None ? Tools::NotAnswered : printed;
 }
 
 } // namespace RecordsTool

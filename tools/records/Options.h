@@ -11,7 +11,7 @@ namespace RecordsTool {
 struct Options
 {
     enum class Action : int { List, ListJobs, Show, Search, Export, Import, Verify, Backup, Merge };
-    enum class Format : int { Csv, Json };
+    enum class Format : int { Csv, Json, Pdf, Zip };
 
     Action action = Action::List;
     QString store; ///< folder
@@ -31,6 +31,9 @@ struct Options
     QChar separator = QLatin1Char(',');
     bool hasDecimalComma = false;
     bool hasByteOrderMark = true;
+    bool isGerman = false; ///< the report
+
+    bool isReport() const { return format == Format::Pdf || format == Format::Zip; }
 
     // Import
     Records::Job job; ///< as it is added when there is none of its name
@@ -40,6 +43,7 @@ struct Options
     Records::Side side = Records::Side::A;
     Records::FibreKind fibre = Records::FibreKind::Unknown;
     FiberInspection::Device device = FiberInspection::Device::ks20();
+    bool choosesFieldOfView = false; ///< --fov was given
 
     bool inspectsAgain = false; ///< verify
 

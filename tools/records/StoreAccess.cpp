@@ -71,13 +71,16 @@ int openToRead(const QString &folder, RecordStore *store)
     return opening.isOpen() ? Tools::Done : Tools::Unavailable;
 }
 
-int openToWrite(const QString &folder, RecordStore *store)
+int openToWrite(const QString &folder, RecordStore *store, int *atLeast)
 {
     const Opening opening = store->open(folder);
     if (!opening.problem.ok())
         tell(opening.problem);
     if (!opening.keptAside.isEmpty())
-        tell(QStringLiteral("the damaged store was kept aside in %1, and a new one begun").arg(opening.keptAside));
+        tell(
+            QStringLiteral("the damaged store was kept aside in %1, and a new one begun: what it says is not looked at")
+                .arg(opening.keptAside));
+    *atLeast = opening.how == Opened::BegunAnew ? Tools::NotAnswered : Tools::Done;
     if (opening.canWrite())
         return Tools::Done;
     store->close();

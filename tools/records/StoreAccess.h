@@ -16,7 +16,10 @@ int tell(const Records::Problem &problem);
 /// Opens the store, and tells what is in the way.
 /// @return Done, or what the program has to end with
 int openToRead(const QString &folder, Records::RecordStore *store);
-int openToWrite(const QString &folder, Records::RecordStore *store);
+
+/// @param atLeast the exit code when all else is well: NotAnswered where a damaged store was kept aside, with its
+/// verdicts
+int openToWrite(const QString &folder, Records::RecordStore *store, int *atLeast);
 
 /// The filter of the options with their job.
 /// @return Done, or what the program has to end with: there is no such job, or several, and that was told

@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "records/Target.h"
 
-#include "Helpers/FileAccess_p.h"
 #include "common/ExitCode.h"
 #include "common/StopSignals.h"
 #include "common/Terminal.h"
 
 #include <QFileInfo>
-
-#include <cstring>
 
 namespace RecordsTool {
 
@@ -24,22 +21,20 @@ bool Target::open()
 {
     if (mPath.isEmpty())
         return true;
-    mRefusal = whyNotThere();
-    if (!mRefusal.isEmpty())
-        return false;
-    const QFileInfo info(mPath);
-    mFile.emplace(info.isSymLink() ? info.canonicalFilePath() : mPath); // the link stays
-    return mFile->open() && mFile->closeToOthers();
+    mFile.emplace(mPath);
+    mRefusal = whyNotThere(mFile->place(), mStore);
+    return mRefusal.isEmpty() && mFile->open();
 }
 
-QString Target::whyNotThere() const
+QString Target::whyNotThere(const FileAccess::Place &place, const QString &store)
 {
-    const QFileInfo info(mPath);
-    if (info.exists() && !info.isFile()) // a device would be replaced
-        return QStringLiteral("it is not a file");
-    if (info.isSymLink() && !info.exists())
+    const QString refusal = place.whyNoFile();
+    if (!refusal.isEmpty())
+        return refusal;
+    if (place.isLinkToNothing())
         return QStringLiteral("it is a link to nothing");
-    return FileAccess::isWithin(mPath, mStore) ? QStringLiteral("it lies in the store") : QString();
+    return place.error() == 0 && FileAccess::isWithin(place.path(), store) ? QStringLiteral("it lies in the store")
+                                                                           : QString();
 }
 
 bool Target::write(const QByteArray &bytes)
@@ -60,8 +55,8 @@ int Target::tellFailure() const
         return Tools::StoppedBySignal + mSignals->received();
     if (mPath.isEmpty())
         return mStandardOutput.tellFailure();
-    const QString reason = mRefusal.isEmpty() ? QString::fromLocal8Bit(std::strerror(mFile->error())) : mRefusal;
-    Tools::Terminal::tell(QStringLiteral("cannot write %1: %2").arg(mPath, reason));
+    Tools::Terminal::tell(
+        QStringLiteral("cannot write %1: %2").arg(mPath, mRefusal.isEmpty() ? mFile->problem() : mRefusal));
     return Tools::NotWritten;
 }
 

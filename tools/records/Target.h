@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "Helpers/WholeFile_p.h"
+#include "Internal/OutputFile.h"
 #include "common/StandardOutput.h"
 
 #include <optional>
@@ -28,14 +28,15 @@ public:
     /// @return the exit code of the program
     int tellFailure() const;
 
-private:
-    QString whyNotThere() const;
+    /// Why nothing may be written there; empty where it may.
+    static QString whyNotThere(const FileAccess::Place &place, const QString &store);
 
+private:
     const QString mPath;
     const QString mStore;
     Tools::StopSignals *mSignals;
     Tools::StandardOutput mStandardOutput;
-    std::optional<WholeFile> mFile;
+    std::optional<OutputFile> mFile;
     QString mRefusal; ///< why nothing may be written at the path
 };
 

@@ -9,6 +9,7 @@
 #include "records/StoreAccess.h"
 #include "records/Words.h"
 
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <unistd.h>
@@ -88,14 +89,10 @@ struct Comparison
     int otherwise = 0;
     int ofOtherVersion = 0; ///< which may find something else
     int notRepeatable = 0; ///< without a seed or without the picture
+    int withoutBoth = 0; ///< of the latter: without a picture and a verdict, so that there is nothing to compare
     int unreadable = 0; ///< records
     QString text; ///< a line for each that comes out otherwise
 };
-
-bool isOfThisVersion(const QString &software)
-{
-    return software.endsWith(QStringLiteral(" " VANTORBASE_VERSION));
-}
 
 Problem compare(const RecordStore &store, Id id, Comparison *comparison)
 {
@@ -106,10 +103,12 @@ Problem compare(const RecordStore &store, Id id, Comparison *comparison)
     }
     if (!stored.ok())
         return stored.problem;
-    if (!isOfThisVersion(stored.value.origin.software)) {
+    if (stored.value.origin.software != Origin::ownSoftware()) {
         ++comparison->ofOtherVersion;
         return {};
     }
+    if (stored.value.verdict == Verdict::None && stored.value.picture.isEmpty())
+        ++comparison->withoutBoth;
     if (!stored.value.origin.seed || !stored.value.isPictureThere) {
         ++comparison->notRepeatable;
         return {};
@@ -145,6 +144,25 @@ QString textOf(const Comparison &comparison)
               .arg(comparison.unreadable);
 }
 
+/// @param why it was not
+void tellLeft(int inspections, const char *why)
+{
+    if (inspections > 0)
+        Tools::Terminal::tell(QStringLiteral("%1 %2 not made again")
+                                  .arg(counted(inspections, "inspection", "inspections"),
+                                      QString::fromLatin1(why).arg(QLatin1String(inspections == 1 ? "was" : "were"))));
+}
+
+int exitCodeOf(const Comparison &comparison)
+{
+    const int notRepeatable = comparison.notRepeatable - comparison.withoutBoth;
+    tellLeft(comparison.ofOtherVersion, "of another version %1");
+    tellLeft(notRepeatable, "without a seed or a whole picture %1");
+    if (comparison.ofOtherVersion + notRepeatable > 0)
+        return Tools::NotAnswered;
+    return comparison.otherwise + comparison.unreadable > 0 ? Tools::NotPassed : Tools::Done;
+}
+
 int inspectAllAgain(const RecordStore &store, Watch *watch)
 {
     const Answer<QVector<Id>> ids = idsOf(store, {});
@@ -160,7 +178,7 @@ int inspectAllAgain(const RecordStore &store, Watch *watch)
     }
     watch->end();
     const int printed = Tools::print(textOf(comparison).toUtf8());
-    return printed == Tools::Done && comparison.otherwise + comparison.unreadable > 0 ? Tools::NotPassed : printed;
+    return printed == Tools::Done ? exitCodeOf(comparison) : printed;
 }
 
 QString textOf(const Merge &done)
@@ -183,6 +201,19 @@ QString decisionsText(const Merge &done, const RecordStore &store)
             + QLatin1Char('\n');
     }
     return text;
+}
+
+/// By its name where an inspection tells it.
+QString pointText(Id point, const RecordStore &store)
+{
+    Filter filter;
+    filter.point = point;
+    const auto found = store.list(filter, {0, 1});
+    if (found.value.isEmpty())
+        return QStringLiteral("point %1").arg(point);
+    const InspectionSummary &last = found.value.first();
+    return QStringLiteral("point %1 of %2")
+        .arg(Tools::Terminal::printable(last.pointName), Tools::Terminal::printable(last.jobName));
 }
 
 /// A line for each point whose last inspection is another one now.
@@ -228,15 +259,17 @@ int verifyStore(const Options &options, const RecordStore &store)
     if (printed != Tools::Done)
         return printed;
     const int again = options.inspectsAgain ? inspectAllAgain(store, &watch) : Tools::Done;
-    return again == Tools::Done && !found.value.allWell() ? Tools::NotPassed : again;
+    return std::max<int>(again, found.value.allWell() ? Tools::Done : Tools::NotPassed);
 }
 
 int backUpStore(const Options &options, const RecordStore &store)
 {
     const Answer<Backup> done = store.backup(options.operand);
     if (!done.ok()) {
+        const bool isOfCopy = done.problem.fault == Fault::Invalid // there is a store already
+            || done.problem.fault == Fault::Unusable;
         const int exitCode = tell(done.problem);
-        return exitCode == Tools::WrongUsage ? Tools::NotWritten : exitCode; // there is a store already
+        return isOfCopy ? Tools::NotWritten : exitCode;
     }
     tellLost(done.value.missing, "missing or damaged");
     const QString text =
@@ -264,6 +297,9 @@ int mergeStore(const Options &options, RecordStore *store)
         Tools::Terminal::tell(
             QStringLiteral("inspection %1 has another verdict, or says something else, there; what is here stays")
                 .arg(id));
+    for (const Id point : done.value.otherFibres)
+        Tools::Terminal::tell(
+            QStringLiteral("%1 is of another kind of fibre there; what is here stays").arg(pointText(point, *store)));
     tellLost(done.value.missing, "missing");
     tellLost(done.value.damaged, "damaged, or cannot be read,");
     const QString text = decisionsText(done.value, *store) + judgedAnewText(done.value, *store) + textOf(done.value);
@@ -272,7 +308,8 @@ int mergeStore(const Options &options, RecordStore *store)
         return printed;
     if (done.value.missing > 0 || done.value.damaged > 0)
         return Tools::NotAnswered;
-    const bool isOneMind = done.value.disagreements.isEmpty() && done.value.contradictions.isEmpty();
+    const bool isOneMind =
+        done.value.disagreements.isEmpty() && done.value.contradictions.isEmpty() && done.value.otherFibres.isEmpty();
     return isOneMind ? Tools::Done : Tools::NotPassed;
 }
 

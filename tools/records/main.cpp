@@ -7,10 +7,13 @@
 #include "records/Import.h"
 #include "records/InspectionText.h"
 #include "records/ListText.h"
+#include "records/ReportExport.h"
 #include "records/StoreAccess.h"
 #include "records/Upkeep.h"
 
 #include <QFileInfo>
+
+#include <algorithm>
 
 using namespace RecordsTool;
 using Tools::Program;
@@ -28,7 +31,7 @@ int read(const Options &options)
     case Options::Action::Show:
         return showInspection(options, store);
     case Options::Action::Export:
-        return exportInspections(options, store);
+        return options.isReport() ? exportReport(options, store) : exportInspections(options, store);
     case Options::Action::Verify:
         return verifyStore(options, store);
     case Options::Action::Backup:
@@ -58,8 +61,9 @@ int write(const Options &options)
     if (options.action == Options::Action::Import)
         return importFolder(options);
     Records::RecordStore store;
-    const int refused = openToWrite(options.store, &store);
-    return refused == Tools::Done ? mergeStore(options, &store) : refused;
+    int atLeast = Tools::Done;
+    const int refused = openToWrite(options.store, &store, &atLeast);
+    return refused == Tools::Done ? std::max(atLeast, mergeStore(options, &store)) : refused;
 }
 
 int run(const Options &options)
@@ -68,11 +72,21 @@ int run(const Options &options)
     const bool writes = options.action == Options::Action::Import || options.action == Options::Action::Merge;
     return writes ? write(options) : read(options);
 }
+
+/// Before there is a command line: what makes pages needs another application object.
+Program::Needs needsOf(int argc, char *argv[])
+{
+    const bool isReport = std::any_of(argv, argv + argc, [](const char *argument) {
+        const QByteArray name = QByteArray(argument).split('=').first();
+        return name == "--pdf" || name == "--zip";
+    });
+    return isReport ? Program::Needs::Fonts : Program::Needs::Core;
+}
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const Program program(argc, argv, "vantor-records");
+    const Program program(argc, argv, "vantor-records", needsOf(argc, argv));
     CommandLine commandLine;
     return program.run(&commandLine, [&] { return run(commandLine.options()); });
 }

@@ -6,7 +6,7 @@
 #include <QStringList>
 #include <QVector>
 
-namespace Inspect {
+namespace Tools {
 
 /// Short names of the standards on the command line, in the order of the help.
 QStringList standardNames();
@@ -16,8 +16,5 @@ QString defaultStandardName();
 QVector<FiberInspection::Standard::Id> standardsNamed(const QString &name);
 
 QString standardName(FiberInspection::Standard::Id id);
-QString standardEnumerator(FiberInspection::Standard::Id id); ///< as the source writes it
-QString ruleOperatorEnumerator(FiberInspection::Rule::Operator ruleOperator); ///< as the source writes it
-QString defectTypeName(FiberInspection::Defect::Type type); ///< "defect" or "scratch"
 
-} // namespace Inspect
+} // namespace Tools
