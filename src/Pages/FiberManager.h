@@ -7,6 +7,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QVector>
 
 class InspectionManager;
 
@@ -29,7 +30,9 @@ public:
     explicit FiberManager(InspectionManager *manager, QObject *parent = nullptr);
     ~FiberManager() override;
 
-    /// Inspects the image at tmpFiberInspectionImagePath(); answered by analyseFinished() or analyseFailed().
+    /// Inspects the image at tmpFiberInspectionImagePath(). Answered by analyseFinished() or analyseFailed(), once for
+    /// every start of the manager, and by analyseFailed() without one; less what forgetRequests() and inspected() tell
+    /// of. An answer that comes behind that to a later request is not told.
     /// @param standardId a FiberInspection::Standard::Id
     Q_INVOKABLE void requestAnalyse(const QString &name, int standardId);
 
@@ -43,6 +46,17 @@ public:
     /// Belongs to this object.
     Q_INVOKABLE QObject *fiberInspectionStandardModel();
 
+    /// What that model offers instead of all standards; the inspection page begins with the first one. In the user
+    /// interface's thread; at once, also for a page that shows the model. No standards: there is none to inspect by.
+    ///
+    /// @code
+    /// InspectionManager manager;
+    /// FiberManager fibers(&manager);
+    /// using FiberInspection::Standard;
+    /// fibers.offerStandards({Standard::IEC61300_3_35_SM_RL45, Standard::IEC61300_3_35_MM});
+    /// @endcode
+    void offerStandards(const QVector<FiberInspection::Standard::Id> &standards);
+
 Q_SIGNALS:
     void analyseFinished(bool passed, const QString &sourceFilePath, const QString &resultFilePath);
     void analyseFailed();
@@ -55,12 +69,27 @@ Q_SIGNALS:
     void requested(QString name, FiberInspection::Standard::Id standardId);
 
 private:
-    bool takeAnswer();
+    /// Of what the manager is at, as it nests.
+    struct Step
+    {
+        quint64 request; ///< 0 for that of others
+        quint64 ticket; ///< of the turn
+        bool isInspection; ///< or the turn of the request, in which every start of the manager inspects
+    };
+
+    void beginTurn(quint64 ticket);
+    void endTurn();
+    void beginInspection(quint64 ticket);
+    void endInspection();
+    bool isAwaited();
     void passOn(
         const FiberInspection::Inspection &inspection, const QString &sourceFilePath, const QString &resultFilePath);
 
     StandardModel mStandards;
-    int mAwaited = 0; ///< answers that the manager owes; it gives one to each request, in their order
-    int mForgotten = 0; ///< the first so many of them
+    quint64 mRequests = 0;
+    quint64 mBegun = 0; ///< of them, in their order
+    quint64 mForgotten = 0; ///< the first so many of them, or a later one has its answer
+    quint64 mAnswered = 0; ///< the last one that has an answer
+    QVector<Step> mSteps; ///< the innermost last
     quint64 mTurn = 0; ///< of answers that were passed on, and of pages that were left
 };

@@ -1,12 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Pages/StandardModel.h"
 
+#include <QPointer>
+
 using FiberInspection::Standard;
 
 StandardModel::StandardModel(QObject *parent)
     : QAbstractListModel(parent)
     , mStandards(Standard::allStandardIds())
 {
+}
+
+void StandardModel::setStandards(const QVector<Standard::Id> &standards)
+{
+    const QPointer<StandardModel> self(this);
+    // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): its owner may go
+    const QVector<Standard::Id> wanted = standards;
+    beginResetModel();
+    if (!self)
+        return;
+    const bool isOtherCount = wanted.size() != mStandards.size();
+    mStandards = wanted;
+    endResetModel();
+    if (self && isOtherCount)
+        Q_EMIT countChanged();
 }
 
 int StandardModel::rowCount(const QModelIndex &parent) const

@@ -19,12 +19,22 @@
 class VANTORBASE_EXPORT StandardModel : public QAbstractListModel
 {
     Q_OBJECT
-    Q_PROPERTY(int count READ count CONSTANT)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
     enum Role : int { IdRole = Qt::UserRole + 1, NameRole };
 
     explicit StandardModel(QObject *parent = nullptr);
+
+    /// Offers these, in this order, instead of Standard::allStandardIds(). A page that shows the model chooses the
+    /// first one. In the thread of the model; a receiver of its signals may destroy it, or set others.
+    ///
+    /// @code
+    /// StandardModel standards;
+    /// standards.setStandards({FiberInspection::Standard::IEC61300_3_35_MM});
+    /// qInfo() << standards.count(); // 1
+    /// @endcode
+    void setStandards(const QVector<FiberInspection::Standard::Id> &standards);
 
     int count() const { return mStandards.size(); }
     int rowCount(const QModelIndex &parent = {}) const override;
@@ -36,6 +46,9 @@ public:
     /// Invalid for a row or a role that is not there.
     Q_INVOKABLE QVariant data(int row, const QString &role) const;
 
+Q_SIGNALS:
+    void countChanged();
+
 private:
-    const QVector<FiberInspection::Standard::Id> mStandards;
+    QVector<FiberInspection::Standard::Id> mStandards;
 };

@@ -119,6 +119,8 @@ Controls.ComboBox {
         Material.foreground: root.isHighlightedRow(row.index) ? root.specificItemHighlightColor : root.delegateTextColor
     }
 
+    Component.onCompleted: contentItem.Accessible.ignored = true // the line within says what the box says
+
     onFittingPopupWidthChanged: {
         if (autoAdjustPopupWidth)
             popupWidth = fittingPopupWidth;

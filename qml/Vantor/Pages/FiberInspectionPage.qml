@@ -207,6 +207,8 @@ VantorComponents.Page {
             radius: width / 2
             visible: cameraPreview.ready
             color: root.calculateFocusIndicatorColor(fiberRealtimeAnalyser.focusValue)
+            Accessible.role: Accessible["StaticText"] // the static check knows no enumerators of Qt Quick
+            Accessible.name: root.isSharpEnough() ? qsTr("In focus") : qsTr("Out of focus")
         }
 
         Rectangle {
@@ -232,6 +234,8 @@ VantorComponents.Page {
             color: "white"
             horizontalAlignment: Text.AlignHCenter
             wrapMode: Text.WordWrap
+            Accessible.role: Accessible["StaticText"]
+            Accessible.name: text
         }
     }
 
@@ -252,9 +256,12 @@ VantorComponents.Page {
             spacing: GlobalStyles.pageSpacing
 
             Text {
+                id: standardCaption
+
                 text: qsTr("Test Standard")
                 font.bold: true
                 font.pixelSize: GlobalStyles.textSize
+                Accessible.ignored: true
             }
 
             VantorControls.ComboBox {
@@ -264,17 +271,27 @@ VantorComponents.Page {
                 model: root.standardModel()
                 textRole: "name"
                 valueRole: "id"
+                Accessible.name: standardCaption.text
+                Accessible.description: displayText
                 font.pixelSize: inputForm.isNarrow ? GlobalStyles.textSmallSize : GlobalStyles.defaultComboBoxTextSize
             }
 
-            Row {
+            Grid {
                 id: buttonRow
+
+                readonly property real third: (width - 20) / 3
+                readonly property bool isWide: third >= analyseButton.neededWidth && 2 * third >= autoAnalyseButton.neededWidth
 
                 width: parent.width
                 spacing: 20
+                columns: isWide ? 2 : 1
 
                 VantorControls.Button {
-                    width: (buttonRow.width - buttonRow.spacing) / 3
+                    id: analyseButton
+
+                    readonly property real neededWidth: contentItem.implicitWidth + leftPadding + rightPadding
+
+                    width: buttonRow.isWide ? buttonRow.third : buttonRow.width
                     text: qsTr("Analyse")
                     enabled: !autoAnalyseButton.checked && cameraPreview.ready
                     onClicked: root.analyse()
@@ -283,7 +300,9 @@ VantorComponents.Page {
                 VantorControls.Button {
                     id: autoAnalyseButton
 
-                    width: (buttonRow.width - buttonRow.spacing) * 2 / 3
+                    readonly property real neededWidth: contentItem.implicitWidth + leftPadding + rightPadding
+
+                    width: buttonRow.isWide ? 2 * buttonRow.third : buttonRow.width
                     text: qsTr("Auto Analyse")
                     checkable: true
                     Material.accent: "green"

@@ -69,6 +69,8 @@ VantorComponents.Page {
         height: Math.min(width, parent.height) // in landscape the square does not fit
         fillMode: Image.PreserveAspectFit
         cache: false
+        Accessible.role: Accessible["Graphic"]
+        Accessible.name: qsTr("Picture of the end face")
     }
 
     Text { // why there is none to be seen
@@ -85,6 +87,8 @@ VantorComponents.Page {
         font.pixelSize: GlobalStyles.textSize
         horizontalAlignment: Text.AlignHCenter
         wrapMode: Text.WordWrap
+        Accessible.role: Accessible["StaticText"]
+        Accessible.name: text
     }
 
     Rectangle {
@@ -98,6 +102,8 @@ VantorComponents.Page {
         radius: 4
         visible: false
         color: root.testPassed ? "green" : "red"
+        Accessible.role: Accessible["AlertMessage"]
+        Accessible.name: root.testPassed ? qsTr("Passed") : qsTr("Failed")
 
         Text {
             anchors.centerIn: parent
