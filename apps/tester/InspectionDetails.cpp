@@ -1,37 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectionDetails.h"
 
+#include "InspectionWords.h"
 #include "Pages/FiberManager.h"
 
 #include <QVariantMap>
 
 using FiberInspection::Defect;
 using FiberInspection::Inspection;
-using FiberInspection::Rule;
 using FiberInspection::RuleResult;
 using FiberInspection::Standard;
 using FiberInspection::Zone;
 using FiberInspection::ZoneResult;
 
 namespace {
-/// The sizes that a rule is about; empty for any size. Signs instead of words: they need no translation.
-QString sizes(const Rule &rule)
-{
-    switch (rule.ruleOperator) {
-    case Rule::SmallerThan:
-        return QStringLiteral("< %1").arg(rule.maxSize);
-    case Rule::SmallerThanOrEqual:
-        return QStringLiteral("\u2264 %1").arg(rule.maxSize);
-    case Rule::GreaterThan:
-        return rule.minSize < 0 ? QString() : QStringLiteral("> %1").arg(rule.minSize);
-    case Rule::GreaterThanOrEqual:
-        return rule.minSize <= 0 ? QString() : QStringLiteral("\u2265 %1").arg(rule.minSize);
-    case Rule::ClosedRange:
-        return QStringLiteral("%1 \u2026 %2").arg(rule.minSize).arg(rule.maxSize);
-    }
-    return {};
-}
-
 QVariantList ruleRows(const ZoneResult &zone)
 {
     QVariantList rows;
@@ -39,7 +21,7 @@ QVariantList ruleRows(const ZoneResult &zone)
         rows.append(QVariantMap{
             {QStringLiteral("zone"), static_cast<int>(zone.standardZone.zone)},
             {QStringLiteral("isScratch"), rule.standardRule.defectType == Defect::Type::Scratch},
-            {QStringLiteral("sizes"), sizes(rule.standardRule)},
+            {QStringLiteral("sizes"), InspectionWords::sizes(rule.standardRule)},
             {QStringLiteral("allowed"), rule.standardRule.maxAllowedAmount},
             {QStringLiteral("found"), rule.defectCount},
             {QStringLiteral("violated"), rule.violated},
@@ -67,18 +49,18 @@ InspectionDetails::InspectionDetails(FiberManager *answers, QObject *parent)
 void InspectionDetails::clear()
 {
     mIsReady = false;
-    mPicture.clear();
+    mPicture.setImage({});
     mRules.clear();
     mZones.clear();
     Q_EMIT changed();
 }
 
-void InspectionDetails::show(const Inspection &inspection, const QString &resultFilePath)
+void InspectionDetails::show(const Inspection &inspection)
 {
     const Standard standard(inspection.standardId());
     mPassed = inspection.passed();
     mStandardName = standard.name();
-    mPicture = QUrl::fromLocalFile(resultFilePath);
+    mPicture.setImage(inspection.annotatedImage());
     mRules = ruleRows(inspection.result().core()) + ruleRows(inspection.result().cladding());
     mZones.clear();
     for (const Zone &zone : {standard.core(), standard.cladding(), standard.adhesive(), standard.contact()})

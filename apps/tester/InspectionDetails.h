@@ -2,6 +2,7 @@
 #pragma once
 
 #include "FiberInspection/Inspection.h"
+#include "PictureProvider.h"
 
 #include <QObject>
 #include <QString>
@@ -28,7 +29,7 @@ public:
     bool isReady() const { return mIsReady; }
     bool passed() const { return mPassed; }
     QString standardName() const { return mStandardName; }
-    QUrl picture() const { return mPicture; } ///< the annotated crop, the fibre in its middle
+    QUrl picture() const { return mPicture.address(); } ///< the annotated crop, the fibre in its middle
 
     /// Maps of zone (a FiberInspection::Zone::Id), isScratch, sizes (micrometres; empty: any), allowed (-1: any
     /// number), found and violated.
@@ -44,12 +45,12 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void show(const FiberInspection::Inspection &inspection, const QString &resultFilePath);
+    void show(const FiberInspection::Inspection &inspection);
 
     bool mIsReady = false;
     bool mPassed = false;
     QString mStandardName;
-    QUrl mPicture;
+    HeldPicture mPicture; // what lies in a file may have been replaced
     QVariantList mRules;
     QVariantList mZones;
 };

@@ -1,11 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Comparison.h"
 #include "HardwareManager.h"
 #include "InspectionDetails.h"
+#include "Inspector.h"
+#include "JobStore.h"
+#include "KeepingManager.h"
+#include "KeyboardUse.h"
 #include "Language.h"
-#include "Managers/InspectionManager.h"
 #include "Pages/FiberManager.h"
+#include "RemovableMedia.h"
+#include "ReportWriter.h"
+#include "ShownResult.h"
+#include "TesterSettings.h"
 #include "VantorBase.h"
 
 #include <QQmlApplicationEngine>
@@ -18,16 +26,17 @@ class QQuickWindow;
 class InspectionThread
 {
 public:
-    InspectionThread();
+    /// @param jobs is told how the thread has opened the store
+    explicit InspectionThread(JobStore *jobs);
     ~InspectionThread();
     InspectionThread(const InspectionThread &) = delete;
     InspectionThread &operator=(const InspectionThread &) = delete;
 
-    InspectionManager *manager() const { return mManager; }
+    KeepingManager *manager() const { return mManager; }
 
 private:
     QThread mThread;
-    InspectionManager *const mManager = new InspectionManager;
+    KeepingManager *const mManager;
 };
 
 /// The application after the Qt application object: its members are constructed in the order in which they need each
@@ -36,7 +45,10 @@ class Tester
 {
 public:
     /// @param screenSize of the unit, pixels
-    explicit Tester(const QSize &screenSize);
+    /// @param language to begin with; empty: the one that was chosen last, or that of the system
+    /// @param mediaRoots below which disks that are plugged in are mounted
+    explicit Tester(const QSize &screenSize, const QString &language = {},
+        const QStringList &mediaRoots = RemovableMedia::defaultRoots());
     ~Tester();
     Tester(const Tester &) = delete;
     Tester &operator=(const Tester &) = delete;
@@ -51,13 +63,31 @@ public:
     Language &language() { return mLanguage; }
     InspectionDetails &details() { return mDetails; }
     FiberManager &fiberManager() { return mFiberManager; }
+    JobStore &jobs() { return mJobs; }
+    Inspector &inspector() { return mInspector; }
+    ShownResult &shownResult() { return mShownResult; }
+    Comparison &comparison() { return mComparison; }
+    TesterSettings &settings() { return mSettings; }
+    ReportWriter &reportWriter() { return mReportWriter; }
+    RemovableMedia &removableMedia() { return mRemovableMedia; }
 
 private:
+    void connectParts();
+    void publish();
+
     VantorBase mBase;
-    InspectionThread mInspection;
+    TesterSettings mSettings{TesterSettings::defaultPath()};
+    Language mLanguage; // before what is told in words
+    JobStore mJobs{JobStore::defaultFolder(), &mSettings}; // opens the store before the thread does, and is told of it
+    InspectionThread mInspection{&mJobs};
     HardwareManager mHardware;
     FiberManager mFiberManager{mInspection.manager()};
     InspectionDetails mDetails{&mFiberManager};
-    Language mLanguage;
+    Inspector mInspector{&mJobs, mInspection.manager()};
+    ShownResult mShownResult{&mJobs};
+    ReportWriter mReportWriter{JobStore::defaultFolder(), &mSettings};
+    RemovableMedia mRemovableMedia;
+    Comparison mComparison{&mJobs};
+    KeyboardUse mKeyboardUse;
     QQmlApplicationEngine mEngine;
 };

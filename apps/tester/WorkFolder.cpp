@@ -14,7 +14,7 @@ constexpr char unitFolder[] = "/opt/vantor-tester";
 bool isWritable(const QString &folder)
 {
     const QFileInfo info(folder);
-    return info.exists() ? info.isDir() && info.isWritable() : QFileInfo(info.path()).isWritable();
+    return info.isDir() && info.isWritable();
 }
 } // namespace
 

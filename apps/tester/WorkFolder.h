@@ -9,7 +9,7 @@ class WorkFolder
 public:
     WorkFolder() = delete;
 
-    /// The unit's folder below /opt, or one of the user who may not write there.
+    /// The unit's folder below /opt where there is one that may be written to, or else one in the user's data folder.
     static QString defaultPath();
 
     /// Makes what the library writes into, where BaseDirHelper says. Says in the log what cannot be made.

@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/AbsoluteBaseDir.h"
+#include "Helpers/BaseDirHelper.h"
+#include "InstanceLock.h"
 #include "Tester.h"
 #include "WorkFolder.h"
 #include "simulation/SimulatedScope.h"
 
 #include <QCommandLineParser>
+#include <QDir>
 #include <QGuiApplication>
 #include <QQuickWindow>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 constexpr int usageError = 64;
+constexpr int unavailable = 69; // as of sysexits.h
 
 struct Options
 {
@@ -44,6 +49,7 @@ int parse(int &argc, char *argv[], Options &options)
 
     QCommandLineParser parser;
     const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
     const QCommandLineOption folder(QStringLiteral("folder"),
         QStringLiteral("The work directory (%1).").arg(options.folder), QStringLiteral("path"));
     const QCommandLineOption size(QStringLiteral("size"),
@@ -58,9 +64,19 @@ int parse(int &argc, char *argv[], Options &options)
         std::printf("Vantor Tester: inspects fibre end faces.\n\n%s", qPrintable(parser.helpText()));
         return 0;
     }
+    if (parser.isSet(version)) {
+        std::printf("vantor-tester " VANTORBASE_VERSION "\n");
+        return 0;
+    }
+    for (const QCommandLineOption &option : {folder, size, language}) {
+        if (parser.values(option).size() > 1)
+            return fail(QStringLiteral("--%1 is given more than once").arg(option.names().constFirst()));
+    }
     if (!parser.positionalArguments().isEmpty())
         return fail(QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().constFirst()));
 
+    if (parser.isSet(folder) && parser.value(folder).isEmpty())
+        return fail(QStringLiteral("--folder has no value"));
     if (parser.isSet(folder))
         options.folder = parser.value(folder);
     if (parser.isSet(size))
@@ -73,6 +89,14 @@ int parse(int &argc, char *argv[], Options &options)
     return -1;
 }
 
+/// Qt ends the process by abort() where there is no display.
+void tellAndEnd(QtMsgType type, const QMessageLogContext &, const QString &message)
+{
+    const QString line = message.section(QLatin1Char('\n'), 0, 0);
+    std::fprintf(stderr, "vantor-tester: %s\n", qPrintable(line));
+    if (type == QtFatalMsg)
+        std::_Exit(1);
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -83,15 +107,21 @@ int main(int argc, char *argv[])
         return exitCode;
 
     const AbsoluteBaseDir folders(options.folder); // before all that asks for a path
-    Tester::prepareProcess(SimulatedScope::pluginPath());
+    QDir().mkpath(BaseDirHelper::workDir());
+    const InstanceLock lock(BaseDirHelper::workDir()); // two would share the camera, and files under way
+    if (!lock.isHeld()) {
+        fail(lock.problem());
+        return unavailable;
+    }
+    Tester::prepareProcess(SimulatedScope::pluginPath()); // changes what another one uses
 
+    const QtMessageHandler handler = qInstallMessageHandler(tellAndEnd);
     const QGuiApplication application(argc, argv);
+    qInstallMessageHandler(handler);
     QGuiApplication::setApplicationVersion(QStringLiteral(VANTORBASE_VERSION));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Vantor Tester"));
-    Tester tester(options.screenSize);
+    Tester tester(options.screenSize, options.language);
     if (!tester.window())
         return 1;
-    if (!options.language.isEmpty())
-        tester.language().setCurrent(options.language);
     return QGuiApplication::exec();
 }

@@ -8,6 +8,7 @@
 #include <QString>
 #include <QtTest>
 
+#include <atomic>
 #include <memory>
 
 /// A hand at the application's window: finds items by name or text, waits for them, taps them, turns them by keys.
@@ -20,6 +21,10 @@ public:
     explicit ShellDriver(QQuickWindow *window)
         : mWindow(window)
     {
+        // From the rendering thread; as long as there is the window, for Qt loses what is disconnected meanwhile.
+        if (mWindow)
+            QObject::connect(
+                mWindow, &QQuickWindow::frameSwapped, mWindow, [frames = mFrames] { ++*frames; }, Qt::DirectConnection);
     }
 
     QQuickWindow *window() const { return mWindow; }
@@ -83,20 +88,17 @@ public:
 
     void press(Qt::Key key) const { QTest::keyClick(mWindow, key); }
 
-private:
-    /// The signal comes from the rendering thread, also while this function ends.
+    /// Waits until all is where it belongs, and drawn.
     void waitForFrame() const
     {
-        QObject receiver;
-        const auto frames = std::make_shared<int>(0);
-        QObject::connect(
-            mWindow, &QQuickWindow::frameSwapped, &receiver, [frames] { ++*frames; }, Qt::QueuedConnection);
+        const int before = *mFrames;
         waitFor([&] {
             mWindow->update();
-            return *frames > 1;
+            return *mFrames > before + 1;
         });
     }
 
+private:
     static QQuickItem *find(QQuickItem *item, const QString &name)
     {
         if (!item->isVisible())
@@ -112,4 +114,5 @@ private:
     }
 
     QQuickWindow *const mWindow;
+    const std::shared_ptr<std::atomic<int>> mFrames = std::make_shared<std::atomic<int>>(0);
 };

@@ -38,7 +38,7 @@ void TesterTest::cleanup()
 
 bool TesterTest::goHome() const
 {
-    constexpr int deepest = 3;
+    constexpr int deepest = 5;
     for (int i = 0; i < deepest && mDriver.waitForRest() && !isHome(); ++i)
         tap("actionBack");
     return mDriver.waitForRest() && isHome();

@@ -20,9 +20,11 @@ class TesterTest : public QObject
 public:
     explicit TesterTest(Tester *tester);
 
-private Q_SLOTS:
+protected Q_SLOTS:
+    void init(); // a test that has one of its own calls it
     void initTestCase();
-    void init();
+
+private Q_SLOTS:
     void cleanup();
 
 protected:
@@ -88,7 +90,8 @@ public:
 /// The body of main(): the application in a work directory of its own, then the test. Shutting down has to be silent,
 /// too.
 template <typename Test>
-int runTesterTest(int argc, char *argv[], const QString &workDir, const QString &pluginPath)
+int runTesterTest(int argc, char *argv[], const QString &workDir, const QString &pluginPath,
+    const QStringList &mediaRoots = RemovableMedia::defaultRoots())
 {
     const AbsoluteBaseDir folders(workDir);
     Tester::prepareProcess(pluginPath);
@@ -96,7 +99,7 @@ int runTesterTest(int argc, char *argv[], const QString &workDir, const QString 
     const LogFaults faults;
     int result = 1;
     {
-        Tester tester(QSize(800, 480));
+        Tester tester(QSize(800, 480), {}, mediaRoots);
         if (!tester.window())
             return 1;
         Test test(&tester);

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the tester offers to its pages, without the pages: receivers destroy it, ask it again, or come when it is gone.
 #include "DrawnFibre.h"
+#include "EndedThread.h"
+#include "ForkedChild.h"
 #include "HardwareManager.h"
 #include "Helpers/AbsoluteBaseDir.h"
 #include "InspectionDetails.h"
+#include "JobStore.h"
+#include "KeepingManager.h"
 #include "Language.h"
 #include "LogCapture.h"
 #include "Managers/InspectionManager.h"
 #include "NestedLoop.h"
 #include "Pages/FiberManager.h"
+#include "ReportWriter.h"
+#include "TesterSettings.h"
 #include "WorkFolder.h"
 #include "simulation/SimulatedScope.h"
 
@@ -19,8 +25,16 @@
 #include <QThread>
 #include <QtTest>
 
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
 #include <functional>
 #include <memory>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
 
 using FiberInspection::Standard;
 
@@ -52,6 +66,47 @@ void carryOut(Deed deed, QObject *object, const std::function<void()> &doAgain)
     else
         QVERIFY(NestedLoop::runWith(doAgain));
 }
+
+/// Writes half a picture into a pipe, and puts the whole one in its place before whoever reads comes to the end.
+class HalfWriter
+{
+public:
+    HalfWriter(const QString &path, const QByteArray &bytes)
+        : mPath(QFile::encodeName(path))
+    {
+        const QByteArray whole = mPath + ".whole";
+        QFile file(QFile::decodeName(whole));
+        const bool isMade = mkfifo(mPath.constData(), S_IRUSR | S_IWUSR) == 0
+            && link(mPath.constData(), otherName().constData()) == 0 && file.open(QIODevice::WriteOnly)
+            && file.write(bytes) == bytes.size();
+        QVERIFY(isMade);
+        mThread = std::thread([this, whole, half = bytes.left(bytes.size() / 2)] {
+            sigset_t pipes;
+            sigemptyset(&pipes);
+            sigaddset(&pipes, SIGPIPE);
+            pthread_sigmask(SIG_BLOCK, &pipes, nullptr);
+            const int descriptor = open(mPath.constData(), O_WRONLY | O_CLOEXEC);
+            const ssize_t written = write(descriptor, half.constData(), static_cast<size_t>(half.size()));
+            Q_UNUSED(written)
+            std::rename(whole.constData(), mPath.constData());
+            close(descriptor);
+        });
+    }
+    ~HalfWriter()
+    {
+        const int reader = open(otherName().constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); // nobody else may have
+        mThread.join();
+        close(reader);
+    }
+    HalfWriter(const HalfWriter &) = delete;
+    HalfWriter &operator=(const HalfWriter &) = delete;
+
+private:
+    QByteArray otherName() const { return mPath + ".pipe"; }
+
+    const QByteArray mPath;
+    std::thread mThread;
+};
 
 /// Calls a function when the application is told of another language.
 class LanguageListener : public QObject
@@ -114,6 +169,22 @@ private:
         connect(fibers, &FiberManager::analyseFinished, this,
             [answers](bool, const QString &source) { *answers << QFileInfo(source).dir().dirName(); });
         connect(fibers, &FiberManager::analyseFailed, this, [answers] { *answers << QStringLiteral("failed"); });
+    }
+
+    /// Two points that could not be inspected, as the store keeps them.
+    static QUuid storedJob()
+    {
+        Records::RecordStore store;
+        store.open(JobStore::defaultFolder());
+        Records::Job job;
+        job.name = QStringLiteral("Panel 7");
+        const Records::Job added = store.addJob(job).value;
+        const auto points = store.addPoints(added.id, {QStringLiteral("A1"), QStringLiteral("A2")}).value;
+        for (const Records::Point &point : points) {
+            const auto inspection = FiberInspection::inspectFile(QStringLiteral("/none"), job.standard);
+            store.addInspection(Records::Origin::of(point.id), inspection, {});
+        }
+        return added.identity;
     }
 
 private Q_SLOTS:
@@ -295,6 +366,53 @@ private Q_SLOTS:
         QCOMPARE(answers, QStringList(QStringLiteral("port 3")));
     }
 
+    /// A camera may still be writing.
+    void theStoredPictureIsTheOneThatWasInspected()
+    {
+        const QTemporaryDir dir;
+        const QString folder = dir.filePath(QStringLiteral("records"));
+        Records::RecordStore store;
+        QVERIFY(store.open(folder).canWrite());
+        Records::Job job;
+        job.name = QStringLiteral("Panel 7");
+        job = store.addJob(job).value;
+        const Records::Point point = store.addPoints(job.id, {QStringLiteral("1"), QStringLiteral("1")}).value.value(0);
+        KeepRequest request;
+        request.ticket = 1;
+        request.job = job.identity;
+        request.point = point.id;
+        request.pointName = point.name;
+        request.standard = job.standard;
+        request.picturePath = dir.filePath(QStringLiteral("port.jpg"));
+        DrawnFibre fibre;
+        fibre.size = QSize(400, 300);
+        fibre.center = QPointF(200, 150);
+        const QByteArray whole = fibre.jpeg();
+        HalfWriter camera(request.picturePath, whole);
+        KeepingManager manager(folder); // in this thread
+        Q_EMIT manager.requestStart();
+        KeptInspection kept;
+        connect(&manager, &KeepingManager::kept, this, [&kept](const KeptInspection &answer) { kept = answer; });
+
+        Q_EMIT manager.requestKeep(request);
+
+        QVERIFY2(kept.id != Records::noId, qPrintable(kept.problem.text));
+        const Records::StoredInspection record = store.inspection(kept.id).value;
+        QVERIFY(record.verdict == Records::Verdict::None || store.picture(record.picture).value == whole);
+        QCOMPARE(store.picture(record.picture).value == whole, record.verdict != Records::Verdict::None);
+    }
+
+    void aReceiverOfOtherStandardsMayDestroyThem()
+    {
+        auto *const standards = new StandardModel;
+        connect(standards, &StandardModel::modelAboutToBeReset, this, [standards] { delete standards; });
+        const QPointer<StandardModel> watched(standards);
+
+        standards->setStandards({Standard::IEC61300_3_35_MM});
+
+        QVERIFY(!watched);
+    }
+
     void aRequestAfterTheManagersEndIsHarmless()
     {
         QVERIFY(setFace(true));
@@ -353,6 +471,309 @@ private Q_SLOTS:
         QVERIFY(details.isReady() && !details.rules().isEmpty());
         thread.quit();
         QVERIFY(thread.wait(NestedLoop::patience));
+    }
+
+    void theAnswersOfEveryStartBelongToTheirRequest_data()
+    {
+        QTest::addColumn<bool>("isMoved");
+        QTest::newRow("a manager in this thread") << false;
+        QTest::newRow("a manager in another thread") << true;
+    }
+    void theAnswersOfEveryStartBelongToTheirRequest()
+    {
+        QFETCH(const bool, isMoved);
+        QVERIFY(setFace(true));
+        QThread thread;
+        auto *const inspections = new InspectionManager;
+        FiberManager fibers(inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+        connect(&thread, &QThread::finished, inspections, &QObject::deleteLater);
+        if (isMoved)
+            inspections->moveToThread(&thread);
+        thread.start();
+        const auto work = [&] {
+            if (isMoved)
+                QMetaObject::invokeMethod(
+                    inspections, [] {}, Qt::BlockingQueuedConnection);
+        };
+
+        Q_EMIT inspections->requestStart();
+        Q_EMIT inspections->requestStart();
+        work();
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        work();
+        fibers.forgetRequests(); // in another thread, both of its answers are on their way
+        fibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+        work();
+        QCoreApplication::processEvents();
+
+        const QString first = QStringLiteral("port 1");
+        const QString second = QStringLiteral("port 2");
+        QCOMPARE(answers, isMoved ? (QStringList{second, second}) : (QStringList{first, first, second, second}));
+        if (!isMoved)
+            delete inspections;
+        thread.quit();
+        QVERIFY(thread.wait(NestedLoop::patience));
+    }
+
+    void aRequestBeforeTheStartFailsAndTakesNoLaterAnswer()
+    {
+        QVERIFY(setFace(true));
+        InspectionManager inspections;
+        FiberManager fibers(&inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        fibers.forgetRequests();
+        Q_EMIT inspections.requestStart();
+        fibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+
+        QCOMPARE(answers, (QStringList{QStringLiteral("failed"), QStringLiteral("port 2")}));
+    }
+
+    void anAnswerIsNotToldBehindThatToALaterRequest_data()
+    {
+        QTest::addColumn<bool>("isThere");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("the later one is inspected") << true << QStringLiteral("port 2");
+        QTest::newRow("the later one fails") << false << QStringLiteral("failed");
+    }
+    void anAnswerIsNotToldBehindThatToALaterRequest()
+    {
+        QFETCH(const bool, isThere);
+        QFETCH(const QString, expected);
+        QVERIFY(setFace(true));
+        InspectionManager inspections;
+        Q_EMIT inspections.requestStart();
+        std::unique_ptr<FiberManager> fibers;
+        bool isDone = false;
+        connect(&inspections, &InspectionManager::inspected, this, [&] { // hears of it before the pages
+            if (isDone)
+                return;
+            isDone = true;
+            QVERIFY(setFace(isThere));
+            QVERIFY(NestedLoop::runWith([&] { fibers->requestAnalyse(QStringLiteral("port 2"), anyStandard); }));
+        });
+        fibers = std::make_unique<FiberManager>(&inspections);
+        QStringList answers;
+        hearAnswers(fibers.get(), &answers);
+
+        fibers->requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QCOMPARE(answers, QStringList(expected));
+    }
+
+    void answersToOthersInTheMidstOfAnInspectionAreNotPassedOn_data()
+    {
+        QTest::addColumn<bool>("isBefore");
+        QTest::addColumn<bool>("isByPages");
+        QTest::newRow("before the own answer, to pages") << true << true;
+        QTest::newRow("before the own answer, to an application") << true << false;
+        QTest::newRow("behind the own answer, to pages") << false << true;
+        QTest::newRow("behind the own answer, to an application") << false << false;
+    }
+    void answersToOthersInTheMidstOfAnInspectionAreNotPassedOn()
+    {
+        QFETCH(const bool, isBefore);
+        QFETCH(const bool, isByPages);
+        QVERIFY(setFace(true));
+        InspectionManager inspections;
+        Q_EMIT inspections.requestStart();
+        FiberManager others(&inspections);
+        bool isDone = false;
+        const auto hear = [&] {
+            connect(&inspections, &InspectionManager::inspected, this, [&] {
+                if (isDone)
+                    return;
+                isDone = true;
+                QVERIFY(NestedLoop::runWith([&] {
+                    if (isByPages)
+                        others.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+                    else
+                        Q_EMIT inspections.requestAnalyse(
+                            QStringLiteral("port 2"), static_cast<Standard::Id>(anyStandard));
+                }));
+            });
+        };
+        if (isBefore)
+            hear();
+        FiberManager fibers(&inspections);
+        if (!isBefore)
+            hear();
+        QStringList answers;
+        QStringList othersAnswers;
+        hearAnswers(&fibers, &answers);
+        hearAnswers(&others, &othersAnswers);
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QVERIFY(isDone);
+        QCOMPARE(answers, QStringList(QStringLiteral("port 1")));
+        QCOMPARE(othersAnswers, isByPages ? QStringList(QStringLiteral("port 2")) : QStringList());
+    }
+
+    void whatAReceiverHasInspectedAroundAnInspectionIsForOthers_data()
+    {
+        QTest::addColumn<QString>("moment");
+        QTest::addColumn<QString>("name");
+        const QString other = QStringLiteral("port 2");
+        QTest::newRow("when it begins") << QStringLiteral("begun") << other;
+        QTest::newRow("when it has ended") << QStringLiteral("ended") << other;
+        QTest::newRow("when it has ended, under the same name") << QStringLiteral("ended") << QStringLiteral("port 1");
+        QTest::newRow("when it is requested") << QStringLiteral("requested") << other;
+        QTest::newRow("when it is requested, under the same name")
+            << QStringLiteral("requested") << QStringLiteral("port 1");
+    }
+    void whatAReceiverHasInspectedAroundAnInspectionIsForOthers()
+    {
+        QFETCH(const QString, moment);
+        QFETCH(const QString, name);
+        QVERIFY(setFace(true));
+        InspectionManager inspections;
+        bool isDone = false;
+        const auto hear = [&] {
+            if (!std::exchange(isDone, true))
+                Q_EMIT inspections.requestAnalyse(name, static_cast<Standard::Id>(anyStandard));
+        };
+        if (moment == QLatin1String("requested"))
+            connect(&inspections, &InspectionManager::requestAnalyse, this, hear);
+        if (moment == QLatin1String("begun"))
+            connect(&inspections, &InspectionManager::inspectionBegun, this, hear);
+        Q_EMIT inspections.requestStart();
+        FiberManager fibers(&inspections);
+        if (moment == QLatin1String("ended"))
+            connect(&inspections, &InspectionManager::inspectionEnded, this, hear);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QVERIFY(isDone);
+        QCOMPARE(answers, QStringList(QStringLiteral("port 1")));
+    }
+
+    void thePageRequestsByTheSignalOfTheManager()
+    {
+        InspectionManager inspections;
+        FiberManager fibers(&inspections);
+        const QSignalSpy requests(&inspections, &InspectionManager::requestAnalyse);
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+
+        QCOMPARE(requests.count(), 1);
+        QCOMPARE(requests[0][0].toString(), QStringLiteral("port 1"));
+    }
+
+    void aReceiverAtTheEndOfARequestMayThrow_data()
+    {
+        QTest::addColumn<bool>("isStarted");
+        QTest::newRow("of the end of an inspection") << true;
+        QTest::newRow("of the failure without a start") << false;
+    }
+    void aReceiverAtTheEndOfARequestMayThrow()
+    {
+        QFETCH(const bool, isStarted);
+        const auto request = [isStarted](void (*end)()) {
+            InspectionManager inspections;
+            FiberManager fibers(&inspections);
+            if (isStarted)
+                Q_EMIT inspections.requestStart();
+            QObject::connect(&inspections, &InspectionManager::inspectionEnded, end);
+            QObject::connect(&fibers, &FiberManager::analyseFailed, &fibers, [isStarted, end] {
+                if (!isStarted)
+                    end();
+            });
+            fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        };
+
+        const ForkedChild thrower = ForkedChild::run([request] {
+            try {
+                request([] { throw std::runtime_error("the receiver's own"); });
+            } catch (const std::runtime_error &) {
+                return 0;
+            }
+            return 1;
+        });
+        const ForkedChild ender = EndedThread::run([request] { request(&EndedThread::end); });
+
+        QVERIFY2(thrower.exitCode == 0, thrower.standardError.constData());
+        QVERIFY2(ender.exitCode == 0, ender.standardError.constData());
+    }
+
+    void aRequestWhoseManagerIsDeletedFails()
+    {
+        QVERIFY(setFace(true));
+        auto *const inspections = new InspectionManager;
+        Q_EMIT inspections->requestStart();
+        connect(inspections, &InspectionManager::inspected, this, [inspections] { delete inspections; });
+        FiberManager fibers(inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+
+        fibers.requestAnalyse(QStringLiteral("port 1"), anyStandard);
+        fibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+
+        QCOMPARE(answers, QStringList(QStringLiteral("failed")));
+    }
+
+    void aReceiverOfAReportMayDoAnything_data()
+    {
+        addDeedRows({QStringLiteral("progress"), QStringLiteral("change"), QStringLiteral("end")}, "written again");
+    }
+    void aReceiverOfAReportMayDoAnything()
+    {
+        QFETCH(const QString, moment);
+        QFETCH(const Deed, deed);
+        const QTemporaryDir exports;
+        TesterSettings settings(mFolder.filePath(QStringLiteral("tester.ini")));
+        settings.setExportFolder(exports.path());
+        auto *const writer = new ReportWriter(JobStore::defaultFolder(), &settings);
+        const QPointer<ReportWriter> alive(writer);
+        writer->look(storedJob());
+        QTRY_VERIFY(!writer->isReading());
+        QCOMPARE(writer->facts().value(QStringLiteral("withoutVerdict")).toInt(), 2);
+        bool isDone = false;
+        const auto write = [writer] { writer->write(ReportOrder::Table, QStringLiteral("en"), {}); };
+        const auto hear = [&] {
+            if (std::exchange(isDone, true))
+                return;
+            carryOut(deed, writer, write);
+        };
+        if (moment == QLatin1String("progress"))
+            connect(writer, &ReportWriter::progressChanged, this, hear);
+        else if (moment == QLatin1String("change"))
+            connect(writer, &ReportWriter::changed, this, hear);
+        else
+            connect(writer, &ReportWriter::finished, this, hear);
+
+        write();
+
+        QTRY_VERIFY(isDone && (!alive || !alive->isWriting()));
+        QCOMPARE(alive.isNull(), deletes(deed));
+        const QStringList files = QDir(exports.path()).entryList(QDir::Files | QDir::Hidden);
+        for (const QString &file : files)
+            QVERIFY2(file.startsWith(QLatin1String("Panel 7 ")), qPrintable(file)); // none that was only begun
+        const bool isAtEnd = moment == QLatin1String("end");
+        const bool mayBeThere = deletes(deed) && !isAtEnd; // the worker may have been quicker
+        QVERIFY(mayBeThere || files.size() == (deletes(deed) || !isAtEnd ? 1 : 2));
+        delete alive.data();
+    }
+
+    void answersToOthersAreNotPassedOn()
+    {
+        QVERIFY(setFace(true));
+        InspectionManager inspections;
+        FiberManager fibers(&inspections);
+        QStringList answers;
+        hearAnswers(&fibers, &answers);
+        Q_EMIT inspections.requestStart();
+
+        Q_EMIT inspections.requestAnalyse(QStringLiteral("port 1"), static_cast<Standard::Id>(anyStandard));
+        fibers.requestAnalyse(QStringLiteral("port 2"), anyStandard);
+
+        QCOMPARE(answers, QStringList(QStringLiteral("port 2")));
     }
 };
 

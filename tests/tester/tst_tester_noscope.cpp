@@ -16,7 +16,7 @@ private Q_SLOTS:
 
 void tst_TesterNoScope::thereIsNoInspectionToStart()
 {
-    QVERIFY(waitFor("Please plug in the fibre scope"));
+    QVERIFY(waitFor("Plug in the scope"));
     QVERIFY(waitFor("No fibre scope"));
     QVERIFY(!find("tile_1")->isEnabled());
     QVERIFY(!find("focusKnob")); // nor a simulated one

@@ -4,7 +4,9 @@ import QtQuick 2.11
 import QtQuick.Controls 2.4
 import QtQuick.Controls.Material 2.4
 import "qrc:/Vantor/Style"
+import "parts"
 import "shell"
+import "style"
 
 // The shell around the pages. Its ids are the names by which the pages know its parts.
 ApplicationWindow {
@@ -13,15 +15,18 @@ ApplicationWindow {
     property int screenWidth: 800 // of the unit, pixels
     property int screenHeight: 480
 
-    width: screenWidth + (scopePanel.visible ? scopePanel.width : 0)
+    width: screenWidth + (scopePanel.visible ? scopePanel.width : 0) // on a desktop the user changes it
     height: screenHeight
+    minimumWidth: 800 + (scopePanel.visible ? scopePanel.width : 0)
+    minimumHeight: 480
     visible: true
     title: "Vantor Tester"
     font.pixelSize: GlobalStyles.textSize
-    color: GlobalStyles.pageBackground
+    color: TesterStyle.page
 
-    Material.accent: GlobalStyles.pendingBright
-    Material.primary: GlobalStyles.pending
+    Material.theme: TesterStyle.isDark ? Material.Dark : Material.Light
+    Material.accent: TesterStyle.accent
+    Material.primary: TesterStyle.titleBar
 
     Component.onCompleted: {
         requestActivate(); // a unit has no window manager that would give it the keyboard
@@ -36,19 +41,25 @@ ApplicationWindow {
             const entry = pageRegistry.find(pageId);
             if (!entry) {
                 console.error("there is no page " + pageId);
-                return;
+                return null;
             }
+            if (pageId === OrvelPage.FiberInspection)
+                settings.beginQuickInspection();
             const page = stackView.push(entry.source, properties);
             if (!page)
-                return;
+                return null;
             if (pageId === OrvelPage.FiberInspectionResult) { // nothing of an earlier face is shown on it
                 fiberManager.forgetRequests();
                 inspectionDetails.clear();
             }
             page.pageId = pageId;
-            page.title = title;
+            if (pageRegistry.isOfLibrary(entry)) // its pages are light
+                page.Material.theme = Material.Light;
+            if (title)
+                page.title = title;
             patience.running = screen.showsResultPage();
             screen.refresh();
+            return page;
         }
 
         function titleOf(page) {
@@ -86,6 +97,46 @@ ApplicationWindow {
             patience.stop();
             if (screen.showsResultPage()) // else nobody waits any more
                 snackBar.showError(qsTr("The end face could not be inspected"));
+        }
+    }
+
+    Connections {
+        target: inspector
+
+        function onQuickNotKept(problem) {
+            notKept.text = qsTr("NOT KEPT: %1").arg(problem);
+        }
+    }
+
+    Connections {
+        target: shownResult // not the inspector: handlers in QML hear a signal before those in C++ do
+
+        // The verdict is stored, or it is said that it is not. Its page comes to who still waits for it.
+        function onCameIn() {
+            const page = stackView.currentItem;
+            const offered = shownResult.offered;
+            const waits = !!page && page.pageId === pageRegistry.inspect && (!page.point.id || page.point.id === offered.point); // its job may be gone
+            if (waits)
+                shownResult.showOffered();
+            else
+                shownResult.forgetOffered();
+            if (!waits || !appController.navigateTo(pageRegistry.result, "", { isFromInspection: true }))
+                snackBar.showInspection(offered);
+        }
+    }
+
+    Connections {
+        target: reportWriter
+
+        // Who has left the page is told.
+        function onFinished(isWell, text) {
+            const page = stackView.currentItem;
+            if (page && page.pageId === pageRegistry.report)
+                return;
+            if (isWell)
+                snackBar.showSuccess(text);
+            else
+                snackBar.showError(text);
         }
     }
 
@@ -128,11 +179,13 @@ ApplicationWindow {
             const actions = isFree && page.actions ? Array.from(page.actions) : [];
             titleBar.actionBack.visible = stackView.depth > 1 && actions.indexOf(titleBar.actionBack) !== -1;
             titleBar.actionLayers.visible = actions.indexOf(titleBar.actionLayers) !== -1;
+            titleBar.actionReport.visible = actions.indexOf(titleBar.actionReport) !== -1;
+            titleBar.actionStatistics.visible = actions.indexOf(titleBar.actionStatistics) !== -1;
             titleBar.actionDetails.visible = isFree && showsResultPage() && inspectionDetails.isReady;
         }
 
-        width: window.screenWidth
-        height: window.screenHeight
+        width: window.width - (scopePanel.visible ? scopePanel.width : 0)
+        height: window.height
         clip: true
 
         Keys.onEscapePressed: stackView.leavePage()
@@ -152,6 +205,14 @@ ApplicationWindow {
             title: appController.titleOf(stackView.currentItem)
             actionBack.onClicked: stackView.leavePage()
             actionDetails.onClicked: detailsPanel.open()
+        }
+
+        Notice { // of a quick inspection, as long as its page is there
+            id: notKept
+
+            anchors { left: parent.left; right: parent.right; top: titleBar.bottom }
+            objectName: "quickNotKept"
+            tone: TesterStyle.warning
         }
 
         PageStack {
@@ -180,7 +241,7 @@ ApplicationWindow {
             anchors {
                 left: parent.left
                 right: parent.right
-                top: titleBar.bottom
+                top: notKept.bottom
                 bottom: bottomToolBar.visible ? bottomToolBar.top : parent.bottom
             }
             objectName: "stackView"
@@ -193,6 +254,7 @@ ApplicationWindow {
                 if (!currentItem)
                     return;
                 patience.stop();
+                notKept.text = "";
                 if (currentItem.notifyPageOpened)
                     currentItem.notifyPageOpened();
                 forceActiveFocus(Qt.OtherFocusReason); // the page has it within the stack
@@ -209,37 +271,51 @@ ApplicationWindow {
         SnackBar {
             id: snackBar
 
-            anchors { left: parent.left; right: parent.right; bottom: stackView.bottom } // the tool bar stays in reach
+            // The buttons at the lower border stay in reach, those of the page as well.
+            anchors { left: parent.left; right: parent.right; bottom: stackView.bottom }
+            anchors.bottomMargin: (stackView.currentItem && stackView.currentItem.footerHeight) || 0
             onShown: notificationArea.post(text)
+
+            // Of a point whose page was left.
+            function showInspection(offered) {
+                const name = offered.pointName;
+                if (!offered.isKept)
+                    showError(qsTr("%2: NOT KEPT: %1").arg(offered.problem).arg(name));
+                else if (offered.verdict === 1)
+                    showSuccess(qsTr("%1: passed").arg(name));
+                else
+                    showError(offered.verdict === 2 ? qsTr("%1: failed").arg(name)
+                                                    : qsTr("%1: no verdict").arg(name));
+            }
         }
     }
 
     NotificationArea {
         id: notificationArea
 
-        width: window.screenWidth
+        width: screen.width
     }
 
     DetailsPanel {
         id: detailsPanel
 
-        x: window.screenWidth - width
+        x: screen.width - width
         y: GlobalStyles.statusBarHeight + GlobalStyles.titleBarHeight
-        width: window.screenWidth
-        height: window.screenHeight - y
+        width: screen.width
+        height: screen.height - y
     }
 
     MessageBox {
         id: messageBoxManager
 
-        screenWidth: window.screenWidth
-        screenHeight: window.screenHeight
+        screenWidth: screen.width
+        screenHeight: screen.height
     }
 
     ScopePanel { // a hand at the scope: beside the unit's screen, not on it
         id: scopePanel
 
-        x: window.screenWidth
+        x: screen.width
         height: window.height
         visible: hardwareManager.isSimulated
         scope: simulatedScope

@@ -2,18 +2,17 @@
 import QtQuick 2.11
 import "qrc:/Vantor/Components" as VantorComponents
 import "qrc:/Vantor/Style"
+import "../style"
 
 // What a caller of the service is asked for.
 VantorComponents.Page {
     id: root
 
     function standardNames() {
-        const model = fiberManager.fiberInspectionStandardModel();
-        const names = [];
-        for (var row = 0; row < model.count; ++row)
-            names.push(model.data(row, "name"));
-        return names.join("\n");
+        return settings.standardRows.map(function(row) { return row.name; }).join("\n");
     }
+
+    color: TesterStyle.page
 
     Column {
         anchors { fill: parent; margins: GlobalStyles.pageMargin }
@@ -24,6 +23,7 @@ VantorComponents.Page {
                 { name: qsTr("Version"), value: Qt.application.version },
                 { name: qsTr("Fibre scope"), value: hardwareManager.scopeName },
                 { name: qsTr("Test standards"), value: root.standardNames() },
+                { name: qsTr("Icons"), value: "Bootstrap Icons 1.10.3, © 2019-2021 The Bootstrap Authors, MIT" },
             ]
 
             Column {
@@ -31,15 +31,19 @@ VantorComponents.Page {
 
                 Text {
                     text: modelData.name
-                    color: GlobalStyles.orvelBodyTextColor
-                    font.pixelSize: GlobalStyles.textSmallSize
+                    color: TesterStyle.faintText
+                    font.pixelSize: TesterStyle.textSize
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                 }
                 Text {
                     width: parent.width
                     text: modelData.value
                     wrapMode: Text.WordWrap
-                    color: GlobalStyles.orvelBodyTextEmphasisColor
-                    font.pixelSize: GlobalStyles.textHeadingSize
+                    color: TesterStyle.text
+                    font.pixelSize: TesterStyle.textSize + 2
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                 }
             }
         }

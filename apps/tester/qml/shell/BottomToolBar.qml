@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
-import QtQuick.Controls 2.4
+import QtQuick.Templates 2.4 as Templates
 import "qrc:/Vantor/Style"
+import "../parts"
+import "../style"
 
 // What belongs to the unit rather than to a page: the language.
 Rectangle {
     id: root
 
     height: GlobalStyles.bottomToolBarHeight
-    color: GlobalStyles.bottomToolBarBackground
+    color: TesterStyle.toolBar
 
     Row {
         anchors {
@@ -21,28 +23,33 @@ Rectangle {
         Repeater {
             model: [{ code: "en", name: "English" }, { code: "de", name: "Deutsch" }]
 
-            AbstractButton {
+            Templates.RadioButton {
                 id: choice
 
                 readonly property bool isCurrent: language.current === modelData.code
 
                 objectName: "language_" + modelData.code
                 width: 110
-                height: 48
+                height: TesterStyle.target
                 text: modelData.name
+                checked: isCurrent
+                Accessible.name: text
                 onClicked: language.current = modelData.code
                 Keys.onReturnPressed: clicked()
                 Keys.onEnterPressed: clicked()
 
                 background: Rectangle {
-                    radius: 7
-                    color: choice.isCurrent ? GlobalStyles.pending : "white"
-                    border { width: choice.visualFocus ? 3 : 0; color: GlobalStyles.pendingBright }
+                    radius: TesterStyle.radius
+                    color: choice.isCurrent ? TesterStyle.accent : TesterStyle.page
+
+                    FocusRing {
+                        target: choice
+                    }
                 }
                 contentItem: Text {
                     text: choice.text
-                    color: choice.isCurrent ? "white" : GlobalStyles.orvelBodyTextEmphasisColor
-                    font.pixelSize: GlobalStyles.textHeadingSize
+                    color: choice.isCurrent ? TesterStyle.onColor : TesterStyle.text
+                    font.pixelSize: TesterStyle.textSize
                     horizontalAlignment: Text.AlignHCenter
                     verticalAlignment: Text.AlignVCenter
                 }
@@ -57,7 +64,9 @@ Rectangle {
             verticalCenter: parent.verticalCenter
         }
         text: qsTr("Language")
-        color: GlobalStyles.orvelBodyTextEmphasisColor
-        font.pixelSize: GlobalStyles.textHeadingSize
+        color: TesterStyle.text
+        font.pixelSize: TesterStyle.textSize
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 }

@@ -2,6 +2,8 @@
 import QtQuick 2.11
 import QtQuick.Controls 2.4
 import "qrc:/Vantor/Style"
+import "../parts"
+import "../style"
 import "ZoneStyle.js" as ZoneStyle
 
 // What stands behind the verdict: each rule with what was allowed and what was found, and the zones on the picture.
@@ -9,7 +11,8 @@ Popup {
     id: root
 
     readonly property var zoneNames: [qsTr("Core"), qsTr("Cladding"), qsTr("Adhesive"), qsTr("Contact")]
-    readonly property real numberWidth: 82
+    readonly property real numberWidth: 106
+    readonly property real mostPictureWidth: width * 0.34
 
     objectName: "detailsPanel"
     padding: 0
@@ -26,7 +29,7 @@ Popup {
     }
 
     background: Rectangle {
-        color: GlobalStyles.pageBackground
+        color: TesterStyle.page
     }
 
     contentItem: FocusScope {
@@ -36,7 +39,7 @@ Popup {
             id: pictureSide
 
             anchors { left: parent.left; top: parent.top; bottom: parent.bottom; margins: GlobalStyles.pageMargin }
-            width: Math.min(height - legend.height, parent.width * 0.4)
+            width: Math.min(height - legend.height, root.mostPictureWidth)
 
             ZonePicture {
                 id: picture
@@ -50,30 +53,48 @@ Popup {
             Grid {
                 id: legend
 
+                function widest() {
+                    var most = 0;
+                    for (var i = 0; i < legendRows.count; ++i) {
+                        const row = legendRows.itemAt(i);
+                        most = Math.max(most, row ? row.width : 0);
+                    }
+                    return most;
+                }
+
                 anchors { top: picture.bottom; topMargin: 8; left: parent.left }
-                columns: 2
+                columns: 2 * widest() + columnSpacing <= root.mostPictureWidth ? 2 : 1
                 columnSpacing: 16
                 rowSpacing: 4
                 bottomPadding: 4
 
                 Repeater {
+                    id: legendRows
+
                     model: inspectionDetails.zones
 
                     Row {
                         spacing: 6
 
-                        Rectangle {
+                        Rectangle { // as on the picture
                             anchors.verticalCenter: parent.verticalCenter
-                            width: 14
-                            height: 14
-                            radius: 7
-                            color: "transparent"
-                            border { width: 2; color: ZoneStyle.color(modelData.zone) }
+                            width: 20
+                            height: 20
+                            color: TesterStyle.backdrop
+
+                            Rectangle {
+                                anchors { fill: parent; margins: 3 }
+                                radius: width / 2
+                                color: "transparent"
+                                border { width: 2; color: ZoneStyle.color(modelData.zone) }
+                            }
                         }
                         Text {
                             text: root.zoneNames[modelData.zone]
-                            color: GlobalStyles.orvelBodyTextEmphasisColor
-                            font.pixelSize: GlobalStyles.textSmallSize
+                            color: TesterStyle.text
+                            font.pixelSize: TesterStyle.textSize
+                            Accessible.role: Accessible.StaticText
+                            Accessible.name: text
                         }
                     }
                 }
@@ -94,44 +115,59 @@ Popup {
                 id: heading
 
                 anchors { left: parent.left; right: parent.right }
-                height: 48
+                height: TesterStyle.target
                 spacing: 10
 
                 Text {
                     anchors.verticalCenter: parent.verticalCenter
                     width: parent.width - verdict.width - closing.width - 2 * parent.spacing
                     wrapMode: Text.WordWrap
-                    maximumLineCount: 2
+                    maximumLineCount: 3
                     elide: Text.ElideRight
                     text: inspectionDetails.standardName
-                    color: GlobalStyles.orvelBodyTextEmphasisColor
-                    font.pixelSize: GlobalStyles.textSmallSize
+                    color: TesterStyle.text
+                    font.pixelSize: TesterStyle.textSize
                     font.bold: true
+                    Accessible.role: Accessible.StaticText
+                    Accessible.name: text
                 }
                 Rectangle {
                     id: verdict
 
+                    readonly property int resultState: inspectionDetails.passed ? TesterStyle.passed : TesterStyle.failed
+
                     anchors.verticalCenter: parent.verticalCenter
-                    width: verdictText.implicitWidth + 20
+                    width: verdictLine.width + 20
                     height: 28
                     radius: 4
-                    color: inspectionDetails.passed ? GlobalStyles.passed : GlobalStyles.failed
+                    color: TesterStyle.stateColors[resultState]
 
-                    Text {
-                        id: verdictText
+                    Row {
+                        id: verdictLine
 
                         anchors.centerIn: parent
-                        objectName: "detailsVerdict"
-                        text: inspectionDetails.passed ? qsTr("Passed") : qsTr("Failed")
-                        color: "white"
-                        font.pixelSize: GlobalStyles.textSmallSize
+                        spacing: 4
+
+                        Icon {
+                            anchors.verticalCenter: parent.verticalCenter
+                            iconName: TesterStyle.stateIcons[verdict.resultState]
+                            color: TesterStyle.onColor
+                        }
+                        Text {
+                            objectName: "detailsVerdict"
+                            text: inspectionDetails.passed ? qsTr("Passed") : qsTr("Failed")
+                            color: TesterStyle.onColor
+                            font.pixelSize: TesterStyle.textSize
+                            Accessible.role: Accessible.StaticText
+                            Accessible.name: text
+                        }
                     }
                 }
                 AbstractButton {
                     id: closing
 
                     objectName: "detailsClose"
-                    width: 48
+                    width: TesterStyle.target
                     height: parent.height
                     Accessible.name: qsTr("Close")
                     onClicked: root.close()
@@ -139,16 +175,18 @@ Popup {
                     Keys.onEnterPressed: root.close()
 
                     background: Rectangle {
-                        radius: 7
-                        color: closing.pressed ? GlobalStyles.aborted : "transparent"
-                        border { width: closing.visualFocus ? 3 : 0; color: GlobalStyles.pendingBright }
+                        radius: TesterStyle.radius
+                        color: closing.pressed ? TesterStyle.surface : "transparent"
+
+                        FocusRing {
+                            target: closing
+                        }
                     }
-                    contentItem: Text {
-                        text: "✕"
-                        color: GlobalStyles.orvelBodyTextEmphasisColor
-                        font.pixelSize: GlobalStyles.titleBarIconSize
-                        horizontalAlignment: Text.AlignHCenter
-                        verticalAlignment: Text.AlignVCenter
+                    contentItem: Item {
+                        Icon {
+                            anchors.centerIn: parent
+                            iconName: "x-lg"
+                        }
                     }
                 }
             }
@@ -158,7 +196,6 @@ Popup {
 
                 anchors.top: heading.bottom
                 width: parent.width
-                height: 30
                 numberWidth: root.numberWidth
                 isHeading: true
                 zone: qsTr("Zone")
@@ -173,13 +210,14 @@ Popup {
 
                 anchors { left: parent.left; right: parent.right; top: columnTitles.bottom; bottom: parent.bottom }
                 objectName: "rules"
+                Accessible.role: Accessible.List
+                Accessible.name: qsTr("Rules")
                 clip: true
                 focus: true
                 keyNavigationEnabled: true
                 model: inspectionDetails.rules
                 delegate: RuleRow {
                     width: rules.width
-                    height: 32
                     numberWidth: root.numberWidth
                     zone: root.zoneNames[modelData.zone]
                     kind: modelData.isScratch ? qsTr("Scratches") : qsTr("Defects")
@@ -188,7 +226,11 @@ Popup {
                     found: modelData.found
                     isViolated: modelData.violated
                 }
-                ScrollBar.vertical: ScrollBar {}
+                ScrollBar.vertical: VerticalBar {}
+
+                FocusRing {
+                    parent: rules
+                }
             }
         }
     }

@@ -3,6 +3,7 @@ import QtQuick 2.11
 import QtQuick.Controls 2.4
 import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
+import "../style"
 
 // A text that has to be read before anything else is done.
 Dialog {
@@ -26,13 +27,35 @@ Dialog {
     closePolicy: Popup.CloseOnEscape
     onOpened: confirm.forceActiveFocus(Qt.TabFocusReason)
 
+    Overlay.modal: Rectangle {
+        color: TesterStyle.dim
+    }
+    background: Rectangle {
+        radius: TesterStyle.radius
+        color: TesterStyle.page
+        border { width: 1; color: TesterStyle.line }
+    }
+
+    header: Text {
+        leftPadding: root.leftPadding
+        rightPadding: root.rightPadding
+        topPadding: GlobalStyles.pageMargin
+        text: root.title
+        wrapMode: Text.WordWrap
+        color: TesterStyle.text
+        font { pixelSize: TesterStyle.headingSize; bold: true }
+        Accessible.ignored: true // the dialog tells it
+    }
+
     contentItem: Text {
         id: message
 
         objectName: "messageText"
         wrapMode: Text.WordWrap
-        color: GlobalStyles.orvelBodyTextEmphasisColor
-        font.pixelSize: GlobalStyles.textHeadingSize
+        color: TesterStyle.text
+        font.pixelSize: TesterStyle.textSize
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
     }
 
     footer: Item {
@@ -42,6 +65,7 @@ Dialog {
             id: confirm
 
             anchors.centerIn: parent
+            height: TesterStyle.target
             objectName: "messageConfirm"
             text: qsTr("OK")
             onClicked: root.close()

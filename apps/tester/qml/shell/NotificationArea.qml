@@ -2,6 +2,7 @@
 import QtQuick 2.11
 import QtQuick.Controls 2.4
 import "qrc:/Vantor/Style"
+import "../style"
 
 // What has happened, newest first. Pulled down from the status bar unless a locked page forbids it.
 Drawer {
@@ -21,8 +22,16 @@ Drawer {
     }
 
     edge: Qt.TopEdge
+    focus: true
     height: Math.min(list.contentHeight, 4 * GlobalStyles.tableCellSmallHeight) + 2 * GlobalStyles.pageMargin
     dragMargin: 0 // the edge belongs to the status bar
+
+    Overlay.modal: Rectangle {
+        color: TesterStyle.dim
+    }
+    background: Rectangle {
+        color: TesterStyle.surface
+    }
 
     ListModel {
         id: lines
@@ -34,14 +43,20 @@ Drawer {
         anchors { fill: parent; margins: GlobalStyles.pageMargin }
         clip: true
         model: lines
+        focus: true
+        Accessible.role: Accessible.List
+        Accessible.name: qsTr("Notifications")
         delegate: Text {
             width: list.width
             height: GlobalStyles.tableCellSmallHeight
             verticalAlignment: Text.AlignVCenter
             elide: Text.ElideRight
             text: model.time + "   " + model.text
-            color: GlobalStyles.orvelBodyTextEmphasisColor
-            font.pixelSize: GlobalStyles.textHeadingSize
+            textFormat: Text.PlainText
+            color: TesterStyle.text
+            font.pixelSize: TesterStyle.textSize
+            Accessible.role: Accessible.ListItem
+            Accessible.name: text
         }
     }
 
@@ -49,7 +64,9 @@ Drawer {
         anchors.centerIn: parent
         visible: lines.count === 0
         text: qsTr("No notifications")
-        color: GlobalStyles.orvelBodyTextColor
-        font.pixelSize: GlobalStyles.textHeadingSize
+        color: TesterStyle.faintText
+        font.pixelSize: TesterStyle.textSize
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
     }
 }

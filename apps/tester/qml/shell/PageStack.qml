@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import QtQuick.Controls 2.4
+import QtQuick.Window 2.11
 
 // The pages, each on top of the one it was opened from. They never overtake each other: a page that goes while pages
 // move waits until they have come to rest, for a StackView that is asked in between may stay busy for ever. Meanwhile
@@ -13,6 +14,8 @@ FocusScope {
     readonly property alias currentItem: stack.currentItem
     property int moveTime: 180 // milliseconds
     property var waitingPops: [] // the ways of the pages that wait
+    property var memories: [] // by depth: who had the keyboard when the page was covered
+    property Item focusedPage: null // to which the keyboard was given
 
     signal cameToRest()
 
@@ -20,7 +23,34 @@ FocusScope {
     function push(source, properties) {
         if (busy)
             return null;
-        return stack.push(source, properties, depth === 0 ? StackView.Immediate : StackView.PushTransition);
+        const focused = isWithin(Window.activeFocusItem, stack.currentItem) ? Window.activeFocusItem : null;
+        memories = memories.slice(0, depth).concat([memory.createObject(root, { item: focused })]);
+        const page = stack.push(source, properties, depth === 0 ? StackView.Immediate : StackView.PushTransition);
+        if (!stack.busy)
+            Qt.callLater(focusPage);
+        return page;
+    }
+
+    function isWithin(item, outer) {
+        for (var parent = item; parent; parent = parent.parent) {
+            if (parent === outer)
+                return true;
+        }
+        return false;
+    }
+
+    // A page that is new tells who has the keyboard first; one that comes back gives it back to who had it.
+    function focusPage() {
+        const page = stack.currentItem;
+        if (!page || page === focusedPage)
+            return;
+        focusedPage = page;
+        const former = depth < memories.length && memories[depth] ? memories[depth].item : null;
+        memories = memories.slice(0, depth);
+        const isBack = !!former && former !== page && former.visible && former.enabled;
+        const item = isBack ? former : page.firstFocus ? page.firstFocus() : null;
+        if (item && !isWithin(Window.activeFocusItem, Overlay.overlay))
+            item.forceActiveFocus(Qt.OtherFocusReason);
     }
 
     function hasPage(condition) {
@@ -60,7 +90,19 @@ FocusScope {
         cameToRest();
     }
 
-    onBusyChanged: (busy ? shield : stack).focus = true
+    onBusyChanged: {
+        (busy ? shield : stack).focus = true;
+        if (!busy)
+            focusPage();
+    }
+
+    Component {
+        id: memory
+
+        QtObject {
+            property Item item: null // until it is destroyed
+        }
+    }
 
     StackView {
         id: stack

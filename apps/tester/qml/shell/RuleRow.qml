@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
-import "qrc:/Vantor/Style"
+import "../style"
 
 // One line of the rules table.
 Rectangle {
@@ -13,57 +13,68 @@ Rectangle {
     property alias found: foundText.text
     property bool isHeading: false
     property bool isViolated: false
-    property real numberWidth: 90
-    readonly property color textColor: isViolated ? GlobalStyles.failed : isHeading ? GlobalStyles.orvelBodyTextColor
-                                                                        : GlobalStyles.orvelBodyTextEmphasisColor
+    property real numberWidth: 106
+    readonly property color textColor: isViolated ? TesterStyle.stateColors[TesterStyle.failed]
+                                                  : isHeading ? TesterStyle.faintText : TesterStyle.text
 
-    color: isViolated ? GlobalStyles.failedHighlight : isHeading ? GlobalStyles.pendingHighlight : "transparent"
+    Accessible.role: Accessible.ListItem
+    Accessible.name: isHeading ? [zone, kind, sizes, allowed, found].join(", ")
+        : qsTr("%1, %2 %3: %4 found, %5 allowed").arg(zone).arg(kind).arg(sizes).arg(found).arg(allowed) + ", "
+            + TesterStyle.stateName(isViolated ? TesterStyle.failed : TesterStyle.passed)
+
+    implicitHeight: 50
+    color: isViolated || isHeading ? TesterStyle.surface : "transparent"
 
     Row {
-        anchors { fill: parent; leftMargin: 8; rightMargin: 8 }
+        anchors { fill: parent; leftMargin: 8; rightMargin: 20 } // beside the scroll bar
 
-        Text {
-            id: zoneText
-
+        Column {
             anchors.verticalCenter: parent.verticalCenter
-            width: 84
-            color: root.textColor
-            font.pixelSize: GlobalStyles.textSmallSize
-        }
-        Text {
-            id: kindText
+            width: parent.width - sizesText.width - 2 * root.numberWidth
 
-            anchors.verticalCenter: parent.verticalCenter
-            width: parent.width - zoneText.width - 3 * root.numberWidth
-            elide: Text.ElideRight
-            color: root.textColor
-            font.pixelSize: GlobalStyles.textSmallSize
+            Text {
+                id: zoneText
+
+                width: parent.width
+                color: root.textColor
+                font.pixelSize: TesterStyle.textSize
+            }
+            Text {
+                id: kindText
+
+                width: parent.width
+                color: root.textColor
+                font.pixelSize: TesterStyle.textSize
+            }
         }
         Text {
             id: sizesText
 
             anchors.verticalCenter: parent.verticalCenter
-            width: root.numberWidth
+            width: root.numberWidth - 12 // the only one whose title has two words
+            wrapMode: Text.WordWrap
             color: root.textColor
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
         }
         Text {
             id: allowedText
 
             anchors.verticalCenter: parent.verticalCenter
             width: root.numberWidth
+            wrapMode: Text.WordWrap
             horizontalAlignment: Text.AlignRight
             color: root.textColor
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
         }
         Text {
             id: foundText
 
             anchors.verticalCenter: parent.verticalCenter
             width: root.numberWidth
+            wrapMode: Text.WordWrap
             horizontalAlignment: Text.AlignRight
             color: root.textColor
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
             font.bold: root.isViolated
         }
     }
@@ -71,6 +82,6 @@ Rectangle {
     Rectangle {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         height: 1
-        color: GlobalStyles.aborted
+        color: TesterStyle.line
     }
 }

@@ -4,6 +4,7 @@ import QtQuick.Controls 2.4
 import QtQuick.Controls.Material 2.4
 import "qrc:/Vantor/Controls" as VantorControls
 import "qrc:/Vantor/Style"
+import "../style"
 
 // What a hand does to the simulated scope.
 Rectangle {
@@ -13,6 +14,7 @@ Rectangle {
 
     width: 200
     color: GlobalStyles.orvelBodyTextEmphasisColor
+    Material.theme: Material.Light // it is not of the unit
 
     Column {
         anchors { fill: parent; margins: 16 }
@@ -23,14 +25,14 @@ Rectangle {
             wrapMode: Text.WordWrap
             text: qsTr("Simulated scope")
             color: "white"
-            font.pixelSize: GlobalStyles.textHeadingSize
+            font.pixelSize: TesterStyle.textSize
             font.bold: true
         }
 
         Text {
             text: qsTr("Focus knob")
             color: "white"
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
         }
 
         Dial {
@@ -53,14 +55,16 @@ Rectangle {
         Text {
             text: qsTr("Fibre in the adapter")
             color: "white"
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
         }
 
         VantorControls.ComboBox {
             objectName: "faceSelector"
             width: parent.width
             modelIsStringList: true
-            font.pixelSize: GlobalStyles.textHeadingSize
+            Accessible.name: qsTr("Fibre in the adapter")
+            Accessible.description: displayText
+            font.pixelSize: TesterStyle.textSize
             model: root.scope ? root.scope.faces : []
             currentIndex: root.scope ? root.scope.faces.indexOf(root.scope.face) : -1
             onActivated: root.scope.face = currentText
@@ -70,7 +74,7 @@ Rectangle {
             objectName: "plug"
             width: parent.width
             height: 56
-            font.pixelSize: GlobalStyles.textHeadingSize
+            font.pixelSize: TesterStyle.textSize
             text: root.scope && root.scope.isPlugged ? qsTr("Unplug") : qsTr("Plug in")
             onClicked: root.scope.isPlugged = !root.scope.isPlugged
         }

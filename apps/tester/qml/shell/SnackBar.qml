@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import "qrc:/Vantor/Style"
+import "../style"
 
 // One line that comes and goes by itself; a tap sends it away.
 Rectangle {
@@ -13,11 +14,11 @@ Rectangle {
     signal shown(string text)
 
     function showSuccess(text) {
-        show(text, GlobalStyles.snackBarInfoBackground);
+        show(text, TesterStyle.stateColors[TesterStyle.passed]);
     }
 
     function showError(text) {
-        show(text, GlobalStyles.snackBarErrorBackground);
+        show(text, TesterStyle.stateColors[TesterStyle.failed]);
     }
 
     function show(text, background) {
@@ -29,7 +30,9 @@ Rectangle {
     }
 
     objectName: "snackBar"
-    height: 48
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: text
+    height: Math.max(48, line.implicitHeight + 16)
     visible: opacity > 0
     opacity: isShown ? 1 : 0
 
@@ -50,7 +53,10 @@ Rectangle {
         anchors { fill: parent; leftMargin: GlobalStyles.pageMargin; rightMargin: GlobalStyles.pageMargin }
         verticalAlignment: Text.AlignVCenter
         elide: Text.ElideRight
-        color: "white"
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
+        textFormat: Text.PlainText
+        color: TesterStyle.onColor
         font.pixelSize: GlobalStyles.textSize
     }
 

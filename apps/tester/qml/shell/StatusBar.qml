@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import "qrc:/Vantor/Style"
+import "../parts"
+import "../style"
 
 // What always counts: the scope and the time. A tap opens the notifications.
 Rectangle {
@@ -8,8 +10,18 @@ Rectangle {
 
     signal clicked()
 
+    objectName: "statusBar"
     height: GlobalStyles.statusBarHeight
     color: GlobalStyles.statusBarBackground
+    activeFocusOnTab: true
+    Accessible.role: Accessible.Button
+    Accessible.name: qsTr("Notifications")
+    Accessible.description: scopeText.text
+    Accessible.focusable: true
+    Accessible.onPressAction: clicked()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+    Keys.onSpacePressed: clicked()
 
     Row {
         anchors.verticalCenter: parent.verticalCenter
@@ -25,11 +37,15 @@ Rectangle {
         }
 
         Text {
+            id: scopeText
+
             text: !hardwareManager.isScopeConnected ? qsTr("No fibre scope")
                 : hardwareManager.isSimulated ? qsTr("%1 (simulated)").arg(hardwareManager.scopeName)
                 : hardwareManager.scopeName
             color: GlobalStyles.statusBarForeground
-            font.pixelSize: GlobalStyles.textSmallSize
+            font.pixelSize: TesterStyle.textSize
+            Accessible.role: Accessible.StaticText
+            Accessible.name: text
         }
     }
 
@@ -43,7 +59,9 @@ Rectangle {
         anchors { right: parent.right; rightMargin: GlobalStyles.pageMargin; verticalCenter: parent.verticalCenter }
         objectName: "clock"
         color: GlobalStyles.statusBarForeground
-        font.pixelSize: GlobalStyles.textSmallSize
+        font.pixelSize: TesterStyle.textSize
+        Accessible.role: Accessible.StaticText
+        Accessible.name: text
 
         Component.onCompleted: refresh()
     }
@@ -58,5 +76,9 @@ Rectangle {
     MouseArea {
         anchors.fill: parent
         onClicked: root.clicked()
+    }
+
+    FocusRing {
+        radius: 0
     }
 }

@@ -2,42 +2,49 @@
 import QtQuick 2.11
 import QtQuick.Controls 2.4
 import "qrc:/Vantor/Style"
+import "../parts"
+import "../style"
 
 // An action of the title bar: an icon, and a caption where the icon alone says too little.
 AbstractButton {
     id: root
 
-    property string glyph: ""
+    property string iconName: ""
     property string caption: ""
+    property string name: caption // where there is no caption
 
     implicitWidth: content.implicitWidth + 2 * GlobalStyles.titleBarPadding
-    Accessible.name: caption
+    Accessible.name: name
 
     background: Rectangle {
-        color: "white"
-        opacity: root.pressed ? 0.25 : root.visualFocus ? 0.15 : 0
+        color: TesterStyle.backdropText
+        opacity: root.pressed ? 0.25 : 0
     }
 
     contentItem: Item {
+        FocusRing {
+            anchors.margins: 2
+            target: root
+        }
         Row {
             id: content
 
             anchors.centerIn: parent
             spacing: 8
 
-            Text {
+            Icon {
                 anchors.verticalCenter: parent.verticalCenter
-                text: root.glyph
-                color: "white"
-                font.pixelSize: GlobalStyles.titleBarIconSize
+                iconName: root.iconName
+                color: TesterStyle.backdropText
+                extent: GlobalStyles.titleBarIconSize
             }
 
             Text {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: text !== ""
                 text: root.caption
-                color: "white"
-                font.pixelSize: GlobalStyles.textHeadingSize
+                color: TesterStyle.backdropText
+                font.pixelSize: TesterStyle.textSize
             }
         }
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 import QtQuick 2.11
 import "qrc:/Vantor/Style"
+import "../style"
 
 // The name of the page, the way back, and what the page can do.
 Rectangle {
@@ -10,10 +11,12 @@ Rectangle {
     readonly property alias actionBack: backAction
     readonly property alias actionLayers: layersAction
     readonly property alias actionDetails: detailsAction
-    readonly property var _allActions: [layersAction, detailsAction]
+    readonly property alias actionStatistics: statisticsAction
+    readonly property alias actionReport: reportAction
+    readonly property var _allActions: [layersAction, detailsAction, reportAction, statisticsAction]
 
     height: GlobalStyles.titleBarHeight
-    color: GlobalStyles.pending
+    color: TesterStyle.titleBar
 
     TitleAction {
         id: backAction
@@ -21,7 +24,8 @@ Rectangle {
         objectName: "actionBack"
         height: parent.height
         width: GlobalStyles.titleBarBackIconWidth
-        glyph: "←"
+        iconName: "arrow-left"
+        name: qsTr("Back")
         visible: false
     }
 
@@ -33,9 +37,12 @@ Rectangle {
         }
         anchors.leftMargin: backAction.visible ? 0 : GlobalStyles.titleBarPadding
         text: root.title
-        color: "white"
+        textFormat: Text.PlainText
+        color: TesterStyle.backdropText
         elide: Text.ElideRight
         font.pixelSize: GlobalStyles.textHugeSize
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
     }
 
     Row {
@@ -45,11 +52,21 @@ Rectangle {
         height: parent.height
 
         TitleAction {
+            id: statisticsAction
+
+            objectName: "actionStatistics"
+            height: parent.height
+            iconName: "bar-chart"
+            caption: qsTr("Statistics")
+            visible: false
+        }
+
+        TitleAction {
             id: layersAction
 
             objectName: "actionLayers"
             height: parent.height
-            glyph: "◎"
+            iconName: "bullseye"
             caption: qsTr("Zones")
             visible: false
         }
@@ -59,8 +76,18 @@ Rectangle {
 
             objectName: "actionDetails"
             height: parent.height
-            glyph: "☰"
+            iconName: "list-ul"
             caption: qsTr("Details")
+            visible: false
+        }
+
+        TitleAction {
+            id: reportAction
+
+            objectName: "actionReport"
+            height: parent.height
+            iconName: "file-earmark-text"
+            caption: qsTr("Report")
             visible: false
         }
     }

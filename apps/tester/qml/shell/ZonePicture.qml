@@ -18,6 +18,8 @@ Item {
         anchors.fill: parent
         fillMode: Image.PreserveAspectFit
         cache: false
+        Accessible.role: Accessible.Graphic
+        Accessible.name: qsTr("Picture of the end face")
     }
 
     Repeater {
