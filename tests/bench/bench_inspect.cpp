@@ -2,11 +2,11 @@
 #include "BenchImages.h"
 #include "FiberInspection/AnalyserPrivate.h"
 #include "Goals.h"
+#include "Internal/ChildProcess.h"
 #include "simulation/EndfaceScenes.h"
 
 #include <QFile>
 #include <QLoggingCategory>
-#include <QProcess>
 
 #include <benchmark/benchmark.h>
 
@@ -26,7 +26,7 @@ const QString program = QStringLiteral(VANTOR_INSPECT_PROGRAM);
 
 void runInspect(const QStringList &arguments)
 {
-    QProcess process;
+    ChildProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(program, arguments);
     constexpr int tooLong = 300000; // milliseconds

@@ -20,26 +20,26 @@ using namespace Records;
 namespace {
 constexpr int inspectionCount = 100000;
 
-// What a busy unit gathers in years: panels of 144 ports at many customers, every third inspection with two defects.
+// What a busy unit gathers in years: panels of 144 ports at many customers, every third inspection with four defects.
 constexpr const char *filling[] = {
     "BEGIN",
     "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 700) "
     "INSERT INTO job SELECT i, randomblob(16), 'Panel ' || i, 'M\u00fcller ' || (i % 40), 'Cellar ' || (i % 7), "
-    "'Zo\u00eb', 2, 1700000000000 + i, NULL FROM n",
+    "'Zo\u00eb', 5, 1700000000000 + i, NULL FROM n",
     "WITH RECURSIVE n (i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 143) "
     "INSERT INTO point (job, name, position, side, fibre) "
     "SELECT job.id, 'A' || (n.i + 1), n.i, 0, 0 FROM job CROSS JOIN n",
     "WITH RECURSIVE n (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 100000) "
-    "INSERT INTO inspection SELECT i, randomblob(16), i, 1700000000000 + i * 1000, 2, 1 + (i % 3 = 0), 'none', '', 0, "
+    "INSERT INTO inspection SELECT i, randomblob(16), i, 1700000000000 + i * 1000, 5, 1 + (i % 3 = 0), 'none', '', 0, "
     "CASE WHEN i % 5 = 0 THEN 'cleaned twice ' || i ELSE '' END, 'KS20', 860, 640, 1.0, 16777216, i, 0.7, 'Bench', "
     "1.075, 410.5, 290.5, 58.1, 260, 140, 300, 300, 120, 90, 200, 12, 9, 4, randomblob(32), randomblob(32) FROM n",
-    "INSERT INTO zone SELECT inspection.id, z.value, 25 * z.value, 25 + 90 * z.value, 2 * (inspection.verdict = 2) "
+    "INSERT INTO zone SELECT inspection.id, z.value, 25 * z.value, 25 + 90 * z.value, 8 * (inspection.verdict = 2) "
     "FROM inspection CROSS JOIN json_each('[0,1]') AS z",
-    "INSERT INTO rule SELECT zone.inspection, zone.zone, p.value, 0, 4, 2, 3 + p.value, 1, zone.violations, "
+    "INSERT INTO rule SELECT zone.inspection, zone.zone, p.value, 0, 4, 2, 3 + p.value, 1, zone.violations / 4, "
     "zone.violations > 0 "
     "FROM zone CROSS JOIN json_each('[0,1,2,3]') AS p",
-    "INSERT INTO defect SELECT inspection.id, p.value, 0, 0, 4.2, 1.5, -3.5, 1, randomblob(300) "
-    "FROM inspection CROSS JOIN json_each('[0,1]') AS p WHERE inspection.verdict = 2",
+    "INSERT INTO defect SELECT inspection.id, p.value, p.value / 2, 0, 2.5, 1.5, -3.5, 1, randomblob(300) "
+    "FROM inspection CROSS JOIN json_each('[0,1,2,3]') AS p WHERE inspection.verdict = 2",
     "INSERT INTO search (rowid, job, customer, site, operator, point, note) "
     "SELECT inspection.id, job.name, job.customer, job.site, job.operator, point.name, inspection.note "
     "FROM inspection LEFT JOIN point ON point.id = inspection.point LEFT JOIN job ON job.id = point.job",
@@ -179,6 +179,7 @@ int main(int argc, char **argv)
     bench("inspection", [&store] { expect(store.inspection(66666).value.defects.isEmpty(), "made of noise"); });
     bench("points_of_job", [&store] { expect(store.points(350).value.size() == 144, "no panel"); });
 
+    bench("progress_of_job", [&store] { expect(store.progress(350).value.failed == 48, "the job is not counted"); });
     bench("statistics_of_job", [&store] {
         const auto answer = store.statistics(350, {1, 2, 3, 4, 5, 10, 25, 50, 100});
         expect(answer.value.failed == 48 && answer.value.failures.size() == 8, "the job is not counted");
@@ -191,7 +192,8 @@ int main(int argc, char **argv)
     for (const char *const name : {"search_m", "search_mul_7", "search_last_page_of_m", "search_c_p_a_1_z",
              "search_one", "search_nothing", "search_m_without_verdict"})
         goals.push_back({name, name, {}, 100});
-    for (const char *const name : {"open", "open_after_a_kill", "statistics_of_job"})
+    for (const char *const name :
+        {"open", "open_after_a_kill", "points_of_job", "progress_of_job", "statistics_of_job"})
         goals.push_back({name, name, {}, 200});
     return runBenchmarks(argc, argv, goals);
 }

@@ -71,6 +71,7 @@ check "a program builds through CMake" through_cmake "$prefix" "$work/cmake"
 check "it runs and sees the right values" "$work/cmake/consumer"
 [[ ! -x $work/cmake/consumer ]] || "$work/cmake/consumer" || true
 check "a program stores an inspection" "$work/cmake/records"
+check "a program writes a report" env QT_QPA_PLATFORM=offscreen "$work/cmake/reports"
 fails_the_pitted_face() {
     local verdict status=0
     verdict=$(QT_QPA_PLATFORM=offscreen timeout 60 "$work/cmake/scope") || status=$?
@@ -95,6 +96,11 @@ check "it runs and sees the right values" env LD_LIBRARY_PATH="$(dirname "$libra
 check "a program with a store builds through pkg-config" \
     with_packages vantorbase-records "$here/records.cpp" -o "$work/records"
 check "it stores an inspection" env LD_LIBRARY_PATH="$(dirname "$library")" "$work/records"
+
+check "a program with reports builds through pkg-config" \
+    with_packages vantorbase-reports "$here/reports.cpp" -o "$work/reports"
+check "it writes a report" \
+    env QT_QPA_PLATFORM=offscreen LD_LIBRARY_PATH="$(dirname "$library")" "$work/reports"
 
 # The README's first program, as a reader would copy it.
 awk '/^```cpp$/ { block++; next } /^```$/ { if (block) exit } block' "$source_tree/README.md" >"$work/readme.cpp"
@@ -145,7 +151,9 @@ installed_programs_start() {
 installed_program_fills_a_store() {
     local status=0
     "$prefix/bin/vantor-records" import "$source_tree/data/samples" --job Samples --store "$work/store" || status=$?
-    [[ $status -eq 2 ]] && "$prefix/bin/vantor-records" verify --again --store "$work/store"
+    [[ $status -eq 2 ]] && "$prefix/bin/vantor-records" verify --again --store "$work/store" &&
+        "$prefix/bin/vantor-records" export --pdf "$work/report.pdf" --store "$work/store" &&
+        [[ $(head -c 5 "$work/report.pdf") == %PDF- ]]
 }
 [[ ! -x $prefix/bin/vantor-records ]] ||
     check "the installed vantor-records fills a store" installed_program_fills_a_store

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectProgram.h"
 
+#include "OneProcess.h"
+
 #include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -74,8 +76,7 @@ void InspectProgram::beginThrough(const QStringList &command, const QStringList 
 
 void InspectProgram::sendSignal(int number)
 {
-    if (processId() > 0)
-        ::kill(static_cast<pid_t>(processId()), number);
+    OneProcess::sendSignal(processId(), number);
 }
 
 bool InspectProgram::waitForLine()
@@ -171,7 +172,7 @@ TerminalRun runInspectInTerminal(const QStringList &arguments, const QStringList
 
 bool processExists(qint64 pid)
 {
-    return kill(static_cast<pid_t>(pid), 0) == 0;
+    return OneProcess::sendSignal(pid, 0);
 }
 
 QStringList listing(const QString &folder)

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QProcess>
+#include "Internal/ChildProcess.h"
+
 #include <QStringList>
 #include <QTemporaryDir>
 
 #include <vector>
 
 /// One process of vantor-inspect with a folder for temporary files of its own.
-class InspectProgram : public QProcess
+class InspectProgram : public ChildProcess
 {
 public:
     InspectProgram();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "LinkProgram.h"
 
+#include "OneProcess.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QDir>
@@ -8,6 +10,7 @@
 #include <QProcessEnvironment>
 #include <QTimer>
 
+#include <algorithm>
 #include <csignal>
 #include <sys/prctl.h>
 
@@ -80,8 +83,7 @@ bool LinkProgram::waitForEnd(int milliseconds)
 
 void LinkProgram::sendSignal(int number)
 {
-    if (processId() > 0)
-        ::kill(static_cast<pid_t>(processId()), number);
+    OneProcess::sendSignal(processId(), number);
 }
 
 qint64 LinkProgram::memory() const
@@ -99,6 +101,44 @@ int LinkProgram::descriptors() const
     return QDir(QStringLiteral("/proc/%1/fd").arg(processId()))
         .entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System)
         .size();
+}
+
+/// Who could go on reading would be running, or waiting for a processor, at one of the looks.
+bool LinkProgram::waitUntilHeldBack(const std::function<qint64()> &left) const
+{
+    constexpr int wanted = 10; // looks
+    constexpr int longest = 60000; // milliseconds
+    qint64 former = 0;
+    int looks = 0;
+    return waitUntil(
+        [&] {
+            const qint64 now = left();
+            looks = now > 0 && now == former && isAsleep() ? looks + 1 : 0;
+            former = now;
+            return looks >= wanted;
+        },
+        longest);
+}
+
+qint64 LinkProgram::inputRead() const
+{
+    QFile file(QStringLiteral("/proc/%1/fdinfo/0").arg(processId()));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QList<QByteArray> position = file.readLine().simplified().split(' '); // "pos:", and where it is
+    return position.value(1).toLongLong();
+}
+
+/// All of its threads.
+bool LinkProgram::isAsleep() const
+{
+    const QString threads = QStringLiteral("/proc/%1/task/").arg(processId());
+    const QStringList numbers = QDir(threads).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::all_of(numbers.cbegin(), numbers.cend(), [&threads](const QString &number) {
+        QFile file(threads + number + QStringLiteral("/stat"));
+        const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        return text.mid(text.lastIndexOf(')') + 2, 1) == "S";
+    });
 }
 
 void LinkProgram::setupChildProcess()

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <QProcess>
+#include "Internal/ChildProcess.h"
+
 #include <QStringList>
 
 #include <functional>
 
 /// One process of vantor-link. What it writes is collected whenever events are processed; no process outlives the test.
-class LinkProgram : public QProcess
+class LinkProgram : public ChildProcess
 {
 public:
     /// @param command what starts the program, such as nsenter; empty: it is started as it is
@@ -34,10 +35,16 @@ public:
     qint64 peakMemory() const; ///< the most it ever had, bytes
     int descriptors() const;
 
+    /// Until it sleeps, again and again, although there is more for it to read.
+    /// @param left what it could still read, bytes
+    bool waitUntilHeldBack(const std::function<qint64()> &left) const;
+    qint64 inputRead() const; ///< how far it has come in the file that is its stdin, bytes
+
 protected:
     void setupChildProcess() override;
 
 private:
+    bool isAsleep() const;
     qint64 status(const QByteArray &key) const;
 
     QStringList mCommand;

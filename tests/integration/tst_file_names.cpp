@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "Internal/JsonWriter.h"
 #include "common/FileNameCodec.h"
 #include "common/FolderListing.h"
-#include "common/JsonWriter.h"
 #include "common/Terminal.h"
 
 #include <QDir>
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QString everything(QLatin1String("\"\\\n\t\033\x7F"));
         everything += QString::fromUtf8("\xC2\x9B\xE2\x80\xAE\xE2\x80\xA8\xF0\x9F\x94\xAC");
         const QByteArray json =
-            Tools::JsonWriter().beginArray().value(everything + QFile::decodeName("\xF6")).endArray().bytes();
+            JsonWriter().beginArray().value(everything + QFile::decodeName("\xF6")).endArray().bytes();
 
         QCOMPARE(QJsonDocument::fromJson(json).array().at(0).toString(), everything + QChar(0xFFFD));
         QCOMPARE(Tools::Terminal::printable(QString::fromUtf8(json)), QString::fromUtf8(json));

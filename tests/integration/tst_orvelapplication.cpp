@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The start-up in processes of its own, each with an environment that the test prepares.
 #include "OrvelApplication.h"
+#include "ProgramRun.h"
 
 #include <QMap>
-#include <QProcess>
 #include <QProcessEnvironment>
 #include <QtTest>
 
@@ -38,14 +38,13 @@ Outcome outcomeOf(const QStringList &steps, const Variables &environment)
             prepared.insert(name, own.value(name));
     }
 
-    QProcess probe;
-    probe.setProcessEnvironment(prepared);
-    probe.start(QStringLiteral(VANTOR_STARTUP_PROBE), steps);
-    if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0)
+    const ProgramRun run = ProgramRun::of(QStringLiteral(VANTOR_STARTUP_PROBE), steps,
+        [&prepared](ChildProcess &probe) { probe.setProcessEnvironment(prepared); });
+    if (run.exitCode != 0)
         return {};
 
-    Outcome outcome{{}, probe.readAllStandardError()};
-    const QList<QByteArray> lines = probe.readAllStandardOutput().split('\n');
+    Outcome outcome{{}, run.errors};
+    const QList<QByteArray> lines = run.output.split('\n');
     for (const QByteArray &line : lines) {
         const int equals = line.indexOf('=');
         if (equals > 0 && !line.startsWith("ASAN_") && !line.startsWith("LSAN_") && !line.startsWith("LC_"))

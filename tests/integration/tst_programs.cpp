@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // What all programs have in common, whatever they are for.
+#include "Internal/ChildProcess.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QtTest>
@@ -31,7 +32,7 @@ struct Outcome
 };
 
 /// A program whose stdout is what the test says; -1: closed.
-class Process : public QProcess
+class Process : public ChildProcess
 {
 public:
     explicit Process(std::optional<int> output = {})

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectProgram.h"
+#include "Internal/ChildProcess.h"
 #include "Loopback.h"
 
 #include <QTcpSocket>
@@ -77,7 +78,7 @@ private Q_SLOTS:
     {
         const UnreadPipe pipe;
         const int port = Loopback::freePort();
-        QProcess program;
+        ChildProcess program;
         program.setStandardErrorFile(pipe.path());
         program.start(QStringLiteral(VANTOR_LINK_PROGRAM),
             {QStringLiteral("listen"), QStringLiteral("--no-input"), QStringLiteral("--port"), QString::number(port)});
@@ -109,7 +110,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, program);
         const UnreadPipe pipe;
-        QProcess process;
+        ChildProcess process;
         process.setStandardErrorFile(pipe.path());
         process.start(program, {QStringLiteral("--no-such-option")});
         QVERIFY(process.waitForStarted());

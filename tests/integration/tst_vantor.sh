@@ -100,14 +100,23 @@ superfluous_argument() {
     "$work/checkout/vantor" clean nonsense 2>"$work/stderr" || status=$?
     same "$status" 64 && [[ $(<"$work/stderr") == *nonsense* ]]
 }
+second_argument() {
+    local status=0
+    PATH="$work/bin:$PATH" "$work/checkout/vantor" "$1" 1 nonsense >"$work/stderr" 2>&1 || status=$?
+    same "$status" 64 && [[ $(<"$work/stderr") == *nonsense* ]]
+}
 verify "every command has its own help" every_command_has_its_own_help
 verify "an argument that a command does not take is reported and ends with 64" superfluous_argument
+for command in help screenshots soak fuzz; do
+    verify "a second argument of $command is reported and ends with 64" second_argument "$command"
+done
 
 # --- The sample of `inspect` ------------------------------------------------------------------------------------------
 
 # inspected ARGUMENT...: what vantor-inspect is given
 mkdir -p "$work/checkout/build/release/bin"
 : >"$work/checkout/build/release/build.ninja"
+: >"$work/checkout/build/release/CMakeCache.txt"
 stand_in dpkg-query 'printf "installed %s\n" one two'
 stand_in cmake ''
 printf '#!/bin/sh\n[ "$*" != --help ] || exec "%s" --help\necho "$@"\nexit 1\n' "$inspect" \
@@ -123,8 +132,27 @@ done
 verify "an option's value after = is no image either" same "$(inspected --scale=2)" "--scale=2 $pitted"
 verify "an image is passed on" same "$(inspected --standard mm "a b.jpg" --json)" "--standard mm a b.jpg --json"
 verify "a folder that looks like a value is passed on" same "$(inspected --json mm)" "--json mm"
+verify "behind -- an image may begin with a dash" same "$(inspected --json -- -clean.jpg)" "--json -- -clean.jpg"
+verify "behind -- alone a sample is inspected" same "$(inspected --)" "-- $pitted"
+verify "standards are listed without a sample" same "$(inspected --list-standards)" "--list-standards"
 inspect_status() { PATH="$work/bin:$PATH" "$work/checkout/vantor" inspect; [[ $? -eq 1 ]]; }
 verify "the exit code is that of vantor-inspect" inspect_status
+
+# unbuilt COMMAND: it ends with 69, since 1 is a verdict, and starts nothing
+unbuilt() {
+    local status=0
+    PATH="$work/bin:$PATH" "$work/checkout/vantor" "$1" >"$work/stdout" 2>"$work/stderr" || status=$?
+    same "$status" 69 && same "$(<"$work/stdout")" "" && [[ $(<"$work/stderr") == *"vantor: cannot build vantor-$2"* ]]
+}
+configured_again() { [[ $(calls_of cmake inspect | head -n 1) == "--preset release" ]]; }
+stand_in cmake 'exit 1'
+verify "a build that fails is no verdict" unbuilt inspect inspect
+verify "a build of the tester that fails is told" unbuilt app tester
+rm "$work/checkout/build/release/CMakeCache.txt"
+verify "a configuration that fails is no verdict" unbuilt inspect inspect
+verify "a folder that is half configured is configured" configured_again
+stand_in dpkg-query ''
+verify "a failing installation is no verdict" unbuilt inspect inspect
 
 # --- Counts -----------------------------------------------------------------------------------------------------------
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ProgramRun.h"
+
 #include <QFile>
-#include <QProcess>
 #include <QtTest>
 
 namespace {
@@ -10,12 +11,9 @@ QByteArray document(const QString &timeZone, const QString &locale)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("TZ"), timeZone);
     environment.insert(QStringLiteral("LC_ALL"), locale);
-    QProcess program;
-    program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(VANTOR_STUDY_PROGRAM), {QStringLiteral("formatting")});
-    if (!program.waitForFinished() || program.exitCode() != 0)
-        return program.readAllStandardError();
-    return program.readAllStandardOutput();
+    const ProgramRun run = ProgramRun::of(QStringLiteral(VANTOR_STUDY_PROGRAM), {QStringLiteral("formatting")},
+        [&environment](ChildProcess &program) { program.setProcessEnvironment(environment); });
+    return run.exitCode == 0 ? run.output : run.errors;
 }
 } // namespace
 

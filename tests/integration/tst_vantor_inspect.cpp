@@ -2,14 +2,15 @@
 #include "FiberInspection/Geometry.h"
 #include "FiberInspection/Standard.h"
 #include "InspectProgram.h"
+#include "Internal/Csv.h"
 #include "JsonOutput.h"
 #include "PaintedFaces.h"
-#include "common/Csv.h"
 
 #include <QJsonArray>
 #include <QtTest>
 
 #include <cmath>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using FiberInspection::Standard;
@@ -141,6 +142,10 @@ private Q_SLOTS:
         row("steps without a folder", "--steps x.png", "--steps");
         row("empty output folder", "--out= x.png", "--out");
         row("output folder without a value", "x.png --out", "out");
+        row("two lists of standards", "--standard mm --standard sm-rl45 x.png", "--standard is given twice");
+        row("a folder by two names of one option", "-o a --out b x.png", "is given twice");
+        row("a list in another form", "--list-standards --json", "--list-standards goes with no other option");
+        row("an image that would not be graded", "--list-standards x.png", "--list-standards takes no image");
         QTest::newRow("no image") << QStringList{} << QStringLiteral("--help");
         QTest::newRow("wrong usage outweighs what else is wrong")
             << QStringList{mMissing, mBad, QStringLiteral("--jobs"), QStringLiteral("x")} << QStringLiteral("--jobs");
@@ -314,7 +319,7 @@ private Q_SLOTS:
     void aPipeIsNotWaitedFor()
     {
         const QString pipe = in(QStringLiteral("pipe.jpg"));
-        QCOMPARE(QProcess::execute(QStringLiteral("mkfifo"), {pipe}), 0);
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
 
         QCOMPARE(onlyReason(runInspect({QStringLiteral("--json"), pipe})),
             QStringLiteral("Failed to load image: not a file"));
@@ -679,6 +684,26 @@ private Q_SLOTS:
         QCOMPARE(run.temporaryFiles, QStringList());
     }
 
+    void nothingIsKeptBehindALinkOfAnotherUser()
+    {
+        const QString elsewhere = in(QStringLiteral("elsewhere"));
+        const QString open = in(QStringLiteral("open"));
+        const QString link = open + QStringLiteral("/link");
+        QVERIFY(QDir().mkpath(elsewhere) && QDir().mkpath(open));
+        QCOMPARE(chmod(QFile::encodeName(open).constData(), 01777), 0);
+        QVERIFY(QFile::link(elsewhere, link));
+        if (lchown(QFile::encodeName(link).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+        const QString image = save(badFace(), QStringLiteral("plantedinput/face.png"));
+
+        for (const QString &out : {link, link + QStringLiteral("/new")}) {
+            const InspectRun run = runInspect({QStringLiteral("-o"), out, image});
+            QVERIFY(run.exitCode > 1);
+            QVERIFY2(run.messages.contains("another user has put a link there"), run.messages.constData());
+        }
+        QVERIFY(QDir(elsewhere).isEmpty());
+    }
+
     void stepImagesLandInTheOutputFolder()
     {
         const QString out = in(QStringLiteral("steps"));
@@ -720,6 +745,18 @@ private Q_SLOTS:
         QCOMPARE(names.size(), 4);
         QCOMPARE(names.removeDuplicates(), 0);
         QCOMPARE(QDir(out).entryList(QDir::Files).size(), 4);
+    }
+
+    void aMarkOfAPlaceInANameIsAName()
+    {
+        const QString out = in(QStringLiteral("marks"));
+        const QStringList images{
+            save(goodFace(), QStringLiteral("one/a%1.jpg")), save(goodFace(), QStringLiteral("two/a%1.jpg"))};
+
+        runInspect(QStringList{QStringLiteral("--out"), out} + images);
+
+        QCOMPARE(QDir(out).entryList(QDir::Files),
+            (QStringList{QStringLiteral("a%1-2_result.jpg"), QStringLiteral("a%1_result.jpg")}));
     }
 
     void standardsGetNamesOfTheirOwn()
@@ -876,7 +913,7 @@ private Q_SLOTS:
 
     void aNumberStaysANumberInCsv()
     {
-        QCOMPARE(Tools::csvLine({QStringLiteral("-1"), QStringLiteral("-1.5e-07"), QStringLiteral("+3"),
+        QCOMPARE(csvLine({QStringLiteral("-1"), QStringLiteral("-1.5e-07"), QStringLiteral("+3"),
                      QStringLiteral("-inf"), QStringLiteral("-"), QStringLiteral("-1+2")}),
             QByteArray("-1,-1.5e-07,+3,-inf,'-,'-1+2\n"));
     }

@@ -56,7 +56,7 @@ Inspection withoutVerdict()
     Inspection inspection = {};
     inspection.task = someTask();
     inspection.result = TestResult(Standard(inspection.task.standardId));
-    inspection.reason = QStringLiteral("Failed to load image: gr\u00fcn");
+    inspection.reason = {NoVerdict::Reason::ImageDamaged, QStringLiteral("gr\u00fcn")};
     inspection.repetition = {1, 0, 0, 1};
     return inspection;
 }
@@ -121,14 +121,16 @@ private Q_SLOTS:
 
         QVERIFY(got);
         QCOMPARE(got->result.error(), true);
-        QCOMPARE(got->reason, withoutVerdict().reason);
+        QCOMPARE(got->reason.reason, NoVerdict::Reason::ImageDamaged);
+        QCOMPARE(got->reason.detail, withoutVerdict().reason.detail);
+        QCOMPARE(got->reason.text(), QStringLiteral("Failed to load image: gr\u00fcn"));
     }
 
     void aReasonControlsNoTable()
     {
         const QString reason = QString::fromUtf8("\033]0;mine\007\033[2J\xE2\x80\xAEgpj\xC2\x9B \n gr\xC3\xBCn\\");
         Inspection inspection = withoutVerdict();
-        inspection.reason = reason;
+        inspection.reason.detail = reason;
         QByteArray bytes = InspectionMessage::toBytes(inspection);
         bool isDamaged = false;
         const std::optional<Inspection> got = InspectionMessage::take(&bytes, someTask(), &isDamaged);
@@ -137,7 +139,8 @@ private Q_SLOTS:
         const QByteArray line = csvReport(*got, Options());
 
         QCOMPARE(line.split(',').value(4),
-            QByteArray("\"\\x1b]0;mine\\x07\\x1b[2J\\xe2\\x80\\xaegpj\\xc2\\x9b \\x0a gr\xC3\xBCn\\\""));
+            QByteArray(
+                "\"Failed to load image: \\x1b]0;mine\\x07\\x1b[2J\\xe2\\x80\\xaegpj\\xc2\\x9b \\x0a gr\xC3\xBCn\\\""));
     }
 
     void aMessageIsTakenOnlyAsAWhole()
@@ -169,7 +172,8 @@ private Q_SLOTS:
             change(&inspection);
             row(name, InspectionMessage::toBytes(inspection));
         };
-        changed("a verdict and a reason", [](Inspection *it) { it->reason = QStringLiteral("no"); });
+        changed("a verdict and a reason", [](Inspection *it) { it->reason = {NoVerdict::Reason::NoFibre, {}}; });
+        changed("a verdict and a detail", [](Inspection *it) { it->reason.detail = QStringLiteral("no"); });
         changed("neither verdict nor reason", [](Inspection *it) { it->result.setError(true); });
         changed("negative size", [](Inspection *it) {
             it->result = TestResult(Standard(it->task.standardId));
@@ -193,6 +197,33 @@ private Q_SLOTS:
             constexpr int most = std::numeric_limits<int>::max();
             it->repetition = {most - 1, most, most, 0};
         });
+    }
+
+    void aReasonThatNoInspectionHasIsRefused_data()
+    {
+        QTest::addColumn<int>("reason");
+        QTest::newRow("none") << static_cast<int>(NoVerdict::Reason::None);
+        QTest::newRow("none of its own") << static_cast<int>(NoVerdict::Reason::NotInspected);
+        QTest::newRow("below the first") << -1;
+        QTest::newRow("beyond the last") << static_cast<int>(NoVerdict::Reason::AnalysisBroken) + 1;
+    }
+    void aReasonThatNoInspectionHasIsRefused()
+    {
+        QFETCH(int, reason);
+        Inspection inspection = withoutVerdict();
+        inspection.reason.reason = static_cast<NoVerdict::Reason>(reason);
+
+        QCOMPARE(answerTo(InspectionMessage::toBytes(inspection)), Answer::Damaged);
+    }
+
+    void everyReasonOfAnInspectionIsTaken()
+    {
+        const int last = static_cast<int>(NoVerdict::Reason::AnalysisBroken);
+        for (int reason = static_cast<int>(NoVerdict::Reason::FileMissing); reason <= last; ++reason) {
+            Inspection inspection = withoutVerdict();
+            inspection.reason.reason = static_cast<NoVerdict::Reason>(reason);
+            QCOMPARE(answerTo(InspectionMessage::toBytes(inspection)), Answer::Taken);
+        }
     }
 
     void whatCannotBeAMessageIsRefusedAtOnce()

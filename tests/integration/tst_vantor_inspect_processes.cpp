@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "InspectProgram.h"
 #include "JsonOutput.h"
+#include "OneProcess.h"
 #include "PaintedFaces.h"
 
 #include <QtTest>
@@ -10,6 +11,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <set>
+#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +25,32 @@ QByteArray withoutTimes(const QByteArray &output)
     static const QRegularExpression time(QStringLiteral("\"elapsedMs\":[^,]*,"));
     return QString::fromUtf8(output).remove(time).toUtf8();
 }
+
+/// Counts how often a file is opened. Of what happens twice in a row the kernel tells once, so it counts at least that.
+class OpenCounter
+{
+public:
+    explicit OpenCounter(const QString &path)
+        : mEvents(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        inotify_add_watch(mEvents, QFile::encodeName(path).constData(), IN_OPEN | IN_CLOSE);
+    }
+    ~OpenCounter() { close(mEvents); }
+    OpenCounter(const OpenCounter &) = delete;
+    OpenCounter &operator=(const OpenCounter &) = delete;
+
+    int count() const
+    {
+        inotify_event event{};
+        int opened = 0;
+        while (read(mEvents, &event, sizeof event) == sizeof event)
+            opened += (event.mask & IN_OPEN) != 0 ? 1 : 0;
+        return opened;
+    }
+
+private:
+    int mEvents;
+};
 
 QStringList imagesOf(const std::vector<QJsonObject> &objects)
 {
@@ -67,15 +95,15 @@ private Q_SLOTS:
 
     void severalJobsGiveTheOutputOfOne_data()
     {
-        QTest::addColumn<QString>("format");
-        QTest::newRow("text") << QStringLiteral("--standard=sm-rl45");
-        QTest::newRow("json") << QStringLiteral("--json");
+        QTest::addColumn<QStringList>("format");
+        QTest::newRow("text") << QStringList();
+        QTest::newRow("json") << QStringList({QStringLiteral("--json")});
     }
 
     void severalJobsGiveTheOutputOfOne()
     {
-        QFETCH(QString, format);
-        const QStringList arguments = QStringList{format, QStringLiteral("--standard=sm-rl26,mm")} + mImages;
+        QFETCH(QStringList, format);
+        const QStringList arguments = format + QStringList{QStringLiteral("--standard=sm-rl26,mm")} + mImages;
 
         const InspectRun one = runInspect(arguments);
         QCOMPARE(one.exitCode, 1);
@@ -85,6 +113,35 @@ private Q_SLOTS:
             QCOMPARE(withoutTimes(several.output), withoutTimes(one.output));
             QCOMPARE(several.temporaryFiles, QStringList());
         }
+    }
+
+    void anImageIsOpenedOnceByEachWorkerThatNeedsIt_data()
+    {
+        QTest::addColumn<int>("jobs");
+        QTest::addColumn<int>("most");
+        QTest::newRow("one process") << 1 << 1;
+        QTest::newRow("as many as images") << 2 << 1;
+        QTest::newRow("two for each image") << 5 << 2;
+        QTest::newRow("one for each standard") << 256 << 5;
+    }
+
+    void anImageIsOpenedOnceByEachWorkerThatNeedsIt()
+    {
+        QFETCH(int, jobs);
+        QFETCH(int, most);
+        const QStringList arguments{QStringLiteral("--json"), QStringLiteral("--standard=all"),
+            QStringLiteral("--repeat=2"), mImages[0], mImages[1]};
+        const InspectRun expected = runInspect(arguments);
+        const OpenCounter first(mImages[0]);
+        const OpenCounter second(mImages[1]);
+
+        const InspectRun run = runInspect(QStringList{QStringLiteral("--jobs=%1").arg(jobs)} + arguments);
+
+        const int opened = first.count();
+        QVERIFY2(opened >= 1 && opened <= most, qPrintable(QString::number(opened)));
+        QVERIFY(second.count() <= most);
+        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(withoutTimes(run.output), withoutTimes(expected.output));
     }
 
     void reportsKeepTheOrderOfTheImagesAlthoughTheFirstTakesLong()
@@ -123,7 +180,7 @@ private Q_SLOTS:
         QVERIFY(program.waitForLine());
         const std::vector<qint64> workers = program.workers(2);
         QCOMPARE(workers.size(), std::size_t(2));
-        kill(static_cast<pid_t>(workers[0]), SIGKILL);
+        OneProcess::sendSignal(workers[0], SIGKILL);
 
         QVERIFY(program.waitForEnd());
 
@@ -142,6 +199,44 @@ private Q_SLOTS:
         QCOMPARE(program.temporaryFiles(), QStringList());
     }
 
+    void aWorkerThatEndsCostsItsImageForAllStandards_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("killed") << SIGKILL << "the analysis was ended by signal 9 (Killed)";
+        QTest::newRow("stopped") << SIGSTOP << "timed out after 8 s";
+    }
+
+    void aWorkerThatEndsCostsItsImageForAllStandards()
+    {
+        constexpr std::size_t standards = 5;
+        QFETCH(int, signal);
+        QFETCH(QString, reason);
+        const QString slow = mFolder.filePath(QStringLiteral("slow-for-all.png"));
+        QVERIFY(goodFace().scaled(1600, 1200).save(slow));
+        InspectProgram program;
+        program.begin({QStringLiteral("--json"), QStringLiteral("--standard=all"), QStringLiteral("--repeat=8"),
+            QStringLiteral("--timeout=1"), slow, mImages[1]});
+        QVERIFY(program.waitForLine()); // of the first standard
+        const std::vector<qint64> workers = program.workers(1);
+        QCOMPARE(workers.size(), std::size_t(1));
+        QVERIFY(OneProcess::sendSignal(workers[0], signal));
+
+        QVERIFY(program.waitForEnd(300000));
+
+        QCOMPARE(program.exitCode(), 2);
+        const std::vector<QJsonObject> objects = jsonLines(program.readAllStandardOutput());
+        QCOMPARE(objects.size(), 2 * standards);
+        QCOMPARE(objects[0][QStringLiteral("error")].toBool(), false);
+        for (std::size_t i = 0; i < objects.size(); ++i) {
+            QCOMPARE(schemaViolation(objects[i]), QString());
+            QVERIFY(i == 1 || i == 2 || objects[i][QStringLiteral("error")].toBool() == (i == 3 || i == 4));
+            if (objects[i][QStringLiteral("error")].toBool())
+                QCOMPARE(objects[i][QStringLiteral("reason")].toString(), reason);
+        }
+        QCOMPARE(program.temporaryFiles(), QStringList());
+    }
+
     void workersThatAreKilledAgainAndAgainDoNotStopTheRun()
     {
         constexpr std::size_t mostKilled = 12; // half of the images
@@ -152,7 +247,7 @@ private Q_SLOTS:
         while (killed.size() < mostKilled && !program.waitForFinished(pauseBetweenKills)) {
             for (const qint64 worker : program.workers(1)) {
                 if (killed.size() < mostKilled && killed.insert(worker).second)
-                    kill(static_cast<pid_t>(worker), SIGKILL);
+                    OneProcess::sendSignal(worker, SIGKILL);
             }
         }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ForkedChild.h"
+#include "OneProcess.h"
 #include "inspect/Sandbox.h"
 
 #include <QtTest>
@@ -195,6 +196,8 @@ private Q_SLOTS:
         const auto meddle = [&](bool isShutIn) {
             return ForkedChild::run([&] {
                 const pid_t other = neighbour();
+                if (other < 0)
+                    return -1;
                 if (isShutIn && Sandbox().enter({folder, {folder}}))
                     return -1;
                 char here = 0;
@@ -204,7 +207,7 @@ private Q_SLOTS:
                 int done = 0;
                 done += process_vm_readv(other, &local, 1, &remote, 1, 0) == 1 ? 1 : 0;
                 done += ptrace(PTRACE_SEIZE, other, nullptr, nullptr) == 0 ? 1 : 0;
-                done += kill(other, SIGKILL) == 0 ? 1 : 0;
+                done += OneProcess::sendSignal(other, SIGKILL) ? 1 : 0;
                 done += syscall(SYS_tgkill, other, other, SIGKILL) == 0 ? 1 : 0;
                 return done;
             });

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Helpers/JsonHelper.h"
+#include "Internal/ChildProcess.h"
 #include "LinkProgram.h"
 #include "LogCapture.h"
 #include "Loopback.h"
@@ -502,7 +503,7 @@ private Q_SLOTS:
         const QByteArray line = "{\"text\":\"" + QByteArray(100000, 'x') + "\"}\n";
         for (int i = 0; i < 200; ++i)
             program.write(line);
-        QTest::qWait(1000); // until the system takes no more
+        QVERIFY(program.waitUntilHeldBack([&] { return program.bytesToWrite(); })); // the system takes no more
 
         program.sendSignal(SIGINT);
 
@@ -567,7 +568,7 @@ private Q_SLOTS:
     {
         QFETCH(int, answers);
         LinkProgram program;
-        program.listen(mPort, {echoOption});
+        program.listen(mPort, {echoOption, QStringLiteral("--linger"), QStringLiteral("3")}); // a busy peer is late
         program.closeWriteChannel();
         const auto peer = connectPeer();
         peer->setReadBufferSize(1);
@@ -705,7 +706,7 @@ private Q_SLOTS:
         sender.connectTo(Loopback::address(), mPort);
         QVERIFY(sender.waitForMessage("connected to"));
 
-        QTest::qWait(1500); // long enough to read all, were it not held back
+        QVERIFY(sender.waitUntilHeldBack([&] { return lines.size() - sender.inputRead(); }));
         QCOMPARE(sender.state(), QProcess::Running);
         QVERIFY2(sender.peakMemory() <= memory + mostBuffered + memorySlack(),
             qPrintable(QString::number(sender.peakMemory() - memory)));
@@ -1071,7 +1072,7 @@ private:
     /// What the program says when it does not succeed; it talks to a process, so events may wait.
     static QString runPython(const QStringList &arguments)
     {
-        QProcess python;
+        ChildProcess python;
         python.setProcessChannelMode(QProcess::MergedChannels);
         python.start(QStringLiteral("python3"), QStringList{QStringLiteral(VANTOR_LINK_PEER)} + arguments);
         if (!waitUntil([&] { return python.state() == QProcess::NotRunning; }, longPatience))

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ProgramRun.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QtTest>
 
 namespace {
@@ -17,14 +18,12 @@ struct Outcome
 
 Outcome run(const QStringList &arguments, const QString &outputFile = {})
 {
-    QProcess program;
-    if (!outputFile.isEmpty())
-        program.setStandardOutputFile(outputFile);
-    program.start(QStringLiteral(VANTOR_NAMES_PROGRAM), arguments);
-    if (!program.waitForFinished() || program.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {program.exitCode(), QString::fromUtf8(program.readAllStandardOutput()),
-        QString::fromUtf8(program.readAllStandardError())};
+    const ProgramRun run =
+        ProgramRun::of(QStringLiteral(VANTOR_NAMES_PROGRAM), arguments, [&outputFile](ChildProcess &program) {
+            if (!outputFile.isEmpty())
+                program.setStandardOutputFile(outputFile);
+        });
+    return {run.exitCode, QString::fromUtf8(run.output), QString::fromUtf8(run.errors)};
 }
 
 /// Arguments are separated by blanks; '' is an empty one.

@@ -2,13 +2,15 @@
 #include "../records/OwnConnection.h"
 #include "../records/StoredFaces.h"
 #include "Faults.h"
+#include "Internal/ChildProcess.h"
 #include "JsonOutput.h"
+#include "OneProcess.h"
 #include "PaintedFaces.h"
+#include "ProgramRun.h"
 
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -138,7 +140,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors[0], QStringLiteral("vantor-records: %1/notes.txt: no known image suffix").arg(mFaces));
         QVERIFY(outcome.errors[1].contains(QLatin1String("A3.png: ")));
         QVERIFY(outcome.errors[2].contains(QLatin1String("A4.png: ")));
-        QVERIFY(outcome.errors[3].contains(QLatin1String("A5.png: there is nothing in the file")));
+        QVERIFY(outcome.errors[3].contains(QLatin1String("A5.png: the file is empty")));
 
         RecordStore store;
         QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
@@ -220,6 +222,102 @@ private Q_SLOTS:
         QVERIFY(elsewhere.output.contains(QLatin1String(": 2 inspections: "))); // another job may need them
     }
 
+    void aStoredPictureThatIsLostIsPutBack_data()
+    {
+        QTest::addColumn<bool>("isDamaged");
+        QTest::newRow("gone") << false;
+        QTest::newRow("damaged") << true;
+    }
+    void aStoredPictureThatIsLostIsPutBack()
+    {
+        QFETCH(const bool, isDamaged);
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        const QByteArray hash = PictureStore::hashOf(contentOf(mFaces + QStringLiteral("/A1.png")));
+        QFile file(PictureStore(mStore + QStringLiteral("/pictures")).path(hash));
+        QVERIFY(isDamaged ? file.resize(100) : file.remove());
+        QCOMPARE(run(QStringLiteral("verify")).exitCode, int(NotPassed));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+
+        QCOMPARE(again.exitCode, int(Done));
+        QCOMPARE(again.errors,
+            QStringList(QStringLiteral("vantor-records: %1/A1.png: the stored picture of inspection 1 was missing or "
+                                       "damaged, and is put back")
+                            .arg(mFaces)));
+        QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
+        QVERIFY(import(QStringLiteral("--job P")).errors.isEmpty());
+    }
+
+    void aKnownPictureWhoseRecordContradictsItselfIsLeftOut()
+    {
+        paint("A1", badFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(NotPassed));
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 1"));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+
+        QCOMPARE(again.exitCode, int(NotAnswered));
+        QVERIFY(!again.output.contains(QLatin1String("passed   ")));
+        QCOMPARE(again.errors,
+            QStringList(QStringLiteral("vantor-records: %1/A1.png: inspection 1 contradicts itself: the verdict is not "
+                                       "that of its rules")
+                            .arg(mFaces)));
+    }
+
+    // As a list of names has it that was stored with a byte order mark.
+    void aKnownPictureOfAnotherStandardIsLeftOut()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        OwnConnection(mStore).run(QStringLiteral("UPDATE job SET standard = 1"));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+
+        QCOMPARE(again.exitCode, int(NotAnswered));
+        QCOMPARE(again.errors.value(0),
+            QStringLiteral("vantor-records: %1/A1.png: inspection 1 is in doubt: the standard is not that of the job")
+                .arg(mFaces));
+    }
+
+    void aKnownPictureCountsForNothingWhereThatOfTheLastInspectionIsLost()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        const QByteArray first = contentOf(pathOf(QStringLiteral("A1")));
+        paint("A1", faceNumber(0));
+        import(QStringLiteral("--job P"));
+        const QByteArray hash = PictureStore::hashOf(contentOf(pathOf(QStringLiteral("A1"))));
+        write(pathOf(QStringLiteral("A1")), first);
+        QVERIFY(PictureStore(mStore + QStringLiteral("/pictures")).remove(hash));
+
+        const Outcome again = import(QStringLiteral("--job P"));
+
+        QCOMPARE(again.exitCode, int(NotAnswered));
+        QCOMPARE(again.errors.value(0),
+            QStringLiteral("vantor-records: %1/A1.png: inspection 2 is in doubt: the picture is missing").arg(mFaces));
+    }
+
+    void aMarkBeforeANameIsNotPartOfIt()
+    {
+        const QString mark(QChar::ByteOrderMark);
+        paint(mark + QStringLiteral("A1"), goodFace());
+        const QString arguments = QStringLiteral("--customer %1Company --job %1P").arg(mark);
+        QCOMPARE(import(arguments).exitCode, int(Done));
+        paint(mark + QStringLiteral("A1"), badFace());
+
+        const Outcome again = import(arguments);
+
+        QCOMPARE(again.exitCode, int(NotPassed));
+        QVERIFY2(again.output.contains(QLatin1String("Job 1 \"P\": 1 inspections: ")), qPrintable(again.output));
+        const Outcome jobs = run(QStringLiteral("list --jobs"));
+        QCOMPARE(linesOf(jobs.output).filter(QStringLiteral("Company")).size(), 1);
+        QCOMPARE(
+            linesOf(run(QStringLiteral("list --job %1P").arg(mark)).output).filter(QStringLiteral("A1")).size(), 2);
+        paint("A1", goodFace());
+        QCOMPARE(import(arguments).exitCode, int(NotAnswered)); // of two of one point, one is left out
+    }
+
     void aKnownPictureWithoutAVerdictIsToldAgain()
     {
         paint("A1", noFace());
@@ -231,6 +329,104 @@ private Q_SLOTS:
         QCOMPARE(again.errors, first.errors);
         QCOMPARE(again.errors.size(), 1);
         QVERIFY(again.output.startsWith(QLatin1String("A1  no verdict  ")));
+    }
+
+    void anotherFieldOfViewInspectsAKnownPictureAnew()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P --fov 430x320")).exitCode, int(NotAnswered)); // no fibre of that size
+
+        const Outcome right = import(QStringLiteral("--job P --fov 860x640"));
+        const Outcome again = import(QStringLiteral("--job P --fov 860x640"));
+        const Outcome back = import(QStringLiteral("--job P --fov 430x320"));
+
+        QCOMPARE(right.exitCode, int(Done));
+        QCOMPARE(linesOf(right.output).value(0),
+            QStringLiteral("A1  passed      %1/A1.png, inspection 2, anew: inspection 1 has the field of view 430x320")
+                .arg(mFaces));
+        QVERIFY(right.output.endsWith(QLatin1String(": 1 inspections: 1 passed, 0 failed, 0 without a verdict; "
+                                                    "0 known already, 0 left out\n")));
+        QCOMPARE(again.exitCode, int(Done));
+        QVERIFY(again.output.contains(QLatin1String("inspection 2, known already")));
+        QCOMPARE(back.exitCode, int(NotAnswered));
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(store.count().value, 3);
+        QCOMPARE(store.points(1).value.size(), 1);
+        QCOMPARE(store.inspection(2).value.origin.device.fov, QSize(860, 640));
+        QCOMPARE(store.inspection(3).value.origin.device.fov, QSize(430, 320));
+        QCOMPARE(store.inspection(3).value.picture, store.inspection(1).value.picture);
+    }
+
+    void aVerdictByAnotherFieldOfViewDoesNotPassForOneByTheUsual()
+    {
+        paint("A1", goodFace());
+        const QSize other(861, 641);
+        QCOMPARE(import(QStringLiteral("--job P --fov 861x641")).exitCode, int(Done));
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral(
+                "vantor-records: %1/A1.png: inspection 1 of it has the field of view 861x641, not 860x640; --fov says "
+                "which is right")
+                             .arg(mFaces)}));
+        QVERIFY(outcome.output.endsWith(QLatin1String("; 0 known already, 1 left out\n")));
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(store.count().value, 1);
+        QCOMPARE(store.inspection(1).value.origin.device.fov, other);
+        QVERIFY(import(QStringLiteral("--job P --fov 861x641")).output.contains(QLatin1String("known already")));
+    }
+
+    void aKnownPictureCountsAsItsPointStands_data()
+    {
+        QTest::addColumn<bool>("isFirstGood"); // of two photographs of one point
+        QTest::addColumn<int>("decision"); // of the last one
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("told");
+        const auto row = [](const char *name, bool isFirstGood, Decision decision, int exitCode, const char *told) {
+            QTest::newRow(name) << isFirstGood << int(decision) << exitCode << QString::fromLatin1(told);
+        };
+        row("failed since", true, Decision::Undecided, NotPassed, "point A1 has failed since, by inspection 2");
+        row("passed since", false, Decision::Undecided, Done, "point A1 has passed since, by inspection 2");
+        row("accepted since", true, Decision::Accepted, NotPassed,
+            "point A1 has failed since, by inspection 2, and was accepted");
+        row("to be repeated", false, Decision::ToRepeat, NotAnswered, "point A1 is to be repeated after inspection 2");
+    }
+    void aKnownPictureCountsAsItsPointStands()
+    {
+        QFETCH(const bool, isFirstGood);
+        QFETCH(const int, decision);
+        paint("A1", isFirstGood ? goodFace() : badFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(isFirstGood ? Done : NotPassed));
+        const QByteArray first = contentOf(pathOf(QStringLiteral("A1")));
+        paint("A1", isFirstGood ? badFace() : goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(isFirstGood ? NotPassed : Done));
+        decide(2, static_cast<Decision>(decision));
+        write(pathOf(QStringLiteral("A1")), first);
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QTEST(outcome.exitCode, "exitCode");
+        QFETCH(const QString, told);
+        QCOMPARE(outcome.errors, QStringList({QStringLiteral("vantor-records: %1/A1.png: ").arg(mFaces) + told}));
+        QVERIFY(outcome.output.contains(QLatin1String("inspection 1, known already")));
+    }
+
+    void aPassedPictureThatIsToBeRepeatedIsNotDone()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        decide(1, Decision::ToRepeat);
+
+        const Outcome outcome = import(QStringLiteral("--job P"));
+
+        QCOMPARE(outcome.exitCode, int(NotAnswered));
+        QCOMPARE(outcome.errors,
+            QStringList({QStringLiteral("vantor-records: %1/A1.png: point A1 is to be repeated after inspection 1")
+                             .arg(mFaces)}));
     }
 
     void aPictureOfAnotherPointLeavesItsOwnOpen_data()
@@ -301,6 +497,22 @@ private Q_SLOTS:
         }
     }
 
+    void anotherKindOfFibreThanAPointHasIsNotIgnored()
+    {
+        paint("p1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P --fibre sm")).exitCode, int(Done));
+        paint("p2", goodFace());
+
+        const Outcome outcome = import(QStringLiteral("--job P --fibre apc"));
+
+        QCOMPARE(outcome.exitCode, int(WrongUsage));
+        QCOMPARE(outcome.errors.value(0),
+            QStringLiteral("vantor-records: the point \"p1\" is there already, with another kind of fibre"));
+        RecordStore store;
+        QVERIFY(store.open(mStore, RecordStore::Mode::ReadOnly).isOpen());
+        QCOMPARE(store.points(1).value.size(), 1);
+    }
+
     void aRunOfAnotherLengthStoresNothing()
     {
         paint("p1", goodFace());
@@ -319,12 +531,12 @@ private Q_SLOTS:
         constexpr int count = 10;
         for (int i = 0; i < count; ++i)
             paint(QStringLiteral("A%1").arg(i), faceNumber(i));
-        QProcess program;
+        ChildProcess program;
         QVERIFY(startImport(program));
         {
             OwnConnection writer(mStore);
             QVERIFY(holdWhileItStores(program, writer)); // its line is not written yet
-            kill(static_cast<pid_t>(program.processId()), SIGINT);
+            QVERIFY(OneProcess::sendSignal(program.processId(), SIGINT));
             writer.run(QStringLiteral("ROLLBACK"));
         }
         QVERIFY(program.waitForFinished(patience));
@@ -344,7 +556,7 @@ private Q_SLOTS:
         constexpr int count = 10;
         for (int i = 0; i < count; ++i)
             paint(QStringLiteral("A%1").arg(i), faceNumber(i));
-        QProcess program;
+        ChildProcess program;
         QVERIFY(startImport(program));
         {
             OwnConnection writer(mStore);
@@ -445,14 +657,11 @@ private Q_SLOTS:
     {
         paint("A1", goodFace());
         const auto runIn = [this](const char *arguments) {
-            QProcess shell;
-            shell.setWorkingDirectory(mDir->path());
-            shell.start(QStringLiteral("sh"),
+            return ProgramRun::in(mDir->path(), QStringLiteral("sh"),
                 {QStringLiteral("-c"),
                     QStringLiteral("exec \"$0\" --store \"$(printf 'st\\377')\" ") + QLatin1String(arguments),
-                    QStringLiteral(VANTOR_RECORDS_PROGRAM)});
-            shell.waitForFinished();
-            return shell.exitCode();
+                    QStringLiteral(VANTOR_RECORDS_PROGRAM)})
+                .exitCode;
         };
 
         QCOMPARE(runIn("import faces --job P"), int(Done));
@@ -607,12 +816,18 @@ private Q_SLOTS:
         QCOMPARE(run(QStringLiteral("list")).exitCode, int(Unavailable));
         const Outcome outcome = import(QStringLiteral("--job P"));
 
-        QCOMPARE(outcome.exitCode, int(Done));
+        QCOMPARE(outcome.exitCode, int(NotAnswered)); // what failed before is not here any more
         QCOMPARE(outcome.errors.size(), 2);
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
         QVERIFY2(outcome.errors[0].startsWith(QStringLiteral("vantor-records: %1/records.sqlite: ").arg(mStore)),
             qPrintable(outcome.errors[0]));
         QVERIFY2(outcome.errors[1].contains(QStringLiteral("was kept aside in %1/records.sqlite-").arg(mStore)),
             qPrintable(outcome.errors[1]));
+        const QString other = mDir->filePath(QStringLiteral("other"));
+        QVERIFY(QDir().rename(mStore, other));
+        useTwoJobs();
+        write(mStore + QStringLiteral("/records.sqlite"), QByteArray(100000, 'x'));
+        QCOMPARE(run({QStringLiteral("merge"), other}).exitCode, int(NotAnswered));
     }
 
     // --- Reading -----------------------------------------------------------------------------------------------------
@@ -673,9 +888,36 @@ private Q_SLOTS:
         QCOMPARE(lines.size(), 3);
         QCOMPARE(lines[0].simplified(),
             QStringLiteral(
-                "ID Created Name Customer Site Standard Points Open Passed Failed Accepted No verdict State"));
-        QVERIFY(lines[1].simplified().endsWith(QStringLiteral("Left Müller sm-rl45 3 0 1 1 0 1 open")));
-        QVERIFY(lines[2].simplified().endsWith(QStringLiteral("Right mm 2 0 1 1 0 0 open")));
+                "ID Created Name Customer Site Standard Points Open Passed Failed Accepted No verdict Doubtful State"));
+        QVERIFY(lines[1].simplified().endsWith(QStringLiteral("Left Müller sm-rl45 3 0 1 1 0 1 0 open")));
+        QVERIFY(lines[2].simplified().endsWith(QStringLiteral("Right mm 2 0 1 1 0 0 0 open")));
+    }
+
+    void whatIsShownInDoubtIsMarked()
+    {
+        useTwoJobs();
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 1 WHERE id = 2"));
+
+        const Outcome list = run(QStringLiteral("list"));
+        const Outcome first = run(QStringLiteral("list --verdict passed --job Left"));
+        const Outcome jobs = run(QStringLiteral("list --jobs"));
+        const Outcome shown = run(QStringLiteral("show 2"));
+
+        QCOMPARE(list.exitCode, int(NotAnswered));
+        const QStringList lines = linesOf(list.output);
+        QVERIFY2(lines[4].contains(QLatin1String("  DOUBTFUL  ")), list.bytes);
+        QVERIFY2(!lines[4].contains(QLatin1String("passed")), list.bytes);
+        QVERIFY2(lines[4].endsWith(QLatin1String("the verdict is not that of its rules")), list.bytes);
+        QCOMPARE(list.output.count(QLatin1String("DOUBTFUL")), 1);
+        QCOMPARE(first.exitCode, int(Done));
+        QCOMPARE(jobs.exitCode, int(NotAnswered));
+        const QStringList jobLines = linesOf(jobs.output);
+        QVERIFY2(jobLines[2].simplified().endsWith(QLatin1String("Right mm 2 0 1 0 0 0 1 open")), jobs.bytes);
+        QCOMPARE(shown.exitCode, int(NotAnswered));
+        QVERIFY2(
+            shown.output.contains(QLatin1String("\n  Doubt      the verdict is not that of its rules\n")), shown.bytes);
+        QVERIFY2(shown.output.startsWith(QLatin1String("Inspection 2  DOUBTFUL: PASSED\n")), shown.bytes);
+        QCOMPARE(run(QStringLiteral("show 1")).exitCode, int(Done));
     }
 
     void moreJobsThanArePrintedAreTold()
@@ -892,7 +1134,7 @@ private Q_SLOTS:
         QCOMPARE(recordsSchemaViolation(good), QString());
 
         QJsonObject other = good;
-        other.insert(QStringLiteral("version"), 2);
+        other.insert(QStringLiteral("version"), 1);
         QVERIFY(!recordsSchemaViolation(other).isEmpty());
         other = good;
         QJsonArray inspections = good.value(QStringLiteral("inspections")).toArray();
@@ -940,7 +1182,7 @@ private Q_SLOTS:
         const QStringList lines = linesOf(csv.output);
         QCOMPARE(fieldsOf(lines[2]).value(fieldsOf(lines[0]).indexOf(QStringLiteral("Standard"))), unknown);
         for (const Outcome *const outcome : {&json, &csv, &list, &jobs, &shown}) {
-            QCOMPARE(outcome->exitCode, int(Done));
+            QCOMPARE(outcome->exitCode, int(NotAnswered));
             QVERIFY2(!outcome->output.contains(QLatin1String("Manual")), outcome->bytes);
             QVERIFY2(outcome->output.contains(unknown), outcome->bytes);
         }
@@ -979,6 +1221,31 @@ private Q_SLOTS:
         }
         QCOMPARE(defects, face.inspection.defects().size());
         QVERIFY(defects > 0);
+    }
+
+    void csvTellsOfADamagedPicture()
+    {
+        paint("A1", goodFace());
+        QCOMPARE(import(QStringLiteral("--job P")).exitCode, int(Done));
+        const QByteArray hash = PictureStore::hashOf(contentOf(mFaces + QStringLiteral("/A1.png")));
+        QVERIFY(QFile(PictureStore(mStore + QStringLiteral("/pictures")).path(hash)).resize(100));
+
+        const Outcome csv = run(QStringLiteral("export --csv"));
+        const Outcome json = run(QStringLiteral("export --json"));
+
+        const QStringList lines = linesOf(csv.output);
+        QCOMPARE(csv.exitCode, int(NotAnswered));
+        QCOMPARE(fieldsOf(lines.value(1)).value(fieldsOf(lines.value(0)).indexOf(QStringLiteral("Doubt"))),
+            QStringLiteral("the picture is damaged"));
+        QCOMPARE(json.exitCode, int(NotAnswered));
+        const QJsonObject document = QJsonDocument::fromJson(json.bytes).object();
+        QCOMPARE(recordsSchemaViolation(document), QString());
+        const QJsonObject one = document.value(QStringLiteral("inspections")).toArray().at(0).toObject();
+        QCOMPARE(one.value(QStringLiteral("doubt")).toString(), QStringLiteral("the picture is damaged"));
+        QCOMPARE(one.value(QStringLiteral("picture")).toObject().value(QStringLiteral("state")).toString(),
+            QStringLiteral("damaged"));
+        QCOMPARE(one.value(QStringLiteral("annotatedPicture")).toObject().value(QStringLiteral("state")).toString(),
+            QStringLiteral("whole"));
     }
 
     void csvIsWhatASpreadsheetOpens_data()
@@ -1143,6 +1410,7 @@ private Q_SLOTS:
             const QJsonObject document = QJsonDocument::fromJson(bytes).object();
             QCOMPARE(recordsSchemaViolation(document), QString());
             QCOMPARE(document.value(QStringLiteral("inspections")).toArray().size(), whole);
+            QCOMPARE(document.value(QStringLiteral("unreadable")).toArray().size(), 2 - whole);
         }
     }
 
@@ -1223,6 +1491,52 @@ private Q_SLOTS:
         QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
     }
 
+    void whatIsClosedToWritingIsNotReplaced_data()
+    {
+        QTest::addColumn<QString>("options"); // the file follows
+        QTest::newRow("table") << QStringLiteral("--csv -o");
+        QTest::newRow("records") << QStringLiteral("--json -o");
+        QTest::newRow("report") << QStringLiteral("--job-id 1 --pdf");
+    }
+    void whatIsClosedToWritingIsNotReplaced()
+    {
+        QFETCH(const QString, options);
+        useTwoJobs();
+        const QString path = mDir->filePath(QStringLiteral("archived"));
+        write(path, "former");
+        QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+
+        const Outcome outcome =
+            runAsOrdinaryUser(QStringList{QStringLiteral("export")} + split(options) + QStringList{path});
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors,
+            QStringList{QStringLiteral("vantor-records: cannot write %1: Permission denied").arg(path)});
+        QCOMPARE(contentOf(path), QByteArray("former"));
+    }
+
+    /// The folder cannot be opened to have it written to the disk.
+    void anExportThatAPowerFailureMayTakeIsTold()
+    {
+        useTwoJobs();
+        const QString folder = mDir->filePath(QStringLiteral("exports"));
+        const QString path = folder + QStringLiteral("/all.csv");
+        QVERIFY(QDir().mkdir(folder));
+        QVERIFY(QFile::setPermissions(folder, QFile::WriteOwner | QFile::ExeOwner));
+
+        const Outcome outcome =
+            runAsOrdinaryUser({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path});
+
+        QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors,
+            QStringList{
+                QStringLiteral("vantor-records: cannot write %1: it is there, but the disk does not confirm it: "
+                               "Permission denied")
+                    .arg(path)});
+        QVERIFY(QFile::exists(path));
+    }
+
     void aFileThatIsReplacedStaysClosedToOthers()
     {
         useTwoJobs();
@@ -1250,6 +1564,56 @@ private Q_SLOTS:
             QStringList({QStringLiteral("vantor-records: cannot write %1: it is a link to nothing").arg(path)}));
     }
 
+    void aLinkOfAnotherUserInAnOpenFolderIsRefused()
+    {
+        const QString target = mDir->filePath(QStringLiteral("precious"));
+        const QString path = mDir->filePath(QStringLiteral("open/report.csv"));
+        useTwoJobs();
+        write(target, "precious");
+        QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("open")));
+        QCOMPARE(chmod(QFile::encodeName(QFileInfo(path).path()).constData(), 01777), 0);
+        QVERIFY(QFile::link(target, path));
+        if (lchown(QFile::encodeName(path).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+
+        const Outcome outcome = run({QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), path});
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors,
+            QStringList(
+                {QStringLiteral("vantor-records: cannot write %1: another user has put a link there").arg(path)}));
+        QCOMPARE(contentOf(target), QByteArray("precious"));
+    }
+
+    void nothingIsWrittenBehindAFolderLinkOfAnotherUser_data()
+    {
+        QTest::addColumn<QStringList>("arguments"); // the last one is below the link
+        QTest::newRow("csv") << QStringList{
+            QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("-o"), QStringLiteral("report.csv")};
+        QTest::newRow("backup") << QStringList{QStringLiteral("backup"), QStringLiteral("copy")};
+        QTest::newRow("backup into the folder itself") << QStringList{QStringLiteral("backup"), QString()};
+    }
+    void nothingIsWrittenBehindAFolderLinkOfAnotherUser()
+    {
+        QFETCH(QStringList, arguments);
+        const QString target = mDir->filePath(QStringLiteral("closed"));
+        const QString link = mDir->filePath(QStringLiteral("open/link"));
+        useTwoJobs();
+        QVERIFY(QDir(mDir->path()).mkdir(QStringLiteral("open")) && QDir(mDir->path()).mkdir(QStringLiteral("closed")));
+        QCOMPARE(chmod(QFile::encodeName(QFileInfo(link).path()).constData(), 01777), 0);
+        QVERIFY(QFile::link(target, link));
+        if (lchown(QFile::encodeName(link).constData(), 12345, 12345) != 0)
+            QSKIP("only root gives files away");
+        arguments.last().prepend(link + QLatin1Char('/'));
+
+        const Outcome outcome = run(arguments);
+
+        QVERIFY(outcome.exitCode != 0);
+        QVERIFY2(outcome.errors.join(QLatin1Char(' ')).contains(QLatin1String("another user has put a link there")),
+            qPrintable(outcome.errors.join(QLatin1Char('\n'))));
+        QVERIFY(QDir(target).isEmpty());
+    }
+
     void aStdoutThatIsFullIsTold_data()
     {
         QTest::addColumn<int>("exitCode");
@@ -1274,14 +1638,14 @@ private Q_SLOTS:
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
         const int pipe = open(QFile::encodeName(path).constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
         while (::write(pipe, "x", 1) == 1) {} // until it takes no more
-        QProcess program;
+        ChildProcess program;
         program.setStandardOutputFile(path);
         program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM),
             {QStringLiteral("export"), QStringLiteral("--csv"), QStringLiteral("--store"), mStore});
         QVERIFY(program.waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(blocksInterrupt(program.processId()), patience);
 
-        kill(static_cast<pid_t>(program.processId()), SIGINT);
+        QVERIFY(OneProcess::sendSignal(program.processId(), SIGINT));
 
         QVERIFY(program.waitForFinished(patience));
         close(pipe);
@@ -1340,7 +1704,8 @@ private Q_SLOTS:
         for (const char *const lie : {"UPDATE inspection SET verdict = 2 WHERE id = 1",
                  "INSERT INTO defect SELECT 1, 1000, 1, 0, 30, x, y, 1, shape FROM defect WHERE inspection = 2 LIMIT 1",
                  "UPDATE rule SET found = 1, violated = 1 WHERE inspection = 1 AND zone = 1 AND allowed = 0",
-                 "UPDATE zone SET violations = 1 WHERE inspection = 1 AND zone = 1"})
+                 "UPDATE zone SET violations = 1 WHERE inspection = 1 AND zone = 1",
+                 "UPDATE inspection SET contours = 1000, raw_defects = 1000, merged_defects = 1000 WHERE id = 1"})
             OwnConnection(mStore).run(QString::fromLatin1(lie));
         const Outcome other = run(QStringLiteral("verify --again"));
         QCOMPARE(other.exitCode, int(NotPassed));
@@ -1350,7 +1715,10 @@ private Q_SLOTS:
         OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET software = 'VantorBase 0.0.1' WHERE id = 1"));
         OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET seed = NULL WHERE id = 2"));
         const Outcome none = run(QStringLiteral("verify --again"));
-        QCOMPARE(none.exitCode, int(Done));
+        QCOMPARE(none.exitCode, int(NotAnswered));
+        QCOMPARE(none.errors,
+            QStringList({QStringLiteral("vantor-records: 1 inspection of another version was not made again"),
+                QStringLiteral("vantor-records: 1 inspection without a seed or a whole picture was not made again")}));
         QCOMPARE(linesOf(none.output).value(1),
             QStringLiteral("Inspected 0 pictures again: 0 with the same verdict, 0 with another; not inspected again: "
                            "1 of another version, 1 without a seed or a whole picture, 0 that cannot be read"));
@@ -1386,6 +1754,25 @@ private Q_SLOTS:
         mStore = copy;
         QCOMPARE(run(QStringLiteral("verify --again")).exitCode, int(Done));
         QCOMPARE(linesOf(QString::fromUtf8(original)).size(), linesOf(run(QStringLiteral("show 2")).output).size());
+    }
+
+    /// The folder cannot be opened to have it written to the disk.
+    void aBackupThatAPowerFailureMayTakeIsTold()
+    {
+        useSamples();
+        const QString copy = mDir->filePath(QStringLiteral("copy"));
+        QVERIFY(QDir().mkpath(copy + QStringLiteral("/pictures")));
+        QVERIFY(QFile::setPermissions(copy, QFile::WriteOwner | QFile::ExeOwner));
+
+        const Outcome outcome = runAsOrdinaryUser({QStringLiteral("backup"), copy});
+
+        QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QCOMPARE(outcome.errors,
+            QStringList{QStringLiteral("vantor-records: %1/records.sqlite is there, but the disk does not confirm it")
+                            .arg(copy)});
+        mStore = copy;
+        QCOMPARE(run(QStringLiteral("verify")).exitCode, int(Done));
     }
 
     void aBackupDoesNotGoAmongThePictures()
@@ -1508,6 +1895,59 @@ private Q_SLOTS:
             qPrintable(outcome.output));
     }
 
+    void eachRecordThatContradictsItselfIsToldWithItsReason()
+    {
+        useSamples();
+        OwnConnection(mStore).run(QStringLiteral("UPDATE inspection SET verdict = 3 - verdict"));
+
+        const Outcome outcome = run(QStringLiteral("verify"));
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        const QString text =
+            QStringLiteral("database: Inspection %1 contradicts itself: the verdict is not that of its rules");
+        QCOMPARE(linesOf(outcome.output).mid(0, 2), QStringList({text.arg(1), text.arg(2)}));
+    }
+
+    void idsThatAreNoneAreTold_data()
+    {
+        QTest::addColumn<QString>("fault");
+        QTest::newRow("UPDATE sqlite_sequence SET seq = 9223372036854775807 WHERE name = 'inspection'")
+            << QStringLiteral("The last id of inspection was 9223372036854775807, beyond what is kept");
+        QTest::newRow("UPDATE sqlite_sequence SET seq = 1 WHERE name = 'point'")
+            << QStringLiteral("An id of point would be given twice");
+        QTest::newRow("DELETE FROM sqlite_sequence WHERE name = 'job'")
+            << QStringLiteral("An id of job would be given twice");
+        QTest::newRow("UPDATE sqlite_sequence SET seq = 'x' WHERE name = 'job'")
+            << QStringLiteral("The last id of job was x, beyond what is kept");
+        QTest::newRow("UPDATE inspection SET id = -7 WHERE id = 2")
+            << QStringLiteral("Inspection -7 has a value that nothing here writes");
+        QTest::newRow("UPDATE inspection SET id = 9223372036854775807 WHERE id = 2")
+            << QStringLiteral("Inspection 9223372036854775807 has a value that nothing here writes");
+        QTest::newRow("UPDATE point SET id = 0 WHERE id = 2")
+            << QStringLiteral("Point 0 has a value that nothing here writes");
+        QTest::newRow("UPDATE job SET id = 0") << QStringLiteral("Job 0 has a value that nothing here writes");
+        QTest::newRow("DELETE FROM inspection WHERE id = 2")
+            << QStringLiteral("Of 2 rows that inspection had, 1 is not there");
+        QTest::newRow("DELETE FROM inspection WHERE id = 1")
+            << QStringLiteral("Of 2 rows that inspection had, 1 is not there");
+        QTest::newRow("DELETE FROM point WHERE id = 2") << QStringLiteral("Of 2 rows that point had, 1 is not there");
+    }
+    void idsThatAreNoneAreTold()
+    {
+        QFETCH(const QString, fault);
+        useSamples();
+        const QString other = mStore;
+        OwnConnection(other).run(QString::fromLatin1(QTest::currentDataTag()));
+
+        const Outcome outcome = run(QStringLiteral("verify"));
+        mStore = mDir->filePath(QStringLiteral("own"));
+        const Outcome merged = run({QStringLiteral("merge"), other});
+
+        QCOMPARE(outcome.exitCode, int(NotPassed));
+        QVERIFY2(outcome.output.contains(QStringLiteral("database: %1\n").arg(fault)), outcome.bytes);
+        QCOMPARE(merged.exitCode, int(Unavailable));
+    }
+
     void whatAMergeLeavesIsTold()
     {
         useSamples();
@@ -1523,7 +1963,7 @@ private Q_SLOTS:
             QStringList(
                 {QStringLiteral("vantor-records: inspection 2 was decided differently there; what is here stays")}));
 
-        OwnConnection(other).run(QStringLiteral("UPDATE inspection SET contours = 1 WHERE id = 2"));
+        OwnConnection(other).run(QStringLiteral("UPDATE inspection SET contours = contours + 1 WHERE id = 2"));
         const Outcome contradicting = run({QStringLiteral("merge"), other});
         QCOMPARE(contradicting.exitCode, int(NotPassed));
         QCOMPARE(contradicting.errors,
@@ -1560,6 +2000,8 @@ private Q_SLOTS:
         row("import x --job _", "--job needs a name, not \" \"");
         row("import x --job P --job-id 1", "--job and --job-id exclude each other");
         row("import x --job P --first A1", "--first and --last belong together");
+        row("import x --job P --fov 860x640 --fov 430x320", "--fov is given twice");
+        row("import x --job P --first= --last=", "--first and --last need names");
         row("import x --job P --first A2 --last A1", "column 2 runs backwards: \"2\" comes after \"1\"");
         row("import x --job P --side C", "--side needs A or B, not \"C\"");
         row("import x --job P --fibre glass", "--fibre needs sm, apc, mm or unknown, not \"glass\"");
@@ -1585,9 +2027,9 @@ private Q_SLOTS:
         row("list --limit 1001", "--limit needs a whole number from 1 to 1000, not \"1001\"");
         row("list --csv", "--csv goes with export");
         row("search x --jobs", "--jobs goes with list");
-        row("export", "export needs one of --csv and --json");
-        row("export --csv --json", "export needs one of --csv and --json");
-        row("export --json --separator ;", "--separator goes with --csv");
+        row("export", "export needs one of --csv, --json, --pdf and --zip");
+        row("export --csv --json", "export needs one of --csv, --json, --pdf and --zip");
+        row("export --json --separator ;", "--separator goes with --csv and --zip");
         row("export --csv --separator x", "--separator needs \",\", \";\" or tab, not \"x\"");
         row("export --csv --nonsense", "Unknown option 'nonsense'.");
     }
@@ -1617,22 +2059,38 @@ private:
         return run(split(arguments), outputFile);
     }
 
-    Outcome run(QStringList arguments, const QString &outputFile = {}) const
+    Outcome run(const QStringList &arguments, const QString &outputFile = {}) const
     {
-        if (!mStore.isEmpty() && !arguments.contains(QStringLiteral("--store")))
-            arguments << QStringLiteral("--store") << mStore;
-        QProcess program;
+        return outcomeOf(
+            ProgramRun::of(QStringLiteral(VANTOR_RECORDS_PROGRAM), withStore(arguments), [&](ChildProcess &program) {
+                setUp(program);
+                if (!outputFile.isEmpty())
+                    program.setStandardOutputFile(outputFile);
+            }));
+    }
+
+    Outcome runAsOrdinaryUser(const QStringList &arguments) const
+    {
+        return outcomeOf(ProgramRun::asOrdinaryUser(QStringLiteral(VANTOR_RECORDS_PROGRAM), withStore(arguments),
+            [this](ChildProcess &program) { setUp(program); }));
+    }
+
+    QStringList withStore(const QStringList &arguments) const
+    {
+        const bool isTold = mStore.isEmpty() || arguments.contains(QStringLiteral("--store"));
+        return isTold ? arguments : arguments + QStringList{QStringLiteral("--store"), mStore};
+    }
+
+    void setUp(ChildProcess &program) const
+    {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("XDG_DATA_HOME"), mDir->filePath(QStringLiteral("data")));
         program.setProcessEnvironment(environment);
-        if (!outputFile.isEmpty())
-            program.setStandardOutputFile(outputFile);
-        program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM), arguments);
-        if (!program.waitForFinished(patience) || program.exitStatus() != QProcess::NormalExit)
-            return {};
-        const QByteArray output = program.readAllStandardOutput();
-        return {program.exitCode(), output, QString::fromUtf8(output),
-            linesOf(QString::fromUtf8(program.readAllStandardError()))};
+    }
+
+    static Outcome outcomeOf(const ProgramRun &run)
+    {
+        return {run.exitCode, run.output, QString::fromUtf8(run.output), linesOf(QString::fromUtf8(run.errors))};
     }
 
     Outcome import(const QString &arguments) const
@@ -1641,7 +2099,7 @@ private:
     }
 
     /// Starts to import what was painted as A0 to A9. @return whether a line has come
-    bool startImport(QProcess &program) const
+    bool startImport(ChildProcess &program) const
     {
         program.start(QStringLiteral(VANTOR_RECORDS_PROGRAM),
             QStringList{QStringLiteral("import"), mFaces, QStringLiteral("--store"), mStore}
@@ -1655,7 +2113,7 @@ private:
 
     /// Keeps the program from writing, until the other writer ends its transaction. @return whether it waits for that,
     /// with the picture that comes next
-    bool holdWhileItStores(const QProcess &program, OwnConnection &writer) const
+    bool holdWhileItStores(const ChildProcess &program, OwnConnection &writer) const
     {
         const QStringList held = writer.run(QStringLiteral("BEGIN IMMEDIATE"));
         const QString next = writer.run(QStringLiteral("SELECT count(*) FROM inspection")).value(0);
@@ -1681,8 +2139,10 @@ private:
             const PointRun points{QStringLiteral("1"), isLeft ? QStringLiteral("3") : QStringLiteral("2"), {}, {}};
             const QVector<Point> added = store.addPoints(id, points).value;
             const QImage faces[] = {goodFace(), badFace(), noFace()};
-            for (int i = 0; i < added.size(); ++i)
-                QVERIFY(store.addInspection(Origin::of(added[i].id), inspect(faces[i], job.standard), {}).ok());
+            for (int i = 0; i < added.size(); ++i) {
+                const QByteArray picture = "face " + QByteArray::number(added[i].id);
+                QVERIFY(store.addInspection(Origin::of(added[i].id), inspect(faces[i], job.standard), picture).ok());
+            }
         }
     }
 
@@ -1699,10 +2159,17 @@ private:
         QVERIFY(Face::of(QStringLiteral("pitted")).addTo(store, points[1].id).ok());
     }
 
+    void decide(Id inspection, Decision decision) const
+    {
+        RecordStore store;
+        QVERIFY(store.open(mStore).canWrite());
+        QVERIFY(store.setDecision(inspection, decision, {}).ok());
+    }
+
     /// A copy of that store.
     void useTwoJobs() const
     {
-        QCOMPARE(QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), mTwoJobs.path(), mStore}), 0);
+        QCOMPARE(ProgramRun::of(QStringLiteral("cp"), {QStringLiteral("-r"), mTwoJobs.path(), mStore}).exitCode, 0);
     }
 
     const QTemporaryDir mTwoJobs;

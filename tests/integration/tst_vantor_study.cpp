@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ProgramRun.h"
 #include "study/report/Document.h"
 #include "study/report/Statistics.h"
 
-#include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
@@ -340,12 +340,10 @@ private:
     int run(const QStringList &arguments)
     {
         constexpr int longest = 500000; // milliseconds
-        QProcess process;
-        process.start(QStringLiteral(VANTOR_STUDY_PROGRAM), QStringList{QStringLiteral("accuracy")} + arguments);
-        if (!process.waitForFinished(longest) || process.exitStatus() != QProcess::NormalExit)
-            return -1;
-        mOutput = QString::fromUtf8(process.readAllStandardOutput());
-        return process.exitCode();
+        const ProgramRun run = ProgramRun::of(
+            QStringLiteral(VANTOR_STUDY_PROGRAM), QStringList{QStringLiteral("accuracy")} + arguments, {}, longest);
+        mOutput = QString::fromUtf8(run.output);
+        return run.exitCode;
     }
 
     QStringList rowOf(const QString &table, const QString &name) const

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "ProgramRun.h"
 #include "StandInPrograms.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 #include <QtTest>
@@ -21,11 +21,8 @@ struct Run
 Run run(const QStringList &arguments)
 {
     constexpr int longest = 300000; // milliseconds
-    QProcess process;
-    process.start(QStringLiteral(VANTOR_STUDY_PROGRAM), arguments);
-    if (!process.waitForFinished(longest) || process.exitStatus() != QProcess::NormalExit)
-        return {};
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+    const ProgramRun run = ProgramRun::of(QStringLiteral(VANTOR_STUDY_PROGRAM), arguments, {}, longest);
+    return {run.exitCode, run.output, run.errors};
 }
 
 Run quickStudy(const QString &folder)

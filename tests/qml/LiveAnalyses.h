@@ -13,8 +13,14 @@
 class LiveAnalyses : public QObject
 {
     Q_OBJECT
+    Q_PROPERTY(double badFocus READ badFocus CONSTANT)
+    Q_PROPERTY(double captureFocus READ captureFocus CONSTANT)
 
 public:
+    // The library's own thresholds.
+    static double badFocus() { return FiberInspection::LiveReading::badFocus; }
+    static double captureFocus() { return FiberInspection::LiveReading::captureFocus; }
+
     /// From here on areOver() is about the analyses that are under way now.
     Q_INVOKABLE void watch() { mAnalyser.set_focusValue(unmeasured); }
 

@@ -193,6 +193,13 @@ Item {
             verify(analyseButton(page).contentItem.implicitWidth <= analyseButton(page).availableWidth);
         }
 
+        function test_theThresholdsAreThoseOfTheLibrary() {
+            const page = create();
+
+            compare(page.badFocusThreshold, LiveAnalyses.badFocus);
+            compare(page.mediumFocusThreshold, LiveAnalyses.captureFocus);
+        }
+
         function test_theDefaults() {
             const page = create();
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "Internal/ChildProcess.h"
 #include "OwnNamespace.h"
 
-#include <QProcess>
 #include <QString>
 
 #include <sched.h>
@@ -14,7 +14,7 @@ namespace OwnNetwork {
 /// Whether the command succeeded; if not, *problem is what it said.
 inline bool run(const QString &program, const QStringList &arguments, QString *problem)
 {
-    QProcess process;
+    ChildProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(program, arguments);
     if (process.waitForFinished() && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/statvfs.h>
@@ -72,4 +73,24 @@ public:
 
 private:
     QFile mFile;
+};
+
+/// A disk of its own over a folder, as above, without a byte left.
+class FullDisk
+{
+public:
+    explicit FullDisk(const QString &folder)
+        : mDisk(folder, kibibytes)
+    {
+        if (problem().isEmpty())
+            mFilling.emplace(folder, 0);
+    }
+
+    QString problem() const { return mDisk.problem(); }
+
+private:
+    static constexpr int kibibytes = 64;
+
+    SmallDisk mDisk;
+    std::optional<DiskFilling> mFilling;
 };
