@@ -37,7 +37,8 @@ QByteArray missingLines(const QByteArray &text, const Entries &wanted)
 {
     bool hasPrimary = false;
     bool hasSecondary = false;
-    bool hasDomain = false;
+    const QStringList domains = wanted.domain.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    bool hasDomain = domains.isEmpty(); // of blanks alone it would be added again every time
     QString decoded = QString::fromUtf8(text);
     QTextStream lines(&decoded, QIODevice::ReadOnly);
     for (QString line; lines.readLineInto(&line);) {
@@ -50,8 +51,7 @@ QByteArray missingLines(const QByteArray &text, const Entries &wanted)
             hasPrimary = hasPrimary || words.at(1) == wanted.primary;
             hasSecondary = hasSecondary || words.at(1) == wanted.secondary;
         } else if (line.startsWith(QLatin1String("domain"))) {
-            const bool isWhole = words.mid(1) == wanted.domain.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-            hasDomain = hasDomain || words.at(1) == wanted.domain || isWhole;
+            hasDomain = hasDomain || words.at(1) == wanted.domain || words.mid(1) == domains;
         }
     }
 

@@ -31,6 +31,7 @@ private Q_SLOTS:
         row("equal servers that are there", "nameserver 10.0.0.2\n", "10.0.0.2", "10.0.0.2", "", "");
         row("IPv6", "nameserver fd00::2\n", "fd00::2", "fd00::3", "", "nameserver fd00::3\n");
         row("several domains", "", "10.0.0.2", "", "lab lan", "nameserver 10.0.0.2\ndomain lab lan\n");
+        row("domain of blanks", "", "10.0.0.2", "", "  ", "nameserver 10.0.0.2\n");
         row("several domains, there", "domain lab lan\n", "10.0.0.2", "", "lab lan", "nameserver 10.0.0.2\n");
         row("another domain", "domain lan\n", "10.0.0.2", "", "lab", "nameserver 10.0.0.2\ndomain lab\n");
         row("no line end", "nameserver 10.0.0.9", "10.0.0.2", "", "", "\nnameserver 10.0.0.2\n");
