@@ -19,8 +19,28 @@ bool TourTest::see(const char *place)
 {
     if (!settle())
         return false;
-    mVisit(QString::fromUtf8(place));
+    mPlace = QString::fromUtf8(place);
+    mStep.clear();
+    mVisit(mPlace);
     return true;
+}
+
+bool TourTest::open(const char *name)
+{
+    mStep = QString::fromUtf8(name);
+    return tap(name) && settle();
+}
+
+QString TourTest::wayBarred() const
+{
+    const QQuickItem *const view = find("liveView");
+    const QString live = view ? QStringLiteral("; ready %1, held %2, frozen %3")
+                                    .arg(view->property("isReady").toBool())
+                                    .arg(view->property("isHeld").toBool())
+                                    .arg(view->property("isFrozen").toBool())
+                              : QString();
+    return QStringLiteral("behind \"%1\", at \"%2\"; the pages are %3%4")
+        .arg(mPlace, mStep, driver().isAtRest() ? QStringLiteral("at rest") : QStringLiteral("moving"), live);
 }
 
 bool TourTest::settle() const
@@ -49,7 +69,7 @@ bool TourTest::visitAboutAndNewJob(const Words &words)
         && open("createJob") && waitFor("panel") && see("panel");
 }
 
-bool TourTest::showWithoutFibre() const
+bool TourTest::showWithoutFibre()
 {
     scope()->setFace(SimulatedScope::emptyAdapter());
     return open("inspectPoint") && ShellDriver::waitFor([this] {

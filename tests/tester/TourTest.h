@@ -26,8 +26,9 @@ protected:
     };
 
     /// From home, through all pages, and home again. Each place has a name of its own, and is at rest when it is
-    /// visited. Returns false, and tells where, when the way is barred.
+    /// visited. Returns false when the way is barred; wayBarred() tells where.
     bool goThrough(const Words &words, const Visit &visit);
+    QString wayBarred() const;
 
 private:
     bool visitAboutAndNewJob(const Words &words);
@@ -47,10 +48,12 @@ private:
     bool see(const char *place);
     bool settle() const;
     bool isPopupMoving() const;
-    bool open(const char *name) const { return tap(name) && settle(); }
-    bool leave() const { return tap("actionBack") && settle(); }
-    bool showWithoutFibre() const;
+    bool open(const char *name);
+    bool leave() { return open("actionBack"); }
+    bool showWithoutFibre();
     bool tapWords(const char *text) const;
 
     Visit mVisit;
+    QString mPlace; // the last one that was visited
+    QString mStep; // what was tapped last
 };

@@ -119,7 +119,7 @@ void tst_TesterAccess::everyPageTellsWhatItShows()
     });
 
     QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char('\n'))));
-    QVERIFY(isThrough);
+    QVERIFY2(isThrough, qPrintable(wayBarred()));
 }
 
 int main(int argc, char *argv[])
