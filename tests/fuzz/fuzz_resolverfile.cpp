@@ -42,12 +42,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     const QByteArray missing = ResolverFile::missingLines(text, wanted);
     must(missing.isEmpty() || missing.endsWith('\n'), "what is added ends in a line feed");
-    must(missing.count('\n') <= 4, "three lines are added at most, behind one that is ended");
+    const QList<QByteArray> added = missing.split('\n');
+    must(added.size() <= 5, "three lines are added at most, behind one that is ended");
     must(ResolverFile::missingLines(text + missing, wanted).isEmpty(), "what was added is there");
     for (const QString &server : {wanted.primary, wanted.secondary}) {
-        const QByteArray line = "nameserver " + server.toUtf8();
         must(server.isEmpty() || (text + missing).contains(server.toUtf8()), "a wanted server is there");
-        must(missing.count(line) <= 4, "and not many times");
+        must(added.count("nameserver " + server.toUtf8()) <= 2, "and not many times"); // both may be the same one
     }
     return 0;
 }
