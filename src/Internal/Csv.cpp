@@ -5,7 +5,7 @@ namespace {
 /// A spreadsheet takes what begins so for a formula, which may open files and reach networks.
 QString harmless(const QString &field)
 {
-    static const QString beginnings = QStringLiteral("=+-@\t\r\n'");
+    static const QString beginnings = QStringLiteral(u"=+-@\t\r\n'\uFF1D\uFF0B\uFF0D\uFF20"); // the last ones are wide
     bool isNumber = false;
     field.toDouble(&isNumber);
     return field.isEmpty() || isNumber || !beginnings.contains(field.at(0)) ? field : QLatin1Char('\'') + field;

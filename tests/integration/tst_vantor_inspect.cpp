@@ -918,6 +918,13 @@ private Q_SLOTS:
             QByteArray("-1,-1.5e-07,+3,-inf,'-,'-1+2\n"));
     }
 
+    void aWideFormulaIsNoneInCsv()
+    {
+        QCOMPARE(csvLine({QStringLiteral("\uFF1D1+1"), QStringLiteral("\uFF0B1+1"), QStringLiteral("\uFF0D1+1"),
+                     QStringLiteral("\uFF20SUM(1)"), QStringLiteral("a\uFF1D")}),
+            QByteArray("'\uFF1D1+1,'\uFF0B1+1,'\uFF0D1+1,'\uFF20SUM(1),a\uFF1D\n"));
+    }
+
     void aFileNameDoesNotControlTheTerminal()
     {
         const QString name = QStringLiteral("evil\033[2J.png");
