@@ -20,7 +20,8 @@ inline bool isAnnotatedPicture(const QByteArray &bytes)
     const quint64 width = qFromBigEndian<quint32>(bytes.constData() + startLength);
     const quint64 height = qFromBigEndian<quint32>(bytes.constData() + startLength + numberLength);
     constexpr quint64 most = FiberInspection::InspectionOptions::defaultMaxImagePixels;
-    return width > 0 && height > 0 && width <= most && height <= most && width * height <= most;
+    constexpr quint64 longest = 1 << 20; // pixels a side, as far as decoders go
+    return width > 0 && height > 0 && width <= longest && height <= longest && width * height <= most;
 }
 
 } // namespace Records

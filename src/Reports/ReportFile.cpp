@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "Reports/ReportFile_p.h"
 
-#include <cerrno>
+#include "Records/FaultOf_p.h"
 
 namespace Reports {
 
@@ -11,24 +11,12 @@ using Records::Problem;
 namespace {
 constexpr int pieceSize = 256 * 1024; // bytes
 
-Fault faultOf(int error)
+/// A path that was refused has no errno; a folder that is missing is the user's to make.
+Fault faultOfOutput(int error)
 {
-    switch (error) {
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG:
-        return Fault::DiskFull;
-    case EROFS:
-    case EACCES:
-    case EPERM:
-        return Fault::ReadOnly;
-    case ENOENT:
-        return Fault::NotFound;
-    case ENOMEM:
-        return Fault::OutOfMemory;
-    default:
-        return Fault::Unusable;
-    }
+    if (error == 0)
+        return Fault::Invalid;
+    return error == ENOENT ? Fault::NotFound : Records::faultOf(error);
 }
 } // namespace
 
@@ -85,7 +73,7 @@ bool ReportFile::flush()
 
 bool ReportFile::fail()
 {
-    return refuse(mFile->error() == 0 ? Fault::Invalid : faultOf(mFile->error()), mFile->problem());
+    return refuse(faultOfOutput(mFile->error()), mFile->problem());
 }
 
 bool ReportFile::refuse(Fault fault, const QString &reason)

@@ -346,9 +346,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("isHere"); // as a photograph of a record
         constexpr quint32 side = 30000; // pixels; 109,445 bytes would be gigabytes
+        constexpr quint32 longest = 1 << 20; // pixels that decoders take in a row
         for (const bool isHere : {false, true}) {
             const char *const where = isHere ? "here" : "there";
             QTest::addRow("of gigabytes, %s", where) << pngOf(side, side) << isHere;
+            QTest::addRow("of one long row, %s", where) << pngOf(longest + 1, 1) << isHere;
             QTest::addRow("of no pixels, %s", where) << pngOf(0, side) << isHere;
             QTest::addRow("that overflows, %s", where) << pngOf(~0U, ~0U) << isHere;
             QTest::addRow("another format, %s", where) << badFace().picture << isHere;
