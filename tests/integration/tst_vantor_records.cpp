@@ -775,6 +775,22 @@ private Q_SLOTS:
         QVERIFY2(!outcome.errors.isEmpty(), qPrintable(outcome.output));
     }
 
+    void aStoreThatHasNoRoomIsNotBegun()
+    {
+        constexpr int size = 256; // kibibytes
+        paint("A1", goodFace());
+        QVERIFY(QDir().mkpath(mStore));
+        Outcome outcome;
+        const bool hasRun = Faults::withSmallDisk(mStore, size, [&] {
+            const DiskFilling filling(mStore, 8);
+            outcome = import(QStringLiteral("--job P"));
+        });
+        QVERIFY(hasRun);
+
+        QCOMPARE(outcome.exitCode, int(NotWritten));
+        QVERIFY2(!outcome.errors.isEmpty(), qPrintable(outcome.output));
+    }
+
     void oneProgramWritesAndOthersRead()
     {
         paint("A1", goodFace());

@@ -84,7 +84,8 @@ int openToWrite(const QString &folder, RecordStore *store, int *atLeast)
     if (opening.canWrite())
         return Tools::Done;
     store->close();
-    const bool isDisk = opening.how == Opened::FullDisk || opening.how == Opened::ReadOnlyFolder;
+    const bool isDisk = opening.how == Opened::FullDisk || opening.how == Opened::ReadOnlyFolder
+        || opening.problem.fault == Fault::DiskFull; // there is not even a store
     return isDisk ? Tools::NotWritten : Tools::Unavailable;
 }
 
