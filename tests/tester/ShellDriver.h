@@ -15,7 +15,7 @@
 class ShellDriver
 {
 public:
-    static constexpr int patience = 20000; ///< milliseconds
+    static constexpr int patience = 20000; ///< milliseconds, of which those count in which this process could work
     static constexpr double sharpFocus = 2.5; ///< above it the page captures
 
     explicit ShellDriver(QQuickWindow *window)
@@ -36,7 +36,13 @@ public:
     template <typename Condition>
     static bool waitFor(Condition condition)
     {
-        return QTest::qWaitFor(condition, patience);
+        constexpr int turn = 10; // milliseconds
+        for (int waited = 0; !condition(); waited += turn) {
+            if (waited >= patience)
+                return false;
+            QTest::qWait(turn);
+        }
+        return true;
     }
 
     bool waitForItem(const QString &name) const
