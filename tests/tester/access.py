@@ -4,7 +4,8 @@
 
 Usage: access.py PID
 Each line of stdin names a place in that program. The answer is a line for each fault of what is shown there, and an
-empty line; or, for a line that begins with "tree ", everything that is shown.
+empty line; for a line that begins with "tree ", everything that is shown; for one that begins with "press ", all that
+has the name behind it is pressed, and the answer is empty when there was one thing that could be.
 """
 import re
 import sys
@@ -161,11 +162,25 @@ def things_of(program):
                 sys.exit(str(error))
 
 
+def press(things):
+    pressed = 0
+    for thing in things:
+        for name in ("Toggle", "Press"):
+            if name in thing.actions:
+                pressed += thing.accessible.queryAction().doAction(thing.actions.index(name))
+                break
+    if pressed != 1:
+        yield "%d things were pressed" % pressed
+
+
 def answer(program, place):
     if place.startswith("tree "):
         yield from (str(thing) for thing in things_of(program))
         return
     things = [thing for thing in things_of(program) if thing.is_shown]
+    if place.startswith("press "):
+        yield from press([thing for thing in things if thing.name == place[len("press "):]])
+        return
     for thing in things:
         yield from faults_of(thing)
     yield from doubled(things)

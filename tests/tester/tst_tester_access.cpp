@@ -21,6 +21,7 @@ private Q_SLOTS:
     void aNameThatIsTakenIsFound();
     void aStateThatOnlyAColourTellsIsFound();
     void everyPageTellsWhatItShows();
+    void whatIsPressedWithoutAFingerIsUsed();
     void cleanupTestCase();
 
 private:
@@ -120,6 +121,25 @@ void tst_TesterAccess::everyPageTellsWhatItShows()
 
     QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QLatin1Char('\n'))));
     QVERIFY2(isThrough, qPrintable(wayBarred()));
+}
+
+void tst_TesterAccess::whatIsPressedWithoutAFingerIsUsed()
+{
+    const QStringList none;
+    QCOMPARE(faultsAt(QStringLiteral("press nobody")).size(), 1);
+    const bool formerly = tester().settings().goesOnAfterPass();
+    QVERIFY(tap("tile_108") && waitFor("goesOnAfterPass") && driver().waitForRest());
+    QCOMPARE(faultsAt(QStringLiteral("press Go on by itself after a passed port")), none);
+    QVERIFY(ShellDriver::waitFor([&] { return tester().settings().goesOnAfterPass() != formerly; }));
+    tester().settings().setGoesOnAfterPass(formerly);
+
+    QVERIFY(goHome() && makeJob(QStringLiteral("Pressed"), QStringLiteral("B01"), QStringLiteral("B03")));
+    QCOMPARE(faultsAt(QStringLiteral("press B02, side A: open")), none);
+    QVERIFY(waitForText("selectedPoint", QStringLiteral("B02, side A: open")));
+
+    QVERIFY(goHome() && tap("tile_107") && waitFor("job_0") && driver().waitForRest());
+    QCOMPARE(faultsAt(QStringLiteral("press Pressed")), none);
+    QVERIFY(waitFor("panel") && goHome());
 }
 
 int main(int argc, char *argv[])

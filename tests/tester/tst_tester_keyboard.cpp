@@ -7,6 +7,8 @@
 
 #include <QDir>
 
+#include <functional>
+
 namespace {
 constexpr int points = 12;
 constexpr int repeated = 4; // these points, counted from 1
@@ -42,6 +44,7 @@ private:
     void inspectPoint(int number);
     bool aim(const char *face) const;
     bool goBack() const;
+    void pressUntil(Qt::Key key, const std::function<bool()> &isReached);
     int count(const char *name) const { return tester().jobs().counts().value(QString::fromUtf8(name)).toInt(); }
 };
 
@@ -166,6 +169,16 @@ void tst_TesterKeyboard::aReportIsWritten()
     QVERIFY(goBack());
 }
 
+/// A list moves after a frame only.
+void tst_TesterKeyboard::pressUntil(Qt::Key key, const std::function<bool()> &isReached)
+{
+    constexpr int enough = 60;
+    for (int i = 0; i < enough && !isReached(); ++i) {
+        driver().press(key);
+        driver().waitForFrame();
+    }
+}
+
 void tst_TesterKeyboard::theResultsAreSearched()
 {
     QVERIFY(enter("tile_106"));
@@ -182,6 +195,12 @@ void tst_TesterKeyboard::theResultsAreSearched()
     QVERIFY(waitForFocus("details"));
     driver().press(Qt::Key_Return);
     QVERIFY(waitForFocus("defects"));
+    const auto isAtTop = [this] { return find("defects")->property("atYBeginning").toBool(); };
+    const auto isAtEnd = [this] { return find("defects")->property("atYEnd").toBool(); };
+    pressUntil(Qt::Key_Down, isAtEnd);
+    QVERIFY(isAtEnd() && !isAtTop());
+    pressUntil(Qt::Key_Up, isAtTop); // where the rules are
+    QVERIFY(isAtTop());
     QVERIFY(goBack());
     QVERIFY(waitForFocus("details"));
     QVERIFY(goBack());

@@ -35,6 +35,11 @@ VantorComponents.Page {
 
         property int selected: 0
 
+        function scroll(distance) {
+            const last = Math.max(originY, originY + contentHeight - height);
+            contentY = Math.max(originY, Math.min(last, contentY + distance));
+        }
+
         anchors {
             left: picture.right
             right: parent.right
@@ -52,6 +57,16 @@ VantorComponents.Page {
         onActiveFocusChanged: {
             if (activeFocus && currentIndex < 0) // other rows came
                 currentIndex = 0;
+        }
+        Keys.onUpPressed: function(event) {
+            event.accepted = currentIndex <= 0; // from there on only the rules are above
+            if (event.accepted)
+                scroll(-TesterStyle.target);
+        }
+        Keys.onDownPressed: function(event) {
+            event.accepted = currentIndex >= count - 1;
+            if (event.accepted)
+                scroll(TesterStyle.target);
         }
         boundsBehavior: Flickable.StopAtBounds
         model: shownResult.defects
@@ -134,6 +149,7 @@ VantorComponents.Page {
             Keys.onEnterPressed: clicked()
             Accessible.name: words + (modelData.fails ? ", " + TesterStyle.stateName(TesterStyle.failed) : "")
             Accessible.description: place.text
+            Accessible.onPressAction: clicked()
             Accessible.selectable: true
             Accessible.selected: isSelected
 

@@ -68,6 +68,7 @@ VantorComponents.Page {
             Keys.onEnterPressed: clicked()
             Accessible.name: model.name
             Accessible.description: counts.text
+            Accessible.onPressAction: clicked()
 
             background: Rectangle {
                 color: row.pressed ? TesterStyle.surface : TesterStyle.page

@@ -265,6 +265,7 @@ VantorComponents.Page {
             activeFocusOnTab: false // arrows lead from row to row
             Keys.onReturnPressed: clicked()
             Keys.onEnterPressed: clicked()
+            Accessible.onPressAction: clicked()
             Accessible.selectable: compare.checked
             Accessible.selected: isChosen
             Accessible.name: heading.text + ", " + TesterStyle.stateName(resultState) + ", " + model.made

@@ -93,6 +93,7 @@ VantorComponents.Page {
                 onToggled: settings.goesOnAfterPass = checked
                 Accessible.role: Accessible.CheckBox
                 Accessible.checked: checked
+                Accessible.onToggleAction: use()
             }
             PlainText {
                 Layout.fillWidth: true

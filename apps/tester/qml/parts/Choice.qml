@@ -92,9 +92,11 @@ FocusScope {
                 Rectangle {
                     anchors { fill: parent; margins: 1 } // beside the border
                     color: row.highlighted ? TesterStyle.surface : TesterStyle.page
+                    border { width: row.highlighted ? TesterStyle.ring : 0; color: TesterStyle.focusRing }
                 }
             }
             Accessible.name: text
+            Accessible.onPressAction: clicked()
             Accessible.checkable: true
             Accessible.checked: index === box.currentIndex
             contentItem: PlainText {

@@ -13,6 +13,10 @@ Item {
     property bool isValid: false // there is a fibre to measure at
     readonly property real full: Math.max(2 * threshold, peak * 1.1)
 
+    function words(number) {
+        return Number(number).toLocaleString(Qt.locale(language.current), "f", 1);
+    }
+
     implicitHeight: 44
     Accessible.role: Accessible.ProgressBar
     Accessible.name: qsTr("Focus")
@@ -61,7 +65,7 @@ Item {
         anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
         width: 150
         horizontalAlignment: Text.AlignRight
-        text: root.isValid ? qsTr("%1, best %2").arg(root.value.toFixed(1)).arg(root.peak.toFixed(1)) : qsTr("no fibre")
+        text: root.isValid ? qsTr("%1, best %2").arg(root.words(root.value)).arg(root.words(root.peak)) : qsTr("no fibre")
         color: TesterStyle.backdropText
         Accessible.ignored: true
     }

@@ -18,6 +18,7 @@ Templates.ItemDelegate {
     text: name
     activeFocusOnTab: false // the panel has the keyboard as a whole
     Accessible.name: qsTr("%3, side %1: %2").arg(side).arg(TesterStyle.stateName(pointState)).arg(name)
+    Accessible.onPressAction: clicked()
     Accessible.selectable: true
     Accessible.selected: isSelected
 

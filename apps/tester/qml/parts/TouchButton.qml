@@ -14,7 +14,13 @@ AbstractButton {
                                                 : TesterStyle.onColor
 
     function pressByKey(event) {
-        if (event.isAutoRepeat)
+        if (!event.isAutoRepeat)
+            use();
+    }
+
+    // As a tap does.
+    function use() {
+        if (!enabled)
             return;
         if (checkable) {
             toggle();
@@ -28,6 +34,7 @@ AbstractButton {
     implicitWidth: Math.max(TesterStyle.target, caption.implicitWidth + content.iconSpace + 2 * TesterStyle.margin)
     implicitHeight: TesterStyle.target
     Accessible.name: text
+    Accessible.onPressAction: use()
 
     Keys.onReturnPressed: function(event) {
         pressByKey(event);
