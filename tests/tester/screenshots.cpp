@@ -298,11 +298,35 @@ private:
             holdFile(item);
         for (const char *const name : {"clock", "made", "storage", "times"}) {
             if (item->objectName() == QLatin1String(name))
-                item->setProperty("text", QStringLiteral("12:00"));
+                item->setProperty("text", heldText(item->property("text").toString()));
         }
         const QList<QQuickItem *> children = item->childItems();
         for (QQuickItem *const child : children)
             hold(child);
+    }
+
+    static QString heldText(QString text)
+    {
+        struct Held
+        {
+            QRegularExpression pattern;
+            QString text;
+        };
+        static const auto held = [](const char *pattern, const char *shown) {
+            return Held{QRegularExpression(QLatin1String(pattern)), QLatin1String(shown)};
+        };
+        static const QVector<Held> all{
+            held(R"(\d\d(?=[./]\d\d[./]))", "09"),
+            held(R"((?<=09[./])\d\d(?=[./]))", "03"),
+            held(R"((?<=09[./]03[./])(20)?\d\d)", "2026"),
+            held(R"(\d?\d(:\d\d)+)", "12:00"),
+            held(R"(\d+ s\b)", "38 s"),
+            held(R"(/[^/;][^;]+(?=;))", "/opt/vantor/records"),
+            held(R"(\d+([.,]\d+)? [kKMGT]i?B)", "12 GiB"),
+        };
+        for (const Held &one : all)
+            text.replace(one.pattern, one.text);
+        return text;
     }
 
     void holdFile(QQuickItem *item) const
