@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "Reports/ReportFile_p.h"
-
 #include "Records/FaultOf_p.h"
+#include "Reports/ReportFile_p.h"
 
 namespace Reports {
 
