@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <vector>
 
 namespace {
 constexpr double lengthening = 0.4;
@@ -92,6 +93,11 @@ QRectF paintedPlace(const QQuickItem *text)
     return text->mapRectToScene(place);
 }
 
+QRectF placeOf(const QQuickItem *item)
+{
+    return item->mapRectToScene({0, 0, item->width(), item->height()});
+}
+
 QString quoted(const QQuickItem *text)
 {
     return QLatin1Char('"') + text->property("text").toString().left(60) + QLatin1Char('"');
@@ -109,6 +115,7 @@ private Q_SLOTS:
     void initTestCase();
     void aTextThatIsCutIsFound();
     void textsThatOverlapAreFound();
+    void aMessageCoversNoButtonBesideThePicture();
     void everythingFits_data();
     void everythingFits();
     void cleanupTestCase();
@@ -292,6 +299,24 @@ void tst_TesterLayout::textsThatOverlapAreFound()
 
     tile->setX(x);
     QVERIFY(!faults.filter(QStringLiteral(" overlaps ")).isEmpty());
+}
+
+/// It comes when it comes, also when the finger is on its way to one of them.
+void tst_TesterLayout::aMessageCoversNoButtonBesideThePicture()
+{
+    const auto leavesFree = [this](const std::vector<const char *> &names) {
+        evaluate(QStringLiteral("snackBar.showError('No port is open any more')"));
+        return waitFor("snackBar") && std::all_of(names.begin(), names.end(), [this](const char *name) {
+            const QQuickItem *const button = find(name);
+            return button && !placeOf(button).intersects(placeOf(find("snackBar")));
+        });
+    };
+    QVERIFY(makeJob(QStringLiteral("Panel"), QStringLiteral("A01"), QStringLiteral("A02")) && inspect("pitted"));
+    QVERIFY(leavesFree({"nextPort", "repeat", "accept", "details"}));
+    QVERIFY(tap("actionBack") && waitFor("analyse") && driver().waitForRest());
+
+    QVERIFY(leavesFree({"analyse", "auto", "zoom", "freeze"}));
+    QVERIFY(tap("snackBar"));
 }
 
 void tst_TesterLayout::everythingFits_data()

@@ -271,9 +271,10 @@ ApplicationWindow {
         SnackBar {
             id: snackBar
 
-            // The buttons at the lower border stay in reach, those of the page as well.
+            // The buttons at the lower border stay in reach, those of the page as well, and those at its right border.
             anchors { left: parent.left; right: parent.right; bottom: stackView.bottom }
             anchors.bottomMargin: (stackView.currentItem && stackView.currentItem.footerHeight) || 0
+            anchors.rightMargin: (stackView.currentItem && stackView.currentItem.asideWidth) || 0
             onShown: notificationArea.post(text)
 
             // Of a point whose page was left.

@@ -12,6 +12,7 @@ VantorComponents.Page {
     id: root
 
     readonly property var point: jobStore.point
+    readonly property real asideWidth: width - buttons.x // what comes and goes keeps beside it
     readonly property var meter: view.meter
     readonly property bool canAnalyse: point.id !== undefined && view.isReady && meter.hasFibre && !view.isHeld && !inspector.isBusy
     property var sweep: newSweep()
@@ -178,6 +179,8 @@ VantorComponents.Page {
         }
 
         ColumnLayout {
+            id: buttons
+
             Layout.fillHeight: true
             Layout.fillWidth: false
             Layout.preferredWidth: 146

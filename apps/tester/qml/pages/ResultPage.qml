@@ -11,6 +11,7 @@ VantorComponents.Page {
     id: root
 
     property bool isFromInspection: false // the page below is the live picture
+    readonly property real asideWidth: width - row.x - buttons.x // what comes and goes keeps beside it
     readonly property var facts: shownResult.facts
     readonly property alias resultState: verdictBar.resultState
     readonly property bool hasVerdict: shownResult.verdict !== 0
@@ -90,6 +91,8 @@ VantorComponents.Page {
     }
 
     RowLayout {
+        id: row
+
         anchors { left: parent.left; right: parent.right; top: verdictBar.bottom; bottom: parent.bottom }
         anchors.margins: TesterStyle.spacing
         spacing: TesterStyle.margin
@@ -123,6 +126,8 @@ VantorComponents.Page {
         }
 
         ColumnLayout {
+            id: buttons
+
             Layout.fillHeight: true
             Layout.fillWidth: false
             Layout.preferredWidth: 180
